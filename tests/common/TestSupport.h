@@ -1,0 +1,76 @@
+// What the tests share: matching of logic assertions, capture of logs, folders of their own.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "vancoreplatform/VLog.h"
+#include "vancoreplatform/VString.h"
+#include "vansys/LogicException.h"
+#include "vansys/VantoraException.h"
+
+namespace testsupport {
+
+// `run` raises the logic assertion with this file, line, expression text and code, and the
+// key that belongs to the code.
+inline void ExpectLogicException(const std::function<void()>& run, const char* file, int line, const char* text, std::uint32_t code)
+{
+    try {
+        run();
+    } catch (const LogicException& exception) {
+        EXPECT_EQ(exception.GetFile(), VString(file));
+        EXPECT_EQ(exception.GetLine(), line);
+        EXPECT_EQ(exception.GetExpression(), VString(text));
+        EXPECT_EQ(exception.GetErrorInfo().GetCode(), code);
+        char key[64];
+        std::snprintf(key, sizeof key, "LogicException_LogicAssert_0x%08X", static_cast<unsigned>(code));
+        EXPECT_EQ(exception.GetErrorInfo().GetKey(), VString(key));
+        return;
+    }
+    ADD_FAILURE() << "no logic assertion \"" << text << "\"";
+}
+
+// Collects what is logged while it lives.
+class LogCapture {
+public:
+    LogCapture() : m_capture([this](const VLog::Record& record) { records.push_back(record); }) {}
+
+    std::vector<VLog::Record> records;
+
+private:
+    VLog::Capture m_capture;
+};
+
+// A folder that goes when the test ends.
+class TemporaryFolder {
+public:
+    VString Path(const VString& name) const { return VString(m_folder.filePath(name.ToQString())); }
+    // Writes `bytes` and returns the file's path.
+    VString Write(const VString& name, const std::string& bytes) const
+    {
+        QFile file(m_folder.filePath(name.ToQString()));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        EXPECT_EQ(file.write(bytes.data(), static_cast<qint64>(bytes.size())), static_cast<qint64>(bytes.size()));
+        return VString(file.fileName());
+    }
+    static std::string Read(const VString& path)
+    {
+        QFile file(path.ToQString());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll().toStdString();
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+}  // namespace testsupport

@@ -1,0 +1,45 @@
+// Typed values.
+#pragma once
+
+#include <cstdint>
+#include <variant>
+
+#include "vancoredata/Export.h"
+#include "vancoreplatform/VString.h"
+
+// A value of a data field: nothing, a truth value, a whole number, a number or a text.
+class VANCOREDATA_API DataValue {
+public:
+    using Content = std::variant<std::monostate, bool, std::int64_t, double, VString>;
+
+    DataValue() = default;
+    DataValue(bool value) : m_content(value) {}
+    DataValue(int value) : m_content(static_cast<std::int64_t>(value)) {}
+    DataValue(std::int64_t value) : m_content(value) {}
+    DataValue(double value) : m_content(value) {}
+    DataValue(const VString& value) : m_content(value) {}
+    DataValue(const char* utf8) : m_content(VString(utf8)) {}
+
+    const Content& GetContent() const noexcept { return m_content; }
+    bool IsNull() const noexcept { return m_content.index() == 0; }
+
+    friend bool operator==(const DataValue& a, const DataValue& b) { return a.m_content == b.m_content; }
+    friend bool operator!=(const DataValue& a, const DataValue& b) { return !(a == b); }
+
+private:
+    Content m_content;
+};
+
+namespace DataValueFormatter {
+
+struct FormatOptions {
+    // What nothing is written as.
+    VString null = "%null%";
+};
+
+// Truth values are "true" and "false", numbers as printf's 'g' with 17 digits in the C
+// locale, texts stand between double quotes with quotes and backslashes behind a
+// backslash.
+VANCOREDATA_API VString Format(const DataValue& value, const FormatOptions& options);
+
+}  // namespace DataValueFormatter

@@ -1,0 +1,12 @@
+// Marks what `vancoredata` offers to other modules: everything else stays hidden.
+#pragma once
+
+#if defined(_WIN32)
+#  if defined(VANCOREDATA_BUILD)
+#    define VANCOREDATA_API __declspec(dllexport)
+#  else
+#    define VANCOREDATA_API __declspec(dllimport)
+#  endif
+#else
+#  define VANCOREDATA_API __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,63 @@
+// Embedded resources by name.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <set>
+
+#include "vancoredata/Export.h"
+#include "vancoreplatform/VString.h"
+
+// Where the resources of each module lie. One per process; thread-safe.
+class VANCOREDATA_API ResourceRegistrationCache {
+public:
+    static ResourceRegistrationCache& GetInstance();
+
+    // The path under which VResource finds the resource: the alias itself, or
+    // "qualifier/alias" with a qualifier.
+    VString GetResourcePath(const VString& alias, const VString& qualifier) const;
+
+    // Adds and takes away a folder of Qt's resources (":/vancorexml") in which names are
+    // looked up. A folder added twice is taken away twice.
+    void AddFolder(const VString& folder);
+    void RemoveFolder(const VString& folder);
+
+    // Registers `text` (UTF-8 when read) under a name of the application's own. It is found
+    // before the folders; registering a name again replaces its text.
+    void RegisterText(const VString& name, const VString& text);
+    void UnregisterText(const VString& name);
+
+    // The content of the resource called `name`: false, and `content` untouched, when there
+    // is none. Not a resource: names that are empty or lead out of a folder.
+    bool Find(const VString& name, VString* content) const;
+
+private:
+    ResourceRegistrationCache() = default;
+
+    mutable std::mutex m_mutex;
+    std::multiset<VString> m_folders;     // guarded by m_mutex
+    std::map<VString, VString> m_texts;   // guarded by m_mutex
+};
+
+// A resource of the product, by the path that LookupResource gives.
+class VANCOREDATA_API VResource {
+public:
+    explicit VResource(const VString& name) : m_name(name) {}
+
+    bool isValid() const;
+
+protected:
+    const VString& Name() const noexcept { return m_name; }
+
+private:
+    VString m_name;
+};
+
+// A resource that is a UTF-8 text.
+class VANCOREDATA_API UTF8StringVResource : public VResource {
+public:
+    explicit UTF8StringVResource(const VString& name) : VResource(name) {}
+
+    // The text; empty when there is no such resource.
+    VString GetString() const;
+};

@@ -1,0 +1,47 @@
+// Reading files.
+#pragma once
+
+#include <QFile>
+
+#include <cstddef>
+
+#include "vancoreplatform/Export.h"
+#include "vancoreplatform/VPath.h"
+#include "vancoreplatform/VString.h"
+
+// A file read byte for byte. Owns its handle and closes it when it dies; not
+// copyable. Used by one thread at a time. Every failure throws VIO::Exception.
+class VANCOREPLATFORM_API VFile {
+public:
+    // Opens nothing yet.
+    explicit VFile(const VPath& path);
+    ~VFile();
+    VFile(const VFile&) = delete;
+    VFile& operator=(const VFile&) = delete;
+
+    // Throws when the file is missing, unreadable or a directory.
+    void OpenForReading();
+    // Reads up to `count` bytes, fewer only at the end of the file; returns how many.
+    std::size_t Read(char* buffer, std::size_t count);
+    // To a byte offset from the start.
+    void Seek(unsigned long long offset);
+    // In bytes.
+    unsigned long long Size() const;
+
+    // The whole file as text. A byte order mark (UTF-8, UTF-16, UTF-32) decides and
+    // is dropped; else the bytes are taken as UTF-8 when they are valid; else, with
+    // `useXmlDeclaration`, the encoding that an XML declaration at the start names
+    // decides, where it is known. Nothing is replaced: text that fits none of these
+    // throws VIO::Exception, which names the offset of the first bad byte.
+    static VString LoadTextFile(const VString& fileName, bool useXmlDeclaration);
+
+    // The same decision over bytes that are in memory already; `name` is for messages.
+    static VString DecodeText(const char* bytes, std::size_t length, const VString& name, bool useXmlDeclaration);
+
+private:
+    VPath m_path;
+    QFile m_file;
+};
+
+// In bytes; throws VIO::Exception when there is no such file.
+VANCOREPLATFORM_API unsigned long long GetFileSize(const VPath& path);

@@ -1,0 +1,27 @@
+// The failure of a file operation.
+#pragma once
+
+#include <exception>
+#include <string>
+
+#include "vancoreplatform/Export.h"
+#include "vancoreplatform/VString.h"
+
+namespace VIO {
+
+// Thrown by VFile, LoadTextFile and GetFileSize; the message names the file.
+class VANCOREPLATFORM_API Exception : public std::exception {
+public:
+    explicit Exception(const VString& message);
+    ~Exception() override;
+
+    const VString& GetMessage() const noexcept { return m_message; }
+    // The message as UTF-8; valid while the exception lives.
+    const char* what() const noexcept override;
+
+private:
+    VString m_message;
+    std::string m_utf8;
+};
+
+}  // namespace VIO

@@ -1,0 +1,127 @@
+// The product's string.
+#pragma once
+
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "vancoreplatform/Export.h"
+
+// A text of UTF-16 code units, length-counted: a NUL is an ordinary unit.
+//
+// Ownership: a value; copies share one buffer until one of them is changed, so
+// copying costs one reference count. At most `MaxLength` code units; an
+// operation that would grow past it throws std::length_error and leaves the
+// string as it was.
+//
+// Threads: distinct objects may be used from distinct threads also while they
+// share a buffer; one object has no lock.
+//
+// All positions and lengths are in UTF-16 code units unless a name says UTF-8.
+//
+//     VString name = "größe";                  // a literal is UTF-8
+//     if (name.startsWith("gr")) name += u"!";
+class VANCOREPLATFORM_API VString {
+public:
+    using value_type = char16_t;
+    using const_iterator = const char16_t*;
+
+    // The largest number of code units a string can hold (a little over 2^30 - 32).
+    static constexpr int MaxLength = 0x3FFFFFE0;
+
+    VString() noexcept = default;
+    // From UTF-8 up to the terminating NUL; null gives the empty string.
+    // Ill-formed sequences become U+FFFD.
+    VString(const char* utf8);
+    // From UTF-16 up to the terminating NUL; null gives the empty string.
+    VString(const char16_t* text);
+    VString(const char16_t* text, std::size_t length);
+    VString(const QString& text) : m_text(text) {}
+    VString(QString&& text) noexcept : m_text(std::move(text)) {}
+
+    // From UTF-8 of the given length, NULs kept; ill-formed sequences become U+FFFD.
+    static VString fromUtf8(const char* utf8, std::size_t length);
+    static VString fromStdString(const std::string& utf8);
+    static VString number(std::int32_t value);
+    static VString number(std::uint32_t value);
+    static VString number(std::int64_t value);
+    static VString number(std::uint64_t value);
+    // printf's 'g' with `precision` significant digits in the C locale, whatever
+    // the process locale is; infinities are "inf" and "-inf".
+    static VString number(double value, int precision);
+    // The parts with `separator` between them.
+    static VString join(const std::vector<VString>& parts, const VString& separator);
+
+    // UTF-8; an unpaired surrogate becomes U+FFFD.
+    std::string toStdString() const;
+    const QString& ToQString() const noexcept { return m_text; }
+    // The code units, followed by a NUL; valid until the string is changed or dies.
+    const char16_t* utf16() const noexcept { return reinterpret_cast<const char16_t*>(m_text.constData()); }
+    std::u16string_view View() const noexcept { return {utf16(), static_cast<std::size_t>(m_text.size())}; }
+
+    int length() const noexcept { return m_text.size(); }
+    bool IsEmpty() const noexcept { return m_text.isEmpty(); }
+    // Unchecked: 0 <= position < length().
+    char16_t operator[](int position) const noexcept { return utf16()[position]; }
+    const_iterator begin() const noexcept { return utf16(); }
+    const_iterator end() const noexcept { return utf16() + m_text.size(); }
+    // True when both strings are one shared buffer, so equal without a look at the text.
+    bool IsSharedWith(const VString& other) const noexcept { return m_text.constData() == other.m_text.constData() && length() == other.length(); }
+
+    VString& operator+=(const VString& other) { return append(other); }
+    VString& operator+=(char16_t unit);
+    // Amortised constant per code unit.
+    VString& append(const VString& other);
+    VString& append(const char16_t* text, std::size_t length);
+    void reserve(int length) { m_text.reserve(length); }
+    void clear() { m_text.clear(); }
+    void swap(VString& other) noexcept { m_text.swap(other.m_text); }
+
+    bool startsWith(const VString& prefix) const { return m_text.startsWith(prefix.m_text); }
+    bool endsWith(const VString& suffix) const { return m_text.endsWith(suffix.m_text); }
+    bool contains(const VString& part) const { return m_text.contains(part.m_text); }
+    bool contains(char16_t unit) const { return m_text.contains(QChar(unit)); }
+    // The first position at or after `from`, or -1.
+    int indexOf(const VString& part, int from = 0) const { return m_text.indexOf(part.m_text, from); }
+    int indexOf(char16_t unit, int from = 0) const { return m_text.indexOf(QChar(unit), from); }
+
+    VString left(int length) const { return m_text.left(length); }
+    // From `position`, to the end when `length` is negative.
+    VString mid(int position, int length = -1) const { return m_text.mid(position, length); }
+    // A copy in which every `before` is replaced by `after`, scanned once from
+    // the left. An empty `before` changes nothing.
+    VString replace(const VString& before, const VString& after) const;
+    // The parts between the separators, empty ones kept: n separators give n + 1 parts.
+    std::vector<VString> split(char16_t separator) const;
+
+    // Without leading / surrounding white space: tab to carriage return, and the
+    // blank. A no-break space is text.
+    VString trimLeft() const;
+    VString trimmed() const;
+
+    // In the C locale; 0 and `*ok` false when the text is no number.
+    double toDouble(bool* ok = nullptr) const;
+    int toInt(bool* ok = nullptr, int base = 10) const;
+
+    friend bool operator==(const VString& a, const VString& b) noexcept { return a.IsSharedWith(b) || a.View() == b.View(); }
+    friend bool operator!=(const VString& a, const VString& b) noexcept { return !(a == b); }
+    // By code units, not by code points or by language.
+    friend bool operator<(const VString& a, const VString& b) noexcept { return a.View() < b.View(); }
+    friend bool operator>(const VString& a, const VString& b) noexcept { return b < a; }
+    friend bool operator<=(const VString& a, const VString& b) noexcept { return !(b < a); }
+    friend bool operator>=(const VString& a, const VString& b) noexcept { return !(a < b); }
+
+private:
+    QString m_text;
+};
+
+VANCOREPLATFORM_API VString operator+(const VString& a, const VString& b);
+VANCOREPLATFORM_API VString operator+(VString&& a, const VString& b);
+// Writes UTF-8.
+VANCOREPLATFORM_API std::ostream& operator<<(std::ostream& out, const VString& text);

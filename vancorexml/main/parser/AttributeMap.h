@@ -1,0 +1,99 @@
+// Attribute name to value.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <utility>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/XMLExport.h"
+
+// The attributes of an element: an unordered map from name to value with the interface of
+// the standard's, kept in one flat block, because an element has few attributes and a
+// document many elements.
+//
+// Ownership: a value. The order of iteration carries no meaning and changes with an erase.
+// Unlike the standard's map, anything that inserts or erases invalidates all iterators,
+// pointers and references into the map.
+//
+// Threads: one writer or many readers.
+//
+// Cost: lookups are constant; up to 16 entries they are a scan of the block, above that a
+// hash index whose key is drawn per process, so names cannot be chosen to collide.
+// Inserting n entries is linear in n.
+class VANCOREXML_API AttributeMap {
+public:
+    using key_type = VString;
+    using mapped_type = VString;
+    using value_type = std::pair<const VString, VString>;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using reference = value_type&;
+    using const_reference = const value_type&;
+    using iterator = value_type*;
+    using const_iterator = const value_type*;
+
+    AttributeMap() noexcept = default;
+    AttributeMap(std::initializer_list<value_type> entries);
+    AttributeMap(const AttributeMap& other);
+    AttributeMap(AttributeMap&& other) noexcept : m_block(std::exchange(other.m_block, nullptr)) {}
+    AttributeMap& operator=(const AttributeMap& other);
+    // Nothing when `other` is this map; else `other` is left empty.
+    AttributeMap& operator=(AttributeMap&& other) noexcept;
+    ~AttributeMap() { if (m_block) Release(); }
+
+    size_type size() const noexcept { return m_block ? m_block->size : 0; }
+    bool empty() const noexcept { return size() == 0; }
+    iterator begin() noexcept { return m_block ? m_block->Entries() : nullptr; }
+    iterator end() noexcept { return begin() + size(); }
+    const_iterator begin() const noexcept { return m_block ? m_block->Entries() : nullptr; }
+    const_iterator end() const noexcept { return begin() + size(); }
+    const_iterator cbegin() const noexcept { return begin(); }
+    const_iterator cend() const noexcept { return end(); }
+
+    iterator find(const VString& name) noexcept { return begin() + (static_cast<const AttributeMap*>(this)->find(name) - static_cast<const AttributeMap*>(this)->begin()); }
+    const_iterator find(const VString& name) const noexcept;
+    size_type count(const VString& name) const noexcept { return find(name) != end() ? 1 : 0; }
+    bool contains(const VString& name) const noexcept { return find(name) != end(); }
+    // Throws std::out_of_range when there is no such name.
+    VString& at(const VString& name);
+    const VString& at(const VString& name) const;
+    // Inserts the empty value when there is no such name.
+    VString& operator[](const VString& name) { return try_emplace(name).first->second; }
+
+    // Makes room for `count` entries in all.
+    void reserve(size_type count);
+    // Inserts unless the name is there; says where it is and whether it was inserted.
+    std::pair<iterator, bool> insert(const value_type& entry) { return try_emplace(entry.first, entry.second); }
+    std::pair<iterator, bool> emplace(const VString& name, const VString& value) { return try_emplace(name, value); }
+    std::pair<iterator, bool> try_emplace(const VString& name, VString value = VString());
+    // Inserts, or overwrites the value.
+    std::pair<iterator, bool> insert_or_assign(const VString& name, VString value);
+    size_type erase(const VString& name);
+    // The position now holds an entry not yet seen by a walk from the front, or is the end.
+    iterator erase(const_iterator position);
+    void clear() noexcept;
+    void swap(AttributeMap& other) noexcept { std::swap(m_block, other.m_block); }
+
+    // The same names with equal values.
+    friend VANCOREXML_API bool operator==(const AttributeMap& a, const AttributeMap& b) noexcept;
+    friend bool operator!=(const AttributeMap& a, const AttributeMap& b) noexcept { return !(a == b); }
+
+private:
+    // One allocation: this head, `capacity` entries, and behind them, when the capacity is
+    // above what a scan serves, the slots of the hash index.
+    struct alignas(8) Block {
+        std::uint32_t size;
+        std::uint32_t capacity;
+
+        value_type* Entries() noexcept { return reinterpret_cast<value_type*>(this + 1); }
+        const value_type* Entries() const noexcept { return reinterpret_cast<const value_type*>(this + 1); }
+    };
+
+    static Block* Allocate(size_type capacity);
+    void Release() noexcept;
+    void Grow(size_type capacity);
+
+    Block* m_block = nullptr;
+};

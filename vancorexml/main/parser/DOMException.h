@@ -1,0 +1,18 @@
+// The failure of a lookup that was required.
+#pragma once
+
+#include "vancorexml/main/parser/XMLExport.h"
+#include "vansys/VantoraException.h"
+
+// Thrown when a child, an attribute or a version that the caller requires is missing. The
+// message is the bare name that was asked for; the error's key says which lookup failed.
+class VANCOREXML_API DOMException : public VantoraException {
+public:
+    DOMException(const VString& message, const VError::ErrorInfo& info);
+    DOMException(const DOMException& other);
+    DOMException& operator=(const DOMException& other);
+    ~DOMException() override;
+
+    VantoraException* Clone() const override;
+    [[noreturn]] void Throw() const override;
+};

@@ -1,0 +1,12 @@
+// Marks what `vansys` offers to other modules: everything else stays hidden.
+#pragma once
+
+#if defined(_WIN32)
+#  if defined(VANSYS_BUILD)
+#    define VANSYS_API __declspec(dllexport)
+#  else
+#    define VANSYS_API __declspec(dllimport)
+#  endif
+#else
+#  define VANSYS_API __attribute__((visibility("default")))
+#endif
