@@ -1,0 +1,56 @@
+// What every parse is run through.
+#pragma once
+
+#include <vector>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/XMLExport.h"
+#include "vansys/VError.h"
+
+// Collects the errors and warnings of a parse, each with its identity, and runs the parse.
+// Faults in a document are entries of these lists, never exceptions.
+//
+// Ownership: a value for its derived classes to extend.
+//
+// Threads: one at a time; no lock.
+class VANCOREXML_API Parser {
+public:
+    virtual ~Parser();
+
+    // Starts from empty lists: errors recorded before, while schemas were loaded, are gone.
+    void Parse();
+    // Empties the lists and leaves HasFatallyErrored() as it is.
+    void ClearErrorsAndWarnings();
+
+    bool HasErrors() const noexcept { return !m_errors.empty(); }
+    bool HasWarnings() const noexcept { return !m_warnings.empty(); }
+    // An error that ended the parse; it is in GetErrors() as well.
+    bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
+
+    // In the order they were met; valid until the next parse.
+    const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
+    const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
+    // As long as the messages, entry by entry; VError::ErrorInfo::NoError where a message has
+    // no identity of its own.
+    std::vector<VError::ErrorInfo> GetMetadataForErrors() const { return m_errorInfos; }
+    std::vector<VError::ErrorInfo> GetMetadataForWarnings() const { return m_warningInfos; }
+
+protected:
+    Parser() = default;
+    Parser(const Parser&) = default;
+    Parser& operator=(const Parser&) = default;
+
+    virtual void DoParse() = 0;
+
+    void Error(const VString& message, const VError::ErrorInfo& info);
+    // An error that also marks the parse as fatally errored.
+    void FatalError(const VString& message, const VError::ErrorInfo& info);
+    void Warning(const VString& message, const VError::ErrorInfo& info);
+
+private:
+    std::vector<VString> m_warnings;
+    std::vector<VError::ErrorInfo> m_warningInfos;
+    std::vector<VString> m_errors;
+    std::vector<VError::ErrorInfo> m_errorInfos;
+    bool m_fatallyErrored = false;
+};

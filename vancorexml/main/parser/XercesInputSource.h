@@ -1,0 +1,44 @@
+// A view of bytes in memory for the parser.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/XMLExport.h"
+#include "vancorexml/main/parser/XercesColonSanitizer.h"
+
+// How the parser finds out the encoding of a text.
+enum class TextEncoding {
+    Detected,   // by its byte order mark and its XML declaration
+    Utf8,       // it is UTF-8 whatever its XML declaration says
+};
+
+// The memory buffer that Xerces reads, together with a share of the bytes it points into:
+// the bytes live as long as this object. Movable, not copyable.
+//
+// Threads: one at a time.
+class VANCOREXML_API XercesInputSource {
+public:
+    // A view of `bytes` from `startOffset` (bytes, at most their number) to the end, with `id`
+    // as its system id. With ColonProcessingSanitize the view is of a rewritten copy where
+    // there is something to rewrite; `bytes` themselves never change.
+    XercesInputSource(std::shared_ptr<std::string> bytes, std::size_t startOffset, const VString& id, ColonProcessingMode mode, TextEncoding encoding);
+    XercesInputSource(XercesInputSource&& other) noexcept;
+    XercesInputSource& operator=(XercesInputSource&& other) noexcept;
+    ~XercesInputSource();
+    XercesInputSource(const XercesInputSource&) = delete;
+    XercesInputSource& operator=(const XercesInputSource&) = delete;
+
+    // Valid while this object lives, also when it is moved.
+    const xercesc::InputSource& Get() const noexcept { return *m_source; }
+    // What the view points into.
+    const std::shared_ptr<std::string>& Bytes() const noexcept { return m_bytes; }
+
+private:
+    std::unique_ptr<xercesc::MemBufInputSource> m_source;
+    std::shared_ptr<std::string> m_bytes;
+};

@@ -1,0 +1,37 @@
+// The parser of documents.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/AbstractXMLParser.h"
+#include "vancorexml/main/parser/XMLExport.h"
+
+// Reads a document with Xerces-C. External entities are refused, and a document whose
+// entities expand without end is abandoned. Validates once schemas were loaded; a schema
+// cannot be taken away again.
+//
+// Ownership: as AbstractXMLParser has it; the caller owns the parser.
+//
+// Threads: one at a time.
+//
+//     StringInputSource source("<a/>", "memory", false);
+//     auto builder = std::make_shared<Counter>();
+//     std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
+//     parser->Parse();
+//     if (parser->HasErrors()) Show(parser->GetErrors());
+class VANCOREXML_API XercesXMLParser : public AbstractXMLParser {
+public:
+    static std::unique_ptr<XercesXMLParser> Create(InputSource& input, std::shared_ptr<SAXInterface> handler);
+    ~XercesXMLParser() override;
+
+    // Loads the schema that is the resource of that name, which becomes its id.
+    void LoadXSDResource(const VString& resourceName);
+    // The ids of the schemas in the order they were loaded. Two of the library's own, for the
+    // attributes that any document may carry, come before the first.
+    virtual std::vector<VString> GetLoadedXSDs() const = 0;
+
+protected:
+    XercesXMLParser(InputSource& input, std::shared_ptr<SAXInterface> handler);
+};
