@@ -2,6 +2,8 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <list>
 #include <map>
 #include <memory>
@@ -10,16 +12,12 @@
 #include "vancoredata/FieldName.h"
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/DOMElement.h"
+#include "vancorexml/main/parser/DiagnosticRecords.h"
+#include "vancorexml/main/parser/DiagnosticsIndex.h"
 #include "vancorexml/main/parser/PathRenames.h"
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vansys/VError.h"
 #include "vansys/VReadWriteLock.h"
-
-class DiagnosticsIndex;
-struct ErrorRecord;
-struct WarningRecord;
-template <typename Record>
-class DiagnosticRecords;
 
 // A document: one tree of elements under a synthetic topmost element named "Document", the
 // errors and warnings recorded for them, and the names and paths that were renamed.
@@ -58,7 +56,8 @@ public:
     bool operator==(const DOM& other) const { return *m_root == *other.m_root; }
     bool operator!=(const DOM& other) const { return *m_root != *other.m_root; }
 
-    // Makes this document a copy of `other`: tree, diagnostics, renames and flags.
+    // Makes this document a copy of `other`: tree, diagnostics, renames and flags. A copy of
+    // itself only clears its diagnostics. Linear.
     void DeepCopy(const DOM& other);
 
     bool GetRestrictExternalPaths() const;
@@ -109,16 +108,22 @@ public:
     FieldName RenameField(FieldName field) const;
 
 protected:
+    // Moves the records of `node` from its document to this one and files them under
+    // `target`, or under `node` when that is null. When there are records under that key
+    // already, the moved ones are dropped.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:
     friend class DOMElement;
     friend class DetachedElements;
+    friend class DiagnosticsIndex;
     friend class DOMTestAccess;
 
     using NameMap = std::map<VString, VString>;
-    using ErrorMap = std::unordered_map<const DOMElement*, DiagnosticRecords<ErrorRecord>>;
-    using WarningMap = std::unordered_map<const DOMElement*, DiagnosticRecords<WarningRecord>>;
+    template <typename Record>
+    using RecordMap = std::unordered_map<const DOMElement*, DiagnosticRecords<Record>>;
+    using ErrorMap = RecordMap<ErrorRecord>;
+    using WarningMap = RecordMap<WarningRecord>;
 
     void PushError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported, bool cancel);
     void InsertError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported);
@@ -140,6 +145,49 @@ private:
     void CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElement* target);
     void MoveErrorsAndWarningsTo(DOM& other);
 
+    // Without a lock: whether anything at all is recorded, so that trees without
+    // diagnostics pay one test.
+    bool HasRecords() const noexcept { return m_hasRecords.load(std::memory_order_acquire); }
+    // What the death of an element of this document means for the records.
+    void ForgetElement(const DOMElement& element);
+    // Gives the subtrees, which have one document (or none) now, to `now`: their records
+    // move with them. Stays without effect when it throws.
+    static void Retarget(const std::unique_ptr<DOMElement>* first, std::size_t count, DOM* now);
+    static void MoveRecords(const std::unique_ptr<DOMElement>* first, std::size_t count, DOM& old, DOM* now);
+    void TakeRecords(DOM& from, const DOMElement& node, const DOMElement& key) noexcept;
+    void MakeRoomForRecordsOf(const DOM& other);
+    bool HasRecordsOf(const DOMElement& element) const { return m_errors.count(&element) != 0 || m_warnings.count(&element) != 0; }
+    // A record was added to `element`: these bits of DiagnosticsIndex now hold for it.
+    void NoteRecord(const DOMElement& element, std::uint8_t bits);
+    // The union of the bits of all records of the subtree; of the document for a root.
+    std::uint8_t GetBits(const DOMElement& element) const;
+    // The maps were changed by more than adding a record.
+    void NoteRecordsChanged() noexcept;
+    // Sees to it that records under an element of another document go when it dies.
+    void NoteKey(const DOMElement& key);
+
     std::unique_ptr<DOMElement> m_root;
+
+    // Guarded by m_lock.
+    std::map<FieldName, FieldName> m_fieldRenames;
     NameMap m_captionRenames;
+    NameMap m_dataSourceRenames;
+    NameMap m_dataConnectionRenames;
+    NameMap m_mapSourceRenames;
+    ErrorMap m_errors;
+    WarningMap m_warnings;
+    VString m_protectedDataSourceName;
+    std::int32_t m_dsValidationCancelType = 0;
+    bool m_restrictExternalPaths = false;
+
+    mutable VReadWriteLock m_lock{0};
+    PathRenames m_pathRenames;  // guarded by m_lock
+
+    // The root also while m_root is being reset: its destructor must know itself.
+    const DOMElement* m_topElement = nullptr;
+    // Changed under the write lock; false exactly when both maps are empty.
+    std::atomic<bool> m_hasRecords{false};
+    // Set, and never taken back, when DetachedElements first holds a link to this document.
+    std::atomic<bool> m_isLinkedFromOutside{false};
+    mutable DiagnosticsIndex m_index;
 };

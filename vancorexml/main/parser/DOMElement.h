@@ -214,11 +214,36 @@ private:
     friend class DOM;
     friend class DOMElementChildren;
     friend class DetachedElements;
+    friend class DOMTestAccess;
 
     using Children = std::vector<std::unique_ptr<DOMElement>>;
 
+    // Name, text and attributes of `other`, for that document and parent.
+    DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent);
+
+    // Copies of the children of `source`, with their subtrees and diagnostics, at the end of
+    // `into`; they get this element's document and this element as their parent.
+    void CopyChildrenOf(const DOMElement& source, Children& into);
+    void DestroyChildren() noexcept;
+    // Gives the whole subtree that document, needing neither memory nor stack.
+    void SetManager(DOM* manager) noexcept;
+
     // Where the child stands, or the end.
     Children::iterator FindChild(const DOMElement& child);
+    Children::iterator RequireChild(const DOMElement& child);
+    DOMElement* FindChildByName(const VString& name) const noexcept;
+    DOMElement* FindChildByAttr(const VString& attrName, const VString& value) const noexcept;
+    // Raises a LogicException when `child` is this element or above it.
+    void RequireNotBelow(const DOMElement& child) const;
+    // Room for that many more children.
+    void MakeRoom(std::size_t count);
+    // The last steps of an insertion; room is made, the document is set.
+    DOMElement& Place(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
+    // From its place among this element's children to the other parent.
+    void MoveChild(DOMElement& child, DOMElement& newParent, const DOMElement* before);
+    // As if each were inserted before `before` in turn.
+    void PlaceAll(Children&& children, const DOMElement* before);
+    void Link(DOMElement& child) noexcept;
 
     // Fixed after construction or an insertion: who manages and who holds this element.
     DOM* m_manager = nullptr;
@@ -234,6 +259,8 @@ private:
     bool m_encoded = false;
     // This element is registered as one that keeps links without being in a tree.
     bool m_detached = false;
-    // A detached element keeps this one as its parent.
+    // A detached element keeps, or kept, this one as its parent.
     bool m_hasDetachedChildren = false;
+    // Another document than the manager has, or had, records under this element.
+    mutable bool m_hasStrayRecords = false;
 };
