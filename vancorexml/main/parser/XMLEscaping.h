@@ -1,0 +1,55 @@
+// The escaping of the XML writers; private to the library and its tests.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/XMLExport.h"
+
+namespace XMLEscaping {
+
+// What stands for each code unit from 0 to 0x3E; empty for the unit itself.
+using MappingTable = std::array<VString, 63>;
+
+// What is built for a writer.
+enum MappingKind : int {
+    AttributeMapping = 0,
+    ContentMapping = 1,    // tabs and line feeds stay
+    ApostropheMapping = 2, // apostrophes and quotes stay
+};
+
+// Fills the table. Raises a LogicException when there is no such kind.
+VANCOREXML_API void InitMappingTableType(MappingTable& table, int kind);
+
+// A table with a mask of the units it has something for, which a scan can test quickly.
+class VANCOREXML_API EscapeTable {
+public:
+    explicit EscapeTable(int kind);
+
+    bool Maps(char16_t unit) const noexcept { return unit < m_entries.size() && ((m_mapped >> unit) & 1) != 0; }
+    // Unchecked: Maps(unit).
+    const VString& operator[](char16_t unit) const noexcept { return m_entries[unit]; }
+
+private:
+    MappingTable m_entries;
+    std::uint64_t m_mapped = 0;
+};
+
+// The tables in use, made on first use. Threads: any.
+VANCOREXML_API const EscapeTable& AttributeTable();
+VANCOREXML_API const EscapeTable& ContentTable();
+
+// The text with everything escaped that the table maps or XML does not allow; the same
+// shared string when that is nothing. A well-formed surrogate pair stays as it is. Throws
+// std::length_error when the result is too long for a VString.
+VANCOREXML_API VString EncodeWithTable(const VString& text, const EscapeTable& table);
+
+// The same with another test of single units above 0x80. A test that does not answer alike
+// in both passes raises a LogicException.
+VANCOREXML_API VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t));
+
+// The text as a CDATA section; the quotes of a quoted text stay outside of it.
+VANCOREXML_API VString EncodeAsCData(const VString& text);
+
+}  // namespace XMLEscaping

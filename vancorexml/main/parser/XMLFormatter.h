@@ -1,0 +1,144 @@
+// The writer of XML text.
+#pragma once
+
+#include <cstdint>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/AttributeMap.h"
+#include "vancorexml/main/parser/XMLExport.h"
+
+class DataValue;
+class DOM;
+class DOMElement;
+class DOMElementChildren;
+class QualifiedName;
+
+// A streaming writer: turns open tags, attributes, content, close tags, comments, binary
+// blobs and whole elements into text, and hands each piece to OutputString, which a derived
+// class defines. It does not check that tags are balanced or that names are well-formed.
+//
+// Everything that writes does so through virtual calls on the writer itself, so a derived
+// class that overrides one operation changes all that are composed of it.
+//
+// Ownership and lifetime: keeps nothing of what it is given. What OutputString throws comes
+// out of the operation, but for the closing of an element by an Indenter, which swallows.
+//
+// Threads: one writer belongs to one thread at a time; the static operations may be called
+// from any.
+//
+//     XMLStringFormatter writer;
+//     writer.OutputHeader();
+//     {
+//         XMLFormatter::Indenter book(writer, "book", {{"lang", "de"}});
+//         writer.OutputContentTag("title", AttributeMap(), "Salz & Sand");
+//     }
+//     VString text = writer.GetOutput();
+class VANCOREXML_API XMLFormatter {
+public:
+    // How OutputContent escapes.
+    enum FormatMode : std::int32_t {
+        FormatModeStrict = 0,   // as attribute values are
+        FormatModeContent = 1,  // long text with markup becomes a CDATA section
+    };
+
+    // An element that is open while this lives: writes its open tag and indents; at the end
+    // of the scope undents and writes the close tag. The writer must outlive it. The
+    // destructor swallows what the writer throws.
+    class VANCOREXML_API Indenter {
+    public:
+        Indenter(XMLFormatter& formatter, const VString& tag, const AttributeMap& attributes);
+        ~Indenter();
+        Indenter(const Indenter&) = delete;
+        Indenter& operator=(const Indenter&) = delete;
+
+    private:
+        XMLFormatter& m_formatter;
+        VString m_tag;
+    };
+
+    static const VString prefixOpen;       // "<"
+    static const VString prefixClose;      // "</"
+    static const VString suffixOpenClose;  // ">"
+    static const VString suffixEmpty;      // " />"
+    static const VString commentOpen;      // "<!--"
+    static const VString commentClose;     // "-->"
+
+    // `indentUnit` is written once for each level. With `singleLine` nothing is written as
+    // a line's end.
+    explicit XMLFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);
+    virtual ~XMLFormatter();
+
+    virtual void Indent();
+    virtual void Undent();
+    // The current indentation; valid until the next Indent or Undent.
+    virtual const VString& GetIndent() const;
+    virtual void Flush();
+    // Each with a blank before it, sorted by name, the value escaped between apostrophes.
+    virtual void OutputAttributes(const AttributeMap& attributes);
+    // The element and its subtree; the text of an element that has children comes after
+    // them. Each child goes through this operation again where a derived class overrides
+    // it, on a call stack that grows with the depth; where none does, the stack does not
+    // grow.
+    virtual void OutputDOMElement(const DOMElement& element);
+    virtual void OutputDOMElements(const DOMElementChildren& elements);
+    // `verbatim` text is written as it stands, on lines of its own, and followed by the
+    // indentation; other text is escaped and nothing is added.
+    virtual void OutputContent(const VString& text, bool verbatim);
+    virtual void OutputContent(const VString& text);
+    // An element with content on one line. Without `encode` the content is verbatim.
+    virtual void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content, bool encode);
+    virtual void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content);
+    // A blank is added on both sides, and each "--" becomes "-&45;".
+    virtual void OutputComment(const VString& text);
+    virtual void OutputCloseTag(const VString& tag);
+    virtual void OutputOpenTag(const VString& tag, const AttributeMap& attributes);
+    // An element without content.
+    virtual void OutputTag(const VString& tag, const AttributeMap& attributes);
+    // The XML declaration, which names UTF-8, and an empty line.
+    virtual void OutputHeader();
+    virtual void OutputLine(const VString& text);
+    // Receives all that is written, piece by piece.
+    virtual void OutputString(const VString& text) = 0;
+    // `length` bytes as Base64, on indented lines of 72 characters.
+    virtual void OutputBinary(const unsigned char* data, unsigned int length);
+
+    // Any mode but FormatModeStrict acts as FormatModeContent.
+    void SetFormatMode(FormatMode mode) noexcept { m_formatMode = mode; }
+
+    // The text escaped for an attribute value; the same shared string when nothing is to be
+    // escaped. A unit that XML does not allow becomes a backslash, "x", its hexadecimal
+    // number and ";". Throws std::length_error when the result is too long for a VString.
+    static VString EncodeAttributeString(const VString& text);
+    // The text escaped for content: below 32 units as an attribute value; from there on a
+    // CDATA section when it contains "<", else escaped with tabs and line feeds kept.
+    static VString EncodeContentString(const VString& text);
+
+    static VString FormatBooleanAttribute(bool value);
+    // 17 significant digits: reading it gives the same value again.
+    static VString FormatDoubleAttribute(double value);
+    // 6 significant digits.
+    static VString FormatFloatAttribute(float value);
+    static VString FormatInt64Attribute(std::int64_t value);
+    static VString FormatIntegerAttribute(std::int32_t value);
+    static VString FormatUInt32Attribute(std::uint32_t value);
+    static VString FormatQualifiedNameAttribute(const QualifiedName& name);
+    static VString FormatDataValueAttribute(const DataValue& value);
+
+    // Writes the declaration when `header`, the comment when there is one, and the document
+    // element when there is one, or `element`.
+    static void FormatDOM(XMLFormatter& formatter, const DOM& document, VString* comment, bool header);
+    static void FormatDOM(XMLFormatter& formatter, const DOMElement& element, VString* comment, bool header);
+
+protected:
+    // Writes the subtree to `target` with its open, close, content and empty tags, and
+    // without OutputDOMElement. Before the text of an element that has children stands the
+    // indentation of `textIndent`. The call stack does not grow with the depth.
+    static void WriteTree(XMLFormatter& target, const DOMElement& element, const XMLFormatter& textIndent);
+
+private:
+    VString m_indent;
+    FormatMode m_formatMode = FormatModeStrict;
+    // Fixed after construction.
+    VString m_indentUnit;
+    VString m_lineTerminator;
+};

@@ -1,0 +1,27 @@
+// The writer into a string.
+#pragma once
+
+#include <exception>
+
+#include "vancorexml/main/parser/XMLFormatter.h"
+
+// Collects what is written in memory.
+//
+// A text that outgrows a VString makes the operation throw std::length_error. Because the
+// closing of an element swallows exceptions, the first failure is kept: everything written
+// later, and GetOutput, throw it again, so that a cut text is never taken for a whole one.
+//
+// Ownership and threads: as XMLFormatter.
+class VANCOREXML_API XMLStringFormatter : public XMLFormatter {
+public:
+    explicit XMLStringFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);
+    ~XMLStringFormatter() override;
+
+    void OutputString(const VString& text) override;
+    // All that was written until now.
+    virtual VString GetOutput() const;
+
+private:
+    VString m_output;
+    std::exception_ptr m_failure;
+};
