@@ -1,0 +1,114 @@
+// A walk over a subtree, parents before children.
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+#include "vancorexml/main/parser/DOMElement.h"
+
+// Depth-first preorder: the start element, then the subtree of each of its children in
+// document order. The walk keeps its own stack, so a deep tree does not exhaust the
+// thread's; it holds pointers into the tree, which must not change while it lasts.
+//
+//     for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(root))
+//         Print(element.GetName());
+namespace DOMElementTraversal {
+
+// Yields the elements one by one. T is DOMElement or DOMElement const.
+template <typename T>
+class PreorderGeneratorTemplate {
+public:
+    explicit PreorderGeneratorTemplate(T& start)
+    {
+        // Ordinary documents are walked without another allocation.
+        m_stack.reserve(128);
+        m_stack.push_back(&start);
+    }
+
+    // The next element; null once all are returned, and from then on.
+    T* Next()
+    {
+        if (m_stack.empty()) return nullptr;
+        T* const element = m_stack.back();
+        m_stack.pop_back();
+        auto&& children = element->GetChildren();
+        for (std::size_t i = children.size(); i > 0; --i) m_stack.push_back(children[i - 1]);
+        return element;
+    }
+
+private:
+    std::vector<T*> m_stack;
+};
+
+// An input iterator; a copy walks on by itself.
+template <typename T>
+class PreorderIteratorTemplate {
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using pointer = T*;
+    using reference = T&;
+
+    // The end.
+    PreorderIteratorTemplate() = default;
+    explicit PreorderIteratorTemplate(T& start) : m_generator(std::make_unique<PreorderGeneratorTemplate<T>>(start)), m_current(m_generator->Next()) {}
+    PreorderIteratorTemplate(const PreorderIteratorTemplate& other)
+        : m_generator(other.m_generator ? std::make_unique<PreorderGeneratorTemplate<T>>(*other.m_generator) : nullptr), m_current(other.m_current)
+    {
+    }
+    PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept = default;
+    PreorderIteratorTemplate& operator=(const PreorderIteratorTemplate& other)
+    {
+        PreorderIteratorTemplate copy(other);
+        return *this = std::move(copy);
+    }
+    PreorderIteratorTemplate& operator=(PreorderIteratorTemplate&& other) noexcept = default;
+
+    T& operator*() const { return *m_current; }
+    T* operator->() const { return m_current; }
+    PreorderIteratorTemplate& operator++()
+    {
+        m_current = m_generator->Next();
+        return *this;
+    }
+    PreorderIteratorTemplate operator++(int)
+    {
+        PreorderIteratorTemplate before(*this);
+        ++*this;
+        return before;
+    }
+
+    // By the elements alone, whatever is still to come.
+    friend bool operator==(const PreorderIteratorTemplate& a, const PreorderIteratorTemplate& b) { return a.m_current == b.m_current; }
+    friend bool operator!=(const PreorderIteratorTemplate& a, const PreorderIteratorTemplate& b) { return !(a == b); }
+
+private:
+    std::unique_ptr<PreorderGeneratorTemplate<T>> m_generator;
+    T* m_current = nullptr;
+};
+
+// The walk as something to iterate over, as often as wanted.
+template <typename T>
+class PreorderTraversalTemplate {
+public:
+    explicit PreorderTraversalTemplate(T& start) : m_begin(start) {}
+
+    PreorderIteratorTemplate<T> begin() const { return m_begin; }
+    PreorderIteratorTemplate<T> end() const { return m_end; }
+
+private:
+    PreorderIteratorTemplate<T> m_begin;
+    PreorderIteratorTemplate<T> m_end;
+};
+
+using PreorderGenerator = PreorderGeneratorTemplate<DOMElement const>;
+using PreorderIterator = PreorderIteratorTemplate<DOMElement const>;
+using PreorderTraversal = PreorderTraversalTemplate<DOMElement const>;
+using MutablePreorderGenerator = PreorderGeneratorTemplate<DOMElement>;
+using MutablePreorderIterator = PreorderIteratorTemplate<DOMElement>;
+using MutablePreorderTraversal = PreorderTraversalTemplate<DOMElement>;
+
+}  // namespace DOMElementTraversal
