@@ -1,0 +1,180 @@
+#include "vancorexml/main/parser/DOMParser.h"
+
+#include <utility>
+
+#include "art-cpp/Activity.h"
+#include "metrics2/Metrics.h"
+#include "vancoredata/VResource.h"
+#include "vancorexml/main/parser/DOMBuilder.h"
+#include "vancorexml/main/parser/InputSourceUtils.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
+#include "vansys/LogicException.h"
+#include "vansys/MemoryScope.h"
+
+namespace {
+
+// How much of a document is recorded with its metrics, in bytes.
+constexpr unsigned int MetricsTextLength = 128;
+
+void RecordSource(Metrics::Scope& metrics, InputSource& source)
+{
+    metrics.Record("'xmls'", source.Size());
+    if (!metrics.IsOpen())
+        return;
+    std::string text;
+    source.GetBytes(text, MetricsTextLength);
+    metrics.Record("'xmlt'", VString::fromStdString(text));
+    source.ResetToStart();
+}
+
+void CopyErrors(const Parser& parser, DOMElement& root)
+{
+    if (!parser.HasErrors())
+        return;
+    const std::vector<VString> errors = parser.GetErrors();
+    const std::vector<VError::ErrorInfo> errorInfos = parser.GetMetadataForErrors();
+    if (errors.size() != errorInfos.size())
+        ThrowLogicException("vancorexml\\main\\parser\\DOMParser", 97, "errors.size() == errorInfos.size()", MakeLogicError(0x46AC9E8D));
+    for (std::size_t i = 0; i < errors.size(); ++i)
+        root.Error(errors[i], errorInfos[i], false, false);
+}
+
+}  // namespace
+
+struct DOMParser::Impl {
+    // The driver for the next parse. One that has schemas cannot lose them again and is
+    // never used twice; so is one whose schemas are still to be loaded.
+    XercesXMLParser& PrepareDriver(InputSource& source, const std::shared_ptr<SAXInterface>& builder);
+
+    std::shared_ptr<XercesXMLParser> driver;
+    std::vector<std::unique_ptr<InputSource>> xsdSources;
+    bool enableLineNumbers = false;
+    bool restrictExternalPaths = false;
+    std::function<void(const DOMParserStatistics&)> statisticsHandler;
+};
+
+XercesXMLParser& DOMParser::Impl::PrepareDriver(InputSource& source, const std::shared_ptr<SAXInterface>& builder)
+{
+    if (driver && xsdSources.empty() && driver->GetLoadedXSDs().empty()) {
+        driver->Reload(source, builder);
+        driver->ClearErrorsAndWarnings();
+    } else {
+        driver = XercesXMLParser::Create(source, builder);
+    }
+    return *driver;
+}
+
+DOMParser::DOMParser() : m_impl(std::make_unique<Impl>()) {}
+
+DOMParser::~DOMParser() = default;
+
+void DOMParser::SetEnableLineNumbersOnElements(bool enable)
+{
+    m_impl->enableLineNumbers = enable;
+}
+
+bool DOMParser::GetEnableLineNumbersOnElements() const
+{
+    return m_impl->enableLineNumbers;
+}
+
+void DOMParser::SetRestrictExternalPaths(bool restrict)
+{
+    m_impl->restrictExternalPaths = restrict;
+}
+
+bool DOMParser::GetRestrictExternalPaths() const
+{
+    return m_impl->restrictExternalPaths;
+}
+
+void DOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler)
+{
+    m_impl->statisticsHandler = std::move(handler);
+}
+
+void DOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
+{
+    m_impl->xsdSources.push_back(std::move(source));
+}
+
+void DOMParser::AddXSDResourceId(QtVanResourceId id)
+{
+    const VString name = LookupResource(id);
+    AddXSDInputSource(std::make_unique<StringInputSource>(UTF8StringVResource(name).GetString(), name, false));
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlBytes(const std::vector<unsigned char>& bytes)
+{
+    const Metrics::Scope metrics("DOMParser_ParseXmlBytes");
+    BinaryInputSource source(bytes, VString(), false);
+    return ParseXmlInputSource(source, false);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlBytes(std::vector<unsigned char>&& bytes)
+{
+    return ParseXmlBytes(std::as_const(bytes));
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(const std::string& text, const VString& id)
+{
+    return ParseXmlString(std::string(text), id);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(std::string&& text, const VString& id)
+{
+    Metrics::Scope metrics("DOMParser_ParseXmlString");
+    metrics.Record("'xmls'", text.size());
+    Utf8InputSource source(std::move(text), id, true);
+    return ParseXmlInputSource(source, false);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(const VString& text, const VString& id)
+{
+    Metrics::Scope metrics("DOMParser_ParseXmlString");
+    metrics.Record("'xmls'", static_cast<std::uint64_t>(text.length()));
+    StringInputSource source(text, id, true);
+    return ParseXmlInputSource(source, false);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(VString&& text, const VString& id)
+{
+    return ParseXmlString(std::as_const(text), id);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlString(const char* text, const VString& id)
+{
+    return ParseXmlString(std::string(text ? text : ""), id);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlFile(const VString& fileName)
+{
+    art::Activity activity("dom-parser.parse-xml-file");
+    activity.Tag("filename", fileName);
+    const std::unique_ptr<InputSource> source = InputSourceUtils::InputSourceFromFileName(fileName, true);
+    activity.Tag("source-size", source->Size());
+    return ParseXmlInputSource(*source, false);
+}
+
+std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool keepBlankText)
+{
+    MemoryScope memory("DOMParser");
+    Metrics::Scope metrics(m_impl->xsdSources.empty() ? "DOMParser_ParseXmlInputSource" : "DOMParser_ParseXmlInputSource_withXSD");
+    RecordSource(metrics, source);
+
+    auto document = std::make_unique<DOM>(m_impl->restrictExternalPaths);
+    const auto builder = std::make_shared<DOMBuilder>(*document, keepBlankText);
+    XercesXMLParser& driver = m_impl->PrepareDriver(source, builder);
+    if (m_impl->enableLineNumbers)
+        builder->SetLocationProvider(driver);
+    for (const std::unique_ptr<InputSource>& schema : m_impl->xsdSources)
+        driver.LoadXSDSource(*schema);
+    CopyErrors(driver, document->GetRoot());
+    driver.Parse();
+    CopyErrors(driver, document->GetRoot());
+    if (m_impl->statisticsHandler)
+        m_impl->statisticsHandler({source.Size(), source.Id()});
+    memory.Close();
+    return document;
+}

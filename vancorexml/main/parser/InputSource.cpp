@@ -1,0 +1,5 @@
+#include "vancorexml/main/parser/InputSource.h"
+
+InputSource::~InputSource() = default;
+
+IXercesInputSourceProvider::~IXercesInputSourceProvider() = default;

@@ -1,0 +1,28 @@
+#include "vancorexml/main/parser/XercesInputSource.h"
+
+#include <utility>
+
+#include <xercesc/util/XMLUni.hpp>
+
+#include "vancorexml/main/parser/XercesPlatform.h"
+
+static_assert(sizeof(XMLCh) == sizeof(char16_t));
+
+XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes, std::size_t startOffset, const VString& id, ColonProcessingMode mode, TextEncoding encoding) : m_bytes(std::move(bytes))
+{
+    const XercesUse xerces;
+    if (mode == ColonProcessingSanitize)
+        m_bytes = XercesColonSanitizer::Sanitize(m_bytes);
+    const auto* start = reinterpret_cast<const XMLByte*>(m_bytes->data()) + startOffset;
+    m_source = std::make_unique<xercesc::MemBufInputSource>(start, m_bytes->size() - startOffset, id.utf16(), false, xercesc::XMLPlatformUtils::fgMemoryManager);
+    // The bytes outlive the parse, so its stream reads them where they are.
+    m_source->setCopyBufToStream(false);
+    if (encoding == TextEncoding::Utf8)
+        m_source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+}
+
+XercesInputSource::XercesInputSource(XercesInputSource&& other) noexcept = default;
+
+XercesInputSource& XercesInputSource::operator=(XercesInputSource&& other) noexcept = default;
+
+XercesInputSource::~XercesInputSource() = default;

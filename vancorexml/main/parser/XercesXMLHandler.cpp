@@ -1,0 +1,200 @@
+#include "vancorexml/main/parser/XercesXMLHandler.h"
+
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax/Locator.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/sax2/Attributes.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLResourceIdentifier.hpp>
+
+#include "vancoreplatform/VFile.h"
+#include "vancoreplatform/VFormatString.h"
+#include "vancorexml/main/parser/XMLParseException.h"
+#include "vancorexml/main/parser/XercesColonSanitizer.h"
+#include "vancorexml/van-codegen/gen-strings/vancorexml-strings.h"
+
+static_assert(std::is_same_v<XMLCh, char16_t>, "VString and Xerces hold the same code units");
+
+namespace {
+
+// More names than any sensible vocabulary has, so that a hostile one costs bounded memory.
+constexpr std::size_t NameLimit = 1 << 16;
+// Values and white space repeat within a stretch of a document, and only short ones do.
+constexpr std::size_t ShortTextLimit = 1 << 10;
+constexpr std::size_t ShortTextLength = 24;
+// A larger buffer of pending text is not kept for the next run of text.
+constexpr std::size_t KeptTextCapacity = 1 << 16;
+
+// kind, "(line,column)" unless the position is unknown, message, id.
+VString FormatDiagnostic(const char* kind, const VString& message, const VString& systemId, XMLFileLoc line, XMLFileLoc column)
+{
+    VString location;
+    if (line != 0 || column != 0)
+        location = VFormatString("(%1,%2)").arg(std::uint64_t{line}).arg(std::uint64_t{column});
+    return VFormatString("%1%2: %3 (id: %4)").arg(kind).arg(location).arg(message).arg(systemId);
+}
+
+VString FormatDiagnostic(const char* kind, const xercesc::SAXParseException& exception)
+{
+    return FormatDiagnostic(kind, exception.getMessage(), exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
+}
+
+}  // namespace
+
+XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard)
+    : m_target(std::move(target)), m_guard(guard), m_elementNames(NameLimit), m_attributeNames(NameLimit), m_shortTexts(ShortTextLimit)
+{
+}
+
+XercesXMLHandler::~XercesXMLHandler() = default;
+
+void XercesXMLHandler::BeginParse()
+{
+    m_pendingText.clear();
+    m_isInProlog = true;
+    m_guard.Watch([this] { AbandonExpansion(); });
+}
+
+void XercesXMLHandler::EndParse() noexcept
+{
+    m_guard.Release();
+    m_elementNames.Clear();
+    m_attributeNames.Clear();
+    m_shortTexts.Clear();
+}
+
+void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
+{
+    m_locator = locator;
+}
+
+void XercesXMLHandler::FlushText()
+{
+    if (m_pendingText.empty())
+        return;
+    if (m_pendingText.size() <= ShortTextLength)
+        m_target->Characters(m_shortTexts.Get(m_pendingText));
+    else
+        m_target->Characters(VString(m_pendingText.data(), m_pendingText.size()));
+    m_pendingText.clear();
+    if (m_pendingText.capacity() > KeptTextCapacity)
+        m_pendingText.shrink_to_fit();
+}
+
+void XercesXMLHandler::FillAttributes(const xercesc::Attributes& attributes)
+{
+    m_attributes.clear();
+    const XMLSize_t count = attributes.getLength();
+    m_attributes.reserve(count);
+    for (XMLSize_t i = 0; i < count; ++i) {
+        const std::u16string_view qname = attributes.getQName(i);
+        const VString& name = m_attributeNames.Get(qname, [qname] { return XercesColonSanitizer::RestoreName(VString(qname.data(), qname.size())); });
+        if (name.IsEmpty())
+            continue;
+        const std::u16string_view value = attributes.getValue(i);
+        if (value.size() <= ShortTextLength)
+            m_attributes.try_emplace(name, m_shortTexts.Get(value));
+        else
+            m_attributes.try_emplace(name, VString(value.data(), value.size()));
+    }
+}
+
+void XercesXMLHandler::startElement(const XMLCh*, const XMLCh*, const XMLCh* qname, const xercesc::Attributes& attributes)
+{
+    if (m_isInProlog) {
+        m_isInProlog = false;
+        m_guard.Release();
+    }
+    FlushText();
+    FillAttributes(attributes);
+    m_target->StartElement(m_elementNames.Get(qname), m_attributes);
+    m_isDone |= m_target->IsDone();
+}
+
+void XercesXMLHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*)
+{
+    FlushText();
+    m_target->EndElement();
+    m_isDone |= m_target->IsDone();
+}
+
+void XercesXMLHandler::characters(const XMLCh* text, XMLSize_t length)
+{
+    m_pendingText.append(text, length);
+}
+
+void XercesXMLHandler::ignorableWhitespace(const XMLCh* text, XMLSize_t length)
+{
+    m_pendingText.append(text, length);
+}
+
+void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const XMLCh*)
+{
+    const std::uint64_t line = m_locator ? m_locator->getLineNumber() : 0;
+    const std::uint64_t column = m_locator ? m_locator->getColumnNumber() : 0;
+    m_fatallyErrored = true;
+    throw XMLParseException(VFormatString("%1(%2,%3) '%4'").arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY)).arg(line).arg(column).arg(name));
+}
+
+void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
+{
+    m_warnings.push_back(FormatDiagnostic("Warning", exception));
+}
+
+void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
+{
+    m_errors.push_back(FormatDiagnostic("Error", exception));
+}
+
+void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
+{
+    m_errors.push_back(FormatDiagnostic("Fatal Error", exception));
+    m_fatallyErrored = true;
+}
+
+void XercesXMLHandler::resetErrors()
+{
+    m_warnings.clear();
+    m_errors.clear();
+    m_fatallyErrored = false;
+}
+
+void XercesXMLHandler::AbandonExpansion()
+{
+    // What Xerces says of general entities.
+    const VString message = VFormatString("parser has encountered more than '%1' entity expansions in the document; this is the limit imposed by the application").arg(std::uint64_t{EntityExpansionGuard::Limit});
+    const bool located = m_locator != nullptr;
+    m_errors.push_back(FormatDiagnostic("Fatal Error", message, located ? m_locator->getSystemId() : nullptr, located ? m_locator->getLineNumber() : 0, located ? m_locator->getColumnNumber() : 0));
+    m_fatallyErrored = true;
+    throw ParseAbandoned();
+}
+
+xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdentifier* resource)
+{
+    const auto type = resource->getResourceIdentifierType();
+    if (type != xercesc::XMLResourceIdentifier::SchemaImport && type != xercesc::XMLResourceIdentifier::SchemaInclude)
+        return nullptr;
+    auto* extension = dynamic_cast<SAXInterfaceExtension*>(m_target.get());
+    if (!extension)
+        return nullptr;
+    const VString systemId = resource->getSystemId();
+    VString path;
+    extension->ResolveSchemaPath(path, resource->getBaseURI(), systemId);
+    if (path.IsEmpty())
+        return nullptr;
+    const std::string text = extension->PreprocessSchemaText(systemId, VFile::LoadTextFile(path, true), path).toStdString();
+
+    // Xerces frees the copy with its own memory manager.
+    xercesc::MemoryManager* const memory = xercesc::XMLPlatformUtils::fgMemoryManager;
+    auto* bytes = static_cast<XMLByte*>(memory->allocate(text.size() + 1));
+    std::memcpy(bytes, text.c_str(), text.size() + 1);
+    auto source = std::make_unique<xercesc::MemBufInputSource>(bytes, text.size(), path.utf16(), true, memory);
+    source->setCopyBufToStream(false);
+    source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+    return source.release();
+}

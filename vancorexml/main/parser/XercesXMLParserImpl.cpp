@@ -1,0 +1,232 @@
+#include "vancorexml/main/parser/XercesXMLParserImpl.h"
+
+#include <utility>
+
+#include <xercesc/framework/XMLGrammarPoolImpl.hpp>
+#include <xercesc/framework/XMLPScanToken.hpp>
+#include <xercesc/sax/Locator.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+#include <xercesc/validators/common/Grammar.hpp>
+
+#include "art-cpp/Activity.h"
+#include "metrics2/Metrics.h"
+#include "vancorexml/main/parser/QtVanResources.h"
+#include "vancorexml/main/parser/XMLParseException.h"
+#include "vansys/LogicException.h"
+
+using xercesc::XMLUni;
+
+namespace {
+
+// The schemas of what any document may carry.
+constexpr std::uint32_t XmlSchemaId = 0x8B50C6EA;
+constexpr std::uint32_t UserSchemaId = 0x63CABD5B;
+
+[[noreturn]] void FailAssertion(int line, const char* expression, std::uint32_t code)
+{
+    ThrowLogicException("vancorexml\\main\\parser\\XercesXMLParser", line, expression, MakeLogicError(code));
+}
+
+// A step of the parser, traced and measured.
+struct Step {
+    explicit Step(const char* name) : activity(name), metrics(name) {}
+
+    art::Activity activity;
+    Metrics::Scope metrics;
+};
+
+}  // namespace
+
+void VersionedReader::XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding)
+{
+    m_hasReadVersion11 |= xercesc::XMLString::equals(version, XMLUni::fgVersion1_1);
+    SAX2XMLReaderImpl::XMLDecl(version, encoding, standalone, actualEncoding);
+}
+
+XercesXMLParserImpl::XercesXMLParserImpl(InputSource& input, std::shared_ptr<SAXInterface> handler)
+    : XercesXMLParser(input, handler),
+      m_grammars(std::make_unique<xercesc::XMLGrammarPoolImpl>(xercesc::XMLPlatformUtils::fgMemoryManager)),
+      m_securityManager(std::make_unique<xercesc::SecurityManager>()),
+      m_handler(std::make_unique<XercesXMLHandler>(std::move(handler), m_guard))
+{
+    RequireReader();
+    PrepareParserState();
+}
+
+XercesXMLParserImpl::~XercesXMLParserImpl() = default;
+
+void XercesXMLParserImpl::RequireReader()
+{
+    if (m_reader)
+        return;
+    m_reader = std::make_unique<VersionedReader>(&m_guard, m_grammars.get());
+    m_reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
+    InstallHandler();
+    InstallResolver();
+    m_reader->setExitOnFirstFatalError(true);
+    m_reader->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
+    m_reader->setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
+    m_reader->setFeature(XMLUni::fgXercesLoadSchema, false);
+    m_reader->setFeature(XMLUni::fgXercesDynamic, false);
+    SetValidation(m_hasNoSchema == 0);
+}
+
+void XercesXMLParserImpl::DiscardReader() noexcept
+{
+    m_handler->ForgetLocator();
+    m_reader.reset();
+}
+
+void XercesXMLParserImpl::InstallHandler()
+{
+    m_reader->setContentHandler(m_handler.get());
+    m_reader->setErrorHandler(m_handler.get());
+    m_reader->setDeclarationHandler(m_handler.get());
+    m_handler->resetErrors();
+}
+
+void XercesXMLParserImpl::InstallResolver()
+{
+    xercesc::XMLEntityResolver* const xmlEntityResolver = m_handler.get();
+    auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(m_reader.get());
+    if (!xmlEntityResolver || !sax2readerImpl)
+        FailAssertion(118, "xmlEntityResolver && sax2readerImpl", 0x9D18F6F8);
+    sax2readerImpl->setXMLEntityResolver(xmlEntityResolver);
+}
+
+void XercesXMLParserImpl::PrepareParserState()
+{
+    const Step step("XercesXMLParser_PrepareParserState");
+    m_reader->resetCachedGrammarPool();
+    if (m_hasNoSchema == 0) {
+        LoadXSDResource(LookupResource(static_cast<QtVanResourceId>(XmlSchemaId)));
+        LoadXSDResource(LookupResource(static_cast<QtVanResourceId>(UserSchemaId)));
+    }
+    SetValidation(m_hasNoSchema == 0);
+}
+
+void XercesXMLParserImpl::SetValidation(bool validate)
+{
+    m_reader->setFeature(XMLUni::fgSAX2CoreNameSpaces, validate);
+    m_reader->setFeature(XMLUni::fgSAX2CoreValidation, validate);
+    m_reader->setFeature(XMLUni::fgXercesSkipDTDValidation, !validate);
+    m_reader->setFeature(XMLUni::fgXercesSchemaFullChecking, validate);
+    m_reader->setFeature(XMLUni::fgXercesHandleMultipleImports, validate);
+    if (!validate)
+        return;
+    m_reader->setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes, true);
+    m_reader->setFeature(XMLUni::fgXercesIdentityConstraintChecking, true);
+    m_reader->setFeature(XMLUni::fgXercesSchema, true);
+    m_reader->setFeature(XMLUni::fgXercesUseCachedGrammarInParse, true);
+    m_reader->setFeature(XMLUni::fgXercesValidationErrorAsFatal, false);
+}
+
+void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
+{
+    const Step step("XercesXMLParser_LoadXSDSource");
+    RequireReader();
+    if (m_hasNoSchema == 1) {
+        m_hasNoSchema = 0;
+        PrepareParserState();
+    }
+    if (xsdSource.Id().IsEmpty())
+        FailAssertion(203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
+    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&xsdSource);
+    if (!xercesableSource)
+        FailAssertion(206, "xercesableSource != nullptr", 0xAB95E4EA);
+    const XercesInputSource source = xercesableSource->GetXercesInputSource(ColonProcessingNone);
+    m_reader->loadGrammar(source.Get(), xercesc::Grammar::SchemaGrammarType, true);
+    m_loadedXSDs.push_back(xsdSource.Id());
+    TakeDiagnostics();
+}
+
+void XercesXMLParserImpl::DoParse()
+{
+    if (HasErrors())
+        FailAssertion(231, "HasErrors() == false", 0xE60C9000);
+    const Step step("XercesXMLParser_DoXercesParse");
+    bool isReusable = false;
+    try {
+        ReadInput();
+        isReusable = !HasErrors() && !m_reader->HasReadVersion11();
+    } catch (const xercesc::OutOfMemoryException&) {
+        Error("OutOfMemoryException", VError::ErrorInfo::NoError);
+    } catch (const XMLParseException& exception) {
+        const VString message = exception.GetConcatenatedMessages();
+        Error(message, VError::ErrorInfo::NoError);
+        FatalError(message, VError::ErrorInfo::NoError);
+    } catch (const xercesc::XMLException& exception) {
+        Error(exception.getMessage(), VError::ErrorInfo::NoError);
+    } catch (...) {
+        Error("Unexpected exception", VError::ErrorInfo::NoError);
+    }
+    m_handler->EndParse();
+    if (!isReusable)
+        DiscardReader();
+}
+
+void XercesXMLParserImpl::ReadInput()
+{
+    RequireReader();
+    m_handler->resetErrors();
+    auto& provider = dynamic_cast<IXercesInputSourceProvider&>(GetInput());
+    const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
+    m_handler->BeginParse();
+    try {
+        ReadDocument(source);
+    } catch (const ParseAbandoned&) {
+        // Recorded by the handler like any other fatal error.
+    } catch (...) {
+        DiscardReader();
+        throw;
+    }
+    if (!m_handler->GetErrors().empty())
+        TakeDiagnostics();
+}
+
+void XercesXMLParserImpl::ReadDocument(const XercesInputSource& source)
+{
+    xercesc::XMLPScanToken token;
+    if (!m_reader->parseFirst(source.Get(), token))
+        return;
+    bool hasMore = true;
+    while (hasMore && !m_handler->IsDone() && !m_handler->HasFatallyErrored())
+        hasMore = m_reader->parseNext(token);
+    // Left early, the reader would go on with this input in its next parse.
+    if (hasMore)
+        m_reader->parseReset(token);
+}
+
+void XercesXMLParserImpl::TakeDiagnostics()
+{
+    for (const VString& warning : m_handler->GetWarnings())
+        Warning(warning, VError::ErrorInfo::NoError);
+    const std::vector<VString>& errors = m_handler->GetErrors();
+    for (std::size_t i = 0; i < errors.size(); ++i) {
+        if (m_handler->HasFatallyErrored() && i + 1 == errors.size())
+            FatalError(errors[i], VError::ErrorInfo::NoError);
+        else
+            Error(errors[i], VError::ErrorInfo::NoError);
+    }
+    m_handler->resetErrors();
+}
+
+void XercesXMLParserImpl::Reload(InputSource& input, std::shared_ptr<SAXInterface> handler)
+{
+    XercesXMLParser::Reload(input, handler);
+    RequireReader();
+    auto old = std::exchange(m_handler, std::make_unique<XercesXMLHandler>(std::move(handler), m_guard));
+    InstallHandler();
+    // The reader must not keep the handler that dies here.
+    InstallResolver();
+}
+
+void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
+{
+    if (const xercesc::Locator* locator = m_handler->GetLocator()) {
+        line = static_cast<int>(locator->getLineNumber());
+        column = static_cast<int>(locator->getColumnNumber());
+    }
+}

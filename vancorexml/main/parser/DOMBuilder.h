@@ -1,0 +1,33 @@
+// From a parser's callbacks to a document.
+#pragma once
+
+#include <vector>
+
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/SAXInterface.h"
+
+// Builds the elements that a parser reports below the root of a document.
+//
+// Ownership: refers to the document, which must outlive every callback, and to the provider
+// of positions.
+//
+// Threads: one at a time.
+class DOMBuilder : public SAXInterface {
+public:
+    // Text that is white space only is dropped unless `keepBlankText`.
+    DOMBuilder(DOM& document, bool keepBlankText);
+    ~DOMBuilder() override;
+
+    // Elements get the positions that the provider gives when they start and end.
+    void SetLocationProvider(SAXFileLocation& provider) noexcept { m_locationProvider = &provider; }
+
+    void StartElement(const VString& name, const AttributeMap& attributes) override;
+    void EndElement() override;
+    void Characters(const VString& text) override;
+
+private:
+    // The root and the open elements below it, the innermost last.
+    std::vector<DOMElement*> m_stack;
+    bool m_keepBlankText;
+    SAXFileLocation* m_locationProvider = nullptr;
+};

@@ -1,0 +1,70 @@
+#include "vancorexml/main/parser/XercesPlatform.h"
+
+#include <cstdlib>
+#include <mutex>
+
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "vansys/InitOnce.h"
+
+namespace {
+
+// Never destroyed: statics that die after it may still release Xerces.
+struct Platform {
+    std::mutex mutex;
+    bool isInitialised = false;   // guarded by mutex, as are the others
+    bool isExiting = false;
+    int uses = 0;
+};
+
+Platform& GetPlatform()
+{
+    static Platform* const platform = new Platform;
+    return *platform;
+}
+
+// The caller holds the lock.
+void TerminateWhenUnused(Platform& platform)
+{
+    if (platform.isExiting && platform.isInitialised && platform.uses == 0) {
+        xercesc::XMLPlatformUtils::Terminate();
+        platform.isInitialised = false;
+    }
+}
+
+void OnExit()
+{
+    Platform& platform = GetPlatform();
+    const std::lock_guard lock(platform.mutex);
+    platform.isExiting = true;
+    TerminateWhenUnused(platform);
+}
+
+void RegisterExitHook()
+{
+    static InitOnce once;
+    once([] { std::atexit(OnExit); });
+}
+
+}  // namespace
+
+XercesUse::XercesUse()
+{
+    RegisterExitHook();
+    Platform& platform = GetPlatform();
+    const std::lock_guard lock(platform.mutex);
+    if (!platform.isInitialised) {
+        xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale);
+        platform.isInitialised = true;
+    }
+    ++platform.uses;
+}
+
+XercesUse::~XercesUse()
+{
+    Platform& platform = GetPlatform();
+    const std::lock_guard lock(platform.mutex);
+    --platform.uses;
+    TerminateWhenUnused(platform);
+}

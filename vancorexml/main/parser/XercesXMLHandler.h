@@ -1,0 +1,86 @@
+// From Xerces' events to the callbacks of a builder.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/util/XMLEntityResolver.hpp>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/AttributeMap.h"
+#include "vancorexml/main/parser/EntityExpansionGuard.h"
+#include "vancorexml/main/parser/SAXInterface.h"
+#include "vancorexml/main/parser/SharedTexts.h"
+
+// Ends a parse whose fault the handler has recorded already.
+struct ParseAbandoned {};
+
+// Hands elements and texts to a builder, with sanitized attribute names restored, and
+// collects what Xerces reports.
+//
+// Ownership: shares the builder; Xerces refers to the handler, so a reader must get another
+// before this one dies.
+//
+// Threads: one at a time.
+class XercesXMLHandler : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver {
+public:
+    XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard);
+    ~XercesXMLHandler() override;
+
+    // Forgets the text of a parse that was abandoned and bounds the entities of the next.
+    void BeginParse();
+    // Frees what only a parse needs.
+    void EndParse() noexcept;
+    // The reader that supplied the locator is gone.
+    void ForgetLocator() noexcept { m_locator = nullptr; }
+
+    bool IsDone() const noexcept { return m_isDone; }
+    bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
+    const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
+    const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
+    // Null before the first event of a parse.
+    const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
+
+    void setDocumentLocator(const xercesc::Locator* locator) override;
+    void startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qname, const xercesc::Attributes& attributes) override;
+    void endElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qname) override;
+    void characters(const XMLCh* text, XMLSize_t length) override;
+    // White space where a document type allows elements only: text like any other.
+    void ignorableWhitespace(const XMLCh* text, XMLSize_t length) override;
+
+    // Refuses the document: throws XMLParseException.
+    void externalEntityDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId) override;
+
+    void warning(const xercesc::SAXParseException& exception) override;
+    void error(const xercesc::SAXParseException& exception) override;
+    void fatalError(const xercesc::SAXParseException& exception) override;
+    void resetErrors() override;
+
+    // The schemas that a schema imports or includes, where the builder finds them. Null, which
+    // leaves an entity out, for everything else.
+    xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
+    using xercesc::DefaultHandler::resolveEntity;
+
+private:
+    void FlushText();
+    void FillAttributes(const xercesc::Attributes& attributes);
+    void AbandonExpansion();
+
+    std::shared_ptr<SAXInterface> m_target;
+    bool m_isDone = false;
+    const xercesc::Locator* m_locator = nullptr;
+    std::u16string m_pendingText;
+    std::vector<VString> m_warnings;
+    std::vector<VString> m_errors;
+    bool m_fatallyErrored = false;
+
+    EntityExpansionGuard& m_guard;
+    bool m_isInProlog = true;
+    // Filled anew for each element.
+    AttributeMap m_attributes;
+    SharedTexts m_elementNames;
+    SharedTexts m_attributeNames;
+    SharedTexts m_shortTexts;
+};

@@ -1,0 +1,70 @@
+// The parser behind XercesXMLParser.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include <xercesc/framework/XMLGrammarPool.hpp>
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+#include <xercesc/util/SecurityManager.hpp>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/EntityExpansionGuard.h"
+#include "vancorexml/main/parser/XercesInputSource.h"
+#include "vancorexml/main/parser/XercesPlatform.h"
+#include "vancorexml/main/parser/XercesXMLHandler.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
+
+// Xerces' reader, which also says whether the document declared XML 1.1.
+class VersionedReader : public xercesc::SAX2XMLReaderImpl {
+public:
+    VersionedReader(xercesc::MemoryManager* memory, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(memory, grammars) {}
+
+    bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
+    void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding) override;
+
+private:
+    bool m_hasReadVersion11 = false;
+};
+
+// Drives Xerces' reader. The reader is kept from parse to parse as long as nothing of a
+// document stays behind in it: a fault does, and so does a declaration of XML 1.1, after
+// which the next document would be read as 1.1 too. The grammars live outside the reader
+// and stay.
+class XercesXMLParserImpl : public XercesXMLParser {
+public:
+    XercesXMLParserImpl(InputSource& input, std::shared_ptr<SAXInterface> handler);
+    ~XercesXMLParserImpl() override;
+
+    void LoadXSDSource(InputSource& xsdSource) override;
+    void Reload(InputSource& input, std::shared_ptr<SAXInterface> handler) override;
+    std::vector<VString> GetLoadedXSDs() const override { return m_loadedXSDs; }
+    void GetCurrentLocation(int& line, int& column) override;
+
+protected:
+    void DoParse() override;
+
+private:
+    void RequireReader();
+    void DiscardReader() noexcept;
+    void InstallHandler();
+    void InstallResolver();
+    void PrepareParserState();
+    void SetValidation(bool validate);
+    // Reads the input to its end, or until the handler or a fault stops it.
+    void ReadInput();
+    void ReadDocument(const XercesInputSource& source);
+    void TakeDiagnostics();
+
+    // Before all that uses Xerces, so that they die before it.
+    XercesUse m_xerces;
+    EntityExpansionGuard m_guard;
+    std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
+    // Null after a parse that left something behind, until the next use.
+    std::unique_ptr<VersionedReader> m_reader;
+    std::unique_ptr<xercesc::SecurityManager> m_securityManager;
+    std::unique_ptr<XercesXMLHandler> m_handler;
+    std::vector<VString> m_loadedXSDs;
+    std::uint32_t m_hasNoSchema = 1;
+};
