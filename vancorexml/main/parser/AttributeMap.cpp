@@ -1,0 +1,257 @@
+#include "vancorexml/main/parser/AttributeMap.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <stdexcept>
+
+#include "vansys/VHash32.h"
+
+namespace {
+
+using Entry = AttributeMap::value_type;
+
+// Up to this capacity a scan is as fast as an index and costs no memory.
+constexpr std::size_t ScanLimit = 16;
+constexpr std::size_t MaxCapacity = std::numeric_limits<std::uint32_t>::max() / 4;
+
+// A power of two, at least twice the capacity: an open-addressing index stays half empty.
+std::size_t SlotCount(std::size_t capacity)
+{
+    if (capacity <= ScanLimit)
+        return 0;
+    std::size_t count = 64;
+    while (count < 2 * capacity)
+        count *= 2;
+    return count;
+}
+
+// The index behind the entries: a slot holds an entry's position plus one, 0 when it is
+// free. Probes go to the next slot; removals shift back, so there are no tombstones and
+// any number of erases leaves lookups constant.
+class Index {
+public:
+    Index(const Entry* entries, std::size_t capacity) noexcept : m_entries(entries), m_slots(const_cast<std::uint32_t*>(reinterpret_cast<const std::uint32_t*>(entries + capacity))), m_mask(SlotCount(capacity) - 1) {}
+
+    void Clear() noexcept { std::memset(m_slots, 0, (m_mask + 1) * sizeof(std::uint32_t)); }
+
+    // The slot of that name, or the free slot where it belongs.
+    std::size_t Find(const VString& name) const noexcept
+    {
+        std::size_t slot = Home(name);
+        while (m_slots[slot] != 0 && m_entries[m_slots[slot] - 1].first != name)
+            slot = Next(slot);
+        return slot;
+    }
+
+    bool IsFree(std::size_t slot) const noexcept { return m_slots[slot] == 0; }
+    std::size_t Position(std::size_t slot) const noexcept { return m_slots[slot] - 1; }
+    void Set(std::size_t slot, std::size_t position) noexcept { m_slots[slot] = static_cast<std::uint32_t>(position + 1); }
+
+    // For a name that is not there yet.
+    void Insert(const VString& name, std::size_t position) noexcept
+    {
+        std::size_t slot = Home(name);
+        while (m_slots[slot] != 0)
+            slot = Next(slot);
+        Set(slot, position);
+    }
+
+    void Remove(std::size_t slot) noexcept
+    {
+        for (std::size_t next = Next(slot); m_slots[next] != 0; next = Next(next)) {
+            const std::size_t home = Home(m_entries[Position(next)].first);
+            // It may move back unless its home lies behind the gap.
+            if (((next - home) & m_mask) >= ((next - slot) & m_mask)) {
+                m_slots[slot] = m_slots[next];
+                slot = next;
+            }
+        }
+        m_slots[slot] = 0;
+    }
+
+private:
+    std::size_t Home(const VString& name) const noexcept { return static_cast<std::size_t>(VSeededHash(name)) & m_mask; }
+    std::size_t Next(std::size_t slot) const noexcept { return (slot + 1) & m_mask; }
+
+    const Entry* m_entries;
+    std::uint32_t* m_slots;
+    std::size_t m_mask;
+};
+
+void MoveEntry(Entry* target, Entry& source) noexcept
+{
+    new (target) Entry(source.first, std::move(source.second));
+    source.~Entry();
+}
+
+}  // namespace
+
+AttributeMap::AttributeMap(std::initializer_list<value_type> entries)
+{
+    // All the memory there will be is taken here, so nothing can fail with a block held.
+    reserve(entries.size());
+    for (const value_type& entry : entries)
+        insert(entry);
+}
+
+AttributeMap::AttributeMap(const AttributeMap& other)
+{
+    if (other.empty())
+        return;
+    m_block = Allocate(other.size());
+    for (const value_type& entry : other) {
+        new (m_block->Entries() + m_block->size) value_type(entry);
+        if (m_block->capacity > ScanLimit)
+            Index(m_block->Entries(), m_block->capacity).Insert(entry.first, m_block->size);
+        ++m_block->size;
+    }
+}
+
+AttributeMap& AttributeMap::operator=(const AttributeMap& other)
+{
+    if (this != &other) {
+        AttributeMap copy(other);
+        swap(copy);
+    }
+    return *this;
+}
+
+AttributeMap& AttributeMap::operator=(AttributeMap&& other) noexcept
+{
+    if (this != &other) {
+        clear();
+        swap(other);
+    }
+    return *this;
+}
+
+AttributeMap::const_iterator AttributeMap::find(const VString& name) const noexcept
+{
+    if (!m_block)
+        return nullptr;
+    if (m_block->capacity <= ScanLimit)
+        return std::find_if(begin(), end(), [&](const value_type& entry) { return entry.first == name; });
+    const Index index(m_block->Entries(), m_block->capacity);
+    const std::size_t slot = index.Find(name);
+    return index.IsFree(slot) ? end() : begin() + index.Position(slot);
+}
+
+VString& AttributeMap::at(const VString& name)
+{
+    return const_cast<VString&>(static_cast<const AttributeMap*>(this)->at(name));
+}
+
+const VString& AttributeMap::at(const VString& name) const
+{
+    const const_iterator position = find(name);
+    if (position == end())
+        throw std::out_of_range("AttributeMap::at");
+    return position->second;
+}
+
+void AttributeMap::reserve(size_type count)
+{
+    if (count > (m_block ? m_block->capacity : 0))
+        Grow(count);
+}
+
+std::pair<AttributeMap::iterator, bool> AttributeMap::try_emplace(const VString& name, VString value)
+{
+    const iterator found = find(name);
+    if (found != end())
+        return {found, false};
+    const VString key(name);  // `name` may be an entry of the block that growing gives back
+    if (!m_block || m_block->size == m_block->capacity)
+        Grow(2 * size() + 1);  // with the head, exactly what an allocator's classes hold
+    const iterator position = new (end()) value_type(key, std::move(value));
+    if (m_block->capacity > ScanLimit)
+        Index(m_block->Entries(), m_block->capacity).Insert(key, m_block->size);
+    ++m_block->size;
+    return {position, true};
+}
+
+std::pair<AttributeMap::iterator, bool> AttributeMap::insert_or_assign(const VString& name, VString value)
+{
+    const iterator found = find(name);
+    if (found == end())
+        return try_emplace(name, std::move(value));
+    found->second = std::move(value);
+    return {found, false};
+}
+
+AttributeMap::size_type AttributeMap::erase(const VString& name)
+{
+    const const_iterator position = find(name);
+    if (position == end())
+        return 0;
+    erase(position);
+    return 1;
+}
+
+AttributeMap::iterator AttributeMap::erase(const_iterator position)
+{
+    value_type* const entry = begin() + (position - cbegin());
+    value_type* const last = end() - 1;
+    if (m_block->capacity > ScanLimit) {
+        Index index(m_block->Entries(), m_block->capacity);
+        index.Remove(index.Find(entry->first));
+        if (entry != last)
+            index.Set(index.Find(last->first), static_cast<std::size_t>(entry - begin()));
+    }
+    entry->~value_type();
+    if (entry != last)
+        MoveEntry(entry, *last);
+    --m_block->size;
+    return entry;
+}
+
+void AttributeMap::clear() noexcept
+{
+    if (m_block)
+        Release();
+    m_block = nullptr;
+}
+
+AttributeMap::Block* AttributeMap::Allocate(size_type capacity)
+{
+    if (capacity > MaxCapacity)
+        throw std::length_error("AttributeMap");
+    const std::size_t slots = SlotCount(capacity);
+    void* const memory = ::operator new(sizeof(Block) + capacity * sizeof(value_type) + slots * sizeof(std::uint32_t));
+    Block* const block = new (memory) Block{0, static_cast<std::uint32_t>(capacity)};
+    if (slots != 0)
+        Index(block->Entries(), capacity).Clear();
+    return block;
+}
+
+void AttributeMap::Release() noexcept
+{
+    for (value_type& entry : *this)
+        entry.~value_type();
+    ::operator delete(m_block);
+}
+
+void AttributeMap::Grow(size_type capacity)
+{
+    Block* const grown = Allocate(capacity);
+    for (value_type& entry : *this) {
+        value_type* const target = grown->Entries() + grown->size;
+        MoveEntry(target, entry);
+        if (capacity > ScanLimit)
+            Index(grown->Entries(), capacity).Insert(target->first, grown->size);
+        ++grown->size;
+    }
+    if (m_block)
+        ::operator delete(m_block);
+    m_block = grown;
+}
+
+bool operator==(const AttributeMap& a, const AttributeMap& b) noexcept
+{
+    return a.size() == b.size() && std::all_of(a.begin(), a.end(), [&](const AttributeMap::value_type& entry) {
+               const AttributeMap::const_iterator other = b.find(entry.first);
+               return other != b.end() && other->second == entry.second;
+           });
+}

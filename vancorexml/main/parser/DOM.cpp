@@ -1,0 +1,84 @@
+#include "vancorexml/main/parser/DOM.h"
+
+#include "vancorexml/main/parser/DOMElementSearch.h"
+#include "vancorexml/main/parser/DetachedElements.h"
+#include "vancorexml/main/parser/TwoWriteLocks.h"
+#include "vansys/LogicException.h"
+
+namespace {
+
+constexpr char SourceFile[] = "vancorexml\\main\\parser\\DOM";
+constexpr int SearchDepth = 1000;
+
+}  // namespace
+
+DOM::DOM(bool restrictExternalPaths) : m_root(std::make_unique<DOMElement>(VString("Document"))), m_restrictExternalPaths(restrictExternalPaths), m_topElement(m_root.get())
+{
+    m_root->m_manager = this;
+}
+
+DOM::~DOM()
+{
+    // While everything that the elements turn to is still there.
+    m_root.reset();
+    if (m_isLinkedFromOutside)
+        DetachedElements::DocumentDies(*this);
+}
+
+DOMElement* DOM::GetDocumentRoot() noexcept
+{
+    return m_root->HasChildren() ? m_root->GetChildren().front() : nullptr;
+}
+
+const DOMElement* DOM::GetDocumentRoot() const noexcept
+{
+    return m_root->HasChildren() ? m_root->GetChildren().front() : nullptr;
+}
+
+DOMElement* DOM::GetElement(const VString& name)
+{
+    return DOMElementSearch::FindElement(*m_root, name, SearchDepth, VString(), VString());
+}
+
+const DOMElement* DOM::GetElement(const VString& name) const
+{
+    return DOMElementSearch::FindElement(GetRoot(), name, SearchDepth, VString(), VString());
+}
+
+void DOM::DeepCopy(const DOM& dom)
+{
+    const TwoWriteLocks locks(m_lock, dom.m_lock);
+    if (!m_root)
+        ThrowLogicException(SourceFile, 38, "m_root", MakeLogicError(0xE9B29E95));
+    if (!dom.m_root)
+        ThrowLogicException(SourceFile, 39, "dom.m_root", MakeLogicError(0x41ACEBB0));
+    ClearAllErrorsAndWarnings();
+    *m_root = *dom.m_root;
+    m_fieldRenames = dom.m_fieldRenames;
+    m_captionRenames = dom.m_captionRenames;
+    m_dataSourceRenames = dom.m_dataSourceRenames;
+    m_dataConnectionRenames = dom.m_dataConnectionRenames;
+    m_mapSourceRenames = dom.m_mapSourceRenames;
+    m_pathRenames = dom.m_pathRenames;
+    m_protectedDataSourceName = dom.m_protectedDataSourceName;
+    m_dsValidationCancelType = dom.m_dsValidationCancelType;
+    m_restrictExternalPaths = dom.m_restrictExternalPaths;
+}
+
+bool DOM::GetRestrictExternalPaths() const
+{
+    const VReadLocker lock(m_lock);
+    return m_restrictExternalPaths;
+}
+
+int DOM::GetDSValidationCancelType() const
+{
+    const VReadLocker lock(m_lock);
+    return m_dsValidationCancelType;
+}
+
+void DOM::SetDSValidationCancelType(int type)
+{
+    const VWriteLocker lock(m_lock);
+    m_dsValidationCancelType = type;
+}

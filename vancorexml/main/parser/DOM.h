@@ -155,7 +155,7 @@ private:
     static void Retarget(const std::unique_ptr<DOMElement>* first, std::size_t count, DOM* now);
     static void MoveRecords(const std::unique_ptr<DOMElement>* first, std::size_t count, DOM& old, DOM* now);
     void TakeRecords(DOM& from, const DOMElement& node, const DOMElement& key) noexcept;
-    void MakeRoomForRecordsOf(const DOM& other);
+    void MakeRoomForRecords(std::size_t count);
     bool HasRecordsOf(const DOMElement& element) const { return m_errors.count(&element) != 0 || m_warnings.count(&element) != 0; }
     // A record was added to `element`: these bits of DiagnosticsIndex now hold for it.
     void NoteRecord(const DOMElement& element, std::uint8_t bits);

@@ -214,7 +214,6 @@ private:
     friend class DOM;
     friend class DOMElementChildren;
     friend class DetachedElements;
-    friend class DOMTestAccess;
 
     using Children = std::vector<std::unique_ptr<DOMElement>>;
 
@@ -232,7 +231,6 @@ private:
     Children::iterator FindChild(const DOMElement& child);
     Children::iterator RequireChild(const DOMElement& child);
     DOMElement* FindChildByName(const VString& name) const noexcept;
-    DOMElement* FindChildByAttr(const VString& attrName, const VString& value) const noexcept;
     // Raises a LogicException when `child` is this element or above it.
     void RequireNotBelow(const DOMElement& child) const;
     // Room for that many more children.
@@ -243,6 +241,7 @@ private:
     void MoveChild(DOMElement& child, DOMElement& newParent, const DOMElement* before);
     // As if each were inserted before `before` in turn.
     void PlaceAll(Children&& children, const DOMElement* before);
+    // Makes this element the child's parent.
     void Link(DOMElement& child) noexcept;
 
     // Fixed after construction or an insertion: who manages and who holds this element.

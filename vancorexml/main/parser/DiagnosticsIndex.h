@@ -6,6 +6,8 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "vancorexml/main/parser/DiagnosticRecords.h"
+
 class DOM;
 class DOMElement;
 
@@ -26,7 +28,10 @@ class DOMElement;
 // taken after the document's lock.
 class DiagnosticsIndex {
 public:
-    enum Bits : std::uint8_t { Error = 1, CancelError = 2, FaultError = 4, UnreportedError = 8, Warning = 16, AllErrors = 15 };
+    enum Bits : std::uint8_t { Error = 1, CancelError = 2, FaultError = 4, UnreportedError = 8, Warning = 16 };
+
+    static std::uint8_t BitsOf(const ErrorRecord& record) noexcept;
+    static std::uint8_t BitsOf(const DiagnosticRecords<ErrorRecord>& records) noexcept;
 
     // The bits of `element` and everything below it; of all records of the document when it
     // is null. The document's lock is held for reading.
@@ -36,13 +41,13 @@ public:
     void Add(const DOM& document, const DOMElement& element, std::uint8_t bits) noexcept;
     // `element` is about to get another parent or another document.
     void ElementMoves(const DOMElement& element) noexcept;
-    // `element`, which has no records and nothing below it that has, dies.
+    // `element`, which has no records, dies; whatever is below it has died or will follow.
     void ElementDies(const DOMElement& element) noexcept;
     void Drop() noexcept;
 
 private:
-    void Build(const DOM& document);
-    // False when the way up leaves the document.
+    // Both are false when some record's way up passes an element of another document.
+    bool Build(const DOM& document);
     bool Climb(const DOM& document, const DOMElement& element, std::uint8_t bits);
     void DropLocked() noexcept;
 
