@@ -1,0 +1,97 @@
+#include "tests/tool/ToolRun.h"
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using testsupport::TemporaryFolder;
+
+TEST(CheckCommandTest, CountsGoodDocuments)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunTool({"check", folder.Write("a.xml", "<a/>").toStdString(), folder.Write("b.xml", "<b/>").toStdString()});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output, "2 documents, 0 errors\n");
+}
+
+TEST(CheckCommandTest, PrintsAnErrorALineWithTheFile)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("a.xml", "<a>\n  <b></c>\n</a>").toStdString();
+    const ToolResult result = RunTool({"check", file});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, StartsWith(file + ": Fatal Error(2,7): "));
+    EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1);
+    EXPECT_EQ(result.output, "1 document, 1 error\n");
+}
+
+TEST(CheckCommandTest, ReadsStandardInput)
+{
+    const ToolResult result = RunTool({"check", "-"}, "<a>");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, StartsWith("-: Fatal Error("));
+}
+
+TEST(CheckCommandTest, UnreadableFileIsWorseThanErrorsAndTheRestIsChecked)
+{
+    const TemporaryFolder folder;
+    const std::string bad = folder.Write("bad.xml", "<a>").toStdString();
+    const std::string good = folder.Write("good.xml", "<a/>").toStdString();
+    const ToolResult result = RunTool({"check", bad, folder.Path("missing.xml").toStdString(), good});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("missing.xml"));
+    EXPECT_EQ(result.output, "2 documents, 1 error, 1 not checked\n");
+}
+
+TEST(CheckCommandTest, ErrorsComeInTheOrderOfTheArguments)
+{
+    const TemporaryFolder folder;
+    std::vector<std::string> arguments{"check", "--jobs", "4"};
+    std::vector<std::string> expected;
+    for (int i = 0; i < 40; ++i) {
+        // The earlier, the longer to check.
+        const std::string text = "<a>" + std::string(static_cast<std::size_t>(40 - i) * 20000, 'x');
+        arguments.push_back(folder.Write(VString("f" + std::to_string(i)), text).toStdString());
+        expected.push_back(arguments.back());
+    }
+    const ToolResult result = RunTool(arguments);
+    std::vector<std::string> files;
+    std::istringstream lines(result.errors);
+    for (std::string line; std::getline(lines, line);) files.push_back(line.substr(0, line.find(": ")));
+    EXPECT_EQ(files, expected);
+}
+
+TEST(CheckCommandTest, RefusedEntityHasTheRightPlaceBehindBlankLines)
+{
+    const ToolResult result = RunTool({"check", "-"}, "\n\n  <!DOCTYPE a [\n<!ENTITY e SYSTEM 'x'>]><a/>");
+    EXPECT_THAT(result.errors, HasSubstr("not allowed.(4,"));
+    EXPECT_EQ(result.output, "1 document, 2 errors\n");
+}
+
+TEST(CheckCommandTest, PlaceIsThatOfTheFileBehindSkippedSpaceAndColonAttributes)
+{
+    // Without the blank lines and the two colon attributes the scanner has the same column.
+    const std::string plain = RunTool({"check", "-"}, "<a  b='1'  c='2'></x>").errors;
+    EXPECT_THAT(plain, StartsWith("-: Fatal Error(1,"));
+    const std::string shifted = RunTool({"check", "-"}, "\n\n\n<a :b='1' :c='2'></x>").errors;
+    EXPECT_EQ(shifted, "-: Fatal Error(4," + plain.substr(std::string("-: Fatal Error(1,").size()));
+}
+
+TEST(CheckCommandTest, DocumentOfXml11DoesNotChangeTheNext)
+{
+    const TemporaryFolder folder;
+    const std::string newer = folder.Write("1.xml", "<?xml version='1.1'?><a>\x01</a>").toStdString();
+    const std::string older = folder.Write("2.xml", "<a>&#1;</a>").toStdString();
+    const ToolResult alone = RunTool({"check", older});
+    const ToolResult after = RunTool({"check", "--jobs", "1", newer, older});
+    EXPECT_EQ(alone.status, 1);
+    EXPECT_THAT(after.errors, HasSubstr(alone.errors));
+}
+
+#if defined(__linux__)
+TEST(CheckCommandTest, FullDiskIsAnError)
+{
+    const ToolResult result = RunProgram(VANXML_PATH, {"check", "-"}, "<a/>", "/dev/full");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write standard output: "));
+}
+#endif

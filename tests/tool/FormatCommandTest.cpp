@@ -1,0 +1,197 @@
+#include "tests/tool/ToolRun.h"
+
+using testing::HasSubstr;
+using testing::Not;
+using testsupport::TemporaryFolder;
+
+TEST(FormatCommandTest, WritesTheDocumentWithHeader)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunTool({"format", folder.Write("a.xml", "<a z='1' b='2'><c>x</c></a>").toStdString()});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output, Header() + "<a b='2' z='1'>\n  <c>x</c>\n</a>\n");
+}
+
+TEST(FormatCommandTest, LeavesTheHeaderOut)
+{
+    EXPECT_EQ(RunTool({"format", "-", "--no-header"}, "<a/>").output, "<a />\n");
+}
+
+TEST(FormatCommandTest, ReadsStandardInput)
+{
+    const ToolResult result = RunTool({"format", "-"}, "\n <a>größe</a>");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, Header() + "<a>größe</a>\n");
+}
+
+TEST(FormatCommandTest, FilesAndStandardInputGiveTheSame)
+{
+    const std::string latin1 = "<?xml version='1.0' encoding='iso-8859-1'?><a>gr\xF6\xDF""e</a>";
+    const TemporaryFolder folder;
+    EXPECT_EQ(RunTool({"format", "-"}, latin1).output, Header() + "<a>größe</a>\n");
+    EXPECT_EQ(RunTool({"format", folder.Write("a.xml", latin1).toStdString()}).output, Header() + "<a>größe</a>\n");
+}
+
+TEST(FormatCommandTest, FormattingItsOutputAgainChangesNothing)
+{
+    const std::string first = RunTool({"format", "-"}, "<a><b c='&#10;&lt;'/><d>some text of more than 32 units &lt; a &amp; b</d></a>").output;
+    EXPECT_THAT(first, HasSubstr("<![CDATA["));
+    EXPECT_EQ(RunTool({"format", "-"}, first).output, first);
+}
+
+TEST(FormatCommandTest, StrictEscapesLongTextInsteadOfACDataSection)
+{
+    const ToolResult result = RunTool({"format", "-", "--strict", "--no-header"}, "<a>some text of more than 32 units &lt; a &amp; b</a>");
+    EXPECT_EQ(result.output, "<a>some text of more than 32 units &lt; a &amp; b</a>\n");
+}
+
+TEST(FormatCommandTest, ColonAttributesComeBack)
+{
+    EXPECT_EQ(RunTool({"format", "-", "--no-header"}, "<a :b='1'/>").output, "<a :b='1' />\n");
+}
+
+TEST(FormatCommandTest, WritesToANewFile)
+{
+    const TemporaryFolder folder;
+    const VString output = folder.Path("out.xml");
+    const ToolResult result = RunTool({"format", "-", "-o", output.toStdString()}, "<a/>");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(TemporaryFolder::Read(output), Header() + "<a />\n");
+}
+
+TEST(FormatCommandTest, DocumentWithErrorsIsNotWritten)
+{
+    const TemporaryFolder folder;
+    const VString output = folder.Write("out.xml", "old");
+    const ToolResult result = RunTool({"format", "-", "-o", output.toStdString()}, "<a>\n<b></a>");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, testing::StartsWith("-: Fatal Error(2,6): "));
+    EXPECT_EQ(TemporaryFolder::Read(output), "old");
+}
+
+TEST(FormatCommandTest, OutputIntoAMissingFolderFails)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunTool({"format", "-", "-o", folder.Path("no/out.xml").toStdString()}, "<a/>");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write"));
+}
+
+#if defined(__linux__)
+TEST(FormatCommandTest, FullDiskIsAnError)
+{
+    const ToolResult shortText = RunProgram(VANXML_PATH, {"format", "-"}, "<a/>", "/dev/full");
+    EXPECT_EQ(shortText.status, 2);
+    EXPECT_THAT(shortText.errors, HasSubstr("Cannot write standard output: "));
+    const ToolResult longText = RunProgram(VANXML_PATH, {"format", "-"}, "<a>" + std::string(1 << 20, 'x') + "</a>", "/dev/full");
+    EXPECT_EQ(longText.status, 2);
+    EXPECT_THAT(longText.errors, HasSubstr("Cannot write standard output: "));
+}
+
+TEST(FormatCommandTest, DeviceIsWrittenToAndNotReplaced)
+{
+    const ToolResult result = RunTool({"format", "-", "-o", "/dev/full"}, "<a/>");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write \"/dev/full\""));
+    EXPECT_FALSE(QFileInfo("/dev/full").isFile());
+}
+
+TEST(FormatCommandTest, ReaderThatWentAwayIsAnError)
+{
+    const ToolResult result = RunProgram("sh", {"-c", "(\"$1\" format - ; echo \"status $?\" >&2) | true", "sh", VANXML_PATH}, "<a>" + std::string(4 << 20, 'x') + "</a>");
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write standard output: "));
+    EXPECT_THAT(result.errors, HasSubstr("status 2"));
+}
+
+TEST(FormatCommandTest, ClosedStandardOutputIsAnError)
+{
+    const ToolResult result = RunProgram("sh", {"-c", "\"$1\" format - >&-", "sh", VANXML_PATH}, "<a/>");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write standard output: "));
+}
+#endif
+
+namespace {
+
+struct BadInput {
+    const char* name;
+    std::string bytes;
+    int status;
+    const char* message;
+};
+
+std::ostream& operator<<(std::ostream& out, const BadInput& input)
+{
+    return out << input.name;
+}
+
+std::string EntityBomb()
+{
+    std::string text = "<!DOCTYPE a [<!ENTITY e0 'ha'>";
+    for (int i = 1; i < 12; ++i) {
+        text += "<!ENTITY e" + std::to_string(i) + " '";
+        for (int k = 0; k < 10; ++k) text += "&e" + std::to_string(i - 1) + ";";
+        text += "'>";
+    }
+    return text + "]><a>&e11;</a>";
+}
+
+}  // namespace
+
+class FormatBadInputTest : public testing::TestWithParam<BadInput> {};
+
+TEST_P(FormatBadInputTest, HasItsStatusAndMessageAndWritesNothing)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("bad.xml", GetParam().bytes).toStdString();
+    for (const ToolResult& result : {RunTool({"format", file}), RunTool({"format", "-"}, GetParam().bytes)}) {
+        EXPECT_EQ(result.status, GetParam().status);
+        EXPECT_EQ(result.output, "");
+        EXPECT_THAT(result.errors, HasSubstr(GetParam().message));
+        EXPECT_EQ(result.errors.back(), '\n');
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Inputs, FormatBadInputTest, testing::Values(
+    BadInput{"Empty", "", 1, "Fatal Error("},
+    BadInput{"OnlyBlanks", " \n ", 1, "Fatal Error("},
+    BadInput{"Truncated", "<a><b>", 1, "Fatal Error("},
+    BadInput{"NotXml", "hello", 1, "Fatal Error("},
+    BadInput{"NulByte", std::string("<a>\0</a>", 8), 1, "Fatal Error("},
+    BadInput{"ExternalEntity", "<!DOCTYPE a [<!ENTITY e SYSTEM '/etc/passwd'>]><a>&e;</a>", 1, "XML External <!ENTITY> definitions are not allowed.(1,"},
+    BadInput{"EntityBomb", EntityBomb(), 1, "Fatal Error("},
+    BadInput{"CutInsideACharacter", "<a>gr\xC3", 2, "offset 5"},
+    BadInput{"NotUtf8", "<a>gr\xF6\xDF</a>", 2, "offset 5"}),
+    [](const testing::TestParamInfo<BadInput>& info) { return std::string(info.param.name); });
+
+TEST(FormatCommandTest, MissingFileCannotBeRead)
+{
+    const ToolResult result = RunTool({"format", "no-such-file.xml"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, testing::StartsWith("vanxml: Cannot read \"no-such-file.xml\": "));
+}
+
+TEST(FormatCommandTest, FolderCannotBeRead)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunTool({"format", folder.Path("").toStdString()});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("Cannot read"));
+}
+
+TEST(FormatCommandTest, TextLongerThanAStringIsTooLarge)
+{
+    // With an indentation of two blanks a level the text grows with the square of the depth.
+    const int depth = 40000;
+    std::string text;
+    for (int i = 0; i < depth; ++i) text += "<a>";
+    for (int i = 0; i < depth; ++i) text += "</a>";
+    const ToolResult result = RunTool({"format", "-"}, text);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, HasSubstr("too large"));
+}

@@ -1,0 +1,44 @@
+// Running the tool as its users do.
+#pragma once
+
+#include <QProcess>
+#include <QStringList>
+
+#include <string>
+#include <vector>
+
+#include "tests/common/TestSupport.h"
+
+struct ToolResult {
+    int status = -1;   // of the exit; -1 when the tool crashed or did not end
+    std::string output;
+    std::string errors;
+};
+
+// Runs `program` with its output going to the file `outputFile`, or into the result.
+inline ToolResult RunProgram(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = std::string(), const std::string& outputFile = std::string())
+{
+    QStringList list;
+    for (const std::string& argument : arguments) list << QString::fromStdString(argument);
+    QProcess process;
+    if (!outputFile.empty()) process.setStandardOutputFile(QString::fromStdString(outputFile));
+    process.start(QString::fromStdString(program), list);
+    process.write(input.data(), static_cast<qint64>(input.size()));
+    process.closeWriteChannel();
+    ToolResult result;
+    if (!process.waitForFinished(120000)) return result;
+    if (process.exitStatus() == QProcess::NormalExit) result.status = process.exitCode();
+    result.output = process.readAllStandardOutput().toStdString();
+    result.errors = process.readAllStandardError().toStdString();
+    return result;
+}
+
+inline ToolResult RunTool(const std::vector<std::string>& arguments, const std::string& input = std::string())
+{
+    return RunProgram(VANXML_PATH, arguments, input);
+}
+
+inline std::string Header()
+{
+    return "<?xml version='1.0' encoding='utf-8' ?>\n\n";
+}

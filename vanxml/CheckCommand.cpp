@@ -1,0 +1,124 @@
+#include "vanxml/CheckCommand.h"
+
+#include <CLI/CLI.hpp>
+
+#include <atomic>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <set>
+#include <thread>
+
+#include "vanxml/DocumentChecker.h"
+#include "vanxml/StandardStreams.h"
+
+namespace {
+
+// Checks documents on several threads and hands the results out in the documents' order.
+class CheckQueue {
+public:
+    CheckQueue(const std::vector<std::string>& files, const std::optional<SchemaReference>& schema, std::size_t jobs)
+        : m_files(files), m_schema(schema), m_results(files.size())
+    {
+        for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i) m_threads.emplace_back([this] { Work(); });
+    }
+
+    ~CheckQueue()
+    {
+        m_next = m_files.size();
+        for (std::thread& thread : m_threads) thread.join();
+    }
+
+    // Waits until the document of that number was checked.
+    CheckedDocument Take(std::size_t number)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_finished.wait(lock, [&] { return m_results[number] || m_failure; });
+        if (!m_results[number]) std::rethrow_exception(m_failure);
+        CheckedDocument result = std::move(*m_results[number]);
+        m_results[number].reset();
+        return result;
+    }
+
+private:
+    void Work()
+    {
+        DocumentChecker checker(m_schema);
+        try {
+            for (std::size_t number = m_next++; number < m_files.size(); number = m_next++) Finish(number, checker.Check(VString::fromStdString(m_files[number])));
+        } catch (...) {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_failure = std::current_exception();
+            m_finished.notify_all();
+        }
+    }
+
+    void Finish(std::size_t number, CheckedDocument&& result)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_results[number] = std::move(result);
+        m_finished.notify_all();
+    }
+
+    const std::vector<std::string>& m_files;
+    const std::optional<SchemaReference> m_schema;
+    std::atomic<std::size_t> m_next{0};
+    std::vector<std::thread> m_threads;
+
+    std::mutex m_mutex;
+    std::condition_variable m_finished;
+    std::vector<std::optional<CheckedDocument>> m_results;   // guarded by m_mutex
+    std::exception_ptr m_failure;                            // guarded by m_mutex
+};
+
+std::string Counted(std::size_t count, const char* what)
+{
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+// "auto" leaves the choice to each document.
+std::optional<SchemaReference> WantedSchema(const std::string& name)
+{
+    if (name == "auto") return std::nullopt;
+    return name == "none" ? SchemaReference() : FindSchema(VString::fromStdString(name));
+}
+
+}  // namespace
+
+void CheckCommand::AddTo(CLI::App& application)
+{
+    CLI::App* command = application.add_subcommand("check", "Parse documents and print their errors");
+    command->add_option("FILE", m_files, "The documents; - is standard input")->required();
+    command->add_option("--schema", m_schema, "Check against a schema: none; auto, by each document's type and version; the name of one that comes with the library; or a file")->capture_default_str()->type_name("auto|none|NAME|FILE.xsd");
+    command->add_option("--jobs", m_jobs, "How many documents to check at a time; as many as the machine has cores when not given")->check(CLI::Range(1u, 1024u))->type_name("N");
+    command->callback([this] {
+        if (std::count(m_files.begin(), m_files.end(), "-") > 1) throw CLI::ValidationError("FILE", "standard input can be read only once");
+    });
+    m_command = command;
+}
+
+bool CheckCommand::IsChosen() const
+{
+    return m_command->parsed();
+}
+
+ExitStatus CheckCommand::Run()
+{
+    const std::size_t jobs = m_jobs > 0 ? m_jobs : std::max(1u, std::thread::hardware_concurrency());
+    CheckQueue queue(m_files, WantedSchema(m_schema), jobs);
+    ExitStatus status = ExitStatus::Good;
+    std::size_t documents = 0;
+    std::size_t errors = 0;
+    std::set<std::string> brokenSchemas;
+    for (std::size_t number = 0; number < m_files.size(); ++number) {
+        const CheckedDocument document = queue.Take(number);
+        status = Worse(status, document.status);
+        errors += document.errors;
+        if (document.wasChecked) ++documents;
+        // A schema's own errors are shown once, not for each of its documents.
+        if (document.brokenSchema.empty() || brokenSchemas.insert(document.brokenSchema).second) StandardStreams::WriteError(document.lines);
+    }
+    const std::size_t unchecked = m_files.size() - documents;
+    StandardStreams::Write(Counted(documents, "document") + ", " + Counted(errors, "error") + (unchecked > 0 ? ", " + std::to_string(unchecked) + " not checked" : "") + "\n");
+    return status;
+}

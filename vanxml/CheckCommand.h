@@ -1,0 +1,21 @@
+// vanxml check
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vanxml/Command.h"
+
+// Parses documents, against schemas when asked to, and prints their errors.
+class CheckCommand : public Command {
+public:
+    void AddTo(CLI::App& application) override;
+    bool IsChosen() const override;
+    ExitStatus Run() override;
+
+private:
+    const CLI::App* m_command = nullptr;
+    std::vector<std::string> m_files;
+    std::string m_schema = "none";
+    unsigned m_jobs = 0;
+};

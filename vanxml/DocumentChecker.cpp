@@ -1,0 +1,70 @@
+#include "vanxml/DocumentChecker.h"
+
+#include <stdexcept>
+
+#include "vancoreplatform/VIOException.h"
+#include "vanxml/SourceDocument.h"
+#include "vanxml/ToolError.h"
+
+namespace {
+
+void AddError(CheckedDocument& result, const std::string& line)
+{
+    result.lines += line;
+    ++result.errors;
+    result.status = ExitStatus::Faulty;
+}
+
+CheckedDocument Unreadable(const std::string& message)
+{
+    CheckedDocument result;
+    result.status = ExitStatus::Failed;
+    result.lines = "vanxml: " + message + "\n";
+    return result;
+}
+
+}  // namespace
+
+CheckedDocument DocumentChecker::Check(const VString& name)
+{
+    try {
+        SourceDocument source = SourceDocument::Read(name);
+        CheckedDocument result;
+        CheckSource(source, result);
+        return result;
+    } catch (const VIO::Exception& exception) {
+        return Unreadable(exception.GetMessage().toStdString());
+    } catch (const ToolError& error) {
+        return Unreadable(error.what());
+    } catch (const std::length_error&) {
+        return Unreadable("\"" + name.toStdString() + "\" is too large");
+    } catch (const std::bad_alloc&) {
+        return Unreadable("\"" + name.toStdString() + "\" is too large for the memory there is");
+    }
+}
+
+void DocumentChecker::CheckSource(SourceDocument& source, CheckedDocument& result)
+{
+    if (m_schema) {
+        result.wasChecked = CheckAgainst(*m_schema, source, result);
+        return;
+    }
+    const SchemaSelection selection = SelectSchema(source.Source());
+    result.wasChecked = CheckAgainst(selection.schema, source, result);
+    // What keeps a text from being a document at all is told before what its version is.
+    if (result.errors == 0 && !selection.problem.IsEmpty()) AddError(result, FormatErrorLine(source.Name(), selection.problem));
+}
+
+bool DocumentChecker::CheckAgainst(const SchemaReference& schema, SourceDocument& source, CheckedDocument& result)
+{
+    std::unique_ptr<SchemaDriver>& driver = m_drivers[schema];
+    if (!driver) driver = std::make_unique<SchemaDriver>(schema);
+    if (!driver->SchemaErrors().empty()) {
+        for (const VString& message : driver->SchemaErrors()) result.lines += FormatErrorLine(schema.name, message);
+        result.brokenSchema = schema.name.toStdString();
+        result.status = ExitStatus::Failed;
+        return false;
+    }
+    for (const VString& message : driver->Check(source.Source())) AddError(result, source.ErrorLine(message));
+    return true;
+}

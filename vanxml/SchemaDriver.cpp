@@ -1,0 +1,91 @@
+#include "vanxml/SchemaDriver.h"
+
+#include <QFileInfo>
+#include <QUrl>
+
+#include "vancoreplatform/VFormatString.h"
+#include "vancoreplatform/VIOException.h"
+#include "vancoreplatform/VPath.h"
+#include "vancorexml/main/parser/SAXInterface.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
+#include "vansys/VantoraException.h"
+
+namespace {
+
+// Schemas import the attributes in the namespace "xml" from this address; the library has
+// them already.
+bool IsXmlNamespaceSchema(const VString& systemId)
+{
+    return systemId.contains("//www.w3.org/") && systemId.endsWith("/xml.xsd");
+}
+
+bool IsFile(const VPath& path)
+{
+    return QFileInfo(path.String().ToQString()).isFile();
+}
+
+// The place of a schema relative to the one that names it; empty when there is no such file.
+VString FindBeside(const VString& baseUri, const VString& systemId)
+{
+    VPath folder(baseUri);
+    folder.RemoveFilename();
+    const VPath plain = folder / VPath(systemId);
+    if (IsFile(plain)) return plain.String();
+    const VPath decoded = folder / VPath(VString(QUrl::fromPercentEncoding(systemId.ToQString().toUtf8())));
+    return IsFile(decoded) ? decoded.String() : VString();
+}
+
+}  // namespace
+
+// Lets the document pass by and finds the schemas that a schema names.
+class SchemaDriver::Handler : public SAXInterfaceExtension {
+public:
+    void StartElement(const VString&, const AttributeMap&) override {}
+    void EndElement() override {}
+    void Characters(const VString&) override {}
+
+    void ResolveSchemaPath(VString& pathOut, const VString& baseUri, const VString& systemId) override
+    {
+        if (systemId.IsEmpty()) return;   // named by its namespace alone
+        pathOut = FindBeside(baseUri, systemId);
+        if (pathOut.IsEmpty() && !IsXmlNamespaceSchema(systemId)) {
+            missing.push_back(VFormatString("Cannot find the schema \"%1\", which \"%2\" imports or includes").arg(systemId).arg(baseUri));
+        }
+    }
+
+    VString PreprocessSchemaText(const VString&, const VString& text, const VString&) override { return text; }
+
+    std::vector<VString> missing;
+};
+
+SchemaDriver::SchemaDriver(const SchemaReference& schema)
+    : m_handler(std::make_shared<Handler>()),
+      m_nothing(std::make_unique<StringInputSource>(VString(), VString(), false)),
+      m_parser(XercesXMLParser::Create(*m_nothing, m_handler))
+{
+    try {
+        Load(schema);
+        m_schemaErrors = m_parser->GetErrors();
+    } catch (const VIO::Exception& exception) {
+        m_schemaErrors.push_back(exception.GetMessage());
+    } catch (const VantoraException& exception) {
+        m_schemaErrors.push_back(exception.GetConcatenatedMessages());
+    }
+    m_schemaErrors.insert(m_schemaErrors.end(), m_handler->missing.begin(), m_handler->missing.end());
+}
+
+SchemaDriver::~SchemaDriver() = default;
+
+void SchemaDriver::Load(const SchemaReference& schema)
+{
+    if (schema.kind == SchemaReference::Kind::Resource) m_parser->LoadXSDResource(schema.name);
+    if (schema.kind == SchemaReference::Kind::File) m_parser->LoadXSDFile(schema.name);
+}
+
+std::vector<VString> SchemaDriver::Check(InputSource& document)
+{
+    m_parser->Reload(document, m_handler);
+    m_parser->Parse();
+    return m_parser->GetErrors();
+}

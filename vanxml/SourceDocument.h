@@ -1,0 +1,44 @@
+// A document that the tool was given.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/InputSource.h"
+#include "vanxml/SourcePositions.h"
+
+// A file or standard input, read and decoded, with the way back from the positions that the
+// library reports to those of the file.
+//
+// Ownership: owns the text; its source must not outlive it. Movable.
+//
+// Threads: one at a time.
+class SourceDocument {
+public:
+    // `name` is a file's, or "-" for standard input. Throws VIO::Exception or ToolError when
+    // it cannot be read or decoded, std::length_error when it is longer than a string can be.
+    static SourceDocument Read(const VString& name);
+
+    const VString& Name() const noexcept { return m_source->Id(); }
+    InputSource& Source() noexcept { return *m_source; }
+
+    // Reads and sanitizes the text once more when it is asked for first, so ask only when
+    // there is something to show.
+    const SourcePositions& Positions();
+
+    // The message as a line for standard error, "NAME: message" with a line feed: positions
+    // are those of the file, and a message of several lines becomes one.
+    std::string ErrorLine(const VString& message);
+
+private:
+    SourceDocument(std::unique_ptr<InputSource> source, std::string skipped);
+
+    std::unique_ptr<InputSource> m_source;
+    std::string m_skipped;   // the white space before what the source gives
+    std::optional<SourcePositions> m_positions;
+};
+
+// "NAME: message" with a line feed; a message of several lines becomes one.
+std::string FormatErrorLine(const VString& name, const VString& message);

@@ -1,0 +1,11 @@
+// What makes a command give up.
+#pragma once
+
+#include <stdexcept>
+
+// The command cannot be carried out; the message (UTF-8) is shown and the tool ends with
+// ExitStatus::Failed.
+class ToolError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
