@@ -1,0 +1,87 @@
+#include "vancorexml/main/parser/QtVanResources.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "vancoredata/VResource.h"
+
+namespace {
+
+struct Row {
+    QtVanResourceId id;
+    const char16_t* alias;
+};
+
+// In ascending order of the numbers: searched by halving.
+constexpr Row Catalogue[] = {
+    {QtVanResourceId::FileFormatKxbXsd10_3, u"VQRC_FILEFORMAT_KXB_XSD_10_3"},
+    {QtVanResourceId::FileFormatConnectorPluginManifestXsd, u"VQRC_FILEFORMAT_CONNECTOR_PLUGIN_MANIFEST_XSD"},
+    {QtVanResourceId::FileFormatKxcXsd10_3, u"VQRC_FILEFORMAT_KXC_XSD_10_3"},
+    {QtVanResourceId::FileFormatKxaXsd, u"VQRC_FILEFORMAT_KXA_XSD"},
+    {QtVanResourceId::FileFormatKxdXsd10_3, u"VQRC_FILEFORMAT_KXD_XSD_10_3"},
+    {QtVanResourceId::FileFormatKxbXsd, u"VQRC_FILEFORMAT_KXB_XSD"},
+    {QtVanResourceId::FileFormatOauthConfigXsd, u"VQRC_FILEFORMAT_OAUTH_CONFIG_XSD"},
+    {QtVanResourceId::FileFormatKxcXsd, u"VQRC_FILEFORMAT_KXC_XSD"},
+    {QtVanResourceId::FileFormatDynamicConnectorsXsd, u"VQRC_FILEFORMAT_DYNAMIC_CONNECTORS_XSD"},
+    {QtVanResourceId::FileFormatKxdXsd, u"VQRC_FILEFORMAT_KXD_XSD"},
+    {QtVanResourceId::FileFormatKxeXsd, u"VQRC_FILEFORMAT_KXE_XSD"},
+    {QtVanResourceId::FileFormatKxaXsd10_2, u"VQRC_FILEFORMAT_KXA_XSD_10_2"},
+    {QtVanResourceId::FileFormatUserXsd, u"VQRC_FILEFORMAT_USER_XSD"},
+    {QtVanResourceId::FileFormatKxbXsd10_5, u"VQRC_FILEFORMAT_KXB_XSD_10_5"},
+    {QtVanResourceId::FileFormatKxaXsd10_4, u"VQRC_FILEFORMAT_KXA_XSD_10_4"},
+    {QtVanResourceId::FileFormatKxdXsd10_5, u"VQRC_FILEFORMAT_KXD_XSD_10_5"},
+    {QtVanResourceId::FileFormatKxcXsd10_4, u"VQRC_FILEFORMAT_KXC_XSD_10_4"},
+    {QtVanResourceId::FileFormatXmlXsd, u"VQRC_FILEFORMAT_XML_XSD"},
+    {QtVanResourceId::FileFormatConnectorPluginResourcesXsd, u"VQRC_FILEFORMAT_CONNECTOR_PLUGIN_RESOURCES_XSD"},
+    {QtVanResourceId::FileFormatKxdXsd10_2, u"VQRC_FILEFORMAT_KXD_XSD_10_2"},
+    {QtVanResourceId::FileFormatKxaXsd10_3, u"VQRC_FILEFORMAT_KXA_XSD_10_3"},
+    {QtVanResourceId::FileFormatKxdXsd10_4, u"VQRC_FILEFORMAT_KXD_XSD_10_4"},
+    {QtVanResourceId::FileFormatKxbXsd10_2, u"VQRC_FILEFORMAT_KXB_XSD_10_2"},
+    {QtVanResourceId::FileFormatKxcXsd10_2, u"VQRC_FILEFORMAT_KXC_XSD_10_2"},
+    {QtVanResourceId::FileFormatKxfXsd, u"VQRC_FILEFORMAT_KXF_XSD"},
+    {QtVanResourceId::FileFormatKxbXsd10_4, u"VQRC_FILEFORMAT_KXB_XSD_10_4"},
+    {QtVanResourceId::FileFormatXhtmlDtd, u"VQRC_FILEFORMAT_XHTML_DTD"},
+    {QtVanResourceId::FileFormatKxaXsd10_5, u"VQRC_FILEFORMAT_KXA_XSD_10_5"},
+    {QtVanResourceId::FileFormatKxcXsd10_5, u"VQRC_FILEFORMAT_KXC_XSD_10_5"},
+};
+
+constexpr bool IsAscending()
+{
+    for (std::size_t i = 1; i < std::size(Catalogue); ++i)
+        if (Catalogue[i - 1].id >= Catalogue[i].id) return false;
+    return true;
+}
+static_assert(IsAscending());
+
+// The library's own resources are found by name from its loading to its unloading.
+class FolderRegistration {
+public:
+    FolderRegistration() { ResourceRegistrationCache::GetInstance().AddFolder(":/vancorexml"); }
+    ~FolderRegistration() { ResourceRegistrationCache::GetInstance().RemoveFolder(":/vancorexml"); }
+    FolderRegistration(const FolderRegistration&) = delete;
+    FolderRegistration& operator=(const FolderRegistration&) = delete;
+};
+const FolderRegistration registration;
+
+}  // namespace
+
+VString LookupResourceAlias(QtVanResourceId id)
+{
+    const Row* const row = std::lower_bound(std::begin(Catalogue), std::end(Catalogue), id, [](const Row& candidate, QtVanResourceId wanted) { return candidate.id < wanted; });
+    return row != std::end(Catalogue) && row->id == id ? VString(row->alias) : VString();
+}
+
+VString LookupResource(QtVanResourceId id)
+{
+    return LookupResource(id, VString());
+}
+
+VString LookupResource(QtVanResourceId id, VString qualifier)
+{
+    return ResourceRegistrationCache::GetInstance().GetResourcePath(LookupResourceAlias(id), qualifier);
+}
+
+VString LookupDefaultQtVanRes(QtVanResourceId id)
+{
+    return LookupResource(id);
+}

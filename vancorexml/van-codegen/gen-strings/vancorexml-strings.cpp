@@ -1,0 +1,92 @@
+#include "vancorexml/van-codegen/gen-strings/vancorexml-strings.h"
+
+#include <boost/any.hpp>
+
+#include "vancoredata/VLocale.h"
+#include "vancoreplatform/CoreThreadContext.h"
+#include "vansys/LogicException.h"
+
+namespace {
+
+// A message: its id, the context it is translated in, and its English text (UTF-8).
+struct Message {
+    std::uint32_t id;
+    const char* name;
+    const char* english;
+};
+
+constexpr Message Messages[] = {
+    {CoreXml::IDS_ERR_XML_ENTITY, "IDS_ERR_XML_ENTITY", "XML External <!ENTITY> definitions are not allowed."},
+    {CoreXml::IDS_ERR_XML_INVALID_ENCODING, "IDS_ERR_XML_INVALID_ENCODING", "The XML file is in an unsupported encoding."},
+};
+
+const Message& FindMessage(std::uint32_t id)
+{
+    static constexpr Message unknown{0, "", ""};
+    for (const Message& message : Messages)
+        if (message.id == id) return message;
+    return unknown;
+}
+
+// The language of the calling thread's session; empty when the session has no locale.
+VString SessionLanguage()
+{
+    const boost::any object = CoreThreadContext::GetGenericObject("locale");
+    const auto* const locale = boost::any_cast<std::shared_ptr<VLocale>>(&object);
+    return locale && *locale ? (*locale)->getLanguageCode().GetISOString() : VString();
+}
+
+QString ResourcePath(const VString& language)
+{
+    return QStringLiteral(":/vancorexml/VQRC_MODSTRINGS_") + language.ToQString();
+}
+
+bool Load(QTranslator& translator, const VString& language)
+{
+    // Empty, not null: a null delimiter would make the translator try shorter names.
+    const QString none = QLatin1String("");
+    return translator.load(ResourcePath(language), none, none, none);
+}
+
+}  // namespace
+
+std::shared_ptr<CoreXml::LocalStringTableCache> CoreXml::LocalStringTableCache::GetInstance()
+{
+    const boost::any object = CoreThreadContext::GetProcessObject("vancorexml-strings", [] { return boost::any(std::make_shared<LocalStringTableCache>()); });
+    const auto* const cache = boost::any_cast<std::shared_ptr<LocalStringTableCache>>(&object);
+    if (!cache || !*cache) ThrowLogicException("vancorexml\\van-codegen\\gen-strings\\vancorexml-strings", 78, "s_cache", MakeLogicError(0x2F8D61B4));
+    return *cache;
+}
+
+std::shared_ptr<QTranslator> CoreXml::LocalStringTableCache::GetTranslator(const VString& language)
+{
+    if (language.IsEmpty() || language == LanguageUtils::GetDefaultISOString()) return nullptr;
+
+    const VRecursiveMutexLocker locker(m_lock);
+    const auto known = m_translators.find(language);
+    if (known != m_translators.end()) return known->second;
+
+    auto translator = std::make_shared<QTranslator>();
+    if (!Load(*translator, language)) Load(*translator, LanguageUtils::GetClosestSupportedLanguageCode(language).GetISOString());
+    m_translators.emplace(language, translator);
+    return translator;
+}
+
+VString CoreXml::GetLocalizedString(std::uint32_t id)
+{
+    if (!CoreThreadContext::HasSessionId()) return VString(FindMessage(id).english);
+    return GetLocalizedString(id, SessionLanguage());
+}
+
+VString CoreXml::GetLocalizedString(std::uint32_t id, const VString& language)
+{
+    const Message& message = FindMessage(id);
+    const auto cache = LocalStringTableCache::GetInstance();
+    std::shared_ptr<QTranslator> translator = cache->GetTranslator(language);
+    const bool isTranslated = translator && !translator->isEmpty();
+    if (!isTranslated && !language.startsWith(LanguageUtils::GetDefaultLanguage()) && CoreThreadContext::HasSessionId()) translator = cache->GetTranslator(SessionLanguage());
+
+    VString text;
+    if (translator) text = VString(translator->translate(message.name, message.english, nullptr, -1));
+    return text.IsEmpty() ? VString(message.english) : text;
+}

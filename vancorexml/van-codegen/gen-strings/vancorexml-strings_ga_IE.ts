@@ -1,0 +1,18 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="ga_IE" sourcelanguage="en_US">
+<context>
+    <name>IDS_ERR_XML_ENTITY</name>
+    <message>
+        <source>XML External &lt;!ENTITY&gt; definitions are not allowed.</source>
+        <translation>Ní cheadaítear sainmhínithe &lt;!ENTITY&gt; seachtracha in XML.</translation>
+    </message>
+</context>
+<context>
+    <name>IDS_ERR_XML_INVALID_ENCODING</name>
+    <message>
+        <source>The XML file is in an unsupported encoding.</source>
+        <translation>Ní thacaítear le hionchódú an chomhaid XML.</translation>
+    </message>
+</context>
+</TS>
