@@ -1,0 +1,196 @@
+#include "vancorexml/main/parser/XMLUtils.h"
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include <xercesc/util/XMLChar.hpp>
+
+#include "vansys/LogicException.h"
+
+namespace {
+
+constexpr const char* const File = "vancorexml\\main\\parser\\XMLUtils";
+
+enum ByteClass : std::uint8_t { NameByte = 1, FirstNameByte = 2, WhitespaceByte = 4 };
+
+// The classes of the bytes. A byte is widened as a signed one, so those from 0x80 up land at
+// U+FF80 and above, which are name characters.
+const std::array<std::uint8_t, 256>& ByteClasses()
+{
+    static const std::array<std::uint8_t, 256> classes = [] {
+        std::array<std::uint8_t, 256> table{};
+        for (int byte = 0; byte < 256; ++byte) {
+            const auto unit = static_cast<char16_t>(static_cast<signed char>(byte));
+            table[static_cast<std::size_t>(byte)] = static_cast<std::uint8_t>(
+                (XmlUtils::IsNameChar(unit) ? NameByte : 0) | (XmlUtils::IsFirstNameChar(unit) ? FirstNameByte : 0) | (XmlUtils::IsWhitespace(unit) ? WhitespaceByte : 0));
+        }
+        return table;
+    }();
+    return classes;
+}
+
+bool HasClass(char byte, ByteClass wanted) noexcept
+{
+    return (ByteClasses()[static_cast<unsigned char>(byte)] & wanted) != 0;
+}
+
+// Whether a scan that goes over bytes from the left stands inside a quoted value.
+class QuoteState {
+public:
+    void Pass(char byte) noexcept
+    {
+        if (byte != '\'' && byte != '"') return;
+        if (m_quote == 0) m_quote = byte;
+        else if (m_quote == byte) m_quote = 0;
+    }
+    bool IsInside() const noexcept { return m_quote != 0; }
+
+private:
+    char m_quote = 0;
+};
+
+std::size_t SkipWhitespace(const std::string& text, std::size_t position) noexcept
+{
+    while (position < text.size() && XmlUtils::IsWhitespace(text[position])) ++position;
+    return position;
+}
+
+// The value behind an attribute's name that ends before `position`.
+// `isAttribute` says whether "=" and a quote follow at all.
+std::optional<std::string> ValueBehind(const std::string& text, std::size_t position, std::size_t tagEnd, bool& isAttribute)
+{
+    isAttribute = false;
+    position = SkipWhitespace(text, position);
+    if (position > tagEnd || text[position] != '=') return std::nullopt;
+    position = SkipWhitespace(text, position + 1);
+    if (position > tagEnd || (text[position] != '\'' && text[position] != '"')) return std::nullopt;
+    isAttribute = true;
+    const std::size_t close = text.find(text[position], position + 1);
+    if (close == std::string::npos || close > tagEnd) return std::nullopt;
+    return text.substr(position + 1, close - position - 1);
+}
+
+}  // namespace
+
+std::size_t XmlUtils::Find(const std::string& text, const std::string& pattern, std::size_t from)
+{
+    return text.find(pattern, from);
+}
+
+std::size_t XmlUtils::Find(const std::string& text, char character, std::size_t from)
+{
+    return text.find(character, from);
+}
+
+std::size_t XmlUtils::Find(const VString& text, const VString& pattern, std::size_t from)
+{
+    return text.View().find(pattern.View(), from);
+}
+
+std::size_t XmlUtils::Find(const VString& text, char16_t character, std::size_t from)
+{
+    return text.View().find(character, from);
+}
+
+bool XmlUtils::ContainsSubstringAt(const std::string& text, const std::string& pattern, std::size_t pos) noexcept
+{
+    return pos <= text.size() && std::string_view(text).substr(pos, pattern.size()) == pattern;
+}
+
+bool XmlUtils::ContainsSubstringAt(const VString& text, const VString& pattern, std::size_t pos) noexcept
+{
+    return pos <= text.View().size() && text.View().substr(pos, pattern.View().size()) == pattern.View();
+}
+
+bool XmlUtils::AreQuotesMatchingInRange(const std::string& text, std::size_t start, std::size_t end) noexcept
+{
+    QuoteState quotes;
+    for (std::size_t i = start; i < text.size() && i <= end; ++i) quotes.Pass(text[i]);
+    return !quotes.IsInside();
+}
+
+bool XmlUtils::IsNameChar(char byte) noexcept
+{
+    return HasClass(byte, NameByte);
+}
+
+bool XmlUtils::IsNameChar(char16_t unit) noexcept
+{
+    return xercesc::XMLChar1_0::isNameChar(static_cast<XMLCh>(unit));
+}
+
+bool XmlUtils::IsFirstNameChar(char byte) noexcept
+{
+    return HasClass(byte, FirstNameByte);
+}
+
+bool XmlUtils::IsFirstNameChar(char16_t unit) noexcept
+{
+    return xercesc::XMLChar1_0::isFirstNameChar(static_cast<XMLCh>(unit));
+}
+
+bool XmlUtils::IsWhitespace(char byte) noexcept
+{
+    return HasClass(byte, WhitespaceByte);
+}
+
+bool XmlUtils::IsWhitespace(char16_t unit) noexcept
+{
+    return xercesc::XMLChar1_0::isWhitespace(static_cast<XMLCh>(unit));
+}
+
+std::size_t XmlUtils::FindTagEnd(const std::string& text, std::size_t start)
+{
+    if (start >= text.size() || text[start] != '<') ThrowLogicException(File, 208, "xml[start] == c_openBrace", MakeLogicError(0x92C7E05B));
+    if (text.size() - start <= 2) return npos;
+
+    const auto endOf = [&text, start](const char* terminator, std::size_t length) {
+        const std::size_t found = text.find(terminator, start + 1, length);
+        return found == npos ? npos : found + length - 1;
+    };
+    if (text[start + 1] == '?') return endOf("?>", 2);
+    if (ContainsSubstringAt(text, "<!--", start)) return endOf("-->", 3);
+    if (ContainsSubstringAt(text, "<![", start)) return endOf("]]>", 3);
+
+    QuoteState quotes;
+    for (std::size_t i = start + 1; i < text.size(); ++i) {
+        if (text[i] == '>' && !quotes.IsInside()) return i;
+        quotes.Pass(text[i]);
+    }
+    return npos;
+}
+
+std::optional<std::string> XmlUtils::GetAttributeValueInTag(const std::string& text, const std::string& name, const TagRange& tagRange)
+{
+    const std::size_t first = tagRange.start;
+    const std::size_t last = tagRange.start + tagRange.length - 1;
+    if (first >= text.size() || last >= text.size()) ThrowLogicException(File, 358, "idx < xml.size() && end < xml.size()", MakeLogicError(0xA3E88D2C));
+    if (text[first] != '<' || text[last] != '>') ThrowLogicException(File, 359, "xml[idx] == c_openBrace && xml[end] == c_closeBrace", MakeLogicError(0xC2D03F8A));
+    if (name.empty() || last < first) return std::nullopt;
+
+    // Found within the tag alone, so that a name that is not there costs no look at the rest.
+    const std::string_view tag = std::string_view(text).substr(0, last + 1);
+    QuoteState quotes;
+    std::size_t passed = first;  // the quotes before here are counted
+    for (std::size_t at = tag.find(name, first); at != npos; at = tag.find(name, at + name.size())) {
+        for (; passed <= at; ++passed) quotes.Pass(text[passed]);
+        if (quotes.IsInside() || at == first || !IsWhitespace(text[at - 1])) continue;
+        bool isAttribute = false;
+        std::optional<std::string> value = ValueBehind(text, at + name.size(), last, isAttribute);
+        if (isAttribute) return value;
+    }
+    return std::nullopt;
+}
+
+XmlUtils::TagRange XmlUtils::FindFirstElementTag(const std::string& text)
+{
+    std::size_t open = text.find('<');
+    while (open != npos) {
+        const std::size_t end = FindTagEnd(text, open);
+        if (end == npos) return {};
+        if (text[open + 1] != '?' && text[open + 1] != '!') return {open, end - open + 1};
+        open = text.find('<', end + 1);
+    }
+    return {};
+}

@@ -1,0 +1,198 @@
+#include "vancorexml/main/parser/XercesColonSanitizer.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "metrics2/Metrics.h"
+#include "vancorexml/main/parser/XMLRangeTable.h"
+#include "vancorexml/main/parser/XMLUtils.h"
+#include "vansys/LogicException.h"
+
+namespace {
+
+constexpr std::size_t npos = std::string::npos;
+
+constexpr std::string_view Prefix = "IllegalColon:";
+constexpr std::string_view Declaration = " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'";
+constexpr std::u16string_view RestoredPrefix = u"IllegalColon:";
+constexpr std::u16string_view RestoredDeclaration = u"xmlns:IllegalColon";
+
+// The next place of one character, asked for at positions that only increase: every byte is
+// looked at once, however often it is asked.
+class NextPosition {
+public:
+    NextPosition(const std::string& text, char character) : m_text(text), m_character(character) {}
+
+    // At or after `from`; npos when there is none.
+    std::size_t From(std::size_t from)
+    {
+        if (!m_isKnown || (m_position != npos && m_position < from)) {
+            m_position = m_text.find(m_character, from);
+            m_isKnown = true;
+        }
+        return m_position;
+    }
+
+private:
+    const std::string& m_text;
+    const char m_character;
+    std::size_t m_position = 0;
+    bool m_isKnown = false;
+};
+
+// Whether the quotes from a position to a ">" match, for positions that only increase. All
+// answers to one ">" are worked out together, from the right: from a quote on they match when
+// its closing quote is there and they match behind that one.
+class QuotesUpTo {
+public:
+    explicit QuotesUpTo(const std::string& text) : m_text(text) {}
+
+    bool Match(std::size_t from, std::size_t close)
+    {
+        if (close != m_close) WorkOut(from, close);
+        while (!m_quotes.empty() && m_quotes.back().position < from) m_quotes.pop_back();
+        return m_quotes.empty() || m_quotes.back().matches;
+    }
+
+private:
+    struct Quote {
+        std::size_t position;
+        bool matches;  // from this quote up to the ">"
+    };
+
+    void WorkOut(std::size_t from, std::size_t close)
+    {
+        m_close = close;
+        m_quotes.clear();
+        bool matches = true;
+        // What holds behind the nearest apostrophe and double quote to the right; false
+        // without one.
+        bool behindApostrophe = false;
+        bool behindDouble = false;
+        for (std::size_t i = close; i-- > from;) {
+            if (m_text[i] != '\'' && m_text[i] != '"') continue;
+            bool& behind = m_text[i] == '\'' ? behindApostrophe : behindDouble;
+            const bool matchesFromHere = behind;
+            behind = matches;
+            matches = matchesFromHere;
+            m_quotes.push_back({i, matches});
+        }
+    }
+
+    const std::string& m_text;
+    std::size_t m_close = npos;
+    std::vector<Quote> m_quotes;  // the rightmost first
+};
+
+// Finds the colons to rewrite, one after the other.
+class ColonFinder {
+public:
+    explicit ColonFinder(const std::string& text) : m_text(text), m_nextClose(text, '>'), m_nextOpen(text, '<'), m_quotes(text) {}
+
+    // The next one at or after the last; npos when there is none. Positions only increase.
+    std::size_t Next()
+    {
+        for (;;) {
+            const std::size_t colon = m_text.find(':', m_position);
+            if (colon == npos) return npos;
+            m_position = colon + 1;
+            if (colon == 0 || !XmlUtils::IsWhitespace(m_text[colon - 1])) continue;
+            if (IsTaken(colon)) return colon;
+        }
+    }
+
+private:
+    // Whether the colon begins an attribute's name; moves on past what need not be looked at.
+    bool IsTaken(std::size_t colon)
+    {
+        std::size_t behindName = colon + 1;
+        while (behindName < m_text.size() && XmlUtils::IsNameChar(m_text[behindName])) ++behindName;
+        while (behindName < m_text.size() && XmlUtils::IsWhitespace(m_text[behindName])) ++behindName;
+        if (behindName == m_text.size() || m_text[behindName] != '=') {
+            m_position = behindName;
+            return false;
+        }
+
+        if (!m_ranges) m_ranges.emplace(m_text);
+        std::size_t rangeEnd = 0;
+        if (m_ranges->GetRangeTypeAt(colon, rangeEnd) != XMLRangeTypeNone) {
+            m_position = rangeEnd;
+            return false;
+        }
+
+        const std::size_t close = m_nextClose.From(colon + 1);
+        if (close == npos) return false;
+        const std::size_t open = m_nextOpen.From(colon + 1);
+        // Without a further tag only an empty element can end here; a start tag would lack its
+        // end tag.
+        const bool mayEndHere = open != npos ? open > close : m_text[close - 1] == '/';
+        return mayEndHere && m_quotes.Match(colon, close);
+    }
+
+    const std::string& m_text;
+    std::size_t m_position = 0;
+    std::optional<XMLRangeTable> m_ranges;
+    NextPosition m_nextClose;
+    NextPosition m_nextOpen;
+    QuotesUpTo m_quotes;
+};
+
+// Just behind the document element's name.
+std::size_t FindDeclarationPlace(const std::string& text)
+{
+    const XmlUtils::TagRange tag = XmlUtils::FindFirstElementTag(text);
+    if (tag.start == npos) ThrowLogicException("vancorexml\\main\\parser\\XercesColonSanitizer", 188, "range.start != string::npos", MakeLogicError(0x6FFE1D79));
+    std::size_t place = tag.start + 1;
+    while (XmlUtils::IsWhitespace(text[place])) ++place;
+    while (XmlUtils::IsNameChar(text[place])) ++place;
+    return place;
+}
+
+}  // namespace
+
+std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_ptr<std::string>& text)
+{
+    const Metrics::Scope scope("XercesColonSanitizer");
+    const std::string& input = *text;
+    ColonFinder colons(input);
+    std::size_t colon = colons.Next();
+    if (colon == npos) return text;
+
+    const std::size_t declarationPlace = FindDeclarationPlace(input);
+    auto output = std::make_shared<std::string>();
+    output->reserve(input.size() + 64);
+    std::size_t copied = 0;
+    // A processing instruction before the document element may hold the first colons.
+    bool isDeclared = false;
+    const auto copyTo = [&](std::size_t end) {
+        output->append(input, copied, end - copied);
+        copied = end;
+    };
+    for (; colon != npos; colon = colons.Next()) {
+        if (!isDeclared && colon >= declarationPlace) {
+            copyTo(declarationPlace);
+            *output += Declaration;
+            isDeclared = true;
+        }
+        copyTo(colon);
+        *output += Prefix;
+        copied = colon + 1;
+    }
+    if (!isDeclared) {
+        copyTo(std::max(declarationPlace, copied));
+        *output += Declaration;
+    }
+    copyTo(input.size());
+    return output;
+}
+
+VString XercesColonSanitizer::RestoreName(const VString& qualifiedName)
+{
+    const std::u16string_view name = qualifiedName.View();
+    if (name.substr(0, RestoredPrefix.size()) == RestoredPrefix) return VString(":") + qualifiedName.mid(static_cast<int>(RestoredPrefix.size()));
+    if (name.substr(0, RestoredDeclaration.size()) == RestoredDeclaration) return VString();
+    return qualifiedName;
+}

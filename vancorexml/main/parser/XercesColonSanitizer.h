@@ -1,0 +1,30 @@
+// Attribute names that begin with a colon.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/XMLExport.h"
+
+// Whether bytes are rewritten before they are parsed.
+enum ColonProcessingMode {
+    ColonProcessingNone = 0,      // as they are: schemas
+    ColonProcessingSanitize = 1,  // names that begin with a colon are rewritten: documents
+};
+
+// Documents carry attributes whose names begin with a colon, which a parser that knows
+// namespaces refuses. Before a parse such a colon becomes the prefix "IllegalColon:", which
+// the document element is made to declare; while attributes are delivered the names are
+// given back.
+namespace XercesColonSanitizer {
+
+// The rewritten UTF-8 text; the very same object when there is nothing to rewrite. Raises a
+// LogicException when there is something to rewrite and no element. Linear.
+VANCOREXML_API std::shared_ptr<std::string> Sanitize(const std::shared_ptr<std::string>& text);
+
+// The name as it stood in the document; empty for the declaration of the prefix itself, which
+// is no attribute of the document.
+VANCOREXML_API VString RestoreName(const VString& qualifiedName);
+
+}  // namespace XercesColonSanitizer
