@@ -50,7 +50,7 @@ TEST(CheckCommandTest, ErrorsComeInTheOrderOfTheArguments)
     for (int i = 0; i < 40; ++i) {
         // The earlier, the longer to check.
         const std::string text = "<a>" + std::string(static_cast<std::size_t>(40 - i) * 20000, 'x');
-        arguments.push_back(folder.Write(VString("f" + std::to_string(i)), text).toStdString());
+        arguments.push_back(folder.Write(VString::number(i), text).toStdString());
         expected.push_back(arguments.back());
     }
     const ToolResult result = RunTool(arguments);

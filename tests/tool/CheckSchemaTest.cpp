@@ -19,7 +19,7 @@ std::string Sample(const std::string& name)
 // A folder with a schema made of two files, and whatever the test adds.
 class CheckSchemaTest : public testing::Test {
 protected:
-    std::string Write(const std::string& name, const std::string& text) const { return m_folder.Write(VString(name), text).toStdString(); }
+    std::string Write(const std::string& name, const std::string& text) const { return m_folder.Write(VString::fromStdString(name), text).toStdString(); }
 
     ToolResult Check(const std::string& schema, const std::vector<std::string>& files, const std::string& jobs = "2") const
     {
@@ -126,7 +126,7 @@ TEST_F(CheckSchemaTest, AutoTakesTheTypeFromTheExtensionAndTheVersionFromTheDocu
 
 TEST_F(CheckSchemaTest, AutoTakesTheTypeFromTheFirstElementWhereTheExtensionSaysNothing)
 {
-    const std::string good = TemporaryFolder::Read(VString(Sample("captions.kxe")));
+    const std::string good = TemporaryFolder::Read(VString::fromStdString(Sample("captions.kxe")));
     EXPECT_EQ(Check("auto", {Write("captions.xml", good)}).errors, "");
     const ToolResult result = Check("auto", {Write("captions.xml", "<captions version='18.1'><nonsense/></captions>")});
     EXPECT_EQ(result.status, 1);
@@ -170,8 +170,8 @@ TEST_F(CheckSchemaTest, ResourceIsNamed)
 TEST_F(CheckSchemaTest, SchemaIsReadOnceForAllDocuments)
 {
     const std::string schema = Write("book.xsd", bookSchema);
-    const VString bad(Write("bad.xml", "<book pages='three'/>"));
-    DocumentChecker checker(SchemaReference{SchemaReference::Kind::File, VString(schema)});
+    const VString bad = VString::fromStdString(Write("bad.xml", "<book pages='three'/>"));
+    DocumentChecker checker(SchemaReference{SchemaReference::Kind::File, VString::fromStdString(schema)});
     EXPECT_EQ(checker.Check(bad).errors, 1u);
     Write("book.xsd", "no schema any more");
     EXPECT_EQ(checker.Check(bad).errors, 1u);

@@ -165,7 +165,7 @@ INSTANTIATE_TEST_SUITE_P(Inputs, FormatBadInputTest, testing::Values(
     BadInput{"EntityBomb", EntityBomb(), 1, "Fatal Error("},
     BadInput{"CutInsideACharacter", "<a>gr\xC3", 2, "offset 5"},
     BadInput{"NotUtf8", "<a>gr\xF6\xDF</a>", 2, "offset 5"}),
-    [](const testing::TestParamInfo<BadInput>& info) { return std::string(info.param.name); });
+    [](const auto& input) { return std::string(input.param.name); });
 
 TEST(FormatCommandTest, MissingFileCannotBeRead)
 {

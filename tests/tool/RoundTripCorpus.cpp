@@ -1,0 +1,85 @@
+// Takes documents through parse, write, parse and compares the trees.
+//
+//     roundtrip_corpus FOLDER_OR_FILE...
+//
+// Text that stands beside child elements moves behind them when it is written, so documents
+// that have such text are counted and not compared. Ends with 1 when trees differ, or when
+// there was nothing to compare.
+#include <QDirIterator>
+#include <QFileInfo>
+
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/XMLDomFormatter.h"
+
+namespace {
+
+struct Counts {
+    std::size_t equal = 0;
+    std::size_t different = 0;
+    std::size_t mixed = 0;
+    std::size_t faulty = 0;   // with errors, or not readable
+};
+
+bool HasMixedContent(const DOMElement& start)
+{
+    std::vector<const DOMElement*> waiting{&start};
+    while (!waiting.empty()) {
+        const DOMElement& element = *waiting.back();
+        waiting.pop_back();
+        if (element.HasText() && element.HasChildren()) return true;
+        for (const DOMElement* child : element.GetChildren()) waiting.push_back(child);
+    }
+    return false;
+}
+
+void RoundTrip(DOMParser& parser, const VString& file, Counts& counts)
+{
+    const std::unique_ptr<DOM> first = parser.ParseXmlFile(file);
+    if (first->HasErrors()) {
+        std::cout << file << ": " << first->GetErrors().front() << "\n";
+        ++counts.faulty;
+        return;
+    }
+    if (HasMixedContent(first->GetRoot())) {
+        ++counts.mixed;
+        return;
+    }
+    const std::unique_ptr<DOM> second = parser.ParseXmlString(XMLDomFormatter::RenderAsXMLString(*first, nullptr, true), file);
+    if (!second->HasErrors() && *first == *second) {
+        ++counts.equal;
+        return;
+    }
+    std::cout << file << ": the trees differ\n" << second->GetConcatenatedErrors() << "\n";
+    ++counts.different;
+}
+
+void TryRoundTrip(DOMParser& parser, const QString& file, Counts& counts)
+{
+    try {
+        RoundTrip(parser, VString(file), counts);
+    } catch (const std::exception& exception) {
+        std::cout << VString(file) << ": " << exception.what() << "\n";
+        ++counts.faulty;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    DOMParser parser;
+    Counts counts;
+    for (int i = 1; i < argc; ++i) {
+        const QString name = QString::fromLocal8Bit(argv[i]);
+        if (QFileInfo(name).isFile()) TryRoundTrip(parser, name, counts);
+        QDirIterator files(name, {"*.xml", "*.kx?"}, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) TryRoundTrip(parser, files.next(), counts);
+    }
+    std::cout << counts.equal << " equal, " << counts.different << " different, " << counts.mixed << " with text beside elements (not compared), " << counts.faulty << " with errors\n";
+    return counts.different == 0 && counts.equal > 0 ? 0 : 1;
+}
