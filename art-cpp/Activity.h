@@ -18,7 +18,8 @@ struct ActivityRecord {
 };
 
 // Receives every finished activity, on the thread that finished it; an empty function
-// turns tracing off again, as it is at first.
+// turns tracing off again, as it is at first. The sink is called under a lock: it runs no
+// more when this returns, and must neither throw nor open an activity.
 ARTCPP_API void SetActivitySink(std::function<void(const ActivityRecord&)> sink);
 
 // One activity, from construction to destruction. Costs one load while there is no sink.

@@ -22,7 +22,8 @@ struct ScopeRecord {
 };
 
 // Receives every finished scope of the categories in `bits`, on the thread that finished
-// it. An empty function turns metrics off again, as they are at first.
+// it. An empty function turns metrics off again, as they are at first. The sink is called
+// under a lock: it runs no more when this returns, and must neither throw nor open a scope.
 METRICS2_API void SetSink(std::function<void(const ScopeRecord&)> sink, std::uint64_t bits = XmlCategory);
 
 // Whether scopes of one of these categories are collected now.

@@ -19,6 +19,7 @@ public:
     DataValue(double value) : m_content(value) {}
     DataValue(const VString& value) : m_content(value) {}
     DataValue(const char* utf8) : m_content(VString(utf8)) {}
+    DataValue(const char16_t* text) : m_content(VString(text)) {}
 
     const Content& GetContent() const noexcept { return m_content; }
     bool IsNull() const noexcept { return m_content.index() == 0; }

@@ -34,8 +34,11 @@ VANCOREDATA_API const VString& GetDefaultISOString();
 VANCOREDATA_API const VString& GetDefaultLanguage();
 
 // The supported code that stands in for `isoString`: itself when supported; else the
-// supported code of the same language ("de_AT" gives "de_DE", "es" gives "es_ES", and
-// Chinese of Hong Kong and Macau gives "zh_TW"); else the default.
+// supported code of the same language ("de_AT" gives "de_DE", "es" gives "es_ES"); else
+// the default. Where a language has several: Chinese of Taiwan, Hong Kong and Macau and
+// "zh_Hant" give "zh_TW", other Chinese "zh_CN"; English of other countries than the United
+// States gives "en_GB"; French of other countries than Canada "fr_FR". Letter case, "-" for
+// "_", and what follows "." or "@" do not count.
 VANCOREDATA_API LanguageCode GetClosestSupportedLanguageCode(const VString& isoString);
 
 }  // namespace LanguageUtils

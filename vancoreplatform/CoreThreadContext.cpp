@@ -1,0 +1,54 @@
+#include "vancoreplatform/CoreThreadContext.h"
+
+#include <map>
+#include <mutex>
+
+namespace CoreThreadContext {
+
+namespace {
+
+using ObjectMap = std::map<VString, boost::any>;
+
+ObjectMap& ThreadObjects()
+{
+    static thread_local ObjectMap objects;
+    return objects;
+}
+
+struct ProcessObjects {
+    std::mutex mutex;
+    ObjectMap objects;   // guarded by mutex
+};
+
+ProcessObjects& GetProcessObjects()
+{
+    static ProcessObjects objects;
+    return objects;
+}
+
+}  // namespace
+
+std::function<bool()> HasSessionId = [] { return false; };
+
+boost::any GetGenericObject(const VString& name)
+{
+    const ObjectMap& objects = ThreadObjects();
+    const auto found = objects.find(name);
+    return found == objects.end() ? boost::any() : found->second;
+}
+
+void SetGenericObject(const VString& name, const boost::any& object)
+{
+    ThreadObjects()[name] = object;
+}
+
+boost::any GetProcessObject(const VString& name, const std::function<boost::any()>& create)
+{
+    ProcessObjects& store = GetProcessObjects();
+    const std::lock_guard lock(store.mutex);
+    const auto found = store.objects.find(name);
+    if (found != store.objects.end()) return found->second;
+    return store.objects.emplace(name, create()).first->second;
+}
+
+}  // namespace CoreThreadContext

@@ -1,0 +1,86 @@
+#include "vancoreplatform/Encoding.h"
+
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+constexpr int IllFormed = 0;
+constexpr int Cut = -1;
+
+// The range of a sequence's second byte depends on its first: it keeps out overlong
+// forms, surrogates and what lies beyond U+10FFFF.
+struct Lead {
+    int length = 0;
+    unsigned char secondMin = 0x80;
+    unsigned char secondMax = 0xBF;
+};
+
+constexpr Lead ReadLead(unsigned char byte) noexcept
+{
+    if (byte < 0x80) return {1};
+    if (byte < 0xC2) return {0};
+    if (byte < 0xE0) return {2};
+    if (byte == 0xE0) return {3, 0xA0, 0xBF};
+    if (byte == 0xED) return {3, 0x80, 0x9F};
+    if (byte < 0xF0) return {3};
+    if (byte == 0xF0) return {4, 0x90, 0xBF};
+    if (byte == 0xF4) return {4, 0x80, 0x8F};
+    return {byte < 0xF4 ? 4 : 0};
+}
+
+// The length of the sequence at the start of the bytes, of which there is at least one;
+// Cut when they end inside what could become a sequence.
+int SequenceLength(const unsigned char* bytes, std::size_t available) noexcept
+{
+    const Lead lead = ReadLead(bytes[0]);
+    for (int i = 1; i < lead.length; ++i) {
+        if (static_cast<std::size_t>(i) == available) return Cut;
+        const unsigned char min = i == 1 ? lead.secondMin : 0x80;
+        const unsigned char max = i == 1 ? lead.secondMax : 0xBF;
+        if (bytes[i] < min || bytes[i] > max) return IllFormed;
+    }
+    return lead.length;
+}
+
+std::size_t SkipAscii(const unsigned char* bytes, std::size_t position, std::size_t length) noexcept
+{
+    std::uint64_t word = 0;
+    while (length - position >= sizeof word) {
+        std::memcpy(&word, bytes + position, sizeof word);
+        if ((word & 0x8080808080808080) != 0) break;
+        position += sizeof word;
+    }
+    while (position < length && bytes[position] < 0x80) ++position;
+    return position;
+}
+
+}  // namespace
+
+std::size_t FindInvalidUtf8(const char* bytes, std::size_t length) noexcept
+{
+    const auto* data = reinterpret_cast<const unsigned char*>(bytes);
+    std::size_t position = 0;
+    while (position < length) {
+        if (data[position] < 0x80) {
+            position = SkipAscii(data, position, length);
+            continue;
+        }
+        const int sequence = SequenceLength(data + position, length - position);
+        if (sequence <= 0) return position;
+        position += static_cast<std::size_t>(sequence);
+    }
+    return length;
+}
+
+Encoding DetectEncoding(const char* bytes, std::size_t length) noexcept
+{
+    const std::string_view text(bytes, length);
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) return Encoding::Utf16;
+    if (text.find('\0') != std::string_view::npos) return Encoding::Unknown;
+    const std::size_t invalid = FindInvalidUtf8(bytes, length);
+    if (invalid == length) return Encoding::Utf8;
+    const auto* rest = reinterpret_cast<const unsigned char*>(bytes) + invalid;
+    return SequenceLength(rest, length - invalid) == Cut ? Encoding::Utf8 : Encoding::Unknown;
+}

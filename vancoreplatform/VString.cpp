@@ -1,0 +1,273 @@
+#include "vancoreplatform/VString.h"
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <limits>
+#include <ostream>
+#include <stdexcept>
+
+#include "vancoreplatform/VCType.h"
+
+namespace {
+
+constexpr std::size_t MaxUnits = static_cast<std::size_t>(VString::MaxLength);
+constexpr char16_t ReplacementCharacter = 0xFFFD;
+
+// Qt counts in int without a check, so nothing that grows may reach it unchecked.
+void CheckGrowth(std::size_t length, std::size_t added)
+{
+    if (added > MaxUnits || length > MaxUnits - added) throw std::length_error("VString: the text is too long");
+}
+
+const QChar* AsQChars(const char16_t* text) noexcept
+{
+    return reinterpret_cast<const QChar*>(text);
+}
+
+QString ToQString(const char16_t* text, std::size_t length)
+{
+    CheckGrowth(0, length);
+    return QString(AsQChars(text), static_cast<int>(length));
+}
+
+constexpr bool IsHighSurrogate(char16_t unit) noexcept
+{
+    return (unit & 0xFC00) == 0xD800;
+}
+
+constexpr bool IsLowSurrogate(char16_t unit) noexcept
+{
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+// The code point that begins at `position`, which moves behind it.
+char32_t NextCodePoint(std::u16string_view text, std::size_t& position) noexcept
+{
+    const char16_t unit = text[position++];
+    if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) return unit;
+    if (IsLowSurrogate(unit) || position == text.size() || !IsLowSurrogate(text[position])) return ReplacementCharacter;
+    const char16_t low = text[position++];
+    return 0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) + (static_cast<char32_t>(low) - 0xDC00);
+}
+
+constexpr std::size_t Utf8Length(char32_t codePoint) noexcept
+{
+    if (codePoint < 0x80) return 1;
+    if (codePoint < 0x800) return 2;
+    return codePoint < 0x10000 ? 3 : 4;
+}
+
+char* WriteUtf8(char* out, char32_t codePoint) noexcept
+{
+    constexpr unsigned char leads[] = {0, 0, 0xC0, 0xE0, 0xF0};
+    const std::size_t length = Utf8Length(codePoint);
+    for (std::size_t i = length - 1; i > 0; --i) {
+        out[i] = static_cast<char>(0x80 | (codePoint & 0x3F));
+        codePoint >>= 6;
+    }
+    out[0] = static_cast<char>(leads[length] | codePoint);
+    return out + length;
+}
+
+// Qt drops a byte order mark at the start; here it is a character like any other.
+std::size_t CountMarks(const char* utf8, std::size_t length) noexcept
+{
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    std::size_t count = 0;
+    while (std::string_view(utf8, length).substr(count * mark.size()).starts_with(mark)) ++count;
+    return count;
+}
+
+// The end of a piece of about `limit` bytes that cuts no sequence.
+std::size_t CutUtf8(const char* utf8, std::size_t begin, std::size_t length, std::size_t limit) noexcept
+{
+    if (length - begin <= limit) return length;
+    std::size_t end = begin + limit;
+    for (int back = 0; back < 3 && (utf8[end] & 0xC0) == 0x80; ++back) --end;
+    return end;
+}
+
+}  // namespace
+
+VString::VString(const char* utf8)
+{
+    if (utf8 != nullptr) *this = fromUtf8(utf8, std::char_traits<char>::length(utf8));
+}
+
+VString::VString(const char16_t* text)
+{
+    if (text != nullptr) m_text = ::ToQString(text, std::char_traits<char16_t>::length(text));
+}
+
+VString::VString(const char16_t* text, std::size_t length) : m_text(::ToQString(text, length)) {}
+
+VString VString::fromUtf8(const char* utf8, std::size_t length)
+{
+    const std::size_t marks = CountMarks(utf8, length);
+    CheckGrowth(0, marks);
+    std::size_t position = marks * 3;
+    if (marks == 0 && length <= MaxUnits) return QString::fromUtf8(utf8, static_cast<int>(length));
+    VString result(QString(static_cast<int>(marks), QChar(QChar::ByteOrderMark)));
+    // Pieces, because Qt takes no more than this at a time and drops a mark at the
+    // start of each.
+    constexpr std::size_t pieceBytes = 0x10000000;
+    while (position < length) {
+        const std::size_t end = CutUtf8(utf8, position, length, pieceBytes);
+        const std::size_t leading = CountMarks(utf8 + position, end - position);
+        CheckGrowth(result.m_text.size(), leading);
+        result.m_text.append(QString(static_cast<int>(leading), QChar(QChar::ByteOrderMark)));
+        position += leading * 3;
+        result.append(QString::fromUtf8(utf8 + position, static_cast<int>(end - position)));
+        position = end;
+    }
+    return result;
+}
+
+VString VString::fromStdString(const std::string& utf8)
+{
+    return fromUtf8(utf8.data(), utf8.size());
+}
+
+VString VString::number(std::int32_t value)
+{
+    return QString::number(static_cast<qlonglong>(value));
+}
+
+VString VString::number(std::uint32_t value)
+{
+    return QString::number(static_cast<qulonglong>(value));
+}
+
+VString VString::number(std::int64_t value)
+{
+    return QString::number(static_cast<qlonglong>(value));
+}
+
+VString VString::number(std::uint64_t value)
+{
+    return QString::number(static_cast<qulonglong>(value));
+}
+
+VString VString::number(double value, int precision)
+{
+    // No double has more significant digits than this.
+    constexpr int mostDigits = 767;
+    char buffer[mostDigits + 32];
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, std::min(precision, mostDigits));
+    return QString::fromLatin1(buffer, static_cast<int>(result.ptr - buffer));
+}
+
+VString VString::join(const std::vector<VString>& parts, const VString& separator)
+{
+    VString result;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (i > 0) result.append(separator);
+        result.append(parts[i]);
+    }
+    return result;
+}
+
+std::string VString::toStdString() const
+{
+    const std::u16string_view text = View();
+    std::size_t bytes = 0;
+    for (std::size_t position = 0; position < text.size();) bytes += Utf8Length(NextCodePoint(text, position));
+    std::string result(bytes, '\0');
+    char* out = result.data();
+    for (std::size_t position = 0; position < text.size();) out = WriteUtf8(out, NextCodePoint(text, position));
+    return result;
+}
+
+VString& VString::operator+=(char16_t unit)
+{
+    CheckGrowth(m_text.size(), 1);
+    m_text.append(QChar(unit));
+    return *this;
+}
+
+VString& VString::append(const VString& other)
+{
+    CheckGrowth(m_text.size(), other.m_text.size());
+    m_text.append(other.m_text);
+    return *this;
+}
+
+VString& VString::append(const char16_t* text, std::size_t length)
+{
+    CheckGrowth(m_text.size(), length);
+    const std::less<const char16_t*> before;
+    const bool ownText = !before(text, begin()) && before(text, end());
+    // Growing may move the buffer away from under a piece of itself.
+    if (ownText) return append(VString(text, length));
+    m_text.append(AsQChars(text), static_cast<int>(length));
+    return *this;
+}
+
+VString VString::replace(const VString& before, const VString& after) const
+{
+    int found = before.IsEmpty() ? -1 : indexOf(before);
+    if (found < 0) return *this;
+    VString result;
+    int done = 0;
+    while (found >= 0) {
+        result.append(begin() + done, static_cast<std::size_t>(found - done)).append(after);
+        done = found + before.length();
+        found = indexOf(before, done);
+    }
+    return result.append(begin() + done, static_cast<std::size_t>(length() - done));
+}
+
+std::vector<VString> VString::split(char16_t separator) const
+{
+    std::vector<VString> parts;
+    int start = 0;
+    for (int found = indexOf(separator); found >= 0; found = indexOf(separator, start)) {
+        parts.push_back(mid(start, found - start));
+        start = found + 1;
+    }
+    parts.push_back(mid(start));
+    return parts;
+}
+
+VString VString::trimLeft() const
+{
+    const const_iterator first = std::find_if_not(begin(), end(), VCType::isSpace);
+    return mid(static_cast<int>(first - begin()));
+}
+
+VString VString::trimmed() const
+{
+    const VString text = trimLeft();
+    int length = text.length();
+    while (length > 0 && VCType::isSpace(text[length - 1])) --length;
+    return text.left(length);
+}
+
+double VString::toDouble(bool* ok) const
+{
+    return m_text.toDouble(ok);
+}
+
+int VString::toInt(bool* ok, int base) const
+{
+    return m_text.toInt(ok, base);
+}
+
+VString operator+(const VString& a, const VString& b)
+{
+    VString result(a);
+    result.append(b);
+    return result;
+}
+
+VString operator+(VString&& a, const VString& b)
+{
+    a.append(b);
+    return std::move(a);
+}
+
+std::ostream& operator<<(std::ostream& out, const VString& text)
+{
+    return out << text.toStdString();
+}

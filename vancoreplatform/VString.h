@@ -83,8 +83,8 @@ public:
     void clear() { m_text.clear(); }
     void swap(VString& other) noexcept { m_text.swap(other.m_text); }
 
-    bool startsWith(const VString& prefix) const { return m_text.startsWith(prefix.m_text); }
-    bool endsWith(const VString& suffix) const { return m_text.endsWith(suffix.m_text); }
+    bool startsWith(const VString& prefix) const noexcept { return View().starts_with(prefix.View()); }
+    bool endsWith(const VString& suffix) const noexcept { return View().ends_with(suffix.View()); }
     bool contains(const VString& part) const { return m_text.contains(part.m_text); }
     bool contains(char16_t unit) const { return m_text.contains(QChar(unit)); }
     // The first position at or after `from`, or -1.

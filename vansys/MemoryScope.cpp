@@ -1,0 +1,62 @@
+#include "vansys/MemoryScope.h"
+
+#include <atomic>
+
+#include "vansys/LogicException.h"
+
+// Belongs to the thread that opened the scope, and is taken off that thread's list by
+// that thread only; whoever closes the scope marks it, last of all.
+struct MemoryScope::Entry {
+    const char* name;
+    Entry* outer;
+    std::atomic<bool> closed{false};
+
+    static Entry* Innermost() noexcept;
+};
+
+namespace {
+
+// No object with a destructor, so that scopes work while the process ends.
+thread_local void* t_innermost = nullptr;
+
+}  // namespace
+
+// The innermost entry that is open; the closed ones above it go.
+MemoryScope::Entry* MemoryScope::Entry::Innermost() noexcept
+{
+    auto* entry = static_cast<Entry*>(t_innermost);
+    while (entry != nullptr && entry->closed.load(std::memory_order_acquire)) {
+        Entry* const outer = entry->outer;
+        delete entry;
+        entry = outer;
+    }
+    t_innermost = entry;
+    return entry;
+}
+
+MemoryScope::MemoryScope(const char* name) : m_thread(std::this_thread::get_id()), m_entry(new Entry{name, Entry::Innermost()})
+{
+    t_innermost = m_entry;
+}
+
+MemoryScope::~MemoryScope()
+{
+    if (m_entry == nullptr) return;
+    m_entry->closed.store(true, std::memory_order_release);
+    if (m_thread == std::this_thread::get_id()) Entry::Innermost();
+}
+
+void MemoryScope::Close()
+{
+    if (m_entry == nullptr) return;
+    if (m_thread != std::this_thread::get_id()) ThrowLogicException("vansys\\MemoryScope", __LINE__, "MemoryScope can only be used on single thread", MakeLogicError(0x3C6E9D12));
+    m_entry->closed.store(true, std::memory_order_release);
+    m_entry = nullptr;
+    Entry::Innermost();
+}
+
+const char* MemoryScope::Current() noexcept
+{
+    const Entry* const entry = Entry::Innermost();
+    return entry == nullptr ? nullptr : entry->name;
+}

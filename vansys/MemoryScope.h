@@ -7,7 +7,8 @@
 
 // Marks the memory a thread takes while the scope lives as belonging to `name`. It must
 // be closed by the thread that opened it: Close raises a LogicException (code
-// 0x3C6E9D12) whose text is "MemoryScope can only be used on single thread" otherwise.
+// 0x3C6E9D12) whose text is "MemoryScope can only be used on single thread" otherwise,
+// and the scope stays open. Scopes close in any order; closing again does nothing.
 // The destructor closes an open scope and raises nothing.
 class VANSYS_API MemoryScope {
 public:
@@ -23,8 +24,8 @@ public:
     static const char* Current() noexcept;
 
 private:
-    const char* m_name;
-    const char* m_outer;
+    struct Entry;
+
     std::thread::id m_thread;
-    bool m_open;
+    Entry* m_entry;   // of the opening thread's list; null once closed
 };

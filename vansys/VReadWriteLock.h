@@ -1,13 +1,14 @@
 // A read/write lock that its holder may take again.
 #pragma once
 
-#include <QReadWriteLock>
+#include <shared_mutex>
 
 #include "vansys/Export.h"
 
 // Many readers or one writer. The thread that holds it takes it again in the same
 // mode without waiting, also while a writer waits, and reads while it holds the
-// write. Each take needs its release, in any order of modes.
+// write. Each take needs its release by the same thread, in any order of modes; other
+// threads stay out until the last. A release without a take does nothing.
 //
 // Taking the write while holding only the read cannot succeed; it raises a
 // LogicException (code 0x5D1E7A60, text "no write lock under a read lock") instead
@@ -28,7 +29,7 @@ public:
     void UnlockWrite() noexcept;
 
 private:
-    QReadWriteLock m_lock;
+    std::shared_mutex m_lock;
 };
 
 // Holds the read lock while it lives.
