@@ -1,0 +1,195 @@
+#include "vancorexml/main/parser/XMLEscaping.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <QString>
+
+#include "vancoreplatform/CorePlatformUtils.h"
+#include "vansys/LogicException.h"
+
+namespace XMLEscaping {
+
+namespace {
+
+constexpr char SourceFile[] = "vancorexml\\main\\parser\\XMLFormatter";
+
+// A backslash, "x", at most four digits and a semicolon.
+constexpr std::size_t LongestNumericEscape = 7;
+
+// Writes the escape of a unit that XML does not allow; returns the end.
+char16_t* WriteNumericEscape(char16_t unit, char16_t* out) noexcept
+{
+    constexpr char16_t digits[] = u"0123456789ABCDEF";
+    *out++ = u'\\';
+    *out++ = u'x';
+    int shift = 12;
+    while (shift > 0 && (unit >> shift) == 0) shift -= 4;
+    for (; shift >= 0; shift -= 4) *out++ = digits[(unit >> shift) & 0xF];
+    *out++ = u';';
+    return out;
+}
+
+constexpr bool IsPairAt(std::u16string_view text, std::size_t position) noexcept
+{
+    return (text[position] & 0xFC00) == 0xD800 && position + 1 < text.size() && (text[position + 1] & 0xFC00) == 0xDC00;
+}
+
+// Finds the places of a text that are escaped, and what stands for them; both passes are
+// made of it, so they agree on every unit.
+template <typename IsValid>
+class Scanner {
+public:
+    Scanner(std::u16string_view text, const EscapeTable& table, IsValid isValid) : m_text(text), m_table(table), m_isValid(isValid) {}
+
+    // The first position at or after `position` that is escaped, or the text's length.
+    std::size_t Find(std::size_t position) const
+    {
+        while (position < m_text.size()) {
+            const char16_t unit = m_text[position];
+            if (unit <= 0x80) {
+                if (m_table.Maps(unit)) return position;
+            } else if (!m_isValid(unit)) {
+                if (!IsPairAt(m_text, position)) return position;
+                ++position;
+            }
+            ++position;
+        }
+        return position;
+    }
+
+    // What stands for the unit at a position found; valid until the next call.
+    std::u16string_view Replacement(std::size_t position)
+    {
+        const char16_t unit = m_text[position];
+        if (m_table.Maps(unit)) return m_table[unit].View();
+        return {m_buffer, static_cast<std::size_t>(WriteNumericEscape(unit, m_buffer) - m_buffer)};
+    }
+
+private:
+    std::u16string_view m_text;
+    const EscapeTable& m_table;
+    IsValid m_isValid;
+    char16_t m_buffer[LongestNumericEscape];
+};
+
+// A buffer of a fixed size that refuses what it has no room for.
+class Writer {
+public:
+    explicit Writer(std::size_t length) : m_text(static_cast<int>(length), Qt::Uninitialized), m_out(reinterpret_cast<char16_t*>(m_text.data())), m_end(m_out + length) {}
+
+    void Write(std::u16string_view piece)
+    {
+        if (piece.size() > static_cast<std::size_t>(m_end - m_out)) Fail();
+        m_out = std::copy(piece.begin(), piece.end(), m_out);
+    }
+
+    VString Take()
+    {
+        if (m_out != m_end) Fail();
+        return VString(std::move(m_text));
+    }
+
+private:
+    [[noreturn]] static void Fail() { ThrowLogicException(SourceFile, 236, "ix == dst.length()", MakeLogicError(0xF6B4AF4C)); }
+
+    QString m_text;
+    char16_t* m_out;
+    char16_t* m_end;
+};
+
+template <typename IsValid>
+VString Encode(const VString& text, const EscapeTable& table, IsValid isValid)
+{
+    const std::u16string_view source = text.View();
+    Scanner<IsValid> scanner(source, table, isValid);
+
+    const std::size_t first = scanner.Find(0);
+    if (first == source.size()) return text;
+    std::size_t length = source.size();
+    for (std::size_t found = first; found < source.size(); found = scanner.Find(found + 1)) length += scanner.Replacement(found).size() - 1;
+    if (length > static_cast<std::size_t>(VString::MaxLength)) throw std::length_error("XMLFormatter: the escaped text is too long");
+
+    Writer writer(length);
+    std::size_t done = 0;
+    for (std::size_t found = scanner.Find(0); found < source.size(); found = scanner.Find(done)) {
+        writer.Write(source.substr(done, found - done));
+        writer.Write(scanner.Replacement(found));
+        done = found + 1;
+    }
+    writer.Write(source.substr(done));
+    return writer.Take();
+}
+
+bool IsQuoted(const VString& text) noexcept
+{
+    return text.length() >= 2 && text[0] == u'"' && text[text.length() - 1] == u'"';
+}
+
+}  // namespace
+
+void InitMappingTableType(MappingTable& table, int kind)
+{
+    if (kind < AttributeMapping || kind > ApostropheMapping) ThrowLogicException(SourceFile, 120, "Unknown type passed to InitMappingTableType", MakeLogicError(0xF6AD402C));
+    for (char16_t unit = 0; unit < 0x20; ++unit) {
+        char16_t escape[LongestNumericEscape];
+        table[unit] = VString(escape, static_cast<std::size_t>(WriteNumericEscape(unit, escape) - escape));
+    }
+    std::fill(table.begin() + 0x20, table.end(), VString());
+    table[u'\t'] = kind == ContentMapping ? VString() : VString(u"&#9;");
+    table[u'\n'] = kind == ContentMapping ? VString() : VString(u"&#10;");
+    table[u'\r'] = u"&#13;";
+    table[u'&'] = u"&amp;";
+    table[u'<'] = u"&lt;";
+    table[u'>'] = u"&gt;";
+    table[u'\''] = kind == ApostropheMapping ? VString() : VString(u"&apos;");
+    table[u'"'] = kind == ApostropheMapping ? VString() : VString(u"&quot;");
+}
+
+EscapeTable::EscapeTable(int kind)
+{
+    InitMappingTableType(m_entries, kind);
+    for (std::size_t unit = 0; unit < m_entries.size(); ++unit) {
+        if (!m_entries[unit].IsEmpty()) m_mapped |= std::uint64_t(1) << unit;
+    }
+}
+
+const EscapeTable& AttributeTable()
+{
+    static const EscapeTable table(AttributeMapping);
+    return table;
+}
+
+const EscapeTable& ContentTable()
+{
+    static const EscapeTable table(ContentMapping);
+    return table;
+}
+
+VString EncodeWithTable(const VString& text, const EscapeTable& table)
+{
+    return Encode(text, table, [](char16_t unit) { return CorePlatformUtils::IsValidCharacter(unit); });
+}
+
+VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t))
+{
+    return Encode(text, table, isValid);
+}
+
+VString EncodeAsCData(const VString& text)
+{
+    static const VString open(u"<![CDATA[");
+    static const VString close(u"]]>");
+    static const VString split(u"]]]]><![CDATA[>");
+    static const VString quote(u"&quot;");
+
+    const bool quoted = IsQuoted(text);
+    VString result = quoted ? quote + open + text.mid(1, text.length() - 2) : open + text;
+    result = result.replace(close, split);
+    result += close;
+    if (quoted) result += quote;
+    return result;
+}
+
+}  // namespace XMLEscaping

@@ -13,6 +13,12 @@ class DOMElement;
 class DOMElementChildren;
 class QualifiedName;
 
+// How XMLFormatter::OutputContent escapes.
+enum FormatMode : std::int32_t {
+    FormatModeStrict = 0,   // as attribute values are
+    FormatModeContent = 1,  // long text with markup becomes a CDATA section
+};
+
 // A streaming writer: turns open tags, attributes, content, close tags, comments, binary
 // blobs and whole elements into text, and hands each piece to OutputString, which a derived
 // class defines. It does not check that tags are balanced or that names are well-formed.
@@ -35,12 +41,6 @@ class QualifiedName;
 //     VString text = writer.GetOutput();
 class VANCOREXML_API XMLFormatter {
 public:
-    // How OutputContent escapes.
-    enum FormatMode : std::int32_t {
-        FormatModeStrict = 0,   // as attribute values are
-        FormatModeContent = 1,  // long text with markup becomes a CDATA section
-    };
-
     // An element that is open while this lives: writes its open tag and indents; at the end
     // of the scope undents and writes the close tag. The writer must outlive it. The
     // destructor swallows what the writer throws.
