@@ -1,0 +1,268 @@
+#include "vancorexml/main/parser/XMLEscaping.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/common/TestSupport.h"
+#include "vancoreplatform/CorePlatformUtils.h"
+#include "vancorexml/main/parser/XMLFormatter.h"
+
+namespace {
+
+using namespace XMLEscaping;
+
+constexpr char SourceFile[] = "vancorexml\\main\\parser\\XMLFormatter";
+
+VString Unit(char16_t unit)
+{
+    return VString(&unit, 1);
+}
+
+std::u16string NumericEscape(char16_t unit)
+{
+    char buffer[16];
+    std::snprintf(buffer, sizeof buffer, "\\x%X;", static_cast<unsigned>(unit));
+    const std::string text = buffer;
+    return std::u16string(text.begin(), text.end());
+}
+
+// What stands for a unit of the table, said once more in a plain form.
+std::u16string PlainEntry(char16_t unit, int kind)
+{
+    const bool keepsLines = kind == ContentMapping;
+    const bool keepsQuotes = kind == ApostropheMapping;
+    switch (unit) {
+    case u'\t': return keepsLines ? u"" : u"&#9;";
+    case u'\n': return keepsLines ? u"" : u"&#10;";
+    case u'\r': return u"&#13;";
+    case u'&': return u"&amp;";
+    case u'<': return u"&lt;";
+    case u'>': return u"&gt;";
+    case u'\'': return keepsQuotes ? u"" : u"&apos;";
+    case u'"': return keepsQuotes ? u"" : u"&quot;";
+    default: return unit < 0x20 ? NumericEscape(unit) : u"";
+    }
+}
+
+std::u16string PlainEncode(const std::u16string& text, int kind)
+{
+    std::u16string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char16_t unit = text[i];
+        const bool high = unit >= 0xD800 && unit <= 0xDBFF;
+        if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+            result.append(text, i, 2);
+            ++i;
+        } else if (unit < 0x3F) {
+            const std::u16string entry = PlainEntry(unit, kind);
+            result += entry.empty() ? std::u16string(1, unit) : entry;
+        } else if (unit <= 0x80 || CorePlatformUtils::IsValidCharacter(unit)) {
+            result += unit;
+        } else {
+            result += NumericEscape(unit);
+        }
+    }
+    return result;
+}
+
+class XMLEscapingKindTest : public testing::TestWithParam<int> {};
+
+TEST_P(XMLEscapingKindTest, TableHasTheEntryOfEveryUnit)
+{
+    MappingTable table;
+    table.fill(VString("left over"));
+    InitMappingTableType(table, GetParam());
+    ASSERT_EQ(table.size(), 63u);
+    for (char16_t unit = 0; unit < 0x3F; ++unit) EXPECT_EQ(table[unit].View(), PlainEntry(unit, GetParam())) << "unit " << static_cast<int>(unit);
+}
+
+TEST_P(XMLEscapingKindTest, EveryUnitAloneIsEncodedAsInThePlainForm)
+{
+    const EscapeTable table(GetParam());
+    for (int unit = 0; unit <= 0xFFFF; ++unit) {
+        const std::u16string text(1, static_cast<char16_t>(unit));
+        ASSERT_EQ(EncodeWithTable(VString(text.data(), 1), table).View(), PlainEncode(text, GetParam())) << "unit " << unit;
+    }
+}
+
+TEST_P(XMLEscapingKindTest, RandomTextsAreEncodedAsInThePlainForm)
+{
+    const EscapeTable table(GetParam());
+    const std::u16string alphabet = u"&<>'\"\t\n\r\x01\x1F a?@Z\x7F\x80\x81\u00E4\u65E5\uE000\uFFFD\uFFFE\uFFFF" + std::u16string{0, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF};
+    std::mt19937 random(1);
+    for (int round = 0; round < 100000; ++round) {
+        std::u16string text(random() % 12, u' ');
+        for (char16_t& unit : text) unit = alphabet[random() % alphabet.size()];
+        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam())) << "round " << round;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, XMLEscapingKindTest, testing::Values(AttributeMapping, ContentMapping, ApostropheMapping));
+
+TEST(XMLEscapingTest, KindsAreNumberedFromZero)
+{
+    EXPECT_EQ(AttributeMapping, 0);
+    EXPECT_EQ(ContentMapping, 1);
+    EXPECT_EQ(ApostropheMapping, 2);
+}
+
+class XMLEscapingUnknownKindTest : public testing::TestWithParam<int> {};
+
+TEST_P(XMLEscapingUnknownKindTest, InitMappingTableTypeAsserts)
+{
+    MappingTable table;
+    testsupport::ExpectLogicException([&table] { InitMappingTableType(table, GetParam()); }, SourceFile, 120, "Unknown type passed to InitMappingTableType", 0xF6AD402C);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, XMLEscapingUnknownKindTest, testing::Values(-1, 3, 1000));
+
+struct EncodeRow {
+    const char* name;
+    std::u16string text;
+    std::u16string encoded;
+};
+
+class XMLEscapingAttributeTest : public testing::TestWithParam<EncodeRow> {};
+
+TEST_P(XMLEscapingAttributeTest, IsEncoded)
+{
+    const std::u16string& text = GetParam().text;
+    EXPECT_EQ(XMLFormatter::EncodeAttributeString(VString(text.data(), text.size())).View(), GetParam().encoded);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, XMLEscapingAttributeTest, testing::Values(
+    EncodeRow{"Empty", u"", u""},
+    EncodeRow{"Markup", u"<a b='c' d=\"e\">&", u"&lt;a b=&apos;c&apos; d=&quot;e&quot;&gt;&amp;"},
+    EncodeRow{"WhiteSpace", u"a\n\t\rb c", u"a&#10;&#9;&#13;b c"},
+    EncodeRow{"Control", u"a\u0001b", u"a\\x1;b"},
+    EncodeRow{"ControlOfTwoDigits", u"\u001B", u"\\x1B;"},
+    EncodeRow{"Nul", std::u16string(1, u'\0'), u"\\x0;"},
+    EncodeRow{"QuestionMark", u"?", u"?"},
+    EncodeRow{"Delete", u"\u007F", u"\u007F"},
+    EncodeRow{"FirstBehindAscii", std::u16string(1, 0x80), std::u16string(1, 0x80)},
+    EncodeRow{"Pair", u"\U0001F600", u"\U0001F600"},
+    EncodeRow{"LastPair", u"\U0010FFFF", u"\U0010FFFF"},
+    EncodeRow{"PairBesideMarkup", u"<\U0001F600>", u"&lt;\U0001F600&gt;"},
+    EncodeRow{"HighHalfAtTheEnd", {u'a', 0xD800}, u"a\\xD800;"},
+    EncodeRow{"HighHalfBeforeText", {0xDBFF, u'a'}, u"\\xDBFF;a"},
+    EncodeRow{"LowHalf", {0xDC00, u'a'}, u"\\xDC00;a"},
+    EncodeRow{"TwoHighHalvesAndALow", {0xD800, 0xD83D, 0xDE00}, {u'\\', u'x', u'D', u'8', u'0', u'0', u';', 0xD83D, 0xDE00}},
+    EncodeRow{"SwappedHalves", {0xDE00, 0xD83D}, u"\\xDE00;\\xD83D;"},
+    EncodeRow{"NoCharacters", u"\uFFFE\uFFFF", u"\\xFFFE;\\xFFFF;"},
+    EncodeRow{"LastCharacter", u"\uFFFD", u"\uFFFD"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(XMLEscapingTest, NothingToEscapeGivesTheSharedText)
+{
+    const VString text = u"plain text, gr\u00FC\u00DFe \U0001F600 = 100% (no markup)";
+    EXPECT_TRUE(XMLFormatter::EncodeAttributeString(text).IsSharedWith(text));
+    EXPECT_TRUE(XMLFormatter::EncodeContentString(text).IsSharedWith(text));
+}
+
+// Tests of units that answer with what they were told.
+bool NoUnit(char16_t) { return false; }
+bool AnyUnit(char16_t) { return true; }
+
+int questions = 0;
+bool FirstThreeOnly(char16_t) { return ++questions <= 3; }
+bool AllButTheFirstThree(char16_t) { return ++questions > 3; }
+
+struct NumericRow {
+    char16_t unit;
+    const char16_t* escape;
+};
+
+class XMLEscapingNumericTest : public testing::TestWithParam<NumericRow> {};
+
+TEST_P(XMLEscapingNumericTest, HexadecimalHasNoLeadingZeros)
+{
+    EXPECT_EQ(EncodeWithTable(Unit(GetParam().unit), AttributeTable(), NoUnit), VString(GetParam().escape));
+}
+
+INSTANTIATE_TEST_SUITE_P(Lengths, XMLEscapingNumericTest, testing::Values(NumericRow{0x81, u"\\x81;"}, NumericRow{0xFF, u"\\xFF;"}, NumericRow{0x100, u"\\x100;"}, NumericRow{0xFFF, u"\\xFFF;"}, NumericRow{0x1000, u"\\x1000;"}, NumericRow{0xABCD, u"\\xABCD;"}));
+
+TEST(XMLEscapingTest, ValidityIsNotAskedUpTo0x80)
+{
+    const std::u16string text = {u'?', u'A', 0x7F, 0x80};
+    const VString source(text.data(), text.size());
+    EXPECT_TRUE(EncodeWithTable(source, AttributeTable(), NoUnit).IsSharedWith(source));
+}
+
+TEST(XMLEscapingTest, HalvesThatTheTestAllowsStay)
+{
+    const VString text = Unit(0xD800);
+    EXPECT_TRUE(EncodeWithTable(text, AttributeTable(), AnyUnit).IsSharedWith(text));
+}
+
+TEST(XMLEscapingTest, TestThatFindsMoreInTheSecondPassAsserts)
+{
+    questions = 0;
+    const auto encode = [] { EncodeWithTable(u"<\u00E4\u00E4\u00E4", AttributeTable(), FirstThreeOnly); };
+    testsupport::ExpectLogicException(encode, SourceFile, 236, "ix == dst.length()", 0xF6B4AF4C);
+}
+
+TEST(XMLEscapingTest, TestThatFindsLessInTheSecondPassAsserts)
+{
+    questions = 0;
+    const auto encode = [] { EncodeWithTable(u"\u00E4\u00E4\u00E4", AttributeTable(), AllButTheFirstThree); };
+    testsupport::ExpectLogicException(encode, SourceFile, 236, "ix == dst.length()", 0xF6B4AF4C);
+}
+
+TEST(XMLEscapingTest, TextTooLongWhenEscapedThrows)
+{
+    const VString text(QString(VString::MaxLength / 6 + 1, QChar(u'"')));
+    EXPECT_THROW(XMLFormatter::EncodeAttributeString(text), std::length_error);
+}
+
+TEST(XMLEscapingTest, TablesCanBeFirstUsedByManyThreads)
+{
+    std::vector<VString> results(4);
+    std::vector<std::thread> threads;
+    for (VString& result : results) threads.emplace_back([&result] { result = XMLFormatter::EncodeContentString("a & b, in a text that is longer than 32\n"); });
+    for (std::thread& thread : threads) thread.join();
+    for (const VString& result : results) EXPECT_EQ(result, VString("a &amp; b, in a text that is longer than 32\n"));
+}
+
+class XMLEscapingContentTest : public testing::TestWithParam<EncodeRow> {};
+
+TEST_P(XMLEscapingContentTest, IsEncoded)
+{
+    const std::u16string& text = GetParam().text;
+    EXPECT_EQ(XMLFormatter::EncodeContentString(VString(text.data(), text.size())).View(), GetParam().encoded);
+}
+
+const std::u16string X28(28, u'x');
+
+INSTANTIATE_TEST_SUITE_P(Rows, XMLEscapingContentTest, testing::Values(
+    EncodeRow{"Empty", u"", u""},
+    EncodeRow{"Of31IsEscapedAsAnAttribute", X28 + u"\n\t<", X28 + u"&#10;&#9;&lt;"},
+    EncodeRow{"Of31Quoted", u"\"" + X28 + u"<\"", u"&quot;" + X28 + u"&lt;&quot;"},
+    EncodeRow{"Of32KeepsLinesAndTabs", X28 + u"\n\tab", X28 + u"\n\tab"},
+    EncodeRow{"Of32EscapesTheRest", X28 + u">&'\"\r\u0001", X28 + u"&gt;&amp;&apos;&quot;&#13;\\x1;"},
+    EncodeRow{"Of32WithMarkupIsCData", X28 + u"\n<&>", u"<![CDATA[" + X28 + u"\n<&>]]>"},
+    EncodeRow{"CDataEndIsSplit", X28 + u"<]]>y", u"<![CDATA[" + X28 + u"<]]]]><![CDATA[>y]]>"},
+    EncodeRow{"CDataEndsAreSplit", X28 + u"<]]>]]>", u"<![CDATA[" + X28 + u"<]]]]><![CDATA[>]]]]><![CDATA[>]]>"},
+    EncodeRow{"CDataMayEndInBrackets", X28 + u"<]]]", u"<![CDATA[" + X28 + u"<]]]]]>"},
+    EncodeRow{"QuotesStayOutsideOfCData", u"\"" + X28 + u"<]]>\"", u"&quot;<![CDATA[" + X28 + u"<]]]]><![CDATA[>]]>&quot;"},
+    EncodeRow{"InnerQuotesStayInside", u"\"\"" + X28 + u"<\"\"", u"&quot;<![CDATA[\"" + X28 + u"<\"]]>&quot;"},
+    EncodeRow{"LeadingQuoteOnlyStaysInside", u"\"" + X28 + u"<<<", u"<![CDATA[\"" + X28 + u"<<<]]>"},
+    EncodeRow{"TrailingQuoteOnlyStaysInside", X28 + u"<<<\"", u"<![CDATA[" + X28 + u"<<<\"]]>"},
+    EncodeRow{"CDataKeepsControls", X28 + u"<\u0001\r\t", u"<![CDATA[" + X28 + u"<\u0001\r\t]]>"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(XMLEscapingTest, OneQuoteIsNoQuotedText)
+{
+    EXPECT_EQ(EncodeAsCData("\""), VString("<![CDATA[\"]]>"));
+}
+
+TEST(XMLEscapingTest, TwoQuotesAreAnEmptyQuotedText)
+{
+    EXPECT_EQ(EncodeAsCData("\"\""), VString("&quot;<![CDATA[]]>&quot;"));
+}
+
+}  // namespace

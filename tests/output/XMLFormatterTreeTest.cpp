@@ -1,0 +1,383 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+
+#include "tests/output/RecordingWriter.h"
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/XMLFormatter.h"
+#include "vancorexml/main/parser/XMLStringFormatter.h"
+
+namespace {
+
+using outputtest::RecordingTreeWriter;
+using outputtest::RecordingWriter;
+using testing::ElementsAre;
+using testing::Not;
+
+constexpr int DeepLevels = 1000000;
+
+std::unique_ptr<DOMElement> DeepTree()
+{
+    auto root = std::make_unique<DOMElement>(u"e");
+    DOMElement* last = root.get();
+    for (int level = 1; level < DeepLevels; ++level) last = &last->AddNewChild(u"e", nullptr);
+    return root;
+}
+
+// <e> a million times, and as often </e>.
+constexpr std::size_t DeepTextLength = (DeepLevels - 1) * std::size_t(3 + 4) + 5;
+
+// a(x=1) with the children b (empty), c (text), d(e (encoded text), text) and a text.
+std::unique_ptr<DOMElement> SmallTree()
+{
+    auto root = std::make_unique<DOMElement>(u"a");
+    root->SetAttribute("x", "1");
+    root->AddNewChild("b", nullptr);
+    root->AddNewChild("c", nullptr).SetText("<");
+    DOMElement& d = root->AddNewChild("d", nullptr);
+    d.AddNewChild("e", nullptr).SetText("<f />", true);
+    d.SetText("&amp;", true);
+    root->SetText("t & u");
+    return root;
+}
+
+template <typename Writer>
+VString Write(const DOMElement& element)
+{
+    Writer writer;
+    writer.OutputDOMElement(element);
+    return writer.GetOutput();
+}
+
+TEST(XMLFormatterTreeTest, EmptyElementIsATag)
+{
+    RecordingTreeWriter writer;
+    writer.OutputDOMElement(DOMElement("a"));
+    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3), ElementsAre("OutputDOMElement(a)", "OutputTag(a)", "emit()"));
+}
+
+TEST(XMLFormatterTreeTest, ElementWithTextIsAnEncodedContentTag)
+{
+    DOMElement element("a");
+    element.SetText("t");
+    RecordingTreeWriter writer;
+    writer.OutputDOMElement(element);
+    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3), ElementsAre("OutputDOMElement(a)", "OutputContentTag encode(a)", "GetIndent"));
+}
+
+TEST(XMLFormatterTreeTest, ElementWithEncodedTextIsAVerbatimContentTag)
+{
+    DOMElement element("a");
+    element.SetText("&amp;", true);
+    RecordingTreeWriter writer;
+    writer.OutputDOMElement(element);
+    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3), ElementsAre("OutputDOMElement(a)", "OutputContentTag verbatim(a)", "GetIndent"));
+}
+
+TEST(XMLFormatterTreeTest, ChildrenComeBeforeTheText)
+{
+    EXPECT_EQ(Write<XMLStringFormatter>(*SmallTree()), VString("<a x='1'>\n"
+                                                              "  <b />\n"
+                                                              "  <c>&lt;</c>\n"
+                                                              "  <d>\n"
+                                                              "    <e>\n<f />\n    </e>\n"
+                                                              "    \n&amp;\n      </d>\n"
+                                                              "  t &amp; u</a>\n"));
+}
+
+TEST(XMLFormatterTreeTest, ElementWithChildrenGoesThroughIndenterChildrenAndText)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr);
+    element.SetText("t");
+    RecordingTreeWriter writer("", true);
+    writer.OutputDOMElement(element);
+    EXPECT_THAT(writer.calls, ElementsAre(
+        "OutputDOMElement(a)", "OutputOpenTag(a)", "emit()", "emit(<)", "emit(a)", "OutputAttributes(0)", "OutputLine(>)", "emit(>)", "Indent",
+        "OutputDOMElement(b)", "OutputTag(b)", "emit()", "emit(<)", "emit(b)", "OutputAttributes(0)", "OutputLine( />)", "emit( />)",
+        "GetIndent", "emit()", "OutputContent escaped(t)", "emit(t)",
+        "Undent", "OutputCloseTag(a)", "emit()", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)"));
+}
+
+TEST(XMLFormatterTreeTest, OutputDOMElementsWritesEachInOrder)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr);
+    element.AddNewChild("c", nullptr);
+    RecordingTreeWriter writer("", true);
+    writer.OutputDOMElements(element.GetChildren());
+    EXPECT_THAT(writer.calls, ElementsAre(
+        "OutputDOMElements(2)",
+        "OutputDOMElement(b)", "OutputTag(b)", "emit()", "emit(<)", "emit(b)", "OutputAttributes(0)", "OutputLine( />)", "emit( />)",
+        "OutputDOMElement(c)", "OutputTag(c)", "emit()", "emit(<)", "emit(c)", "OutputAttributes(0)", "OutputLine( />)", "emit( />)"));
+}
+
+std::vector<std::string> WithoutElementCalls(std::vector<std::string> calls)
+{
+    calls.erase(std::remove_if(calls.begin(), calls.end(), [](const std::string& call) { return call.rfind("OutputDOMElement(", 0) == 0; }), calls.end());
+    return calls;
+}
+
+TEST(XMLFormatterTreeTest, WriterThatSeesEachChildMakesTheSameCalls)
+{
+    const auto tree = SmallTree();
+    RecordingWriter plain;
+    plain.OutputDOMElement(*tree);
+    RecordingTreeWriter overriding;
+    overriding.OutputDOMElement(*tree);
+    EXPECT_THAT(overriding.calls, Not(testing::SizeIs(plain.calls.size())));
+    EXPECT_EQ(WithoutElementCalls(overriding.calls), plain.calls);
+}
+
+// What a writer was called with when its sink fails at a call, or from then on.
+template <typename Writer>
+std::vector<std::string> CallsUntilFailure(std::size_t call, bool once, bool& thrown)
+{
+    Writer writer;
+    if (once) writer.FailOnce(call);
+    else writer.FailFrom(call);
+    thrown = false;
+    try {
+        writer.OutputDOMElement(*SmallTree());
+    } catch (const std::runtime_error&) {
+        thrown = true;
+    }
+    EXPECT_EQ(static_cast<const XMLFormatter&>(writer).GetIndent(), VString());
+    return WithoutElementCalls(writer.calls);
+}
+
+class XMLFormatterTreeFailureTest : public testing::TestWithParam<bool> {};
+
+TEST_P(XMLFormatterTreeFailureTest, EverySinkFailureClosesTheSameElements)
+{
+    RecordingWriter whole;
+    whole.OutputDOMElement(*SmallTree());
+    for (std::size_t call = 0; call <= whole.pieces.size(); ++call) {
+        bool thrown = false;
+        bool thrownOverriding = false;
+        const auto calls = CallsUntilFailure<RecordingWriter>(call, GetParam(), thrown);
+        const auto callsOverriding = CallsUntilFailure<RecordingTreeWriter>(call, GetParam(), thrownOverriding);
+        ASSERT_EQ(calls, callsOverriding) << "failing at " << call;
+        ASSERT_EQ(thrown, thrownOverriding) << "failing at " << call;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Failures, XMLFormatterTreeFailureTest, testing::Bool(), [](const auto& row) { return row.param ? "Once" : "FromThenOn"; });
+
+TEST(XMLFormatterTreeTest, FailureInTheDepthClosesFromTheInsideOut)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr).AddNewChild("c", nullptr);
+    RecordingWriter writer("", true);
+    writer.FailOnce(8);  // the empty indentation of c
+    EXPECT_THROW(writer.OutputDOMElement(element), std::runtime_error);
+    const auto failed = std::find(writer.calls.begin(), writer.calls.end(), "OutputTag(c)");
+    ASSERT_NE(failed, writer.calls.end());
+    EXPECT_THAT(std::vector<std::string>(failed, writer.calls.end()), ElementsAre(
+        "OutputTag(c)", "emit()",
+        "Undent", "OutputCloseTag(b)", "emit()", "emit(</)", "emit(b)", "OutputLine(>)", "emit(>)",
+        "Undent", "OutputCloseTag(a)", "emit()", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)"));
+}
+
+TEST(XMLFormatterTreeTest, FailureInACloseTagIsSwallowedAndTheWalkGoesOn)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr).AddNewChild("c", nullptr);
+    element.AddNewChild("d", nullptr);
+    RecordingWriter writer("", true);
+    writer.FailOnce(12);  // the empty indentation of </b>
+    writer.OutputDOMElement(element);
+    EXPECT_EQ(writer.pieces.size(), 12u + 1 + 4 + 4);
+}
+
+// Brackets every element.
+class BracketWriter : public XMLStringFormatter {
+public:
+    BracketWriter() : XMLStringFormatter("", true) {}
+
+    void OutputDOMElement(const DOMElement& element) override
+    {
+        OutputString("[");
+        XMLStringFormatter::OutputDOMElement(element);
+        OutputString("]");
+    }
+};
+
+TEST(XMLFormatterTreeTest, OverrideSeesBeforeAndAfterEachChild)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr).AddNewChild("c", nullptr);
+    element.AddNewChild("d", nullptr);
+    EXPECT_EQ(Write<BracketWriter>(element), VString("[<a>[<b>[<c />]</b>][<d />]</a>]"));
+}
+
+class Other {
+public:
+    virtual ~Other() = default;
+    int number = 1;
+};
+
+// Has the writer as its second base.
+class SecondBaseWriter : public Other, public XMLStringFormatter {
+public:
+    SecondBaseWriter() : XMLStringFormatter("", true) {}
+
+    void OutputDOMElement(const DOMElement& element) override
+    {
+        OutputString("(");
+        XMLStringFormatter::OutputDOMElement(element);
+        OutputString(")");
+    }
+};
+
+TEST(XMLFormatterTreeTest, OverrideBehindAnotherBaseSeesEachChild)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr);
+    EXPECT_EQ(Write<SecondBaseWriter>(element), VString("(<a>(<b />)</a>)"));
+}
+
+// Leaves out some elements.
+class FilteringWriter : public XMLStringFormatter {
+public:
+    FilteringWriter() : XMLStringFormatter("", true) {}
+
+    void OutputDOMElement(const DOMElement& element) override
+    {
+        if (!element.HasAttribute("hidden")) XMLStringFormatter::OutputDOMElement(element);
+    }
+};
+
+TEST(XMLFormatterTreeTest, OverrideCanLeaveAChildOut)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr).SetAttribute("hidden", "1");
+    element.AddNewChild("c", nullptr);
+    EXPECT_EQ(Write<FilteringWriter>(element), VString("<a><c /></a>"));
+}
+
+// Writes one element of the tree through the base from within another operation.
+class NestingWriter : public XMLStringFormatter {
+public:
+    NestingWriter() : XMLStringFormatter("", true) {}
+
+    void OutputTag(const VString& tag, const AttributeMap& attributes) override
+    {
+        XMLStringFormatter::OutputTag(tag, attributes);
+        if (tag != VString("b")) return;
+        DOMElement inner("i");
+        inner.AddNewChild("j", nullptr);
+        OutputDOMElement(inner);
+    }
+};
+
+TEST(XMLFormatterTreeTest, WalkMayStartInsideAnother)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr);
+    element.AddNewChild("c", nullptr);
+    EXPECT_EQ(Write<NestingWriter>(element), VString("<a><b /><i><j /></i><c /></a>"));
+}
+
+TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAString)
+{
+    XMLStringFormatter writer("", true);
+    writer.OutputDOMElement(*DeepTree());
+    EXPECT_EQ(static_cast<std::size_t>(writer.GetOutput().length()), DeepTextLength);
+    EXPECT_TRUE(writer.GetOutput().endsWith("</e></e>"));
+}
+
+// A sink of its own that overrides the operations beside the one that matters.
+class CountingWriter : public XMLFormatter {
+public:
+    CountingWriter() : XMLFormatter("", true) {}
+
+    void OutputAttributes(const AttributeMap& attributes) override { XMLFormatter::OutputAttributes(attributes); }
+    void OutputDOMElements(const DOMElementChildren& elements) override { XMLFormatter::OutputDOMElements(elements); }
+    void OutputString(const VString& text) override { units += static_cast<std::size_t>(text.length()); }
+
+    std::size_t units = 0;
+};
+
+TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAnotherSink)
+{
+    CountingWriter writer;
+    writer.OutputDOMElement(*DeepTree());
+    EXPECT_EQ(writer.units, DeepTextLength);
+}
+
+// Full at a number of pieces.
+class FullWriter : public CountingWriter {
+public:
+    void OutputString(const VString&) override
+    {
+        if (++pieces > 4 * (DeepLevels - 1)) throw std::length_error("full");
+    }
+
+    int pieces = 0;
+};
+
+TEST(XMLFormatterTreeTest, FailureUnderAMillionLevelsClosesThemAll)
+{
+    FullWriter writer;
+    EXPECT_THROW(writer.OutputDOMElement(*DeepTree()), std::length_error);
+    // Each of the open elements tried its first piece.
+    EXPECT_EQ(writer.pieces, 4 * (DeepLevels - 1) + 1 + (DeepLevels - 1));
+}
+
+struct DocumentRow {
+    const char* name;
+    const char* comment;
+    bool header;
+    const char* expected;
+};
+
+class XMLFormatterDocumentTest : public testing::TestWithParam<DocumentRow> {
+protected:
+    template <typename Node>
+    VString Format(const Node& node) const
+    {
+        XMLStringFormatter writer("", true);
+        VString comment = GetParam().comment;
+        XMLFormatter::FormatDOM(writer, node, GetParam().comment != nullptr ? &comment : nullptr, GetParam().header);
+        return writer.GetOutput();
+    }
+};
+
+TEST_P(XMLFormatterDocumentTest, FormatDOMOfADocumentWritesItsDocumentElement)
+{
+    DOM document;
+    document.GetRoot().AddNewChild("a", nullptr);
+    EXPECT_EQ(Format(document), VString(GetParam().expected) + VString("<a />"));
+}
+
+TEST_P(XMLFormatterDocumentTest, FormatDOMOfADocumentWithoutElementWritesTheRest)
+{
+    EXPECT_EQ(Format(DOM()), VString(GetParam().expected));
+}
+
+TEST_P(XMLFormatterDocumentTest, FormatDOMOfAnElementWritesIt)
+{
+    EXPECT_EQ(Format(DOMElement("a")), VString(GetParam().expected) + VString("<a />"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, XMLFormatterDocumentTest, testing::Values(
+    DocumentRow{"Bare", nullptr, false, ""},
+    DocumentRow{"Header", nullptr, true, "<?xml version='1.0' encoding='utf-8' ?>"},
+    DocumentRow{"Comment", "c--d", false, "<!-- c-&45;d -->"},
+    DocumentRow{"EmptyComment", "", false, "<!--  -->"},
+    DocumentRow{"HeaderAndComment", "c", true, "<?xml version='1.0' encoding='utf-8' ?><!-- c -->"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(XMLFormatterTreeTest, FormatDOMGoesThroughVirtualCalls)
+{
+    RecordingTreeWriter writer("", true);
+    VString comment = "c";
+    XMLFormatter::FormatDOM(writer, DOMElement("a"), &comment, true);
+    EXPECT_THAT(writer.calls, testing::IsSupersetOf({"OutputHeader", "OutputComment(c)", "OutputDOMElement(a)"}));
+}
+
+}  // namespace
