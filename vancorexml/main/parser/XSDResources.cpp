@@ -1,0 +1,88 @@
+#include "vancorexml/main/parser/XSDResources.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "vancoredata/VResource.h"
+#include "vancoreplatform/VFormatString.h"
+#include "vancoreplatform/VLog.h"
+#include "vancorexml/main/parser/DOMException.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vancorexml/main/parser/VersionSniffer.h"
+#include "vancorexml/main/parser/XSDResourceResolver.h"
+
+namespace {
+
+// Major and minor of the versions for which an analysis, a data source, a data connection and
+// a map source have schemas.
+constexpr const char* const ListedVersions[] = {"18.1", "10.5", "10.4", "10.3", "10.2"};
+
+VString BaseName(XmlFileType type)
+{
+    switch (type) {
+    case XmlFileTypeKXA: return "VQRC_FILEFORMAT_KXA_XSD";
+    case XmlFileTypeKXB: return "VQRC_FILEFORMAT_KXB_XSD";
+    case XmlFileTypeKXC: return "VQRC_FILEFORMAT_KXC_XSD";
+    case XmlFileTypeKXD: return "VQRC_FILEFORMAT_KXD_XSD";
+    case XmlFileTypeKXE: return "VQRC_FILEFORMAT_KXE_XSD";
+    case XmlFileTypeKXF: return "VQRC_FILEFORMAT_KXF_XSD";
+    default: return VString();
+    }
+}
+
+std::unique_ptr<InputSource> MakeInputSource(const VString& resourceName)
+{
+    if (resourceName.IsEmpty()) return nullptr;
+    return std::make_unique<StringInputSource>(UTF8StringVResource(resourceName).GetString(), resourceName, false);
+}
+
+}  // namespace
+
+const VersionNumber& XSDResources::GetCurrentVersion()
+{
+    static const VersionNumber version("18.1", u'.', u'-', 0);
+    return version;
+}
+
+VString XSDResources::GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version)
+{
+    const VString baseName = BaseName(type);
+    if (baseName.IsEmpty()) return VString();
+    if (version == GetCurrentVersion()) {
+        XSDResourceResolver::CheckResolves(baseName);
+        return baseName;
+    }
+    LogMessage(VLog::Debug, VFormatString("XSD Resource version '%1' != Current version '%2'").arg(version.GetAsString()).arg(GetCurrentVersion().GetAsString()));
+    const VString name = VFormatString("%1_%2").arg(baseName).arg(version.GetMajorAndMinorAsString(u'_'));
+    return VResource(name).isValid() ? name : VString();
+}
+
+bool XSDResources::IsThereAnXSDResource(XmlFileType type, const VersionNumber& version)
+{
+    switch (type) {
+    case XmlFileTypeKXA:
+    case XmlFileTypeKXB:
+    case XmlFileTypeKXC:
+    case XmlFileTypeKXD: {
+        const VString wanted = version.GetMajorAndMinorAsString(u'.');
+        return std::any_of(std::begin(ListedVersions), std::end(ListedVersions), [&wanted](const char* listed) { return wanted == VString(listed); });
+    }
+    // These two are validated whatever their version.
+    case XmlFileTypeKXE:
+    case XmlFileTypeKXF: return true;
+    default: return false;
+    }
+}
+
+std::unique_ptr<InputSource> XSDResources::GetVersionedXsdInputSource(XmlFileType type, const VersionNumber& version)
+{
+    return MakeInputSource(GetVersionedXsdResourceName(type, version));
+}
+
+std::unique_ptr<InputSource> XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileType type, InputSource& document, const VString& attributeName)
+{
+    const Nullable<VersionNumber> version = VersionSniffer(document, attributeName);
+    if (!version.IsPresent())
+        throw DOMException("Version attribute missing.", VError::ErrorInfo(VantoraError::MakeError(0xCA8DC404, "DOMException_MissingVersionAttribute_0xCA8DC404"), VError::ErrorSource::Caller, VError::StatusCode::Unknown));
+    return GetVersionedXsdInputSource(type, version.GetValue());
+}
