@@ -1,0 +1,258 @@
+#include "vancorexml/main/parser/AttributeMap.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+
+#include "vansys/VHash32.h"
+
+namespace {
+
+using Model = std::unordered_map<VString, VString, VStringHash>;
+
+AttributeMap MapOf(int count)
+{
+    AttributeMap map;
+    for (int i = 0; i < count; ++i)
+        map.insert_or_assign(VString::number(i), VString::number(-i));
+    return map;
+}
+
+void ExpectSame(const AttributeMap& map, const Model& model)
+{
+    ASSERT_EQ(map.size(), model.size());
+    std::set<VString> seen;
+    for (const auto& [name, value] : map) {
+        const auto found = model.find(name);
+        ASSERT_NE(found, model.end()) << name;
+        EXPECT_EQ(value, found->second);
+        EXPECT_TRUE(seen.insert(name).second) << name;
+        EXPECT_EQ(map.at(name), value);
+    }
+}
+
+// Against the standard's map, with names drawn from `names`.
+void ExpectSameAsStandardMap(unsigned seed, int names, int steps)
+{
+    std::mt19937 random(seed);
+    AttributeMap map;
+    Model model;
+    for (int step = 0; step < steps; ++step) {
+        const VString name = VString::number(static_cast<int>(random() % static_cast<unsigned>(names)));
+        const VString value = VString::number(step);
+        switch (random() % 8) {
+        case 0:
+            ASSERT_EQ(map.insert({name, value}).second, model.insert({name, value}).second);
+            break;
+        case 1:
+        case 2:
+            ASSERT_EQ(map.insert_or_assign(name, value).second, model.insert_or_assign(name, value).second);
+            break;
+        case 3:
+            ASSERT_EQ(map.emplace(name, value).first->second, model.emplace(name, value).first->second);
+            break;
+        case 4:
+        case 5:
+            ASSERT_EQ(map.erase(name), model.erase(name));
+            break;
+        case 6:
+            map[name] += value;
+            model[name] += value;
+            break;
+        default:
+            ASSERT_EQ(map.count(name), model.count(name));
+        }
+    }
+    ExpectSame(map, model);
+    const AttributeMap copy(map);
+    ExpectSame(copy, model);
+    EXPECT_EQ(copy, map);
+}
+
+}  // namespace
+
+class AttributeMapPropertyTest : public testing::TestWithParam<int> {};
+
+TEST_P(AttributeMapPropertyTest, AgreesWithTheStandardMap)
+{
+    for (unsigned seed = 0; seed < 40; ++seed)
+        ExpectSameAsStandardMap(seed, GetParam(), 40 * GetParam() + 100);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, AttributeMapPropertyTest, testing::Values(1, 3, 16, 17, 40, 300), [](const auto& row) { return "Names" + std::to_string(row.param); });
+
+TEST(AttributeMapTest, AgreesWithTheStandardMapWhenLarge)
+{
+    ExpectSameAsStandardMap(7, 30000, 300000);
+}
+
+TEST(AttributeMapTest, StartsEmpty)
+{
+    const AttributeMap map;
+    EXPECT_TRUE(map.empty());
+    EXPECT_EQ(map.size(), 0u);
+    EXPECT_EQ(map.begin(), map.end());
+    EXPECT_FALSE(map.contains("a"));
+    EXPECT_EQ(map.find("a"), map.end());
+}
+
+TEST(AttributeMapTest, ListKeepsTheFirstOfEqualNames)
+{
+    const AttributeMap map{{"a", "1"}, {"b", "2"}, {"a", "3"}};
+    EXPECT_EQ(map.size(), 2u);
+    EXPECT_EQ(map.at("a"), VString("1"));
+    EXPECT_EQ(map.at("b"), VString("2"));
+}
+
+TEST(AttributeMapTest, AtThrowsForAMissingName)
+{
+    AttributeMap map{{"a", "1"}};
+    EXPECT_THROW(map.at("b"), std::out_of_range);
+    EXPECT_THROW(std::as_const(map).at("b"), std::out_of_range);
+    map.at("a") = "2";
+    EXPECT_EQ(std::as_const(map).at("a"), VString("2"));
+}
+
+TEST(AttributeMapTest, BracketsInsertTheEmptyValue)
+{
+    AttributeMap map;
+    EXPECT_EQ(map["a"], VString());
+    EXPECT_TRUE(map.contains("a"));
+}
+
+TEST(AttributeMapTest, InsertLeavesAnExistingValue)
+{
+    AttributeMap map{{"a", "1"}};
+    const auto [position, inserted] = map.insert({"a", "2"});
+    EXPECT_FALSE(inserted);
+    EXPECT_EQ(position->second, VString("1"));
+}
+
+TEST(AttributeMapTest, NamesDifferingInCaseOrAfterNulAreDistinct)
+{
+    AttributeMap map{{"a", "1"}, {"A", "2"}, {VString(u"a\0b", 3), "3"}};
+    EXPECT_EQ(map.size(), 3u);
+    EXPECT_EQ(map.at(VString(u"a\0b", 3)), VString("3"));
+}
+
+TEST(AttributeMapTest, AssignsToItself)
+{
+    AttributeMap map = MapOf(20);
+    AttributeMap& alias = map;
+    map = alias;
+    EXPECT_EQ(map, MapOf(20));
+    map = std::move(alias);
+    EXPECT_EQ(map, MapOf(20));
+}
+
+TEST(AttributeMapTest, MovingLeavesTheSourceEmpty)
+{
+    AttributeMap source = MapOf(20);
+    AttributeMap target(std::move(source));
+    EXPECT_TRUE(source.empty());
+    AttributeMap assigned = MapOf(3);
+    assigned = std::move(target);
+    EXPECT_TRUE(target.empty());
+    EXPECT_EQ(assigned, MapOf(20));
+}
+
+TEST(AttributeMapTest, CopiesAreIndependent)
+{
+    AttributeMap source = MapOf(20);
+    const AttributeMap copy(source);
+    source["1"] = "changed";
+    source.erase("2");
+    EXPECT_EQ(copy, MapOf(20));
+}
+
+// Its own name and value as arguments, at every size at which the block may be replaced.
+TEST(AttributeMapTest, TakesItsOwnEntriesAsArguments)
+{
+    AttributeMap map{{"first", "value"}};
+    for (int i = 0; i < 200; ++i) {
+        map.insert_or_assign(VString::number(i), map.begin()->second);
+        map.try_emplace(map.begin()->second, map.begin()->first);
+        EXPECT_EQ(map.at(VString::number(i)), VString("value"));
+    }
+    EXPECT_EQ(map.at("value"), VString("first"));
+    map.erase(map.begin()->first);
+    EXPECT_FALSE(map.contains("first"));
+}
+
+TEST(AttributeMapTest, ErasingWhileWalkingSeesEveryEntryOnce)
+{
+    AttributeMap map = MapOf(100);
+    std::set<VString> seen;
+    for (auto i = map.begin(); i != map.end();) {
+        EXPECT_TRUE(seen.insert(i->first).second);
+        if (i->first.toInt() % 3 == 0)
+            i = map.erase(i);
+        else
+            ++i;
+    }
+    EXPECT_EQ(seen.size(), 100u);
+    EXPECT_EQ(map.size(), 66u);
+    EXPECT_FALSE(map.contains("99"));
+}
+
+TEST(AttributeMapTest, ManyInsertionsAndErasesLeaveLookupsRight)
+{
+    AttributeMap map;
+    for (int i = 0; i < 100000; ++i) {
+        map.insert_or_assign(VString::number(i), VString());
+        ASSERT_EQ(map.erase(VString::number(i - 50)), i >= 50 ? 1u : 0u);
+    }
+    EXPECT_EQ(map.size(), 50u);
+    EXPECT_TRUE(map.contains("99999"));
+    EXPECT_FALSE(map.contains("99949"));
+}
+
+TEST(AttributeMapTest, ReservedRoomIsNotReallocated)
+{
+    AttributeMap map;
+    map.reserve(100);
+    map["0"];
+    const auto* const first = map.begin();
+    for (int i = 1; i < 100; ++i)
+        map[VString::number(i)];
+    EXPECT_EQ(map.begin(), first);
+    map.reserve(5);
+    EXPECT_EQ(map.begin(), first);
+}
+
+TEST(AttributeMapTest, ReserveRefusesTheImpossible)
+{
+    AttributeMap map = MapOf(3);
+    EXPECT_THROW(map.reserve(std::size_t{1} << 40), std::length_error);
+    EXPECT_EQ(map, MapOf(3));
+}
+
+TEST(AttributeMapTest, ClearAndSwap)
+{
+    AttributeMap map = MapOf(30);
+    AttributeMap other;
+    map.swap(other);
+    EXPECT_TRUE(map.empty());
+    EXPECT_EQ(other, MapOf(30));
+    other.clear();
+    EXPECT_TRUE(other.empty());
+    other["a"] = "b";
+    EXPECT_EQ(other.size(), 1u);
+}
+
+TEST(AttributeMapTest, ComparisonIgnoresOrderAndCapacity)
+{
+    AttributeMap a{{"x", "1"}, {"y", "2"}};
+    AttributeMap b{{"y", "2"}, {"x", "1"}};
+    b.reserve(100);
+    EXPECT_EQ(a, b);
+    EXPECT_EQ(b, a);
+    b["x"] = "other";
+    EXPECT_NE(a, b);
+    EXPECT_NE(a, (AttributeMap{{"x", "1"}}));
+    EXPECT_NE(a, (AttributeMap{{"x", "1"}, {"z", "2"}}));
+}

@@ -1,0 +1,370 @@
+// The document's side of diagnostics.
+#include <thread>
+
+#include "tests/tree/TreeTestSupport.h"
+
+using namespace treetest;
+
+namespace {
+
+struct KindRow {
+    const char* name;
+    bool reported;
+    bool cancel;
+    bool hasUnreported;
+    bool hasCancel;
+    bool hasOnlyCancel;
+};
+
+}  // namespace
+
+TEST(DOMDiagnosticsTest, ADocumentWithoutErrors)
+{
+    const DOM document;
+    EXPECT_FALSE(document.HasErrors());
+    EXPECT_FALSE(document.HasUnreportedErrors());
+    EXPECT_FALSE(document.HasCancelErrors());
+    EXPECT_TRUE(document.HasOnlyCancelErrors());
+    EXPECT_FALSE(document.HasWarnings());
+    EXPECT_TRUE(document.GetErrors().empty());
+    EXPECT_TRUE(document.GetWarnings().empty());
+    EXPECT_EQ(document.GetConcatenatedErrors(), VString());
+    EXPECT_EQ(document.GetConcatenatedWarnings(), VString());
+}
+
+class DOMErrorKindTest : public testing::TestWithParam<KindRow> {};
+
+TEST_P(DOMErrorKindTest, IsSeenFromTheElementItsParentAndTheDocument)
+{
+    const KindRow& row = GetParam();
+    DOM document;
+    DOMElement& parent = document.GetRoot().AddNewChild("p", nullptr);
+    DOMElement& sibling = document.GetRoot().AddNewChild("s", nullptr);
+    DOMElement& child = parent.AddNewChild("c", nullptr);
+    child.Error("m", Info(1), row.reported, row.cancel);
+    for (const DOMElement* element : {&child, &parent, &document.GetRoot()}) {
+        EXPECT_TRUE(element->HasErrors());
+        EXPECT_EQ(element->HasUnreportedErrors(), row.hasUnreported);
+        EXPECT_EQ(element->HasCancelErrors(), row.hasCancel);
+        EXPECT_EQ(element->HasOnlyCancelErrors(), row.hasOnlyCancel);
+    }
+    EXPECT_FALSE(sibling.HasUnreportedErrors());
+    EXPECT_FALSE(sibling.HasCancelErrors());
+    EXPECT_TRUE(sibling.HasOnlyCancelErrors());
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, DOMErrorKindTest,
+                         testing::Values(KindRow{"New", false, false, true, false, false}, KindRow{"Reported", true, false, false, false, false},
+                                         KindRow{"NewCancel", false, true, true, true, true}, KindRow{"ReportedCancel", true, true, false, true, true}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(DOMDiagnosticsTest, OneFaultAmongCancellationsCounts)
+{
+    DOM document;
+    document.GetRoot().Error("cancel", Info(1), true, true);
+    document.GetRoot().Error("fault", Info(1), true, false);
+    EXPECT_TRUE(document.HasCancelErrors());
+    EXPECT_FALSE(document.HasOnlyCancelErrors());
+    EXPECT_FALSE(document.HasUnreportedErrors());
+}
+
+TEST(DOMDiagnosticsTest, ConcatenatesInDocumentOrder)
+{
+    DOM document;
+    DOMElement& first = document.GetRoot().AddNewChild("a", nullptr);
+    DOMElement& second = first.AddNewChild("b", nullptr);
+    AddError(second, "b");
+    AddError(first, "a");
+    second.Warning("w", Info(1));
+    EXPECT_EQ(document.GetConcatenatedErrors(), VString("a\nb"));
+    EXPECT_EQ(document.GetConcatenatedWarnings(), VString("w"));
+}
+
+TEST(DOMDiagnosticsTest, MetadataComesInTheSameOrder)
+{
+    DOM document;
+    DOMElement& child = document.GetRoot().AddNewChild("a", nullptr);
+    child.Error("a", Info(2), false, false);
+    document.GetRoot().Error("root", Info(1), false, false);
+    child.Warning("w", Info(3));
+    EXPECT_EQ(document.GetMetadataForErrors(), (std::list<VError::ErrorInfo>{Info(1), Info(2)}));
+    EXPECT_EQ(document.GetMetadataForWarnings(), (std::list<VError::ErrorInfo>{Info(3)}));
+}
+
+TEST(DOMDiagnosticsTest, ClearingTakesEveryEntryOfItsKind)
+{
+    DOM document;
+    DOMElement& child = document.GetRoot().AddNewChild("a", nullptr);
+    const DOMElement outside(child);
+    AddError(child, "e");
+    AddError(outside, "o");
+    child.Warning("w", Info(1));
+    document.ClearErrors();
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 0u);
+    EXPECT_TRUE(document.HasWarnings());
+    document.ClearWarnings();
+    EXPECT_FALSE(document.HasWarnings());
+    EXPECT_FALSE(DOMTestAccess::HasRecords(document));
+}
+
+TEST(DOMDiagnosticsTest, ADyingChildErasesItsSubtreesRecordsOnly)
+{
+    DOM document;
+    DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
+    DOMElement& b = document.GetRoot().AddNewChild("b", nullptr);
+    AddError(a, "a");
+    AddError(a.AddNewChild("a1", nullptr), "a1");
+    AddError(b, "b");
+    document.GetRoot().RemoveChild(a).reset();
+    EXPECT_EQ(Strings(document.GetErrors()), (Texts{"b"}));
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 1u);
+}
+
+TEST(DOMDiagnosticsTest, ADyingCopyErasesItsOwnRecordsOnly)
+{
+    DOM document;
+    DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
+    AddError(a, "a");
+    { const DOMElement copy(a); }
+    { const DOMElement copy(document.GetRoot()); }
+    EXPECT_EQ(Strings(document.GetErrors()), (Texts{"a"}));
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 1u);
+}
+
+TEST(DOMDiagnosticsTest, TheDyingTopElementClearsEverything)
+{
+    DOM document;
+    DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
+    const DOMElement copy(a);
+    AddError(a, "a");
+    AddError(copy, "copy");
+    copy.Warning("w", Info(1));
+    DOMTestAccess::TakeRoot(document).reset();
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 0u);
+    EXPECT_EQ(DOMTestAccess::WarningEntries(document), 0u);
+}
+
+TEST(DOMDiagnosticsTest, RecordsMoveWithTheirElements)
+{
+    DOM from;
+    DOM to;
+    DOMElement& moved = from.GetRoot().AddNewChild("p", nullptr).AddNewChild("a", nullptr);
+    AddError(moved, "a");
+    AddError(moved.AddNewChild("a1", nullptr), "a1");
+    moved.Warning("w", Info(1));
+    AddError(*from.GetDocumentRoot(), "stays");
+    moved.Move(to.GetRoot(), nullptr);
+    EXPECT_EQ(Strings(to.GetErrors()), (Texts{"a", "a1"}));
+    EXPECT_EQ(Strings(to.GetWarnings()), (Texts{"w"}));
+    EXPECT_EQ(Strings(from.GetErrors()), (Texts{"stays"}));
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(from), 1u);
+}
+
+TEST(DOMDiagnosticsTest, AChildOfTheTopElementTakesItsRecordsAlong)
+{
+    DOM from;
+    DOM to;
+    from.GetRoot().AddNewChild("a", nullptr);
+    AddError(from.GetRoot(), "root");
+    from.GetRoot().Warning("w", Info(1));
+    to.GetRoot().AddNewChild("x", nullptr).AppendChild(from.GetRoot().RemoveChild("a"));
+    EXPECT_EQ(ErrorsOf(to.GetRoot()), (Texts{"root"}));
+    EXPECT_FALSE(to.GetDocumentRoot()->HasErrors());
+    EXPECT_EQ(Strings(to.GetWarnings()), (Texts{"w"}));
+    EXPECT_FALSE(DOMTestAccess::HasRecords(from));
+}
+
+TEST(DOMDiagnosticsTest, TheTopElementsRecordsAreDroppedWhereTheOtherHasSome)
+{
+    DOM from;
+    DOM to;
+    from.GetRoot().AddNewChild("a", nullptr);
+    AddError(from.GetRoot(), "from");
+    AddError(to.GetRoot(), "to");
+    to.GetRoot().AdoptChildren(from.GetRoot(), nullptr);
+    EXPECT_EQ(Strings(to.GetErrors()), (Texts{"to"}));
+    EXPECT_FALSE(from.HasErrors());
+}
+
+TEST(DOMDiagnosticsTest, RecordsStayBehindWhenAnElementLosesItsDocument)
+{
+    DOM document;
+    AddError(document.GetRoot().AddNewChild("a", nullptr), "a");
+    DOMElement free("f");
+    DOMElement& moved = free.AppendChild(document.GetRoot().RemoveChild("a"));
+    EXPECT_TRUE(document.HasErrors());
+    EXPECT_TRUE(document.GetErrors().empty());
+    moved.Move(document.GetRoot(), nullptr);
+    EXPECT_EQ(Strings(document.GetErrors()), (Texts{"a"}));
+}
+
+TEST(DOMDiagnosticsTest, RecordsLeftBehindGoWithTheElement)
+{
+    DOM document;
+    AddError(document.GetRoot().AddNewChild("a", nullptr).AddNewChild("b", nullptr), "b");
+    {
+        DOMElement free("f");
+        free.AppendChild(document.GetRoot().RemoveChild("a"));
+    }
+    EXPECT_FALSE(document.HasErrors());
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 0u);
+}
+
+TEST(DOMDiagnosticsTest, TheDocumentMayGoBeforeTheElementThatLeftRecords)
+{
+    DOMElement free("f");
+    {
+        DOM document;
+        AddError(document.GetRoot().AddNewChild("a", nullptr), "a");
+        free.AppendChild(document.GetRoot().RemoveChild("a"));
+    }
+    EXPECT_EQ(free.GetChild("a")->GetDOMManager(), nullptr);
+}
+
+TEST(DOMDiagnosticsTest, CopyKeepsWhatTheKeyHas)
+{
+    DOM from;
+    DOM to;
+    DOMElement& source = from.GetRoot().AddNewChild("s", nullptr);
+    DOMElement& target = to.GetRoot().AddNewChild("t", nullptr);
+    AddError(source, "source");
+    source.Warning("w", Info(1));
+    AddError(target, "target");
+    DOMTestAccess::Copy(to, source, &target);
+    EXPECT_EQ(ErrorsOf(target), (Texts{"target"}));
+    EXPECT_EQ(WarningsOf(target), (Texts{"w"}));
+    EXPECT_EQ(ErrorsOf(source), (Texts{"source"}));
+}
+
+TEST(DOMDiagnosticsTest, CopyWithoutATargetIsFiledUnderTheSource)
+{
+    DOM to;
+    {
+        DOM from;
+        DOMElement& source = from.GetRoot().AddNewChild("s", nullptr);
+        AddError(source, "source");
+        DOMTestAccess::Copy(to, source, nullptr);
+        EXPECT_TRUE(to.HasErrors());
+        std::list<VString> messages;
+        DOMTestAccess::Collect(to, source, messages);
+        EXPECT_EQ(Strings(messages), (Texts{"source"}));
+    }
+    EXPECT_FALSE(to.HasErrors());
+}
+
+TEST(DOMDiagnosticsTest, CopyFromAnElementWithoutDocumentDoesNothing)
+{
+    DOM document;
+    const DOMElement source("s");
+    DOMTestAccess::Copy(document, source, &document.GetRoot());
+    DOMTestAccess::Adopt(document, source, &document.GetRoot());
+    EXPECT_FALSE(document.HasErrors());
+}
+
+TEST(DOMDiagnosticsTest, AdoptDropsWhatTheKeyHasAlready)
+{
+    DOM from;
+    DOM to;
+    DOMElement& source = from.GetRoot().AddNewChild("s", nullptr);
+    DOMElement& target = to.GetRoot().AddNewChild("t", nullptr);
+    AddError(source, "source");
+    source.Warning("w", Info(1));
+    AddError(target, "target");
+    DOMTestAccess::Adopt(to, source, &target);
+    EXPECT_EQ(ErrorsOf(target), (Texts{"target"}));
+    EXPECT_EQ(WarningsOf(target), (Texts{"w"}));
+    EXPECT_FALSE(DOMTestAccess::HasRecords(from));
+}
+
+TEST(DOMDiagnosticsTest, AdoptWithinADocumentRefiles)
+{
+    DOM document;
+    DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
+    DOMElement& b = document.GetRoot().AddNewChild("b", nullptr);
+    AddError(a, "a");
+    DOMTestAccess::Adopt(document, a, &b);
+    EXPECT_FALSE(a.HasErrors());
+    EXPECT_EQ(ErrorsOf(b), (Texts{"a"}));
+    DOMTestAccess::Adopt(document, b, &b);
+    EXPECT_FALSE(document.HasErrors());
+}
+
+TEST(DOMDiagnosticsTest, MoveAllReplacesTheOthersRecords)
+{
+    DOM from;
+    DOM to;
+    AddError(from.GetRoot().AddNewChild("a", nullptr), "from");
+    from.GetRoot().Warning("w", Info(1));
+    AddError(to.GetRoot(), "to");
+    DOMTestAccess::MoveAll(from, to);
+    EXPECT_FALSE(DOMTestAccess::HasRecords(from));
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(to), 1u);
+    EXPECT_TRUE(to.HasErrors());
+    EXPECT_TRUE(to.HasWarnings());
+    EXPECT_TRUE(ErrorsOf(to.GetRoot()).empty());
+    from.GetRoot().RemoveChildren().clear();
+    EXPECT_FALSE(to.HasErrors());
+}
+
+TEST(DOMDiagnosticsTest, MoveAllToItselfClears)
+{
+    DOM document;
+    AddError(document.GetRoot(), "e");
+    document.GetRoot().Warning("w", Info(1));
+    DOMTestAccess::MoveAll(document, document);
+    EXPECT_FALSE(DOMTestAccess::HasRecords(document));
+}
+
+TEST(DOMDiagnosticsTest, MovedRecordsOutliveNeitherDocumentWrongly)
+{
+    auto from = std::make_unique<DOM>();
+    auto to = std::make_unique<DOM>();
+    AddError(from->GetRoot().AddNewChild("a", nullptr), "a");
+    DOMTestAccess::MoveAll(*from, *to);
+    to.reset();
+    from.reset();
+    from = std::make_unique<DOM>();
+    to = std::make_unique<DOM>();
+    AddError(from->GetRoot(), "a");
+    DOMTestAccess::MoveAll(*from, *to);
+    from.reset();
+    EXPECT_FALSE(to->HasErrors());
+}
+
+// Both directions at once: with the locks taken in one order nobody waits for ever.
+TEST(DOMDiagnosticsTest, TwoThreadsCopyBetweenTheSameDocuments)
+{
+    DOM a;
+    DOM b;
+    DOMElement& inA = a.GetRoot().AddNewChild("x", nullptr);
+    DOMElement& inB = b.GetRoot().AddNewChild("x", nullptr);
+    AddError(inA, "a");
+    AddError(inB, "b");
+    const auto copy = [](DOM& to, const DOMElement& source, const DOMElement& target) {
+        for (int i = 0; i < 2000; ++i)
+            DOMTestAccess::Copy(to, source, &target);
+    };
+    std::thread there([&] { copy(b, inA, b.GetRoot()); });
+    copy(a, inB, a.GetRoot());
+    there.join();
+    EXPECT_EQ(Strings(a.GetErrors()), (Texts{"b", "a"}));
+    EXPECT_EQ(Strings(b.GetErrors()), (Texts{"a", "b"}));
+}
+
+TEST(DOMDiagnosticsTest, ReadersAndReportersShareADocument)
+{
+    DOM document;
+    DOMElement& child = document.GetRoot().AddNewChild("a", nullptr);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t)
+        threads.emplace_back([&child] {
+            for (int i = 0; i < 1000; ++i) {
+                AddError(child, "e");
+                EXPECT_TRUE(child.HasErrors());
+                EXPECT_FALSE(child.HasCancelErrors());
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(document.GetErrors().size(), 3000u);
+}

@@ -1,0 +1,267 @@
+// Moving elements between parents and documents.
+#include "tests/tree/TreeTestSupport.h"
+
+using namespace treetest;
+using testsupport::ExpectLogicException;
+using testsupport::LogCapture;
+
+namespace {
+
+constexpr char File[] = "vancorexml\\main\\parser\\DOMElement";
+constexpr char MissingBefore[] = "DOMElement was asked to insert before a non-existent child.";
+
+void AddChildren(DOMElement& parent, const std::vector<const char*>& names)
+{
+    for (const char* name : names)
+        parent.AddNewChild(name, nullptr);
+}
+
+void ExpectRefusedAsOwnDescendant(const std::function<void()>& run)
+{
+    ExpectLogicException(run, File, 420, "An element cannot become its own descendant.", 0x7A41C0D3);
+}
+
+// The children that AdoptChildren stands for, moved one by one.
+void AdoptOneByOne(DOMElement& parent, DOMElement& other, const DOMElement* before)
+{
+    std::vector<std::unique_ptr<DOMElement>> children = other.RemoveChildren();
+    for (std::unique_ptr<DOMElement>& child : children)
+        parent.InsertChild(std::move(child), before);
+}
+
+const DOMElement* ChildAt(const DOMElement& parent, int position)
+{
+    return position < 0 ? nullptr : parent.GetChildren().at(static_cast<std::size_t>(position));
+}
+
+}  // namespace
+
+TEST(DOMElementMoveTest, MoveGoesBeforeTheChildOfTheNewParent)
+{
+    DOMElement top("t");
+    DOMElement& from = top.AddNewChild("from", nullptr);
+    DOMElement& to = top.AddNewChild("to", nullptr);
+    AddChildren(from, {"a", "b"});
+    AddChildren(to, {"x", "y"});
+    from.GetChild("a")->Move(to, to.GetChild("y"));
+    EXPECT_EQ(ChildNames(from), "b");
+    EXPECT_EQ(ChildNames(to), "x a y");
+    EXPECT_EQ(to.GetChild("a")->GetParent(), &to);
+}
+
+TEST(DOMElementMoveTest, MoveWithinOneParentReorders)
+{
+    DOMElement parent("p");
+    AddChildren(parent, {"a", "b", "c"});
+    parent.GetChild("c")->Move(parent, parent.GetChild("a"));
+    EXPECT_EQ(ChildNames(parent), "c a b");
+    parent.GetChild("c")->Move(parent, nullptr);
+    EXPECT_EQ(ChildNames(parent), "a b c");
+}
+
+TEST(DOMElementMoveTest, MoveWithoutAParentAsserts)
+{
+    DOMElement element("a");
+    DOMElement parent("p");
+    ExpectLogicException([&] { element.Move(parent, nullptr); }, File, 530, "m_parent", 0x5C0E21B7);
+}
+
+TEST(DOMElementMoveTest, MoveOfARemovedChildAsserts)
+{
+    DOMElement parent("p");
+    DOMElement other("o");
+    AddChildren(parent, {"a"});
+    const std::unique_ptr<DOMElement> removed = parent.RemoveChild("a");
+    ExpectLogicException([&] { removed->Move(other, nullptr); }, File, 556, "i != m_children.end()", 0x65F1A21B);
+}
+
+TEST(DOMElementMoveTest, MoveToFrontGoesFirst)
+{
+    LogCapture log;
+    DOMElement parent("p");
+    AddChildren(parent, {"a", "b", "c"});
+    parent.GetChild("c")->MoveToFront();
+    EXPECT_EQ(ChildNames(parent), "c a b");
+    EXPECT_TRUE(log.records.empty());
+}
+
+TEST(DOMElementMoveTest, MoveToFrontOfTheFirstGoesToTheEndAndIsLogged)
+{
+    LogCapture log;
+    DOMElement parent("p");
+    AddChildren(parent, {"a", "b", "c"});
+    parent.GetChild("a")->MoveToFront();
+    EXPECT_EQ(ChildNames(parent), "b c a");
+    ASSERT_EQ(log.records.size(), 1u);
+    EXPECT_EQ(log.records[0].message, VString(MissingBefore));
+    EXPECT_EQ(log.records[0].severity, VLog::Warn);
+}
+
+TEST(DOMElementMoveTest, MoveToFrontOfAnOnlyChildChangesNothing)
+{
+    LogCapture log;
+    DOMElement parent("p");
+    AddChildren(parent, {"a"});
+    parent.GetChild("a")->MoveToFront();
+    EXPECT_EQ(ChildNames(parent), "a");
+    EXPECT_TRUE(log.records.empty());
+}
+
+TEST(DOMElementMoveTest, MoveToFrontWithoutAParentAsserts)
+{
+    DOMElement element("a");
+    ExpectLogicException([&] { element.MoveToFront(); }, File, 546, "parent", 0xD66645D1);
+}
+
+TEST(DOMElementMoveTest, AdoptTakesTheChildFromItsParent)
+{
+    DOM from;
+    DOM to;
+    AddChildren(from.GetRoot(), {"a", "b"});
+    AddChildren(to.GetRoot(), {"x"});
+    DOMElement& child = *from.GetRoot().GetChild("a");
+    to.GetRoot().Adopt(child, to.GetRoot().GetChild("x"));
+    EXPECT_EQ(ChildNames(to.GetRoot()), "a x");
+    EXPECT_EQ(ChildNames(from.GetRoot()), "b");
+    EXPECT_EQ(child.GetParent(), &to.GetRoot());
+    EXPECT_EQ(child.GetDOMManager(), &to);
+}
+
+TEST(DOMElementMoveTest, AdoptOfItselfOrAnOwnChildChangesNothing)
+{
+    DOMElement top("t");
+    DOMElement& parent = top.AddNewChild("p", nullptr);
+    AddChildren(parent, {"a", "b"});
+    parent.Adopt(*parent.GetChild("b"), parent.GetChild("a"));
+    parent.Adopt(parent, nullptr);
+    EXPECT_EQ(ChildNames(parent), "a b");
+    EXPECT_EQ(ChildNames(top), "p");
+}
+
+TEST(DOMElementMoveTest, AdoptWithoutAParentAsserts)
+{
+    DOMElement parent("p");
+    DOMElement child("a");
+    ExpectLogicException([&] { parent.Adopt(child, nullptr); }, File, 492, "Cannot adopt a child without an existing parent.", 0x956B8EC3);
+    ExpectLogicException([&] { parent.Adopt(parent, nullptr); }, File, 492, "Cannot adopt a child without an existing parent.", 0x956B8EC3);
+}
+
+TEST(DOMElementMoveTest, AdoptChildrenKeepsTheirOrder)
+{
+    DOM from;
+    DOM to;
+    AddChildren(from.GetRoot(), {"a", "b", "c"});
+    AddChildren(to.GetRoot(), {"x", "y"});
+    to.GetRoot().AdoptChildren(from.GetRoot(), to.GetRoot().GetChild("y"));
+    EXPECT_EQ(ChildNames(to.GetRoot()), "x a b c y");
+    EXPECT_FALSE(from.GetRoot().HasChildren());
+    for (const DOMElement* child : to.GetRoot().GetChildren()) {
+        EXPECT_EQ(child->GetParent(), &to.GetRoot());
+        EXPECT_EQ(child->GetDOMManager(), &to);
+    }
+}
+
+TEST(DOMElementMoveTest, AdoptChildrenOfItselfChangesNothing)
+{
+    DOMElement parent("p");
+    AddChildren(parent, {"a", "b"});
+    parent.AdoptChildren(parent, nullptr);
+    EXPECT_EQ(ChildNames(parent), "a b");
+}
+
+// Against the same children inserted in turn, for every "before" that there can be: a child
+// of this parent, of the other, of none.
+TEST(DOMElementMoveTest, AdoptChildrenIsInsertionOneByOne)
+{
+    for (int before = -2; before < 6; ++before) {
+        std::string names[2];
+        std::size_t logged[2];
+        for (int way = 0; way < 2; ++way) {
+            LogCapture log;
+            DOMElement parent("p");
+            DOMElement other("o");
+            const DOMElement stranger("s");
+            AddChildren(parent, {"x", "y"});
+            AddChildren(other, {"a", "b", "c", "d"});
+            const DOMElement* const position = before == -2 ? &stranger : before < 2 ? ChildAt(parent, before) : ChildAt(other, before - 2);
+            if (way == 0)
+                parent.AdoptChildren(other, position);
+            else
+                AdoptOneByOne(parent, other, position);
+            names[way] = ChildNames(parent);
+            logged[way] = log.records.size();
+        }
+        EXPECT_EQ(names[0], names[1]) << before;
+        EXPECT_EQ(logged[0], logged[1]) << before;
+    }
+}
+
+TEST(DOMElementMoveTest, AdoptChildrenOfManyIsLinear)
+{
+    DOMElement parent("p");
+    DOMElement other("o");
+    const DOMElement* const last = &parent.AddNewChild("last", nullptr);
+    for (int i = 0; i < 200000; ++i)
+        other.AddNewChild("a", nullptr);
+    parent.AdoptChildren(other, last);
+    EXPECT_EQ(parent.GetChildren().size(), 200001u);
+    EXPECT_EQ(parent.GetChildren().back(), last);
+}
+
+TEST(DOMElementMoveTest, NoElementBecomesItsOwnDescendantByMoving)
+{
+    DOMElement top("t");
+    DOMElement& middle = top.AddNewChild("m", nullptr);
+    DOMElement& low = middle.AddNewChild("l", nullptr);
+    ExpectRefusedAsOwnDescendant([&] { middle.Move(low, nullptr); });
+    ExpectRefusedAsOwnDescendant([&] { middle.Move(middle, nullptr); });
+    ExpectRefusedAsOwnDescendant([&] { low.Move(low, nullptr); });
+    ExpectRefusedAsOwnDescendant([&] { low.Adopt(middle, nullptr); });
+    EXPECT_EQ(ChildNames(top), "m");
+    EXPECT_EQ(ChildNames(middle), "l");
+    EXPECT_EQ(middle.GetParent(), &top);
+}
+
+TEST(DOMElementMoveTest, NoElementBecomesItsOwnDescendantByInsertion)
+{
+    std::unique_ptr<DOMElement> top = NewElement("t");
+    DOMElement& low = top->AddNewChild("m", nullptr).AddNewChild("l", nullptr);
+    ExpectRefusedAsOwnDescendant([&] { low.InsertChild(std::move(top), nullptr); });
+    ASSERT_NE(top, nullptr);
+    EXPECT_EQ(ChildNames(*top), "m");
+    EXPECT_FALSE(low.HasChildren());
+    ExpectRefusedAsOwnDescendant([&] { top->InsertChild(std::move(top), nullptr); });
+    ASSERT_NE(top, nullptr);
+}
+
+TEST(DOMElementMoveTest, NoElementBecomesItsOwnDescendantByAdoptingItsSiblings)
+{
+    DOMElement top("t");
+    AddChildren(top, {"a", "b"});
+    DOMElement& low = top.GetChild("b")->AddNewChild("l", nullptr);
+    ExpectRefusedAsOwnDescendant([&] { low.AdoptChildren(top, nullptr); });
+    ExpectRefusedAsOwnDescendant([&] { top.GetChild("b")->AdoptChildren(top, nullptr); });
+    EXPECT_EQ(ChildNames(top), "a b");
+    EXPECT_FALSE(low.HasChildren());
+}
+
+// A removed child still names its old parent, so that parent is above it.
+TEST(DOMElementMoveTest, TheOldParentCannotGoIntoItsRemovedChild)
+{
+    DOMElement top("t");
+    DOMElement& parent = top.AddNewChild("p", nullptr);
+    AddChildren(parent, {"a"});
+    const std::unique_ptr<DOMElement> removed = parent.RemoveChild("a");
+    ExpectRefusedAsOwnDescendant([&] { parent.Move(*removed, nullptr); });
+    EXPECT_EQ(parent.GetParent(), &top);
+}
+
+TEST(DOMElementMoveTest, ARemovedChildAdoptsItsOldSiblings)
+{
+    DOMElement parent("p");
+    AddChildren(parent, {"a", "b", "c"});
+    const std::unique_ptr<DOMElement> removed = parent.RemoveChild("a");
+    removed->AdoptChildren(parent, nullptr);
+    EXPECT_EQ(ChildNames(*removed), "b c");
+    EXPECT_EQ(removed->GetParent(), &parent);
+}

@@ -1,0 +1,47 @@
+#include "vancorexml/main/parser/DOMException.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "tests/tree/TreeTestSupport.h"
+
+namespace {
+
+DOMException Example()
+{
+    return DOMException("missing", treetest::Info(5));
+}
+
+}  // namespace
+
+TEST(DOMExceptionTest, KeepsMessageAndIdentity)
+{
+    const DOMException exception = Example();
+    EXPECT_EQ(exception.GetMessage(), VString("missing"));
+    EXPECT_EQ(exception.GetErrorInfo(), treetest::Info(5));
+    EXPECT_STREQ(exception.what(), "missing");
+}
+
+TEST(DOMExceptionTest, CloneIsOfItsOwnType)
+{
+    const std::unique_ptr<VantoraException> clone(Example().Clone());
+    EXPECT_NE(dynamic_cast<DOMException*>(clone.get()), nullptr);
+    EXPECT_EQ(clone->GetMessage(), VString("missing"));
+    EXPECT_EQ(clone->GetErrorInfo(), treetest::Info(5));
+}
+
+TEST(DOMExceptionTest, ThrowKeepsTheTypeThroughTheBase)
+{
+    const DOMException exception = Example();
+    const VantoraException& base = exception;
+    EXPECT_THROW(base.Throw(), DOMException);
+}
+
+TEST(DOMExceptionTest, AssignmentTakesBoth)
+{
+    DOMException exception("other", treetest::Info(6));
+    exception = Example();
+    EXPECT_EQ(exception.GetMessage(), VString("missing"));
+    EXPECT_EQ(exception.GetErrorInfo().GetCode(), 5u);
+}

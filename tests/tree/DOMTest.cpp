@@ -1,0 +1,185 @@
+#include "vancorexml/main/parser/DOM.h"
+
+#include <type_traits>
+
+#include "tests/tree/TreeTestSupport.h"
+
+using namespace treetest;
+using testsupport::ExpectLogicException;
+
+static_assert(std::is_polymorphic_v<DOM>);
+static_assert(!std::is_copy_constructible_v<DOM> && !std::is_move_constructible_v<DOM>);
+
+namespace {
+
+DOMElement& AddChain(DOMElement& top, int levels)
+{
+    DOMElement* low = &top;
+    for (int i = 0; i < levels; ++i)
+        low = &low->AddNewChild("level", nullptr);
+    return *low;
+}
+
+}  // namespace
+
+TEST(DOMTest, StartsWithTheTopElementOnly)
+{
+    DOM document;
+    EXPECT_EQ(document.GetRoot().GetName(), VString("Document"));
+    EXPECT_FALSE(document.GetRoot().HasChildren());
+    EXPECT_TRUE(document.GetRoot().IsRootNode());
+    EXPECT_EQ(document.GetRoot().GetDOMManager(), &document);
+    EXPECT_EQ(document.GetDocumentRoot(), nullptr);
+    EXPECT_EQ(std::as_const(document).GetDocumentRoot(), nullptr);
+    EXPECT_EQ(document.GetElement("Document"), &document.GetRoot());
+    EXPECT_EQ(std::as_const(document).GetElement("Document"), &document.GetRoot());
+}
+
+TEST(DOMTest, DocumentRootIsTheFirstChild)
+{
+    DOM document;
+    DOMElement& first = document.GetRoot().AddNewChild("a", nullptr);
+    document.GetRoot().AddNewChild("b", nullptr);
+    EXPECT_EQ(document.GetDocumentRoot(), &first);
+    EXPECT_EQ(std::as_const(document).GetDocumentRoot(), &first);
+}
+
+TEST(DOMTest, GetElementLooksAThousandLevelsDown)
+{
+    DOM document;
+    DOMElement& last = AddChain(document.GetRoot(), 999).AddNewChild("here", nullptr);
+    last.AddNewChild("below", nullptr);
+    EXPECT_EQ(document.GetElement("here"), &last);
+    EXPECT_EQ(document.GetElement("below"), nullptr);
+    EXPECT_EQ(std::as_const(document).GetElement("below"), nullptr);
+}
+
+TEST(DOMTest, SettingsAreStored)
+{
+    DOM document(true);
+    EXPECT_TRUE(document.GetRestrictExternalPaths());
+    EXPECT_FALSE(DOM().GetRestrictExternalPaths());
+    EXPECT_EQ(document.GetDSValidationCancelType(), 0);
+    document.SetDSValidationCancelType(-3);
+    EXPECT_EQ(document.GetDSValidationCancelType(), -3);
+    EXPECT_EQ(document.GetProtectedDataSourceName(), VString());
+    document.SetProtectedDataSourceName("ds");
+    EXPECT_EQ(document.GetProtectedDataSourceName(), VString("ds"));
+}
+
+TEST(DOMTest, ComparesTheTreesAlone)
+{
+    DOM a;
+    DOM b(true);
+    a.GetRoot().AddNewChild("x", nullptr).SetAttributes(AttributeMap{{"m", "1"}, {"n", "2"}});
+    b.GetRoot().AddNewChild("x", nullptr).SetAttributes(AttributeMap{{"n", "2"}, {"m", "1"}});
+    b.AddCaptionRename("old", "new");
+    b.SetProtectedDataSourceName("ds");
+    b.GetRoot().Warning("careful", Info(1));
+    EXPECT_TRUE(a == b);
+    EXPECT_FALSE(a != b);
+    b.GetRoot().AddNewChild("y", nullptr);
+    EXPECT_TRUE(a != b);
+}
+
+TEST(DOMTest, DeepCopyTakesTheTree)
+{
+    DOM source;
+    DOM copy;
+    AddChain(source.GetRoot(), 3).SetText("text");
+    copy.GetRoot().AddNewChild("old", nullptr);
+    DOMElement* const root = &copy.GetRoot();
+    copy.DeepCopy(source);
+    EXPECT_EQ(copy, source);
+    EXPECT_EQ(&copy.GetRoot(), root);
+    for (const DOMElement* i = copy.GetDocumentRoot(); i; i = i->HasChildren() ? i->GetChildren().front() : nullptr)
+        EXPECT_EQ(i->GetDOMManager(), &copy);
+    copy.GetDocumentRoot()->SetText("changed");
+    EXPECT_EQ(source.GetDocumentRoot()->GetText(), VString());
+}
+
+TEST(DOMTest, DeepCopyTakesTheDiagnosticsInsteadOfItsOwn)
+{
+    DOM source;
+    DOM copy;
+    DOMElement& low = AddChain(source.GetRoot(), 2);
+    AddError(source.GetRoot(), "root");
+    AddError(low, "low");
+    low.Warning("careful", Info(2));
+    AddError(copy.GetRoot(), "own");
+    copy.GetRoot().Warning("own", Info(2));
+    copy.DeepCopy(source);
+    EXPECT_EQ(Strings(copy.GetErrors()), (Texts{"root", "low"}));
+    EXPECT_EQ(Strings(copy.GetWarnings()), (Texts{"careful"}));
+    EXPECT_TRUE(copy.GetDocumentRoot()->GetChildren().front()->HasErrors());
+    EXPECT_EQ(Strings(source.GetErrors()), (Texts{"root", "low"}));
+}
+
+TEST(DOMTest, DeepCopyTakesRenamesAndSettings)
+{
+    DOM source(true);
+    source.AddCaptionRename("c", "c2");
+    source.AddDataSourceRename("d", "d2");
+    source.AddDataConnectionRename("e", "e2");
+    source.AddMapSourceRename("m", "m2");
+    source.SetProtectedDataSourceName("ds");
+    source.SetDSValidationCancelType(5);
+    DOM copy;
+    copy.AddCaptionRename("own", "own2");
+    copy.DeepCopy(source);
+    EXPECT_EQ(copy.GetCaptionRenameIfItExists("c"), VString("c2"));
+    EXPECT_EQ(copy.GetCaptionRenameIfItExists("own"), VString("own"));
+    EXPECT_EQ(copy.RenameDataSource("d"), VString("d2"));
+    EXPECT_EQ(copy.RenameDataConnection("e"), VString("e2"));
+    EXPECT_EQ(copy.RenameMapSource("m"), VString("m2"));
+    EXPECT_EQ(copy.GetProtectedDataSourceName(), VString("ds"));
+    EXPECT_EQ(copy.GetDSValidationCancelType(), 5);
+    EXPECT_TRUE(copy.GetRestrictExternalPaths());
+}
+
+TEST(DOMTest, DeepCopyTakesFieldAndPathRenames)
+{
+    DOM source;
+    const FieldName from = FieldName::ParseGlobal("[d].[a]");
+    const FieldName to = FieldName::ParseGlobal("[d].[b]");
+    source.AddFieldRename(from, to);
+    PathRenames paths;
+    source.SetPathRenames(paths);
+    DOM copy;
+    copy.DeepCopy(source);
+    EXPECT_EQ(copy.RenameField(from), to);
+}
+
+TEST(DOMTest, DeepCopyOfItselfKeepsTheTreeAndClearsDiagnostics)
+{
+    DOM document;
+    const DOMElement* const low = &AddChain(document.GetRoot(), 2);
+    AddError(*low, "error");
+    document.AddCaptionRename("c", "c2");
+    document.DeepCopy(document);
+    EXPECT_EQ(document.GetDocumentRoot()->GetChildren().front(), low);
+    EXPECT_FALSE(document.HasErrors());
+    EXPECT_EQ(document.GetCaptionRenameIfItExists("c"), VString("c2"));
+}
+
+TEST(DOMTest, DeepCopyAssertsTwoTopElements)
+{
+    DOM a;
+    DOM b;
+    std::unique_ptr<DOMElement> root = DOMTestAccess::TakeRoot(a);
+    ExpectLogicException([&] { a.DeepCopy(b); }, "vancorexml\\main\\parser\\DOM", 38, "m_root", 0xE9B29E95);
+    ExpectLogicException([&] { b.DeepCopy(a); }, "vancorexml\\main\\parser\\DOM", 39, "dom.m_root", 0x41ACEBB0);
+    DOMTestAccess::GiveRoot(a, std::move(root));
+    a.DeepCopy(b);
+    EXPECT_EQ(a, b);
+}
+
+TEST(DOMTest, DiesWithDiagnosticsEverywhere)
+{
+    auto document = std::make_unique<DOM>();
+    AddError(document->GetRoot(), "root");
+    for (int i = 0; i < 100; ++i)
+        AddError(AddChain(document->GetRoot(), 5), "low");
+    EXPECT_TRUE(document->HasErrors());
+    document.reset();
+}

@@ -1,0 +1,264 @@
+// The index behind the tests for diagnostics, against the plain form of the tests: gather
+// the elements with such a record and climb from each.
+#include "vancorexml/main/parser/DiagnosticsIndex.h"
+
+#include <algorithm>
+#include <array>
+#include <random>
+
+#include "tests/tree/TreeTestSupport.h"
+
+using namespace treetest;
+
+namespace {
+
+template <typename Map, typename Counts>
+bool Plain(const Map& map, const DOMElement& element, Counts counts)
+{
+    bool any = false;
+    for (const auto& [key, records] : map) {
+        bool gathered = false;
+        records.ForEach([&](const auto& record) { gathered = gathered || counts(record); });
+        any = any || (gathered && (element.IsRootNode() || key == &element || key->IsChildOf(element)));
+    }
+    return any;
+}
+
+void ExpectAsPlain(const DOM& document, const DOMElement& element)
+{
+    const auto& errors = DOMTestAccess::Errors(document);
+    ASSERT_EQ(element.HasErrors(), Plain(errors, element, [](const ErrorRecord&) { return true; }));
+    ASSERT_EQ(element.HasUnreportedErrors(), Plain(errors, element, [](const ErrorRecord& r) { return !r.reported; }));
+    ASSERT_EQ(element.HasCancelErrors(), Plain(errors, element, [](const ErrorRecord& r) { return r.cancel; }));
+    ASSERT_EQ(element.HasOnlyCancelErrors(), !Plain(errors, element, [](const ErrorRecord& r) { return !r.cancel; }));
+    ASSERT_EQ(element.HasWarnings(), Plain(DOMTestAccess::Warnings(document), element, [](const WarningRecord&) { return true; }));
+}
+
+// Two documents, a tree without one, elements outside of any; random changes.
+class World {
+public:
+    explicit World(unsigned seed) : m_random(seed) {}
+
+    void Step()
+    {
+        DOMElement& element = Any();
+        switch (Below(12)) {
+        case 0:
+        case 1:
+        case 2:
+            element.AddNewChild("e", nullptr);
+            break;
+        case 3:
+        case 4:
+            if (element.GetDOMManager())
+                element.Error("m", Info(1), Below(2) != 0, Below(2) != 0);
+            break;
+        case 5:
+            if (element.GetDOMManager())
+                element.Warning("m", Info(1));
+            break;
+        case 6:
+            TakeOut(element);
+            break;
+        case 7:
+            PutIn(element);
+            break;
+        case 8:
+            Move(element, Any());
+            break;
+        case 9:
+            if (!m_outside.empty() && Below(3) == 0)
+                m_outside.erase(m_outside.begin() + static_cast<std::ptrdiff_t>(Below(m_outside.size())));
+            break;
+        case 10:
+            Clear(element);
+            break;
+        default:
+            Copy(element);
+        }
+    }
+
+    void Check()
+    {
+        for (DOMElement* element : All())
+            if (element->GetDOMManager())
+                ExpectAsPlain(*element->GetDOMManager(), *element);
+    }
+
+private:
+    std::size_t Below(std::size_t limit) { return m_random() % limit; }
+
+    std::vector<DOMElement*> All()
+    {
+        std::vector<DOMElement*> all{&m_documents[0].GetRoot(), &m_documents[1].GetRoot(), &m_free};
+        for (const auto& element : m_outside)
+            all.push_back(element.get());
+        for (std::size_t i = 0; i < all.size(); ++i)
+            for (DOMElement* child : all[i]->GetChildren())
+                all.push_back(child);
+        return all;
+    }
+
+    DOMElement& Any()
+    {
+        const std::vector<DOMElement*> all = All();
+        return *all[Below(all.size())];
+    }
+
+    bool IsHeld(DOMElement& element)
+    {
+        const DOMElement* const parent = element.GetParent();
+        return parent && std::any_of(parent->GetChildren().begin(), parent->GetChildren().end(), [&](const DOMElement* i) { return i == &element; });
+    }
+
+    void TakeOut(DOMElement& element)
+    {
+        if (IsHeld(element))
+            m_outside.push_back(element.GetParent()->RemoveChild(element));
+    }
+
+    void PutIn(DOMElement& parent)
+    {
+        if (m_outside.empty())
+            return;
+        const std::size_t which = Below(m_outside.size());
+        try {
+            parent.AppendChild(std::move(m_outside[which]));
+            m_outside.erase(m_outside.begin() + static_cast<std::ptrdiff_t>(which));
+        } catch (const LogicException&) {
+            ASSERT_NE(m_outside[which], nullptr);
+        }
+    }
+
+    void Move(DOMElement& element, DOMElement& parent)
+    {
+        if (!IsHeld(element))
+            return;
+        if (&element == &parent || parent.IsChildOf(element)) {
+            EXPECT_THROW(element.Move(parent, nullptr), LogicException);
+        } else {
+            element.Move(parent, nullptr);
+        }
+    }
+
+    void Clear(DOMElement& element)
+    {
+        if (!element.GetDOMManager() || Below(4) != 0)
+            return;
+        switch (Below(4)) {
+        case 0:
+            element.ClearErrors();
+            break;
+        case 1:
+            element.ClearWarnings();
+            break;
+        case 2:
+            DOMTestAccess::Adopt(m_documents[Below(2)], element, nullptr);
+            break;
+        default:
+            if (Below(4) == 0)
+                DOMTestAccess::MoveAll(m_documents[0], m_documents[1]);
+        }
+    }
+
+    void Copy(DOMElement& element)
+    {
+        if (All().size() < 60)
+            m_outside.push_back(std::make_unique<DOMElement>(element));
+        else
+            element = *std::make_unique<DOMElement>("e");
+    }
+
+    std::mt19937 m_random;
+    std::array<DOM, 2> m_documents;
+    DOMElement m_free{"free"};
+    std::vector<std::unique_ptr<DOMElement>> m_outside;
+};
+
+}  // namespace
+
+TEST(DiagnosticsIndexTest, AgreesWithClimbingOnRandomTrees)
+{
+    for (unsigned seed = 0; seed < 150 && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        World world(seed);
+        for (int step = 0; step < 200 && !testing::Test::HasFailure(); ++step) {
+            world.Step();
+            world.Check();
+        }
+    }
+}
+
+// Checks seldom, so that most changes meet an index that others have changed before.
+TEST(DiagnosticsIndexTest, AgreesWithClimbingAfterManyChanges)
+{
+    for (unsigned seed = 1000; seed < 1200 && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        World world(seed);
+        for (int step = 0; step < 300; ++step) {
+            world.Step();
+            if (step % 10 == 9)
+                world.Check();
+        }
+    }
+}
+
+TEST(DiagnosticsIndexTest, ARemovedChildCountsForItsOldParent)
+{
+    DOM document;
+    DOMElement& parent = document.GetRoot().AddNewChild("p", nullptr);
+    AddError(parent.AddNewChild("a", nullptr), "a");
+    EXPECT_TRUE(parent.HasErrors());
+    std::unique_ptr<DOMElement> removed = parent.RemoveChild("a");
+    EXPECT_TRUE(parent.HasErrors());
+    EXPECT_TRUE(ErrorsOf(parent).empty());
+    removed.reset();
+    EXPECT_FALSE(parent.HasErrors());
+}
+
+TEST(DiagnosticsIndexTest, AMoveTakesTheRecordsToTheNewAncestors)
+{
+    DOM document;
+    DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
+    DOMElement& b = document.GetRoot().AddNewChild("b", nullptr);
+    DOMElement& child = a.AddNewChild("c", nullptr);
+    AddError(child, "c");
+    EXPECT_TRUE(a.HasErrors());
+    EXPECT_FALSE(b.HasErrors());
+    child.Move(b, nullptr);
+    EXPECT_FALSE(a.HasErrors());
+    EXPECT_TRUE(b.HasErrors());
+}
+
+// Errors times depth would be 10 thousand million steps.
+TEST(DiagnosticsIndexTest, AsksEveryElementOfADeepTreeFullOfErrors)
+{
+    constexpr int Levels = 100000;
+    DOM document;
+    std::vector<DOMElement*> chain;
+    DOMElement* low = &document.GetRoot();
+    for (int i = 0; i < Levels; ++i) {
+        low = &low->AddNewChild("level", nullptr);
+        chain.push_back(low);
+        AddError(low->AddNewChild("leaf", nullptr), "e");
+    }
+    std::size_t withErrors = 0;
+    for (const DOMElement* element : chain)
+        withErrors += element->HasErrors() && !element->HasCancelErrors() && !element->HasWarnings();
+    EXPECT_EQ(withErrors, chain.size());
+}
+
+TEST(DiagnosticsIndexTest, RecordsMayBeAddedBetweenQuestions)
+{
+    constexpr int Levels = 100000;
+    DOM document;
+    DOMElement* low = &document.GetRoot().AddNewChild("top", nullptr);
+    const DOMElement& top = *low;
+    for (int i = 0; i < Levels; ++i) {
+        low = &low->AddNewChild("level", nullptr);
+        AddError(*low, "e");
+        ASSERT_TRUE(low->HasErrors());
+    }
+    EXPECT_TRUE(top.HasErrors());
+    EXPECT_FALSE(top.HasWarnings());
+}

@@ -1,0 +1,80 @@
+// What the tree's tests share: a way to the document's private operations, short spellings.
+#pragma once
+
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/common/TestSupport.h"
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMElement.h"
+
+class DOMTestAccess {
+public:
+    static void Copy(DOM& document, const DOMElement& source, const DOMElement* target) { document.CopyErrorsAndWarningsForNode(source, target); }
+    static void Adopt(DOM& document, const DOMElement& node, const DOMElement* target) { document.AdoptErrorsAndWarningsForNode(node, target); }
+    static void MoveAll(DOM& document, DOM& other) { document.MoveErrorsAndWarningsTo(other); }
+    static void Push(DOM& document, const DOMElement& element, const VString& message) { document.PushError(element, message, VError::ErrorInfo(), false, false); }
+    static void Collect(const DOM& document, const DOMElement& element, std::list<VString>& messages) { document.GetErrors(element, messages); }
+    static std::unique_ptr<DOMElement> TakeRoot(DOM& document) { return std::move(document.m_root); }
+    static void GiveRoot(DOM& document, std::unique_ptr<DOMElement> root) { document.m_root = std::move(root); }
+    static std::size_t ErrorEntries(const DOM& document) { return document.m_errors.size(); }
+    static std::size_t WarningEntries(const DOM& document) { return document.m_warnings.size(); }
+    static bool HasRecords(const DOM& document) { return document.HasRecords(); }
+    static const auto& Errors(const DOM& document) { return document.m_errors; }
+    static const auto& Warnings(const DOM& document) { return document.m_warnings; }
+    static void AddFieldRename(DOM& document, const FieldName& from, const FieldName& to) { document.m_fieldRenames[from] = to; }
+};
+
+namespace treetest {
+
+inline VError::ErrorInfo Info(std::uint32_t code)
+{
+    return VError::ErrorInfo(VantoraError::MakeError(code, "Test_Error"));
+}
+
+inline void AddError(const DOMElement& element, const VString& message)
+{
+    element.Error(message, Info(1), false, false);
+}
+
+inline std::unique_ptr<DOMElement> NewElement(const VString& name)
+{
+    return std::make_unique<DOMElement>(name);
+}
+
+// The names of the children, a blank between two.
+inline std::string ChildNames(const DOMElement& element)
+{
+    std::string names;
+    for (const DOMElement* child : element.GetChildren())
+        names += (names.empty() ? "" : " ") + child->GetName().toStdString();
+    return names;
+}
+
+inline std::vector<std::string> Strings(const std::list<VString>& messages)
+{
+    std::vector<std::string> strings;
+    for (const VString& message : messages)
+        strings.push_back(message.toStdString());
+    return strings;
+}
+
+inline std::vector<std::string> ErrorsOf(const DOMElement& element)
+{
+    std::list<VString> messages;
+    element.GetErrors(messages);
+    return Strings(messages);
+}
+
+inline std::vector<std::string> WarningsOf(const DOMElement& element)
+{
+    std::list<VString> messages;
+    element.GetWarnings(messages);
+    return Strings(messages);
+}
+
+using Texts = std::vector<std::string>;
+
+}  // namespace treetest
