@@ -1,1 +1,45 @@
 # Installing, so that a user finds the library with find_package(vancorexml) or pkg-config.
+include(CMakePackageConfigHelpers)
+
+get_property(modules GLOBAL PROPERTY VANCOREXML_MODULES)
+install(TARGETS ${modules} EXPORT vancorexml
+    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+
+# What only the library's own sources include.
+set(private_headers
+    DetachedElements.h
+    DOMBuilder.h
+    EntityExpansionGuard.h
+    SharedTexts.h
+    TwoWriteLocks.h
+    XercesPlatform.h
+    XercesXMLHandler.h
+    XercesXMLParserImpl.h)
+list(TRANSFORM private_headers REPLACE "(.+)\\.h" "/\\1\\\\.h$" OUTPUT_VARIABLE private_patterns)
+list(JOIN private_patterns "|" private_pattern)
+
+# Headers keep their place below the include root.
+foreach(folder vancoreplatform vansys vancoredata art-cpp metrics2 vancorexml/main vancorexml/van-codegen)
+    file(GLOB_RECURSE headers RELATIVE "${PROJECT_SOURCE_DIR}" CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.h")
+    foreach(header ${headers})
+        if(header MATCHES "${private_pattern}" OR header STREQUAL "vansys/SipHash.h")
+            continue()
+        endif()
+        get_filename_component(place "${header}" DIRECTORY)
+        install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${place}")
+        set_property(GLOBAL APPEND PROPERTY VANCOREXML_PUBLIC_HEADERS "${header}")
+    endforeach()
+endforeach()
+
+set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/vancorexml")
+install(EXPORT vancorexml NAMESPACE vancorexml:: FILE vancorexml-targets.cmake DESTINATION "${package_folder}")
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/vancorexml-config.cmake.in" "${PROJECT_BINARY_DIR}/vancorexml-config.cmake"
+    INSTALL_DESTINATION "${package_folder}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/vancorexml-config.cmake" "${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" DESTINATION "${package_folder}")
+
+configure_file("${PROJECT_SOURCE_DIR}/cmake/vancorexml.pc.in" "${PROJECT_BINARY_DIR}/vancorexml.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/vancorexml.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
