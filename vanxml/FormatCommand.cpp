@@ -13,7 +13,7 @@ void FormatCommand::AddTo(CLI::App& application)
 {
     CLI::App* command = application.add_subcommand("format", "Write a document, indented and escaped as the library does it");
     command->add_option("FILE", m_file, "The document; - is standard input")->required();
-    CLI::Option* output = command->add_option("-o,--output", m_output, "Write to this file instead of standard output");
+    CLI::Option* output = command->add_option("-o,--output", m_output, "Write to this file; - is standard output");
     command->add_flag("--in-place", m_inPlace, "Replace the file")->excludes(output);
     command->add_flag("--no-header", m_noHeader, "Leave out the XML declaration");
     command->add_flag("--strict", m_strict, "Escape all text as attribute values are, without CDATA sections");
@@ -39,8 +39,8 @@ ExitStatus FormatCommand::Run()
     }
     const std::string bytes = Render(*document).toStdString();
     if (m_inPlace) WriteOutputFile(source.Name(), bytes);
-    else if (!m_output.empty()) WriteOutputFile(VString::fromStdString(m_output), bytes);
-    else StandardStreams::Write(bytes);
+    else if (m_output == "-") StandardStreams::Write(bytes);
+    else WriteOutputFile(VString::fromStdString(m_output), bytes);
     return ExitStatus::Good;
 }
 

@@ -72,6 +72,19 @@ TEST(FormatCommandTest, DocumentWithErrorsIsNotWritten)
     EXPECT_EQ(TemporaryFolder::Read(output), "old");
 }
 
+TEST(FormatCommandTest, OutputToADashIsStandardOutput)
+{
+    EXPECT_EQ(RunTool({"format", "-", "-o", "-"}, "<a/>").output, Header() + "<a />\n");
+}
+
+TEST(FormatCommandTest, OutputWithAnEmptyNameFails)
+{
+    const ToolResult result = RunTool({"format", "-", "-o", ""}, "<a/>");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write \"\""));
+}
+
 TEST(FormatCommandTest, OutputIntoAMissingFolderFails)
 {
     const TemporaryFolder folder;
