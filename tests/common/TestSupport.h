@@ -18,6 +18,12 @@
 #include "vansys/LogicException.h"
 #include "vansys/VantoraException.h"
 
+// A failure shows strings as text, not as lists of code units.
+inline void PrintTo(const VString& text, std::ostream* out)
+{
+    *out << '"' << text << '"';
+}
+
 namespace testsupport {
 
 // `run` raises the logic assertion with this file, line, expression text and code, and the

@@ -20,10 +20,6 @@ using xercesc::XMLUni;
 
 namespace {
 
-// The schemas of what any document may carry.
-constexpr std::uint32_t XmlSchemaId = 0x8B50C6EA;
-constexpr std::uint32_t UserSchemaId = 0x63CABD5B;
-
 [[noreturn]] void FailAssertion(int line, const char* expression, std::uint32_t code)
 {
     ThrowLogicException("vancorexml\\main\\parser\\XercesXMLParser", line, expression, MakeLogicError(code));
@@ -101,8 +97,9 @@ void XercesXMLParserImpl::PrepareParserState()
     const Step step("XercesXMLParser_PrepareParserState");
     m_reader->resetCachedGrammarPool();
     if (m_hasNoSchema == 0) {
-        LoadXSDResource(LookupResource(static_cast<QtVanResourceId>(XmlSchemaId)));
-        LoadXSDResource(LookupResource(static_cast<QtVanResourceId>(UserSchemaId)));
+        // What any document may carry.
+        LoadXSDResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
+        LoadXSDResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
     }
     SetValidation(m_hasNoSchema == 0);
 }

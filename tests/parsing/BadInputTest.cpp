@@ -1,0 +1,269 @@
+// What a document must not be able to do: crash, hang, read other files, or pass for sound.
+
+#include "tests/parsing/ParsingTestSupport.h"
+#include "vancoreplatform/VIOException.h"
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/FileInputSource.h"
+
+namespace {
+
+using testsupport::ParseBytes;
+using testsupport::ParseResult;
+using Events = std::vector<std::string>;
+
+struct FaultRow {
+    const char* name;
+    std::string bytes;
+    const char* message;   // how the last error begins
+};
+
+const FaultRow FaultRows[] = {
+    {"empty", "", "Fatal Error(1,1): invalid document structure (id: "},
+    {"white space only", " \n ", "Fatal Error(2,2): invalid document structure (id: "},
+    {"no element", "<!-- c -->", "Fatal Error(1,11): "},
+    {"no XML", "hello", "Fatal Error(1,1): "},
+    {"truncated in content", "<a><b>text", "Fatal Error(1,11): input ended before all started tags were ended"},
+    {"truncated in a tag", "<a><b c='1", "Fatal Error(1,11): "},
+    {"truncated in a comment", "<a><!-- c", "Fatal Error("},
+    {"truncated in CDATA", "<a><![CDATA[x", "Fatal Error("},
+    {"truncated in the DTD", "<!DOCTYPE a [<!ELEMENT", "Fatal Error("},
+    {"NUL in text", std::string("<a>\0</a>", 8), "Fatal Error("},
+    {"NUL in a tag", std::string("<a\0/>", 5), "Fatal Error("},
+    {"control character", "<a>\x01</a>", "Fatal Error(1,5): invalid character 0x1"},
+    {"two roots", "<a/><b/>", "Fatal Error(1,5): "},
+    {"crossed tags", "<a><b></a></b>", "Fatal Error(1,9): expected end of tag 'b'"},
+    {"attribute twice", "<a b='1' b='2'/>", "Fatal Error(1,12): attribute 'b' is already specified"},
+    {"undefined entity", "<a>&e;</a>", "Fatal Error(1,7): entity 'e' not found"},
+    {"unknown encoding", "<?xml version='1.0' encoding='klingon'?><a/>", "Fatal Error("},
+    {"unknown version", "<?xml version='7.0'?><a/>", "Fatal Error("},
+};
+
+TEST(BadInputTest, AFaultyDocumentIsAnError)
+{
+    for (const FaultRow& row : FaultRows) {
+        SCOPED_TRACE(row.name);
+        const ParseResult result = ParseBytes(row.bytes, "f.xml");
+        ASSERT_FALSE(result.errors.empty());
+        EXPECT_TRUE(result.errors.back().startsWith(row.message)) << result.errors.back();
+        EXPECT_TRUE(result.errors.back().endsWith("(id: f.xml)")) << result.errors.back();
+    }
+}
+
+TEST(BadInputTest, BytesCutInsideACharacterAreAnError)
+{
+    for (const char* bytes : {"<a>\xC3", "<a>\xC3</a>", "<a>\xE2\x82", "<a>\xF0\x9F\x98</a>", "<a b='\xC3'/>", "<\xC3"}) {
+        SCOPED_TRACE(bytes);
+        const ParseResult result = ParseBytes(bytes);
+        EXPECT_FALSE(result.errors.empty());
+    }
+}
+
+TEST(BadInputTest, EveryCutOfADocumentIsAnError)
+{
+    const std::string text = "<?xml version='1.0'?><!DOCTYPE a [<!ENTITY e 'x'>]><a b='1'>&e;\xC3\xA4<![CDATA[y]]><!-- c --><?p i?></a>";
+    for (std::size_t length = 0; length < text.size(); ++length) {
+        SCOPED_TRACE(length);
+        EXPECT_FALSE(ParseBytes(text.substr(0, length)).errors.empty());
+    }
+    EXPECT_TRUE(ParseBytes(text).errors.empty());
+}
+
+TEST(BadInputTest, ExternalEntitiesAreRefused)
+{
+    const char* const declarations[] = {
+        "<!ENTITY x SYSTEM 'file:///etc/passwd'>",
+        "<!ENTITY x PUBLIC '-//P//' 'http://host/p'>",
+        "<!ENTITY % x SYSTEM 'file:///etc/passwd'> %x;",
+    };
+    for (const char* declaration : declarations) {
+        SCOPED_TRACE(declaration);
+        const ParseResult result = ParseBytes(std::string("<!DOCTYPE a [\n") + declaration + "]><a>&x;</a>");
+        ASSERT_EQ(result.errors.size(), 2u);
+        EXPECT_EQ(result.errors[0], result.errors[1]);
+        EXPECT_TRUE(result.fatal);
+        EXPECT_EQ(result.events, Events{});
+    }
+}
+
+TEST(BadInputTest, TheRefusalNamesPositionAndEntity)
+{
+    const ParseResult result = ParseBytes("<!DOCTYPE a [\n<!ENTITY x SYSTEM 'y'>]><a/>");
+    ASSERT_EQ(result.errors.size(), 2u);
+    EXPECT_EQ(result.errors[0], VString("XML External <!ENTITY> definitions are not allowed.(2,23) 'x'"));
+}
+
+TEST(BadInputTest, TheExternalDtdSubsetIsPassedOver)
+{
+    const testsupport::TemporaryFolder folder;
+    const std::string dtd = folder.Write("a.dtd", "<!ATTLIST a b CDATA 'loaded'>").toStdString();
+    const ParseResult result = ParseBytes("<!DOCTYPE a SYSTEM '" + dtd + "'><a/>");
+    EXPECT_EQ(result.errors, std::vector<VString>{});
+    EXPECT_EQ(result.events, (Events{"<a>", "</>"}));
+}
+
+const VString ExpansionLimit = "parser has encountered more than '50000' entity expansions in the document; this is the limit imposed by the application (id: id)";
+
+TEST(BadInputTest, GeneralEntityBombEnds)
+{
+    const ParseResult result = ParseBytes(testsupport::GeneralEntityBomb(9, 10));
+    ASSERT_EQ(result.errors.size(), 1u);
+    EXPECT_EQ(result.errors[0], VString("Fatal Error(12,8): ") + ExpansionLimit);
+    EXPECT_TRUE(result.fatal);
+}
+
+TEST(BadInputTest, ParameterEntityBombEnds)
+{
+    for (const char* leaf : {"", " ", "<!-- c -->", "<!ENTITY x 'y'>", "<!ENTITY &#37; x 'y'>", "<!ELEMENT x ANY>"}) {
+        SCOPED_TRACE(leaf);
+        const ParseResult result = ParseBytes(testsupport::ParameterEntityBomb(8, 10, leaf));
+        ASSERT_EQ(result.errors.size(), 1u);
+        EXPECT_EQ(result.errors[0], VString("Fatal Error(10,5): ") + ExpansionLimit);
+        EXPECT_TRUE(result.fatal);
+        EXPECT_EQ(result.events, Events{});
+    }
+}
+
+TEST(BadInputTest, ManyUsesOfAParameterEntityCountToo)
+{
+    std::string text = "<!DOCTYPE r [<!ENTITY % e0 ''><!ENTITY % e1 '";
+    for (int i = 0; i < 300; ++i) text += "&#37;e0;";
+    text += "'>";
+    for (int i = 0; i < 300; ++i) text += "%e1;";
+    const ParseResult result = ParseBytes(text + "]><r/>");
+    ASSERT_EQ(result.errors.size(), 1u);
+    EXPECT_TRUE(result.errors[0].endsWith(ExpansionLimit));
+}
+
+// A document that expands `count` parameter entities.
+std::string Expanding(int count)
+{
+    std::string text = "<!DOCTYPE r [<!ENTITY % e ''>";
+    for (int i = 0; i < count; ++i) text += "%e;";
+    return text + "]><r/>";
+}
+
+TEST(BadInputTest, FiftyThousandExpansionsAreAllowed)
+{
+    EXPECT_EQ(ParseBytes(Expanding(50000)).errors, std::vector<VString>{});
+    EXPECT_EQ(ParseBytes(Expanding(50001)).errors.size(), 1u);
+}
+
+TEST(BadInputTest, GeneralEntitiesOfTheContentDoNotCountAsParameterEntities)
+{
+    std::string text = "<!DOCTYPE r [<!ENTITY % p ''><!ENTITY g 'x'>";
+    for (int i = 0; i < 30000; ++i) text += "%p;";
+    text += "]><r>";
+    for (int i = 0; i < 30000; ++i) text += "&g;";
+    EXPECT_EQ(ParseBytes(text + "</r>").errors, std::vector<VString>{});
+}
+
+TEST(BadInputTest, ManyElementsAreNoExpansions)
+{
+    std::string text = "<r>";
+    for (int i = 0; i < 60000; ++i) text += "<a/>";
+    EXPECT_EQ(ParseBytes(text + "</r>").errors, std::vector<VString>{});
+}
+
+TEST(BadInputTest, RecursiveEntitiesAreAnError)
+{
+    EXPECT_TRUE(ParseBytes("<!DOCTYPE r [<!ENTITY a '&b;'><!ENTITY b '&a;'>]><r>&a;</r>").fatal);
+    EXPECT_TRUE(ParseBytes("<!DOCTYPE r [<!ENTITY % a '&#37;b;'><!ENTITY % b '&#37;a;'>%a;]><r/>").fatal);
+}
+
+TEST(BadInputTest, ADeepDocumentIsParsed)
+{
+    constexpr int Depth = 1000000;
+    std::string text;
+    for (int i = 0; i < Depth; ++i) text += "<a>";
+    for (int i = 0; i < Depth; ++i) text += "</a>";
+    const std::unique_ptr<DOM> document = DOMParser().ParseXmlString(std::move(text), "deep");
+    EXPECT_FALSE(document->HasErrors());
+    int depth = 0;
+    for (const DOMElement* element = document->GetDocumentRoot(); element; element = element->GetChild("a")) ++depth;
+    EXPECT_EQ(depth, Depth);
+}
+
+struct BadFileTest : testing::Test {
+    testsupport::TemporaryFolder folder;
+    DOMParser parser;
+};
+
+TEST_F(BadFileTest, AMissingFileThrows)
+{
+    EXPECT_THROW(parser.ParseXmlFile(folder.Path("missing.xml")), VIO::Exception);
+}
+
+TEST_F(BadFileTest, ADirectoryThrows)
+{
+    EXPECT_THROW(parser.ParseXmlFile(folder.Path("")), VIO::Exception);
+}
+
+TEST_F(BadFileTest, AFileThatIsNoUtf8ThrowsUnlessItSaysWhatItIs)
+{
+    EXPECT_THROW(parser.ParseXmlFile(folder.Write("a.xml", "<a>\xE4</a>")), VIO::Exception);
+    const auto document = parser.ParseXmlFile(folder.Write("a.xml", "<?xml version='1.0' encoding='iso-8859-1'?><a>\xE4</a>"));
+    EXPECT_FALSE(document->HasErrors());
+    EXPECT_EQ(document->GetDocumentRoot()->GetText(), VString("\xC3\xA4"));
+}
+
+TEST_F(BadFileTest, AnEmptyFileIsAnError)
+{
+    const VString file = folder.Write("a.xml", "");
+    const auto document = parser.ParseXmlFile(file);
+    EXPECT_EQ(testsupport::Errors(*document), std::vector<VString>{VString("Fatal Error(1,1): invalid document structure (id: ") + file + ")"});
+    EXPECT_EQ(document->GetDocumentRoot(), nullptr);
+}
+
+TEST_F(BadFileTest, AnEncodingRefusedWithinTheParseIsAnError)
+{
+    FileInputSource source(folder.Write("a.xml", "<a>\xE4</a>"));
+    const auto document = parser.ParseXmlInputSource(source, false);
+    EXPECT_EQ(testsupport::Errors(*document), std::vector<VString>{"Unexpected exception"});
+}
+
+// Gives a document byte by byte of its file and fails at the read of that number.
+class FailingSource : public InputSource, public IXercesInputSourceProvider {
+public:
+    explicit FailingSource(int failingRead) : InputSource("failing"), m_failingRead(failingRead) {}
+
+    bool GetNextLine(std::string&) override { return false; }
+    bool GetBytes(std::string& bytes, unsigned int) override
+    {
+        if (m_read == m_failingRead) throw VantoraException("cannot read", VError::ErrorInfo::NoError);
+        if (m_read == static_cast<int>(m_text.size())) return false;
+        bytes = m_text[static_cast<std::size_t>(m_read++)];
+        return true;
+    }
+    void ResetToStart() override { m_read = 0; }
+    unsigned long long Size() const override { return m_text.size(); }
+    XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override
+    {
+        auto all = std::make_shared<std::string>();
+        std::string bytes;
+        while (GetBytes(bytes, 1)) *all += bytes;
+        return XercesInputSource(all, 0, Id(), mode, TextEncoding::Detected);
+    }
+
+private:
+    const std::string m_text = "<a><b/></a>";
+    int m_failingRead;
+    int m_read = 0;
+};
+
+TEST_F(BadFileTest, AReadThatFailsIsAnErrorAndTheParserGoesOn)
+{
+    for (int failingRead = 0; failingRead < 11; ++failingRead) {
+        SCOPED_TRACE(failingRead);
+        FailingSource source(failingRead);
+        const auto document = parser.ParseXmlInputSource(source, false);
+        EXPECT_EQ(testsupport::Errors(*document), std::vector<VString>{"Unexpected exception"});
+        EXPECT_EQ(testsupport::TreeText(*document), "");
+        EXPECT_EQ(testsupport::TreeText(*parser.ParseXmlString("<c/>", "id")), "<c></c>");
+    }
+    FailingSource whole(11);
+    FailingSource sound(-1);
+    EXPECT_TRUE(parser.ParseXmlInputSource(whole, false)->HasErrors());
+    EXPECT_EQ(testsupport::TreeText(*parser.ParseXmlInputSource(sound, false)), "<a><b></b></a>");
+}
+
+}  // namespace

@@ -1,0 +1,325 @@
+#include "vancorexml/main/parser/DOMParser.h"
+
+#include <thread>
+
+#include "art-cpp/Activity.h"
+#include "metrics2/Metrics.h"
+#include "tests/parsing/ParsingTestSupport.h"
+#include "vancoredata/VResource.h"
+#include "vancorexml/main/parser/FileInputSource.h"
+#include "vansys/MemoryScope.h"
+
+namespace {
+
+using testsupport::Errors;
+using testsupport::TreeText;
+
+const char* const Schema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+    "<xs:element name='a' type='xs:int'/></xs:schema>";
+
+std::unique_ptr<InputSource> SchemaSource(const VString& id)
+{
+    return std::make_unique<StringInputSource>(Schema, id, false);
+}
+
+struct DOMParserTest : testing::Test {
+    std::string Parse(const char* text) { return TreeText(*parser.ParseXmlString(text, "id")); }
+
+    DOMParser parser;
+};
+
+TEST_F(DOMParserTest, OptionsAreOffAtFirst)
+{
+    EXPECT_FALSE(parser.GetEnableLineNumbersOnElements());
+    EXPECT_FALSE(parser.GetRestrictExternalPaths());
+    parser.SetEnableLineNumbersOnElements(true);
+    parser.SetRestrictExternalPaths(true);
+    EXPECT_TRUE(parser.GetEnableLineNumbersOnElements());
+    EXPECT_TRUE(parser.GetRestrictExternalPaths());
+}
+
+TEST_F(DOMParserTest, TheDocumentGetsTheRestriction)
+{
+    EXPECT_FALSE(parser.ParseXmlString("<a/>", "id")->GetRestrictExternalPaths());
+    parser.SetRestrictExternalPaths(true);
+    EXPECT_TRUE(parser.ParseXmlString("<a/>", "id")->GetRestrictExternalPaths());
+}
+
+TEST_F(DOMParserTest, TheDocumentElementIsBelowTheSyntheticRoot)
+{
+    const auto document = parser.ParseXmlString("<a/>", "id");
+    EXPECT_EQ(document->GetRoot().GetName(), VString("Document"));
+    ASSERT_NE(document->GetDocumentRoot(), nullptr);
+    EXPECT_EQ(document->GetDocumentRoot()->GetName(), VString("a"));
+    EXPECT_EQ(document->GetDocumentRoot()->GetDOMManager(), document.get());
+}
+
+struct TreeRow {
+    const char* name;
+    const char* text;
+    const char* tree;
+};
+
+const TreeRow TreeRows[] = {
+    {"leading white space", " \n\t<a/>", "<a></a>"},
+    {"blank text is dropped", "<a> \n <b/>\t</a>", "<a><b></b></a>"},
+    {"text is kept as it stands", "<a> x </a>", "<a> x </a>"},
+    {"a no-break space is text", "<a>\xC2\xA0</a>", "<a>\xC2\xA0</a>"},
+    {"text around children is joined", "<a>1<b/> <b/>2</a>", "<a>12<b></b><b></b></a>"},
+    {"attributes", "<a c='2' b='1'/>", "<a b='1' c='2'></a>"},
+    {"leading colons", "<a :b='1'/>", "<a :b='1'></a>"},
+    {"siblings in order", "<a><b/><c><d/></c><b/></a>", "<a><b></b><c><d></d></c><b></b></a>"},
+    {"comments and instructions leave nothing", "<a><!-- c --><?p i?></a><!-- c -->", "<a></a>"},
+};
+
+TEST_F(DOMParserTest, BuildsTheTree)
+{
+    for (const TreeRow& row : TreeRows) {
+        SCOPED_TRACE(row.name);
+        const auto document = parser.ParseXmlString(row.text, "id");
+        EXPECT_FALSE(document->HasErrors()) << document->GetConcatenatedErrors();
+        EXPECT_EQ(TreeText(*document), row.tree);
+    }
+}
+
+TEST_F(DOMParserTest, KeepsBlankTextWhenAsked)
+{
+    Utf8InputSource source("<a> <b/>\n</a>", "id", false);
+    EXPECT_EQ(TreeText(*parser.ParseXmlInputSource(source, true)), "<a> \n<b></b></a>");
+}
+
+TEST_F(DOMParserTest, AllEntriesGiveTheSameDocument)
+{
+    const testsupport::TemporaryFolder folder;
+    const std::string text = "<a b='1'>\xC3\xA4</a>";
+    const std::vector<unsigned char> bytes(text.begin(), text.end());
+    Utf8InputSource source(text, "id", false);
+    std::vector<std::unique_ptr<DOM>> documents;
+    documents.push_back(parser.ParseXmlBytes(bytes));
+    documents.push_back(parser.ParseXmlBytes(std::vector<unsigned char>(bytes)));
+    documents.push_back(parser.ParseXmlString(text, "id"));
+    documents.push_back(parser.ParseXmlString(std::string(text), "id"));
+    documents.push_back(parser.ParseXmlString(VString::fromStdString(text), "id"));
+    const VString wide = VString::fromStdString(text);
+    documents.push_back(parser.ParseXmlString(wide, "id"));
+    documents.push_back(parser.ParseXmlString(text.c_str(), "id"));
+    documents.push_back(parser.ParseXmlFile(folder.Write("a.xml", text)));
+    documents.push_back(parser.ParseXmlInputSource(source, false));
+    for (const auto& document : documents) EXPECT_EQ(TreeText(*document), "<a b='1'>\xC3\xA4</a>");
+}
+
+TEST_F(DOMParserTest, NullTextIsAnEmptyDocument)
+{
+    EXPECT_TRUE(parser.ParseXmlString(static_cast<const char*>(nullptr), "id")->HasErrors());
+}
+
+TEST_F(DOMParserTest, TextsSkipLeadingWhitespaceAndBytesDoNot)
+{
+    const std::string text = " <?xml version='1.0'?><a/>";
+    EXPECT_FALSE(parser.ParseXmlString(text, "id")->HasErrors());
+    EXPECT_FALSE(parser.ParseXmlString(VString::fromStdString(text), "id")->HasErrors());
+    EXPECT_TRUE(parser.ParseXmlBytes(std::vector<unsigned char>(text.begin(), text.end()))->HasErrors());
+}
+
+TEST_F(DOMParserTest, FilesSkipLeadingWhitespace)
+{
+    const testsupport::TemporaryFolder folder;
+    EXPECT_FALSE(parser.ParseXmlFile(folder.Write("a.xml", "\n<?xml version='1.0'?><a/>"))->HasErrors());
+}
+
+TEST_F(DOMParserTest, TextIsUtf16WhateverItDeclaresAndByteStringsAreNot)
+{
+    const std::string text = "<?xml version='1.0' encoding='iso-8859-1'?><a>\xC3\xA4</a>";
+    EXPECT_EQ(TreeText(*parser.ParseXmlString(VString::fromStdString(text), "id")), "<a>\xC3\xA4</a>");
+    EXPECT_EQ(TreeText(*parser.ParseXmlString(text, "id")), "<a>\xC3\x83\xC2\xA4</a>");
+}
+
+TEST_F(DOMParserTest, ErrorsAreOnTheRootInOrder)
+{
+    const auto document = parser.ParseXmlString("<a b='1' b='2' c='1' c='2'/>", "id");
+    const std::vector<VString> errors = Errors(*document);
+    ASSERT_GE(errors.size(), 1u);
+    std::list<VString> onRoot;
+    document->GetRoot().GetErrors(onRoot);
+    EXPECT_EQ(std::vector<VString>(onRoot.begin(), onRoot.end()), errors);
+    EXPECT_TRUE(document->HasUnreportedErrors());
+    EXPECT_FALSE(document->HasCancelErrors());
+    EXPECT_EQ(document->GetMetadataForErrors().size(), errors.size());
+    EXPECT_EQ(document->GetMetadataForErrors().front(), VError::ErrorInfo::NoError);
+}
+
+TEST_F(DOMParserTest, AnIllFormedDocumentKeepsWhatWasBuilt)
+{
+    const auto document = parser.ParseXmlString("<a><b>x</b><c>", "f.xml");
+    EXPECT_EQ(TreeText(*document), "<a><b>x</b><c></c></a>");
+    EXPECT_EQ(Errors(*document), std::vector<VString>{"Fatal Error(1,15): input ended before all started tags were ended; last tag started is 'c' (id: f.xml)"});
+}
+
+TEST_F(DOMParserTest, PositionsAreThoseBehindTheTags)
+{
+    parser.SetEnableLineNumbersOnElements(true);
+    const auto document = parser.ParseXmlString("<a>\n  <b>\n\n  </b>\n</a>", "id");
+    const DOMElement& b = document->GetDocumentRoot()->GetRequiredChild("b");
+    EXPECT_EQ(b.GetStartLine(), 2);
+    EXPECT_EQ(b.GetStartColumn(), 6);
+    EXPECT_EQ(b.GetEndLine(), 4);
+    EXPECT_EQ(b.GetEndColumn(), 7);
+}
+
+TEST_F(DOMParserTest, WithoutLineNumbersPositionsAreUnknown)
+{
+    const auto document = parser.ParseXmlString("<a/>", "id");
+    EXPECT_EQ(document->GetDocumentRoot()->GetStartLine(), 0);
+    EXPECT_EQ(document->GetDocumentRoot()->GetEndColumn(), 0);
+}
+
+TEST_F(DOMParserTest, ADeclarationOfVersion11KeepsPositions)
+{
+    parser.SetEnableLineNumbersOnElements(true);
+    const auto document = parser.ParseXmlString("<?xml version='1.1'?>\n<a/>", "id");
+    EXPECT_EQ(document->GetDocumentRoot()->GetStartLine(), 2);
+}
+
+TEST_F(DOMParserTest, StatisticsComeOnceBehindTheErrors)
+{
+    std::vector<std::string> reports;
+    parser.SetStatisticsEventHandler([&](const DOMParserStatistics& statistics) { reports.push_back(std::to_string(statistics.sourceSize) + " " + statistics.sourceId.toStdString()); });
+    parser.ParseXmlString("  <a/>", "name");
+    parser.ParseXmlBytes({'<', 'a'});
+    EXPECT_EQ(reports, (std::vector<std::string>{"6 name", "2 "}));
+    parser.SetStatisticsEventHandler(nullptr);
+    parser.ParseXmlString("<a/>", "name");
+    EXPECT_EQ(reports.size(), 2u);
+}
+
+TEST_F(DOMParserTest, SchemasValidateEveryLaterParse)
+{
+    EXPECT_FALSE(parser.ParseXmlString("<a>x</a>", "id")->HasErrors());
+    parser.AddXSDInputSource(SchemaSource("s.xsd"));
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(Errors(*parser.ParseXmlString("<a>1</a>", "id")), std::vector<VString>{});
+        EXPECT_EQ(Errors(*parser.ParseXmlString("<a>x</a>", "id")).size(), 1u);
+    }
+}
+
+TEST_F(DOMParserTest, SchemaErrorsComeBeforeTheParsesOwn)
+{
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>("<xs:schema", "bad.xsd", false));
+    const std::vector<VString> errors = Errors(*parser.ParseXmlString("<a", "doc.xml"));
+    ASSERT_GE(errors.size(), 2u);
+    EXPECT_TRUE(errors.front().endsWith("(id: bad.xsd)"));
+    EXPECT_TRUE(errors.back().endsWith("(id: doc.xml)"));
+}
+
+TEST_F(DOMParserTest, ASchemaWithoutAnIdIsAnAssertion)
+{
+    parser.AddXSDInputSource(SchemaSource(VString()));
+    testsupport::ExpectLogicException([&] { parser.ParseXmlString("<a/>", "id"); }, "vancorexml\\main\\parser\\XercesXMLParser", 203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
+}
+
+TEST_F(DOMParserTest, ASchemaResourceValidates)
+{
+    const VString name = LookupResource(QtVanResourceId::FileFormatOauthConfigXsd);
+    ResourceRegistrationCache::GetInstance().RegisterText(name, Schema);
+    parser.AddXSDResourceId(QtVanResourceId::FileFormatOauthConfigXsd);
+    ResourceRegistrationCache::GetInstance().UnregisterText(name);
+    EXPECT_EQ(Errors(*parser.ParseXmlString("<a>1</a>", "id")), std::vector<VString>{});
+    EXPECT_EQ(Errors(*parser.ParseXmlString("<a>x</a>", "id")).size(), 1u);
+}
+
+// The names of the scopes that close while `run` runs, innermost first.
+std::vector<Metrics::ScopeRecord> Measure(const std::function<void()>& run)
+{
+    std::vector<Metrics::ScopeRecord> records;
+    Metrics::SetSink([&](const Metrics::ScopeRecord& record) { records.push_back(record); });
+    run();
+    Metrics::SetSink(nullptr);
+    return records;
+}
+
+int Count(const std::vector<Metrics::ScopeRecord>& records, const std::string& name)
+{
+    return static_cast<int>(std::count_if(records.begin(), records.end(), [&](const Metrics::ScopeRecord& record) { return record.name == name; }));
+}
+
+TEST_F(DOMParserTest, KeepsItsDriverUntilThereAreSchemas)
+{
+    const auto parse = [this] { parser.ParseXmlString("<a>1</a>", "id"); };
+    parse();
+    EXPECT_EQ(Count(Measure(parse), "XercesXMLParser_PrepareParserState"), 0);
+    parser.AddXSDInputSource(SchemaSource("s.xsd"));
+    for (int round = 0; round < 2; ++round) EXPECT_EQ(Count(Measure(parse), "XercesXMLParser_PrepareParserState"), 2);
+}
+
+TEST_F(DOMParserTest, RecordsSizeAndBeginningOfTheSource)
+{
+    const std::string text = "<a>" + std::string(200, 'x') + "</a>";
+    std::string tree;
+    const auto records = Measure([&] { tree = TreeText(*parser.ParseXmlString(text, "id")); });
+    ASSERT_GE(records.size(), 2u);
+    const Metrics::ScopeRecord& inner = records[records.size() - 2];
+    const Metrics::ScopeRecord& outer = records.back();
+    EXPECT_STREQ(inner.name, "DOMParser_ParseXmlInputSource");
+    EXPECT_STREQ(outer.name, "DOMParser_ParseXmlString");
+    using Values = std::vector<std::pair<VString, VString>>;
+    EXPECT_EQ(inner.values, (Values{{"'xmls'", "207"}, {"'xmlt'", VString::fromStdString(text.substr(0, 128))}}));
+    EXPECT_EQ(outer.values, (Values{{"'xmls'", "207"}}));
+    EXPECT_EQ(tree, text);
+}
+
+TEST_F(DOMParserTest, MeasuresBytesAndSchemas)
+{
+    parser.AddXSDInputSource(SchemaSource("s.xsd"));
+    const auto records = Measure([this] { parser.ParseXmlBytes({'<', 'a', '/', '>'}); });
+    EXPECT_EQ(Count(records, "DOMParser_ParseXmlBytes"), 1);
+    EXPECT_EQ(Count(records, "DOMParser_ParseXmlInputSource_withXSD"), 1);
+    EXPECT_EQ(Count(records, "DOMParser_ParseXmlInputSource"), 0);
+}
+
+TEST_F(DOMParserTest, AMeasuredFileOfAnotherEncodingThrows)
+{
+    const testsupport::TemporaryFolder folder;
+    FileInputSource source(folder.Write("a.xml", "<a>\xE4</a>"));
+    EXPECT_THROW(Measure([&] { parser.ParseXmlInputSource(source, false); }), VantoraException);
+    Metrics::SetSink(nullptr);
+}
+
+TEST_F(DOMParserTest, MarksTheMemoryOfAParse)
+{
+    std::string during;
+    parser.SetStatisticsEventHandler([&](const DOMParserStatistics&) { during = MemoryScope::Current(); });
+    parser.ParseXmlString("<a/>", "id");
+    EXPECT_EQ(during, "DOMParser");
+    EXPECT_EQ(MemoryScope::Current(), nullptr);
+}
+
+TEST_F(DOMParserTest, TracesAFile)
+{
+    const testsupport::TemporaryFolder folder;
+    const VString file = folder.Write("a.xml", "<a/>");
+    std::vector<art::ActivityRecord> records;
+    art::SetActivitySink([&](const art::ActivityRecord& record) { records.push_back(record); });
+    parser.ParseXmlFile(file);
+    art::SetActivitySink(nullptr);
+    ASSERT_GE(records.size(), 2u);
+    EXPECT_STREQ(records.front().name, "InputSourceFromFileName");
+    EXPECT_STREQ(records.back().name, "dom-parser.parse-xml-file");
+    using Tags = std::vector<std::pair<VString, VString>>;
+    EXPECT_EQ(records.back().tags, (Tags{{"filename", file}, {"source-size", "4"}}));
+}
+
+TEST_F(DOMParserTest, ParsersOfSeveralThreadsDoNotMeet)
+{
+    std::vector<std::thread> threads;
+    std::vector<std::string> trees(4);
+    for (std::string& tree : trees)
+        threads.emplace_back([&tree] {
+            DOMParser own;
+            for (int i = 0; i < 50; ++i) tree = TreeText(*own.ParseXmlString("<a :b='1'>x</a>", "id"));
+        });
+    for (std::thread& thread : threads) thread.join();
+    for (const std::string& tree : trees) EXPECT_EQ(tree, "<a :b='1'>x</a>");
+}
+
+}  // namespace

@@ -1,0 +1,36 @@
+// Exits 0 when a static parser and a static driver that are older than the first parse die
+// safely. They are made before anything uses Xerces, so they die after its exit hook.
+
+#include <cstdio>
+#include <memory>
+
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
+
+namespace {
+
+DOMParser g_parser;
+std::unique_ptr<XercesXMLParser> g_driver;
+std::unique_ptr<DOM> g_document;
+
+struct Silent : SAXInterface {
+    void StartElement(const VString&, const AttributeMap&) override {}
+    void EndElement() override {}
+    void Characters(const VString&) override {}
+};
+
+}  // namespace
+
+int main()
+{
+    g_document = g_parser.ParseXmlString("<a :b='1'>text</a>", "id");
+    StringInputSource source("<a/>", "id", false);
+    g_driver = XercesXMLParser::Create(source, std::make_shared<Silent>());
+    g_driver->Parse();
+    if (g_document->HasErrors() || g_driver->HasErrors()) {
+        std::fputs("the documents have errors\n", stderr);
+        return 1;
+    }
+    return 0;
+}

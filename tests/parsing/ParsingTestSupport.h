@@ -1,0 +1,141 @@
+// What the tests of parsing share: a handler that writes down what it is told, and sources
+// that misbehave.
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/common/TestSupport.h"
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/SAXInterface.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vancorexml/main/parser/XercesInputSource.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
+
+namespace testsupport {
+
+// "<name a='1' b='2'>" (sorted by name), "</>" and the texts, in the order they came.
+class RecordingHandler : public SAXInterfaceExtension {
+public:
+    void StartElement(const VString& name, const AttributeMap& attributes) override
+    {
+        std::vector<std::string> parts;
+        for (const auto& [attribute, value] : attributes) parts.push_back(" " + attribute.toStdString() + "='" + value.toStdString() + "'");
+        std::sort(parts.begin(), parts.end());
+        std::string event = "<" + name.toStdString();
+        for (const std::string& part : parts) event += part;
+        events.push_back(event + ">");
+    }
+    void EndElement() override { events.push_back("</>"); }
+    void Characters(const VString& text) override { events.push_back(text.toStdString()); }
+    bool IsDone() override { return doneAfter > 0 && events.size() >= doneAfter; }
+    void ResolveSchemaPath(VString& pathOut, const VString& baseUri, const VString& systemId) override
+    {
+        resolved.push_back(baseUri.toStdString() + "|" + systemId.toStdString());
+        pathOut = schemaPath;
+    }
+    VString PreprocessSchemaText(const VString& systemId, const VString& text, const VString& path) override
+    {
+        preprocessed.push_back(systemId.toStdString() + "|" + path.toStdString());
+        return text.replace("@TYPE@", "xs:int");
+    }
+
+    std::vector<std::string> events;
+    std::size_t doneAfter = 0;   // events; 0 for never
+    VString schemaPath;          // of every import
+    std::vector<std::string> resolved;
+    std::vector<std::string> preprocessed;
+};
+
+// A handler whose second event throws.
+template <typename Exception>
+class ThrowingHandler : public RecordingHandler {
+public:
+    explicit ThrowingHandler(Exception exception) : m_exception(std::move(exception)) {}
+    void EndElement() override { throw m_exception; }
+
+private:
+    Exception m_exception;
+};
+
+// What a parse of `bytes` as they are tells the handler.
+struct ParseResult {
+    std::vector<std::string> events;
+    std::vector<VString> errors;
+    std::vector<VString> warnings;
+    bool fatal = false;
+
+    friend bool operator==(const ParseResult&, const ParseResult&) = default;
+};
+
+inline ParseResult ParseBytes(const std::string& bytes, const VString& id = "id")
+{
+    Utf8InputSource source(bytes, id, false);
+    auto handler = std::make_shared<RecordingHandler>();
+    const auto parser = XercesXMLParser::Create(source, handler);
+    parser->Parse();
+    return {handler->events, parser->GetErrors(), parser->GetWarnings(), parser->HasFatallyErrored()};
+}
+
+inline std::vector<VString> Errors(const DOM& document)
+{
+    const std::list<VString> errors = document.GetErrors();
+    return {errors.begin(), errors.end()};
+}
+
+// The tree below the root as text: "<a b='1'>text<c></c></a>", the text of an element first.
+inline std::string TreeText(const DOMElement& element)
+{
+    std::string text;
+    for (const DOMElement* child : element.GetChildren()) {
+        RecordingHandler tag;
+        tag.StartElement(child->GetName(), child->GetAttributes());
+        text += tag.events[0] + child->GetText().toStdString() + TreeText(*child) + "</" + child->GetName().toStdString() + ">";
+    }
+    return text;
+}
+
+inline std::string TreeText(const DOM& document)
+{
+    return TreeText(document.GetRoot());
+}
+
+// `levels` parameter entities, each `fan` times the one before; the first is `leaf`. The
+// last is expanded: 1 + fan + fan * fan + ... expansions.
+inline std::string ParameterEntityBomb(int levels, int fan, const std::string& leaf)
+{
+    std::string text = "<!DOCTYPE r [\n<!ENTITY % e0 \"" + leaf + "\">\n";
+    for (int level = 1; level < levels; ++level) {
+        text += "<!ENTITY % e" + std::to_string(level) + " \"";
+        for (int i = 0; i < fan; ++i) text += "&#37;e" + std::to_string(level - 1) + ";";
+        text += "\">\n";
+    }
+    return text + "%e" + std::to_string(levels - 1) + ";\n]>\n<r/>";
+}
+
+// The same with general entities, in the content of the document.
+inline std::string GeneralEntityBomb(int levels, int fan)
+{
+    std::string text = "<!DOCTYPE r [\n<!ENTITY e0 \"x\">\n";
+    for (int level = 1; level < levels; ++level) {
+        text += "<!ENTITY e" + std::to_string(level) + " \"";
+        for (int i = 0; i < fan; ++i) text += "&e" + std::to_string(level - 1) + ";";
+        text += "\">\n";
+    }
+    return text + "]>\n<r>&e" + std::to_string(levels - 1) + ";</r>";
+}
+
+// ASCII as UTF-16, little endian, with its mark.
+inline std::string Utf16(const std::string& ascii)
+{
+    std::string bytes = "\xFF\xFE";
+    for (const char unit : ascii) {
+        bytes += unit;
+        bytes += '\0';
+    }
+    return bytes;
+}
+
+}  // namespace testsupport

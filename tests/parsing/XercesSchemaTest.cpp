@@ -1,0 +1,306 @@
+#include "metrics2/Metrics.h"
+#include "tests/parsing/ParsingTestSupport.h"
+#include "vancoredata/VResource.h"
+#include "vancoreplatform/VIOException.h"
+#include "vancorexml/main/parser/QtVanResources.h"
+
+namespace {
+
+using testsupport::RecordingHandler;
+using Events = std::vector<std::string>;
+
+// <a> with any number of <n>, each an integer.
+const char* const Schema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+    "<xs:element name='a'><xs:complexType><xs:sequence>"
+    "<xs:element name='n' type='xs:int' minOccurs='0' maxOccurs='unbounded'/>"
+    "</xs:sequence><xs:attribute name='k'/></xs:complexType></xs:element></xs:schema>";
+
+struct XercesSchemaTest : testing::Test {
+    std::unique_ptr<XercesXMLParser> Create(const std::string& text)
+    {
+        source = std::make_unique<Utf8InputSource>(text, "doc.xml", false);
+        return XercesXMLParser::Create(*source, handler);
+    }
+
+    std::unique_ptr<Utf8InputSource> source;
+    std::shared_ptr<RecordingHandler> handler = std::make_shared<RecordingHandler>();
+};
+
+TEST_F(XercesSchemaTest, AValidDocumentHasNoErrors)
+{
+    const auto parser = Create("<a k='1'><n>1</n><n>-2</n></a>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    EXPECT_EQ(handler->events, (Events{"<a k='1'>", "<n>", "1", "</>", "<n>", "-2", "</>", "</>"}));
+}
+
+TEST_F(XercesSchemaTest, ValidationErrorsAreErrorsAndTheParseGoesOn)
+{
+    const auto parser = Create("<a>\n<n>x</n>\n<m/></a>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    ASSERT_GE(parser->GetErrors().size(), 2u);
+    EXPECT_TRUE(parser->GetErrors()[0].startsWith("Error(2,9): "));
+    EXPECT_TRUE(parser->GetErrors()[0].endsWith(" (id: doc.xml)"));
+    EXPECT_FALSE(parser->HasFatallyErrored());
+    EXPECT_EQ(handler->events.back(), "</>");
+    EXPECT_EQ(std::count(handler->events.begin(), handler->events.end(), "</>"), 3);
+}
+
+TEST_F(XercesSchemaTest, WithoutSchemaNothingIsValidated)
+{
+    const auto parser = Create("<!DOCTYPE a [<!ELEMENT a EMPTY>]><a><m/></a>");
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+}
+
+TEST_F(XercesSchemaTest, TheTwoFixedSchemasComeFirst)
+{
+    const auto parser = Create("<a/>");
+    EXPECT_TRUE(parser->GetLoadedXSDs().empty());
+    parser->LoadXSDString(Schema, "one.xsd");
+    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:two'/>", "two.xsd");
+    EXPECT_EQ(parser->GetLoadedXSDs(), (std::vector<VString>{"VQRC_FILEFORMAT_XML_XSD", "VQRC_FILEFORMAT_USER_XSD", "one.xsd", "two.xsd"}));
+}
+
+TEST_F(XercesSchemaTest, LoadXSDResourceTakesTheNameForTheId)
+{
+    ResourceRegistrationCache::GetInstance().RegisterText("TEST_XSD", Schema);
+    const auto parser = Create("<a><m/></a>");
+    parser->LoadXSDResource("TEST_XSD");
+    ResourceRegistrationCache::GetInstance().UnregisterText("TEST_XSD");
+    EXPECT_EQ(parser->GetLoadedXSDs().back(), VString("TEST_XSD"));
+    parser->Parse();
+    EXPECT_TRUE(parser->HasErrors());
+}
+
+TEST_F(XercesSchemaTest, FaultsOfASchemaAreErrorsUntilTheParse)
+{
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a' type='missing'/>", "bad.xsd");
+    ASSERT_TRUE(parser->HasErrors());
+    EXPECT_TRUE(parser->GetErrors()[0].contains("(id: bad.xsd)"));
+    EXPECT_EQ(parser->GetLoadedXSDs().back(), VString("bad.xsd"));
+    const std::vector<VString> whileLoading = parser->GetErrors();
+    parser->Parse();
+    EXPECT_NE(parser->GetErrors(), whileLoading);
+}
+
+TEST_F(XercesSchemaTest, AFatalFaultOfASchemaComesLast)
+{
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString("<xs:schema", "bad.xsd");
+    ASSERT_TRUE(parser->HasErrors());
+    EXPECT_TRUE(parser->GetErrors().back().startsWith("Fatal Error"));
+    EXPECT_TRUE(parser->HasFatallyErrored());
+}
+
+TEST_F(XercesSchemaTest, ASchemaIsDecodedText)
+{
+    const auto parser = Create("<a><n>1</n></a>");
+    parser->LoadXSDString(VString("<?xml version='1.0' encoding='UTF-16'?>") + Schema, "schema.xsd");
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+}
+
+TEST_F(XercesSchemaTest, SchemasAreNotSanitized)
+{
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' :b='1'/>", "schema.xsd");
+    EXPECT_TRUE(parser->HasErrors());
+}
+
+TEST_F(XercesSchemaTest, DocumentsAreSanitizedAlsoWithSchemas)
+{
+    const auto parser = Create("<a :b='1'/>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    EXPECT_EQ(handler->events, (Events{"<a :b='1'>", "</>"}));
+}
+
+TEST_F(XercesSchemaTest, ReloadKeepsTheSchemas)
+{
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    EXPECT_FALSE(parser->HasErrors());
+    Utf8InputSource other("<a><m/></a>", "other.xml", false);
+    auto second = std::make_shared<RecordingHandler>();
+    parser->Reload(other, second);
+    parser->Parse();
+    EXPECT_TRUE(parser->HasErrors());
+    EXPECT_EQ(parser->GetLoadedXSDs().size(), 3u);
+    EXPECT_EQ(second->events, (Events{"<a>", "<m>", "</>", "</>"}));
+}
+
+TEST_F(XercesSchemaTest, SchemasSurviveFaultsAndOtherVersions)
+{
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    for (const char* text : {"<a><n>1</n>", "<?xml version='1.1'?><a><n>1</n></a>", "<!DOCTYPE a [<!ENTITY e SYSTEM 'x'>]><a/>"}) {
+        SCOPED_TRACE(text);
+        Utf8InputSource before(text, "before.xml", false);
+        parser->Reload(before, std::make_shared<RecordingHandler>());
+        parser->Parse();
+        Utf8InputSource valid("<a><n>1</n></a>", "valid.xml", false);
+        parser->Reload(valid, std::make_shared<RecordingHandler>());
+        parser->Parse();
+        EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+        Utf8InputSource invalid("<a><n>x</n></a>", "invalid.xml", false);
+        parser->Reload(invalid, std::make_shared<RecordingHandler>());
+        parser->Parse();
+        ASSERT_EQ(parser->GetErrors().size(), 1u);
+        EXPECT_TRUE(parser->GetErrors()[0].startsWith("Error(1,"));
+    }
+}
+
+TEST_F(XercesSchemaTest, AnEmptyIdIsAnAssertion)
+{
+    const auto parser = Create("<a/>");
+    testsupport::ExpectLogicException([&] { parser->LoadXSDString(Schema, VString()); }, "vancorexml\\main\\parser\\XercesXMLParser", 203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
+}
+
+struct PlainSource : InputSource {
+    PlainSource() : InputSource("plain") {}
+    bool GetNextLine(std::string&) override { return false; }
+    bool GetBytes(std::string&, unsigned int) override { return false; }
+    void ResetToStart() override {}
+    unsigned long long Size() const override { return 0; }
+};
+
+TEST_F(XercesSchemaTest, ASchemaSourceWithoutAViewIsAnAssertion)
+{
+    const auto parser = Create("<a/>");
+    PlainSource plain;
+    testsupport::ExpectLogicException([&] { parser->LoadXSDSource(plain); }, "vancorexml\\main\\parser\\XercesXMLParser", 206, "xercesableSource != nullptr", 0xAB95E4EA);
+}
+
+const char* const Importing =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:t='urn:t'>"
+    "<xs:import namespace='urn:t' schemaLocation='types.xsd'/>"
+    "<xs:element name='a' type='t:number'/></xs:schema>";
+const char* const Imported =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:t'>"
+    "<xs:simpleType name='number'><xs:restriction base='@TYPE@'/></xs:simpleType></xs:schema>";
+
+TEST_F(XercesSchemaTest, AnExtensionFindsAndRewritesWhatASchemaImports)
+{
+    const testsupport::TemporaryFolder folder;
+    handler->schemaPath = folder.Write("found.xsd", Imported);
+    const auto parser = Create("<a>x</a>");
+    parser->LoadXSDString(Importing, "main.xsd");
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    EXPECT_EQ(handler->resolved, Events{"main.xsd|types.xsd"});
+    EXPECT_EQ(handler->preprocessed, Events{"types.xsd|" + handler->schemaPath.toStdString()});
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors().size(), 1u);
+}
+
+TEST_F(XercesSchemaTest, AnExtensionFindsWhatASchemaIncludes)
+{
+    const testsupport::TemporaryFolder folder;
+    handler->schemaPath = folder.Write("found.xsd", "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:simpleType name='number'><xs:restriction base='xs:int'/></xs:simpleType></xs:schema>");
+    const auto parser = Create("<a>1</a>");
+    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='types.xsd'/><xs:element name='a' type='number'/></xs:schema>", "main.xsd");
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+}
+
+TEST_F(XercesSchemaTest, AnImportWithoutLocationIsAllowed)
+{
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:import namespace='urn:t'/><xs:element name='a'/></xs:schema>", "main.xsd");
+    EXPECT_EQ(handler->resolved, Events{});
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+}
+
+TEST_F(XercesSchemaTest, AnEmptyPathLeavesTheImportOut)
+{
+    const testsupport::TemporaryFolder folder;
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString(Importing, "main.xsd");
+    EXPECT_EQ(handler->resolved.size(), 1u);
+    EXPECT_TRUE(handler->preprocessed.empty());
+    EXPECT_TRUE(parser->HasErrors());   // the imported type is missing
+}
+
+TEST_F(XercesSchemaTest, AHandlerWithoutTheExtensionIsNotAsked)
+{
+    struct Silent : SAXInterface {
+        void StartElement(const VString&, const AttributeMap&) override {}
+        void EndElement() override {}
+        void Characters(const VString&) override {}
+    };
+    Utf8InputSource input("<a/>", "doc.xml", false);
+    const auto parser = XercesXMLParser::Create(input, std::make_shared<Silent>());
+    parser->LoadXSDString(Importing, "main.xsd");
+    EXPECT_TRUE(parser->HasErrors());
+}
+
+TEST_F(XercesSchemaTest, TheResolverIsThatOfTheReloadedHandler)
+{
+    const testsupport::TemporaryFolder folder;
+    const auto parser = Create("<a>1</a>");
+    auto second = std::make_shared<RecordingHandler>();
+    second->schemaPath = folder.Write("found.xsd", Imported);
+    parser->Reload(*source, second);
+    handler.reset();
+    parser->LoadXSDString(Importing, "main.xsd");
+    EXPECT_EQ(second->resolved.size(), 1u);
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+}
+
+TEST_F(XercesSchemaTest, AMissingFileOfTheExtensionEscapesTheLoading)
+{
+    handler->schemaPath = "no such file.xsd";
+    const auto parser = Create("<a/>");
+    EXPECT_THROW(parser->LoadXSDString(Importing, "main.xsd"), VIO::Exception);
+}
+
+TEST_F(XercesSchemaTest, TheDocumentsSchemaLocationIsNotLoaded)
+{
+    const testsupport::TemporaryFolder folder;
+    handler->schemaPath = folder.Write("found.xsd", Imported);
+    const auto parser = Create("<a xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:schemaLocation='urn:t types.xsd'/>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    EXPECT_TRUE(handler->resolved.empty());
+}
+
+TEST_F(XercesSchemaTest, AnExternalDtdSubsetCannotBeOpened)
+{
+    const auto parser = Create("<!DOCTYPE a SYSTEM 'a.dtd'><a/>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    ASSERT_TRUE(parser->HasErrors());
+    EXPECT_TRUE(parser->GetErrors()[0].contains("a.dtd"));
+    EXPECT_TRUE(handler->resolved.empty());
+}
+
+TEST_F(XercesSchemaTest, DocumentsMayCarryXmlAndUserAttributes)
+{
+    const VString schema =
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+        "<xs:element name='a'><xs:complexType><xs:anyAttribute namespace='##other' processContents='strict'/></xs:complexType></xs:element></xs:schema>";
+    const auto parser = Create("<a xml:lang='de' xml:space='preserve'/>");
+    parser->LoadXSDString(schema, "schema.xsd");
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+}
+
+TEST_F(XercesSchemaTest, MeasuresItsSteps)
+{
+    std::vector<std::string> names;
+    const auto parser = Create("<a/>");
+    Metrics::SetSink([&](const Metrics::ScopeRecord& record) { names.push_back(record.name); });
+    parser->LoadXSDString(Schema, "schema.xsd");
+    Metrics::SetSink(nullptr);
+    EXPECT_EQ(std::count(names.begin(), names.end(), "XercesXMLParser_LoadXSDSource"), 3);
+    EXPECT_EQ(std::count(names.begin(), names.end(), "XercesXMLParser_PrepareParserState"), 1);
+}
+
+}  // namespace

@@ -1,0 +1,311 @@
+#include "vancorexml/main/parser/XercesXMLParser.h"
+
+#include <new>
+#include <stdexcept>
+
+#include "metrics2/Metrics.h"
+#include "tests/parsing/ParsingTestSupport.h"
+#include "vancorexml/main/parser/XMLParseException.h"
+
+namespace {
+
+using testsupport::ParseBytes;
+using testsupport::ParseResult;
+using testsupport::RecordingHandler;
+using Events = std::vector<std::string>;
+
+struct EventRow {
+    const char* name;
+    std::string text;
+    Events events;
+};
+
+const EventRow EventRows[] = {
+    {"empty element", "<a/>", {"<a>", "</>"}},
+    {"nested", "<a><b/></a>", {"<a>", "<b>", "</>", "</>"}},
+    {"attributes", "<a b='1' c=''/>", {"<a b='1' c=''>", "</>"}},
+    {"text comes whole", "<a>x&amp;y<![CDATA[<z>]]>&#65;<!-- c -->w</a>", {"<a>", "x&y<z>Aw", "</>"}},
+    {"text before and behind children", "<a>1<b>2</b>3</a>", {"<a>", "1", "<b>", "2", "</>", "3", "</>"}},
+    {"white space between elements", "<a>\n <b/>\n</a>", {"<a>", "\n ", "<b>", "</>", "\n", "</>"}},
+    {"ignorable white space is text", "<!DOCTYPE a [<!ELEMENT a (b)><!ELEMENT b EMPTY>]><a> <b/></a>", {"<a>", " ", "<b>", "</>", "</>"}},
+    {"prefixes stay", "<x:a xmlns:x='u' x:b='1'/>", {"<x:a x:b='1' xmlns:x='u'>", "</>"}},
+    {"undeclared prefixes pass", "<x:a y:b='1'/>", {"<x:a y:b='1'>", "</>"}},
+    {"leading colons are restored", "<a :b='1' c='2'/>", {"<a :b='1' c='2'>", "</>"}},
+    {"leading colons below", "<a><b :c='1'/><b :c='2'/></a>", {"<a>", "<b :c='1'>", "</>", "<b :c='2'>", "</>", "</>"}},
+    {"element names are not restored", "<IllegalColon:a/>", {"<IllegalColon:a>", "</>"}},
+    {"defaulted attributes", "<!DOCTYPE a [<!ATTLIST a b CDATA 'd'>]><a/>", {"<a b='d'>", "</>"}},
+    {"internal entities", "<!DOCTYPE a [<!ENTITY e 'x<b/>y'>]><a>&e;</a>", {"<a>", "x", "<b>", "</>", "y", "</>"}},
+    {"line endings are line feeds", "<a>1\r\n2\r3</a>", {"<a>", "1\n2\n3", "</>"}},
+    {"supplementary characters", "<a>\xF0\x9F\x98\x80</a>", {"<a>", "\xF0\x9F\x98\x80", "</>"}},
+};
+
+TEST(XercesXMLParserTest, TellsTheHandlerTheDocument)
+{
+    for (const EventRow& row : EventRows) {
+        SCOPED_TRACE(row.name);
+        const ParseResult result = ParseBytes(row.text);
+        EXPECT_EQ(result.events, row.events);
+        EXPECT_EQ(result.errors, std::vector<VString>{});
+        EXPECT_FALSE(result.fatal);
+    }
+}
+
+TEST(XercesXMLParserTest, LongTextComesWhole)
+{
+    const std::string text(3000000, 'x');
+    EXPECT_EQ(ParseBytes("<a>" + text + "</a>").events, (Events{"<a>", text, "</>"}));
+}
+
+TEST(XercesXMLParserTest, NamesAndTextsStayApart)
+{
+    std::string text = "<a>";
+    Events events{"<a>"};
+    for (int i = 0; i < 5000; ++i) {
+        const std::string n = std::to_string(i);
+        text += "<e" + n + " a" + n + "='" + n + "'>" + n + "</e" + n + ">";
+        events.insert(events.end(), {"<e" + n + " a" + n + "='" + n + "'>", n, "</>"});
+    }
+    events.push_back("</>");
+    EXPECT_EQ(ParseBytes(text + "</a>").events, events);
+}
+
+struct EncodingRow {
+    const char* name;
+    std::string bytes;
+    const char* text;
+};
+
+const EncodingRow EncodingRows[] = {
+    {"undeclared UTF-8", "<a>\xC3\xA4</a>", "\xC3\xA4"},
+    {"UTF-8 with a mark", "\xEF\xBB\xBF<a>\xC3\xA4</a>", "\xC3\xA4"},
+    {"declared Latin-1", "<?xml version='1.0' encoding='iso-8859-1'?><a>\xE4</a>", "\xC3\xA4"},
+    {"UTF-16", testsupport::Utf16("<a>x</a>"), "x"},
+    {"declared UTF-16", testsupport::Utf16("<?xml version='1.0' encoding='UTF-16'?><a>x</a>"), "x"},
+};
+
+TEST(XercesXMLParserTest, ByteSourcesSayTheirEncodingThemselves)
+{
+    for (const EncodingRow& row : EncodingRows) {
+        SCOPED_TRACE(row.name);
+        const ParseResult result = ParseBytes(row.bytes);
+        EXPECT_EQ(result.errors, std::vector<VString>{});
+        EXPECT_EQ(result.events, (Events{"<a>", row.text, "</>"}));
+    }
+}
+
+TEST(XercesXMLParserTest, DecodedTextIsUtf8WhateverItDeclares)
+{
+    for (const char* encoding : {"iso-8859-1", "UTF-16LE", "UTF-16", "windows-1252", "UTF-8", "no-such-encoding"}) {
+        SCOPED_TRACE(encoding);
+        StringInputSource source(VString("<?xml version='1.0' encoding='") + encoding + "'?><a>\xC3\xA4</a>", "id", false);
+        auto handler = std::make_shared<RecordingHandler>();
+        const auto parser = XercesXMLParser::Create(source, handler);
+        parser->Parse();
+        EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+        EXPECT_EQ(handler->events, (Events{"<a>", "\xC3\xA4", "</>"}));
+    }
+}
+
+TEST(XercesXMLParserTest, AFaultIsAFatalErrorWithPositionAndId)
+{
+    const ParseResult result = ParseBytes("<a>\n<b></c>\n</a>", "file.xml");
+    ASSERT_EQ(result.errors.size(), 1u);
+    EXPECT_EQ(result.errors[0], VString("Fatal Error(2,6): expected end of tag 'b' (id: file.xml)"));
+    EXPECT_TRUE(result.fatal);
+    EXPECT_EQ(result.events, (Events{"<a>", "\n", "<b>"}));
+}
+
+TEST(XercesXMLParserTest, AnyIdIsAllowed)
+{
+    for (const char* id : {"", "%4 %1", "a b{}<>\xC3\xA4\\:?#", "http://h/p?q", "file:///x/%zz", "C:\\x\\y.xml"}) {
+        SCOPED_TRACE(id);
+        EXPECT_EQ(ParseBytes("<a/>", id).errors, std::vector<VString>{});
+        const ParseResult result = ParseBytes("<a>", id);
+        ASSERT_EQ(result.errors.size(), 1u);
+        EXPECT_TRUE(result.errors[0].endsWith(VString(" (id: ") + id + ")"));
+    }
+}
+
+TEST(XercesXMLParserTest, MetadataIsNoError)
+{
+    Utf8InputSource source("<a>", "id", false);
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
+    parser->Parse();
+    EXPECT_EQ(parser->GetMetadataForErrors(), std::vector<VError::ErrorInfo>{VError::ErrorInfo::NoError});
+}
+
+TEST(XercesXMLParserTest, WarningsWithoutErrorAreNotReported)
+{
+    const ParseResult result = ParseBytes("<!DOCTYPE a [<!ATTLIST a b CDATA '1'><!ATTLIST a b CDATA '2'>]><a/>");
+    EXPECT_EQ(result.warnings, std::vector<VString>{});
+    EXPECT_EQ(result.errors, std::vector<VString>{});
+}
+
+TEST(XercesXMLParserTest, DoneHandlerStopsWithoutError)
+{
+    Utf8InputSource source("<a><b/><c/><d/><e/></a>", "id", false);
+    auto handler = std::make_shared<RecordingHandler>();
+    handler->doneAfter = 2;
+    const auto parser = XercesXMLParser::Create(source, handler);
+    parser->Parse();
+    EXPECT_FALSE(parser->HasErrors());
+    EXPECT_GE(handler->events.size(), 2u);
+    EXPECT_LE(handler->events.size(), 3u);
+}
+
+TEST(XercesXMLParserTest, AFaultBehindTheStopIsNotMet)
+{
+    Utf8InputSource source("<a><b></a>", "id", false);
+    auto handler = std::make_shared<RecordingHandler>();
+    handler->doneAfter = 1;
+    const auto parser = XercesXMLParser::Create(source, handler);
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    EXPECT_EQ(handler->events, Events{"<a>"});
+}
+
+TEST(XercesXMLParserTest, ADoneHandlerStaysDone)
+{
+    Utf8InputSource source("<a><b/></a>", "id", false);
+    auto handler = std::make_shared<RecordingHandler>();
+    handler->doneAfter = 1;
+    const auto parser = XercesXMLParser::Create(source, handler);
+    parser->Parse();
+    handler->events.clear();
+    parser->Parse();
+    EXPECT_EQ(handler->events, Events{});
+    EXPECT_FALSE(parser->HasErrors());
+}
+
+template <typename Exception>
+std::unique_ptr<XercesXMLParser> ParseThrowing(InputSource& source, Exception exception)
+{
+    auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::ThrowingHandler<Exception>>(std::move(exception)));
+    parser->Parse();
+    return parser;
+}
+
+TEST(XercesXMLParserTest, ParseExceptionIsRecordedTwice)
+{
+    Utf8InputSource source("<a><b/></a>", "id", false);
+    const auto parser = ParseThrowing(source, XMLParseException("enough"));
+    EXPECT_EQ(parser->GetErrors(), (std::vector<VString>{"enough", "enough"}));
+    EXPECT_EQ(parser->GetMetadataForErrors().size(), 2u);
+    EXPECT_TRUE(parser->HasFatallyErrored());
+}
+
+TEST(XercesXMLParserTest, OtherExceptionsAreUnexpected)
+{
+    Utf8InputSource source("<a><b/></a>", "id", false);
+    for (const auto& parser : {ParseThrowing(source, std::runtime_error("x")), ParseThrowing(source, std::bad_alloc()), ParseThrowing(source, VantoraException("x", VError::ErrorInfo::NoError)), ParseThrowing(source, 7)}) {
+        EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Unexpected exception"});
+        EXPECT_FALSE(parser->HasFatallyErrored());
+    }
+}
+
+TEST(XercesXMLParserTest, DiagnosticsBeforeAnExceptionAreDropped)
+{
+    Utf8InputSource source("<!DOCTYPE a [<!ATTLIST a b CDATA '1'><!ATTLIST a b CDATA '2'>]><a/>", "id", false);
+    const auto parser = ParseThrowing(source, XMLParseException("enough"));
+    EXPECT_EQ(parser->GetErrors().size(), 2u);
+    EXPECT_EQ(parser->GetWarnings(), std::vector<VString>{});
+}
+
+TEST(XercesXMLParserTest, ASourceWithoutAViewIsUnexpected)
+{
+    struct Plain : InputSource {
+        Plain() : InputSource("id") {}
+        bool GetNextLine(std::string&) override { return false; }
+        bool GetBytes(std::string&, unsigned int) override { return false; }
+        void ResetToStart() override {}
+        unsigned long long Size() const override { return 0; }
+    };
+    Plain source;
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Unexpected exception"});
+}
+
+TEST(XercesXMLParserTest, ParsingWithErrorsIsAnAssertion)
+{
+    // Parse() clears the lists; only a derived class could get here.
+    struct Exposed : XercesXMLParser {
+        using XercesXMLParser::XercesXMLParser;
+        static void CallDoParse(XercesXMLParser& parser) { (parser.*(&Exposed::DoParse))(); }
+        static void CallError(XercesXMLParser& parser) { (parser.*(&Exposed::Error))("bad", VError::ErrorInfo::NoError); }
+    };
+    Utf8InputSource source("<a/>", "id", false);
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
+    Exposed::CallError(*parser);
+    testsupport::ExpectLogicException([&] { Exposed::CallDoParse(*parser); }, "vancorexml\\main\\parser\\XercesXMLParser", 231, "HasErrors() == false", 0xE60C9000);
+}
+
+TEST(XercesXMLParserTest, KnowsItsPositionDuringTheParse)
+{
+    struct Locating : RecordingHandler {
+        void StartElement(const VString& name, const AttributeMap& attributes) override
+        {
+            int line = 0;
+            int column = 0;
+            parser->GetCurrentLocation(line, column);
+            positions.push_back(name.toStdString() + " " + std::to_string(line) + "," + std::to_string(column));
+            RecordingHandler::StartElement(name, attributes);
+        }
+        SAXFileLocation* parser = nullptr;
+        Events positions;
+    };
+    Utf8InputSource source("<a>\n  <b\n/></a>", "id", false);
+    auto handler = std::make_shared<Locating>();
+    const auto parser = XercesXMLParser::Create(source, handler);
+    handler->parser = parser.get();
+    parser->Parse();
+    EXPECT_EQ(handler->positions, (Events{"a 1,4", "b 3,3"}));
+}
+
+TEST(XercesXMLParserTest, HasNoPositionBeforeAParse)
+{
+    Utf8InputSource source("<a/>", "id", false);
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
+    int line = -1;
+    int column = -2;
+    parser->GetCurrentLocation(line, column);
+    EXPECT_EQ(line, -1);
+    EXPECT_EQ(column, -2);
+}
+
+TEST(XercesXMLParserTest, ReloadParsesAnotherDocumentWithAnotherHandler)
+{
+    Utf8InputSource source("<a/>", "id", false);
+    auto first = std::make_shared<RecordingHandler>();
+    const auto parser = XercesXMLParser::Create(source, first);
+    parser->Parse();
+    Utf8InputSource other("<b/>", "id", false);
+    auto second = std::make_shared<RecordingHandler>();
+    parser->Reload(other, second);
+    EXPECT_EQ(first.use_count(), 1);
+    parser->Parse();
+    EXPECT_EQ(first->events, (Events{"<a>", "</>"}));
+    EXPECT_EQ(second->events, (Events{"<b>", "</>"}));
+}
+
+TEST(XercesXMLParserTest, SharesItsHandler)
+{
+    Utf8InputSource source("<a/>", "id", false);
+    auto handler = std::make_shared<RecordingHandler>();
+    {
+        const auto parser = XercesXMLParser::Create(source, handler);
+        EXPECT_GT(handler.use_count(), 1);
+    }
+    EXPECT_EQ(handler.use_count(), 1);
+}
+
+TEST(XercesXMLParserTest, MeasuresItsSteps)
+{
+    std::vector<std::string> names;
+    Metrics::SetSink([&](const Metrics::ScopeRecord& record) { names.push_back(record.name); });
+    ParseBytes("<a/>");
+    Metrics::SetSink(nullptr);
+    EXPECT_THAT(names, testing::IsSupersetOf({"XercesXMLParser_PrepareParserState", "XercesXMLParser_DoXercesParse"}));
+}
+
+}  // namespace
