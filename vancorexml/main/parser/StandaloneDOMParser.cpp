@@ -1,0 +1,118 @@
+#include "vancorexml/main/parser/StandaloneDOMParser.h"
+
+#include <utility>
+
+#include "metrics2/Metrics.h"
+#include "vancoredata/VResource.h"
+#include "vancoreplatform/VScanString.h"
+#include "vancorexml/main/parser/InputSourceUtils.h"
+#include "vancorexml/main/parser/SAXInterface.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
+
+namespace {
+
+// Builds the tree from the parser's callbacks.
+class StandaloneDOMBuilder : public SAXInterface {
+public:
+    explicit StandaloneDOMBuilder(bool keepWhitespaceText) : m_root(std::make_unique<StandaloneDOMElement>("Document")), m_open{m_root.get()}, m_keepWhitespaceText(keepWhitespaceText) {}
+
+    void StartElement(const VString& name, const AttributeMap& attributes) override
+    {
+        auto element = std::make_unique<StandaloneDOMElement>(name);
+        element->SetAttributes(attributes);
+        m_open.push_back(element.get());
+        m_open[m_open.size() - 2]->AppendChild(std::move(element));
+    }
+
+    void EndElement() override { m_open.pop_back(); }
+
+    void Characters(const VString& text) override
+    {
+        VScanString scan(text);
+        scan.skipWhitespace();
+        if (m_keepWhitespaceText || !scan.IsAtEnd()) m_open.back()->AppendText(text);
+    }
+
+    std::unique_ptr<StandaloneDOMElement> TakeRoot() { return std::move(m_root); }
+
+private:
+    std::unique_ptr<StandaloneDOMElement> m_root;
+    std::vector<StandaloneDOMElement*> m_open;  // the root and the elements open now
+    bool m_keepWhitespaceText;
+};
+
+}  // namespace
+
+struct StandaloneDOMParser::Impl {
+    std::vector<std::unique_ptr<InputSource>> xsdSources;
+    std::function<void(const DOMParserStatistics&)> statisticsHandler;
+};
+
+StandaloneDOMParser::StandaloneDOMParser() : m_impl(std::make_unique<Impl>()) {}
+
+StandaloneDOMParser::~StandaloneDOMParser() = default;
+
+void StandaloneDOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
+{
+    m_impl->xsdSources.push_back(std::move(source));
+}
+
+void StandaloneDOMParser::AddXSDResourceId(QtVanResourceId id)
+{
+    const VString name = LookupResource(id);
+    AddXSDInputSource(std::make_unique<StringInputSource>(UTF8StringVResource(name).GetString(), name, false));
+}
+
+void StandaloneDOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler)
+{
+    m_impl->statisticsHandler = std::move(handler);
+}
+
+StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlBytes(const std::vector<unsigned char>& bytes) const
+{
+    const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlBytes");
+    BinaryInputSource source(bytes, VString(), false);
+    return ParseXmlInputSource(source, false);
+}
+
+StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlFile(const VString& fileName) const
+{
+    const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlFile");
+    const std::unique_ptr<InputSource> source = InputSourceUtils::InputSourceFromFileName(fileName, true);
+    return ParseXmlInputSource(*source, false);
+}
+
+StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const VString& text, VString id) const
+{
+    const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlString");
+    StringInputSource source(text.trimLeft(), id, false);
+    return ParseXmlInputSource(source, false);
+}
+
+StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const std::string& utf8, VString id) const
+{
+    return ParseXmlString(VString::fromStdString(utf8), std::move(id));
+}
+
+StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const char* utf8, VString id) const
+{
+    return ParseXmlString(VString(utf8), std::move(id));
+}
+
+StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const
+{
+    const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlInputSource");
+    const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
+    const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
+    for (const std::unique_ptr<InputSource>& schema : m_impl->xsdSources) {
+        // The parse before has read it to its end.
+        schema->ResetToStart();
+        parser->LoadXSDSource(*schema);
+    }
+    parser->Parse();
+    std::vector<VString> errors;
+    if (parser->HasErrors()) errors.assign(parser->GetErrors().begin(), parser->GetErrors().end());
+    if (m_impl->statisticsHandler) m_impl->statisticsHandler({source.Size(), source.Id()});
+    return {builder->TakeRoot(), std::move(errors)};
+}
