@@ -168,8 +168,11 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
     XercesXMLParser& driver = m_impl->PrepareDriver(source, builder);
     if (m_impl->enableLineNumbers)
         builder->SetLocationProvider(driver);
-    for (const std::unique_ptr<InputSource>& schema : m_impl->xsdSources)
+    for (const std::unique_ptr<InputSource>& schema : m_impl->xsdSources) {
+        // The parse before has read it to its end.
+        schema->ResetToStart();
         driver.LoadXSDSource(*schema);
+    }
     CopyErrors(driver, document->GetRoot());
     driver.Parse();
     CopyErrors(driver, document->GetRoot());
