@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -63,7 +64,7 @@ TEST(XMLFormatterValuesTest, DoublesComeBack)
         double value;
         std::memcpy(&value, &bits, sizeof value);
         if (!std::isfinite(value)) continue;
-        ASSERT_EQ(std::stod(XMLFormatter::FormatDoubleAttribute(std::fpclassify(value) == FP_SUBNORMAL ? value * 1e300 : value).toStdString()), std::fpclassify(value) == FP_SUBNORMAL ? value * 1e300 : value);
+        ASSERT_EQ(std::strtod(XMLFormatter::FormatDoubleAttribute(value).toStdString().c_str(), nullptr), value);
     }
 }
 
