@@ -150,14 +150,14 @@ private:
 
 constexpr std::size_t PieceBytes = 0x10000;
 
-// The offset of the first byte that does not fit, which lies behind `start`: the pieces
-// before are known to be good.
-std::size_t FindBadByte(const Input& input, const QTextCodec& codec, std::size_t start)
+// The offset of the first character that does not fit, which ends in the piece at `piece`
+// and may begin in the one before.
+std::size_t FindBadByte(const Input& input, const QTextCodec& codec, std::size_t piece)
 {
     CodecReader reader(codec);
-    std::size_t character = 0;   // where the character that is being read began
+    const std::size_t start = piece == 0 ? 0 : piece - PieceBytes;
     for (std::size_t position = 0; position < start; position += PieceBytes) reader.Read(input.bytes + position, PieceBytes);
-    if (start > 0) character = start;
+    std::size_t character = start;   // where the character that is being read began
     for (std::size_t position = start; position < input.length; ++position) {
         if (!reader.Read(input.bytes + position, 1)) break;
         if (!reader.Piece().isEmpty()) character = position + 1;
@@ -234,19 +234,22 @@ VString VFile::LoadTextFile(const VString& fileName, bool useXmlDeclaration)
 {
     VFile file{VPath(fileName)};
     file.OpenForReading();
-    // Not the size that the file system tells: it is 0 for pipes, and files grow.
-    constexpr std::size_t pieceBytes = 0x100000;
     // No encoding takes more than four bytes for a code unit.
     constexpr std::size_t mostBytes = std::size_t{4} * VString::MaxLength;
     std::string bytes;
+    // The size is a hint only: it is 0 for pipes, and files grow. With one byte to spare
+    // the end is found without growing.
     bytes.reserve(static_cast<std::size_t>(std::min<unsigned long long>(file.Size() + 1, mostBytes)));
-    for (;;) {
-        const std::size_t before = bytes.size();
-        bytes.resize(before + pieceBytes);
-        const std::size_t read = file.Read(bytes.data() + before, pieceBytes);
-        bytes.resize(before + read);
-        if (read < pieceBytes) break;
-        if (bytes.size() > mostBytes) ThrowReadError(fileName, "the text is too long");
+    for (std::size_t done = 0;;) {
+        bytes.resize(std::max(bytes.capacity(), done + PieceBytes));
+        const std::size_t wanted = bytes.size() - done;
+        const std::size_t read = file.Read(bytes.data() + done, wanted);
+        done += read;
+        if (read < wanted) {
+            bytes.resize(done);
+            break;
+        }
+        if (done > mostBytes) ThrowReadError(fileName, "the text is too long");
     }
     return DecodeText(bytes.data(), bytes.size(), fileName, useXmlDeclaration);
 }

@@ -79,6 +79,12 @@ std::size_t CountMarks(const char* utf8, std::size_t length) noexcept
     return count;
 }
 
+// At least one code unit comes of each.
+std::size_t CountCharacters(const char* utf8, std::size_t length) noexcept
+{
+    return static_cast<std::size_t>(std::count_if(utf8, utf8 + length, [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
 // The end of a piece of about `limit` bytes that cuts no sequence.
 std::size_t CutUtf8(const char* utf8, std::size_t begin, std::size_t length, std::size_t limit) noexcept
 {
@@ -104,15 +110,12 @@ VString::VString(const char16_t* text, std::size_t length) : m_text(::ToQString(
 
 VString VString::fromUtf8(const char* utf8, std::size_t length)
 {
-    const std::size_t marks = CountMarks(utf8, length);
-    CheckGrowth(0, marks);
-    std::size_t position = marks * 3;
-    if (marks == 0 && length <= MaxUnits) return QString::fromUtf8(utf8, static_cast<int>(length));
-    VString result(QString(static_cast<int>(marks), QChar(QChar::ByteOrderMark)));
-    // Pieces, because Qt takes no more than this at a time and drops a mark at the
-    // start of each.
-    constexpr std::size_t pieceBytes = 0x10000000;
-    while (position < length) {
+    if (length <= MaxUnits && CountMarks(utf8, length) == 0) return QString::fromUtf8(utf8, static_cast<int>(length));
+    if (length > MaxUnits) CheckGrowth(0, CountCharacters(utf8, length));
+    VString result;
+    // Pieces, because Qt counts bytes in int and drops a mark at the start of each.
+    constexpr std::size_t pieceBytes = 0x100000;
+    for (std::size_t position = 0; position < length;) {
         const std::size_t end = CutUtf8(utf8, position, length, pieceBytes);
         const std::size_t leading = CountMarks(utf8 + position, end - position);
         CheckGrowth(result.m_text.size(), leading);

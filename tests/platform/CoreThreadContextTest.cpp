@@ -1,0 +1,70 @@
+#include "vancoreplatform/CoreThreadContext.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+TEST(CoreThreadContextTest, ThereIsNoSessionAtFirst)
+{
+    ASSERT_TRUE(CoreThreadContext::HasSessionId);
+    EXPECT_FALSE(CoreThreadContext::HasSessionId());
+}
+
+TEST(CoreThreadContextTest, TheHostMayAnswerForSessions)
+{
+    const auto before = CoreThreadContext::HasSessionId;
+    CoreThreadContext::HasSessionId = [] { return true; };
+    EXPECT_TRUE(CoreThreadContext::HasSessionId());
+    CoreThreadContext::HasSessionId = before;
+    EXPECT_FALSE(CoreThreadContext::HasSessionId());
+}
+
+TEST(CoreThreadContextTest, AMissingObjectIsEmpty)
+{
+    EXPECT_TRUE(CoreThreadContext::GetGenericObject("CoreThreadContextTest.missing").empty());
+}
+
+TEST(CoreThreadContextTest, ObjectsAreKeptByName)
+{
+    CoreThreadContext::SetGenericObject("CoreThreadContextTest.a", 1);
+    CoreThreadContext::SetGenericObject("CoreThreadContextTest.b", VString("two"));
+    CoreThreadContext::SetGenericObject("CoreThreadContextTest.a", 3);
+    EXPECT_EQ(boost::any_cast<int>(CoreThreadContext::GetGenericObject("CoreThreadContextTest.a")), 3);
+    EXPECT_EQ(boost::any_cast<VString>(CoreThreadContext::GetGenericObject("CoreThreadContextTest.b")), VString("two"));
+}
+
+TEST(CoreThreadContextTest, EachThreadHasItsOwnObjects)
+{
+    CoreThreadContext::SetGenericObject("CoreThreadContextTest.own", 1);
+    bool emptyThere = false;
+    std::thread([&emptyThere] {
+        emptyThere = CoreThreadContext::GetGenericObject("CoreThreadContextTest.own").empty();
+        CoreThreadContext::SetGenericObject("CoreThreadContextTest.own", 2);
+    }).join();
+    EXPECT_TRUE(emptyThere);
+    EXPECT_EQ(boost::any_cast<int>(CoreThreadContext::GetGenericObject("CoreThreadContextTest.own")), 1);
+}
+
+TEST(CoreThreadContextTest, AProcessObjectIsMadeOnceForAllThreads)
+{
+    std::atomic<int> made{0};
+    const auto ask = [&made] {
+        return CoreThreadContext::GetProcessObject("CoreThreadContextTest.process", [&made] { return boost::any(++made); });
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) threads.emplace_back(ask);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(boost::any_cast<int>(ask()), 1);
+    EXPECT_EQ(made, 1);
+}
+
+TEST(CoreThreadContextTest, AProcessObjectThatFailedIsTriedAgain)
+{
+    const auto fail = []() -> boost::any { throw std::runtime_error("not yet"); };
+    EXPECT_THROW(CoreThreadContext::GetProcessObject("CoreThreadContextTest.failed", fail), std::runtime_error);
+    const boost::any object = CoreThreadContext::GetProcessObject("CoreThreadContextTest.failed", [] { return boost::any(5); });
+    EXPECT_EQ(boost::any_cast<int>(object), 5);
+}

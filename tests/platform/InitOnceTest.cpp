@@ -1,0 +1,44 @@
+#include "vansys/InitOnce.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "vansys/VRecursiveMutex.h"
+
+TEST(InitOnceTest, RunsOnceForAllThreads)
+{
+    InitOnce once;
+    std::atomic<int> runs{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&] {
+            once([&runs] { ++runs; });
+            EXPECT_EQ(runs, 1);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(runs, 1);
+}
+
+TEST(VRecursiveMutexTest, ItsHolderTakesItAgain)
+{
+    VRecursiveMutex mutex;
+    const VRecursiveMutexLocker outer(mutex);
+    const VRecursiveMutexLocker inner(mutex);
+    bool takenElsewhere = true;
+    std::thread([&] { takenElsewhere = mutex.try_lock(); }).join();
+    EXPECT_FALSE(takenElsewhere);
+}
+
+TEST(InitOnceTest, AFailureIsTriedAgain)
+{
+    InitOnce once;
+    EXPECT_THROW(once([] { throw std::runtime_error("not yet"); }), std::runtime_error);
+    bool ran = false;
+    once([&ran] { ran = true; });
+    EXPECT_TRUE(ran);
+}

@@ -1,0 +1,102 @@
+#include "metrics2/Metrics.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+// Collects finished scopes while it lives.
+class Collection {
+public:
+    explicit Collection(std::uint64_t bits = Metrics::XmlCategory)
+    {
+        Metrics::SetSink([this](const Metrics::ScopeRecord& record) { records.push_back(record); }, bits);
+    }
+    ~Collection() { Metrics::SetSink({}); }
+
+    std::vector<Metrics::ScopeRecord> records;
+};
+
+}  // namespace
+
+TEST(MetricsTest, AreOffUntilThereIsASink)
+{
+    EXPECT_FALSE(Metrics::TestBitsAndContext(~std::uint64_t{0}));
+    const Metrics::Scope scope("off");
+    EXPECT_FALSE(scope.IsOpen());
+}
+
+TEST(MetricsTest, AFinishedScopeHasItsValuesInOrder)
+{
+    Collection collection;
+    {
+        Metrics::Scope scope("parse");
+        EXPECT_TRUE(scope.IsOpen());
+        scope.Record("id", "a.xml");
+        scope.Record("bytes", std::uint64_t{12});
+    }
+    ASSERT_EQ(collection.records.size(), 1u);
+    EXPECT_STREQ(collection.records[0].name, "parse");
+    const std::vector<std::pair<VString, VString>> values{{"id", "a.xml"}, {"bytes", "12"}};
+    EXPECT_EQ(collection.records[0].values, values);
+}
+
+TEST(MetricsTest, TheTimeOfAScopeContainsThatOfItsInner)
+{
+    Collection collection;
+    {
+        const Metrics::Scope outer("outer");
+        const Metrics::Scope inner("inner");
+    }
+    ASSERT_EQ(collection.records.size(), 2u);
+    EXPECT_STREQ(collection.records[0].name, "inner");
+    EXPECT_GE(collection.records[1].nanoseconds, collection.records[0].nanoseconds);
+}
+
+TEST(MetricsTest, XmlWorkHasItsCategory)
+{
+    EXPECT_EQ(Metrics::XmlCategory, 0x80000000000u);
+    Collection collection;
+    EXPECT_TRUE(Metrics::TestBitsAndContext(Metrics::XmlCategory));
+    EXPECT_TRUE(Metrics::TestBitsAndContext(Metrics::XmlCategory | 1));
+    EXPECT_FALSE(Metrics::TestBitsAndContext(1));
+}
+
+TEST(MetricsTest, ScopesOfOtherCategoriesAreNotCollected)
+{
+    Collection collection(2);
+    {
+        const Metrics::Scope xml("xml");
+        const Metrics::Scope other("other", 2 | 4);
+    }
+    ASSERT_EQ(collection.records.size(), 1u);
+    EXPECT_STREQ(collection.records[0].name, "other");
+}
+
+TEST(MetricsTest, NothingIsRecordedInAClosedScope)
+{
+    std::vector<Metrics::ScopeRecord> records;
+    {
+        Metrics::Scope scope("early");
+        scope.Record("key", "value");
+        Metrics::SetSink([&records](const Metrics::ScopeRecord& record) { records.push_back(record); });
+    }
+    Metrics::SetSink({});
+    EXPECT_TRUE(records.empty());
+    EXPECT_FALSE(Metrics::TestBitsAndContext(Metrics::XmlCategory));
+}
+
+TEST(MetricsTest, EveryThreadReachesTheSink)
+{
+    Collection collection;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([] {
+            for (int round = 0; round < 100; ++round) Metrics::Scope scope("work");
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(collection.records.size(), 400u);
+}

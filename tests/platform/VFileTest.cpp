@@ -1,0 +1,171 @@
+#include "vancoreplatform/VFile.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <string>
+
+#include "tests/common/TestSupport.h"
+#include "vancoreplatform/VIOException.h"
+
+using testing::HasSubstr;
+using testsupport::TemporaryFolder;
+
+namespace {
+
+// The message of the failure that `run` throws.
+std::string FailureOf(const std::function<void()>& run)
+{
+    try {
+        run();
+    } catch (const VIO::Exception& exception) {
+        EXPECT_EQ(exception.GetMessage().toStdString(), exception.what());
+        return exception.what();
+    }
+    ADD_FAILURE() << "no VIO::Exception";
+    return {};
+}
+
+std::string ReadSome(VFile& file, std::size_t count)
+{
+    std::string bytes(count, '?');
+    bytes.resize(file.Read(bytes.data(), count));
+    return bytes;
+}
+
+}  // namespace
+
+TEST(VFileTest, ReadsInPiecesToTheEnd)
+{
+    const TemporaryFolder folder;
+    VFile file(folder.Write("a.txt", std::string("ab\0cd", 5)));
+    file.OpenForReading();
+    EXPECT_EQ(file.Size(), 5u);
+    EXPECT_EQ(ReadSome(file, 3), std::string("ab\0", 3));
+    EXPECT_EQ(ReadSome(file, 3), "cd");
+    EXPECT_EQ(ReadSome(file, 3), "");
+}
+
+TEST(VFileTest, SeeksFromTheStart)
+{
+    const TemporaryFolder folder;
+    VFile file(folder.Write("a.txt", "abcdef"));
+    file.OpenForReading();
+    EXPECT_EQ(ReadSome(file, 6), "abcdef");
+    file.Seek(2);
+    EXPECT_EQ(ReadSome(file, 2), "cd");
+    file.Seek(0);
+    EXPECT_EQ(ReadSome(file, 2), "ab");
+}
+
+TEST(VFileTest, OpeningAgainStartsOver)
+{
+    const TemporaryFolder folder;
+    VFile file(folder.Write("a.txt", "abc"));
+    file.OpenForReading();
+    ReadSome(file, 2);
+    file.OpenForReading();
+    EXPECT_EQ(ReadSome(file, 3), "abc");
+}
+
+TEST(VFileTest, SeekingOutOfRangeThrows)
+{
+    const TemporaryFolder folder;
+    VFile file(folder.Write("a.txt", "abc"));
+    file.OpenForReading();
+    EXPECT_THROW(file.Seek(~0ull), VIO::Exception);
+}
+
+TEST(VFileTest, AMissingFileIsNamedWithTheReason)
+{
+    const TemporaryFolder folder;
+    const VString path = folder.Path("missing.xml");
+    const std::string message = FailureOf([&] { VFile(path).OpenForReading(); });
+    EXPECT_THAT(message, HasSubstr("missing.xml"));
+    EXPECT_THAT(message, HasSubstr("No such file"));
+}
+
+TEST(VFileTest, ADirectoryIsRefused)
+{
+    const TemporaryFolder folder;
+    for (const VString& path : {folder.Path("."), folder.Path("") + "/"}) {
+        EXPECT_THAT(FailureOf([&] { VFile(path).OpenForReading(); }), HasSubstr("directory"));
+        EXPECT_THAT(FailureOf([&] { VFile::LoadTextFile(path, true); }), HasSubstr("directory"));
+        EXPECT_THAT(FailureOf([&] { GetFileSize(path); }), HasSubstr("directory"));
+    }
+}
+
+TEST(VFileTest, TheEmptyNameIsRefused)
+{
+    EXPECT_THROW(VFile("").OpenForReading(), VIO::Exception);
+    EXPECT_THROW(GetFileSize(""), VIO::Exception);
+}
+
+TEST(VFileTest, ANameDoesNotEndAtANul)
+{
+    const TemporaryFolder folder;
+    const VString path = folder.Write("a.txt", "abc") + VString(u"\0.xml", 5);
+    EXPECT_THROW(VFile(path).OpenForReading(), VIO::Exception);
+    EXPECT_THROW(GetFileSize(path), VIO::Exception);
+}
+
+TEST(VFileTest, NamesBesideAsciiAreFound)
+{
+    const TemporaryFolder folder;
+    const VString path = folder.Write(u"größe 文 \U0001F600.txt", "abc");
+    EXPECT_EQ(GetFileSize(path), 3u);
+    EXPECT_EQ(VFile::LoadTextFile(path, false), VString("abc"));
+}
+
+TEST(VFileTest, EmbeddedResourcesAreNotFiles)
+{
+    ASSERT_TRUE(QFile::exists(QStringLiteral(":/platform-tests/greeting")));
+    EXPECT_THROW(VFile(":/platform-tests/greeting").OpenForReading(), VIO::Exception);
+    EXPECT_THROW(GetFileSize(":/platform-tests/greeting"), VIO::Exception);
+}
+
+TEST(VFileTest, SizesAreInBytes)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(GetFileSize(folder.Write("a.txt", "größe")), 7u);
+    EXPECT_EQ(GetFileSize(folder.Write("b.txt", "")), 0u);
+}
+
+TEST(VFileTest, TheSizeOfAMissingFileThrows)
+{
+    const TemporaryFolder folder;
+    EXPECT_THAT(FailureOf([&] { GetFileSize(folder.Path("missing.xml")); }), HasSubstr("missing.xml"));
+}
+
+TEST(VFileTest, LoadsTextFiles)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(VFile::LoadTextFile(folder.Write("a.txt", "größe"), true), VString("größe"));
+    EXPECT_EQ(VFile::LoadTextFile(folder.Write("b.txt", ""), true), VString());
+}
+
+TEST(VFileTest, LoadsFilesThatAreLargerThanOneRead)
+{
+    const TemporaryFolder folder;
+    std::string bytes;
+    for (int i = 0; i < 400000; ++i) bytes += std::to_string(i) + "\n";
+    EXPECT_EQ(VFile::LoadTextFile(folder.Write("a.txt", bytes), true).toStdString(), bytes);
+}
+
+TEST(VFileTest, LoadingNamesTheFileOfABadByte)
+{
+    const TemporaryFolder folder;
+    const VString path = folder.Write("bad.xml", "ab\xFF");
+    const std::string message = FailureOf([&] { VFile::LoadTextFile(path, true); });
+    EXPECT_THAT(message, HasSubstr("bad.xml"));
+    EXPECT_THAT(message, HasSubstr("offset 2"));
+}
+
+TEST(VFileTest, ATextThatNoStringHoldsThrows)
+{
+    const TemporaryFolder folder;
+    const VString path = folder.Write("huge.xml", "");
+    QFile file(path.ToQString());
+    ASSERT_TRUE(file.resize(qint64{VString::MaxLength} + 1));
+    EXPECT_THAT(FailureOf([&] { VFile::LoadTextFile(path, true); }), HasSubstr("too long"));
+}

@@ -1,0 +1,121 @@
+#include "vansys/VHash32.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "vansys/SipHash.h"
+
+namespace {
+
+// A hundred thousand short texts that differ little.
+std::vector<VString> ManyTexts()
+{
+    std::vector<VString> texts;
+    for (int i = 0; i < 50000; ++i) {
+        texts.push_back("name" + VString::number(i));
+        texts.push_back(VString::number(i) + "-id");
+    }
+    return texts;
+}
+
+struct Vector {
+    std::size_t length;
+    std::uint64_t hash;
+};
+
+}  // namespace
+
+TEST(SipHashTest, GivesThePublishedHashes)
+{
+    const SipKey key{0x0706050403020100, 0x0F0E0D0C0B0A0908};
+    unsigned char bytes[64];
+    for (unsigned char i = 0; i < sizeof bytes; ++i) bytes[i] = i;
+    // Of the reference's table for two and four rounds, with the bytes 0, 1, 2, ...
+    for (const Vector& vector : {Vector{0, 0x726FDB47DD0E0E31}, Vector{1, 0x74F839C593DC67FD}, Vector{7, 0xAB0200F58B01D137}, Vector{8, 0x93F5F5799A932462}, Vector{15, 0xA129CA6149BE45E5}, Vector{63, 0x958A324CEB064572}}) {
+        EXPECT_EQ((SipHash<2, 4>::Hash(key, bytes, vector.length)), vector.hash) << vector.length;
+    }
+}
+
+TEST(SipHashTest, GivesThePublishedHashesOfFewerRounds)
+{
+    const SipKey key{0x0706050403020100, 0x0F0E0D0C0B0A0908};
+    const unsigned char bytes[] = {0};
+    EXPECT_EQ((SipHash<1, 3>::Hash(key, bytes, 0)), 0xABAC0158050FC4DCu);
+    EXPECT_EQ((SipHash<1, 3>::Hash(key, bytes, 1)), 0xC9F49BF37D57CA93u);
+}
+
+TEST(SipHashTest, TheKeyCounts)
+{
+    const unsigned char bytes[] = {1, 2, 3};
+    const std::uint64_t hash = SipHash<1, 3>::Hash({1, 2}, bytes, 3);
+    EXPECT_NE(hash, (SipHash<1, 3>::Hash({1, 3}, bytes, 3)));
+    EXPECT_NE(hash, (SipHash<1, 3>::Hash({2, 2}, bytes, 3)));
+}
+
+TEST(VHash32Test, EqualTextsHaveEqualHashes)
+{
+    const VString built = VString("na") + "me";
+    EXPECT_FALSE(built.IsSharedWith("name"));
+    EXPECT_EQ(VHash32(built), VHash32("name"));
+    EXPECT_EQ(VSeededHash(built), VSeededHash("name"));
+    EXPECT_EQ(VStringHash()(built), static_cast<std::size_t>(VSeededHash("name")));
+}
+
+TEST(VHash32Test, TheEmptyTextsAreEqualToo)
+{
+    EXPECT_EQ(VHash32(VString()), VHash32(VString("a").left(0)));
+    EXPECT_EQ(VSeededHash(VString()), VSeededHash(VString("a").left(0)));
+}
+
+TEST(VHash32Test, TheUnkeyedHashIsTheSameInEveryRun)
+{
+    EXPECT_EQ(VHash32("name"), VHash32("name", 0xDEADBEEF));
+    EXPECT_NE(VHash32("name", 1), VHash32("name", 2));
+}
+
+TEST(VHash32Test, NulsCount)
+{
+    std::set<std::uint32_t> unkeyed;
+    std::set<std::uint64_t> keyed;
+    for (std::size_t length = 0; length <= 16; ++length) {
+        const std::u16string nuls(length, u'\0');
+        unkeyed.insert(VHash32(VString(nuls.data(), nuls.size())));
+        keyed.insert(VSeededHash(VString(nuls.data(), nuls.size())));
+    }
+    EXPECT_EQ(unkeyed.size(), 17u);
+    EXPECT_EQ(keyed.size(), 17u);
+}
+
+TEST(VHash32Test, DistinctTextsSeldomCollide)
+{
+    std::unordered_set<std::uint32_t> unkeyed;
+    std::unordered_set<std::uint64_t> keyed;
+    const std::vector<VString> texts = ManyTexts();
+    for (const VString& text : texts) {
+        unkeyed.insert(VHash32(text));
+        keyed.insert(VSeededHash(text));
+    }
+    // Of a perfect hash of 32 bits about one pair in a hundred thousand texts collides.
+    EXPECT_GT(unkeyed.size(), texts.size() - 20);
+    EXPECT_EQ(keyed.size(), texts.size());
+}
+
+TEST(VHash32Test, TheLowBitsSpreadToo)
+{
+    std::vector<int> unkeyed(1024);
+    std::vector<int> keyed(1024);
+    const std::vector<VString> texts = ManyTexts();
+    for (const VString& text : texts) {
+        ++unkeyed[VHash32(text) % 1024];
+        ++keyed[VSeededHash(text) % 1024];
+    }
+    // About 98 texts a bucket; ten standard deviations are a hundred.
+    for (std::size_t i = 0; i < 1024; ++i) {
+        EXPECT_LT(unkeyed[i], 198);
+        EXPECT_LT(keyed[i], 198);
+    }
+}

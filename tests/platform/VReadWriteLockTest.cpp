@@ -1,0 +1,206 @@
+#include "vansys/VReadWriteLock.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <future>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "tests/common/TestSupport.h"
+
+namespace {
+
+// A thread that asks for the write lock and has it once it may.
+class Writer {
+public:
+    explicit Writer(VReadWriteLock& lock)
+        : m_thread([this, &lock] {
+              m_asking.set_value();
+              const VWriteLocker locker(lock);
+              m_wrote = true;
+          })
+    {
+        m_asking.get_future().wait();
+    }
+    ~Writer() { m_thread.join(); }
+
+    bool HasWritten() const { return m_wrote; }
+
+private:
+    std::promise<void> m_asking;
+    std::atomic<bool> m_wrote{false};
+    std::thread m_thread;
+};
+
+// Runs on another thread, to its end.
+template <typename Function>
+void Elsewhere(Function function)
+{
+    std::thread(function).join();
+}
+
+}  // namespace
+
+TEST(VReadWriteLockTest, ReadersShare)
+{
+    VReadWriteLock lock(0);
+    const VReadLocker here(lock);
+    bool readThere = false;
+    Elsewhere([&] {
+        const VReadLocker there(lock);
+        readThere = true;
+    });
+    EXPECT_TRUE(readThere);
+}
+
+TEST(VReadWriteLockTest, AReaderKeepsAWriterOut)
+{
+    VReadWriteLock lock(0);
+    auto reader = std::make_unique<VReadLocker>(lock);
+    Writer writer(lock);
+    EXPECT_FALSE(writer.HasWritten());
+    reader.reset();
+}
+
+TEST(VReadWriteLockTest, AReaderReentersPastAWaitingWriter)
+{
+    VReadWriteLock lock(0);
+    auto reader = std::make_unique<VReadLocker>(lock);
+    Writer writer(lock);
+    for (int i = 0; i < 1000; ++i) {
+        const VReadLocker again(lock);
+        EXPECT_FALSE(writer.HasWritten());
+    }
+    reader.reset();
+}
+
+TEST(VReadWriteLockTest, AWriterReenters)
+{
+    VReadWriteLock lock(0);
+    auto outer = std::make_unique<VWriteLocker>(lock);
+    Writer other(lock);
+    {
+        const VWriteLocker inner(lock);
+    }
+    EXPECT_FALSE(other.HasWritten());
+    outer.reset();
+}
+
+TEST(VReadWriteLockTest, AWriterReads)
+{
+    VReadWriteLock lock(0);
+    auto outer = std::make_unique<VWriteLocker>(lock);
+    Writer other(lock);
+    {
+        const VReadLocker inner(lock);
+        const VWriteLocker innermost(lock);
+        const VReadLocker last(lock);
+    }
+    EXPECT_FALSE(other.HasWritten());
+    outer.reset();
+}
+
+TEST(VReadWriteLockTest, ReleasesInAnyOrderOfModes)
+{
+    VReadWriteLock lock(0);
+    lock.LockForWrite();
+    lock.LockForRead();
+    lock.UnlockWrite();
+    {
+        Writer other(lock);
+        EXPECT_FALSE(other.HasWritten());
+        lock.UnlockRead();
+    }
+    Elsewhere([&lock] { const VWriteLocker there(lock); });
+}
+
+TEST(VReadWriteLockTest, WritingUnderAReadRaisesTheAssertion)
+{
+    VReadWriteLock lock(0);
+    const VReadLocker reader(lock);
+    try {
+        lock.LockForWrite();
+        FAIL() << "no assertion";
+    } catch (const LogicException& exception) {
+        EXPECT_EQ(exception.GetFile(), VString("vansys\\VReadWriteLock"));
+        EXPECT_GT(exception.GetLine(), 0);
+        EXPECT_EQ(exception.GetExpression(), VString("no write lock under a read lock"));
+        EXPECT_EQ(exception.GetErrorInfo().GetCode(), 0x5D1E7A60u);
+        EXPECT_EQ(exception.GetErrorInfo().GetKey(), VString("LogicException_LogicAssert_0x5D1E7A60"));
+    }
+}
+
+TEST(VReadWriteLockTest, TheAssertionLeavesTheReadLockAsItWas)
+{
+    VReadWriteLock lock(0);
+    {
+        const VReadLocker reader(lock);
+        EXPECT_THROW(lock.LockForWrite(), LogicException);
+        Elsewhere([&lock] { const VReadLocker there(lock); });
+    }
+    Elsewhere([&lock] { const VWriteLocker there(lock); });
+}
+
+TEST(VReadWriteLockTest, AReleaseWithoutATakeDoesNothing)
+{
+    VReadWriteLock lock(0);
+    lock.UnlockRead();
+    lock.UnlockWrite();
+    const VReadLocker reader(lock);
+    lock.UnlockWrite();
+    Elsewhere([&lock] { lock.UnlockRead(); });
+    EXPECT_THROW(lock.LockForWrite(), LogicException);
+}
+
+TEST(VReadWriteLockTest, AThreadHoldsManyLocks)
+{
+    std::vector<std::unique_ptr<VReadWriteLock>> locks;
+    for (int i = 0; i < 40; ++i) {
+        locks.push_back(std::make_unique<VReadWriteLock>(0));
+        locks.back()->LockForRead();
+    }
+    for (const auto& lock : locks) {
+        lock->LockForRead();
+        EXPECT_THROW(lock->LockForWrite(), LogicException);
+        lock->UnlockRead();
+    }
+    for (std::size_t i = 0; i < locks.size(); i += 2) locks[i]->UnlockRead();
+    for (std::size_t i = 1; i < locks.size(); i += 2) locks[i]->UnlockRead();
+    Elsewhere([&locks] {
+        for (const auto& lock : locks) const VWriteLocker there(*lock);
+    });
+}
+
+TEST(VReadWriteLockTest, AnotherLockAtTheSamePlaceIsFree)
+{
+    for (int i = 0; i < 3; ++i) {
+        VReadWriteLock lock(0);
+        const VWriteLocker writer(lock);
+    }
+}
+
+TEST(VReadWriteLockTest, ManyThreadsSeeNoHalfWrites)
+{
+    VReadWriteLock lock(0);
+    std::array<int, 16> values{};
+    std::atomic<int> faults{0};
+    const auto work = [&](bool writes) {
+        for (int round = 0; round < 500; ++round) {
+            if (writes) {
+                const VWriteLocker writer(lock);
+                for (int& value : values) ++value;
+            }
+            const VReadLocker reader(lock);
+            const VReadLocker again(lock);
+            for (const int value : values) faults += value != values[0];
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) threads.emplace_back(work, i % 2 == 0);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(faults, 0);
+    EXPECT_EQ(values[0], 2000);
+}

@@ -1,0 +1,117 @@
+#include "vancoredata/VResource.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr const char* Folder = ":/platform-tests";
+
+ResourceRegistrationCache& Cache()
+{
+    return ResourceRegistrationCache::GetInstance();
+}
+
+// The embedded folder of these tests, looked into while it lives.
+class RegisteredFolder {
+public:
+    RegisteredFolder() { Cache().AddFolder(Folder); }
+    ~RegisteredFolder() { Cache().RemoveFolder(Folder); }
+};
+
+}  // namespace
+
+TEST(VResourceTest, PathsAreTheAliasWithItsQualifier)
+{
+    EXPECT_EQ(Cache().GetResourcePath("ALIAS", ""), VString("ALIAS"));
+    EXPECT_EQ(Cache().GetResourcePath("ALIAS", "folder"), VString("folder/ALIAS"));
+}
+
+TEST(VResourceTest, AMissingResourceIsInvalidAndEmpty)
+{
+    EXPECT_FALSE(VResource("no-such-resource").isValid());
+    EXPECT_TRUE(UTF8StringVResource("no-such-resource").GetString().IsEmpty());
+}
+
+TEST(VResourceTest, FindsEmbeddedTextsAsTheyAre)
+{
+    const RegisteredFolder folder;
+    EXPECT_TRUE(VResource("greeting").isValid());
+    EXPECT_EQ(UTF8StringVResource("greeting").GetString(), VString(u"\uFEFFgrüß dich\n"));
+    EXPECT_TRUE(VResource(Cache().GetResourcePath("greeting", "inner")).isValid());
+}
+
+TEST(VResourceTest, OnlyRegisteredFoldersAreLookedInto)
+{
+    EXPECT_FALSE(VResource("greeting").isValid());
+}
+
+TEST(VResourceTest, AFolderAddedTwiceIsTakenAwayTwice)
+{
+    Cache().AddFolder(Folder);
+    Cache().AddFolder(Folder);
+    Cache().RemoveFolder(Folder);
+    EXPECT_TRUE(VResource("greeting").isValid());
+    Cache().RemoveFolder(Folder);
+    EXPECT_FALSE(VResource("greeting").isValid());
+    Cache().RemoveFolder(Folder);
+}
+
+TEST(VResourceTest, AFolderIsNoResource)
+{
+    const RegisteredFolder folder;
+    EXPECT_FALSE(VResource("inner").isValid());
+}
+
+TEST(VResourceTest, NamesThatLeadElsewhereAreNoResources)
+{
+    const RegisteredFolder folder;
+    for (const char* name : {"", "/greeting", ":/platform-tests/greeting", "../platform-tests-outside/secret", "inner/../greeting", "inner\\..\\greeting", "..", "/../platform-tests-outside/secret"}) {
+        EXPECT_FALSE(VResource(name).isValid()) << name;
+    }
+    EXPECT_FALSE(VResource("../platform-tests-outside/secret").isValid());
+}
+
+TEST(VResourceTest, RegisteredTextsComeBeforeFolders)
+{
+    const RegisteredFolder folder;
+    Cache().RegisterText("greeting", "hello");
+    EXPECT_EQ(UTF8StringVResource("greeting").GetString(), VString("hello"));
+    Cache().RegisterText("greeting", "good day");
+    EXPECT_EQ(UTF8StringVResource("greeting").GetString(), VString("good day"));
+    Cache().UnregisterText("greeting");
+    EXPECT_EQ(UTF8StringVResource("greeting").GetString(), VString(u"\uFEFFgrüß dich\n"));
+}
+
+TEST(VResourceTest, AnEmptyTextIsAResource)
+{
+    Cache().RegisterText("nothing", "");
+    EXPECT_TRUE(VResource("nothing").isValid());
+    Cache().UnregisterText("nothing");
+    EXPECT_FALSE(VResource("nothing").isValid());
+}
+
+TEST(VResourceTest, FindLeavesTheContentWhenThereIsNone)
+{
+    VString content = "before";
+    EXPECT_FALSE(Cache().Find("no-such-resource", &content));
+    EXPECT_EQ(content, VString("before"));
+}
+
+TEST(VResourceTest, ThreadsRegisterAndFindAtOnce)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([i] {
+            const VString name = "thread-" + VString::number(i);
+            for (int round = 0; round < 200; ++round) {
+                Cache().RegisterText(name, name);
+                EXPECT_EQ(UTF8StringVResource(name).GetString(), name);
+                Cache().UnregisterText(name);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
