@@ -105,6 +105,17 @@ TEST(DOMElementTest, AppendsItsOwnText)
     EXPECT_EQ(element.GetText(), VString("xyxy"));
 }
 
+// Piece by piece as a parser delivers it; copying the whole each time would take hours.
+TEST(DOMElementTest, AppendsManyPiecesInPlace)
+{
+    DOMElement element("a");
+    const VString piece("0123456789");
+    for (int i = 0; i < 1000000; ++i)
+        element.AppendText(piece);
+    EXPECT_EQ(element.GetText().length(), 10000000);
+    EXPECT_EQ(element.GetText()[9999999], u'9');
+}
+
 TEST(DOMElementTest, AnyContentMakesItNonEmpty)
 {
     DOMElement text("a");

@@ -185,7 +185,7 @@ private:
 
     // The root also while m_root is being reset: its destructor must know itself.
     const DOMElement* m_topElement = nullptr;
-    // Changed under the write lock; false exactly when both maps are empty.
+    // Changed under the write lock; false only when both maps are empty.
     std::atomic<bool> m_hasRecords{false};
     // Set, and never taken back, when DetachedElements first holds a link to this document.
     std::atomic<bool> m_isLinkedFromOutside{false};

@@ -222,12 +222,10 @@ void DOM::ClearAllErrorsAndWarnings()
 
 void DOM::ForgetElement(const DOMElement& element)
 {
-    if (&element == m_topElement) {
+    if (&element == m_topElement)
         ClearAllErrorsAndWarnings();
-        return;
-    }
-    EraseErrorsAndWarningsForNode(element);
-    m_index.ElementDies(element);
+    else
+        EraseErrorsAndWarningsForNode(element);
 }
 
 void DOM::CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElement* target)

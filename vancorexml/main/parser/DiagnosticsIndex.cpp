@@ -51,14 +51,6 @@ void DiagnosticsIndex::ElementMoves(const DOMElement& element) noexcept
         DropLocked();
 }
 
-void DiagnosticsIndex::ElementDies(const DOMElement& element) noexcept
-{
-    if (!m_isBuilt)
-        return;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_bits.erase(&element);
-}
-
 void DiagnosticsIndex::Drop() noexcept
 {
     if (!m_isBuilt)

@@ -18,9 +18,10 @@ class DOMElement;
 //
 // A cache: built by the first test that needs it, extended when a record is added, dropped
 // when records go or a parent link with records below it changes. Its keys are living
-// elements of the document only. Where a record's way up passes an element of another
-// document, whose changes the document would not hear of, nothing is kept and every test
-// builds anew.
+// elements of the document only: with a key dies a record below it, or the link through
+// which the record was below it, and either drops the index. Where a record's way up passes
+// an element of another document, whose changes the document would not hear of, nothing is
+// kept and every test builds anew.
 //
 // Ownership: part of its document, whose maps and elements it refers to.
 //
@@ -41,8 +42,6 @@ public:
     void Add(const DOM& document, const DOMElement& element, std::uint8_t bits) noexcept;
     // `element` is about to get another parent or another document.
     void ElementMoves(const DOMElement& element) noexcept;
-    // `element`, which has no records, dies; whatever is below it has died or will follow.
-    void ElementDies(const DOMElement& element) noexcept;
     void Drop() noexcept;
 
 private:
