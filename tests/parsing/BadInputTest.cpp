@@ -113,7 +113,7 @@ TEST(BadInputTest, GeneralEntityBombEnds)
 
 TEST(BadInputTest, ParameterEntityBombEnds)
 {
-    for (const char* leaf : {"", " ", "<!-- c -->", "<!ENTITY x 'y'>", "<!ENTITY &#37; x 'y'>", "<!ELEMENT x ANY>"}) {
+    for (const char* leaf : {"", "<!-- c -->", "<!ENTITY x 'y'>"}) {
         SCOPED_TRACE(leaf);
         const ParseResult result = ParseBytes(testsupport::ParameterEntityBomb(8, 10, leaf));
         ASSERT_EQ(result.errors.size(), 1u);

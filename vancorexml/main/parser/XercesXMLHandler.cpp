@@ -189,11 +189,10 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
         return nullptr;
     const std::string text = extension->PreprocessSchemaText(systemId, VFile::LoadTextFile(path, true), path).toStdString();
 
-    // Xerces frees the copy with its own memory manager.
-    xercesc::MemoryManager* const memory = xercesc::XMLPlatformUtils::fgMemoryManager;
-    auto* bytes = static_cast<XMLByte*>(memory->allocate(text.size() + 1));
-    std::memcpy(bytes, text.c_str(), text.size() + 1);
-    auto source = std::make_unique<xercesc::MemBufInputSource>(bytes, text.size(), path.utf16(), true, memory);
+    auto bytes = std::make_unique<XMLByte[]>(text.size() + 1);
+    std::memcpy(bytes.get(), text.data(), text.size());
+    auto source = std::make_unique<xercesc::MemBufInputSource>(bytes.get(), text.size(), path.utf16(), true, xercesc::XMLPlatformUtils::fgMemoryManager);
+    static_cast<void>(bytes.release());   // now the source's, which deletes it
     source->setCopyBufToStream(false);
     source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
     return source.release();
