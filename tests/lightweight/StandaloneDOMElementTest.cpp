@@ -1,0 +1,348 @@
+#include "vancorexml/main/parser/StandaloneDOMElement.h"
+
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <utility>
+
+#include "tests/common/TestSupport.h"
+
+namespace {
+
+constexpr const char* const File = "vancorexml\\main\\parser\\StandaloneDOMElement";
+
+std::unique_ptr<StandaloneDOMElement> Make(const char* name)
+{
+    return std::make_unique<StandaloneDOMElement>(name);
+}
+
+StandaloneDOMElement& Append(StandaloneDOMElement& parent, const char* name)
+{
+    parent.AppendChild(Make(name));
+    return const_cast<StandaloneDOMElement&>(parent.GetChildren().back().get());
+}
+
+// The nodes as text: names of elements in brackets between the texts.
+std::string Nodes(const StandaloneDOMElement& element)
+{
+    std::string nodes;
+    element.WalkNodes([&nodes](const StandaloneDOMElement& child) { nodes += "[" + child.GetName().toStdString() + "]"; }, [&nodes](const VString& text) { nodes += "(" + text.toStdString() + ")"; });
+    return nodes;
+}
+
+// A tree from random choices, the same for the same seed.
+std::unique_ptr<StandaloneDOMElement> MakeRandomTree(unsigned seed)
+{
+    std::mt19937 random(seed);
+    auto root = Make("root");
+    std::vector<StandaloneDOMElement*> elements{root.get()};
+    for (int i = 0; i < 200; ++i) {
+        StandaloneDOMElement& parent = *elements[random() % elements.size()];
+        switch (random() % 3) {
+        case 0: elements.push_back(&Append(parent, "e")); break;
+        case 1: parent.AppendText("t", random() % 2 == 0); break;
+        default: parent.SetAttribute(VString::number(static_cast<int>(random() % 5)), "v");
+        }
+    }
+    return root;
+}
+
+}  // namespace
+
+TEST(StandaloneDOMElementTest, NewElementHasOnlyItsName)
+{
+    VString name = "b";
+    const StandaloneDOMElement copied(name);
+    const StandaloneDOMElement moved(std::move(name));
+    for (const StandaloneDOMElement* element : {&copied, &moved}) {
+        EXPECT_EQ(element->GetName(), VString("b"));
+        EXPECT_TRUE(element->IsEmpty());
+        EXPECT_FALSE(element->HasAttributes() || element->HasTextOrChildren() || element->HasText() || element->HasChildren() || element->IsEncoded());
+    }
+}
+
+TEST(StandaloneDOMElementTest, NameAndMarkAreSet)
+{
+    StandaloneDOMElement element("a");
+    element.SetName("b");
+    element.SetEncoded(true);
+    EXPECT_EQ(element.GetName(), VString("b"));
+    EXPECT_TRUE(element.IsEncoded());
+}
+
+TEST(StandaloneDOMElementTest, AttributesAreSetOverwrittenAndRemoved)
+{
+    StandaloneDOMElement element("a");
+    element.SetAttribute("x", "1");
+    element.SetAttribute("x", "2");
+    element.SetAttribute("y", "3");
+    EXPECT_EQ(element.GetAttribute("x"), VString("2"));
+    EXPECT_TRUE(element.HasAttribute("y") && element.HasAttributes());
+    element.RemoveAttribute("y");
+    element.RemoveAttribute("y");
+    EXPECT_FALSE(element.HasAttribute("y"));
+    EXPECT_EQ(element.GetAttributes().size(), 1u);
+}
+
+TEST(StandaloneDOMElementTest, SetAttributesReplacesTheMap)
+{
+    StandaloneDOMElement element("a");
+    element.SetAttribute("old", "1");
+    const AttributeMap map{{"x", "1"}};
+    element.SetAttributes(map);
+    EXPECT_EQ(element.GetAttributes(), map);
+    element.SetAttributes(AttributeMap{{"y", "2"}});
+    EXPECT_EQ(element.GetAttribute("y"), VString("2"));
+    element.SetAttributes(element.GetAttributes());
+    element.SetAttributes(std::move(element.GetAttributes()));
+    EXPECT_EQ(element.GetAttribute("y"), VString("2"));
+}
+
+TEST(StandaloneDOMElementTest, TryGetAttributeLeavesTheValueWhenThereIsNone)
+{
+    StandaloneDOMElement element("a");
+    element.SetAttribute("x", "1");
+    VString value = "kept";
+    EXPECT_FALSE(element.TryGetAttribute("y", value));
+    EXPECT_EQ(value, VString("kept"));
+    EXPECT_TRUE(element.TryGetAttribute("x", value));
+    EXPECT_EQ(value, VString("1"));
+}
+
+TEST(StandaloneDOMElementTest, GetAttributeRaisesWhenThereIsNone)
+{
+    const StandaloneDOMElement element("a");
+    testsupport::ExpectLogicException([&] { element.GetAttribute("x"); }, File, 224, "it != m_attributes.end()", 0x16A1A876);
+}
+
+TEST(StandaloneDOMElementTest, TextsSideBySideAreOne)
+{
+    StandaloneDOMElement element("a");
+    element.AppendText("1");
+    element.AppendText("2");
+    EXPECT_EQ(Nodes(element), "(12)");
+    Append(element, "b");
+    element.AppendText("3");
+    EXPECT_EQ(Nodes(element), "(12)[b](3)");
+}
+
+TEST(StandaloneDOMElementTest, TheLastAppendTextSetsTheMark)
+{
+    StandaloneDOMElement element("a");
+    element.AppendText("t", true);
+    EXPECT_TRUE(element.IsEncoded());
+    element.AppendText("u");
+    EXPECT_FALSE(element.IsEncoded());
+}
+
+TEST(StandaloneDOMElementTest, AnEmptyTextIsANode)
+{
+    StandaloneDOMElement element("a");
+    element.AppendText("");
+    EXPECT_TRUE(element.HasTextOrChildren() && element.HasText());
+    EXPECT_FALSE(element.IsEmpty() || element.HasChildren());
+}
+
+TEST(StandaloneDOMElementTest, AnElementWithAttributesIsNotEmpty)
+{
+    StandaloneDOMElement element("a");
+    element.SetAttribute("x", "1");
+    EXPECT_FALSE(element.IsEmpty());
+    EXPECT_FALSE(element.HasTextOrChildren());
+}
+
+TEST(StandaloneDOMElementTest, AppendChildRaisesForNull)
+{
+    StandaloneDOMElement element("a");
+    testsupport::ExpectLogicException([&] { element.AppendChild(nullptr); }, File, 293, "element != nullptr", 0xE9519449);
+    EXPECT_TRUE(element.IsEmpty());
+}
+
+TEST(StandaloneDOMElementTest, InsertChildBeforeLooksForAnEqualChild)
+{
+    StandaloneDOMElement element("a");
+    element.AppendText("t");
+    Append(element, "b");
+    Append(element, "c").SetAttribute("x", "1");
+    Append(element, "c").SetAttribute("x", "1");
+    StandaloneDOMElement equal("c");
+    equal.SetAttribute("x", "1");
+    element.InsertChildBefore(Make("new"), equal);
+    EXPECT_EQ(Nodes(element), "(t)[b][new][c][c]");
+}
+
+TEST(StandaloneDOMElementTest, InsertChildBeforeRaises)
+{
+    StandaloneDOMElement element("a");
+    Append(element, "b");
+    const StandaloneDOMElement other("c");
+    testsupport::ExpectLogicException([&] { element.InsertChildBefore(nullptr, other); }, File, 300, "element != nullptr", 0x41228A24);
+    testsupport::ExpectLogicException([&] { element.InsertChildBefore(Make("new"), other); }, File, 316, "false", 0xAD7AC3BE);
+    EXPECT_EQ(Nodes(element), "[b]");
+}
+
+TEST(StandaloneDOMElementTest, RemoveChildTakesOutThatVeryChild)
+{
+    StandaloneDOMElement element("a");
+    Append(element, "b");
+    StandaloneDOMElement& second = Append(element, "b");
+    element.AppendText("t");
+    const auto removed = element.RemoveChild(second);
+    EXPECT_EQ(removed.get(), &second);
+    EXPECT_EQ(Nodes(element), "[b](t)");
+}
+
+TEST(StandaloneDOMElementTest, RemoveChildRaisesForAnEqualStranger)
+{
+    StandaloneDOMElement element("a");
+    Append(element, "b");
+    const StandaloneDOMElement stranger("b");
+    testsupport::ExpectLogicException([&] { element.RemoveChild(stranger); }, File, 342, "false", 0x108BF60C);
+    EXPECT_EQ(Nodes(element), "[b]");
+}
+
+TEST(StandaloneDOMElementTest, RemoveChildrenLeavesTheTexts)
+{
+    StandaloneDOMElement element("a");
+    element.AppendText("1");
+    Append(element, "b");
+    element.AppendText("2");
+    Append(element, "c");
+    const auto removed = element.RemoveChildren();
+    ASSERT_EQ(removed.size(), 2u);
+    EXPECT_EQ(removed[0]->GetName(), VString("b"));
+    EXPECT_EQ(removed[1]->GetName(), VString("c"));
+    EXPECT_EQ(Nodes(element), "(1)(2)");
+}
+
+TEST(StandaloneDOMElementTest, EraseAllChildNodesLeavesNameAndAttributes)
+{
+    StandaloneDOMElement element("a");
+    element.SetAttribute("x", "1");
+    element.AppendText("t");
+    Append(element, "b");
+    element.EraseAllChildNodes();
+    EXPECT_FALSE(element.HasTextOrChildren());
+    EXPECT_TRUE(element.HasAttribute("x"));
+}
+
+TEST(StandaloneDOMElementTest, QueriesLookAtDirectChildrenOnly)
+{
+    StandaloneDOMElement element("a");
+    element.AppendText("1");
+    StandaloneDOMElement& child = Append(element, "b");
+    child.AppendText("deep");
+    Append(child, "c");
+    Append(element, "b");
+    element.AppendText("2");
+    EXPECT_EQ(element.GetChild("b"), &child);
+    EXPECT_EQ(std::as_const(element).GetChild("b"), &child);
+    EXPECT_EQ(element.GetChild("c"), nullptr);
+    EXPECT_EQ(element.GetAllText(), VString("12"));
+    EXPECT_EQ(element.GetChildren().size(), 2u);
+    ASSERT_EQ(element.GetTextNodes().size(), 2u);
+    EXPECT_EQ(element.GetTextNodes()[1].get(), VString("2"));
+    EXPECT_TRUE(element.HasChildren() && element.HasText());
+}
+
+TEST(StandaloneDOMElementTest, WalkNodesPassesWhatCanBeChanged)
+{
+    StandaloneDOMElement element("a");
+    element.AppendText("1");
+    Append(element, "b");
+    element.WalkNodes([](StandaloneDOMElement& child) { child.SetName("c"); }, [](VString& text) { text = "2"; });
+    EXPECT_EQ(Nodes(element), "(2)[c]");
+}
+
+TEST(StandaloneDOMElementTest, WalkNodesThrowsForAnEmptyCallbackThatIsNeeded)
+{
+    StandaloneDOMElement element("a");
+    element.AppendText("1");
+    const std::function<void(const StandaloneDOMElement&)> noElement;
+    const std::function<void(const VString&)> noText;
+    EXPECT_THROW(std::as_const(element).WalkNodes(noElement, noText), std::bad_function_call);
+    EXPECT_NO_THROW(std::as_const(element).WalkNodes(noElement, [](const VString&) {}));
+    Append(element, "b");
+    EXPECT_THROW(std::as_const(element).WalkNodes(noElement, [](const VString&) {}), std::bad_function_call);
+}
+
+TEST(StandaloneDOMElementTest, EqualityIsDeepAndIgnoresTheMark)
+{
+    const auto make = [](bool encoded) {
+        auto element = Make("a");
+        element->SetAttribute("x", "1");
+        Append(*element, "b").AppendText("t", encoded);
+        return element;
+    };
+    EXPECT_TRUE(*make(false) == *make(true));
+    EXPECT_FALSE(*make(false) != *make(true));
+}
+
+TEST(StandaloneDOMElementTest, EveryDifferenceCounts)
+{
+    const auto base = [] {
+        auto element = Make("a");
+        element->SetAttribute("x", "1");
+        element->AppendText("t");
+        Append(*element, "b").SetAttribute("y", "2");
+        return element;
+    };
+    const std::function<void(StandaloneDOMElement&)> changes[] = {
+        [](auto& e) { e.SetName("b"); },
+        [](auto& e) { e.SetAttribute("x", "2"); },
+        [](auto& e) { e.SetAttribute("z", "2"); },
+        [](auto& e) { e.RemoveAttribute("x"); e.SetAttribute("z", "1"); },
+        [](auto& e) { e.AppendText("u"); },
+        [](auto& e) { e.GetChild("b")->SetAttribute("y", "3"); },
+        [](auto& e) { e.GetChild("b")->AppendText(""); },
+        [](auto& e) { auto child = e.RemoveChild(*e.GetChild("b")); e.EraseAllChildNodes(); e.AppendChild(std::move(child)); e.AppendText("t"); },
+    };
+    for (const auto& change : changes) {
+        const auto changed = base();
+        change(*changed);
+        EXPECT_TRUE(*base() != *changed) << Nodes(*changed);
+    }
+}
+
+TEST(StandaloneDOMElementTest, CloneIsEqualAndSharesNothing)
+{
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        const auto tree = MakeRandomTree(seed);
+        const auto clone = tree->Clone();
+        EXPECT_TRUE(*tree == *clone);
+        Append(*clone, "more");
+        EXPECT_TRUE(*tree == *MakeRandomTree(seed));
+        EXPECT_FALSE(*tree == *clone);
+    }
+}
+
+TEST(StandaloneDOMElementTest, CloneKeepsTheMarks)
+{
+    StandaloneDOMElement element("a");
+    element.SetEncoded(true);
+    Append(element, "b").AppendText("t", true);
+    const auto clone = element.Clone();
+    EXPECT_TRUE(clone->IsEncoded());
+    EXPECT_TRUE(clone->GetChild("b")->IsEncoded());
+}
+
+TEST(StandaloneDOMElementTest, AMillionLevelsNeedNoDeepStack)
+{
+    const auto make = [] {
+        auto top = Make("a");
+        for (int i = 0; i < 1000000; ++i) {
+            auto parent = Make("a");
+            if (i % 3 == 0) parent->AppendText("t");
+            parent->AppendChild(std::move(top));
+            if (i % 5 == 0) parent->AppendChild(Make("b"));
+            top = std::move(parent);
+        }
+        return top;
+    };
+    const auto tree = make();
+    const auto clone = tree->Clone();
+    EXPECT_TRUE(*tree == *clone);
+    tree->EraseAllChildNodes();
+    EXPECT_FALSE(*tree == *clone);
+}

@@ -1,0 +1,183 @@
+#include "vancorexml/main/parser/StandaloneDOMParser.h"
+
+#include <string>
+#include <vector>
+
+#include "metrics2/Metrics.h"
+#include "tests/common/TestSupport.h"
+#include "vancoreplatform/VIOException.h"
+#include "vancorexml/main/parser/FileInputSource.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
+
+namespace {
+
+constexpr const char* const Schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:attribute name='n' type='xs:int' default='7'/></xs:complexType></xs:element></xs:schema>";
+
+std::unique_ptr<InputSource> SchemaSource()
+{
+    return std::make_unique<StringInputSource>(Schema, "schema.xsd", false);
+}
+
+}  // namespace
+
+TEST(StandaloneDOMParserTest, TheRootIsTheOnlyChildOfTheWrapper)
+{
+    const auto [tree, errors] = StandaloneDOMParser().ParseXmlString("<a>text</a>", "id");
+    EXPECT_TRUE(errors.empty());
+    EXPECT_EQ(tree->GetName(), VString("Document"));
+    ASSERT_EQ(tree->GetChildren().size(), 1u);
+    const StandaloneDOMElement& root = tree->GetChildren()[0];
+    EXPECT_EQ(root.GetName(), VString("a"));
+    EXPECT_EQ(root.GetAllText(), VString("text"));
+    EXPECT_EQ(root.GetTextNodes().size(), 1u);
+}
+
+TEST(StandaloneDOMParserTest, TextsAndChildrenKeepTheirOrder)
+{
+    const auto [tree, errors] = StandaloneDOMParser().ParseXmlString("<a>1<b :c='x'/>2</a>", "id");
+    const StandaloneDOMElement& root = tree->GetChildren()[0];
+    ASSERT_EQ(root.GetTextNodes().size(), 2u);
+    EXPECT_EQ(root.GetChild("b")->GetAttribute(":c"), VString("x"));
+    EXPECT_FALSE(root.IsEncoded());
+}
+
+TEST(StandaloneDOMParserTest, BlankTextIsDropped)
+{
+    const auto [tree, errors] = StandaloneDOMParser().ParseXmlString("<a>\n  <b/>\n</a>", "id");
+    EXPECT_FALSE(tree->GetChildren()[0].get().HasText());
+}
+
+TEST(StandaloneDOMParserTest, BlankTextIsKeptWhenAsked)
+{
+    Utf8InputSource source("<a>\n  <b/>\n</a>", "id", false);
+    const auto [tree, errors] = StandaloneDOMParser().ParseXmlInputSource(source, true);
+    EXPECT_EQ(tree->GetChildren()[0].get().GetAllText(), VString("\n  \n"));
+}
+
+TEST(StandaloneDOMParserTest, EveryStringFormSkipsLeadingWhitespace)
+{
+    const StandaloneDOMParser parser;
+    const std::string text = "\n \t<?xml version='1.0'?><a/>";
+    EXPECT_TRUE(parser.ParseXmlString(text, "id").second.empty());
+    EXPECT_TRUE(parser.ParseXmlString(VString::fromStdString(text), "id").second.empty());
+    EXPECT_TRUE(parser.ParseXmlString(text.c_str(), "id").second.empty());
+}
+
+TEST(StandaloneDOMParserTest, BytesAreTakenAsTheyAre)
+{
+    const std::string text = " <?xml version='1.0'?><a/>";
+    const StandaloneDOMParser parser;
+    EXPECT_FALSE(parser.ParseXmlBytes({text.begin(), text.end()}).second.empty());
+    EXPECT_TRUE(parser.ParseXmlBytes({text.begin() + 1, text.end()}).second.empty());
+}
+
+TEST(StandaloneDOMParserTest, AFaultGivesTheTreeBuiltSoFarAndItsMessage)
+{
+    const auto [tree, errors] = StandaloneDOMParser().ParseXmlString("<a><b/><c></a>", "fault.xml");
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_TRUE(errors[0].startsWith("Fatal Error(1,"));
+    EXPECT_TRUE(errors[0].endsWith(" (id: fault.xml)"));
+    EXPECT_NE(tree->GetChildren()[0].get().GetChild("b"), nullptr);
+}
+
+TEST(StandaloneDOMParserTest, FilesAreReadAndTheirFailuresPassThrough)
+{
+    const testsupport::TemporaryFolder folder;
+    const StandaloneDOMParser parser;
+    EXPECT_TRUE(parser.ParseXmlFile(folder.Write("a.xml", "\n<a/>")).second.empty());
+    EXPECT_THROW(parser.ParseXmlFile(folder.Path("missing.xml")), VIO::Exception);
+}
+
+TEST(StandaloneDOMParserTest, WithoutASchemaNothingIsValidated)
+{
+    EXPECT_TRUE(StandaloneDOMParser().ParseXmlString("<a n='x'/>", "id").second.empty());
+}
+
+TEST(StandaloneDOMParserTest, AddedSchemasValidateAndShapeEveryParse)
+{
+    StandaloneDOMParser parser;
+    parser.AddXSDInputSource(SchemaSource());
+    for (int i = 0; i < 3; ++i) {
+        const auto valid = parser.ParseXmlString("<a/>", "id");
+        EXPECT_TRUE(valid.second.empty());
+        EXPECT_EQ(valid.first->GetChildren()[0].get().GetAttribute("n"), VString("7"));
+        EXPECT_FALSE(parser.ParseXmlString("<a n='x'/>", "id").second.empty());
+    }
+}
+
+TEST(StandaloneDOMParserTest, ASchemaFromAFileIsReadAnewForEveryParse)
+{
+    const testsupport::TemporaryFolder folder;
+    StandaloneDOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<FileInputSource>(folder.Write("schema.xsd", Schema)));
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(parser.ParseXmlString("<a/>", "id").second.empty());
+        EXPECT_FALSE(parser.ParseXmlString("<a n='x'/>", "id").second.empty());
+    }
+}
+
+TEST(StandaloneDOMParserTest, AResourceServesAsASchema)
+{
+    StandaloneDOMParser parser;
+    parser.AddXSDResourceId(QtVanResourceId::FileFormatKxeXsd);
+    EXPECT_TRUE(parser.ParseXmlString("<captions version='18.1'/>", "id").second.empty());
+    EXPECT_FALSE(parser.ParseXmlString("<captions version='17'/>", "id").second.empty());
+}
+
+TEST(StandaloneDOMParserTest, ABrokenSchemaSaysOnlyThatNothingIsDeclared)
+{
+    StandaloneDOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element", "broken.xsd", false));
+    const auto errors = parser.ParseXmlString("<a/>", "id").second;
+    ASSERT_FALSE(errors.empty());
+    for (const VString& error : errors) EXPECT_FALSE(error.contains("broken.xsd")) << error;
+}
+
+TEST(StandaloneDOMParserTest, ASchemaWithoutAnIdRaises)
+{
+    StandaloneDOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(Schema, "", false));
+    EXPECT_THROW(parser.ParseXmlString("<a/>", "id"), LogicException);
+}
+
+TEST(StandaloneDOMParserTest, StatisticsComeOncePerParse)
+{
+    StandaloneDOMParser parser;
+    std::vector<std::pair<unsigned long long, VString>> seen;
+    parser.SetStatisticsEventHandler([&seen](const DOMParserStatistics& statistics) { seen.emplace_back(statistics.sourceSize, statistics.sourceId); });
+    parser.ParseXmlString("  <ä/>", "first");
+    parser.ParseXmlBytes({'<', 'a', '/', '>'});
+    const std::vector<std::pair<unsigned long long, VString>> expected{{5, "first"}, {4, ""}};
+    EXPECT_EQ(seen, expected);
+    parser.SetStatisticsEventHandler({});
+    EXPECT_NO_THROW(parser.ParseXmlString("<a/>", "third"));
+}
+
+TEST(StandaloneDOMParserTest, EveryEntryHasAScope)
+{
+    std::vector<std::string> names;
+    Metrics::SetSink([&names](const Metrics::ScopeRecord& record) { names.emplace_back(record.name); });
+    const testsupport::TemporaryFolder folder;
+    const StandaloneDOMParser parser;
+    parser.ParseXmlString("<a/>", "id");
+    parser.ParseXmlBytes({'<', 'a', '/', '>'});
+    parser.ParseXmlFile(folder.Write("a.xml", "<a/>"));
+    Metrics::SetSink({});
+    for (const char* name : {"StandaloneDOMParser_ParseXmlString", "StandaloneDOMParser_ParseXmlBytes", "StandaloneDOMParser_ParseXmlFile"})
+        EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << name;
+    EXPECT_EQ(std::count(names.begin(), names.end(), "StandaloneDOMParser_ParseXmlInputSource"), 3);
+}
+
+TEST(StandaloneDOMParserTest, AMillionLevelsParse)
+{
+    constexpr int depth = 1000000;
+    std::string text;
+    text.reserve(7 * depth);
+    for (int i = 0; i < depth; ++i) text += "<a>";
+    for (int i = 0; i < depth; ++i) text += "</a>";
+    const auto [tree, errors] = StandaloneDOMParser().ParseXmlString(text, "deep");
+    EXPECT_TRUE(errors.empty());
+    int levels = 0;
+    for (const StandaloneDOMElement* at = tree->GetChild("a"); at; at = at->GetChild("a")) ++levels;
+    EXPECT_EQ(levels, depth);
+}
