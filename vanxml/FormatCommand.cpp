@@ -38,7 +38,7 @@ ExitStatus FormatCommand::Run()
         return ExitStatus::Faulty;
     }
     const std::string bytes = Render(*document).toStdString();
-    if (m_inPlace) WriteOutputFile(source.Name(), bytes);
+    if (m_inPlace) ReplaceFile(source.Name(), bytes);
     else if (m_output == "-") StandardStreams::Write(bytes);
     else WriteOutputFile(VString::fromStdString(m_output), bytes);
     return ExitStatus::Good;

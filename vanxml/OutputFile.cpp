@@ -24,21 +24,27 @@ bool WriteAll(QIODevice& file, std::string_view bytes)
     return file.write(bytes.data(), static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size());
 }
 
-void WriteDirectly(const VString& name, std::string_view bytes)
+bool IsDeviceOrPipe(const VString& name)
 {
-    QFile file(NativeName(name));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !WriteAll(file, bytes)) ThrowWriteError(name, file.errorString());
+    const QFileInfo target(NativeName(name));
+    return target.exists() && !target.isFile() && !target.isDir();
 }
 
 }  // namespace
 
-void WriteOutputFile(const VString& name, std::string_view bytes)
+void ReplaceFile(const VString& name, std::string_view bytes)
 {
-    const QFileInfo target(NativeName(name));
-    if (target.exists() && !target.isFile() && !target.isDir()) {
-        WriteDirectly(name, bytes);
-        return;
-    }
+    if (IsDeviceOrPipe(name)) ThrowWriteError(name, QStringLiteral("it is not a regular file"));
     QSaveFile file(NativeName(name));
     if (!file.open(QIODevice::WriteOnly) || !WriteAll(file, bytes) || !file.commit()) ThrowWriteError(name, file.errorString());
+}
+
+void WriteOutputFile(const VString& name, std::string_view bytes)
+{
+    if (!IsDeviceOrPipe(name)) {
+        ReplaceFile(name, bytes);
+        return;
+    }
+    QFile file(NativeName(name));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !WriteAll(file, bytes)) ThrowWriteError(name, file.errorString());
 }

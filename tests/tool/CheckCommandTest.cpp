@@ -19,7 +19,7 @@ TEST(CheckCommandTest, PrintsAnErrorALineWithTheFile)
     const std::string file = folder.Write("a.xml", "<a>\n  <b></c>\n</a>").toStdString();
     const ToolResult result = RunTool({"check", file});
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.errors, StartsWith(file + ": Fatal Error(2,7): "));
+    EXPECT_THAT(result.errors, StartsWith(file + ": Fatal Error(2,8): "));
     EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1);
     EXPECT_EQ(result.output, "1 document, 1 error\n");
 }

@@ -69,6 +69,16 @@ TEST(InPlaceTest, FolderThatCannotBeWrittenIsAnErrorAndTheFileStays)
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("Cannot write \"/proc/vanxml-test.xml\""));
 }
+
+TEST(InPlaceTest, PipeIsNotReplaced)
+{
+    const TemporaryFolder folder;
+    const std::string pipe = folder.Path("pipe.xml").toStdString();
+    const ToolResult result = RunProgram("sh", {"-c", "mkfifo \"$2\" && { echo '<a/>' > \"$2\" & \"$1\" format --in-place \"$2\"; }", "sh", VANXML_PATH, pipe});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("it is not a regular file"));
+    EXPECT_FALSE(QFileInfo(QString::fromStdString(pipe)).isFile());
+}
 #endif
 
 TEST(InPlaceTest, ReadOnlyFolderIsAnErrorAndTheFileStays)

@@ -88,7 +88,7 @@ TEST(QueryCommandTest, FindsWhatIsUnderneathACanopy)
 
 TEST(QueryCommandTest, PlacesAreThoseOfTheFile)
 {
-    EXPECT_EQ(Query({"//b"}, "\n <a :x='1'><b :y='2'/><b/></a>"), "2:22\t/a/b[1]\n2:26\t/a/b[2]\n");
+    EXPECT_EQ(Query({"//b"}, "\n <a :x='1'><b :y='2'/><b/></a>"), "2:23\t/a/b[1]\n2:27\t/a/b[2]\n");
 }
 
 TEST(QueryCommandTest, DocumentWithErrorsIsNotSearched)
