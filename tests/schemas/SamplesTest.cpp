@@ -1,0 +1,157 @@
+// The schemas against the samples.
+#include <memory>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "tests/common/TestSupport.h"
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/InputSourceUtils.h"
+#include "vancorexml/main/parser/XSDResources.h"
+
+namespace {
+
+const char* const Versions[] = {"10.2", "10.3", "10.4", "10.5", "18.1"};
+
+struct Sample {
+    VString path;
+    XmlFileType type;
+};
+
+XmlFileType TypeOf(const QFileInfo& file)
+{
+    static const QStringList endings{"", "kxa", "kxb", "kxc", "kxd", "kxe", "", "", "kxf"};
+    return static_cast<XmlFileType>(endings.indexOf(file.suffix()));
+}
+
+std::vector<Sample> SamplesIn(const char* folder)
+{
+    std::vector<Sample> samples;
+    for (const QFileInfo& file : QDir(QStringLiteral(SAMPLES_FOLDER) + QString::fromLatin1(folder)).entryInfoList({QStringLiteral("*.kx?")}, QDir::Files, QDir::Name))
+        samples.push_back({VString(file.filePath()), TypeOf(file)});
+    return samples;
+}
+
+VersionNumber Version(const char* text)
+{
+    return VersionNumber(text, u'.', u'-', 0);
+}
+
+std::list<VString> Validate(const VString& path, std::unique_ptr<InputSource> schema)
+{
+    DOMParser parser;
+    parser.AddXSDInputSource(std::move(schema));
+    return parser.ParseXmlFile(path)->GetErrors();
+}
+
+std::list<VString> ValidateAgainstItsOwn(const Sample& sample)
+{
+    const auto document = InputSourceUtils::InputSourceFromFileName(sample.path, true);
+    return Validate(sample.path, XSDResources::GetVersionedXsdInputSourceForDocument(sample.type, *document, VString()));
+}
+
+// The sample's text with another version on its root.
+VString Renumbered(const VString& path, const char* version)
+{
+    VString text = VString::fromStdString(testsupport::TemporaryFolder::Read(path));
+    for (const char* known : Versions) text = text.replace(VString(" version='") + known + "'", VString(" version='") + version + "'");
+    return text;
+}
+
+// Without the columns: on the root's line they are those of the text that was parsed, in which
+// the prefix is declared.
+std::string WithoutColumns(const VString& messages)
+{
+    return std::regex_replace(messages.toStdString(), std::regex("\\(([0-9]+),[0-9]+\\)"), "($1)");
+}
+
+}  // namespace
+
+TEST(SamplesTest, EverySchemaHasASample)
+{
+    int older = 0;
+    int current = 0;
+    for (const Sample& sample : SamplesIn("")) ++(sample.path.contains("-10-") ? older : current);
+    EXPECT_EQ(older, 16);
+    EXPECT_EQ(current, 6);
+}
+
+TEST(SamplesTest, EverySampleValidatesAgainstItsOwnVersion)
+{
+    for (const Sample& sample : SamplesIn("")) EXPECT_THAT(ValidateAgainstItsOwn(sample), testing::IsEmpty()) << sample.path;
+}
+
+TEST(SamplesTest, NoSampleValidatesAgainstAnotherVersion)
+{
+    for (const Sample& sample : SamplesIn("")) {
+        int fitting = 0;
+        for (const char* version : Versions) {
+            auto schema = XSDResources::GetVersionedXsdInputSource(sample.type, Version(version));
+            if (schema) fitting += Validate(sample.path, std::move(schema)).empty() ? 1 : 0;
+        }
+        EXPECT_EQ(fitting, 1) << sample.path;
+    }
+}
+
+TEST(SamplesTest, NoSampleValidatesAgainstAnotherType)
+{
+    for (const Sample& sample : SamplesIn("")) {
+        const XmlFileType other = sample.type == XmlFileTypeKXA ? XmlFileTypeKXB : XmlFileTypeKXA;
+        EXPECT_FALSE(Validate(sample.path, XSDResources::GetVersionedXsdInputSource(other, Version("18.1"))).empty()) << sample.path;
+    }
+}
+
+TEST(SamplesTest, VersionsDifferInMoreThanTheirNumber)
+{
+    // With the number out of the way, no two versions of a type accept the same samples.
+    for (const XmlFileType type : {XmlFileTypeKXA, XmlFileTypeKXB, XmlFileTypeKXC, XmlFileTypeKXD}) {
+        std::set<std::string> accepted;
+        for (const char* version : Versions) {
+            std::string verdicts;
+            for (const Sample& sample : SamplesIn("")) {
+                if (sample.type != type) continue;
+                DOMParser parser;
+                parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(type, Version(version)));
+                verdicts += parser.ParseXmlString(Renumbered(sample.path, version), "renumbered")->HasErrors() ? '-' : '+';
+            }
+            EXPECT_TRUE(accepted.insert(verdicts).second) << type << " " << version << " accepts the same as another: " << verdicts;
+        }
+    }
+}
+
+TEST(SamplesTest, EveryInvalidSampleGivesItsRecordedErrors)
+{
+    int checked = 0;
+    for (const Sample& sample : SamplesIn("/invalid")) {
+        const VString name(QFileInfo(sample.path.ToQString()).fileName());
+        // What these two lack is a schema to validate against; the tool says so.
+        if (name.startsWith("no-")) continue;
+        VString errors;
+        for (const VString& message : ValidateAgainstItsOwn(sample)) errors += message.replace(VString(" (id: ") + sample.path + ")", "") + "\n";
+        EXPECT_EQ(WithoutColumns(errors), WithoutColumns(VString::fromStdString(testsupport::TemporaryFolder::Read(sample.path + ".errors")))) << name;
+        ++checked;
+    }
+    EXPECT_EQ(checked, 20);
+}
+
+TEST(SamplesTest, TheExtensionManifestIsWellFormed)
+{
+    EXPECT_FALSE(DOMParser().ParseXmlFile(VString(SAMPLES_FOLDER) + "/notes-extension.xml")->HasErrors());
+}
+
+TEST(SamplesTest, ValidationShapesTheTree)
+{
+    // Defaults are added; a token's white space is collapsed.
+    DOMParser parser;
+    parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(XmlFileTypeKXC, Version("18.1")));
+    const auto document = parser.ParseXmlString("<data-connection version=' 18.1 ' name='n'><connection class='server'/></data-connection>", "shaped");
+    ASSERT_FALSE(document->HasErrors());
+    const DOMElement& root = *document->GetDocumentRoot();
+    EXPECT_EQ(root.GetAttribute("version"), VString("18.1"));
+    EXPECT_EQ(root.GetAttribute("read-only"), VString("true"));
+    EXPECT_EQ(root.GetChild("connection")->GetAttribute("authentication"), VString("user"));
+}
