@@ -1,0 +1,14 @@
+#include "benchmarks/peers/Peer.h"
+
+std::vector<std::unique_ptr<Peer>> MakePeers()
+{
+    std::vector<std::unique_ptr<Peer>> peers;
+    peers.push_back(MakeVancoreXmlPeer());
+    peers.push_back(MakeXercesSaxPeer());
+    peers.push_back(MakeXercesDomPeer());
+    peers.push_back(MakeQtPeer());
+    peers.push_back(MakeLibxmlPeer());
+    peers.push_back(MakeTinyxmlPeer());
+    peers.push_back(MakePugixmlPeer());
+    return peers;
+}

@@ -1,0 +1,219 @@
+#!/usr/bin/env python3
+"""Turns the results of the benchmarks into ratios.
+
+bench-report.py RESULTS.json [PAGE.md CHART.svg]
+
+Without a page it prints the tables. Times are medians over the repetitions; the spread is
+half the distance between the quartiles, as a share of the median.
+"""
+import collections
+import json
+import platform
+import statistics
+import subprocess
+import sys
+import tempfile
+
+OURS = "vancorexml"
+FLOOR = "xerces-sax"
+
+# Task, heading, the peer that others are divided by.
+SECTIONS = [
+    ("parse", "Bytes to tree", FLOOR),
+    ("parse-destroy", "Bytes to tree and its destruction", FLOOR),
+    ("parse-file", "File to tree", FLOOR),
+    ("small-documents", "2,000 small documents with one parser", FLOOR),
+    ("write", "Tree to text", "libxml2"),
+    ("path-any", "`//name`", "pugixml"),
+    ("path-named", "`/a/b/c`", "pugixml"),
+    ("path-star", "`/a/*/c`", "pugixml"),
+    ("copy", "Deep copy (and its destruction)", "libxml2"),
+    ("compare", "Comparison of equal trees", "xerces-dom"),
+    ("validate", "Validation against a schema", "xerces-sax"),
+    ("validate-small", "1,000 small documents, one schema", "xerces-sax"),
+    ("sanitize", "Colon sanitizer", "memcpy"),
+]
+
+
+def read(path):
+    """Samples by (task, document, peer), and the heap table."""
+    samples = collections.defaultdict(list)
+    heap = {}
+    counters = collections.defaultdict(list)
+    with open(path, encoding="utf-8") as file:
+        data = json.load(file)
+    for row in data["benchmarks"]:
+        if row.get("run_type") != "iteration":
+            continue
+        parts = row["run_name"].split("/")
+        task, document, peer = parts[0], parts[1], parts[2]
+        if task == "heap":
+            heap[document, peer] = row["per_file_byte"]
+            continue
+        scale = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}[row["time_unit"]]
+        samples[task, document, peer].append(row["real_time"] * scale)
+        if "per_element" in row:
+            counters[document].append(row["per_element"])
+    return samples, heap, counters
+
+
+def spread(values):
+    if len(values) < 4:
+        return 0.0
+    quarters = statistics.quantiles(values, n=4)
+    return (quarters[2] - quarters[0]) / 2 / statistics.median(values)
+
+
+def show(seconds):
+    for unit, scale in (("s", 1.0), ("ms", 1e-3), ("µs", 1e-6)):
+        if seconds >= scale:
+            return f"{seconds / scale:.3g} {unit}"
+    return f"{seconds / 1e-9:.3g} ns"
+
+
+def table(lines, samples, task, reference):
+    documents = list(dict.fromkeys(d for t, d, _ in samples if t == task))
+    peers = list(dict.fromkeys(p for t, _, p in samples if t == task))
+    if not documents:
+        return
+    lines.append("| document | " + " | ".join(peers) + " |")
+    lines.append("|---|" + "---|" * len(peers))
+    for document in documents:
+        base = samples.get((task, document, reference))
+        cells = []
+        for peer in peers:
+            values = samples.get((task, document, peer))
+            if not values:
+                cells.append("")
+                continue
+            median = statistics.median(values)
+            text = f"{show(median)} ±{spread(values) * 100:.0f} %"
+            if base:
+                text = f"**{median / statistics.median(base):.2f}** ({text})"
+            cells.append(text)
+        lines.append(f"| {document} | " + " | ".join(cells) + " |")
+    lines.append("")
+
+
+def goals(samples, heap, counters):
+    """The measures that the library sets itself: name, and its value per document."""
+    documents = list(dict.fromkeys(d for t, d, _ in samples if t == "parse"))
+
+    def median(task, document, peer):
+        values = samples.get((task, document, peer))
+        return statistics.median(values) if values else None
+
+    def ratio(task, peer, other_task, other):
+        row = []
+        for document in documents:
+            above, below = median(task, document, peer), median(other_task, document, other)
+            row.append(f"{above / below:.2f}" if above and below else "")
+        return row
+
+    rows = [
+        ("parse from memory ÷ bare Xerces-C pass", "1.40", "1.25", ratio("parse", OURS, "parse", FLOOR)),
+        ("parse and destroy ÷ bare pass", "1.55", "1.35", ratio("parse-destroy", OURS, "parse-destroy", FLOOR)),
+        ("parse from a file ÷ parse from memory", "1.10", "1.05", ratio("parse-file", OURS, "parse", OURS)),
+        ("heap ÷ libxml2's heap", "1.00", "0.50", [f"{heap[d, OURS] / heap[d, 'libxml2']:.2f}" if (d, OURS) in heap else "" for d in documents]),
+        ("write ÷ libxml2's write", "1.00", "pugixml", ratio("write", OURS, "write", "libxml2")),
+        ("write ÷ pugixml's write", "", "1.00", ratio("write", OURS, "write", "pugixml")),
+        ("`//name` ÷ pugixml's", "3", "1", ratio("path-any", OURS, "path-any", "pugixml")),
+        ("sanitizer, nothing to rewrite ÷ the parse", "0.05", "0.02", [f"{median('sanitize', d, OURS) / median('parse', d, OURS):.3f}" if median("sanitize", d, OURS) else "" for d in documents]),
+    ]
+    lines = ["| measure | must reach | aim | " + " | ".join(documents) + " |", "|---|---|---|" + "---|" * len(documents)]
+    lines += [f"| {name} | {must} | {aim} | " + " | ".join(values) + " |" for name, must, aim, values in rows]
+    lines.append("")
+    validation = samples.get(("validate", "large.kxa", OURS)), samples.get(("validate", "large.kxa", FLOOR))
+    if all(validation):
+        lines.append(f"Validation ÷ bare Xerces-C validation: **{statistics.median(validation[0]) / statistics.median(validation[1]):.2f}** (must reach 1.15, aim 1.05).")
+    if counters:
+        each = {d: statistics.median(v) for d, v in counters.items()}
+        low, high = min(each.values()), max(each.values())
+        lines.append("Cost per element: " + ", ".join(f"{d} {v * 1e9:.0f} ns" for d, v in each.items()) + f"; largest ÷ smallest **{high / low:.2f}** (must reach 1.25, aim 1.10).")
+    lines.append("")
+    return lines
+
+
+def command(*words):
+    try:
+        return subprocess.run(words, capture_output=True, text=True, check=True).stdout.strip()
+    except (OSError, subprocess.CalledProcessError):
+        return "unknown"
+
+
+def setting():
+    cpu = next((line.split(":", 1)[1].strip() for line in open("/proc/cpuinfo", encoding="utf-8") if line.startswith("model name")), "unknown")
+    versions = command("dpkg-query", "-W", "-f", "${Package} ${Version}, ", "libxerces-c-dev", "qtbase5-dev", "libxml2-dev", "libtinyxml2-dev", "libpugixml-dev", "libbenchmark-dev")
+    corpora = command("dpkg-query", "-W", "-f", "${Package} ${Version}, ", "ssg-debian", "shared-mime-info", "libvulkan-dev", "unicode-cldr-core")
+    return [
+        f"- date: {command('date', '+%Y-%m-%d')}; revision {command('git', 'rev-parse', '--short', 'HEAD')}",
+        f"- machine: {cpu}, one core of it, {platform.system()} {platform.machine()}",
+        f"- compiler: {command('c++', '--version').splitlines()[0]}; flags: -O3 -DNDEBUG (CMake's Release)",
+        f"- peers: {versions.rstrip(', ')}",
+        f"- documents: {corpora.rstrip(', ')}",
+        "- command: `scripts/bench`",
+    ]
+
+
+def chart(samples, path):
+    """Bars: bytes to tree as a multiple of the bare pass, a group a document."""
+    documents = list(dict.fromkeys(d for t, d, _ in samples if t == "parse"))
+    peers = list(dict.fromkeys(p for t, _, p in samples if t == "parse"))
+    with tempfile.NamedTemporaryFile("w", suffix=".dat", encoding="utf-8") as data:
+        data.write("document " + " ".join(peers) + "\n")
+        for document in documents:
+            base = statistics.median(samples["parse", document, FLOOR])
+            data.write(document + " " + " ".join(f"{statistics.median(samples['parse', document, p]) / base:.3f}" for p in peers) + "\n")
+        data.flush()
+        script = f"""
+set terminal svg size 900,420 font "sans,12" background "white"
+set output "{path}"
+set title "Bytes to tree, as a multiple of a bare Xerces-C pass (lower is better)"
+set style data histogram
+set style histogram cluster gap 1
+set style fill solid 0.85 border -1
+set boxwidth 0.9
+set grid ytics
+set yrange [0:*]
+set key outside right
+plot for [i=2:{len(peers) + 1}] "{data.name}" using i:xtic(1) title columnheader(i)
+"""
+        subprocess.run(["gnuplot"], input=script, text=True, check=True)
+
+
+def main():
+    samples, heap, counters = read(sys.argv[1])
+    lines = ["## Where we want to be", ""] + goals(samples, heap, counters)
+    for task, heading, reference in SECTIONS:
+        body = []
+        table(body, samples, task, reference)
+        if body:
+            lines += [f"## {heading}", "", f"Times; in bold the multiple of {reference}.", ""] + body
+    if heap:
+        peers = list(dict.fromkeys(p for _, p in heap))
+        lines += ["## Heap", "", "Bytes held by the document for each byte of the file.", "", "| document | " + " | ".join(peers) + " |", "|---|" + "---|" * len(peers)]
+        for document in dict.fromkeys(d for d, _ in heap):
+            lines.append(f"| {document} | " + " | ".join(f"{heap[document, p]:.2f}" if (document, p) in heap else "" for p in peers) + " |")
+        lines.append("")
+    for task, heading in (("diagnostics", "Diagnostics: 101,000 elements, 100,000 errors"), ("renames", "Renames: a million fields")):
+        rows = [(d, v) for (t, d, _), v in samples.items() if t == task]
+        if rows:
+            lines += [f"## {heading}", "", "| task | time |", "|---|---|"] + [f"| {d} | {show(statistics.median(v))} ±{spread(v) * 100:.0f} % |" for d, v in rows] + [""]
+    if len(sys.argv) < 4:
+        print("\n".join(lines))
+        return
+    chart(samples, sys.argv[3])
+    intro = [
+        "# Performance",
+        "",
+        "The tree is built from Xerces-C's events, so a bare Xerces-C pass over the same bytes, with an",
+        "empty handler and the same features, is the floor. Every peer's answer is checked before it is",
+        "timed. Written by `scripts/bench`; the numbers are of one run.",
+        "",
+    ] + setting() + ["", "![Bytes to tree](performance.svg)", ""]
+    with open(sys.argv[2], "w", encoding="utf-8") as page:
+        page.write("\n".join(intro + lines))
+
+
+if __name__ == "__main__":
+    main()
