@@ -1,10 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -34,11 +35,10 @@ std::string ReadText(const std::filesystem::path& file)
 // What the file includes of the project, as paths from the root.
 std::set<std::string> IncludesOf(const std::filesystem::path& file)
 {
-    static const std::regex include(R"re((?:^|\n)[ \t]*#[ \t]*include[ \t]*["<]([^">\n]+)[">])re");
-    const std::string text = ReadText(file);
+    static const QRegularExpression include(QStringLiteral(R"re(^[ \t]*#[ \t]*include[ \t]*["<]([^">\n]+)[">])re"), QRegularExpression::MultilineOption);
     std::set<std::string> includes;
-    for (std::sregex_iterator match(text.begin(), text.end(), include), end; match != end; ++match) {
-        const std::string name = (*match)[1];
+    for (auto matches = include.globalMatch(QString::fromStdString(ReadText(file))); matches.hasNext();) {
+        const std::string name = matches.next().captured(1).toStdString();
         if (std::filesystem::exists(Root / name)) includes.insert(name);
         if (std::filesystem::exists(file.parent_path() / name)) includes.insert((file.parent_path() / name).lexically_relative(Root).generic_string());
     }
