@@ -13,7 +13,8 @@
 // copyable. Used by one thread at a time. Every failure throws VIO::Exception.
 class VANCOREPLATFORM_API VFile {
 public:
-    // Opens nothing yet.
+    // Opens nothing yet. The path is taken as it is given, and always for a file: never
+    // for one of Qt's embedded resources.
     explicit VFile(const VPath& path);
     ~VFile();
     VFile(const VFile&) = delete;
@@ -32,7 +33,8 @@ public:
     // is dropped; else the bytes are taken as UTF-8 when they are valid; else, with
     // `useXmlDeclaration`, the encoding that an XML declaration at the start names
     // decides, where it is known. Nothing is replaced: text that fits none of these
-    // throws VIO::Exception, which names the offset of the first bad byte.
+    // throws VIO::Exception, which names the offset of the first bad byte; so does text
+    // that is longer than a string can be. A NUL is a character like any other.
     static VString LoadTextFile(const VString& fileName, bool useXmlDeclaration);
 
     // The same decision over bytes that are in memory already; `name` is for messages.

@@ -23,8 +23,8 @@ public:
     // Begins with a root: a separator, a drive, a UNC server.
     bool IsAbsolute() const;
 
-    // Drops the last element and the separator before it; a root stays. Nothing is
-    // left of a bare name.
+    // Drops the last element, with the separators before and behind it; a root stays.
+    // Nothing is left of a bare name. Equal paths stay equal.
     void RemoveFilename();
 
     // `right` below `left`, with one separator between; an absolute `right`
@@ -32,7 +32,8 @@ public:
     friend VANCOREPLATFORM_API VPath operator/(const VPath& left, const VPath& right);
 
     // Root first, then element by element, by code units: the kind and number of
-    // separators between elements do not count, letter case does.
+    // separators do not count behind the root, nor any at the end; letter case does.
+    // Dots are elements like others.
     friend VANCOREPLATFORM_API bool operator==(const VPath& a, const VPath& b);
     friend VANCOREPLATFORM_API bool operator<(const VPath& a, const VPath& b);
     friend bool operator!=(const VPath& a, const VPath& b) { return !(a == b); }
