@@ -86,8 +86,8 @@ public:
     IteratorTemplate(IteratorTemplate&& other) noexcept : m_state(std::move(other.m_state)), m_current(std::exchange(other.m_current, nullptr)) {}
     IteratorTemplate& operator=(const IteratorTemplate& other)
     {
-        IteratorTemplate copy(other);
-        return *this = std::move(copy);
+        if (this != &other) *this = IteratorTemplate(other);
+        return *this;
     }
     IteratorTemplate& operator=(IteratorTemplate&& other) noexcept
     {

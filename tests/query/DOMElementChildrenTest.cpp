@@ -1,0 +1,186 @@
+#include "vancorexml/main/parser/DOMElementChildren.h"
+
+#include <algorithm>
+#include <iterator>
+#include <numeric>
+#include <stdexcept>
+#include <type_traits>
+#include <utility>
+
+#include "tests/query/QueryTestSupport.h"
+
+using namespace querytest;
+
+static_assert(std::random_access_iterator<DOMElementChildren::iterator>);
+static_assert(std::random_access_iterator<DOMElementChildren::const_iterator>);
+static_assert(std::random_access_iterator<DOMElementChildren::reverse_iterator>);
+static_assert(std::random_access_iterator<DOMElementChildren::const_reverse_iterator>);
+static_assert(std::is_same_v<std::iter_reference_t<DOMElementChildren::iterator>, DOMElement*>);
+static_assert(std::is_same_v<std::iter_reference_t<DOMElementChildren::const_iterator>, const DOMElement*>);
+static_assert(std::is_convertible_v<DOMElementChildren::iterator, DOMElementChildren::const_iterator>);
+static_assert(!std::is_convertible_v<DOMElementChildren::const_iterator, DOMElementChildren::iterator>);
+static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChildren().begin()), DOMElementChildren::const_iterator>);
+static_assert(std::is_same_v<decltype(std::declval<DOMElement&>().GetChildren().begin()), DOMElementChildren::iterator>);
+
+namespace {
+
+// Everything a view answers, for both forms of it.
+template <typename Children>
+void ExpectThreeChildren(Children& children)
+{
+    EXPECT_EQ(children.size(), 3u);
+    EXPECT_FALSE(children.empty());
+    EXPECT_EQ(Describe(*children[1]), "c3");
+    EXPECT_EQ(Describe(*children.at(2)), "d4");
+    EXPECT_EQ(Describe(*children.front()), "b2");
+    EXPECT_EQ(Describe(*children.back()), "d4");
+    EXPECT_EQ(Describe(std::vector<const DOMElement*>(children.begin(), children.end())), "b2 c3 d4");
+    EXPECT_EQ(Describe(std::vector<const DOMElement*>(children.cbegin(), children.cend())), "b2 c3 d4");
+    EXPECT_EQ(Describe(std::vector<const DOMElement*>(children.rbegin(), children.rend())), "d4 c3 b2");
+    EXPECT_EQ(Describe(std::vector<const DOMElement*>(children.crbegin(), children.crend())), "d4 c3 b2");
+}
+
+template <typename Children>
+void ExpectOutOfRange(Children& children, std::size_t position)
+{
+    try {
+        children.at(position);
+    } catch (const std::out_of_range& exception) {
+        EXPECT_STREQ(exception.what(), "invalid vector subscript");
+        return;
+    }
+    ADD_FAILURE() << "no exception at " << position;
+}
+
+}  // namespace
+
+TEST(DOMElementChildrenTest, TheMutableViewShowsTheChildren)
+{
+    const Tree tree("a(bcd)");
+    DOMElementChildren children = tree[1].GetChildren();
+    ExpectThreeChildren(children);
+    children.front()->SetName("x");
+    children[1]->SetName("y");
+    children.at(2)->SetName("z");
+    EXPECT_EQ(Describe(children), "x2 y3 z4");
+}
+
+TEST(DOMElementChildrenTest, TheConstantViewShowsTheChildren)
+{
+    const Tree tree("a(bcd)");
+    const DOMElementChildren children = std::as_const(tree[1]).GetChildren();
+    ExpectThreeChildren(children);
+}
+
+TEST(DOMElementChildrenTest, IsMadeFromAnElement)
+{
+    const Tree tree("a(bcd)");
+    DOMElementChildren children(tree[1]);
+    ExpectThreeChildren(children);
+}
+
+TEST(DOMElementChildrenTest, AnEmptyViewHasNothingToIterateOver)
+{
+    const Tree tree("a");
+    DOMElementChildren children = tree[1].GetChildren();
+    EXPECT_EQ(children.size(), 0u);
+    EXPECT_TRUE(children.empty());
+    EXPECT_EQ(children.begin(), children.end());
+    EXPECT_EQ(children.cbegin(), children.cend());
+    EXPECT_EQ(children.rbegin(), children.rend());
+    EXPECT_EQ(children.crbegin(), children.crend());
+}
+
+TEST(DOMElementChildrenTest, AtThrowsFromTheSizeOn)
+{
+    const Tree tree("a(bcd)");
+    DOMElementChildren children = tree[1].GetChildren();
+    ExpectOutOfRange(children, 3);
+    ExpectOutOfRange(std::as_const(children), 3);
+    ExpectOutOfRange(children, static_cast<std::size_t>(-1));
+    DOMElementChildren none = tree[2].GetChildren();
+    ExpectOutOfRange(none, 0);
+    ExpectOutOfRange(std::as_const(none), 0);
+}
+
+TEST(DOMElementChildrenTest, FollowsLaterChanges)
+{
+    const Tree tree("a(b)");
+    const DOMElementChildren children = tree[1].GetChildren();
+    tree[1].AddNewChild("c", &tree[2]);
+    EXPECT_EQ(Describe(children), "c0 b2");
+    tree[1].RemoveChildren();
+    EXPECT_TRUE(children.empty());
+}
+
+TEST(DOMElementChildrenTest, CopiesAndMovesShowTheSameElement)
+{
+    const Tree tree("a(bcd(e))");
+    DOMElementChildren children = tree[1].GetChildren();
+    DOMElementChildren copy(children);
+    DOMElementChildren moved(std::move(children));
+    DOMElementChildren assigned(tree[5]);
+    EXPECT_TRUE(assigned.empty());
+    assigned = copy;
+    DOMElementChildren moveAssigned(tree[5]);
+    moveAssigned = std::move(copy);
+    ExpectThreeChildren(moved);
+    ExpectThreeChildren(assigned);
+    ExpectThreeChildren(moveAssigned);
+}
+
+TEST(DOMElementChildrenTest, IteratorsStepBothWays)
+{
+    const Tree tree("a(bcd)");
+    DOMElementChildren children = tree[1].GetChildren();
+    DOMElementChildren::iterator i = children.begin();
+    EXPECT_EQ(Describe(**i++), "b2");
+    EXPECT_EQ(Describe(**i), "c3");
+    EXPECT_EQ(Describe(**++i), "d4");
+    EXPECT_EQ(Describe(**i--), "d4");
+    EXPECT_EQ(Describe(**i), "c3");
+    EXPECT_EQ(Describe(**--i), "b2");
+    EXPECT_EQ(i, children.begin());
+}
+
+TEST(DOMElementChildrenTest, IteratorsJumpAndCompareByPosition)
+{
+    const Tree tree("a(bcd)");
+    DOMElementChildren children = tree[1].GetChildren();
+    const DOMElementChildren::iterator begin = children.begin();
+    DOMElementChildren::iterator i = begin + 2;
+    EXPECT_EQ(Describe(**i), "d4");
+    EXPECT_EQ(Describe(**(1 + begin)), "c3");
+    EXPECT_EQ(Describe(**(i - 1)), "c3");
+    EXPECT_EQ(Describe(*begin[1]), "c3");
+    EXPECT_EQ(i - begin, 2);
+    EXPECT_EQ(begin - i, -2);
+    EXPECT_TRUE(begin < i && i > begin && begin <= i && i >= begin && begin != i);
+    EXPECT_FALSE(i < begin || begin > i || i <= begin || begin >= i || begin == i);
+    i -= 2;
+    EXPECT_TRUE(i == begin && i <= begin && i >= begin);
+    i += 3;
+    EXPECT_EQ(i, children.end());
+}
+
+TEST(DOMElementChildrenTest, AMutableIteratorBecomesAConstantOne)
+{
+    const Tree tree("a(bcd)");
+    DOMElementChildren children = tree[1].GetChildren();
+    DOMElementChildren::const_iterator i = children.begin();
+    EXPECT_EQ(i, children.cbegin());
+    EXPECT_EQ(*i, *children.begin());
+}
+
+TEST(DOMElementChildrenTest, ServesTheStandardAlgorithms)
+{
+    const Tree tree("a(bcbd)");
+    DOMElementChildren children = tree[1].GetChildren();
+    const auto isB = [](const DOMElement* child) { return child->GetName() == VString("b"); };
+    EXPECT_EQ(std::count_if(children.begin(), children.end(), isB), 2);
+    EXPECT_EQ(Describe(**std::find_if(children.rbegin(), children.rend(), isB)), "b4");
+    EXPECT_EQ(std::distance(children.cbegin(), children.cend()), 4);
+    EXPECT_EQ(std::accumulate(children.begin(), children.end(), 0, [](int sum, const DOMElement* child) { return sum + child->GetStartLine(); }), 14);
+    const auto byLine = [](const DOMElement* child, int line) { return child->GetStartLine() < line; };
+    EXPECT_EQ(Describe(**std::lower_bound(children.cbegin(), children.cend(), 4, byLine)), "b4");
+}

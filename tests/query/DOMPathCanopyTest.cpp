@@ -1,0 +1,134 @@
+#include "vancorexml/main/parser/DOMPathCanopy.h"
+
+#include <type_traits>
+#include <utility>
+
+#include "tests/query/QueryTestSupport.h"
+
+using namespace querytest;
+
+static_assert(std::is_same_v<decltype(DOMPathCanopy::WithinCanopy(std::declval<DOMElement&>(), "", "")), std::vector<DOMElement*>>);
+static_assert(std::is_same_v<decltype(DOMPathCanopy::WithinCanopy(std::declval<const DOMElement&>(), "", "")), std::vector<const DOMElement*>>);
+static_assert(std::is_same_v<decltype(DOMPathCanopy::UnderneathCanopy(std::declval<DOMElement&>(), "", "")), std::vector<DOMElement*>>);
+static_assert(std::is_same_v<decltype(DOMPathCanopy::UnderneathCanopy(std::declval<const DOMElement&>(), "", "")), std::vector<const DOMElement*>>);
+
+namespace {
+
+struct CanopyRow {
+    const char* name;
+    const char* tree;
+    const char* canopyPath;
+    const char* what;
+    const char* found;
+};
+
+class WithinCanopyRows : public testing::TestWithParam<CanopyRow> {};
+class UnderneathCanopyRows : public testing::TestWithParam<CanopyRow> {};
+
+}  // namespace
+
+TEST_P(WithinCanopyRows, Found)
+{
+    const Tree tree(GetParam().tree);
+    EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(tree[1], GetParam().canopyPath, GetParam().what)), GetParam().found);
+    EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(std::as_const(tree[1]), GetParam().canopyPath, GetParam().what)), GetParam().found);
+}
+
+INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest, WithinCanopyRows,
+    testing::Values(
+        CanopyRow{"Children", "a(c(nxn))", "a/c", "n", "n3 n5"},
+        CanopyRow{"NestedOnesParentsFirst", "a(c(n(n(n)xn)n))", "a/c", "n", "n3 n4 n5 n7 n8"},
+        CanopyRow{"OtherChildrenAreNotEntered", "a(c(x(n)n))", "a/c", "n", "n5"},
+        CanopyRow{"OfEveryCanopyInOrder", "a(c(n)xc(n))", "a/c", "n", "n3 n6"},
+        CanopyRow{"TheCanopysOwnName", "a(c(c(c)))", "a/c", "c", "c3 c4"},
+        CanopyRow{"NestedCanopiesAskedForAgain", "a(c(c(c)))", "//c", "c", "c3 c4 c4"},
+        CanopyRow{"StarIsRefused", "a(c(n))", "a/c", "*", ""},
+        CanopyRow{"AbsoluteCanopyPath", "a(c(n))", "/a/c", "n", "n3"},
+        CanopyRow{"NoCanopy", "a(c(n))", "a/x", "n", ""},
+        CanopyRow{"EmptyCanopyPath", "a(c(n))", "", "n", ""},
+        CanopyRow{"EmptyName", "a(c(n))", "a/c", "", ""},
+        CanopyRow{"APathIsNoName", "a(c(n(m)))", "a/c", "n/m", ""},
+        CanopyRow{"Leaf", "a(c)", "a/c", "n", ""}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_P(UnderneathCanopyRows, Found)
+{
+    const Tree tree(GetParam().tree);
+    EXPECT_EQ(Describe(DOMPathCanopy::UnderneathCanopy(tree[1], GetParam().canopyPath, GetParam().what)), GetParam().found);
+    EXPECT_EQ(Describe(DOMPathCanopy::UnderneathCanopy(std::as_const(tree[1]), GetParam().canopyPath, GetParam().what)), GetParam().found);
+}
+
+INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest, UnderneathCanopyRows,
+    testing::Values(
+        CanopyRow{"Children", "a(c(xyx))", "a/c", "x", "x3 x5"},
+        CanopyRow{"BelowTheChildren", "a(c(x(y)x(zy)))", "a/c", "x/y", "y4 y7"},
+        CanopyRow{"InNestedCanopies", "a(c(xc(xc(x))x))", "a/c", "x", "x3 x5 x7 x8"},
+        CanopyRow{"NestedCanopyIsNotMatchedByItsName", "a(c(c(x)))", "a/c", "c", ""},
+        CanopyRow{"NestedCanopyIsNotMatchedByAPath", "a(c(c(x)))", "a/c", "c/x", ""},
+        CanopyRow{"NestedCanopyIsNotMatchedByAStar", "a(c(c(x)y))", "a/c", "*", "x4 y5"},
+        CanopyRow{"StarWithAPath", "a(c(x(n)c(y(nm))))", "a/c", "*/n", "n4 n7"},
+        CanopyRow{"OtherChildrenAreSkipped", "a(c(y(x)x))", "a/c", "x", "x5"},
+        CanopyRow{"ChildrenAreNotSearchedForMoreOfThem", "a(c(x(x)))", "a/c", "x", "x3"},
+        CanopyRow{"AnyDepthBelowTheHead", "a(c(x(y(z(y)))))", "a/c", "x//y", "y4 y6"},
+        CanopyRow{"ThreeSlashesBelowTheHead", "a(c(x(y(z(y)))))", "a/c", "x///y", "y6"},
+        CanopyRow{"OfEveryCanopyInOrder", "a(c(x)bc(x))", "a/c", "x", "x3 x6"},
+        CanopyRow{"CanopiesOfDifferentNames", "a(c(b(x)x)b(c(x)x))", "a/*", "x", "x5 x9"},
+        CanopyRow{"NestedCanopiesAskedForAgain", "a(c(c(x)))", "//c", "x", "x4 x4"},
+        CanopyRow{"LeadingSlash", "a(c(x))", "a/c", "/x", ""},
+        CanopyRow{"LeadingSlashes", "a(c(x))", "a/c", "//x", ""},
+        CanopyRow{"EmptySubPath", "a(c(x))", "a/c", "", ""},
+        CanopyRow{"SubPathEndsWithASlash", "a(c(x(y)))", "a/c", "x/", ""},
+        CanopyRow{"NoCanopy", "a(c(x))", "a/b", "x", ""},
+        CanopyRow{"EmptyCanopyPath", "a(c(x))", "", "x", ""}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(DOMPathCanopyTest, WithinIsCutAfter1024Levels)
+{
+    DOM document;
+    DOMElement& canopy = document.GetRoot().AddNewChild("c", nullptr);
+    DOMElement& level1024 = AddChain(canopy, "n", 1024);
+    EXPECT_EQ(DOMPathCanopy::WithinCanopy(canopy, "c", "n").size(), 1024u);
+    AddChain(level1024, "n", 10);
+    const std::vector<DOMElement*> found = DOMPathCanopy::WithinCanopy(canopy, "c", "n");
+    ASSERT_EQ(found.size(), 1024u);
+    EXPECT_EQ(found.back(), &level1024);
+}
+
+TEST(DOMPathCanopyTest, WithinGoesOnBesideWhatIsCut)
+{
+    DOM document;
+    DOMElement& canopy = document.GetRoot().AddNewChild("c", nullptr);
+    AddChain(canopy, "n", 2000);
+    DOMElement& behind = canopy.AddNewChild("n", nullptr);
+    const std::vector<DOMElement*> found = DOMPathCanopy::WithinCanopy(canopy, "c", "n");
+    ASSERT_EQ(found.size(), 1025u);
+    EXPECT_EQ(found.back(), &behind);
+}
+
+TEST(DOMPathCanopyTest, UnderneathIsCutAfter1024Levels)
+{
+    DOM document;
+    DOMElement& canopy = document.GetRoot().AddNewChild("c", nullptr);
+    DOMElement& level1023 = AddChain(canopy, "c", 1023);
+    DOMElement& found = level1023.AddNewChild("x", nullptr);
+    DOMElement& level1024 = level1023.AddNewChild("c", nullptr);
+    level1024.AddNewChild("x", nullptr);
+    EXPECT_EQ(DOMPathCanopy::UnderneathCanopy(canopy, "c", "x"), std::vector<DOMElement*>{&found});
+    EXPECT_EQ(DOMPathCanopy::UnderneathCanopy(canopy, "c", "*"), std::vector<DOMElement*>{&found});
+}
+
+// A sub-path is a query of its own: only the nesting of canopies is cut.
+TEST(DOMPathCanopyTest, SubPathsReachAnyDepth)
+{
+    DOM document;
+    DOMElement& canopy = document.GetRoot().AddNewChild("c", nullptr);
+    DOMElement& low = AddChain(canopy, "x", 3000).AddNewChild("y", nullptr);
+    EXPECT_EQ(DOMPathCanopy::UnderneathCanopy(canopy, "c", "x//y"), std::vector<DOMElement*>{&low});
+}
+
+TEST(DOMPathCanopyTest, TheMutableFormYieldsElementsToChange)
+{
+    const Tree tree("a(c(x))");
+    DOMPathCanopy::WithinCanopy(tree[1], "a/c", "x").front()->SetText("t");
+    EXPECT_EQ(tree[3].GetText(), VString("t"));
+}

@@ -1,0 +1,64 @@
+// What the tests of queries share: trees written as text, matches as text.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/common/TestSupport.h"
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMElement.h"
+
+namespace querytest {
+
+// A document with elements of one-letter names, "a(b(c)d)": a with the children b and d, and
+// c below b. They are numbered in document order from 1 by their start lines.
+class Tree {
+public:
+    explicit Tree(const std::string& text)
+    {
+        DOMElement* parent = &document.GetRoot();
+        for (const char unit : text) {
+            if (unit == '(') {
+                parent = elements.back();
+            } else if (unit == ')') {
+                parent = parent->GetParent();
+            } else {
+                DOMElement& element = parent->AddNewChild(VString::fromUtf8(&unit, 1), nullptr);
+                elements.push_back(&element);
+                element.SetElementStartLocation(static_cast<int>(elements.size()), 0);
+            }
+        }
+    }
+
+    DOMElement& operator[](std::size_t number) const { return *elements.at(number - 1); }
+
+    DOM document;
+    std::vector<DOMElement*> elements;
+};
+
+// Name and number, "b2".
+inline std::string Describe(const DOMElement& element)
+{
+    return element.GetName().toStdString() + std::to_string(element.GetStartLine());
+}
+
+// A blank between two.
+template <typename Elements>
+std::string Describe(const Elements& elements)
+{
+    std::string text;
+    for (const DOMElement* element : elements)
+        text += (text.empty() ? "" : " ") + Describe(*element);
+    return text;
+}
+
+// `levels` nested elements of that name below `top`; the lowest.
+inline DOMElement& AddChain(DOMElement& top, const VString& name, int levels)
+{
+    DOMElement* low = &top;
+    for (int i = 0; i < levels; ++i)
+        low = &low->AddNewChild(name, nullptr);
+    return *low;
+}
+
+}  // namespace querytest
