@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QUrl>
 
+#include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancoreplatform/VIOException.h"
 #include "vancoreplatform/VPath.h"
@@ -10,8 +11,12 @@
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 #include "vansys/VantoraException.h"
+#include "vanxml/SchemaText.h"
 
 namespace {
+
+// Ends the loading of a schema whose errors are noted already.
+struct SchemaRefused {};
 
 // Schemas import the attributes in the namespace "xml" from this address; the library has
 // them already.
@@ -25,6 +30,12 @@ bool IsFile(const VPath& path)
     return QFileInfo(path.String().ToQString()).isFile();
 }
 
+VString Decoded(const VString& systemId)
+{
+    const QUrl url(systemId.ToQString());
+    return url.isLocalFile() ? VString(url.toLocalFile()) : VString(QUrl::fromPercentEncoding(systemId.ToQString().toUtf8()));
+}
+
 // The place of a schema relative to the one that names it; empty when there is no such file.
 VString FindBeside(const VString& baseUri, const VString& systemId)
 {
@@ -32,7 +43,7 @@ VString FindBeside(const VString& baseUri, const VString& systemId)
     folder.RemoveFilename();
     const VPath plain = folder / VPath(systemId);
     if (IsFile(plain)) return plain.String();
-    const VPath decoded = folder / VPath(VString(QUrl::fromPercentEncoding(systemId.ToQString().toUtf8())));
+    const VPath decoded = folder / VPath(Decoded(systemId));
     return IsFile(decoded) ? decoded.String() : VString();
 }
 
@@ -50,13 +61,25 @@ public:
         if (systemId.IsEmpty()) return;   // named by its namespace alone
         pathOut = FindBeside(baseUri, systemId);
         if (pathOut.IsEmpty() && !IsXmlNamespaceSchema(systemId)) {
-            missing.push_back(VFormatString("Cannot find the schema \"%1\", which \"%2\" imports or includes").arg(systemId).arg(baseUri));
+            problems.push_back(VFormatString("Cannot find the schema \"%1\", which \"%2\" imports or includes").arg(systemId).arg(baseUri));
         }
     }
 
-    VString PreprocessSchemaText(const VString&, const VString& text, const VString&) override { return text; }
+    VString PreprocessSchemaText(const VString&, const VString& text, const VString& path) override
+    {
+        RequireLoadable(text, path);
+        return text;
+    }
 
-    std::vector<VString> missing;
+    // Throws SchemaRefused, with the problems noted, when there are some.
+    void RequireLoadable(const VString& text, const VString& name)
+    {
+        const std::vector<VString> errors = FindSchemaTextErrors(text, name);
+        problems.insert(problems.end(), errors.begin(), errors.end());
+        if (!errors.empty()) throw SchemaRefused();
+    }
+
+    std::vector<VString> problems;   // with the schema and those it names
 };
 
 SchemaDriver::SchemaDriver(const SchemaReference& schema)
@@ -67,12 +90,14 @@ SchemaDriver::SchemaDriver(const SchemaReference& schema)
     try {
         Load(schema);
         m_schemaErrors = m_parser->GetErrors();
+    } catch (const SchemaRefused&) {
+        // The problems tell.
     } catch (const VIO::Exception& exception) {
         m_schemaErrors.push_back(exception.GetMessage());
     } catch (const VantoraException& exception) {
         m_schemaErrors.push_back(exception.GetConcatenatedMessages());
     }
-    m_schemaErrors.insert(m_schemaErrors.end(), m_handler->missing.begin(), m_handler->missing.end());
+    m_schemaErrors.insert(m_schemaErrors.end(), m_handler->problems.begin(), m_handler->problems.end());
 }
 
 SchemaDriver::~SchemaDriver() = default;
@@ -80,7 +105,10 @@ SchemaDriver::~SchemaDriver() = default;
 void SchemaDriver::Load(const SchemaReference& schema)
 {
     if (schema.kind == SchemaReference::Kind::Resource) m_parser->LoadXSDResource(schema.name);
-    if (schema.kind == SchemaReference::Kind::File) m_parser->LoadXSDFile(schema.name);
+    if (schema.kind != SchemaReference::Kind::File) return;
+    const VString text = VFile::LoadTextFile(schema.name, true);
+    m_handler->RequireLoadable(text, schema.name);
+    m_parser->LoadXSDString(text, schema.name);
 }
 
 std::vector<VString> SchemaDriver::Check(InputSource& document)

@@ -281,6 +281,44 @@ TEST_F(XercesSchemaTest, AnExternalDtdSubsetCannotBeOpened)
     EXPECT_TRUE(handler->resolved.empty());
 }
 
+TEST_F(XercesSchemaTest, TheEntitiesOfASchemaAreRefused)
+{
+    const testsupport::TemporaryFolder folder;
+    const std::string file = folder.Write("outside.txt", "<xs:element xmlns:xs='http://www.w3.org/2001/XMLSchema' name='b'/>").toStdString();
+    const std::string body = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>&e;<xs:element name='a'/></xs:schema>";
+    const auto parser = Create("<b/>");
+    parser->LoadXSDString(VString::fromStdString("<!DOCTYPE xs:schema [<!ENTITY e SYSTEM '" + file + "'>]>" + body), "main.xsd");
+    ASSERT_EQ(parser->GetErrors().size(), 1u);
+    EXPECT_TRUE(parser->GetErrors()[0].startsWith("Error(1,"));
+    EXPECT_TRUE(parser->GetErrors()[0].contains("not allowed. '" + VString::fromStdString(file) + "' (id: main.xsd)"));
+    parser->Parse();
+    EXPECT_TRUE(parser->HasErrors());   // what the file declares is not known
+}
+
+TEST_F(XercesSchemaTest, TheExternalDtdSubsetOfASchemaIsRefused)
+{
+    const testsupport::TemporaryFolder folder;
+    const std::string file = folder.Write("outside.dtd", "<!ENTITY e 'text'>").toStdString();
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString(VString::fromStdString("<!DOCTYPE xs:schema SYSTEM '" + file + "'>") + Schema, "main.xsd");
+    ASSERT_EQ(parser->GetErrors().size(), 1u);
+    EXPECT_TRUE(parser->GetErrors()[0].contains("outside.dtd' (id: main.xsd)"));
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});   // the rest of the schema holds
+}
+
+TEST_F(XercesSchemaTest, EntitiesThatExpandWithoutEndAbandonTheSchema)
+{
+    const VString entities = "<!ENTITY a ''><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'><!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'><!ENTITY d '&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'><!ENTITY e '&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;'><!ENTITY f '&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>";
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString("<!DOCTYPE xs:schema [" + entities + "]><xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>&f;</xs:schema>", "bomb.xsd");
+    EXPECT_TRUE(parser->HasFatallyErrored());
+    EXPECT_EQ(parser->GetErrors().back(), VString("Fatal Error: parser has encountered more than '50000' entity expansions in the document; this is the limit imposed by the application (id: bomb.xsd)"));
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+}
+
 TEST_F(XercesSchemaTest, DocumentsMayCarryXmlAndUserAttributes)
 {
     const VString schema =

@@ -1,3 +1,5 @@
+#include <QUrl>
+
 #include "tests/tool/ToolRun.h"
 #include "vanxml/DocumentChecker.h"
 
@@ -114,6 +116,41 @@ TEST_F(CheckSchemaTest, SchemaThatIsNoXmlShowsItsOwnErrors)
     const ToolResult result = Check(schema, {Write("a.xml", "<a/>")});
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, StartsWith(schema + ": Fatal Error("));
+    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1);
+}
+
+TEST_F(CheckSchemaTest, SchemaIsFoundByFileUrl)
+{
+    const std::string base = Write("base.xsd", bookSchema);
+    const std::string schema = Write("main.xsd", schemaStart + "><xs:include schemaLocation='" + QUrl::fromLocalFile(QString::fromStdString(base)).toEncoded().toStdString() + "'/></xs:schema>");
+    EXPECT_EQ(Check(schema, {Write("good.xml", "<book pages='3'/>")}).errors, "");
+}
+
+TEST_F(CheckSchemaTest, HostileSchemaIsRefused)
+{
+    const std::string bomb = "<!ENTITY a ''><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'><!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'><!ENTITY d '&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'><!ENTITY e '&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;'><!ENTITY f '&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>";
+    std::string deep;
+    for (int i = 0; i < 100000; ++i) deep += "<xs:sequence>";
+    for (int i = 0; i < 100000; ++i) deep += "</xs:sequence>";
+    const std::pair<std::string, std::string> hostile[] = {
+        {"<!DOCTYPE s [" + bomb + "]>" + schemaStart + ">&f;</xs:schema>", "entity expansions"},
+        {"<!DOCTYPE s [<!ENTITY e SYSTEM 'secret.txt'>]>" + schemaStart + ">&e;</xs:schema>", "not allowed.(1,"},
+        {"<!DOCTYPE s SYSTEM 'secret.dtd'>" + schemaStart + "/>", "not allowed. 'secret.dtd'"},
+        {schemaStart + "><xs:complexType name='t'>" + deep + "</xs:complexType></xs:schema>", "nests elements in more than 256 levels"},
+        {schemaStart + "><xs:redefine schemaLocation='book.xsd'/></xs:schema>", "redefines another, which is not supported"},
+    };
+    const std::string file = Write("a.xml", "<a/>");
+    for (const auto& [text, message] : hostile) {
+        const std::string schema = Write("hostile.xsd", text);
+        const std::string including = Write("including.xsd", schemaStart + "><xs:include schemaLocation='hostile.xsd'/></xs:schema>");
+        for (const std::string& main : {schema, including}) {
+            const ToolResult result = Check(main, {file});
+            EXPECT_EQ(result.status, 2) << message;
+            EXPECT_THAT(result.errors, StartsWith(main + ": "));
+            EXPECT_THAT(result.errors, HasSubstr(message));
+            EXPECT_LT(result.errors.size(), 2000u);
+        }
+    }
 }
 
 TEST_F(CheckSchemaTest, AutoTakesTheTypeFromTheExtensionAndTheVersionFromTheDocument)

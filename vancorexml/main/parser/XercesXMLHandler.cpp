@@ -68,6 +68,18 @@ void XercesXMLHandler::EndParse() noexcept
     m_shortTexts.Clear();
 }
 
+void XercesXMLHandler::BeginSchema(const VString& id)
+{
+    m_schemaId = id;
+    m_guard.Watch([this] { AbandonExpansion(); });
+}
+
+void XercesXMLHandler::EndSchema() noexcept
+{
+    m_guard.Release();
+    m_schemaId = VString();
+}
+
 void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
 {
     m_locator = locator;
@@ -168,15 +180,29 @@ void XercesXMLHandler::AbandonExpansion()
 {
     // What Xerces says of general entities.
     const VString message = VFormatString("parser has encountered more than '%1' entity expansions in the document; this is the limit imposed by the application").arg(std::uint64_t{EntityExpansionGuard::Limit});
-    const bool located = m_locator != nullptr;
-    m_errors.push_back(FormatDiagnostic("Fatal Error", message, located ? m_locator->getSystemId() : nullptr, located ? m_locator->getLineNumber() : 0, located ? m_locator->getColumnNumber() : 0));
+    // The locator is that of documents.
+    if (m_locator && m_schemaId.IsEmpty())
+        m_errors.push_back(FormatDiagnostic("Fatal Error", message, m_locator->getSystemId(), m_locator->getLineNumber(), m_locator->getColumnNumber()));
+    else
+        m_errors.push_back(FormatDiagnostic("Fatal Error", message, m_schemaId, 0, 0));
     m_fatallyErrored = true;
     throw ParseAbandoned();
+}
+
+xercesc::InputSource* XercesXMLHandler::RefuseEntity(const xercesc::XMLResourceIdentifier& resource)
+{
+    const xercesc::Locator* const place = resource.getLocator();
+    const VString message = VFormatString("%1 '%2'").arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY)).arg(resource.getSystemId());
+    m_errors.push_back(FormatDiagnostic("Error", message, resource.getBaseURI(), place ? place->getLineNumber() : 0, place ? place->getColumnNumber() : 0));
+    static const XMLByte blank[] = {' '};
+    return new xercesc::MemBufInputSource(blank, sizeof(blank), resource.getSystemId());
 }
 
 xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdentifier* resource)
 {
     const auto type = resource->getResourceIdentifierType();
+    if (type == xercesc::XMLResourceIdentifier::ExternalEntity && !m_schemaId.IsEmpty())
+        return RefuseEntity(*resource);
     if (type != xercesc::XMLResourceIdentifier::SchemaImport && type != xercesc::XMLResourceIdentifier::SchemaInclude)
         return nullptr;
     auto* extension = dynamic_cast<SAXInterfaceExtension*>(m_target.get());

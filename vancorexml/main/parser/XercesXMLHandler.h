@@ -33,6 +33,10 @@ public:
     void BeginParse();
     // Frees what only a parse needs.
     void EndParse() noexcept;
+    // While the schema `id` is loaded: its entities are bounded too, and what they take from
+    // elsewhere is refused.
+    void BeginSchema(const VString& id);
+    void EndSchema() noexcept;
     // The reader that supplied the locator is gone.
     void ForgetLocator() noexcept { m_locator = nullptr; }
 
@@ -59,7 +63,8 @@ public:
     void resetErrors() override;
 
     // The schemas that a schema imports or includes, where the builder finds them. Null, which
-    // leaves an entity out, for everything else.
+    // leaves an entity out, for everything else, save that a schema's entities are replaced by
+    // a blank: those Xerces would go and look for itself.
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
     using xercesc::DefaultHandler::resolveEntity;
 
@@ -67,6 +72,8 @@ private:
     void FlushText();
     void FillAttributes(const xercesc::Attributes& attributes);
     void AbandonExpansion();
+    // Records that an entity of a schema is refused, and gives a blank in its place.
+    xercesc::InputSource* RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
     std::shared_ptr<SAXInterface> m_target;
     bool m_isDone = false;
@@ -78,6 +85,7 @@ private:
 
     EntityExpansionGuard& m_guard;
     bool m_isInProlog = true;
+    VString m_schemaId;   // of the schema that is loaded now
     // Filled anew for each element.
     AttributeMap m_attributes;
     SharedTexts m_elementNames;

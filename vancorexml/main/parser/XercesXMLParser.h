@@ -9,8 +9,9 @@
 #include "vancorexml/main/parser/XMLExport.h"
 
 // Reads a document with Xerces-C. External entities are refused, and a document whose
-// entities expand without end is abandoned. Validates once schemas were loaded; a schema
-// cannot be taken away again.
+// entities expand without end is abandoned; the same holds for schemas. Validates once
+// schemas were loaded; a schema cannot be taken away again. Loading one takes a call stack
+// that grows with the depth of its elements.
 //
 // Ownership: as AbstractXMLParser has it; the caller owns the parser.
 //

@@ -134,9 +134,24 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
     if (!xercesableSource)
         FailAssertion(206, "xercesableSource != nullptr", 0xAB95E4EA);
     const XercesInputSource source = xercesableSource->GetXercesInputSource(ColonProcessingNone);
-    m_reader->loadGrammar(source.Get(), xercesc::Grammar::SchemaGrammarType, true);
+    LoadGrammar(source, xsdSource.Id());
     m_loadedXSDs.push_back(xsdSource.Id());
     TakeDiagnostics();
+}
+
+void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VString& id)
+{
+    m_handler->BeginSchema(id);
+    try {
+        m_reader->loadGrammar(source.Get(), xercesc::Grammar::SchemaGrammarType, true);
+    } catch (const ParseAbandoned&) {
+        // Recorded by the handler.
+        DiscardReader();
+    } catch (...) {
+        m_handler->EndSchema();
+        throw;
+    }
+    m_handler->EndSchema();
 }
 
 void XercesXMLParserImpl::DoParse()

@@ -52,6 +52,7 @@ private:
     void InstallResolver();
     void PrepareParserState();
     void SetValidation(bool validate);
+    void LoadGrammar(const XercesInputSource& source, const VString& id);
     // Reads the input to its end, or until the handler or a fault stops it.
     void ReadInput();
     void ReadDocument(const XercesInputSource& source);
