@@ -70,6 +70,18 @@ TEST(InPlaceTest, FolderThatCannotBeWrittenIsAnErrorAndTheFileStays)
     EXPECT_THAT(result.errors, HasSubstr("Cannot write \"/proc/vanxml-test.xml\""));
 }
 
+// There is no room in the name for that of a temporary file beside it, whoever asks.
+TEST(InPlaceTest, FileThatCannotBeReplacedStays)
+{
+    const TemporaryFolder folder;
+    const VString file = folder.Write(VString::fromStdString(std::string(255, 'a')), "<a/>");
+    const ToolResult result = RunTool({"format", "--in-place", file.toStdString()});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write"));
+    EXPECT_EQ(TemporaryFolder::Read(file), "<a/>");
+    EXPECT_EQ(Entries(file.ToQString()).size(), 1);
+}
+
 TEST(InPlaceTest, PipeIsNotReplaced)
 {
     const TemporaryFolder folder;
@@ -81,17 +93,24 @@ TEST(InPlaceTest, PipeIsNotReplaced)
 }
 #endif
 
-TEST(InPlaceTest, ReadOnlyFolderIsAnErrorAndTheFileStays)
+TEST(InPlaceTest, OutputThatIsAFolderIsAnErrorAndTheFolderStays)
 {
     const TemporaryFolder folder;
-    const VString file = folder.Write("a.xml", "<a/>");
-    const QString folderName = QFileInfo(file.ToQString()).path();
-    ASSERT_TRUE(QFile::setPermissions(folderName, QFile::ReadOwner | QFile::ExeOwner));
-    const bool isEnforced = !QFileInfo(folderName).isWritable();
-    const ToolResult result = RunTool({"format", "--in-place", file.toStdString()});
-    ASSERT_TRUE(QFile::setPermissions(folderName, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-    if (!isEnforced) GTEST_SKIP() << "this user may write everywhere";
+    const QString target = folder.Path("target").ToQString();
+    ASSERT_TRUE(QDir().mkdir(target));
+    const ToolResult result = RunTool({"format", "-", "-o", target.toStdString()}, "<a/>");
     EXPECT_EQ(result.status, 2);
-    EXPECT_THAT(result.errors, HasSubstr("Cannot write"));
-    EXPECT_EQ(TemporaryFolder::Read(file), "<a/>");
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write \"" + target.toStdString() + "\""));
+    EXPECT_TRUE(QFileInfo(target).isDir());
+    EXPECT_EQ(Entries(target), QStringList{"target"});
+}
+
+TEST(InPlaceTest, OutputInAFolderThatIsNotThereIsAnError)
+{
+    const TemporaryFolder folder;
+    const std::string target = folder.Path("gone/a.xml").toStdString();
+    const ToolResult result = RunTool({"format", "-", "-o", target}, "<a/>");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write \"" + target + "\""));
+    EXPECT_FALSE(QFileInfo(folder.Path("gone").ToQString()).exists());
 }
