@@ -126,6 +126,15 @@ TEST(DOMPathCanopyTest, SubPathsReachAnyDepth)
     EXPECT_EQ(DOMPathCanopy::UnderneathCanopy(canopy, "c", "x//y"), std::vector<DOMElement*>{&low});
 }
 
+// Would not end in any sensible time if the sub-path were taken apart for every child.
+TEST(DOMPathCanopyTest, ALongSubPathIsTakenApartOnce)
+{
+    const Tree tree("c(x)");
+    for (int i = 0; i < 200000; ++i)
+        tree[1].AddNewChild("x", nullptr);
+    EXPECT_TRUE(DOMPathCanopy::UnderneathCanopy(tree[1], "c", Repeated("x/", 100000) + "x").empty());
+}
+
 TEST(DOMPathCanopyTest, TheMutableFormYieldsElementsToChange)
 {
     const Tree tree("a(c(x))");

@@ -345,6 +345,38 @@ TEST(DOMPathIteratorTest, ServesAlgorithmsThatDoNotCopyIt)
     EXPECT_EQ(std::accumulate(walk.begin(), walk.end(), 0, [](int sum, const DOMElement& match) { return sum + match.GetStartLine(); }), 6);
 }
 
+TEST(DOMPathWalkerTest, RestartBeginsAgainAtAnotherElement)
+{
+    const Tree tree("a(b(x)b(xx)c(x))");
+    DOMPath::Walker walker(tree[1], "b/x");
+    EXPECT_EQ(walker.Next(), nullptr);
+    walker.Restart(tree[4]);
+    EXPECT_EQ(walker.Next(), &tree[5]);
+    walker.Restart(tree[2]);
+    EXPECT_EQ(walker.Next(), &tree[3]);
+    EXPECT_EQ(walker.Next(), nullptr);
+    walker.Restart(tree[4]);
+    EXPECT_EQ(walker.Next(), &tree[5]);
+    EXPECT_EQ(walker.Next(), &tree[6]);
+    EXPECT_EQ(walker.Next(), nullptr);
+}
+
+TEST(DOMPathWalkerTest, RestartGoesByTheStartOfThePath)
+{
+    const Tree tree("a(b(c))");
+    const DOMElement loose("a");
+    DOMPath::Walker absolute(loose, "/a");
+    EXPECT_EQ(absolute.Next(), nullptr);
+    absolute.Restart(tree[3]);
+    EXPECT_EQ(absolute.Next(), &tree[1]);
+    DOMPath::Walker relative(tree[1], "//c");
+    relative.Restart(tree[2]);
+    EXPECT_EQ(relative.Next(), &tree[3]);
+    DOMPath::Walker none(tree[1], "a/");
+    none.Restart(tree[1]);
+    EXPECT_EQ(none.Next(), nullptr);
+}
+
 TEST(DOMPathForeachTest, TheFunctionMayChangeTheTree)
 {
     const Tree tree("a(bcb)");
@@ -404,6 +436,17 @@ TEST(DOMPathTest, TheFirstMatchVisitsNothingBehindIt)
         found += &*DOMPath::Walk(root, path).begin() == first;
     }
     EXPECT_EQ(found, 2 * Count);
+}
+
+// The same for the segments of a long path that no element has come to.
+TEST(DOMPathTest, SegmentsThatAreNotReachedCostNothing)
+{
+    const Tree tree("a(b)");
+    for (int i = 0; i < 300000; ++i)
+        tree[1].AddNewChild("b", nullptr);
+    constexpr int Count = 1500000;
+    for (const char* segments : {"a/b/", "*/*/", "//", "/*/"})
+        EXPECT_TRUE(DOMPath::GetAll(tree[1], Repeated(segments, Count) + "b").empty()) << segments;
 }
 
 // The same for branches that cannot match.

@@ -36,10 +36,8 @@ TEST_F(DeepQueriesTest, PathsFindTheLowest)
 
 TEST_F(DeepQueriesTest, LongPathsFindTheLowest)
 {
-    VString path("/");
-    for (int i = 0; i < 100; ++i)
-        path += "/level";
-    EXPECT_EQ(DOMPath::GetAll(*document.GetDocumentRoot(), path + "/x"), std::vector<DOMElement*>{&low});
+    const VString path = "/" + Repeated("/level", 100) + "/x";
+    EXPECT_EQ(DOMPath::GetAll(*document.GetDocumentRoot(), path), std::vector<DOMElement*>{&low});
 }
 
 TEST_F(DeepQueriesTest, TheTraversalReachesTheLowest)

@@ -52,6 +52,15 @@ std::string Describe(const Elements& elements)
     return text;
 }
 
+// `text`, that many times.
+inline VString Repeated(const std::string& text, int count)
+{
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return VString::fromStdString(all);
+}
+
 // `levels` nested elements of that name below `top`; the lowest.
 inline DOMElement& AddChain(DOMElement& top, const VString& name, int levels)
 {

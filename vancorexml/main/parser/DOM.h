@@ -61,8 +61,9 @@ public:
     void DeepCopy(const DOM& other);
 
     bool GetRestrictExternalPaths() const;
-    // Field names of this data source are never renamed. The reference is valid until the
-    // name is set again.
+    // Field names of this data source are never renamed. Empty at first: until another is
+    // set, names without a data source are. The reference is valid until the name is set
+    // again.
     const VString& GetProtectedDataSourceName() const;
     void SetProtectedDataSourceName(const VString& name);
     // A number that clients store here and read back.
@@ -104,7 +105,8 @@ public:
     VString RenameMapSource(const VString& name) const;
     // The first old name, in order, that was renamed to `name`; else the argument. Linear.
     VString UnRenameDataSource(const VString& name) const;
-    // Renames the data source of the name, then looks for a rename of the field under it.
+    // Renames the data source of the name, then looks for a rename of the field under the new
+    // one. An empty name and a name of the protected data source stay as they are.
     FieldName RenameField(FieldName field) const;
 
 protected:

@@ -207,7 +207,8 @@ public:
     VString RenameDataSource(const VString& name) const;
     VString RenameDataConnection(const VString& name) const;
     VString RenameMapSource(const VString& name) const;
-    // The new caption for the value of that attribute. The element must have a document.
+    // The new caption for the value of that attribute. Raises a LogicException when the
+    // element has no document.
     VString GetCaptionRenameIfItExists(const VString& attrName) const;
 
 private:

@@ -13,7 +13,8 @@ class DOMElement;
 
 // A view of an element's children in document order. It owns nothing, reads the element's
 // children at each call and so follows later changes; valid while the element lives.
-// Adding or removing a child invalidates iterators.
+// Adding or removing a child invalidates iterators. The view of a constant element is a
+// constant one; keep it so, for a copy of it that is not yields elements to change.
 //
 //     for (const DOMElement* child : element.GetChildren()) Print(child->GetName());
 class VANCOREXML_API DOMElementChildren {

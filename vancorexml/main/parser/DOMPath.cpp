@@ -1,8 +1,8 @@
 #include "vancorexml/main/parser/DOMPath.h"
 
-#include <algorithm>
 #include <bit>
 #include <stdexcept>
+#include <utility>
 
 #include "vancorexml/main/parser/DOM.h"
 
@@ -25,106 +25,119 @@ const DOMElement* DocumentElementOf(const DOMElement& element)
 
 }  // namespace
 
-// A set of segments is a run of words, one bit a segment: one word for paths of up to 64.
-// A set says which segments are alive for the elements of a level. The set of a level is
-// closed when it is made: where an empty segment is alive so is the one behind it, because an
-// empty segment stands for no level too. Only once, so every further empty segment costs a
-// level more.
-DOMPath::Walker::Walker(const DOMElement& element, const VString& path) : m_segments(path.split(u'/')), m_words((m_segments.size() + WordBits - 1) / WordBits)
+// A set of segments is a run of words, one bit a segment: one word for paths of up to 64. It
+// says which segments are alive for the elements of a level. Only the words between its first
+// and its last alive segment are kept and looked at, so a long path costs no more than a short
+// one where few of its segments are alive.
+//
+// The set of a level is closed when it is made: where an empty segment is alive so is the one
+// behind it, because an empty segment stands for no level too. Only once, so every further
+// empty segment costs a level more.
+DOMPath::Walker::Walker(const DOMElement& element, const VString& path) : m_segments(path.split(u'/'))
 {
     if (m_segments.back().IsEmpty()) return;
-    const bool startsWithSlash = path[0] == u'/';
-    const bool isAbsolute = startsWithSlash && path[1] != u'/';
-    m_start = isAbsolute ? DocumentElementOf(element) : &element;
-    if (!m_start) return;
-
-    m_emptySegments.resize(m_words);
-    m_starSegments.resize(m_words);
+    // With the word into which a set that ends in the last one is carried over.
+    const std::size_t words = (m_segments.size() + WordBits - 1) / WordBits + 1;
+    m_emptySegments.resize(words);
+    m_starSegments.resize(words);
     for (std::size_t i = 0; i < m_segments.size(); ++i) {
         if (m_segments[i].IsEmpty()) SetBit(m_emptySegments, i);
         else if (m_segments[i].View() == u"*") SetBit(m_starSegments, i);
     }
-    m_active.resize(m_words);
-    m_next.resize(m_words);
-    SetBit(m_active, startsWithSlash ? 1 : 0);
-    Close(m_active.data());
+    Restart(element);
 }
 
 DOMPath::Walker::Walker(const Walker& other)
-    : m_words(other.m_words), m_emptySegments(other.m_emptySegments), m_starSegments(other.m_starSegments), m_start(other.m_start), m_frames(other.m_frames), m_active(other.m_active), m_next(other.m_next)
+    : m_emptySegments(other.m_emptySegments), m_starSegments(other.m_starSegments), m_start(other.m_start), m_frames(other.m_frames), m_active(other.m_active), m_next(other.m_next)
 {
 }
 
 DOMPath::Walker::~Walker() = default;
 
+void DOMPath::Walker::Restart(const DOMElement& element)
+{
+    m_start = nullptr;
+    m_frames.clear();
+    if (m_segments.back().IsEmpty()) return;
+    // A path of one segment is no slash: it would end with an empty one.
+    const bool startsWithSlash = m_segments.front().IsEmpty();
+    const bool isAbsolute = startsWithSlash && !m_segments[1].IsEmpty();
+    m_active.assign(Span().words, 0);
+    SetBit(m_active, startsWithSlash ? 1 : 0);
+    Close(m_active, 0);
+    m_start = isAbsolute ? DocumentElementOf(element) : &element;
+}
+
 const DOMElement* DOMPath::Walker::Next()
 {
     while (m_start || !m_frames.empty()) {
         if (m_segments.empty()) throw std::out_of_range("invalid vector subscript");
-        const DOMElement* element = m_start;
-        if (element) {
-            m_start = nullptr;
-        } else {
-            element = *m_frames.back().next++;
-        }
-        const bool isMatch = Visit(*element, m_active.data() + m_frames.size() * m_words);
-        const bool isAlive = std::any_of(m_next.begin(), m_next.end(), [](Word word) { return word != 0; });
+        const Span span = m_start ? Span() : m_frames.back().span;
+        const DOMElement* const element = m_start ? std::exchange(m_start, nullptr) : *m_frames.back().next++;
+        const bool isMatch = Visit(*element, span);
         // A level that is done makes room before the next one begins.
         while (!m_frames.empty() && m_frames.back().next == m_frames.back().end) {
+            m_active.resize(m_active.size() - m_frames.back().span.words);
             m_frames.pop_back();
-            m_active.resize((m_frames.size() + 1) * m_words);
         }
-        if (isAlive && element->HasChildren()) {
-            const DOMElementChildren children = element->GetChildren();
-            m_frames.push_back({children.begin(), children.end()});
-            m_active.insert(m_active.end(), m_next.begin(), m_next.end());
-            Close(m_active.data() + m_frames.size() * m_words);
-        }
+        if (element->HasChildren()) Enter(*element, span.firstWord);
         if (isMatch) return element;
     }
     return nullptr;
 }
 
-void DOMPath::Walker::Close(Word* active) const
+// Sets m_next to what is alive for the children, from the span's first word to the one behind
+// its last; says whether the element is a match.
+bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
 {
+    const Word* const active = m_active.data() + (m_active.size() - span.words);
+    m_next.resize(span.words + 1);
     Word carried = 0;
-    for (std::size_t w = 0; w < m_words; ++w) {
-        const Word empty = active[w] & m_emptySegments[w];
-        active[w] |= empty << 1 | carried;
-        carried = empty >> (WordBits - 1);
-    }
-}
-
-// Sets m_next to what is alive for the children; says whether the element is a match.
-bool DOMPath::Walker::Visit(const DOMElement& element, const Word* active)
-{
-    const std::size_t last = m_segments.size() - 1;
-    bool isMatch = false;
-    Word carried = 0;
-    for (std::size_t w = 0; w < m_words; ++w) {
-        const Word empty = active[w] & m_emptySegments[w];
-        Word matched = active[w] & m_starSegments[w];
-        for (Word names = active[w] & ~m_emptySegments[w] & ~m_starSegments[w]; names != 0; names &= names - 1) {
-            const Word bit = names & (~names + 1);
-            const auto segment = w * WordBits + static_cast<std::size_t>(std::countr_zero(names));
-            if (IsMatch(segment, element)) matched |= bit;
+    for (std::size_t i = 0; i < span.words; ++i) {
+        const std::size_t w = span.firstWord + i;
+        const Word empty = active[i] & m_emptySegments[w];
+        Word matched = active[i] & m_starSegments[w];
+        for (Word names = active[i] & ~m_emptySegments[w] & ~m_starSegments[w]; names != 0; names &= names - 1) {
+            const std::size_t segment = w * WordBits + static_cast<std::size_t>(std::countr_zero(names));
+            if (m_segments[segment] == element.GetName()) matched |= names & (~names + 1);
         }
-        m_next[w] = empty | matched << 1 | carried;
+        m_next[i] = empty | matched << 1 | carried;
         carried = matched >> (WordBits - 1);
     }
+    m_next.back() = carried;
     // The bit behind the last segment's says that the whole path is matched.
-    const std::size_t end = last + 1;
-    if (end % WordBits == 0) isMatch = carried != 0;
-    else if (const Word bit = Word{1} << end % WordBits; m_next[end / WordBits] & bit) {
-        m_next[end / WordBits] &= ~bit;
-        isMatch = true;
-    }
-    return isMatch;
+    const std::size_t end = m_segments.size();
+    const std::size_t i = end / WordBits - span.firstWord;
+    const Word bit = Word{1} << end % WordBits;
+    if (i >= m_next.size() || (m_next[i] & bit) == 0) return false;
+    m_next[i] &= ~bit;
+    return true;
 }
 
-bool DOMPath::Walker::IsMatch(std::size_t segment, const DOMElement& element) const
+// Makes the children of `element` the next level, with the set m_next, unless none is alive.
+void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
 {
-    return m_segments[segment] == element.GetName();
+    Close(m_next, firstWord);
+    std::size_t begin = 0;
+    std::size_t end = m_next.size();
+    while (end > 0 && m_next[end - 1] == 0) --end;
+    if (end == 0) return;
+    while (m_next[begin] == 0) ++begin;
+    for (std::size_t i = begin; i < end; ++i) m_active.push_back(m_next[i]);
+    const Span span{firstWord + begin, end - begin};
+    const DOMElementChildren children = element.GetChildren();
+    m_frames.push_back({children.begin(), children.end(), span});
+}
+
+// What is carried out of the last word is dropped: callers leave room for what can be.
+void DOMPath::Walker::Close(std::vector<Word>& active, std::size_t firstWord) const
+{
+    Word carried = 0;
+    for (std::size_t i = 0; i < active.size(); ++i) {
+        const Word empty = active[i] & m_emptySegments[firstWord + i];
+        active[i] |= empty << 1 | carried;
+        carried = empty >> (WordBits - 1);
+    }
 }
 
 void DOMPath::Foreach(DOMElement& element, VString path, const std::function<void(DOMElement&)>& fn)

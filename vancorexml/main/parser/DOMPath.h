@@ -16,8 +16,9 @@
 
 // A path is names between slashes: "a/b" names the children b of an element a. "*" stands for
 // any one element, and an empty segment for any number of levels: "a//b" names every b below
-// an a, "//b" every b of the subtree. Names are compared exactly; there are no predicates and
-// no escapes, and any other text is a name that may match nothing.
+// an a, "//b" every b of the subtree. Each further empty segment skips one level: "a///b" names
+// the b that are grandchildren of an a or deeper. Names are compared exactly; there are no
+// predicates and no escapes, and any other text is a name that may match nothing.
 //
 // The first segment is held against the start element itself. A path that begins with one
 // slash starts at the document element, whatever element it is asked of, and yields nothing
@@ -26,9 +27,11 @@
 //
 // The walk is lazy and enters only branches that can still match. It holds pointers into the
 // tree, which must not change while an iterator is live; Foreach and GetAll collect first.
-// Any number of threads may walk one tree that does not change.
+// Any number of threads may walk one tree that does not change. An element costs as much as
+// segments can match there, however long the path is.
 //
-//     for (const DOMElement& column : DOMPath::Walk(root, "data-source/column")) …
+//     const VString path("data-source/column");  // outlives the loop: see Walk
+//     for (const DOMElement& column : DOMPath::Walk(root, path)) Print(column.GetName());
 namespace DOMPath {
 
 // Steps through the matches of one path. Iterators below are what callers use.
@@ -40,6 +43,9 @@ public:
     Walker& operator=(const Walker&) = delete;
     ~Walker();
 
+    // Gives up what is left and begins again with the same path at another element. Not for
+    // a copy, which has no path.
+    void Restart(const DOMElement& element);
     // The next match; null at the end. Throws std::out_of_range ("invalid vector subscript")
     // on a copy that still has elements to visit.
     const DOMElement* Next();
@@ -47,23 +53,28 @@ public:
 private:
     using Word = std::uint64_t;
 
-    // The elements of one level that are visited next, and the last.
+    // Which words of a set are kept: those from its first word that is not zero to its last.
+    struct Span {
+        std::size_t firstWord = 0;
+        std::size_t words = 1;
+    };
+    // The elements of one level that are visited next, their end, and the level's set.
     struct Frame {
         DOMElementChildren::const_iterator next;
         DOMElementChildren::const_iterator end;
+        Span span;
     };
 
-    void Close(Word* active) const;
-    bool Visit(const DOMElement& element, const Word* active);
-    bool IsMatch(std::size_t segment, const DOMElement& element) const;
+    bool Visit(const DOMElement& element, const Span& span);
+    void Enter(const DOMElement& element, std::size_t firstWord);
+    void Close(std::vector<Word>& active, std::size_t firstWord) const;
 
     std::vector<VString> m_segments;
-    std::size_t m_words;                 // of one set of segments
     std::vector<Word> m_emptySegments;   // which segments are empty
     std::vector<Word> m_starSegments;    // which are "*"
     const DOMElement* m_start = nullptr; // until it is visited
     std::vector<Frame> m_frames;
-    std::vector<Word> m_active;          // for the start element and then for each frame its set
+    std::vector<Word> m_active;          // the kept words for the start element and then for each frame
     std::vector<Word> m_next;            // the set for the children of the element visited last
 };
 
@@ -129,7 +140,8 @@ private:
 };
 
 // What a path names, to iterate over. Refers to the element and to the path, which must live
-// until begin() has been called.
+// until begin() has been called: a range-for over Walk(element, "a/b") would begin after the
+// text turned into a VString is gone.
 template <typename E>
 class IterableTemplate {
 public:
@@ -147,7 +159,8 @@ private:
     const VString* m_path;
 };
 
-// Does no work until begin(). E is DOMElement or DOMElement const.
+// Does no work until begin(), and refers to `path` until then: name the path before a
+// range-for. E is DOMElement or DOMElement const.
 template <typename E>
 IterableTemplate<E> Walk(E& element, const VString& path)
 {

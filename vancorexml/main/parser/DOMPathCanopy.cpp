@@ -56,15 +56,19 @@ std::vector<E*> Underneath(E& element, const VString& canopyPath, const VString&
     if (slash == 0 || subPath.IsEmpty()) return found;
     const VString head = slash < 0 ? subPath : subPath.left(slash);
     const bool isAnyHead = head.View() == u"*";
+    // One walker for all starts: the sub-path is taken apart once.
+    DOMPath::Walker walker(element, subPath);
     for (E* canopy : DOMPath::GetAll(element, canopyPath)) {
-        std::vector<E*> starts;
+        std::vector<const DOMElement*> starts;
         VisitNested(*canopy, [&](const DOMElement& child) {
             if (child.GetName() == canopy->GetName()) return true;
-            if (isAnyHead || child.GetName() == head) starts.push_back(const_cast<E*>(&child));
+            if (isAnyHead || child.GetName() == head) starts.push_back(&child);
             return false;
         });
-        for (E* start : starts)
-            for (E* match : DOMPath::GetAll(*start, subPath)) found.push_back(match);
+        for (const DOMElement* start : starts) {
+            walker.Restart(*start);
+            while (const DOMElement* match = walker.Next()) found.push_back(const_cast<E*>(match));
+        }
     }
     return found;
 }

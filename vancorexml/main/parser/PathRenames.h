@@ -12,6 +12,11 @@
 // target, and a folder follows its files as long as all of them go to one folder.
 //
 // Ownership: a value. Threads: one writer or many readers; the document guards its own.
+//
+//     PathRenames renames;
+//     renames.SetCRC("C:\\in\\a.csv", "data/a.csv", checksum);
+//     renames.RenamePath("C:\\in");  // "data"
+//     document.SetPathRenames(renames);
 class VANCOREXML_API PathRenames {
 public:
     PathRenames() = default;
@@ -35,7 +40,8 @@ public:
     VPath RenamePathAbsolute(const VPath& path, const VPath& base) const;
     // The first old path, in order, that became `path`; empty when there is none.
     VPath ReverseRenamePath(const VPath& path) const;
-    // Whether `path`, written with "/", begins with a new path so written; letter case counts.
+    // Whether the text of `path`, written with "/", begins with that of a new path so written:
+    // also "C:/output" for "C:/out". Letter case counts.
     bool IsValidPath(const VPath& path) const;
     // Forgets the renames and the folders seen, but not the checksums: files gathered later
     // still share the targets of earlier ones.
