@@ -13,7 +13,7 @@ void FormatCommand::AddTo(CLI::App& application)
 {
     CLI::App* command = application.add_subcommand("format", "Write a document, indented and escaped as the library does it");
     command->add_option("FILE", m_file, "The document; - is standard input")->required();
-    CLI::Option* output = command->add_option("-o,--output", m_output, "Write to this file; - is standard output");
+    CLI::Option* output = command->add_option("-o,--output", m_output, "Write to this file; - is standard output")->type_name("OUT");
     command->add_flag("--in-place", m_inPlace, "Replace the file")->excludes(output);
     command->add_flag("--no-header", m_noHeader, "Leave out the XML declaration");
     command->add_flag("--strict", m_strict, "Escape all text as attribute values are, without CDATA sections");

@@ -1,8 +1,10 @@
 // vanxml: the library's work from the command line.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <memory>
 #include <new>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
@@ -29,16 +31,58 @@ Commands MakeCommands()
     return commands;
 }
 
+ExitStatus Fail(const std::string& message)
+{
+    StandardStreams::WriteError("vanxml: " + message + "\n");
+    return ExitStatus::Failed;
+}
+
+// CLI11 ends a command at the first "--" behind which it needs nothing, so what follows it is
+// marked instead, with a character that no command line can be typed with.
+constexpr char operandMark = '\x1F';
+
+std::string WithoutMarks(std::string text)
+{
+    text.erase(std::remove(text.begin(), text.end(), operandMark), text.end());
+    return text;
+}
+
 // Help and the version are asked for; everything else that ends the reading of the command
 // line is a mistake in it.
 ExitStatus EndOfParse(const CLI::App& application, const CLI::ParseError& error)
 {
-    std::ostringstream output;
-    std::ostringstream errors;
-    const int code = application.exit(error, output, errors);
-    StandardStreams::Write(output.str());
-    StandardStreams::WriteError(errors.str());
-    return code == 0 ? ExitStatus::Good : ExitStatus::Failed;
+    if (error.get_exit_code() == 0) {
+        std::ostringstream output;
+        application.exit(error, output, output);
+        StandardStreams::Write(output.str());
+        return ExitStatus::Good;
+    }
+    // A misspelt command counts as none.
+    const std::vector<std::string> rest = application.remaining();
+    const bool isUnknown = application.get_subcommands().empty() && !rest.empty();
+    Fail(WithoutMarks(isUnknown ? "There is no command \"" + rest.front() + "\"" : error.what()));
+    StandardStreams::WriteError("Run with --help for more information.\n");
+    return ExitStatus::Failed;
+}
+
+std::vector<std::string> MarkOperands(const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> marked;
+    bool areOperands = false;
+    for (const std::string& argument : arguments) {
+        if (areOperands) marked.push_back(operandMark + argument);
+        else if (argument == "--") areOperands = true;
+        else marked.push_back(argument);
+    }
+    return marked;
+}
+
+void UnmarkOperands(CLI::App& command)
+{
+    for (CLI::Option* option : command.get_options([](const CLI::Option* each) { return each->get_positional(); })) {
+        option->transform([](std::string operand) { return !operand.empty() && operand.front() == operandMark ? operand.substr(1) : operand; });
+    }
+    for (CLI::App* each : command.get_subcommands([](const CLI::App*) { return true; })) UnmarkOperands(*each);
 }
 
 ExitStatus Run(const std::vector<std::string>& arguments)
@@ -46,11 +90,14 @@ ExitStatus Run(const std::vector<std::string>& arguments)
     const Commands commands = MakeCommands();
     CLI::App application("Reads, checks, queries and writes XML documents", "vanxml");
     application.require_subcommand(1);
+    application.allow_windows_style_options(false);   // "/a" is a path
     application.set_version_flag("--version", "vanxml " VANXML_VERSION);
     for (const std::unique_ptr<Command>& command : commands) command->AddTo(application);
+    UnmarkOperands(application);
 
+    const std::vector<std::string> marked = MarkOperands(arguments);
     std::vector<const char*> pointers;
-    for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
+    for (const std::string& argument : marked) pointers.push_back(argument.c_str());
     try {
         application.parse(static_cast<int>(pointers.size()), pointers.data());
     } catch (const CLI::ParseError& error) {
@@ -59,12 +106,6 @@ ExitStatus Run(const std::vector<std::string>& arguments)
     for (const std::unique_ptr<Command>& command : commands) {
         if (command->IsChosen()) return command->Run();
     }
-    return ExitStatus::Failed;
-}
-
-ExitStatus Fail(const std::string& message)
-{
-    StandardStreams::WriteError("vanxml: " + message + "\n");
     return ExitStatus::Failed;
 }
 

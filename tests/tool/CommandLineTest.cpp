@@ -14,6 +14,16 @@ std::ostream& operator<<(std::ostream& out, const Usage& usage)
     return out << usage.name;
 }
 
+// Runs the tool in a folder of its own, so that files can be given by any name.
+class InFolder {
+public:
+    void Write(const char* name, const std::string& text) const { m_folder.Write(name, text); }
+    ToolResult Run(const std::vector<std::string>& arguments) const { return RunProgram(VANXML_PATH, arguments, std::string(), std::string(), m_folder.Path("").toStdString()); }
+
+private:
+    testsupport::TemporaryFolder m_folder;
+};
+
 std::string NameOf(const testing::TestParamInfo<Usage>& info)
 {
     return info.param.name;
@@ -79,12 +89,30 @@ TEST(CommandLineTest, VersionIsOneLine)
     EXPECT_THAT(result.output, testing::MatchesRegex("vanxml [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
 
+TEST(CommandLineTest, UnknownCommandIsNamed)
+{
+    EXPECT_THAT(RunTool({"frmat", "a.xml"}).errors, testing::StartsWith("vanxml: There is no command \"frmat\"\n"));
+    EXPECT_THAT(RunTool({"--", "frmat"}).errors, testing::StartsWith("vanxml: There is no command \"frmat\"\n"));
+}
+
+TEST(CommandLineTest, MistakeIsNamedAsItWasTyped)
+{
+    EXPECT_THAT(RunTool({"format", "--", "a.xml", "--strict"}).errors, testing::MatchesRegex("vanxml: [^\n]* --strict\n.*"));
+}
+
 TEST(CommandLineTest, FilesMayBeCalledLikeCommandsAndOptions)
 {
-    const testsupport::TemporaryFolder folder;
-    const std::string name = folder.Write("-check", "<a/>").toStdString();
-    EXPECT_EQ(RunTool({"format", "--no-header", "--", name}).output, "<a />\n");
-    EXPECT_THAT(RunTool({"format", "check"}).errors, HasSubstr("Cannot read \"check\""));
+    const InFolder folder;
+    for (const char* name : {"-a", "--count", "check", "++", "a.xml"}) folder.Write(name, "<a/>");
+    EXPECT_EQ(folder.Run({"format", "--no-header", "--", "--count"}).output, "<a />\n");
+    EXPECT_EQ(folder.Run({"format", "--no-header", "check"}).output, "<a />\n");
+    EXPECT_EQ(folder.Run({"query", "--", "--count", "a"}).output, "1:5\t/a\n");
+    EXPECT_EQ(folder.Run({"check", "a.xml", "--", "-a", "--count", "check", "++"}).output, "5 documents, 0 errors\n");
+}
+
+TEST(CommandLineTest, StandardInputIsADashAlsoBehindTwo)
+{
+    EXPECT_EQ(RunTool({"format", "--no-header", "--", "-"}, "<a/>").output, "<a />\n");
 }
 
 TEST(CommandLineTest, FileNamesAreUtf8InAnyLocale)

@@ -15,13 +15,15 @@ struct ToolResult {
     std::string errors;
 };
 
-// Runs `program` with its output going to the file `outputFile`, or into the result.
-inline ToolResult RunProgram(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = std::string(), const std::string& outputFile = std::string())
+// Runs `program` with its output going to the file `outputFile`, or into the result, and in
+// `folder`, or where the test runs.
+inline ToolResult RunProgram(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = std::string(), const std::string& outputFile = std::string(), const std::string& folder = std::string())
 {
     QStringList list;
     for (const std::string& argument : arguments) list << QString::fromStdString(argument);
     QProcess process;
     if (!outputFile.empty()) process.setStandardOutputFile(QString::fromStdString(outputFile));
+    if (!folder.empty()) process.setWorkingDirectory(QString::fromStdString(folder));
     process.start(QString::fromStdString(program), list);
     process.write(input.data(), static_cast<qint64>(input.size()));
     process.closeWriteChannel();
