@@ -7,6 +7,7 @@
 #include <exception>
 #include <mutex>
 #include <set>
+#include <system_error>
 #include <thread>
 
 #include "vanxml/DocumentChecker.h"
@@ -20,7 +21,12 @@ public:
     CheckQueue(const std::vector<std::string>& files, const std::optional<SchemaReference>& schema, std::size_t jobs)
         : m_files(files), m_schema(schema), m_results(files.size())
     {
-        for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i) m_threads.emplace_back([this] { Work(); });
+        try {
+            for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i) m_threads.emplace_back([this] { Work(); });
+        } catch (const std::system_error&) {
+            // The machine gives no more threads; those there are do all the work.
+            if (m_threads.empty()) Work();
+        }
     }
 
     ~CheckQueue()

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "vancoreplatform/VIOException.h"
+#include "vansys/VantoraException.h"
 #include "vanxml/SourceDocument.h"
 #include "vanxml/ToolError.h"
 
@@ -38,7 +39,10 @@ CheckedDocument DocumentChecker::Check(const VString& name)
         return Unreadable(error.what());
     } catch (const std::length_error&) {
         return Unreadable("\"" + name.toStdString() + "\" is too large");
-    } catch (const std::bad_alloc&) {
+    } catch (const VantoraException& exception) {
+        return Unreadable("\"" + name.toStdString() + "\" cannot be checked: " + exception.GetConcatenatedMessages().toStdString());
+    } catch (...) {
+        // Memory, however those below call it.
         return Unreadable("\"" + name.toStdString() + "\" is too large for the memory there is");
     }
 }

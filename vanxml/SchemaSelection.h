@@ -24,7 +24,7 @@ struct SchemaSelection {
 
 // The schema for the document's type, which its extension (".kxa" to ".kxf") or else its
 // first element says, and the version that it declares. The document is left at its start.
-// Linear in the document up to its first element.
+// Linear in the document.
 SchemaSelection SelectSchema(InputSource& document);
 
 // The schema that a user names: a resource, or else a file. Throws ToolError when it is

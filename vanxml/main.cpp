@@ -124,6 +124,9 @@ int main(int argc, char** argv)
         status = Fail("The text is too large for the memory there is");
     } catch (const std::exception& exception) {
         status = Fail(exception.what());
+    } catch (...) {
+        // What the parser's library throws for the same.
+        status = Fail("The text is too large for the memory there is");
     }
     return static_cast<int>(status);
 }

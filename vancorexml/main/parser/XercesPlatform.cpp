@@ -12,7 +12,8 @@ namespace {
 
 // Never destroyed: statics that die after it may still release Xerces.
 struct Platform {
-    std::mutex mutex;
+    // Recursive, because Xerces exits the process when it cannot be initialised.
+    std::recursive_mutex mutex;
     bool isInitialised = false;   // guarded by mutex, as are the others
     bool isExiting = false;
     int uses = 0;
