@@ -9,8 +9,10 @@
 #include <QFileInfo>
 
 #include "tests/common/TestSupport.h"
+#include "vancorexml/main/parser/DOMElementTraversal.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
+#include "vancorexml/main/parser/XMLDomFormatter.h"
 #include "vancorexml/main/parser/XSDResources.h"
 
 namespace {
@@ -102,6 +104,34 @@ TEST(SamplesTest, NoSampleValidatesAgainstAnotherType)
     for (const Sample& sample : SamplesIn("")) {
         const XmlFileType other = sample.type == XmlFileTypeKXA ? XmlFileTypeKXB : XmlFileTypeKXA;
         EXPECT_FALSE(Validate(sample.path, XSDResources::GetVersionedXsdInputSource(other, Version("18.1"))).empty()) << sample.path;
+    }
+}
+
+TEST(SamplesTest, EveryCurrentSampleHasWhatTheProductsDocumentsHave)
+{
+    const std::pair<const char*, std::regex> wanted[] = {
+        {"an attribute that begins with a colon", std::regex(" :[a-z]+='")},
+        {"a text outside ASCII", std::regex("[\xC3-\xEF][\x80-\xBF]")},
+        {"a file's path", std::regex("[A-Z]:\\\\|\\\\\\\\")},
+        {"a Base64 block", std::regex("\n *[A-Za-z0-9+/]{64,}=*\n")},
+    };
+    for (const Sample& sample : SamplesIn("")) {
+        if (sample.path.contains("-10-")) continue;
+        const std::string text = testsupport::TemporaryFolder::Read(sample.path);
+        for (const auto& [what, pattern] : wanted) EXPECT_TRUE(std::regex_search(text, pattern)) << sample.path << " has not " << what;
+    }
+}
+
+TEST(SamplesTest, EveryElementMayCarryAttributesOfTheUsersOwn)
+{
+    for (const Sample& sample : SamplesIn("")) {
+        const auto document = DOMParser().ParseXmlFile(sample.path);
+        DOMElement& root = *document->GetDocumentRoot();
+        for (DOMElement& element : DOMElementTraversal::MutablePreorderTraversal(root)) element.SetAttribute("user:hidden", "true");
+        root.SetAttribute("xmlns:user", "http://vancorexml.invalid/xml/user");
+        DOMParser parser;
+        parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(sample.type, VersionNumber(root.GetAttribute("version"), u'.', u'-', 0)));
+        EXPECT_THAT(parser.ParseXmlString(XMLDomFormatter::RenderAsXMLString(*document, nullptr, true), "marked")->GetErrors(), testing::IsEmpty()) << sample.path;
     }
 }
 
