@@ -33,8 +33,8 @@ public:
     StandaloneDOMParser(const StandaloneDOMParser&) = delete;
     StandaloneDOMParser& operator=(const StandaloneDOMParser&) = delete;
 
-    // Every later parse validates against this schema, which is read anew for each. Its id must
-    // not be empty: a parse raises a LogicException otherwise. What is wrong with a schema itself
+    // Every later parse validates against this schema, which is read anew for each. It must not
+    // be null, nor its id empty: a parse raises a LogicException for an empty id. What is wrong with a schema itself
     // is not among the errors of a parse.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
