@@ -8,9 +8,13 @@
 #include "vancorexml/main/parser/XMLExport.h"
 
 // A canopy is an element whose children may be canopies of the same name. `canopyPath` is a
-// path of DOMPath that names the outermost ones. Nesting is followed for 1,024 levels under
-// each canopy; what lies deeper is left out. Nothing throws for any text; linear in the
-// elements looked at. Null is never among the results.
+// path of DOMPath that names the outermost ones; where it names canopies inside others, as
+// "//folder" does, each is asked, and what lies in several is found several times. Nesting is
+// followed for 1,024 levels under each canopy; what lies deeper is left out. Nothing throws for
+// any text; linear in the elements looked at. Null is never among the results.
+//
+//     DOMPathCanopy::WithinCanopy(root, "library/shelf", "folder");       // folders in folders
+//     DOMPathCanopy::UnderneathCanopy(root, "library/folder", "book/title");
 namespace DOMPathCanopy {
 
 // The children of each canopy called `name`, their children of that name and so on, each
