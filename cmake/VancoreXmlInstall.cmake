@@ -12,9 +12,11 @@ install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 set(private_headers
     DetachedElements.h
     DOMBuilder.h
+    ElementTaker.h
     EntityExpansionGuard.h
     SharedTexts.h
     TwoWriteLocks.h
+    Utf16InputSource.h
     XercesPlatform.h
     XercesXMLHandler.h
     XercesXMLParserImpl.h)

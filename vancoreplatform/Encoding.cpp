@@ -44,13 +44,18 @@ int SequenceLength(const unsigned char* bytes, std::size_t available) noexcept
     return lead.length;
 }
 
+constexpr bool IsTail(unsigned char byte) noexcept
+{
+    return (byte & 0xC0) == 0x80;
+}
+
 std::size_t SkipAscii(const unsigned char* bytes, std::size_t position, std::size_t length) noexcept
 {
-    std::uint64_t word = 0;
-    while (length - position >= sizeof word) {
-        std::memcpy(&word, bytes + position, sizeof word);
-        if ((word & 0x8080808080808080) != 0) break;
-        position += sizeof word;
+    std::uint64_t words[4];
+    while (length - position >= sizeof words) {
+        std::memcpy(words, bytes + position, sizeof words);
+        if (((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080) != 0) break;
+        position += sizeof words;
     }
     while (position < length && bytes[position] < 0x80) ++position;
     return position;
@@ -66,6 +71,18 @@ std::size_t FindInvalidUtf8(const char* bytes, std::size_t length) noexcept
         if (data[position] < 0x80) {
             position = SkipAscii(data, position, length);
             continue;
+        }
+        // The common sequences, without a look at special cases.
+        if (length - position >= 3 && IsTail(data[position + 1])) {
+            const unsigned char lead = data[position];
+            if (lead >= 0xC2 && lead < 0xE0) {
+                position += 2;
+                continue;
+            }
+            if (lead > 0xE0 && lead < 0xED && IsTail(data[position + 2])) {
+                position += 3;
+                continue;
+            }
         }
         const int sequence = SequenceLength(data + position, length - position);
         if (sequence <= 0) return position;

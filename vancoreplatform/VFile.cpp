@@ -17,6 +17,8 @@
 
 namespace {
 
+constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";
+
 [[noreturn]] void ThrowReadError(const VString& name, const VString& reason)
 {
     throw VIO::Exception(VFormatString("Cannot read \"%1\": %2").arg(name).arg(reason));
@@ -103,7 +105,7 @@ std::optional<VString> DecodeByMark(const Input& input)
 {
     using namespace std::string_view_literals;
     const std::string_view text(input.bytes, input.length);
-    if (text.starts_with("\xEF\xBB\xBF"sv)) return DecodeUtf8(input, 3);
+    if (text.starts_with(Utf8Mark)) return DecodeUtf8(input, Utf8Mark.size());
     if (text.starts_with("\0\0\xFE\xFF"sv)) return DecodeUtf32(input, true);
     if (text.starts_with("\xFF\xFE\0\0"sv)) return DecodeUtf32(input, false);
     if (text.starts_with("\xFE\xFF"sv)) return DecodeUtf16(input, true);
@@ -230,7 +232,9 @@ unsigned long long VFile::Size() const
     return static_cast<unsigned long long>(m_file.size());
 }
 
-VString VFile::LoadTextFile(const VString& fileName, bool useXmlDeclaration)
+namespace {
+
+std::string ReadAll(const VString& fileName)
 {
     VFile file{VPath(fileName)};
     file.OpenForReading();
@@ -247,11 +251,25 @@ VString VFile::LoadTextFile(const VString& fileName, bool useXmlDeclaration)
         done += read;
         if (read < wanted) {
             bytes.resize(done);
-            break;
+            return bytes;
         }
         if (done > mostBytes) ThrowReadError(fileName, "the text is too long");
     }
+}
+
+}  // namespace
+
+VString VFile::LoadTextFile(const VString& fileName, bool useXmlDeclaration)
+{
+    const std::string bytes = ReadAll(fileName);
     return DecodeText(bytes.data(), bytes.size(), fileName, useXmlDeclaration);
+}
+
+std::string VFile::LoadTextFileAsUtf8(const VString& fileName, bool useXmlDeclaration)
+{
+    std::string bytes = ReadAll(fileName);
+    if (!bytes.starts_with(Utf8Mark) && FindInvalidUtf8(bytes.data(), bytes.size()) == bytes.size()) return bytes;
+    return DecodeText(bytes.data(), bytes.size(), fileName, useXmlDeclaration).toStdString();
 }
 
 VString VFile::DecodeText(const char* bytes, std::size_t length, const VString& name, bool useXmlDeclaration)

@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include <cstddef>
+#include <string>
 
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/VPath.h"
@@ -36,6 +37,9 @@ public:
     // throws VIO::Exception, which names the offset of the first bad byte; so does text
     // that is longer than a string can be. A NUL is a character like any other.
     static VString LoadTextFile(const VString& fileName, bool useXmlDeclaration);
+
+    // The same text in UTF-8, without a detour when it is UTF-8 already.
+    static std::string LoadTextFileAsUtf8(const VString& fileName, bool useXmlDeclaration);
 
     // The same decision over bytes that are in memory already; `name` is for messages.
     static VString DecodeText(const char* bytes, std::size_t length, const VString& name, bool useXmlDeclaration);

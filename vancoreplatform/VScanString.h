@@ -1,20 +1,26 @@
 // Scanning a text from the left.
 #pragma once
 
-#include "vancoreplatform/Export.h"
+#include <string_view>
+
+#include "vancoreplatform/VCType.h"
 #include "vancoreplatform/VString.h"
 
 // A position in a text that moves forward over what it is asked to skip.
 // Refers to the text, which must outlive it and stay unchanged.
-class VANCOREPLATFORM_API VScanString {
+class VScanString {
 public:
-    explicit VScanString(const VString& text) noexcept : m_position(text.begin()), m_end(text.end()) {}
+    explicit VScanString(const VString& text) noexcept : VScanString(text.View()) {}
+    explicit VScanString(std::u16string_view text) noexcept : m_position(text.data()), m_end(text.data() + text.size()) {}
 
     // Moves past white space as VCType::isSpace has it. Linear in what it skips.
-    void skipWhitespace() noexcept;
+    void skipWhitespace() noexcept
+    {
+        while (m_position != m_end && VCType::isSpace(*m_position)) ++m_position;
+    }
     bool IsAtEnd() const noexcept { return m_position == m_end; }
 
 private:
-    VString::const_iterator m_position;
-    VString::const_iterator m_end;
+    const char16_t* m_position;
+    const char16_t* m_end;
 };

@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace {
 
 TEST(SharedTextsTest, MakesATextOnce)
 {
-    SharedTexts texts(100);
+    SharedTexts texts(128);
     const VString first = texts.Get(u"name");
     EXPECT_EQ(first, VString("name"));
     EXPECT_TRUE(texts.Get(std::u16string(u"name")).IsSharedWith(first));
@@ -16,7 +19,7 @@ TEST(SharedTextsTest, MakesATextOnce)
 
 TEST(SharedTextsTest, KeepsWhatWasMadeForAKey)
 {
-    SharedTexts texts(100);
+    SharedTexts texts(128);
     int made = 0;
     const auto make = [&made] { return VString::number(++made); };
     EXPECT_EQ(texts.Get(u"key", make), VString("1"));
@@ -26,7 +29,7 @@ TEST(SharedTextsTest, KeepsWhatWasMadeForAKey)
 
 TEST(SharedTextsTest, TellsManyTextsApart)
 {
-    SharedTexts texts(100000);
+    SharedTexts texts(1 << 16);
     for (int round = 0; round < 2; ++round)
         for (int i = 0; i < 20000; ++i) {
             const VString text = VString::number(std::int32_t{i});
@@ -36,27 +39,51 @@ TEST(SharedTextsTest, TellsManyTextsApart)
 
 TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
 {
-    SharedTexts texts(100);
+    SharedTexts texts(128);
     EXPECT_TRUE(texts.Get(u"").IsEmpty());
     EXPECT_EQ(texts.Get(std::u16string_view(u"\0", 1)).length(), 1);
     EXPECT_TRUE(texts.Get(u"").IsEmpty());
 }
 
-TEST(SharedTextsTest, StartsAfreshAtItsLimit)
+TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
 {
-    SharedTexts texts(32);
+    SharedTexts texts(64);
     const VString first = texts.Get(u"first");
-    for (int i = 0; i < 1000; ++i) texts.Get(VString::number(std::int32_t{i}).View());
+    for (int i = 0; i < 10000; ++i) texts.Get(VString::number(std::int32_t{i}).View());
     EXPECT_EQ(texts.Get(u"first"), first);
     EXPECT_FALSE(texts.Get(u"first").IsSharedWith(first));
 }
 
+TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
+{
+    SharedTexts texts(2048);
+    std::vector<VString> made;
+    for (int round = 0; round < 2; ++round)
+        for (int i = 0; i < 500; ++i) {
+            const VString text = texts.Get((VString("name") + VString::number(std::int32_t{i})).View());
+            if (round == 0) made.push_back(text);
+            else made[static_cast<std::size_t>(i)] = text.IsSharedWith(made[static_cast<std::size_t>(i)]) ? VString("kept") : VString();
+        }
+    EXPECT_GT(std::count(made.begin(), made.end(), VString("kept")), 250);
+}
+
 TEST(SharedTextsTest, ClearForgets)
 {
-    SharedTexts texts(100);
+    SharedTexts texts(128);
     const VString first = texts.Get(u"first");
     texts.Clear();
     EXPECT_FALSE(texts.Get(u"first").IsSharedWith(first));
+}
+
+TEST(SharedTextsTest, TextsThatDifferInOneUnitAreToldApart)
+{
+    SharedTexts texts(64);
+    for (std::size_t length = 1; length < 20; ++length)
+        for (std::size_t i = 0; i < length; ++i) {
+            std::u16string text(length, u'a');
+            text[i] = u'b';
+            ASSERT_EQ(texts.Get(text).View(), text);
+        }
 }
 
 }  // namespace

@@ -1,7 +1,11 @@
 #include "vancorexml/main/parser/Utf8InputSource.h"
 
+#include <memory>
+#include <string>
+
 #include "tests/common/TestSupport.h"
 #include "vancorexml/main/parser/InputSourceResetter.h"
+#include "vancorexml/main/parser/XercesInputSource.h"
 
 namespace {
 
@@ -120,6 +124,25 @@ TEST(StringInputSourceTest, GivesUtf8)
     StringInputSource source("gr\xC3\xB6\xC3\x9F" "e", "id", false);
     EXPECT_EQ(source.Size(), 7u);
     EXPECT_EQ(ReadAll(source), "gr\xC3\xB6\xC3\x9F" "e");
+}
+
+TEST(StringInputSourceTest, TakesUtf8)
+{
+    const std::unique_ptr<StringInputSource> source = StringInputSource::FromUtf8(" gr\xC3\xB6\xC3\x9F" "e", "an id", true);
+    EXPECT_EQ(source->Id(), VString("an id"));
+    EXPECT_EQ(ReadAll(*source), "größe");
+    EXPECT_EQ(VString(source->GetXercesInputSource(ColonProcessingNone).Get().getEncoding()), VString("UTF-8"));
+}
+
+TEST(BorrowedInputSourceTest, ReadsTheCallersBytesWhereTheyAre)
+{
+    const std::string bytes = " <a/>";
+    BorrowedInputSource source(bytes, "an id", true);
+    EXPECT_EQ(source.Id(), VString("an id"));
+    EXPECT_EQ(ReadAll(source), "<a/>");
+    EXPECT_EQ(source.Size(), 5u);
+    EXPECT_EQ(source.GetXercesInputSource(ColonProcessingSanitize).Bytes().get(), &bytes);
+    EXPECT_EQ(source.GetXercesInputSource(ColonProcessingSanitize).View().data(), bytes.data() + 1);
 }
 
 TEST(BinaryInputSourceTest, GivesTheBytes)

@@ -144,6 +144,16 @@ TEST(VFileTest, LoadsTextFiles)
     EXPECT_EQ(VFile::LoadTextFile(folder.Write("b.txt", ""), true), VString());
 }
 
+TEST(VFileTest, LoadsTextFilesAsUtf8)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("a.txt", "größe"), true), "größe");
+    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("b.txt", ""), true), "");
+    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("c.txt", "\xEF\xBB\xBFgrö\xC3\x9F" "e"), true), "größe");
+    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("d.xml", "<?xml version='1.0' encoding='ISO-8859-1'?><\xE4/>"), true), "<?xml version='1.0' encoding='ISO-8859-1'?><ä/>");
+    EXPECT_THAT(FailureOf([&] { VFile::LoadTextFileAsUtf8(folder.Write("e.xml", "ab\xFF"), true); }), HasSubstr("offset 2"));
+}
+
 TEST(VFileTest, LoadsFilesThatAreLargerThanOneRead)
 {
     const TemporaryFolder folder;

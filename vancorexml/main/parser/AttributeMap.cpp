@@ -162,14 +162,20 @@ std::pair<AttributeMap::iterator, bool> AttributeMap::try_emplace(const VString&
     const iterator found = find(name);
     if (found != end())
         return {found, false};
+    if (m_block && m_block->size != m_block->capacity)
+        return {Append(name, std::move(value)), true};
     const VString key(name);  // `name` may be an entry of the block that growing gives back
-    if (!m_block || m_block->size == m_block->capacity)
-        Grow(2 * size() + 1);  // with the head, exactly what an allocator's classes hold
-    const iterator position = new (end()) value_type(key, std::move(value));
+    Grow(2 * size() + 1);     // with the head, exactly what an allocator's classes hold
+    return {Append(key, std::move(value)), true};
+}
+
+AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value) noexcept
+{
+    const iterator position = new (end()) value_type(name, std::move(value));
     if (m_block->capacity > ScanLimit)
-        Index(m_block->Entries(), m_block->capacity).Insert(key, m_block->size);
+        Index(m_block->Entries(), m_block->capacity).Insert(name, m_block->size);
     ++m_block->size;
-    return {position, true};
+    return position;
 }
 
 std::pair<AttributeMap::iterator, bool> AttributeMap::insert_or_assign(const VString& name, VString value)

@@ -94,6 +94,8 @@ private:
     static Block* Allocate(size_type capacity);
     void Release() noexcept;
     void Grow(size_type capacity);
+    // For a name that is not there, while there is room.
+    iterator Append(const VString& name, VString&& value) noexcept;
 
     Block* m_block = nullptr;
 };

@@ -1,37 +1,32 @@
 #include "vancorexml/main/parser/DOMBuilder.h"
 
-#include <memory>
 #include <utility>
 
 #include "vancoreplatform/VScanString.h"
 #include "vancorexml/main/parser/DOMElement.h"
 
-namespace {
-
-bool IsBlank(const VString& text)
-{
-    VScanString scan(text);
-    scan.skipWhitespace();
-    return scan.IsAtEnd();
-}
-
-}  // namespace
-
 DOMBuilder::DOMBuilder(DOM& document, bool keepBlankText) : m_stack{&document.GetRoot()}, m_keepBlankText(keepBlankText) {}
 
 DOMBuilder::~DOMBuilder() = default;
 
-void DOMBuilder::StartElement(const VString& name, const AttributeMap& attributes)
+void DOMBuilder::TakeElement(const VString& name, AttributeMap&& attributes)
 {
-    auto element = std::make_unique<DOMElement>(name);
-    element->SetAttributes(attributes);
+    DOMElement& element = m_stack.back()->AddNewChild(name, nullptr);
+    m_stack.push_back(&element);
+    element.SetAttributes(std::move(attributes));
     if (m_locationProvider) {
         int line = 0;
         int column = 0;
         m_locationProvider->GetCurrentLocation(line, column);
-        element->SetElementStartLocation(line, column);
+        element.SetElementStartLocation(line, column);
     }
-    m_stack.push_back(&m_stack.back()->AppendChild(std::move(element)));
+}
+
+bool DOMBuilder::WantsText(std::u16string_view text) const noexcept
+{
+    VScanString scan(text);
+    scan.skipWhitespace();
+    return m_keepBlankText || !scan.IsAtEnd();
 }
 
 void DOMBuilder::EndElement()
@@ -47,6 +42,15 @@ void DOMBuilder::EndElement()
 
 void DOMBuilder::Characters(const VString& text)
 {
-    if (m_keepBlankText || !IsBlank(text))
-        m_stack.back()->AppendText(text);
+    if (WantsText(text.View()))
+        TakeText(VString(text));
+}
+
+void DOMBuilder::TakeText(VString&& text)
+{
+    DOMElement& element = *m_stack.back();
+    if (element.HasText())
+        element.AppendText(text);
+    else
+        element.SetText(std::move(text));
 }

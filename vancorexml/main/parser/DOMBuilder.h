@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 
 // Builds the elements that a parser reports below the root of a document.
@@ -12,7 +13,7 @@
 // of positions.
 //
 // Threads: one at a time.
-class DOMBuilder : public SAXInterface {
+class DOMBuilder final : public SAXInterface, public ElementTaker {
 public:
     // Text that is white space only is dropped unless `keepBlankText`.
     DOMBuilder(DOM& document, bool keepBlankText);
@@ -21,7 +22,10 @@ public:
     // Elements get the positions that the provider gives when they start and end.
     void SetLocationProvider(SAXFileLocation& provider) noexcept { m_locationProvider = &provider; }
 
-    void StartElement(const VString& name, const AttributeMap& attributes) override;
+    void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name, AttributeMap(attributes)); }
+    bool WantsText(std::u16string_view text) const noexcept override;
+    void TakeText(VString&& text) override;
+    void TakeElement(const VString& name, AttributeMap&& attributes) override;
     void EndElement() override;
     void Characters(const VString& text) override;
 

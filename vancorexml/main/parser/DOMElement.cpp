@@ -160,6 +160,12 @@ void DOMElement::SetManager(DOM* manager) noexcept
     }
 }
 
+void DOMElement::SetText(VString&& text) noexcept
+{
+    m_text = std::move(text);
+    m_encoded = false;
+}
+
 void DOMElement::SetText(const VString& text, bool encoded)
 {
     m_text = text;
@@ -205,7 +211,15 @@ VString DOMElement::GetParentAttr(const VString& name) const
 
 DOMElement& DOMElement::AddNewChild(const VString& name, const DOMElement* before)
 {
-    return InsertChild(std::make_unique<DOMElement>(name), before);
+    MakeRoom(1);
+    auto child = std::make_unique<DOMElement>(name);
+    child->m_manager = m_manager;
+    if (before)
+        return Place(std::move(child), before);
+    // Nothing can refer to the new element yet, so there is nothing to keep up to date.
+    child->m_parent = this;
+    m_children.push_back(std::move(child));
+    return *m_children.back();
 }
 
 DOMElement& DOMElement::InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before)
@@ -419,8 +433,10 @@ void DOMElement::RequireNotBelow(const DOMElement& child) const
 void DOMElement::MakeRoom(std::size_t count)
 {
     const std::size_t needed = m_children.size() + count;
+    // From three up, one less than a power of two: with the allocator's word, exactly what its
+    // size classes hold.
     if (needed > m_children.capacity())
-        m_children.reserve(std::max(needed, 2 * m_children.size()));
+        m_children.reserve(std::max({needed, 2 * m_children.size() + 1, std::size_t{3}}));
 }
 
 void DOMElement::Link(DOMElement& child) noexcept

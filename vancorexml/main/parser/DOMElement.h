@@ -60,6 +60,7 @@ public:
 
     const VString& GetText() const noexcept { return m_text; }
     void SetText(const VString& text) { SetText(text, false); }
+    void SetText(VString&& text) noexcept;
     // `encoded`: the text is escaped already and is written as it stands.
     void SetText(const VString& text, bool encoded);
     void AppendText(const VString& text) { AppendText(text, false); }

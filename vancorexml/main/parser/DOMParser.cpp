@@ -119,15 +119,15 @@ std::unique_ptr<DOM> DOMParser::ParseXmlBytes(std::vector<unsigned char>&& bytes
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(const std::string& text, const VString& id)
 {
-    return ParseXmlString(std::string(text), id);
+    Metrics::Scope metrics("DOMParser_ParseXmlString");
+    metrics.Record("'xmls'", text.size());
+    BorrowedInputSource source(text, id, true);
+    return ParseXmlInputSource(source, false);
 }
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(std::string&& text, const VString& id)
 {
-    Metrics::Scope metrics("DOMParser_ParseXmlString");
-    metrics.Record("'xmls'", text.size());
-    Utf8InputSource source(std::move(text), id, true);
-    return ParseXmlInputSource(source, false);
+    return ParseXmlString(std::as_const(text), id);
 }
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(const VString& text, const VString& id)

@@ -11,5 +11,5 @@ std::unique_ptr<InputSource> InputSourceUtils::InputSourceFromFileName(const VSt
     art::Activity activity("InputSourceFromFileName");
     if (GetFileSize(VPath(fileName)) >= DecodedSizeLimit)
         return std::make_unique<FileInputSource>(fileName);
-    return std::make_unique<StringInputSource>(VFile::LoadTextFile(fileName, true), fileName, skipLeadingWhitespace);
+    return StringInputSource::FromUtf8(VFile::LoadTextFileAsUtf8(fileName, true), fileName, skipLeadingWhitespace);
 }

@@ -3,23 +3,25 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "vancoreplatform/VString.h"
-#include "vansys/SipHash.h"
-#include "vansys/VHash32.h"
 
-// Maps texts to strings that are made once and then shared: an open-addressing table under
-// a hash that is keyed per process, so that texts cannot be chosen to collide.
+// Remembers the strings that were made for texts, each in the one slot that the hash of its
+// text names, until another text takes that slot. So a text is not always made once only, but
+// a lookup looks at one slot whatever the texts are, and nobody can choose them to collide
+// at a cost.
 //
-// Ownership: owns its strings, which share their buffers with the copies given out. At
-// `limit` entries it starts afresh, so it never outgrows what is worth keeping.
+// Ownership: owns its strings, which share their buffers with the copies given out. Has at
+// most `limit` slots, fewer for as long as few texts come.
 //
 // Threads: one at a time.
 class SharedTexts {
 public:
+    // `limit` is a power of two, at least 64.
     explicit SharedTexts(std::size_t limit) : m_limit(limit) {}
 
     // The string for the key, which `make` makes when the key is not there. The reference
@@ -27,16 +29,16 @@ public:
     template <typename Make>
     const VString& Get(std::u16string_view key, Make&& make)
     {
-        if (m_entries.size() * 2 >= m_slots.size())
-            Grow();
         const std::uint64_t hash = Hash(key);
-        std::uint32_t& slot = FindSlot(key, hash);
-        if (slot == 0) {
-            VString text = make();
-            m_entries.push_back({hash, VString(key.data(), key.size()), std::move(text)});
-            slot = static_cast<std::uint32_t>(m_entries.size());
-        }
-        return m_entries[slot - 1].text;
+        Slot* slot = Find(hash);
+        if (slot && IsSame(slot->key.View(), key))
+            return slot->text;
+        if (2 * m_misses++ >= m_slots.size() && m_slots.size() < m_limit)
+            Grow();
+        slot = Find(hash);
+        slot->text = make();
+        slot->key = IsSame(slot->text.View(), key) ? slot->text : VString(key.data(), key.size());
+        return slot->text;
     }
 
     // The string that is the key itself.
@@ -47,48 +49,60 @@ public:
 
     void Clear()
     {
-        m_entries.clear();
         m_slots.clear();
+        m_misses = 0;
     }
 
 private:
-    struct Entry {
-        std::uint64_t hash;
+    // In an empty slot both texts are empty.
+    struct Slot {
         VString key;
         VString text;
     };
 
-    static std::uint64_t Hash(std::u16string_view key) noexcept
+    static bool IsSame(std::u16string_view a, std::u16string_view b) noexcept
     {
-        static const SipKey secret{VSeededHash(u"low"), VSeededHash(u"high")};
-        return SipHash<1, 1>::Hash(secret, key.data(), key.size() * sizeof(char16_t));
+        return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
     }
 
-    // The slot of the key: where it is, or the empty one where it belongs.
-    std::uint32_t& FindSlot(std::u16string_view key, std::uint64_t hash) noexcept
+    static std::uint64_t Hash(std::u16string_view key) noexcept
     {
-        const std::size_t mask = m_slots.size() - 1;
-        for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
-            const std::uint32_t number = m_slots[i];
-            if (number == 0 || (m_entries[number - 1].hash == hash && m_entries[number - 1].key.View() == key))
-                return m_slots[i];
+        // The golden ratio: an odd factor that spreads every bit upwards.
+        constexpr std::uint64_t Factor = 0x9E3779B97F4A7C15;
+        constexpr std::size_t UnitsInWord = sizeof(std::uint64_t) / sizeof(char16_t);
+        std::uint64_t hash = key.size();
+        if (key.size() < UnitsInWord) {
+            for (const char16_t unit : key)
+                hash = (hash << 16) + unit;
+            return hash * Factor;
         }
+        // The last word may overlap the one before.
+        for (std::size_t position = 0;; position += UnitsInWord) {
+            const bool isLast = position + UnitsInWord >= key.size();
+            std::uint64_t word;
+            std::memcpy(&word, key.data() + (isLast ? key.size() - UnitsInWord : position), sizeof word);
+            hash = (hash ^ word) * Factor;
+            hash ^= hash >> 32;
+            if (isLast)
+                return hash * Factor;
+        }
+    }
+
+    Slot* Find(std::uint64_t hash) noexcept
+    {
+        // The upper bits are the ones that every unit has reached.
+        return m_slots.empty() ? nullptr : &m_slots[(hash >> 32) & (m_slots.size() - 1)];
     }
 
     void Grow()
     {
-        if (m_entries.size() >= m_limit)
-            m_entries.clear();
-        const std::size_t size = m_entries.empty() ? SmallestSize : m_slots.size() * 2;
-        m_slots.assign(size, 0);
-        for (std::size_t i = 0; i < m_entries.size(); ++i)
-            FindSlot(m_entries[i].key.View(), m_entries[i].hash) = static_cast<std::uint32_t>(i + 1);
+        std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(m_slots.empty() ? 64 : 2 * m_slots.size()));
+        for (Slot& slot : old)
+            *Find(Hash(slot.key.View())) = std::move(slot);
     }
 
-    static constexpr std::size_t SmallestSize = 64;
-
     std::size_t m_limit;
-    std::vector<Entry> m_entries;
-    // Number of the entry, from 1; 0 is empty. A power of two, at most half of it taken.
-    std::vector<std::uint32_t> m_slots;
+    std::size_t m_misses = 0;
+    // None or a power of two.
+    std::vector<Slot> m_slots;
 };

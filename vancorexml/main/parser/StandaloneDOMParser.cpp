@@ -5,6 +5,7 @@
 #include "metrics2/Metrics.h"
 #include "vancoredata/VResource.h"
 #include "vancoreplatform/VScanString.h"
+#include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
@@ -13,25 +14,34 @@
 namespace {
 
 // Builds the tree from the parser's callbacks.
-class StandaloneDOMBuilder : public SAXInterface {
+class StandaloneDOMBuilder final : public SAXInterface, public ElementTaker {
 public:
     explicit StandaloneDOMBuilder(bool keepWhitespaceText) : m_root(std::make_unique<StandaloneDOMElement>("Document")), m_open{m_root.get()}, m_keepWhitespaceText(keepWhitespaceText) {}
 
-    void StartElement(const VString& name, const AttributeMap& attributes) override
+    void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name, AttributeMap(attributes)); }
+
+    void TakeElement(const VString& name, AttributeMap&& attributes) override
     {
         auto element = std::make_unique<StandaloneDOMElement>(name);
-        element->SetAttributes(attributes);
+        element->SetAttributes(std::move(attributes));
         m_open.push_back(element.get());
         m_open[m_open.size() - 2]->AppendChild(std::move(element));
+    }
+
+    void TakeText(VString&& text) override { m_open.back()->AppendText(text); }
+
+    bool WantsText(std::u16string_view text) const noexcept override
+    {
+        VScanString scan(text);
+        scan.skipWhitespace();
+        return m_keepWhitespaceText || !scan.IsAtEnd();
     }
 
     void EndElement() override { m_open.pop_back(); }
 
     void Characters(const VString& text) override
     {
-        VScanString scan(text);
-        scan.skipWhitespace();
-        if (m_keepWhitespaceText || !scan.IsAtEnd()) m_open.back()->AppendText(text);
+        if (WantsText(text.View())) TakeText(VString(text));
     }
 
     std::unique_ptr<StandaloneDOMElement> TakeRoot() { return std::move(m_root); }

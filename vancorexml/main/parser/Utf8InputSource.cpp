@@ -17,12 +17,12 @@ std::size_t CountLeadingWhitespace(const std::string& bytes)
 
 }  // namespace
 
-Utf8InputSource::Utf8InputSource(std::string&& bytes, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(std::move(bytes), id, skipLeadingWhitespace, false) {}
+Utf8InputSource::Utf8InputSource(std::string&& bytes, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(std::make_shared<std::string>(std::move(bytes)), id, skipLeadingWhitespace, false) {}
 
-Utf8InputSource::Utf8InputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(std::string(bytes), id, skipLeadingWhitespace, false) {}
+Utf8InputSource::Utf8InputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(std::string(bytes), id, skipLeadingWhitespace) {}
 
-Utf8InputSource::Utf8InputSource(std::string&& bytes, const VString& id, bool skipLeadingWhitespace, bool isDecoded)
-    : InputSource(id), m_bytes(std::make_shared<std::string>(std::move(bytes))), m_isDecoded(isDecoded)
+Utf8InputSource::Utf8InputSource(std::shared_ptr<std::string> bytes, const VString& id, bool skipLeadingWhitespace, bool isDecoded)
+    : InputSource(id), m_bytes(std::move(bytes)), m_isDecoded(isDecoded)
 {
     if (skipLeadingWhitespace)
         m_start = m_position = CountLeadingWhitespace(*m_bytes);
@@ -65,7 +65,14 @@ XercesInputSource Utf8InputSource::GetXercesInputSource(ColonProcessingMode mode
     return XercesInputSource(m_bytes, m_start, Id(), mode, m_isDecoded ? TextEncoding::Utf8 : TextEncoding::Detected);
 }
 
-StringInputSource::StringInputSource(const VString& text, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(text.toStdString(), id, skipLeadingWhitespace, true) {}
+StringInputSource::StringInputSource(const VString& text, const VString& id, bool skipLeadingWhitespace) : StringInputSource(std::make_shared<std::string>(text.toStdString()), id, skipLeadingWhitespace) {}
+
+StringInputSource::StringInputSource(std::shared_ptr<std::string> utf8, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(std::move(utf8), id, skipLeadingWhitespace, true) {}
+
+std::unique_ptr<StringInputSource> StringInputSource::FromUtf8(std::string&& utf8, const VString& id, bool skipLeadingWhitespace)
+{
+    return std::unique_ptr<StringInputSource>(new StringInputSource(std::make_shared<std::string>(std::move(utf8)), id, skipLeadingWhitespace));
+}
 
 StringInputSource::~StringInputSource() = default;
 
@@ -75,3 +82,11 @@ BinaryInputSource::BinaryInputSource(const std::vector<unsigned char>& bytes, co
 }
 
 BinaryInputSource::~BinaryInputSource() = default;
+
+// Shared with nobody, and never written to.
+BorrowedInputSource::BorrowedInputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace)
+    : Utf8InputSource(std::shared_ptr<std::string>(std::shared_ptr<void>(), const_cast<std::string*>(&bytes)), id, skipLeadingWhitespace, false)
+{
+}
+
+BorrowedInputSource::~BorrowedInputSource() = default;

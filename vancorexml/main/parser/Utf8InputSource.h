@@ -34,7 +34,7 @@ public:
 
 protected:
     // With `isDecoded` the bytes are UTF-8 whatever their XML declaration says.
-    Utf8InputSource(std::string&& bytes, const VString& id, bool skipLeadingWhitespace, bool isDecoded);
+    Utf8InputSource(std::shared_ptr<std::string> bytes, const VString& id, bool skipLeadingWhitespace, bool isDecoded);
 
 private:
     std::shared_ptr<std::string> m_bytes;
@@ -47,7 +47,20 @@ private:
 class VANCOREXML_API StringInputSource : public Utf8InputSource {
 public:
     StringInputSource(const VString& text, const VString& id, bool skipLeadingWhitespace);
+    // A text that is at hand as UTF-8.
+    static std::unique_ptr<StringInputSource> FromUtf8(std::string&& utf8, const VString& id, bool skipLeadingWhitespace);
     ~StringInputSource() override;
+
+private:
+    StringInputSource(std::shared_ptr<std::string> utf8, const VString& id, bool skipLeadingWhitespace);
+};
+
+// Bytes of the caller's, read where they are: they must outlive the source and every view
+// given to the parser, unchanged.
+class VANCOREXML_API BorrowedInputSource : public Utf8InputSource {
+public:
+    BorrowedInputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace);
+    ~BorrowedInputSource() override;
 };
 
 // A copy of a byte buffer.

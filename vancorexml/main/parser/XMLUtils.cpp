@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* const File = "vancorexml\\main\\parser\\XMLUtils";
 
-enum ByteClass : std::uint8_t { NameByte = 1, FirstNameByte = 2, WhitespaceByte = 4 };
+enum ByteClass : std::uint8_t { NameByte = 1, FirstNameByte = 2 };
 
 // The classes of the bytes. A byte is widened as a signed one, so those from 0x80 up land at
 // U+FF80 and above, which are name characters.
@@ -23,7 +23,7 @@ const std::array<std::uint8_t, 256>& ByteClasses()
         for (int byte = 0; byte < 256; ++byte) {
             const auto unit = static_cast<char16_t>(static_cast<signed char>(byte));
             table[static_cast<std::size_t>(byte)] = static_cast<std::uint8_t>(
-                (XmlUtils::IsNameChar(unit) ? NameByte : 0) | (XmlUtils::IsFirstNameChar(unit) ? FirstNameByte : 0) | (XmlUtils::IsWhitespace(unit) ? WhitespaceByte : 0));
+                (XmlUtils::IsNameChar(unit) ? NameByte : 0) | (XmlUtils::IsFirstNameChar(unit) ? FirstNameByte : 0));
         }
         return table;
     }();
@@ -128,16 +128,6 @@ bool XmlUtils::IsFirstNameChar(char byte) noexcept
 bool XmlUtils::IsFirstNameChar(char16_t unit) noexcept
 {
     return xercesc::XMLChar1_0::isFirstNameChar(static_cast<XMLCh>(unit));
-}
-
-bool XmlUtils::IsWhitespace(char byte) noexcept
-{
-    return HasClass(byte, WhitespaceByte);
-}
-
-bool XmlUtils::IsWhitespace(char16_t unit) noexcept
-{
-    return xercesc::XMLChar1_0::isWhitespace(static_cast<XMLCh>(unit));
 }
 
 std::size_t XmlUtils::FindTagEnd(const std::string& text, std::size_t start)

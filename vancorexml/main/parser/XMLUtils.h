@@ -39,8 +39,14 @@ VANCOREXML_API bool IsNameChar(char byte) noexcept;
 VANCOREXML_API bool IsNameChar(char16_t unit) noexcept;
 VANCOREXML_API bool IsFirstNameChar(char byte) noexcept;
 VANCOREXML_API bool IsFirstNameChar(char16_t unit) noexcept;
-VANCOREXML_API bool IsWhitespace(char byte) noexcept;
-VANCOREXML_API bool IsWhitespace(char16_t unit) noexcept;
+constexpr bool IsWhitespace(char16_t unit) noexcept
+{
+    return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
+}
+constexpr bool IsWhitespace(char byte) noexcept
+{
+    return IsWhitespace(static_cast<char16_t>(static_cast<signed char>(byte)));
+}
 
 // The position of the ">" that ends the construct whose "<" is at `start`: "?>" ends "<?",
 // "-->" ends "<!--", "]]>" ends "<![", and a ">" outside of quotes ends everything else.

@@ -8,7 +8,7 @@
 
 static_assert(sizeof(XMLCh) == sizeof(char16_t));
 
-XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes, std::size_t startOffset, const VString& id, ColonProcessingMode mode, TextEncoding encoding) : m_bytes(std::move(bytes))
+XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes, std::size_t startOffset, const VString& id, ColonProcessingMode mode, TextEncoding encoding) : m_bytes(std::move(bytes)), m_startOffset(startOffset)
 {
     const XercesUse xerces;
     if (mode == ColonProcessingSanitize)

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 
@@ -37,8 +38,11 @@ public:
     const xercesc::InputSource& Get() const noexcept { return *m_source; }
     // What the view points into.
     const std::shared_ptr<std::string>& Bytes() const noexcept { return m_bytes; }
+    // What the view shows of it.
+    std::string_view View() const noexcept { return std::string_view(*m_bytes).substr(m_startOffset); }
 
 private:
     std::unique_ptr<xercesc::MemBufInputSource> m_source;
     std::shared_ptr<std::string> m_bytes;
+    std::size_t m_startOffset;
 };

@@ -22,11 +22,11 @@ static_assert(std::is_same_v<XMLCh, char16_t>, "VString and Xerces hold the same
 
 namespace {
 
-// More names than any sensible vocabulary has, so that a hostile one costs bounded memory.
-constexpr std::size_t NameLimit = 1 << 16;
+// More names than most vocabularies have.
+constexpr std::size_t NameLimit = 1 << 11;
 // Values and white space repeat within a stretch of a document, and only short ones do.
 constexpr std::size_t ShortTextLimit = 1 << 10;
-constexpr std::size_t ShortTextLength = 24;
+constexpr std::size_t ShortTextLength = 12;
 // A larger buffer of pending text is not kept for the next run of text.
 constexpr std::size_t KeptTextCapacity = 1 << 16;
 
@@ -47,7 +47,7 @@ VString FormatDiagnostic(const char* kind, const xercesc::SAXParseException& exc
 }  // namespace
 
 XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard)
-    : m_target(std::move(target)), m_guard(guard), m_elementNames(NameLimit), m_attributeNames(NameLimit), m_shortTexts(ShortTextLimit)
+    : m_target(std::move(target)), m_taker(dynamic_cast<ElementTaker*>(m_target.get())), m_guard(guard), m_elementNames(NameLimit), m_attributeNames(NameLimit), m_shortTexts(ShortTextLimit)
 {
 }
 
@@ -89,31 +89,36 @@ void XercesXMLHandler::FlushText()
 {
     if (m_pendingText.empty())
         return;
-    if (m_pendingText.size() <= ShortTextLength)
-        m_target->Characters(m_shortTexts.Get(m_pendingText));
-    else
-        m_target->Characters(VString(m_pendingText.data(), m_pendingText.size()));
+    if (!m_taker || m_taker->WantsText(m_pendingText)) {
+        VString text = MakeText(m_pendingText);
+        if (m_taker)
+            m_taker->TakeText(std::move(text));
+        else
+            m_target->Characters(text);
+    }
     m_pendingText.clear();
     if (m_pendingText.capacity() > KeptTextCapacity)
         m_pendingText.shrink_to_fit();
 }
 
-void XercesXMLHandler::FillAttributes(const xercesc::Attributes& attributes)
+VString XercesXMLHandler::MakeText(std::u16string_view text)
 {
-    m_attributes.clear();
+    return text.size() <= ShortTextLength ? m_shortTexts.Get(text) : VString(text.data(), text.size());
+}
+
+AttributeMap XercesXMLHandler::MakeAttributes(const xercesc::Attributes& attributes)
+{
+    AttributeMap map;
     const XMLSize_t count = attributes.getLength();
-    m_attributes.reserve(count);
+    map.reserve(count);
     for (XMLSize_t i = 0; i < count; ++i) {
         const std::u16string_view qname = attributes.getQName(i);
         const VString& name = m_attributeNames.Get(qname, [qname] { return XercesColonSanitizer::RestoreName(VString(qname.data(), qname.size())); });
         if (name.IsEmpty())
             continue;
-        const std::u16string_view value = attributes.getValue(i);
-        if (value.size() <= ShortTextLength)
-            m_attributes.try_emplace(name, m_shortTexts.Get(value));
-        else
-            m_attributes.try_emplace(name, VString(value.data(), value.size()));
+        map.try_emplace(name, MakeText(attributes.getValue(i)));
     }
+    return map;
 }
 
 void XercesXMLHandler::startElement(const XMLCh*, const XMLCh*, const XMLCh* qname, const xercesc::Attributes& attributes)
@@ -123,8 +128,11 @@ void XercesXMLHandler::startElement(const XMLCh*, const XMLCh*, const XMLCh* qna
         m_guard.Release();
     }
     FlushText();
-    FillAttributes(attributes);
-    m_target->StartElement(m_elementNames.Get(qname), m_attributes);
+    const VString& name = m_elementNames.Get(qname);
+    if (m_taker)
+        m_taker->TakeElement(name, MakeAttributes(attributes));
+    else
+        m_target->StartElement(name, MakeAttributes(attributes));
     m_isDone |= m_target->IsDone();
 }
 

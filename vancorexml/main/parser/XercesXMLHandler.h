@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <xercesc/sax2/DefaultHandler.hpp>
@@ -10,6 +11,7 @@
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/AttributeMap.h"
+#include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/SharedTexts.h"
@@ -70,12 +72,15 @@ public:
 
 private:
     void FlushText();
-    void FillAttributes(const xercesc::Attributes& attributes);
+    VString MakeText(std::u16string_view text);
+    AttributeMap MakeAttributes(const xercesc::Attributes& attributes);
     void AbandonExpansion();
     // Records that an entity of a schema is refused, and gives a blank in its place.
     xercesc::InputSource* RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
     std::shared_ptr<SAXInterface> m_target;
+    // The builder once more when it is one of ours, else null.
+    ElementTaker* m_taker;
     bool m_isDone = false;
     const xercesc::Locator* m_locator = nullptr;
     std::u16string m_pendingText;
@@ -86,8 +91,6 @@ private:
     EntityExpansionGuard& m_guard;
     bool m_isInProlog = true;
     VString m_schemaId;   // of the schema that is loaded now
-    // Filled anew for each element.
-    AttributeMap m_attributes;
     SharedTexts m_elementNames;
     SharedTexts m_attributeNames;
     SharedTexts m_shortTexts;

@@ -13,6 +13,7 @@
 #include "art-cpp/Activity.h"
 #include "metrics2/Metrics.h"
 #include "vancorexml/main/parser/QtVanResources.h"
+#include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
 #include "vansys/LogicException.h"
 
@@ -187,7 +188,10 @@ void XercesXMLParserImpl::ReadInput()
     const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
     m_handler->BeginParse();
     try {
-        ReadDocument(source);
+        if (Utf16InputSource::IsWellFormed(source.Get(), source.View()))
+            ReadDocument(Utf16InputSource(source.Get(), source.View()));
+        else
+            ReadDocument(source.Get());
     } catch (const ParseAbandoned&) {
         // Recorded by the handler like any other fatal error.
     } catch (...) {
@@ -198,10 +202,10 @@ void XercesXMLParserImpl::ReadInput()
         TakeDiagnostics();
 }
 
-void XercesXMLParserImpl::ReadDocument(const XercesInputSource& source)
+void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source)
 {
     xercesc::XMLPScanToken token;
-    if (!m_reader->parseFirst(source.Get(), token))
+    if (!m_reader->parseFirst(source, token))
         return;
     bool hasMore = true;
     while (hasMore && !m_handler->IsDone() && !m_handler->HasFatallyErrored())

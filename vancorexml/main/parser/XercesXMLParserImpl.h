@@ -55,7 +55,7 @@ private:
     void LoadGrammar(const XercesInputSource& source, const VString& id);
     // Reads the input to its end, or until the handler or a fault stops it.
     void ReadInput();
-    void ReadDocument(const XercesInputSource& source);
+    void ReadDocument(const xercesc::InputSource& source);
     void TakeDiagnostics();
 
     // Before all that uses Xerces, so that they die before it.

@@ -1,0 +1,121 @@
+#include "vancorexml/main/parser/Utf16InputSource.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/util/BinInputStream.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/XercesInputSource.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+
+class Utf16InputSourceTest : public testing::Test {
+protected:
+    std::unique_ptr<xercesc::InputSource> Plain(std::string_view text, const XMLCh* encoding = nullptr) const
+    {
+        auto source = std::make_unique<xercesc::MemBufInputSource>(reinterpret_cast<const XMLByte*>(text.data()), text.size(), u"id");
+        source->setEncoding(encoding);
+        return source;
+    }
+
+    bool IsWellFormed(std::string_view text, const XMLCh* encoding = nullptr) const { return Utf16InputSource::IsWellFormed(*Plain(text, encoding), text); }
+
+    // All that the stream gives when it is asked for `count` bytes at a time.
+    std::u16string Read(std::string_view text, std::size_t count) const
+    {
+        const Utf16InputSource source(*Plain(text), text);
+        const std::unique_ptr<xercesc::BinInputStream> stream(source.makeStream());
+        std::vector<XMLByte> buffer(count);
+        std::u16string units;
+        while (const XMLSize_t read = stream->readBytes(buffer.data(), count)) {
+            EXPECT_EQ(read % 2, 0u);
+            units.append(reinterpret_cast<const char16_t*>(buffer.data()), read / 2);
+        }
+        EXPECT_EQ(stream->curPos(), text.size());
+        return units;
+    }
+
+private:
+    // The first source starts Xerces.
+    const XercesInputSource m_first{std::make_shared<std::string>(), 0, VString(), ColonProcessingNone, TextEncoding::Detected};
+};
+
+// Runs of ASCII of every length around a block, between characters of two, three and four bytes.
+std::string MixedText()
+{
+    std::string text;
+    for (int run = 0; run < 40; ++run) {
+        text.append(static_cast<std::size_t>(run), static_cast<char>('a' + run % 26));
+        for (const char* character : {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEF\xBF\xBD", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) text += character;
+    }
+    return text;
+}
+
+TEST_F(Utf16InputSourceTest, GivesTheTextWhateverThePieces)
+{
+    const std::string text = MixedText();
+    const std::u16string expected(VString::fromStdString(text).View());
+    for (std::size_t count = 2; count < 100; ++count) EXPECT_EQ(Read(text, count), expected) << count;
+    EXPECT_EQ(Read(text, 49152), expected);
+}
+
+TEST_F(Utf16InputSourceTest, ASurrogatePairMaySpanTwoReads)
+{
+    EXPECT_EQ(Read("a\xF0\x9F\x98\x80" "b", 2), u"a\U0001F600b");
+}
+
+TEST_F(Utf16InputSourceTest, AnEmptyTextEndsAtOnce)
+{
+    EXPECT_EQ(Read("", 16), u"");
+}
+
+TEST_F(Utf16InputSourceTest, KeepsTheSystemIdAndNamesItsEncoding)
+{
+    const Utf16InputSource source(*Plain("<a/>"), "<a/>");
+    EXPECT_EQ(VString(source.getSystemId()), VString("id"));
+    EXPECT_TRUE(VString(source.getEncoding()).startsWith("UTF-16"));
+}
+
+TEST_F(Utf16InputSourceTest, TextIsWellFormed)
+{
+    for (const std::string_view text : {"<abcd/>"sv, "<?xml version=\"1.0\"?><a/>"sv, "<?xml version='1.0' encoding='UTF-8'?><a/>"sv, "<?xml version='1.0' encoding = \"utf-8\" ?><a/>"sv, "<?xmlish x?><a/>"sv,
+                                        "<!-- encoding='latin1' --><a/>"sv, "<abcd>\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80</abcd>"sv})
+        EXPECT_TRUE(IsWellFormed(text)) << text;
+}
+
+TEST_F(Utf16InputSourceTest, LeavesOtherEncodingsToXerces)
+{
+    for (const std::string_view text : {""sv, "<a/>"sv, "\xEF\xBB\xBF<abcd/>"sv, " <abcd/>"sv, "<\0a\0b\0/\0>\0"sv, "\0<\0a\0/\0>"sv, "\xFE\xFF\0<\0a\0/\0>"sv, "<?xml version='1.0' encoding='ISO-8859-1'?><a/>"sv,
+                                        "<?xml version='1.0' encoding='UTF-16'?><a/>"sv, "<?xml version='1.0' encoding?><a/>"sv, "<?xml version='1.0' encoding='UTF-8'"sv})
+        EXPECT_FALSE(IsWellFormed(text)) << text;
+}
+
+TEST_F(Utf16InputSourceTest, ADeclarationBeyondReasonIsLeftToXerces)
+{
+    EXPECT_FALSE(IsWellFormed("<?xml version='1.0'" + std::string(1000, ' ') + "encoding='ISO-8859-1'?><a/>"));
+}
+
+TEST_F(Utf16InputSourceTest, AnEncodingThatTheSourceNamesOverrulesTheText)
+{
+    EXPECT_TRUE(IsWellFormed("<?xml version='1.0' encoding='UTF-16'?><a/>", xercesc::XMLUni::fgUTF8EncodingString));
+    EXPECT_TRUE(IsWellFormed("", xercesc::XMLUni::fgUTF8EncodingString));
+    EXPECT_FALSE(IsWellFormed("\xEF\xBB\xBF<a/>", xercesc::XMLUni::fgUTF8EncodingString));
+}
+
+TEST_F(Utf16InputSourceTest, LeavesIllFormedBytesToXerces)
+{
+    for (const std::string_view bytes : {"\x80"sv, "\xC3"sv, "\xC0\x80"sv, "\xE2\x82"sv, "\xED\xA0\x80"sv, "\xF5\x80\x80\x80"sv, "\xFF"sv}) {
+        EXPECT_FALSE(IsWellFormed("<abcd>" + std::string(bytes) + "</abcd>"));
+        EXPECT_FALSE(IsWellFormed("<abcd>" + std::string(bytes), xercesc::XMLUni::fgUTF8EncodingString));
+    }
+}
+
+}  // namespace

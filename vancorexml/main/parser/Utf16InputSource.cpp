@@ -1,0 +1,140 @@
+#include "vancorexml/main/parser/Utf16InputSource.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include <xercesc/util/BinInputStream.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "vancoreplatform/Encoding.h"
+
+namespace {
+
+class Utf16Stream final : public xercesc::BinInputStream {
+public:
+    explicit Utf16Stream(std::string_view utf8) noexcept : m_begin(reinterpret_cast<const XMLByte*>(utf8.data())), m_next(m_begin), m_end(m_begin + utf8.size()) {}
+
+    // In bytes of the text.
+    XMLFilePos curPos() const override { return static_cast<XMLFilePos>(m_next - m_begin); }
+    const XMLCh* getContentType() const override { return nullptr; }
+
+    XMLSize_t readBytes(XMLByte* toFill, XMLSize_t maxToRead) override
+    {
+        const XMLByte* const start = toFill;
+        const XMLByte* const end = toFill + maxToRead / sizeof(XMLCh) * sizeof(XMLCh);
+        if (m_lowSurrogate != 0 && toFill != end)
+            Put(toFill, std::exchange(m_lowSurrogate, XMLCh{}));
+        while (toFill != end && m_next != m_end) {
+            if (*m_next < 0x80)
+                PutAscii(toFill, end);
+            else
+                PutSequence(toFill, end);
+        }
+        return static_cast<XMLSize_t>(toFill - start);
+    }
+
+private:
+    static void Put(XMLByte*& toFill, XMLCh unit) noexcept
+    {
+        std::memcpy(toFill, &unit, sizeof unit);
+        toFill += sizeof unit;
+    }
+
+    // Bytes of ASCII from here on, a block at once while there is a whole one.
+    void PutAscii(XMLByte*& toFill, const XMLByte* end) noexcept
+    {
+        constexpr std::ptrdiff_t Block = 16;
+        while (m_end - m_next >= Block && end - toFill >= Block * std::ptrdiff_t{sizeof(XMLCh)}) {
+            std::uint64_t words[2];
+            std::memcpy(words, m_next, sizeof words);
+            if (((words[0] | words[1]) & 0x8080808080808080) != 0)
+                break;
+            XMLCh units[Block];
+            for (std::ptrdiff_t i = 0; i < Block; ++i)
+                units[i] = m_next[i];
+            std::memcpy(toFill, units, sizeof units);
+            m_next += Block;
+            toFill += sizeof units;
+        }
+        while (m_next != m_end && *m_next < 0x80 && toFill != end)
+            Put(toFill, *m_next++);
+    }
+
+    // One character of two to four bytes; when there is room for the first half of a
+    // surrogate pair only, the other begins the next read.
+    void PutSequence(XMLByte*& toFill, const XMLByte* end) noexcept
+    {
+        const auto tail = [this](int i) { return static_cast<char32_t>(m_next[i] & 0x3F); };
+        const char32_t lead = *m_next;
+        if (lead < 0xE0) {
+            Put(toFill, static_cast<XMLCh>((lead & 0x1F) << 6 | tail(1)));
+            m_next += 2;
+        } else if (lead < 0xF0) {
+            Put(toFill, static_cast<XMLCh>((lead & 0xF) << 12 | tail(1) << 6 | tail(2)));
+            m_next += 3;
+        } else {
+            const char32_t offset = ((lead & 0x7) << 18 | tail(1) << 12 | tail(2) << 6 | tail(3)) - 0x10000;
+            const auto low = static_cast<XMLCh>(0xDC00 | (offset & 0x3FF));
+            Put(toFill, static_cast<XMLCh>(0xD800 | offset >> 10));
+            if (toFill != end)
+                Put(toFill, low);
+            else
+                m_lowSurrogate = low;
+            m_next += 4;
+        }
+    }
+
+    const XMLByte* m_begin;
+    const XMLByte* m_next;
+    const XMLByte* m_end;
+    XMLCh m_lowSurrogate = 0;   // 0 when none waits
+};
+
+bool IsSpace(char byte) noexcept
+{
+    return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
+}
+
+// Whether an XML declaration, if there is one, names no other encoding.
+bool IsDeclaredUtf8(std::string_view text) noexcept
+{
+    // A mark, or a first character of more than one byte, says what the encoding is.
+    if (text.size() < 6 || text[0] != '<' || text[1] <= ' ' || text[1] > '~')
+        return false;
+    if (!text.starts_with("<?xml") || !IsSpace(text[5]))
+        return true;
+    constexpr std::size_t LongestDeclaration = 256;
+    const std::string_view declaration = text.substr(0, std::min(text.substr(0, LongestDeclaration).find("?>"), text.size()));
+    if (declaration.size() == text.size())
+        return false;
+    constexpr std::string_view Name = "encoding";
+    std::size_t position = declaration.find(Name);
+    if (position == std::string_view::npos)
+        return true;
+    position = declaration.find_first_of("\"'", position + Name.size());
+    if (position == std::string_view::npos)
+        return false;
+    const std::string_view value = declaration.substr(position + 1, declaration.find(declaration[position], position + 1) - position - 1);
+    return value == "UTF-8" || value == "utf-8";
+}
+
+}  // namespace
+
+Utf16InputSource::Utf16InputSource(const xercesc::InputSource& source, std::string_view text) : InputSource(source.getSystemId(), source.getMemoryManager()), m_text(text)
+{
+    setEncoding(std::endian::native == std::endian::little ? xercesc::XMLUni::fgUTF16LEncodingString : xercesc::XMLUni::fgUTF16BEncodingString);
+}
+
+bool Utf16InputSource::IsWellFormed(const xercesc::InputSource& source, std::string_view text) noexcept
+{
+    const bool isUtf8 = source.getEncoding() ? !text.starts_with("\xEF\xBB\xBF") : IsDeclaredUtf8(text);
+    return isUtf8 && FindInvalidUtf8(text.data(), text.size()) == text.size();
+}
+
+xercesc::BinInputStream* Utf16InputSource::makeStream() const
+{
+    return new (getMemoryManager()) Utf16Stream(m_text);
+}
