@@ -140,6 +140,31 @@ TEST(AllocationFaultTest, AnAssignmentThatFailsChangesNothing)
     EXPECT_GT(FailEach(make, [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetDocumentRoot(); }, check), 8);
 }
 
+// The source has errors and warnings, the target none: it gets neither.
+TEST(AllocationFaultTest, AnAssignmentThatFailsCopiesNoRecords)
+{
+    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetElement("b"); }, ExpectUnchanged), 4);
+}
+
+TEST(AllocationFaultTest, MovingAllRecordsThatFailsChangesNothing)
+{
+    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { DOMTestAccess::MoveAll(pair.one, pair.two); }, ExpectUnchanged), 4);
+}
+
+TEST(AllocationFaultTest, AdoptingRecordsThatFailsChangesNothing)
+{
+    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { DOMTestAccess::Adopt(pair.two, *pair.one.GetElement("b"), nullptr); }, ExpectUnchanged), 1);
+}
+
+TEST(AllocationFaultTest, ClearingThatFailsLeavesTheTestsRight)
+{
+    const auto check = [](Pair& pair) {
+        EXPECT_EQ(pair.one.GetDocumentRoot()->HasErrors(), !pair.one.GetErrors().empty());
+        EXPECT_EQ(Strings(pair.one.GetWarnings()), (Texts{"w"}));
+    };
+    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("a")->ClearErrors(); }, check), 0);
+}
+
 TEST(AllocationFaultTest, AnInsertionThatFailsChangesNothing)
 {
     EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("c")->AddNewChild("new", nullptr); }, ExpectUnchanged), 1);

@@ -199,6 +199,41 @@ TEST(AttributeMapTest, ErasingWhileWalkingSeesEveryEntryOnce)
     EXPECT_FALSE(map.contains("99"));
 }
 
+TEST(AttributeMapTest, TakesRangesOfEntries)
+{
+    const Model model{{"a", "1"}, {"b", "2"}};
+    AttributeMap map(model.begin(), model.end());
+    ExpectSame(map, model);
+    map.insert({{"b", "other"}, {"c", "3"}});
+    ExpectSame(map, {{"a", "1"}, {"b", "2"}, {"c", "3"}});
+}
+
+TEST(AttributeMapTest, ErasesRangesOfEntries)
+{
+    for (const int size : {5, 40}) {
+        for (int first = 0; first <= size; ++first) {
+            AttributeMap map = MapOf(size);
+            Model left;
+            for (auto i = map.begin(); i != map.end(); ++i)
+                if (i < map.begin() + first || i >= map.begin() + (first + size + 1) / 2)
+                    left.insert(*i);
+            const auto next = map.erase(map.begin() + first, map.begin() + (first + size + 1) / 2);
+            ExpectSame(map, left);
+            EXPECT_EQ(next, map.begin() + first);
+        }
+    }
+}
+
+TEST(AttributeMapTest, EqualRangeHoldsTheEntryOrNothing)
+{
+    AttributeMap map = MapOf(3);
+    const auto [first, last] = map.equal_range("1");
+    ASSERT_EQ(last - first, 1);
+    EXPECT_EQ(first->second, VString("-1"));
+    const auto [none, end] = std::as_const(map).equal_range("9");
+    EXPECT_EQ(none, end);
+}
+
 TEST(AttributeMapTest, ManyInsertionsAndErasesLeaveLookupsRight)
 {
     AttributeMap map;
@@ -238,6 +273,9 @@ TEST(AttributeMapTest, ClearAndSwap)
     map.swap(other);
     EXPECT_TRUE(map.empty());
     EXPECT_EQ(other, MapOf(30));
+    swap(map, other);
+    EXPECT_EQ(map, MapOf(30));
+    swap(map, other);
     other.clear();
     EXPECT_TRUE(other.empty());
     other["a"] = "b";

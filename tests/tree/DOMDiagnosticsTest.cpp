@@ -1,6 +1,4 @@
 // The document's side of diagnostics.
-#include <thread>
-
 #include "tests/tree/TreeTestSupport.h"
 
 using namespace treetest;
@@ -329,42 +327,4 @@ TEST(DOMDiagnosticsTest, MovedRecordsOutliveNeitherDocumentWrongly)
     DOMTestAccess::MoveAll(*from, *to);
     from.reset();
     EXPECT_FALSE(to->HasErrors());
-}
-
-// Both directions at once: with the locks taken in one order nobody waits for ever.
-TEST(DOMDiagnosticsTest, TwoThreadsCopyBetweenTheSameDocuments)
-{
-    DOM a;
-    DOM b;
-    DOMElement& inA = a.GetRoot().AddNewChild("x", nullptr);
-    DOMElement& inB = b.GetRoot().AddNewChild("x", nullptr);
-    AddError(inA, "a");
-    AddError(inB, "b");
-    const auto copy = [](DOM& to, const DOMElement& source, const DOMElement& target) {
-        for (int i = 0; i < 2000; ++i)
-            DOMTestAccess::Copy(to, source, &target);
-    };
-    std::thread there([&] { copy(b, inA, b.GetRoot()); });
-    copy(a, inB, a.GetRoot());
-    there.join();
-    EXPECT_EQ(Strings(a.GetErrors()), (Texts{"b", "a"}));
-    EXPECT_EQ(Strings(b.GetErrors()), (Texts{"a", "b"}));
-}
-
-TEST(DOMDiagnosticsTest, ReadersAndReportersShareADocument)
-{
-    DOM document;
-    DOMElement& child = document.GetRoot().AddNewChild("a", nullptr);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 3; ++t)
-        threads.emplace_back([&child] {
-            for (int i = 0; i < 1000; ++i) {
-                AddError(child, "e");
-                EXPECT_TRUE(child.HasErrors());
-                EXPECT_FALSE(child.HasCancelErrors());
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(document.GetErrors().size(), 3000u);
 }

@@ -20,6 +20,30 @@ DOMElement& AddChain(DOMElement& top, int levels)
     return *low;
 }
 
+// `from` becomes `to` as a name and a path of every kind.
+void RegisterRenames(DOM& document, const VString& from, const VString& to)
+{
+    document.AddCaptionRename(from, to);
+    document.AddDataSourceRename(from, to);
+    document.AddDataConnectionRename(from, to);
+    document.AddMapSourceRename(from, to);
+    document.AddFieldRename(FieldName(to, from), FieldName(to, to));
+    PathRenames paths;
+    paths.SetRename(VPath(from), VPath(to));
+    document.SetPathRenames(paths);
+}
+
+// What became of `name`, kind by kind.
+Texts RenamesOf(const DOM& document, const VString& name)
+{
+    const VString names[] = {document.GetCaptionRenameIfItExists(name), document.RenameDataSource(name), document.RenameDataConnection(name), document.RenameMapSource(name),
+                             document.RenameField(FieldName(name, name)).GetFullValue(), document.GetPathRenames().RenamePath(VPath(name)).GenericString()};
+    Texts texts;
+    for (const VString& i : names)
+        texts.push_back(i.toStdString());
+    return texts;
+}
+
 }  // namespace
 
 TEST(DOMTest, StartsWithTheTopElementOnly)
@@ -115,39 +139,38 @@ TEST(DOMTest, DeepCopyTakesTheDiagnosticsInsteadOfItsOwn)
     EXPECT_EQ(Strings(source.GetErrors()), (Texts{"root", "low"}));
 }
 
-TEST(DOMTest, DeepCopyTakesRenamesAndSettings)
+TEST(DOMTest, DeepCopyTakesTheSettings)
 {
     DOM source(true);
-    source.AddCaptionRename("c", "c2");
-    source.AddDataSourceRename("d", "d2");
-    source.AddDataConnectionRename("e", "e2");
-    source.AddMapSourceRename("m", "m2");
     source.SetProtectedDataSourceName("ds");
     source.SetDSValidationCancelType(5);
     DOM copy;
-    copy.AddCaptionRename("own", "own2");
     copy.DeepCopy(source);
-    EXPECT_EQ(copy.GetCaptionRenameIfItExists("c"), VString("c2"));
-    EXPECT_EQ(copy.GetCaptionRenameIfItExists("own"), VString("own"));
-    EXPECT_EQ(copy.RenameDataSource("d"), VString("d2"));
-    EXPECT_EQ(copy.RenameDataConnection("e"), VString("e2"));
-    EXPECT_EQ(copy.RenameMapSource("m"), VString("m2"));
     EXPECT_EQ(copy.GetProtectedDataSourceName(), VString("ds"));
     EXPECT_EQ(copy.GetDSValidationCancelType(), 5);
     EXPECT_TRUE(copy.GetRestrictExternalPaths());
+    copy.DeepCopy(DOM());
+    EXPECT_EQ(copy.GetProtectedDataSourceName(), VString());
+    EXPECT_EQ(copy.GetDSValidationCancelType(), 0);
+    EXPECT_FALSE(copy.GetRestrictExternalPaths());
 }
 
-TEST(DOMTest, DeepCopyTakesFieldAndPathRenames)
+TEST(DOMTest, DeepCopyTakesEveryKindOfRename)
 {
     DOM source;
-    const FieldName from = FieldName::ParseGlobal("[d].[a]");
-    const FieldName to = FieldName::ParseGlobal("[d].[b]");
-    source.AddFieldRename(from, to);
-    PathRenames paths;
-    source.SetPathRenames(paths);
+    RegisterRenames(source, "old", "new");
     DOM copy;
     copy.DeepCopy(source);
-    EXPECT_EQ(copy.RenameField(from), to);
+    EXPECT_EQ(RenamesOf(copy, "old"), RenamesOf(source, "old"));
+    EXPECT_EQ(RenamesOf(copy, "old"), (Texts{"new", "new", "new", "new", "[new].[new]", "new"}));
+}
+
+TEST(DOMTest, DeepCopyKeepsNoRenameOfItsOwn)
+{
+    DOM copy;
+    RegisterRenames(copy, "own", "new");
+    copy.DeepCopy(DOM());
+    EXPECT_EQ(RenamesOf(copy, "own"), (Texts{"own", "own", "own", "own", "[own].[own]", "own"}));
 }
 
 TEST(DOMTest, DeepCopyOfItselfKeepsTheTreeAndClearsDiagnostics)

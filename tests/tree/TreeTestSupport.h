@@ -21,6 +21,7 @@ public:
     static void GiveRoot(DOM& document, std::unique_ptr<DOMElement> root) { document.m_root = std::move(root); }
     static std::size_t ErrorEntries(const DOM& document) { return document.m_errors.size(); }
     static std::size_t WarningEntries(const DOM& document) { return document.m_warnings.size(); }
+    static VReadWriteLock& Lock(const DOM& document) { return document.m_lock; }
     static bool HasRecords(const DOM& document) { return document.HasRecords(); }
     static const auto& Errors(const DOM& document) { return document.m_errors; }
     static const auto& Warnings(const DOM& document) { return document.m_warnings; }

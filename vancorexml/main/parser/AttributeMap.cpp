@@ -213,6 +213,14 @@ AttributeMap::iterator AttributeMap::erase(const_iterator position)
     return entry;
 }
 
+// From the back: what moves into a gap comes from behind the range.
+AttributeMap::iterator AttributeMap::erase(const_iterator first, const_iterator last)
+{
+    while (last != first)
+        erase(--last);
+    return begin() + (first - cbegin());
+}
+
 void AttributeMap::clear() noexcept
 {
     if (m_block)

@@ -31,11 +31,16 @@ public:
     using difference_type = std::ptrdiff_t;
     using reference = value_type&;
     using const_reference = const value_type&;
+    using pointer = value_type*;
+    using const_pointer = const value_type*;
     using iterator = value_type*;
     using const_iterator = const value_type*;
 
     AttributeMap() noexcept = default;
+    // Of equal names the first stays.
     AttributeMap(std::initializer_list<value_type> entries);
+    template <typename Iterator>
+    AttributeMap(Iterator first, Iterator last) : AttributeMap() { insert(first, last); }
     AttributeMap(const AttributeMap& other);
     AttributeMap(AttributeMap&& other) noexcept : m_block(std::exchange(other.m_block, nullptr)) {}
     AttributeMap& operator=(const AttributeMap& other);
@@ -56,6 +61,9 @@ public:
     const_iterator find(const VString& name) const noexcept;
     size_type count(const VString& name) const noexcept { return find(name) != end() ? 1 : 0; }
     bool contains(const VString& name) const noexcept { return find(name) != end(); }
+    // The entry of that name as a range; empty when there is none.
+    std::pair<iterator, iterator> equal_range(const VString& name) noexcept { const iterator i = find(name); return {i, i != end() ? i + 1 : i}; }
+    std::pair<const_iterator, const_iterator> equal_range(const VString& name) const noexcept { const const_iterator i = find(name); return {i, i != end() ? i + 1 : i}; }
     // Throws std::out_of_range when there is no such name.
     VString& at(const VString& name);
     const VString& at(const VString& name) const;
@@ -66,6 +74,13 @@ public:
     void reserve(size_type count);
     // Inserts unless the name is there; says where it is and whether it was inserted.
     std::pair<iterator, bool> insert(const value_type& entry) { return try_emplace(entry.first, entry.second); }
+    void insert(std::initializer_list<value_type> entries) { insert(entries.begin(), entries.end()); }
+    template <typename Iterator>
+    void insert(Iterator first, Iterator last)
+    {
+        for (; first != last; ++first)
+            insert(*first);
+    }
     std::pair<iterator, bool> emplace(const VString& name, const VString& value) { return try_emplace(name, value); }
     std::pair<iterator, bool> try_emplace(const VString& name, VString value = VString());
     // Inserts, or overwrites the value.
@@ -73,9 +88,11 @@ public:
     size_type erase(const VString& name);
     // The position now holds an entry not yet seen by a walk from the front, or is the end.
     iterator erase(const_iterator position);
+    iterator erase(const_iterator first, const_iterator last);
     void clear() noexcept;
     void swap(AttributeMap& other) noexcept { std::swap(m_block, other.m_block); }
 
+    friend void swap(AttributeMap& a, AttributeMap& b) noexcept { a.swap(b); }
     // The same names with equal values.
     friend VANCOREXML_API bool operator==(const AttributeMap& a, const AttributeMap& b) noexcept;
     friend bool operator!=(const AttributeMap& a, const AttributeMap& b) noexcept { return !(a == b); }

@@ -178,12 +178,12 @@ private:
     NameMap m_mapSourceRenames;
     ErrorMap m_errors;
     WarningMap m_warnings;
+    PathRenames m_pathRenames;
     VString m_protectedDataSourceName;
     std::int32_t m_dsValidationCancelType = 0;
     bool m_restrictExternalPaths = false;
 
     mutable VReadWriteLock m_lock{0};
-    PathRenames m_pathRenames;  // guarded by m_lock
 
     // The root also while m_root is being reset: its destructor must know itself.
     const DOMElement* m_topElement = nullptr;

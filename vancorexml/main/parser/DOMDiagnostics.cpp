@@ -238,9 +238,19 @@ void DOM::CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElemen
         return;
     const DOMElement& key = target ? *target : source;
     NoteKey(key);
-    if (CopyEntry(m_errors, from->m_errors, source, key))
+    const bool hasNewErrors = CopyEntry(m_errors, from->m_errors, source, key);
+    bool hasNewWarnings = false;
+    try {
+        hasNewWarnings = CopyEntry(m_warnings, from->m_warnings, source, key);
+    } catch (...) {
+        // An assignment that fails leaves its target without the errors, too.
+        if (hasNewErrors)
+            m_errors.erase(&key);
+        throw;
+    }
+    if (hasNewErrors)
         NoteRecord(key, DiagnosticsIndex::BitsOf(m_errors.find(&key)->second));
-    if (CopyEntry(m_warnings, from->m_warnings, source, key))
+    if (hasNewWarnings)
         NoteRecord(key, DiagnosticsIndex::Warning);
 }
 

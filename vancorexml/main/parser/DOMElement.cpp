@@ -71,15 +71,13 @@ DOMElement& DOMElement::operator=(const DOMElement& other)
         return *this;
     // All that is to be is built before anything goes: `other` may be a part of what goes,
     // or hold it, and what fails leaves this element as it was.
-    const VString name = other.m_name;
-    const VString text = other.m_text;
     AttributeMap attributes = other.m_attributes;
     Children children;
     CopyChildrenOf(other, children);
     if (m_manager)
         m_manager->CopyErrorsAndWarningsForNode(other, this);
-    SetName(name);
-    SetText(text, false);
+    SetName(other.m_name);
+    SetText(other.m_text, false);
     m_attributes.swap(attributes);
     m_children.swap(children);
     return *this;

@@ -28,8 +28,9 @@ class DOM;
 // The document of an element (its manager) keeps its diagnostics and the rename tables; an
 // element made on its own has none until it is inserted into a tree that has one.
 //
-// Threads: one writer or many readers per document; no lock of its own. What an element
-// asks of its document is guarded by the document's lock.
+// Threads: one writer or many readers per document; no lock of its own. An element outside
+// of the tree counts as part of the document that it links to; making a copy counts as
+// reading. What an element asks of its document is guarded by the document's lock.
 //
 // No operation uses a call stack that grows with the depth of the tree.
 //
@@ -153,16 +154,21 @@ public:
     // Linear in the depth.
     bool IsChildOf(const DOMElement& ancestor) const noexcept;
 
-    // The three raise a LogicException, before anything changes, when the moved element
-    // would become its own descendant.
+    // The four take elements from where they are to before `before`, with the costs of
+    // InsertChild and of finding them among their siblings. Each raises a LogicException,
+    // before anything changes, when a moved element has no parent, is no longer among its
+    // parent's children, or would become its own descendant.
     void Move(DOMElement& newParent, const DOMElement* before);
     // To the front of its siblings. An element that is the first of several already goes to
     // the end, and the missing "before" is logged.
     void MoveToFront();
+    // Nothing, not even a new place, when `child` is this element or its parent link leads
+    // here already.
     void Adopt(DOMElement& child, const DOMElement* before);
-
-    // All children of `other`, in order, before `before`. Linear in both child lists.
+    // All children of `other`, in order; nothing when `other` is this element. Linear in
+    // both child lists.
     void AdoptChildren(DOMElement& other, const DOMElement* before);
+    // Takes the attribute from `other`, where it has it, and overwrites.
     void AdoptAttribute(DOMElement& other, const VString& name);
     void AdoptAttributes(DOMElement& other) { AdoptAttributes(other, true); }
     // Leaves `other` without attributes, also without those not taken; nothing when

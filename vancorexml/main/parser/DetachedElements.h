@@ -17,7 +17,7 @@ class DOMElement;
 // nothing leaves never comes here.
 //
 // Threads: its own mutex guards it. It is taken after a document's lock and no lock of a
-// document is taken under it. Costs are logarithmic.
+// document is taken under it, only the mutex of a DiagnosticsIndex. Costs are logarithmic.
 class DetachedElements {
 public:
     // `element` has left the children of its parent or is a fresh copy. When it throws

@@ -1,0 +1,247 @@
+// What several threads may do to documents and their trees at once; run under the thread
+// sanitizer.
+#include <atomic>
+#include <thread>
+
+#include "tests/tree/TreeTestSupport.h"
+
+using namespace treetest;
+
+namespace {
+
+constexpr int ThreadCount = 4;
+
+// Runs `work` with 0 to ThreadCount - 1, each on a thread of its own, and waits for all.
+void OnThreads(const std::function<void(int)>& work)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < ThreadCount; ++i)
+        threads.emplace_back(work, i);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+// root -> a(error, warning) -> b(error)
+void Fill(DOM& document)
+{
+    DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
+    AddError(a, "a");
+    a.Warning("w", Info(1));
+    AddError(a.AddNewChild("b", nullptr), "b");
+}
+
+struct ChangeRow {
+    const char* name;
+    std::function<void(DOM& document)> run;
+};
+
+// `document` takes something from `other`.
+struct PairRow {
+    const char* name;
+    std::function<void(DOM& document, DOM& other)> run;
+};
+
+// A thread cannot take the write lock while it holds the read lock; it is told so.
+void ExpectWriteLock(const DOM& document, const std::function<void()>& run)
+{
+    const VReadLocker reading(DOMTestAccess::Lock(document));
+    try {
+        run();
+    } catch (const LogicException& exception) {
+        EXPECT_EQ(exception.GetErrorInfo().GetCode(), 0x5D1E7A60u);
+        return;
+    }
+    ADD_FAILURE() << "no write lock was taken";
+}
+
+class DocumentChangeThreadTest : public testing::TestWithParam<ChangeRow> {};
+class DocumentPairThreadTest : public testing::TestWithParam<PairRow> {};
+
+const PairRow pairRows[] = {
+    {"DeepCopy", [](DOM& document, DOM& other) { document.DeepCopy(other); }},
+    {"Copy", [](DOM& document, DOM& other) { DOMTestAccess::Copy(document, *other.GetDocumentRoot(), &document.GetRoot()); }},
+    {"Adopt", [](DOM& document, DOM& other) { DOMTestAccess::Adopt(document, *other.GetDocumentRoot(), &document.GetRoot()); }},
+    {"MoveAll", [](DOM& document, DOM& other) { DOMTestAccess::MoveAll(other, document); }},
+};
+
+const ChangeRow changeRows[] = {
+    {"ProtectedDataSourceName", [](DOM& document) { document.SetProtectedDataSourceName("n"); }},
+    {"CancelType", [](DOM& document) { document.SetDSValidationCancelType(1); }},
+    {"PathRenames", [](DOM& document) { document.SetPathRenames(PathRenames()); }},
+    {"CaptionRename", [](DOM& document) { document.AddCaptionRename("a", "b"); }},
+    {"DataSourceRename", [](DOM& document) { document.AddDataSourceRename("a", "b"); }},
+    {"DataConnectionRename", [](DOM& document) { document.AddDataConnectionRename("a", "b"); }},
+    {"MapSourceRename", [](DOM& document) { document.AddMapSourceRename("a", "b"); }},
+    {"FieldRename", [](DOM& document) { document.AddFieldRename(FieldName(), FieldName()); }},
+    {"Error", [](DOM& document) { AddError(document.GetRoot(), "e"); }},
+    {"PrefixError", [](DOM& document) { document.GetRoot().PrefixError("e", Info(1), false); }},
+    {"Warning", [](DOM& document) { document.GetRoot().Warning("w", Info(1)); }},
+    {"PrefixWarning", [](DOM& document) { document.GetRoot().PrefixWarning("w", Info(1)); }},
+    {"ClearErrors", [](DOM& document) { document.ClearErrors(); }},
+    {"ClearWarnings", [](DOM& document) { document.ClearWarnings(); }},
+    {"MoveAllToItself", [](DOM& document) { DOMTestAccess::MoveAll(document, document); }},
+};
+
+}  // namespace
+
+TEST_P(DocumentChangeThreadTest, TakesTheWriteLock)
+{
+    DOM document;
+    ExpectWriteLock(document, [&] { GetParam().run(document); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, DocumentChangeThreadTest, testing::ValuesIn(changeRows), [](const auto& row) { return row.param.name; });
+
+TEST_P(DocumentPairThreadTest, TakesBothWriteLocks)
+{
+    DOM document;
+    DOM other;
+    Fill(other);
+    for (const DOM* locked : {&document, &other})
+        ExpectWriteLock(*locked, [&] { GetParam().run(document, other); });
+    EXPECT_FALSE(document.HasErrors());
+    EXPECT_EQ(Strings(other.GetErrors()), (Texts{"a", "b"}));
+}
+
+// Each way round on threads of its own: were the locks taken in the order of the arguments,
+// two would wait for each other.
+TEST_P(DocumentPairThreadTest, GoesBothWaysAtOnce)
+{
+    DOM document;
+    DOM other;
+    Fill(document);
+    Fill(other);
+    OnThreads([&](int thread) {
+        const bool there = thread % 2 == 0;
+        for (int i = 0; i < 500; ++i)
+            GetParam().run(there ? document : other, there ? other : document);
+    });
+    EXPECT_EQ(document, other);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, DocumentPairThreadTest, testing::ValuesIn(pairRows), [](const auto& row) { return row.param.name; });
+
+// Where no diagnostics are copied, nothing else would take the lock of the source.
+TEST(DocumentThreadTest, DeepCopyTakesBothWriteLocksWithoutDiagnosticsToo)
+{
+    DOM document;
+    DOM other;
+    for (const DOM* locked : {&document, &other})
+        ExpectWriteLock(*locked, [&] { document.DeepCopy(other); });
+}
+
+TEST(DocumentThreadTest, AMoveBetweenDocumentsTakesBothWriteLocks)
+{
+    DOM document;
+    DOM other;
+    Fill(other);
+    for (const DOM* locked : {&document, &other})
+        ExpectWriteLock(*locked, [&] { other.GetDocumentRoot()->Move(document.GetRoot(), nullptr); });
+    EXPECT_EQ(document.GetDocumentRoot(), nullptr);
+    EXPECT_EQ(Strings(other.GetErrors()), (Texts{"a", "b"}));
+}
+
+TEST(DocumentThreadTest, SettingsAndRenamesAreReadWhileTheyChange)
+{
+    DOM source(true);
+    source.AddCaptionRename("c", "c2");
+    source.AddDataSourceRename("d", "d2");
+    source.AddDataConnectionRename("e", "e2");
+    source.AddMapSourceRename("m", "m2");
+    DOM document;
+    document.DeepCopy(source);
+    std::atomic<int> wrong{0};
+    OnThreads([&](int thread) {
+        for (int i = 0; i < 300; ++i) {
+            if (thread == 0) {
+                document.DeepCopy(source);
+                document.SetDSValidationCancelType(0);
+                continue;
+            }
+            wrong += !document.GetRestrictExternalPaths() || document.GetDSValidationCancelType() != 0;
+            wrong += document.GetCaptionRenameIfItExists("c") != VString("c2") || document.RenameDataSource("d") != VString("d2");
+            wrong += document.RenameDataConnection("e") != VString("e2") || document.RenameMapSource("m") != VString("m2");
+            wrong += document.UnRenameDataSource("d2") != VString("d");
+            wrong += document.RenameField(FieldName::ParseGlobal("[x].[a]")) != FieldName::ParseGlobal("[x].[a]");
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST(DocumentThreadTest, DiagnosticsAreAskedForWhileTheyChange)
+{
+    DOM document;
+    DOMElement& element = document.GetRoot().AddNewChild("a", nullptr);
+    const DOMElement& sibling = document.GetRoot().AddNewChild("s", nullptr);
+    std::atomic<int> wrong{0};
+    OnThreads([&](int thread) {
+        for (int i = 0; i < 300; ++i) {
+            if (thread == 0) {
+                element.Error("e", Info(1), true, false);
+                element.PrefixError("e", Info(1), true);
+                element.Warning("w", Info(1));
+                element.PrefixWarning("w", Info(1));
+                element.ClearErrors();
+                element.ClearWarnings();
+                continue;
+            }
+            element.HasErrors();
+            wrong += element.HasUnreportedErrors() || element.HasCancelErrors() || sibling.HasErrors() || sibling.HasWarnings() || !sibling.HasOnlyCancelErrors();
+            wrong += document.GetErrors().size() > 2 || document.GetWarnings().size() > 2;
+            wrong += document.GetMetadataForErrors().size() > 2 || document.GetMetadataForWarnings().size() > 2;
+            wrong += document.GetConcatenatedErrors().length() > 3 || document.GetConcatenatedWarnings().length() > 3;
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST(DocumentThreadTest, ManyReport)
+{
+    DOM document;
+    const DOMElement& child = document.GetRoot().AddNewChild("a", nullptr);
+    OnThreads([&](int) {
+        for (int i = 0; i < 500; ++i) {
+            AddError(child, "e");
+            EXPECT_TRUE(child.HasErrors());
+            EXPECT_FALSE(child.HasCancelErrors());
+        }
+    });
+    EXPECT_EQ(document.GetErrors().size(), 500u * ThreadCount);
+}
+
+TEST(ElementThreadTest, CopiesAreMadeByManyReaders)
+{
+    DOM document;
+    Fill(document);
+    std::atomic<int> wrong{0};
+    OnThreads([&](int) {
+        for (int i = 0; i < 200; ++i) {
+            const DOMElement copy(*document.GetDocumentRoot());
+            wrong += copy != *document.GetDocumentRoot();
+            wrong += !copy.HasErrors() || ErrorsOf(copy) != Texts{"a", "b"};
+            wrong += document.GetErrors().size() != 2;
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 2u);
+}
+
+// Each thread has documents of its own; what they share is the registry of detached elements.
+TEST(ElementThreadTest, ElementsLeaveTheirTreesOnManyThreads)
+{
+    OnThreads([](int) {
+        for (int i = 0; i < 200; ++i) {
+            auto document = std::make_unique<DOM>();
+            Fill(*document);
+            DOM to;
+            std::unique_ptr<DOMElement> low = document->GetDocumentRoot()->RemoveChild("b");
+            const std::unique_ptr<DOMElement> top = document->GetRoot().RemoveChild("a");
+            DOMElement free("f");
+            free.AppendChild(std::make_unique<DOMElement>(*low));
+            to.GetRoot().AppendChild(std::move(low));
+            document.reset();
+            EXPECT_EQ(top->GetDOMManager(), nullptr);
+            EXPECT_EQ(Strings(to.GetErrors()), (Texts{"b"}));
+        }
+    });
+}
