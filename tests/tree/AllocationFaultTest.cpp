@@ -192,6 +192,16 @@ TEST(AllocationFaultTest, RemovalsThatFailChangeNothing)
     EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); }, ExpectUnchanged), 3);
 }
 
+// A child that counted as taken out could be put below itself.
+TEST(AllocationFaultTest, ARemovalThatFailsLeavesTheChildrenInTheTree)
+{
+    const auto check = [](Pair& pair) {
+        EXPECT_THROW(pair.one.GetElement("b")->AdoptChildren(*pair.one.GetDocumentRoot(), nullptr), LogicException);
+        ExpectUnchanged(pair);
+    };
+    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); }, check), 3);
+}
+
 TEST(AllocationFaultTest, ARefusedChildStaysWithTheCaller)
 {
     std::unique_ptr<DOMElement> child = NewElement("new");

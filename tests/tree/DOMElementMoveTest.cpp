@@ -163,10 +163,13 @@ TEST(DOMElementMoveTest, AdoptChildrenKeepsTheirOrder)
 
 TEST(DOMElementMoveTest, AdoptChildrenOfItselfChangesNothing)
 {
+    LogCapture log;
     DOMElement parent("p");
     AddChildren(parent, {"a", "b"});
-    parent.AdoptChildren(parent, nullptr);
+    for (const DOMElement* before : {static_cast<const DOMElement*>(nullptr), ChildAt(parent, 0), ChildAt(parent, 1)})
+        parent.AdoptChildren(parent, before);
     EXPECT_EQ(ChildNames(parent), "a b");
+    EXPECT_TRUE(log.records.empty());
 }
 
 // Against the same children inserted in turn, for every "before" that there can be: a child

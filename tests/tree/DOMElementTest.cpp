@@ -250,6 +250,18 @@ TEST(DOMElementTest, AdoptAttributesWithoutOverwritingStillEmptiesTheOther)
     EXPECT_FALSE(source.HasAttributes());
 }
 
+TEST(DOMElementTest, AdoptAttributesOfAnElementWithoutAny)
+{
+    for (const bool overwrite : {false, true}) {
+        DOMElement target("a");
+        DOMElement source("b");
+        source.SetAttributes(AttributeMap{{"n", "1"}, {"m", "2"}});
+        target.AdoptAttributes(source, overwrite);
+        EXPECT_EQ(target.GetAttributes(), (AttributeMap{{"n", "1"}, {"m", "2"}}));
+        EXPECT_FALSE(source.HasAttributes());
+    }
+}
+
 TEST(DOMElementTest, AdoptAttributesFromItselfChangesNothing)
 {
     DOMElement element("a");
