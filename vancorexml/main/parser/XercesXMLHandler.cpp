@@ -197,20 +197,20 @@ void XercesXMLHandler::AbandonExpansion()
     throw ParseAbandoned();
 }
 
-xercesc::InputSource* XercesXMLHandler::RefuseEntity(const xercesc::XMLResourceIdentifier& resource)
+void XercesXMLHandler::RefuseEntity(const xercesc::XMLResourceIdentifier& resource)
 {
     const xercesc::Locator* const place = resource.getLocator();
     const VString message = VFormatString("%1 '%2'").arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY)).arg(resource.getSystemId());
-    m_errors.push_back(FormatDiagnostic("Error", message, resource.getBaseURI(), place ? place->getLineNumber() : 0, place ? place->getColumnNumber() : 0));
-    static const XMLByte blank[] = {' '};
-    return new xercesc::MemBufInputSource(blank, sizeof(blank), resource.getSystemId());
+    m_errors.push_back(FormatDiagnostic("Fatal Error", message, resource.getBaseURI(), place ? place->getLineNumber() : 0, place ? place->getColumnNumber() : 0));
+    m_fatallyErrored = true;
+    throw ParseAbandoned();
 }
 
 xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdentifier* resource)
 {
     const auto type = resource->getResourceIdentifierType();
     if (type == xercesc::XMLResourceIdentifier::ExternalEntity && !m_schemaId.IsEmpty())
-        return RefuseEntity(*resource);
+        RefuseEntity(*resource);
     if (type != xercesc::XMLResourceIdentifier::SchemaImport && type != xercesc::XMLResourceIdentifier::SchemaInclude)
         return nullptr;
     auto* extension = dynamic_cast<SAXInterfaceExtension*>(m_target.get());

@@ -65,8 +65,8 @@ public:
     void resetErrors() override;
 
     // The schemas that a schema imports or includes, where the builder finds them. Null, which
-    // leaves an entity out, for everything else, save that a schema's entities are replaced by
-    // a blank: those Xerces would go and look for itself.
+    // leaves an entity out, for everything else. A schema's entities, which Xerces would then go
+    // and look for itself, end its loading.
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
     using xercesc::DefaultHandler::resolveEntity;
 
@@ -75,8 +75,8 @@ private:
     VString MakeText(std::u16string_view text);
     AttributeMap MakeAttributes(const xercesc::Attributes& attributes);
     void AbandonExpansion();
-    // Records that an entity of a schema is refused, and gives a blank in its place.
-    xercesc::InputSource* RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
+    // Abandons a schema that takes an entity from elsewhere.
+    [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
     std::shared_ptr<SAXInterface> m_target;
     // The builder once more when it is one of ours, else null.
