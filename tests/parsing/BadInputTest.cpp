@@ -92,6 +92,22 @@ TEST(BadInputTest, TheRefusalNamesPositionAndEntity)
     EXPECT_EQ(result.errors[0], VString("XML External <!ENTITY> definitions are not allowed.(2,23) 'x'"));
 }
 
+TEST(BadInputTest, TheRefusalSpeaksTheLanguageOfTheSession)
+{
+    const testsupport::Session session("de_DE");
+    const ParseResult result = ParseBytes("<!DOCTYPE a [<!ENTITY x SYSTEM 'y'>]><a/>");
+    ASSERT_EQ(result.errors.size(), 2u);
+    EXPECT_EQ(result.errors[1], VString("XML-Definitionen externer <!ENTITY> sind nicht zul\xC3\xA4ssig.(1,36) 'x'"));
+}
+
+TEST(BadInputTest, ATextThatTheSanitizerRaisesOnIsAnError)
+{
+    const ParseResult result = ParseBytes("<?p :b='1'/>");
+    EXPECT_EQ(result.errors, std::vector<VString>{"Unexpected exception"});
+    EXPECT_FALSE(result.fatal);
+    EXPECT_EQ(result.events, Events{});
+}
+
 TEST(BadInputTest, TheExternalDtdSubsetIsPassedOver)
 {
     const testsupport::TemporaryFolder folder;

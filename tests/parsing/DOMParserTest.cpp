@@ -203,6 +203,19 @@ TEST_F(DOMParserTest, SchemasValidateEveryLaterParse)
     }
 }
 
+TEST_F(DOMParserTest, ASchemaFileIsReadAnewForEachParse)
+{
+    const testsupport::TemporaryFolder folder;
+    const VString file = folder.Write("s.xsd", Schema);
+    parser.AddXSDInputSource(std::make_unique<FileInputSource>(file));
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(Errors(*parser.ParseXmlString("<a>1</a>", "id")), std::vector<VString>{});
+        EXPECT_EQ(Errors(*parser.ParseXmlString("<a>x</a>", "id")).size(), 1u);
+    }
+    folder.Write("s.xsd", VString(Schema).replace("xs:int", "xs:string").toStdString());
+    EXPECT_EQ(Errors(*parser.ParseXmlString("<a>x</a>", "id")), std::vector<VString>{});
+}
+
 TEST_F(DOMParserTest, SchemaErrorsComeBeforeTheParsesOwn)
 {
     parser.AddXSDInputSource(std::make_unique<StringInputSource>("<xs:schema", "bad.xsd", false));

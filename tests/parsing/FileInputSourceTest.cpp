@@ -128,6 +128,31 @@ void ExpectInvalidEncoding(const std::function<void()>& read)
     }
 }
 
+TEST_F(FileInputSourceTest, RefusesAnEncodingInTheLanguageOfTheSession)
+{
+    const testsupport::Session session("de_DE");
+    FileInputSource source(Write("<a>\xE4</a>"));
+    std::string bytes;
+    try {
+        source.GetBytes(bytes, 3);
+        FAIL() << "accepted the encoding";
+    } catch (const VantoraException& exception) {
+        EXPECT_EQ(exception.GetMessage(), VString("Die Codierung der XML-Datei wird nicht unterst\xC3\xBCtzt."));
+    }
+}
+
+#ifdef __linux__
+TEST_F(FileInputSourceTest, AReadThatFailsLeavesNoBytesBehind)
+{
+    FileInputSource source("/proc/self/mem");   // opens, and has nothing at its start
+    for (int round = 0; round < 2; ++round) {
+        std::string bytes = "kept";
+        EXPECT_THROW(source.GetBytes(bytes, 3), VIO::Exception);
+        EXPECT_EQ(bytes, "kept");
+    }
+}
+#endif
+
 TEST_F(FileInputSourceTest, RefusesOtherEncodingsAtEveryRead)
 {
     FileInputSource source(Write("<a>\xE4</a>"));

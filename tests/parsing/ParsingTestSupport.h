@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "tests/common/TestSupport.h"
+#include "vancoredata/VLocale.h"
+#include "vancoreplatform/CoreThreadContext.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
@@ -58,6 +60,21 @@ public:
 
 private:
     Exception m_exception;
+};
+
+// A session of that language on this thread while it lives.
+class Session {
+public:
+    explicit Session(const char* language)
+    {
+        CoreThreadContext::HasSessionId = [] { return true; };
+        CoreThreadContext::SetGenericObject("locale", std::make_shared<VLocale>(VString(language)));
+    }
+    ~Session()
+    {
+        CoreThreadContext::HasSessionId = [] { return false; };
+        CoreThreadContext::SetGenericObject("locale", boost::any());
+    }
 };
 
 // What a parse of `bytes` as they are tells the handler.

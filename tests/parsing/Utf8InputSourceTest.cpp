@@ -1,6 +1,7 @@
 #include "vancorexml/main/parser/Utf8InputSource.h"
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "tests/common/TestSupport.h"
@@ -157,6 +158,36 @@ TEST(BinaryInputSourceTest, SkipsLeadingWhitespaceWhenAsked)
 {
     BinaryInputSource source({' ', '\n', '<'}, "id", true);
     EXPECT_EQ(ReadAll(source), "<");
+}
+
+// A source that cannot go back.
+struct Stuck : Utf8InputSource {
+    Stuck() : Utf8InputSource("<a/>", "stuck.xml", false) {}
+    void ResetToStart() override { throw 7; }
+};
+
+TEST(InputSourceResetterTest, AResetThatFailsIsLogged)
+{
+    testsupport::LogCapture log;
+    Stuck source;
+    {
+        const InputSourceResetter resetter(source);
+    }
+    ASSERT_EQ(log.records.size(), 1u);
+    EXPECT_EQ(log.records[0].severity, VLog::Warn);
+    EXPECT_EQ(log.records[0].message, VString("InputSourceResetter: \"stuck.xml\" could not be reset to its start"));
+}
+
+TEST(InputSourceResetterTest, AResetThatFailsLetsAnotherExceptionPass)
+{
+    const testsupport::LogCapture log;
+    Stuck source;
+    EXPECT_THROW(
+        {
+            const InputSourceResetter resetter(source);
+            throw std::runtime_error("first");
+        },
+        std::runtime_error);
 }
 
 TEST(InputSourceResetterTest, ResetsTheSourceWhenItDies)

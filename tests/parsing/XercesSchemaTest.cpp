@@ -321,6 +321,66 @@ TEST_F(XercesSchemaTest, EntitiesThatExpandWithoutEndAbandonTheSchema)
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
+TEST_F(XercesSchemaTest, ASchemaMayBeLoadedAfterAnImportThatThrew)
+{
+    handler->schemaPath = "no such file.xsd";
+    const auto parser = Create("<a><n>x</n></a>");
+    EXPECT_THROW(parser->LoadXSDString(Importing, "main.xsd"), VIO::Exception);
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    ASSERT_EQ(parser->GetErrors().size(), 1u);
+    EXPECT_TRUE(parser->GetErrors()[0].startsWith("Error(1,"));
+}
+
+TEST_F(XercesSchemaTest, NamespaceDeclarationsAreAttributesToo)
+{
+    const auto parser = Create("<a xmlns:x='u' k='1'/>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    EXPECT_EQ(handler->events, (Events{"<a k='1' xmlns:x='u'>", "</>"}));
+}
+
+TEST_F(XercesSchemaTest, UndeclaredPrefixesAreErrors)
+{
+    const auto parser = Create("<a x:k='1'/>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    EXPECT_TRUE(parser->HasErrors());
+}
+
+TEST_F(XercesSchemaTest, IdentityConstraintsAreChecked)
+{
+    const auto parser = Create("<a><n>1</n><n>1</n></a>");
+    const VString unique = "<xs:unique name='u'><xs:selector xpath='n'/><xs:field xpath='.'/></xs:unique></xs:element></xs:schema>";
+    parser->LoadXSDString(VString(Schema).replace("</xs:element></xs:schema>", unique), "schema.xsd");
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors().size(), 1u);
+}
+
+TEST_F(XercesSchemaTest, AmbiguousContentOfASchemaIsAnError)
+{
+    const auto parser = Create("<a/>");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:sequence>"
+        "<xs:element name='n' minOccurs='0'/><xs:element name='n'/>"
+        "</xs:sequence></xs:complexType></xs:element></xs:schema>",
+        "schema.xsd");
+    EXPECT_EQ(parser->GetErrors().size(), 1u);
+}
+
+TEST_F(XercesSchemaTest, ANamespaceMayBeImportedFromSeveralPlaces)
+{
+    const auto parser = Create("<a>1</a>");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:t='urn:t'>"
+        "<xs:import namespace='urn:t' schemaLocation='one.xsd'/><xs:import namespace='urn:t' schemaLocation='two.xsd'/>"
+        "<xs:element name='a'/></xs:schema>",
+        "main.xsd");
+    EXPECT_EQ(handler->resolved, (Events{"main.xsd|one.xsd", "main.xsd|two.xsd"}));
+}
+
 TEST_F(XercesSchemaTest, DocumentsMayCarryXmlAndUserAttributes)
 {
     const VString schema =

@@ -141,6 +141,16 @@ TEST(XercesXMLParserTest, WarningsWithoutErrorAreNotReported)
     EXPECT_EQ(result.errors, std::vector<VString>{});
 }
 
+TEST(XercesXMLParserTest, WarningsComeWithAnError)
+{
+    const ParseResult result = ParseBytes("<!DOCTYPE a [<!ATTLIST a b CDATA '1'>\n<!ATTLIST a b CDATA '2'>]><a>");
+    ASSERT_EQ(result.warnings.size(), 1u);
+    EXPECT_TRUE(result.warnings[0].startsWith("Warning(2,")) << result.warnings[0];
+    EXPECT_TRUE(result.warnings[0].endsWith(" (id: id)")) << result.warnings[0];
+    EXPECT_EQ(result.errors.size(), 1u);
+    EXPECT_TRUE(result.fatal);
+}
+
 TEST(XercesXMLParserTest, DoneHandlerStopsWithoutError)
 {
     Utf8InputSource source("<a><b/><c/><d/><e/></a>", "id", false);

@@ -1,5 +1,6 @@
 #include "vancorexml/van-codegen/gen-strings/vancorexml-strings.h"
 
+#include <cstdlib>
 #include <memory>
 #include <set>
 #include <thread>
@@ -165,6 +166,18 @@ TEST(LocalizedStringsTest, TheDefaultLanguageAndNoneHaveNoTranslator)
     const auto cache = CoreXml::LocalStringTableCache::GetInstance();
     EXPECT_EQ(cache->GetTranslator(""), nullptr);
     EXPECT_EQ(cache->GetTranslator(LanguageUtils::GetDefaultISOString()), nullptr);
+}
+
+// In a process of its own, where nobody has asked for the cache yet.
+TEST(LocalizedStringsDeathTest, AnotherObjectInItsPlaceIsAnAssertion)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto run = [] {
+        CoreThreadContext::GetProcessObject("vancorexml-strings", [] { return boost::any(7); });
+        testsupport::ExpectLogicException([] { CoreXml::LocalStringTableCache::GetInstance(); }, "vancorexml\\van-codegen\\gen-strings\\vancorexml-strings", 78, "s_cache", 0x2F8D61B4);
+        std::exit(testing::Test::HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
 TEST(LocalizedStringsThreadTest, ManyThreadsAskForManyLanguages)

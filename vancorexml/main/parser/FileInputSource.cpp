@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "vancoreplatform/Encoding.h"
 #include "vancoreplatform/VFormatString.h"
@@ -27,8 +28,11 @@ FileInputSource::~FileInputSource() = default;
 bool FileInputSource::ReadChunk()
 {
     m_position = 0;
-    m_chunk.resize(m_readSize);
-    m_chunk.resize(m_file.Read(m_chunk.data(), m_chunk.size()));
+    // A read that throws leaves no chunk behind.
+    std::vector<char> chunk = std::exchange(m_chunk, {});
+    chunk.resize(m_readSize);
+    chunk.resize(m_file.Read(chunk.data(), chunk.size()));
+    m_chunk = std::move(chunk);
     return !m_chunk.empty();
 }
 

@@ -50,6 +50,17 @@ private:
     char m_quote = 0;
 };
 
+// The next ">" outside of quotes that begin at or after `position`.
+std::size_t FindUnquotedClose(const std::string& text, std::size_t position) noexcept
+{
+    QuoteState quotes;
+    for (; position < text.size(); ++position) {
+        if (text[position] == '>' && !quotes.IsInside()) return position;
+        quotes.Pass(text[position]);
+    }
+    return XmlUtils::npos;
+}
+
 std::size_t SkipWhitespace(const std::string& text, std::size_t position) noexcept
 {
     while (position < text.size() && XmlUtils::IsWhitespace(text[position])) ++position;
@@ -139,16 +150,13 @@ std::size_t XmlUtils::FindTagEnd(const std::string& text, std::size_t start)
         const std::size_t found = text.find(terminator, start + 1, length);
         return found == npos ? npos : found + length - 1;
     };
-    if (text[start + 1] == '?') return endOf("?>", 2);
-    if (ContainsSubstringAt(text, "<!--", start)) return endOf("-->", 3);
-    if (ContainsSubstringAt(text, "<![", start)) return endOf("]]>", 3);
-
-    QuoteState quotes;
-    for (std::size_t i = start + 1; i < text.size(); ++i) {
-        if (text[i] == '>' && !quotes.IsInside()) return i;
-        quotes.Pass(text[i]);
-    }
-    return npos;
+    std::size_t found = npos;
+    if (text[start + 1] == '?') found = endOf("?>", 2);
+    else if (ContainsSubstringAt(text, "<!--", start)) found = endOf("-->", 3);
+    else if (ContainsSubstringAt(text, "<![", start)) found = endOf("]]>", 3);
+    else found = FindUnquotedClose(text, start + 1);
+    if (found != npos && text[found] != '>') ThrowLogicException(File, 247, "xml[found] == c_closeBrace", MakeLogicError(0x3B60D8E7));
+    return found;
 }
 
 std::optional<std::string> XmlUtils::GetAttributeValueInTag(const std::string& text, const std::string& name, const TagRange& tagRange)

@@ -15,6 +15,8 @@ namespace {
 
 constexpr std::size_t npos = std::string::npos;
 
+constexpr const char* const File = "vancorexml\\main\\parser\\XercesColonSanitizer";
+
 constexpr std::string_view Prefix = "IllegalColon:";
 constexpr std::string_view Declaration = " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'";
 constexpr std::u16string_view RestoredPrefix = u"IllegalColon:";
@@ -108,6 +110,7 @@ private:
     // Whether the colon begins an attribute's name; moves on past what need not be looked at.
     bool IsTaken(std::size_t colon)
     {
+        if (m_text[colon] != ':') ThrowLogicException(File, 112, "input[idx] == c_colon", MakeLogicError(0x5DACA14D));
         std::size_t behindName = colon + 1;
         while (behindName < m_text.size() && XmlUtils::IsNameChar(m_text[behindName])) ++behindName;
         while (behindName < m_text.size() && XmlUtils::IsWhitespace(m_text[behindName])) ++behindName;
@@ -144,7 +147,7 @@ private:
 std::size_t FindDeclarationPlace(const std::string& text)
 {
     const XmlUtils::TagRange tag = XmlUtils::FindFirstElementTag(text);
-    if (tag.start == npos) ThrowLogicException("vancorexml\\main\\parser\\XercesColonSanitizer", 188, "range.start != string::npos", MakeLogicError(0x6FFE1D79));
+    if (tag.start == npos) ThrowLogicException(File, 188, "range.start != string::npos", MakeLogicError(0x6FFE1D79));
     std::size_t place = tag.start + 1;
     while (XmlUtils::IsWhitespace(text[place])) ++place;
     while (XmlUtils::IsNameChar(text[place])) ++place;
@@ -162,6 +165,7 @@ std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_pt
     if (colon == npos) return text;
 
     const std::size_t declarationPlace = FindDeclarationPlace(input);
+    if (declarationPlace == npos) ThrowLogicException(File, 60, "xmlnsInsertPoint != string::npos", MakeLogicError(0xA9890139));
     auto output = std::make_shared<std::string>();
     output->reserve(input.size() + 64);
     std::size_t copied = 0;
