@@ -173,6 +173,79 @@ TEST(BadInputTest, GeneralEntitiesOfTheContentDoNotCountAsParameterEntities)
     EXPECT_EQ(ParseBytes(text + "</r>").errors, std::vector<VString>{});
 }
 
+std::string Repeat(const std::string& piece, int count)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i) text += piece;
+    return text;
+}
+
+struct AmplifierRow {
+    const char* name;
+    std::string text;
+};
+
+// Each a megabyte that the document has 120 times.
+const std::string Megabyte(1000000, 'x');
+const AmplifierRow AmplifierRows[] = {
+    {"text", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r>" + Repeat("&e;", 120) + "</r>"},
+    {"text of several elements", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r>" + Repeat("<a>&e;</a>", 120) + "</r>"},
+    {"nested", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ENTITY f '&e;&e;&e;&e;&e;&e;'>]><r>" + Repeat("&f;", 20) + "</r>"},
+    {"a comment", "<!DOCTYPE r [<!ENTITY e '<!--" + Megabyte + "-->'>]><r>" + Repeat("&e;", 120) + "</r>"},
+    {"one attribute", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r a='" + Repeat("&e;", 120) + "'/>"},
+    {"many attributes", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r>" + Repeat("<a a='&e;'/>", 120) + "</r>"},
+    {"an attribute's default", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ATTLIST r a CDATA '" + Repeat("&e;", 120) + "'>]><r/>"},
+    {"the default of many attributes", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 120) + "</r>"},
+    {"a parameter entity", "<!DOCTYPE r [<!ENTITY % e '<!--" + Megabyte + "-->'>" + Repeat("%e;", 120) + "]><r/>"},
+};
+
+TEST(BadInputTest, AMegabyteUsedAgainAndAgainEnds)
+{
+    for (const AmplifierRow& row : AmplifierRows) {
+        SCOPED_TRACE(row.name);
+        const ParseResult result = ParseBytes(row.text);
+        ASSERT_EQ(result.errors.size(), 1u);
+        EXPECT_TRUE(result.errors[0].startsWith("Fatal Error(1,")) << result.errors[0];
+        EXPECT_TRUE(result.errors[0].endsWith("): parser has encountered more than '100000000' characters of entities in the document; this is the limit imposed by the application (id: id)")) << result.errors[0];
+        EXPECT_TRUE(result.fatal);
+    }
+}
+
+struct SoundRow {
+    const char* name;
+    std::string text;
+    std::size_t length;   // of all texts and attributes together
+};
+
+TEST(BadInputTest, LongTextsAndManyEntitiesAreSound)
+{
+    const std::string entities = "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY e 'xy'>]>";
+    const SoundRow rows[] = {
+        {"one long entity among short ones", entities + "<r>&long;" + Repeat("&e;", 40000) + "</r>", 1080000},
+        {"short entities in attributes", "<!DOCTYPE r [<!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 40000) + "</r>", 80000},
+        {"a long default for few", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 20) + "</r>", 20000000},
+        {"a default that is not used", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a a='x'/>", 120) + "</r>", 120},
+    };
+    for (const SoundRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        struct Measuring : SAXInterface {
+            void StartElement(const VString&, const AttributeMap& attributes) override
+            {
+                for (const auto& [name, value] : attributes) length += static_cast<std::size_t>(value.length());
+            }
+            void EndElement() override {}
+            void Characters(const VString& text) override { length += static_cast<std::size_t>(text.length()); }
+            std::size_t length = 0;
+        };
+        Utf8InputSource source(row.text, "id", false);
+        const auto handler = std::make_shared<Measuring>();
+        const auto parser = XercesXMLParser::Create(source, handler);
+        parser->Parse();
+        EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+        EXPECT_EQ(handler->length, row.length);
+    }
+}
+
 TEST(BadInputTest, ManyElementsAreNoExpansions)
 {
     std::string text = "<r>";

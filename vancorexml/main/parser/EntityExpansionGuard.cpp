@@ -1,16 +1,32 @@
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
-void EntityExpansionGuard::Watch(std::function<void()> abandon)
+#include "vancoreplatform/VFormatString.h"
+
+namespace {
+
+// A block holds an object and, before it, a word or two of Xerces' own.
+bool IsReader(std::size_t size) noexcept
 {
+    constexpr std::size_t MostBefore = 64;
+    return size >= sizeof(xercesc::XMLReader) && size <= sizeof(xercesc::XMLReader) + MostBefore;
+}
+
+}  // namespace
+
+void EntityExpansionGuard::Watch(std::function<void(const VString&)> abandon)
+{
+    Release();
     m_abandon = std::move(abandon);
+    m_isInProlog = true;
     m_readers = 0;
-    m_lastReader = nullptr;
-    m_mustAbandon = false;
+    m_longest = 0;
+    m_text = 0;
 }
 
 void EntityExpansionGuard::Release() noexcept
@@ -20,16 +36,44 @@ void EntityExpansionGuard::Release() noexcept
     m_mustAbandon = false;
 }
 
+void EntityExpansionGuard::Declare(std::size_t length) noexcept
+{
+    m_longest = std::max(m_longest, length);
+}
+
+void EntityExpansionGuard::Expand(std::size_t length)
+{
+    // Its reader was counted with the longest.
+    m_text += length;
+    m_text -= m_longest;
+    if (IsExceeded())
+        Abandon();
+}
+
+void EntityExpansionGuard::Default(std::size_t length)
+{
+    m_text += length;
+    if (IsExceeded())
+        Abandon();
+}
+
+void EntityExpansionGuard::Abandon()
+{
+    const auto abandon = std::exchange(m_abandon, nullptr);
+    const bool isText = m_text > TextLimit;
+    Release();
+    if (abandon)
+        abandon(isText ? VFormatString("'%1' characters of entities").arg(std::uint64_t{TextLimit}) : VFormatString("'%1' entity expansions").arg(std::uint64_t{Limit}));
+}
+
 void* EntityExpansionGuard::allocate(XMLSize_t size)
 {
-    if (m_mustAbandon) {
-        const std::function<void()> abandon = std::exchange(m_abandon, nullptr);
-        Release();
-        abandon();
-    }
+    if (m_mustAbandon)
+        Abandon();
     void* const block = xercesc::XMLPlatformUtils::fgMemoryManager->allocate(size);
-    if (m_abandon && size >= sizeof(xercesc::XMLReader)) {
-        ++m_readers;
+    if (m_abandon && IsReader(size)) {
+        m_readers += m_isInProlog;
+        m_text += m_longest;
         m_lastReader = block;
     }
     return block;
@@ -41,7 +85,7 @@ void EntityExpansionGuard::deallocate(void* block)
     // abandoned at the first allocation after that reader is gone again.
     if (block && block == m_lastReader) {
         m_lastReader = nullptr;
-        m_mustAbandon = m_readers > Limit + 1;
+        m_mustAbandon = IsExceeded();
     }
     xercesc::XMLPlatformUtils::fgMemoryManager->deallocate(block);
 }

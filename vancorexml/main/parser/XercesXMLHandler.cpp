@@ -11,6 +11,7 @@
 #include <xercesc/sax2/Attributes.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
+#include <xercesc/util/XMLString.hpp>
 
 #include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VFormatString.h"
@@ -57,7 +58,7 @@ void XercesXMLHandler::BeginParse()
 {
     m_pendingText.clear();
     m_isInProlog = true;
-    m_guard.Watch([this] { AbandonExpansion(); });
+    m_guard.Watch([this](const VString& excess) { AbandonExpansion(excess); });
 }
 
 void XercesXMLHandler::EndParse() noexcept
@@ -71,7 +72,7 @@ void XercesXMLHandler::EndParse() noexcept
 void XercesXMLHandler::BeginSchema(const VString& id)
 {
     m_schemaId = id;
-    m_guard.Watch([this] { AbandonExpansion(); });
+    m_guard.Watch([this](const VString& excess) { AbandonExpansion(excess); });
 }
 
 void XercesXMLHandler::EndSchema() noexcept
@@ -125,7 +126,7 @@ void XercesXMLHandler::startElement(const XMLCh*, const XMLCh*, const XMLCh* qna
 {
     if (m_isInProlog) {
         m_isInProlog = false;
-        m_guard.Release();
+        m_guard.EndProlog();
     }
     FlushText();
     const VString& name = m_elementNames.Get(qname);
@@ -151,6 +152,11 @@ void XercesXMLHandler::characters(const XMLCh* text, XMLSize_t length)
 void XercesXMLHandler::ignorableWhitespace(const XMLCh* text, XMLSize_t length)
 {
     m_pendingText.append(text, length);
+}
+
+void XercesXMLHandler::internalEntityDecl(const XMLCh*, const XMLCh* value)
+{
+    m_guard.Declare(xercesc::XMLString::stringLen(value));
 }
 
 void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const XMLCh*)
@@ -184,10 +190,10 @@ void XercesXMLHandler::resetErrors()
     m_fatallyErrored = false;
 }
 
-void XercesXMLHandler::AbandonExpansion()
+void XercesXMLHandler::AbandonExpansion(const VString& excess)
 {
     // What Xerces says of general entities.
-    const VString message = VFormatString("parser has encountered more than '%1' entity expansions in the document; this is the limit imposed by the application").arg(std::uint64_t{EntityExpansionGuard::Limit});
+    const VString message = VFormatString("parser has encountered more than %1 in the document; this is the limit imposed by the application").arg(excess);
     // The locator is that of documents.
     if (m_locator && m_schemaId.IsEmpty())
         m_errors.push_back(FormatDiagnostic("Fatal Error", message, m_locator->getSystemId(), m_locator->getLineNumber(), m_locator->getColumnNumber()));

@@ -56,6 +56,7 @@ public:
     // White space where a document type allows elements only: text like any other.
     void ignorableWhitespace(const XMLCh* text, XMLSize_t length) override;
 
+    void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
     // Refuses the document: throws XMLParseException.
     void externalEntityDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId) override;
 
@@ -74,7 +75,8 @@ private:
     void FlushText();
     VString MakeText(std::u16string_view text);
     AttributeMap MakeAttributes(const xercesc::Attributes& attributes);
-    void AbandonExpansion();
+    // `excess` is what the entities of the document come to.
+    [[noreturn]] void AbandonExpansion(const VString& excess);
     // Abandons a schema that takes an entity from elsewhere.
     [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 

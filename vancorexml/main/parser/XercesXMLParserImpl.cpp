@@ -2,12 +2,15 @@
 
 #include <utility>
 
+#include <xercesc/framework/XMLAttr.hpp>
+#include <xercesc/framework/XMLEntityDecl.hpp>
 #include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/framework/XMLPScanToken.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLUni.hpp>
+#include <xercesc/validators/DTD/DTDAttDef.hpp>
 #include <xercesc/validators/common/Grammar.hpp>
 
 #include "art-cpp/Activity.h"
@@ -36,10 +39,30 @@ struct Step {
 
 }  // namespace
 
-void VersionedReader::XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding)
+void DocumentReader::XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding)
 {
     m_hasReadVersion11 |= xercesc::XMLString::equals(version, XMLUni::fgVersion1_1);
     SAX2XMLReaderImpl::XMLDecl(version, encoding, standalone, actualEncoding);
+}
+
+void DocumentReader::attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored)
+{
+    m_hasDefaults |= attribute.getValue() != nullptr;
+    SAX2XMLReaderImpl::attDef(element, attribute, isIgnored);
+}
+
+void DocumentReader::startElement(const xercesc::XMLElementDecl& element, unsigned int uri, const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty, bool isRoot)
+{
+    for (XMLSize_t i = 0; m_hasDefaults && i < count; ++i)
+        if (const xercesc::XMLAttr& attribute = *attributes.elementAt(i); !attribute.getSpecified())
+            m_guard.Default(xercesc::XMLString::stringLen(attribute.getValue()));
+    SAX2XMLReaderImpl::startElement(element, uri, prefix, attributes, count, isEmpty, isRoot);
+}
+
+void DocumentReader::startEntityReference(const xercesc::XMLEntityDecl& entity)
+{
+    m_guard.Expand(entity.getValueLen());
+    SAX2XMLReaderImpl::startEntityReference(entity);
 }
 
 XercesXMLParserImpl::XercesXMLParserImpl(InputSource& input, std::shared_ptr<SAXInterface> handler)
@@ -58,7 +81,7 @@ void XercesXMLParserImpl::RequireReader()
 {
     if (m_reader)
         return;
-    m_reader = std::make_unique<VersionedReader>(&m_guard, m_grammars.get());
+    m_reader = std::make_unique<DocumentReader>(m_guard, m_grammars.get());
     m_reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
     InstallHandler();
     InstallResolver();

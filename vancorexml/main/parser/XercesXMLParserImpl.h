@@ -16,16 +16,23 @@
 #include "vancorexml/main/parser/XercesXMLHandler.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 
-// Xerces' reader, which also says whether the document declared XML 1.1.
-class VersionedReader : public xercesc::SAX2XMLReaderImpl {
+// Xerces' reader, which also says whether the document declared XML 1.1, and tells the guard
+// of the text that comes from declarations.
+class DocumentReader : public xercesc::SAX2XMLReaderImpl {
 public:
-    VersionedReader(xercesc::MemoryManager* memory, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(memory, grammars) {}
+    DocumentReader(EntityExpansionGuard& guard, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(&guard, grammars), m_guard(guard) {}
 
     bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
+
     void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding) override;
+    void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override;
+    void startElement(const xercesc::XMLElementDecl& element, unsigned int uri, const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty, bool isRoot) override;
+    void startEntityReference(const xercesc::XMLEntityDecl& entity) override;
 
 private:
+    EntityExpansionGuard& m_guard;
     bool m_hasReadVersion11 = false;
+    bool m_hasDefaults = false;
 };
 
 // Drives Xerces' reader. The reader is kept from parse to parse as long as nothing of a
@@ -63,7 +70,7 @@ private:
     EntityExpansionGuard m_guard;
     std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
     // Null after a parse that left something behind, until the next use.
-    std::unique_ptr<VersionedReader> m_reader;
+    std::unique_ptr<DocumentReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     std::unique_ptr<XercesXMLHandler> m_handler;
     std::vector<VString> m_loadedXSDs;
