@@ -175,6 +175,25 @@ TEST(AllocationFaultTest, AMoveBetweenDocumentsThatFailsChangesNothing)
     EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("a")->Move(*pair.two.GetElement("c"), nullptr); }, ExpectUnchanged), 2);
 }
 
+// So many that the other document's maps must grow.
+TEST(AllocationFaultTest, AMoveOfManyRecordsThatFailsChangesNothing)
+{
+    const auto make = [] {
+        auto pair = MakePair();
+        DOMElement& many = pair->one.GetRoot().AddNewChild("many", nullptr);
+        for (int i = 0; i < 100; ++i)
+            AddError(many.AddNewChild("one", nullptr), "e");
+        return pair;
+    };
+    const auto check = [](Pair& pair) {
+        ASSERT_NE(pair.one.GetElement("many"), nullptr);
+        EXPECT_EQ(ErrorsOf(*pair.one.GetElement("many")).size(), 100u);
+        pair.one.GetRoot().RemoveChild("many").reset();
+        ExpectUnchanged(pair);
+    };
+    EXPECT_GT(FailEach(make, [](Pair& pair) { pair.one.GetElement("many")->Move(*pair.two.GetElement("c"), nullptr); }, check), 3);
+}
+
 TEST(AllocationFaultTest, AMoveOutOfAllDocumentsThatFailsChangesNothing)
 {
     DOMElement free("free");

@@ -151,11 +151,12 @@ TEST(DOMDiagnosticsTest, RecordsMoveWithTheirElements)
     AddError(moved.AddNewChild("a1", nullptr), "a1");
     moved.Warning("w", Info(1));
     AddError(*from.GetDocumentRoot(), "stays");
+    AddError(from.GetRoot(), "root");
     moved.Move(to.GetRoot(), nullptr);
     EXPECT_EQ(Strings(to.GetErrors()), (Texts{"a", "a1"}));
     EXPECT_EQ(Strings(to.GetWarnings()), (Texts{"w"}));
-    EXPECT_EQ(Strings(from.GetErrors()), (Texts{"stays"}));
-    EXPECT_EQ(DOMTestAccess::ErrorEntries(from), 1u);
+    EXPECT_EQ(Strings(from.GetErrors()), (Texts{"root", "stays"}));
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(from), 2u);
 }
 
 TEST(DOMDiagnosticsTest, AChildOfTheTopElementTakesItsRecordsAlong)

@@ -48,6 +48,13 @@ TEST(DOMElementChildTest, AppendChildTakesOwnership)
     EXPECT_EQ(raw->GetParent(), &parent);
 }
 
+TEST(DOMElementChildTest, InsertionOfNothingAsserts)
+{
+    DOMElement parent("p");
+    ExpectLogicException([&] { parent.AppendChild(parent.RemoveChild("missing")); }, "vancorexml\\main\\parser\\DOMElement", 412, "child", 0x3E5D90A4);
+    EXPECT_FALSE(parent.HasChildren());
+}
+
 TEST(DOMElementChildTest, InsertBeforeANonChildIsLoggedAndAppends)
 {
     LogCapture log;

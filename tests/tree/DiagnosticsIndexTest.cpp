@@ -248,6 +248,24 @@ TEST(DiagnosticsIndexTest, AsksEveryElementOfADeepTreeFullOfErrors)
     EXPECT_EQ(withErrors, chain.size());
 }
 
+// Each time anew: the answer for the whole must not need the way up from every record.
+TEST(DiagnosticsIndexTest, TheDocumentIsAskedBetweenChangesDeepDown)
+{
+    constexpr int Levels = 100000;
+    DOM document;
+    DOMElement* low = &document.GetRoot();
+    for (int i = 0; i < Levels; ++i)
+        low = &low->AddNewChild("level", nullptr);
+    for (int i = 0; i < Levels; ++i) {
+        AddError(*low, "e");
+        low->Warning("w", Info(1));
+        ASSERT_TRUE(document.HasErrors() && document.HasWarnings());
+        low->ClearErrors();
+        low->ClearWarnings();
+        ASSERT_FALSE(document.HasErrors() || document.HasWarnings());
+    }
+}
+
 TEST(DiagnosticsIndexTest, RecordsMayBeAddedBetweenQuestions)
 {
     constexpr int Levels = 100000;

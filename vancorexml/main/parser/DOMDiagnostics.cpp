@@ -133,10 +133,11 @@ void DOM::InsertWarning(const DOMElement& element, const VString& message, const
     NoteRecord(element, DiagnosticsIndex::Warning);
 }
 
+// An entry has a record at least, so the whole document is asked without the index.
 bool DOM::HasErrors(const DOMElement& element) const
 {
     const VReadLocker lock(m_lock);
-    return !m_errors.empty() && (GetBits(element) & DiagnosticsIndex::Error) != 0;
+    return !m_errors.empty() && (element.IsRootNode() || (GetBits(element) & DiagnosticsIndex::Error) != 0);
 }
 
 bool DOM::HasUnreportedErrors(const DOMElement& element) const
@@ -160,7 +161,7 @@ bool DOM::HasOnlyCancelErrors(const DOMElement& element) const
 bool DOM::HasWarnings(const DOMElement& element) const
 {
     const VReadLocker lock(m_lock);
-    return !m_warnings.empty() && (GetBits(element) & DiagnosticsIndex::Warning) != 0;
+    return !m_warnings.empty() && (element.IsRootNode() || (GetBits(element) & DiagnosticsIndex::Warning) != 0);
 }
 
 void DOM::GetErrors(const DOMElement& element, std::list<VString>& messages) const

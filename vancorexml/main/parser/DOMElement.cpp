@@ -222,6 +222,8 @@ DOMElement& DOMElement::AddNewChild(const VString& name, const DOMElement* befor
 
 DOMElement& DOMElement::InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before)
 {
+    if (!child)
+        ThrowLogicException(SourceFile, 412, "child", MakeLogicError(0x3E5D90A4));
     DOMElement& element = *child;
     RequireNotBelow(element);
     MakeRoom(1);

@@ -120,8 +120,8 @@ public:
     DOMElement& AppendChild(std::unique_ptr<DOMElement>&& child) { return InsertChild(std::move(child), nullptr); }
     // Takes the child over with its subtree and the diagnostics its document recorded for
     // it. A `before` that is no child of this element is logged and the child appended.
-    // Raises a LogicException, before anything changes, when the child is this element or
-    // one of its ancestors. Constant for a new leaf at the end; else linear in the child's
+    // Raises a LogicException, before anything changes, when the child is null, this element
+    // or one of its ancestors. Constant for a new leaf at the end; else linear in the child's
     // subtree when documents differ, and in the children when `before` is given.
     DOMElement& InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
 
