@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <ostream>
@@ -41,8 +43,19 @@ constexpr bool IsLowSurrogate(char16_t unit) noexcept
     return (unit & 0xFC00) == 0xDC00;
 }
 
+// So many units at once are looked at, and narrowed, without a loop.
+constexpr std::size_t AsciiBlock = 16;
+
+bool IsAsciiBlock(std::u16string_view text, std::size_t position) noexcept
+{
+    if (text.size() - position < AsciiBlock) return false;
+    std::uint64_t words[AsciiBlock * sizeof(char16_t) / sizeof(std::uint64_t)];
+    std::memcpy(words, text.data() + position, sizeof words);
+    return ((words[0] | words[1] | words[2] | words[3]) & 0xFF80FF80FF80FF80) == 0;
+}
+
 // The code point that begins at `position`, which moves behind it.
-char32_t NextCodePoint(std::u16string_view text, std::size_t& position) noexcept
+inline char32_t NextCodePoint(std::u16string_view text, std::size_t& position) noexcept
 {
     const char16_t unit = text[position++];
     if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) return unit;
@@ -58,8 +71,17 @@ constexpr std::size_t Utf8Length(char32_t codePoint) noexcept
     return codePoint < 0x10000 ? 3 : 4;
 }
 
-char* WriteUtf8(char* out, char32_t codePoint) noexcept
+inline char* WriteUtf8(char* out, char32_t codePoint) noexcept
 {
+    if (codePoint < 0x80) {
+        *out = static_cast<char>(codePoint);
+        return out + 1;
+    }
+    if (codePoint < 0x800) {
+        out[0] = static_cast<char>(0xC0 | codePoint >> 6);
+        out[1] = static_cast<char>(0x80 | (codePoint & 0x3F));
+        return out + 2;
+    }
     constexpr unsigned char leads[] = {0, 0, 0xC0, 0xE0, 0xF0};
     const std::size_t length = Utf8Length(codePoint);
     for (std::size_t i = length - 1; i > 0; --i) {
@@ -175,10 +197,27 @@ std::string VString::toStdString() const
 {
     const std::u16string_view text = View();
     std::size_t bytes = 0;
-    for (std::size_t position = 0; position < text.size();) bytes += Utf8Length(NextCodePoint(text, position));
+    for (std::size_t position = 0; position < text.size();) {
+        if (IsAsciiBlock(text, position)) {
+            position += AsciiBlock;
+            bytes += AsciiBlock;
+            continue;
+        }
+        const std::size_t end = std::min(position + AsciiBlock, text.size());
+        while (position < end) bytes += Utf8Length(NextCodePoint(text, position));
+    }
     std::string result(bytes, '\0');
     char* out = result.data();
-    for (std::size_t position = 0; position < text.size();) out = WriteUtf8(out, NextCodePoint(text, position));
+    for (std::size_t position = 0; position < text.size();) {
+        if (IsAsciiBlock(text, position)) {
+            for (std::size_t i = 0; i < AsciiBlock; ++i) out[i] = static_cast<char>(text[position + i]);
+            position += AsciiBlock;
+            out += AsciiBlock;
+            continue;
+        }
+        const std::size_t end = std::min(position + AsciiBlock, text.size());
+        while (position < end) out = WriteUtf8(out, NextCodePoint(text, position));
+    }
     return result;
 }
 

@@ -4,7 +4,12 @@
 #include <cstddef>
 #include <cstring>
 #include <deque>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
 #include <vector>
+
+#include <QString>
 
 #include "vancoredata/DataValue.h"
 #include "vancoredata/QualifiedName.h"
@@ -111,18 +116,19 @@ private:
 
 VString FormatAttribute(const AttributeMap::value_type& attribute)
 {
-    const VString& name = attribute.first;
+    const std::u16string_view name = attribute.first.View();
     const VString value = XMLFormatter::EncodeAttributeString(attribute.second);
-    VString result;
-    const std::int64_t length = std::int64_t(name.length()) + value.length() + 4;
-    // Longer than a string can be is for the appending to refuse.
-    if (length <= VString::MaxLength) result.reserve(static_cast<int>(length));
-    result += u' ';
-    result += name;
-    result.append(u"='", 2);
-    result += value;
-    result += u'\'';
-    return result;
+    const std::size_t length = name.size() + value.View().size() + 4;
+    if (length > static_cast<std::size_t>(VString::MaxLength)) throw std::length_error("XMLFormatter: the attribute is too long");
+    QString result(static_cast<int>(length), Qt::Uninitialized);
+    auto* out = reinterpret_cast<char16_t*>(result.data());
+    *out++ = u' ';
+    out = std::copy(name.begin(), name.end(), out);
+    *out++ = u'=';
+    *out++ = u'\'';
+    out = std::copy(value.begin(), value.end(), out);
+    *out = u'\'';
+    return VString(std::move(result));
 }
 
 template <typename Node>

@@ -1,5 +1,8 @@
 #include "vancorexml/main/parser/XMLStringFormatter.h"
 
+#include <algorithm>
+#include <stdexcept>
+
 XMLStringFormatter::XMLStringFormatter(const VString& indentUnit, bool singleLine) : XMLFormatter(indentUnit, singleLine) {}
 
 XMLStringFormatter::~XMLStringFormatter() = default;
@@ -8,7 +11,9 @@ void XMLStringFormatter::OutputString(const VString& text)
 {
     if (m_failure) std::rethrow_exception(m_failure);
     try {
-        m_output.append(text);
+        if (text.length() > m_buffer.size() - m_length) MakeRoom(text.length());
+        std::copy(text.begin(), text.end(), reinterpret_cast<char16_t*>(m_buffer.data()) + m_length);
+        m_length += text.length();
     } catch (...) {
         m_failure = std::current_exception();
         throw;
@@ -18,5 +23,12 @@ void XMLStringFormatter::OutputString(const VString& text)
 VString XMLStringFormatter::GetOutput() const
 {
     if (m_failure) std::rethrow_exception(m_failure);
-    return m_output;
+    m_buffer.resize(m_length);
+    return VString(m_buffer);
+}
+
+void XMLStringFormatter::MakeRoom(int length)
+{
+    if (length > VString::MaxLength - m_length) throw std::length_error("XMLStringFormatter: the text is too long");
+    m_buffer.resize(m_length + std::max(length, std::min(m_length, VString::MaxLength - m_length)));
 }

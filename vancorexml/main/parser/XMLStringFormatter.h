@@ -3,6 +3,8 @@
 
 #include <exception>
 
+#include <QString>
+
 #include "vancorexml/main/parser/XMLFormatter.h"
 
 // Collects what is written in memory.
@@ -22,6 +24,10 @@ public:
     virtual VString GetOutput() const;
 
 private:
-    VString m_output;
+    void MakeRoom(int length);
+
+    // What is written, and room behind it; GetOutput gives it away without a copy.
+    mutable QString m_buffer;
+    int m_length = 0;
     std::exception_ptr m_failure;
 };
