@@ -24,7 +24,7 @@ TEST(InitOnceTest, RunsOnceForAllThreads)
     EXPECT_EQ(runs, 1);
 }
 
-TEST(VRecursiveMutexTest, ItsHolderTakesItAgain)
+TEST(VRecursiveMutexThreadTest, ItsHolderTakesItAgain)
 {
     VRecursiveMutex mutex;
     const VRecursiveMutexLocker outer(mutex);

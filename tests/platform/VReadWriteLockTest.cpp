@@ -44,7 +44,7 @@ void Elsewhere(Function function)
 
 }  // namespace
 
-TEST(VReadWriteLockTest, ReadersShare)
+TEST(VReadWriteLockThreadTest, ReadersShare)
 {
     VReadWriteLock lock(0);
     const VReadLocker here(lock);
@@ -56,7 +56,7 @@ TEST(VReadWriteLockTest, ReadersShare)
     EXPECT_TRUE(readThere);
 }
 
-TEST(VReadWriteLockTest, AReaderKeepsAWriterOut)
+TEST(VReadWriteLockThreadTest, AReaderKeepsAWriterOut)
 {
     VReadWriteLock lock(0);
     auto reader = std::make_unique<VReadLocker>(lock);
@@ -65,7 +65,7 @@ TEST(VReadWriteLockTest, AReaderKeepsAWriterOut)
     reader.reset();
 }
 
-TEST(VReadWriteLockTest, AReaderReentersPastAWaitingWriter)
+TEST(VReadWriteLockThreadTest, AReaderReentersPastAWaitingWriter)
 {
     VReadWriteLock lock(0);
     auto reader = std::make_unique<VReadLocker>(lock);
@@ -77,7 +77,7 @@ TEST(VReadWriteLockTest, AReaderReentersPastAWaitingWriter)
     reader.reset();
 }
 
-TEST(VReadWriteLockTest, AWriterReenters)
+TEST(VReadWriteLockThreadTest, AWriterReenters)
 {
     VReadWriteLock lock(0);
     auto outer = std::make_unique<VWriteLocker>(lock);
@@ -89,7 +89,7 @@ TEST(VReadWriteLockTest, AWriterReenters)
     outer.reset();
 }
 
-TEST(VReadWriteLockTest, AWriterReads)
+TEST(VReadWriteLockThreadTest, AWriterReads)
 {
     VReadWriteLock lock(0);
     auto outer = std::make_unique<VWriteLocker>(lock);
@@ -103,7 +103,7 @@ TEST(VReadWriteLockTest, AWriterReads)
     outer.reset();
 }
 
-TEST(VReadWriteLockTest, ReleasesInAnyOrderOfModes)
+TEST(VReadWriteLockThreadTest, ReleasesInAnyOrderOfModes)
 {
     VReadWriteLock lock(0);
     lock.LockForWrite();
@@ -117,7 +117,7 @@ TEST(VReadWriteLockTest, ReleasesInAnyOrderOfModes)
     Elsewhere([&lock] { const VWriteLocker there(lock); });
 }
 
-TEST(VReadWriteLockTest, WritingUnderAReadRaisesTheAssertion)
+TEST(VReadWriteLockThreadTest, WritingUnderAReadRaisesTheAssertion)
 {
     VReadWriteLock lock(0);
     const VReadLocker reader(lock);
@@ -133,7 +133,7 @@ TEST(VReadWriteLockTest, WritingUnderAReadRaisesTheAssertion)
     }
 }
 
-TEST(VReadWriteLockTest, TheAssertionLeavesTheReadLockAsItWas)
+TEST(VReadWriteLockThreadTest, TheAssertionLeavesTheReadLockAsItWas)
 {
     VReadWriteLock lock(0);
     {
@@ -144,7 +144,7 @@ TEST(VReadWriteLockTest, TheAssertionLeavesTheReadLockAsItWas)
     Elsewhere([&lock] { const VWriteLocker there(lock); });
 }
 
-TEST(VReadWriteLockTest, AReleaseWithoutATakeDoesNothing)
+TEST(VReadWriteLockThreadTest, AReleaseWithoutATakeDoesNothing)
 {
     VReadWriteLock lock(0);
     lock.UnlockRead();
@@ -155,7 +155,7 @@ TEST(VReadWriteLockTest, AReleaseWithoutATakeDoesNothing)
     EXPECT_THROW(lock.LockForWrite(), LogicException);
 }
 
-TEST(VReadWriteLockTest, AThreadHoldsManyLocks)
+TEST(VReadWriteLockThreadTest, AThreadHoldsManyLocks)
 {
     std::vector<std::unique_ptr<VReadWriteLock>> locks;
     for (int i = 0; i < 40; ++i) {
@@ -174,7 +174,7 @@ TEST(VReadWriteLockTest, AThreadHoldsManyLocks)
     });
 }
 
-TEST(VReadWriteLockTest, AnotherLockAtTheSamePlaceIsFree)
+TEST(VReadWriteLockThreadTest, AnotherLockAtTheSamePlaceIsFree)
 {
     for (int i = 0; i < 3; ++i) {
         VReadWriteLock lock(0);
@@ -182,7 +182,7 @@ TEST(VReadWriteLockTest, AnotherLockAtTheSamePlaceIsFree)
     }
 }
 
-TEST(VReadWriteLockTest, ManyThreadsSeeNoHalfWrites)
+TEST(VReadWriteLockThreadTest, ManyThreadsSeeNoHalfWrites)
 {
     VReadWriteLock lock(0);
     std::array<int, 16> values{};
