@@ -3,6 +3,9 @@
 #include <new>
 #include <stdexcept>
 
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/XMLURL.hpp>
+
 #include "metrics2/Metrics.h"
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancorexml/main/parser/XMLParseException.h"
@@ -211,6 +214,29 @@ TEST(XercesXMLParserTest, OtherExceptionsAreUnexpected)
         EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Unexpected exception"});
         EXPECT_FALSE(parser->HasFatallyErrored());
     }
+}
+
+TEST(XercesXMLParserTest, LackOfMemoryIsRecordedByItsName)
+{
+    Utf8InputSource source("<a><b/></a>", "id", false);
+    const auto parser = ParseThrowing(source, xercesc::OutOfMemoryException());
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"OutOfMemoryException"});
+    EXPECT_EQ(parser->GetMetadataForErrors(), std::vector<VError::ErrorInfo>{VError::ErrorInfo::NoError});
+    EXPECT_FALSE(parser->HasFatallyErrored());
+}
+
+TEST(XercesXMLParserTest, AnExceptionOfXercesIsRecordedByItsText)
+{
+    struct Unreadable : Utf8InputSource {
+        Unreadable() : Utf8InputSource("<a/>", "id", false) {}
+        XercesInputSource GetXercesInputSource(ColonProcessingMode) override { throw xercesc::MalformedURLException(__FILE__, __LINE__, xercesc::XMLExcepts::URL_MalformedURL); }
+    };
+    Unreadable source;
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"malformed URL"});
+    EXPECT_EQ(parser->GetMetadataForErrors(), std::vector<VError::ErrorInfo>{VError::ErrorInfo::NoError});
+    EXPECT_FALSE(parser->HasFatallyErrored());
 }
 
 TEST(XercesXMLParserTest, DiagnosticsBeforeAnExceptionAreDropped)
