@@ -1,0 +1,27 @@
+// Any path can be asked of a tree, is walked and collected alike, and names elements of it.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "fuzz/Require.h"
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/DOMPath.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static const auto document = DOMParser().ParseXmlString("<a><b><a/><c><b/></c></b><a><b><b/></b></a><c/></a>", "tree");
+    const DOMElement& root = *document->GetDocumentRoot();
+    const VString path = VString::fromUtf8(reinterpret_cast<const char*>(data), size);
+    const std::vector<const DOMElement*> all = DOMPath::GetAll(root, path);
+    Require(DOMPath::GetFirst(root, path) == (all.empty() ? nullptr : all.front()), "the first of all is the first");
+    std::size_t walked = 0;
+    auto matches = DOMPath::Walk(root, path);
+    for (const DOMElement& match : matches) {
+        Require(walked < all.size() && all[walked] == &match, "a walk gives what is collected");
+        Require(&match == &root || match.IsChildOf(root), "a match lies in the tree");
+        ++walked;
+    }
+    Require(walked == all.size(), "a walk gives all that is collected");
+    return 0;
+}
