@@ -13,7 +13,7 @@
 namespace outputtest {
 
 // Notes every virtual call but those that write whole elements, then does what the base
-// does. Can fail when its sink is called for the nth time, or from then on.
+// does; the subtree of an element is walked without a call for each child. Can fail when its sink is called for the nth time, or from then on.
 class RecordingWriter : public XMLFormatter {
 public:
     using XMLFormatter::XMLFormatter;
@@ -26,6 +26,7 @@ public:
     const VString& GetIndent() const override { Note("GetIndent"); return XMLFormatter::GetIndent(); }
     void Flush() override { Note("Flush"); XMLFormatter::Flush(); }
     void OutputAttributes(const AttributeMap& attributes) override { Note("OutputAttributes", std::to_string(attributes.size())); XMLFormatter::OutputAttributes(attributes); }
+    void OutputDOMElement(const DOMElement& element) override { WriteTree(*this, element, *this); }
     void OutputContent(const VString& text, bool verbatim) override { Note(verbatim ? "OutputContent verbatim" : "OutputContent escaped", text); XMLFormatter::OutputContent(text, verbatim); }
     void OutputContent(const VString& text) override { Note("OutputContent", text); XMLFormatter::OutputContent(text); }
     void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content, bool encode) override { Note(encode ? "OutputContentTag encode" : "OutputContentTag verbatim", tag); XMLFormatter::OutputContentTag(tag, attributes, content, encode); }
@@ -63,7 +64,7 @@ private:
     std::size_t m_lastFailure = Never;
 };
 
-// Notes those that write whole elements too, so that each child must come through it.
+// Notes those that write whole elements too; each child comes through the call.
 class RecordingTreeWriter : public RecordingWriter {
 public:
     using RecordingWriter::RecordingWriter;
@@ -71,7 +72,7 @@ public:
     void OutputDOMElement(const DOMElement& element) override
     {
         Note("OutputDOMElement", element.GetName());
-        RecordingWriter::OutputDOMElement(element);
+        XMLFormatter::OutputDOMElement(element);
     }
     void OutputDOMElements(const DOMElementChildren& elements) override
     {

@@ -121,15 +121,15 @@ std::vector<std::string> WithoutElementCalls(std::vector<std::string> calls)
     return calls;
 }
 
-TEST(XMLFormatterTreeTest, WriterThatSeesEachChildMakesTheSameCalls)
+TEST(XMLFormatterTreeTest, WalkMakesTheSameCallsAsTheRecursion)
 {
     const auto tree = SmallTree();
-    RecordingWriter plain;
-    plain.OutputDOMElement(*tree);
-    RecordingTreeWriter overriding;
-    overriding.OutputDOMElement(*tree);
-    EXPECT_THAT(overriding.calls, Not(testing::SizeIs(plain.calls.size())));
-    EXPECT_EQ(WithoutElementCalls(overriding.calls), plain.calls);
+    RecordingWriter walking;
+    walking.OutputDOMElement(*tree);
+    RecordingTreeWriter recursing;
+    recursing.OutputDOMElement(*tree);
+    EXPECT_THAT(recursing.calls, Not(testing::SizeIs(walking.calls.size())));
+    EXPECT_EQ(WithoutElementCalls(recursing.calls), walking.calls);
 }
 
 // What a writer was called with when its sink fails at a call, or from then on.
@@ -157,11 +157,11 @@ TEST_P(XMLFormatterTreeFailureTest, EverySinkFailureClosesTheSameElements)
     whole.OutputDOMElement(*SmallTree());
     for (std::size_t call = 0; call <= whole.pieces.size(); ++call) {
         bool thrown = false;
-        bool thrownOverriding = false;
+        bool thrownRecursing = false;
         const auto calls = CallsUntilFailure<RecordingWriter>(call, GetParam(), thrown);
-        const auto callsOverriding = CallsUntilFailure<RecordingTreeWriter>(call, GetParam(), thrownOverriding);
-        ASSERT_EQ(calls, callsOverriding) << "failing at " << call;
-        ASSERT_EQ(thrown, thrownOverriding) << "failing at " << call;
+        const auto callsRecursing = CallsUntilFailure<RecordingTreeWriter>(call, GetParam(), thrownRecursing);
+        ASSERT_EQ(calls, callsRecursing) << "failing at " << call;
+        ASSERT_EQ(thrown, thrownRecursing) << "failing at " << call;
     }
 }
 
@@ -191,6 +191,18 @@ TEST(XMLFormatterTreeTest, FailureInACloseTagIsSwallowedAndTheWalkGoesOn)
     writer.FailOnce(12);  // the empty indentation of </b>
     writer.OutputDOMElement(element);
     EXPECT_EQ(writer.pieces.size(), 12u + 1 + 4 + 4);
+}
+
+// A derived class that overrides nothing around whole elements.
+class UpperWriter : public XMLStringFormatter {
+public:
+    void OutputString(const VString& text) override { XMLStringFormatter::OutputString(VString(text.ToQString().toUpper())); }
+};
+
+TEST(XMLFormatterTreeTest, DerivedClassWritesTheSame)
+{
+    const auto tree = SmallTree();
+    EXPECT_EQ(Write<UpperWriter>(*tree), VString(Write<XMLStringFormatter>(*tree).ToQString().toUpper()));
 }
 
 // Brackets every element.
@@ -290,13 +302,12 @@ TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAString)
     EXPECT_TRUE(writer.GetOutput().endsWith("</e></e>"));
 }
 
-// A sink of its own that overrides the operations beside the one that matters.
+// A sink of its own that asks for the walk without a recursion.
 class CountingWriter : public XMLFormatter {
 public:
     CountingWriter() : XMLFormatter("", true) {}
 
-    void OutputAttributes(const AttributeMap& attributes) override { XMLFormatter::OutputAttributes(attributes); }
-    void OutputDOMElements(const DOMElementChildren& elements) override { XMLFormatter::OutputDOMElements(elements); }
+    void OutputDOMElement(const DOMElement& element) override { WriteTree(*this, element, *this); }
     void OutputString(const VString& text) override { units += static_cast<std::size_t>(text.length()); }
 
     std::size_t units = 0;

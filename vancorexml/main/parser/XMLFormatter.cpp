@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <deque>
 #include <stdexcept>
 #include <string_view>
@@ -33,36 +32,6 @@ constexpr int LongContent = 32;
 
 const VString TrueText(u"true");
 const VString FalseText(u"false");
-
-// A writer that overrides nothing that is composed of other operations.
-class PlainFormatter final : public XMLFormatter {
-public:
-    void OutputString(const VString&) override {}
-};
-
-// The code that a virtual call of OutputDOMElement on this writer runs, as its table of
-// virtual operations has it. OutputDOMElement stands behind the destructor and five others.
-const void* OutputDOMElementCode(const XMLFormatter& formatter) noexcept
-{
-#if defined(__GXX_ABI_VERSION)
-    constexpr std::size_t destructorSlots = 2;
-#else
-    constexpr std::size_t destructorSlots = 1;
-#endif
-    const void* const* table;
-    std::memcpy(&table, static_cast<const void*>(&formatter), sizeof table);
-    return table[destructorSlots + 5];
-}
-
-// A class that overrides OutputDOMElement must see the call for every child, and its own
-// code around it, which takes a recursion as deep as the tree. Where nobody would see those
-// calls they are not made. C++ has no question for that, so the tables are compared; where
-// one function has two addresses (a thunk, an import), the answer errs towards recursion.
-bool OverridesOutputDOMElement(const XMLFormatter& formatter)
-{
-    static const void* const plainCode = OutputDOMElementCode(PlainFormatter());
-    return OutputDOMElementCode(formatter) != plainCode;
-}
 
 void WriteLeaf(XMLFormatter& target, const DOMElement& element)
 {
@@ -193,10 +162,6 @@ void XMLFormatter::OutputAttributes(const AttributeMap& attributes)
 
 void XMLFormatter::OutputDOMElement(const DOMElement& element)
 {
-    if (!OverridesOutputDOMElement(*this)) {
-        WriteTree(*this, element, *this);
-        return;
-    }
     if (!element.HasChildren()) {
         WriteLeaf(*this, element);
         return;

@@ -76,9 +76,9 @@ public:
     // Each with a blank before it, sorted by name, the value escaped between apostrophes.
     virtual void OutputAttributes(const AttributeMap& attributes);
     // The element and its subtree; the text of an element that has children comes after
-    // them. Each child goes through this operation again where a derived class overrides
-    // it, on a call stack that grows with the depth; where none does, the stack does not
-    // grow.
+    // them. Each child goes through this operation again, so that a derived class may bracket,
+    // replace or leave out any element, and the call stack grows with the depth. A writer
+    // that does none of this can override it with WriteTree and is safe at any depth.
     virtual void OutputDOMElement(const DOMElement& element);
     virtual void OutputDOMElements(const DOMElementChildren& elements);
     // `verbatim` text is written as it stands, on lines of its own, and followed by the
@@ -130,9 +130,9 @@ public:
     static void FormatDOM(XMLFormatter& formatter, const DOMElement& element, VString* comment, bool header);
 
 protected:
-    // Writes the subtree to `target` with its open, close, content and empty tags, and
-    // without OutputDOMElement. Before the text of an element that has children stands the
-    // indentation of `textIndent`. The call stack does not grow with the depth.
+    // Writes to `target` what OutputDOMElement writes, through the same operations but without
+    // OutputDOMElement for the children, on a call stack that does not grow with the depth.
+    // Before the text of an element that has children stands the indentation of `textIndent`.
     static void WriteTree(XMLFormatter& target, const DOMElement& element, const XMLFormatter& textIndent);
 
 private:
