@@ -1,8 +1,8 @@
 #include "vancoreplatform/VString.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
-#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -43,15 +43,27 @@ constexpr bool IsLowSurrogate(char16_t unit) noexcept
     return (unit & 0xFC00) == 0xDC00;
 }
 
-// So many units at once are looked at, and narrowed, without a loop.
+// So many units at once are looked at and narrowed, by loops of a fixed count over copies:
+// those become vector operations.
 constexpr std::size_t AsciiBlock = 16;
 
-bool IsAsciiBlock(std::u16string_view text, std::size_t position) noexcept
+using UnitBlock = std::array<char16_t, AsciiBlock>;
+
+// False also when less than a block is left.
+bool TakeAsciiBlock(std::u16string_view text, std::size_t position, UnitBlock& block) noexcept
 {
     if (text.size() - position < AsciiBlock) return false;
-    std::uint64_t words[AsciiBlock * sizeof(char16_t) / sizeof(std::uint64_t)];
-    std::memcpy(words, text.data() + position, sizeof words);
-    return ((words[0] | words[1] | words[2] | words[3]) & 0xFF80FF80FF80FF80) == 0;
+    std::memcpy(block.data(), text.data() + position, sizeof block);
+    char16_t all = 0;
+    for (const char16_t unit : block) all |= unit;
+    return all < 0x80;
+}
+
+void WriteAsciiBlock(char* out, const UnitBlock& block) noexcept
+{
+    std::array<char, AsciiBlock> bytes;
+    for (std::size_t i = 0; i < AsciiBlock; ++i) bytes[i] = static_cast<char>(block[i]);
+    std::memcpy(out, bytes.data(), AsciiBlock);
 }
 
 // The code point that begins at `position`, which moves behind it.
@@ -90,6 +102,22 @@ inline char* WriteUtf8(char* out, char32_t codePoint) noexcept
     }
     out[0] = static_cast<char>(leads[length] | codePoint);
     return out + length;
+}
+
+std::size_t CountUtf8(std::u16string_view text) noexcept
+{
+    std::size_t bytes = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        UnitBlock block;
+        if (TakeAsciiBlock(text, position, block)) {
+            position += AsciiBlock;
+            bytes += AsciiBlock;
+        } else {
+            const std::size_t end = std::min(position + AsciiBlock, text.size());
+            while (position < end) bytes += Utf8Length(NextCodePoint(text, position));
+        }
+    }
+    return bytes;
 }
 
 // Qt drops a byte order mark at the start; here it is a character like any other.
@@ -196,28 +224,29 @@ VString VString::join(const std::vector<VString>& parts, const VString& separato
 std::string VString::toStdString() const
 {
     const std::u16string_view text = View();
-    std::size_t bytes = 0;
+    std::string result;
+    result.reserve(CountUtf8(text));
+    // Through a buffer that stays in the cache, so that the result need not be zeroed first.
+    constexpr std::size_t longestBlock = 3 * (AsciiBlock + 1);
+    char buffer[4096];
+    char* const full = buffer + sizeof buffer - longestBlock;
+    char* out = buffer;
     for (std::size_t position = 0; position < text.size();) {
-        if (IsAsciiBlock(text, position)) {
-            position += AsciiBlock;
-            bytes += AsciiBlock;
-            continue;
-        }
-        const std::size_t end = std::min(position + AsciiBlock, text.size());
-        while (position < end) bytes += Utf8Length(NextCodePoint(text, position));
-    }
-    std::string result(bytes, '\0');
-    char* out = result.data();
-    for (std::size_t position = 0; position < text.size();) {
-        if (IsAsciiBlock(text, position)) {
-            for (std::size_t i = 0; i < AsciiBlock; ++i) out[i] = static_cast<char>(text[position + i]);
+        UnitBlock block;
+        if (TakeAsciiBlock(text, position, block)) {
+            WriteAsciiBlock(out, block);
             position += AsciiBlock;
             out += AsciiBlock;
-            continue;
+        } else {
+            const std::size_t end = std::min(position + AsciiBlock, text.size());
+            while (position < end) out = WriteUtf8(out, NextCodePoint(text, position));
         }
-        const std::size_t end = std::min(position + AsciiBlock, text.size());
-        while (position < end) out = WriteUtf8(out, NextCodePoint(text, position));
+        if (out > full) {
+            result.append(buffer, static_cast<std::size_t>(out - buffer));
+            out = buffer;
+        }
     }
+    result.append(buffer, static_cast<std::size_t>(out - buffer));
     return result;
 }
 

@@ -6,9 +6,12 @@
 
 #include <clocale>
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vancoreplatform/CorePlatformUtils.h"
@@ -111,6 +114,39 @@ TEST(VStringTest, EveryCodePointComesBackFromUtf8)
         ASSERT_EQ(QByteArray::fromStdString(utf8), expected.toUtf8()) << static_cast<unsigned>(codePoint);
         ASSERT_EQ(VString::fromStdString(utf8).ToQString(), expected) << static_cast<unsigned>(codePoint);
     }
+}
+
+// Runs of ASCII between other characters, pairs and halves, in `pieces` pieces: the text and
+// its UTF-8.
+std::pair<std::u16string, std::string> RandomRuns(std::mt19937& random, int pieces)
+{
+    const std::pair<std::u16string, std::string> others[] = {
+        {u"\u007F", "\x7F"}, {u"\u0080", "\xC2\x80"}, {u"\u07FF", "\xDF\xBF"}, {u"\u0800", "\xE0\xA0\x80"}, {u"\uFFFD", "\xEF\xBF\xBD"},
+        {u"\U0001F600", "\xF0\x9F\x98\x80"}, {std::u16string(1, LowHalf), "\xEF\xBF\xBD"}, {std::u16string{HighHalf, u'x'}, "\xEF\xBF\xBDx"}};
+    std::pair<std::u16string, std::string> result;
+    for (int piece = 0; piece < pieces; ++piece) {
+        const std::size_t run = random() % 40;
+        const auto& other = others[random() % std::size(others)];
+        result.first.append(run, u'a').append(other.first);
+        result.second.append(run, 'a').append(other.second);
+    }
+    return result;
+}
+
+TEST(VStringTest, RunsOfAsciiBetweenOtherCharactersBecomeUtf8)
+{
+    std::mt19937 random(1);
+    for (int round = 0; round < 5000; ++round) {
+        const auto [units, utf8] = RandomRuns(random, 1 + round % 300);
+        ASSERT_EQ(Units(units).toStdString(), utf8) << "round " << round;
+    }
+}
+
+TEST(VStringTest, LongTextsOfTheLongestCharactersBecomeUtf8)
+{
+    std::string expected;
+    for (int i = 0; i < 10000; ++i) expected += "\xEF\xBF\xBD";
+    EXPECT_EQ(Units(std::u16string(10000, 0xFFFD)).toStdString(), expected);
 }
 
 TEST(VStringTest, PrintsAsUtf8)
