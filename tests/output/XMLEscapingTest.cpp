@@ -102,6 +102,28 @@ TEST_P(XMLEscapingKindTest, RandomTextsAreEncodedAsInThePlainForm)
     }
 }
 
+TEST_P(XMLEscapingKindTest, EveryUnitAmongPlainOnesIsEncodedAsInThePlainForm)
+{
+    const EscapeTable table(GetParam());
+    for (int unit = 0; unit <= 0xFFFF; ++unit) {
+        std::u16string text(19, u'a');
+        text[static_cast<std::size_t>(unit) % text.size()] = static_cast<char16_t>(unit);
+        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam())) << "unit " << unit;
+    }
+}
+
+TEST_P(XMLEscapingKindTest, RandomPlainRunsAreEncodedAsInThePlainForm)
+{
+    const EscapeTable table(GetParam());
+    const std::u16string others = u"&<>'\"\n\x1F\x7F\x80\u00E4\uFFFE" + std::u16string{0xD800, 0xDC00};
+    std::mt19937 random(2);
+    for (int round = 0; round < 50000; ++round) {
+        std::u16string text;
+        for (int run = 0; run < 4; ++run) text.append(random() % 20, u'a').append(1 + random() % 2, others[random() % others.size()]);
+        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam())) << "round " << round;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Kinds, XMLEscapingKindTest, testing::Values(AttributeMapping, ContentMapping, ApostropheMapping));
 
 TEST(XMLEscapingTest, KindsAreNumberedFromZero)

@@ -1,6 +1,7 @@
 #include "vancorexml/main/parser/XMLEscaping.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <stdexcept>
 #include <utility>
 
@@ -36,6 +37,25 @@ constexpr bool IsPairAt(std::u16string_view text, std::size_t position) noexcept
     return (text[position] & 0xFC00) == 0xD800 && position + 1 < text.size() && (text[position + 1] & 0xFC00) == 0xDC00;
 }
 
+// So many units at once are looked at, by a loop of a fixed count that becomes vector
+// operations.
+constexpr std::size_t PlainBlock = 8;
+
+// True when no unit is a control, one of "&'<> or above 0x7F: nothing that any table maps.
+bool IsPlainBlock(const char16_t* block) noexcept
+{
+    std::uint16_t special = 0;
+    for (std::size_t i = 0; i < PlainBlock; ++i) {
+        const std::uint16_t unit = block[i];
+        const bool control = unit < 0x20;
+        const bool quote = unit == u'"';
+        const bool ampersandOrApostrophe = (unit & 0xFFFE) == u'&';
+        const bool lessOrGreater = (unit & 0xFFFD) == u'<';
+        special |= static_cast<std::uint16_t>(control | quote | ampersandOrApostrophe | lessOrGreater | (unit > 0x7F));
+    }
+    return special == 0;
+}
+
 // Finds the places of a text that are escaped, and what stands for them; both passes are
 // made of it, so they agree on every unit.
 template <typename IsValid>
@@ -47,14 +67,20 @@ public:
     std::size_t Find(std::size_t position) const
     {
         while (position < m_text.size()) {
-            const char16_t unit = m_text[position];
-            if (unit <= 0x80) {
-                if (m_table.Maps(unit)) return position;
-            } else if (!m_isValid(unit)) {
-                if (!IsPairAt(m_text, position)) return position;
-                ++position;
+            const std::size_t left = m_text.size() - position;
+            if (left >= PlainBlock && IsPlainBlock(m_text.data() + position)) {
+                position += PlainBlock;
+                continue;
             }
-            ++position;
+            for (const std::size_t end = position + std::min(left, PlainBlock); position < end; ++position) {
+                const char16_t unit = m_text[position];
+                if (unit <= 0x80) {
+                    if (m_table.Maps(unit)) return position;
+                } else if (!m_isValid(unit)) {
+                    if (!IsPairAt(m_text, position)) return position;
+                    ++position;
+                }
+            }
         }
         return position;
     }
@@ -113,7 +139,7 @@ VString Encode(const VString& text, const EscapeTable& table, IsValid isValid)
 
     Writer writer(length);
     std::size_t done = 0;
-    for (std::size_t found = scanner.Find(0); found < source.size(); found = scanner.Find(done)) {
+    for (std::size_t found = first; found < source.size(); found = scanner.Find(done)) {
         writer.Write(source.substr(done, found - done));
         writer.Write(scanner.Replacement(found));
         done = found + 1;
