@@ -57,6 +57,35 @@ TEST(XMLStringFormatterTest, GetOutputIsACopy)
     EXPECT_EQ(before, VString("a"));
 }
 
+TEST(XMLStringFormatterTest, CopiesWriteOnByThemselves)
+{
+    XMLStringFormatter writer;
+    writer.OutputString("abc");
+    writer.OutputString("d");
+    XMLStringFormatter copy(writer);
+    writer.OutputString("x");
+    copy.OutputString("y");
+    EXPECT_EQ(writer.GetOutput(), VString("abcdx"));
+    EXPECT_EQ(copy.GetOutput(), VString("abcdy"));
+}
+
+TEST(XMLStringFormatterTest, OwnOutputCanBeWrittenAgain)
+{
+    XMLStringFormatter writer;
+    writer.OutputString("ab");
+    for (int round = 0; round < 3; ++round) writer.OutputString(writer.GetOutput());
+    EXPECT_EQ(writer.GetOutput(), VString("abababababababab"));
+}
+
+TEST(XMLStringFormatterTest, WhatIsWrittenStaysWithItsOwner)
+{
+    const VString text = "abc";
+    XMLStringFormatter writer;
+    writer.OutputString(text);
+    writer.OutputString("d");
+    EXPECT_EQ(text, VString("abc"));
+}
+
 TEST(XMLStringFormatterTest, TooMuchTextThrows)
 {
     XMLStringFormatter writer;

@@ -16,26 +16,37 @@ void XMLStringFormatter::OutputDOMElement(const DOMElement& element)
 
 void XMLStringFormatter::OutputString(const VString& text)
 {
-    if (m_failure) std::rethrow_exception(m_failure);
-    try {
-        if (text.length() > m_buffer.size() - m_length) MakeRoom(text.length());
-        std::copy(text.begin(), text.end(), reinterpret_cast<char16_t*>(m_buffer.data()) + m_length);
-        m_length += text.length();
-    } catch (...) {
-        m_failure = std::current_exception();
-        throw;
-    }
+    const int length = text.length();
+    if (length == 0) return;
+    if (length > m_buffer.size() - m_length || !m_buffer.isDetached()) return OutputBehindTheRoom(text);
+    std::copy(text.begin(), text.end(), reinterpret_cast<char16_t*>(m_buffer.data()) + m_length);
+    m_length += length;
 }
 
 VString XMLStringFormatter::GetOutput() const
 {
     if (m_failure) std::rethrow_exception(m_failure);
-    m_buffer.resize(m_length);
+    // Not otherwise: a buffer that is shared already would be copied.
+    if (m_buffer.size() > m_length) m_buffer.resize(m_length);
     return VString(m_buffer);
 }
 
-void XMLStringFormatter::MakeRoom(int length)
+void XMLStringFormatter::OutputBehindTheRoom(const VString& text)
 {
-    if (length > VString::MaxLength - m_length) throw std::length_error("XMLStringFormatter: the text is too long");
-    m_buffer.resize(m_length + std::max(length, std::min(m_length, VString::MaxLength - m_length)));
+    if (m_failure) std::rethrow_exception(m_failure);
+    try {
+        if (m_length == 0) {
+            m_buffer = text.ToQString();
+        } else {
+            if (text.length() > VString::MaxLength - m_length) throw std::length_error("XMLStringFormatter: the text is too long");
+            m_buffer.resize(m_length + std::max(text.length(), std::min(m_length, VString::MaxLength - m_length)));
+            std::copy(text.begin(), text.end(), reinterpret_cast<char16_t*>(m_buffer.data()) + m_length);
+        }
+        m_length += text.length();
+    } catch (...) {
+        m_failure = std::current_exception();
+        // Without room everything comes here, and fails again.
+        m_buffer.truncate(m_length);
+        throw;
+    }
 }

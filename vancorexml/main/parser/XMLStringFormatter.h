@@ -10,7 +10,7 @@
 // Collects what is written in memory.
 //
 // A text that outgrows a VString makes the operation throw std::length_error. Because the
-// closing of an element swallows exceptions, the first failure is kept: everything written
+// closing of an element swallows exceptions, the first failure is kept: every text written
 // later, and GetOutput, throw it again, so that a cut text is never taken for a whole one.
 //
 // Ownership and threads: as XMLFormatter.
@@ -27,7 +27,8 @@ public:
     virtual VString GetOutput() const;
 
 private:
-    void MakeRoom(int length);
+    // The slow half of OutputString, which may fail: at least doubles the buffer.
+    void OutputBehindTheRoom(const VString& text);
 
     // What is written, and room behind it; GetOutput gives it away without a copy.
     mutable QString m_buffer;
