@@ -32,7 +32,7 @@ public:
     using value_type = char16_t;
     using const_iterator = const char16_t*;
 
-    // The largest number of code units a string can hold (a little over 2^30 - 32).
+    // The largest number of code units a string can hold (2^30 - 32).
     static constexpr int MaxLength = 0x3FFFFFE0;
 
     VString() noexcept = default;

@@ -57,8 +57,9 @@ public:
     bool operator!=(const DOM& other) const { return *m_root != *other.m_root; }
 
     // Makes this document a copy of `other`: tree, diagnostics, renames and flags, in this
-    // order. A copy of itself only clears its diagnostics. When memory runs out this
-    // document has lost its diagnostics, and what was not reached yet is as it was. Linear.
+    // order; like every copy of elements without the marks of encoded texts. A copy of itself
+    // only clears its diagnostics. When memory runs out this document has lost its diagnostics,
+    // and what was not reached yet is as it was. Linear.
     void DeepCopy(const DOM& other);
 
     bool GetRestrictExternalPaths() const;

@@ -19,7 +19,7 @@ struct DOMParserStatistics {
 };
 
 // Turns XML text into a DOM. A parse always returns a document: faults in the XML are the
-// errors of its root element, and what was built before the fault is in the tree. A parse
+// errors of the document (of DOM::GetRoot()), and what was built before the fault is in the tree. A parse
 // never depends on those before it.
 //
 // Ownership: the caller owns the documents. The parser keeps what is costly to make and is
@@ -37,7 +37,9 @@ public:
     DOMParser(const DOMParser&) = delete;
     DOMParser& operator=(const DOMParser&) = delete;
 
-    // Elements get the positions just behind their start and end tags. Off at first.
+    // Elements get the positions just behind their start and end tags, counted in the text that
+    // is parsed: without skipped white space, with the declaration that a name beginning with a
+    // colon calls for. Off at first.
     void SetEnableLineNumbersOnElements(bool enable);
     bool GetEnableLineNumbersOnElements() const;
     // Given to each document, which keeps it for those who load what it refers to. Off at first.
@@ -46,8 +48,9 @@ public:
     // Called once after each parse; an empty function calls nobody.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
-    // Every later parse validates against this schema. Its id must not be empty: the next
-    // parse raises a LogicException otherwise.
+    // Every later parse validates against this schema, which is not null. Its id must not be
+    // empty, and the id of a resource must be known: the next parse raises a LogicException
+    // otherwise.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
 

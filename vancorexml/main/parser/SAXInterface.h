@@ -6,7 +6,8 @@
 #include "vancorexml/main/parser/XMLExport.h"
 
 // Receives the elements and texts of a document in document order. An exception thrown from
-// a callback ends the parse and is recorded as its error.
+// a callback ends the parse and is recorded as an error, by its own message only when it is an
+// XMLParseException or one of Xerces, else as "Unexpected exception".
 //
 // Ownership: shared between the parser and whoever takes the result from it.
 //

@@ -45,7 +45,8 @@ public:
     Result ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
     // Throws VIO::Exception when the file cannot be read or decoded.
     Result ParseXmlFile(const VString& fileName) const;
-    // White space before the document is skipped; byte strings are UTF-8, null is the empty text.
+    // White space before the document is skipped. Byte strings are UTF-8 whatever they declare
+    // (what is not becomes U+FFFD); null is the empty text.
     Result ParseXmlString(const VString& text, VString id) const;
     Result ParseXmlString(const std::string& utf8, VString id) const;
     Result ParseXmlString(const char* utf8, VString id) const;

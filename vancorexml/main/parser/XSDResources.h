@@ -20,7 +20,8 @@ namespace XSDResources {
 VANCOREXML_API const VersionNumber& GetCurrentVersion();
 
 // The name of the schema's resource; empty when there is no schema for the type in that
-// version. Only major and minor count. Raises a LogicException when the current schema of a
+// version. Of an older version only major and minor count; the current one is 18.1 (and 18.1.0)
+// alone. Raises a LogicException when the current schema of a
 // type that has schemas is missing.
 VANCOREXML_API VString GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version);
 
