@@ -58,7 +58,7 @@ def read(path):
 
 
 def spread(values):
-    if len(values) < 4:
+    if len(values) < 2:
         return 0.0
     quarters = statistics.quantiles(values, n=4)
     return (quarters[2] - quarters[0]) / 2 / statistics.median(values)
@@ -141,7 +141,7 @@ def command(*words):
         return "unknown"
 
 
-def setting():
+def setting(repetitions):
     cpu = next((line.split(":", 1)[1].strip() for line in open("/proc/cpuinfo", encoding="utf-8") if line.startswith("model name")), "unknown")
     versions = command("dpkg-query", "-W", "-f", "${Package} ${Version}, ", "libxerces-c-dev", "qtbase5-dev", "libxml2-dev", "libtinyxml2-dev", "libpugixml-dev", "libbenchmark-dev")
     corpora = command("dpkg-query", "-W", "-f", "${Package} ${Version}, ", "ssg-debian", "shared-mime-info", "libvulkan-dev", "unicode-cldr-core")
@@ -151,7 +151,7 @@ def setting():
         f"- compiler: {command('c++', '--version').splitlines()[0]}; flags: -O3 -DNDEBUG (CMake's Release)",
         f"- peers: {versions.rstrip(', ')}",
         f"- documents: {corpora.rstrip(', ')}",
-        "- command: `scripts/bench`",
+        f"- command: `scripts/bench`, {repetitions} repetitions",
     ]
 
 
@@ -210,7 +210,7 @@ def main():
         "empty handler and the same features, is the floor. Every peer's answer is checked before it is",
         "timed. Written by `scripts/bench`; the numbers are of one run.",
         "",
-    ] + setting() + ["", "![Bytes to tree](performance.svg)", ""]
+    ] + setting(max(len(times) for times in samples.values())) + ["", "![Bytes to tree](performance.svg)", ""]
     with open(sys.argv[2], "w", encoding="utf-8") as page:
         page.write("\n".join(intro + lines))
 
