@@ -49,6 +49,12 @@ function(vancorexml_add_module name macro)
     vancorexml_target_settings(${name})
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     target_compile_features(${name} PUBLIC cxx_std_20)
+    # A call within a library is one to the function that is there, for the compiler to inline,
+    # and not to whatever another library may have put in its place; a call out of it goes
+    # straight there.
+    if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+        target_compile_options(${name} PRIVATE -fno-semantic-interposition -fno-plt)
+    endif()
     target_compile_definitions(${name} PRIVATE ${macro}_BUILD QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
     target_include_directories(${name} PUBLIC
         "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
