@@ -1,5 +1,6 @@
 #include "vancoreplatform/Encoding.h"
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -56,6 +57,12 @@ std::size_t SkipAscii(const unsigned char* bytes, std::size_t position, std::siz
         std::memcpy(words, bytes + position, sizeof words);
         if (((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080) != 0) break;
         position += sizeof words;
+    }
+    while (length - position >= sizeof words[0]) {
+        std::memcpy(words, bytes + position, sizeof words[0]);
+        const std::uint64_t high = words[0] & 0x8080808080808080;
+        if (high != 0) return position + static_cast<std::size_t>(std::endian::native == std::endian::little ? std::countr_zero(high) : std::countl_zero(high)) / 8;
+        position += sizeof words[0];
     }
     while (position < length && bytes[position] < 0x80) ++position;
     return position;

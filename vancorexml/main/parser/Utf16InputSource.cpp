@@ -43,24 +43,46 @@ private:
         toFill += sizeof unit;
     }
 
-    // Bytes of ASCII from here on, a block at once while there is a whole one.
+    // Bytes of ASCII from here on, a block at once while there is a whole one, then a word with
+    // what stands behind them, which is overwritten.
     void PutAscii(XMLByte*& toFill, const XMLByte* end) noexcept
     {
-        constexpr std::ptrdiff_t Block = 16;
-        while (m_end - m_next >= Block && end - toFill >= Block * std::ptrdiff_t{sizeof(XMLCh)}) {
-            std::uint64_t words[2];
+        constexpr std::uint64_t HighBits = 0x8080808080808080;
+        std::uint64_t words[2];
+        while (HasRoom(toFill, end, sizeof words)) {
             std::memcpy(words, m_next, sizeof words);
-            if (((words[0] | words[1]) & 0x8080808080808080) != 0)
+            if (((words[0] | words[1]) & HighBits) != 0)
                 break;
-            XMLCh units[Block];
-            for (std::ptrdiff_t i = 0; i < Block; ++i)
-                units[i] = m_next[i];
-            std::memcpy(toFill, units, sizeof units);
-            m_next += Block;
-            toFill += sizeof units;
+            Widen<sizeof words>(toFill);
+            m_next += sizeof words;
+            toFill += sizeof words * sizeof(XMLCh);
+        }
+        while (HasRoom(toFill, end, sizeof words[0])) {
+            std::memcpy(words, m_next, sizeof words[0]);
+            const std::uint64_t high = words[0] & HighBits;
+            Widen<sizeof words[0]>(toFill);
+            const int count = (std::endian::native == std::endian::little ? std::countr_zero(high) : std::countl_zero(high)) / 8;
+            m_next += count;
+            toFill += static_cast<std::size_t>(count) * sizeof(XMLCh);
+            if (high != 0)
+                return;
         }
         while (m_next != m_end && *m_next < 0x80 && toFill != end)
             Put(toFill, *m_next++);
+    }
+
+    bool HasRoom(const XMLByte* toFill, const XMLByte* end, std::size_t count) const noexcept
+    {
+        return static_cast<std::size_t>(m_end - m_next) >= count && static_cast<std::size_t>(end - toFill) >= count * sizeof(XMLCh);
+    }
+
+    template <std::size_t Count>
+    void Widen(XMLByte* toFill) const noexcept
+    {
+        XMLCh units[Count];
+        for (std::size_t i = 0; i < Count; ++i)
+            units[i] = m_next[i];
+        std::memcpy(toFill, units, sizeof units);
     }
 
     // One character of two to four bytes; when there is room for the first half of a
