@@ -260,7 +260,7 @@ TEST(AllocationFaultTest, AttributesThatFailAreAsTheyWere)
 {
     const auto make = [] { return std::make_unique<AttributeMap>(AttributeMap{{"a", "1"}, {"b", "2"}}); };
     const auto check = [](AttributeMap& map) { EXPECT_EQ(map, (AttributeMap{{"a", "1"}, {"b", "2"}})); };
-    const AttributeMap other{{"x", "1"}};
+    const AttributeMap other{{"x", "1"}, {"y", "2"}};
     EXPECT_EQ(FailEach(make, [](AttributeMap& map) { map.insert_or_assign("c", "3"); }, check), 1);
     EXPECT_EQ(FailEach(make, [&other](AttributeMap& map) { map = other; }, check), 1);
     EXPECT_EQ(FailEach(make, [](AttributeMap& map) { map.reserve(40); }, check), 1);

@@ -284,6 +284,43 @@ TEST(AttributeMapTest, ClearAndSwap)
     EXPECT_EQ(other.size(), 1u);
 }
 
+// One attribute is kept in the map itself, more of them outside.
+TEST(AttributeMapTest, MovesAndSwapsBetweenAllSmallSizes)
+{
+    for (int a = 0; a <= 3; ++a) {
+        for (int b = 0; b <= 3; ++b) {
+            AttributeMap first = MapOf(a);
+            AttributeMap second = MapOf(b);
+            first.swap(second);
+            EXPECT_EQ(first, MapOf(b)) << a << ' ' << b;
+            EXPECT_EQ(second, MapOf(a)) << a << ' ' << b;
+            first = std::move(second);
+            EXPECT_EQ(first, MapOf(a)) << a << ' ' << b;
+            EXPECT_TRUE(second.empty());
+            second["late"] = "1";
+            EXPECT_EQ(second, (AttributeMap{{"late", "1"}}));
+        }
+    }
+    AttributeMap one = MapOf(1);
+    AttributeMap& alias = one;
+    one.swap(alias);
+    one = std::move(alias);
+    EXPECT_EQ(one, MapOf(1));
+}
+
+TEST(AttributeMapTest, TheOnlyEntryIsErasedAndPutAgain)
+{
+    AttributeMap map{{"a", "1"}};
+    const AttributeMap::iterator next = map.erase(map.begin());
+    EXPECT_EQ(next, map.end());
+    EXPECT_TRUE(map.empty());
+    EXPECT_EQ(map.begin(), map.end());
+    map["b"] = "2";
+    map.clear();
+    map["c"] = "3";
+    EXPECT_EQ(map, (AttributeMap{{"c", "3"}}));
+}
+
 TEST(AttributeMapTest, ComparisonIgnoresOrderAndCapacity)
 {
     AttributeMap a{{"x", "1"}, {"y", "2"}};

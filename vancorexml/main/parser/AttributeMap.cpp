@@ -86,6 +86,17 @@ void MoveEntry(Entry* target, Entry& source) noexcept
     source.~Entry();
 }
 
+Entry* AllocateBlock(std::size_t capacity)
+{
+    if (capacity > MaxCapacity)
+        throw std::length_error("AttributeMap");
+    const std::size_t slots = SlotCount(capacity);
+    auto* const block = static_cast<Entry*>(::operator new(capacity * sizeof(Entry) + slots * sizeof(std::uint32_t)));
+    if (slots != 0)
+        Index(block, capacity).Clear();
+    return block;
+}
+
 }  // namespace
 
 AttributeMap::AttributeMap(std::initializer_list<value_type> entries)
@@ -98,15 +109,9 @@ AttributeMap::AttributeMap(std::initializer_list<value_type> entries)
 
 AttributeMap::AttributeMap(const AttributeMap& other)
 {
-    if (other.empty())
-        return;
-    m_block = Allocate(other.size());
-    for (const value_type& entry : other) {
-        new (m_block->Entries() + m_block->size) value_type(entry);
-        if (m_block->capacity > ScanLimit)
-            Index(m_block->Entries(), m_block->capacity).Insert(entry.first, m_block->size);
-        ++m_block->size;
-    }
+    reserve(other.size());
+    for (const value_type& entry : other)
+        Append(entry.first, VString(entry.second));
 }
 
 AttributeMap& AttributeMap::operator=(const AttributeMap& other)
@@ -122,18 +127,33 @@ AttributeMap& AttributeMap::operator=(AttributeMap&& other) noexcept
 {
     if (this != &other) {
         clear();
-        swap(other);
+        Take(other);
     }
     return *this;
 }
 
+void AttributeMap::Take(AttributeMap& other) noexcept
+{
+    if (other.IsInBlock())
+        m_block = other.m_block;
+    else if (other.m_size != 0)
+        MoveEntry(&m_entry, other.m_entry);
+    m_size = std::exchange(other.m_size, 0);
+    m_capacity = std::exchange(other.m_capacity, 1);
+}
+
+void AttributeMap::swap(AttributeMap& other) noexcept
+{
+    AttributeMap taken(std::move(other));
+    other.Take(*this);
+    Take(taken);
+}
+
 AttributeMap::const_iterator AttributeMap::find(const VString& name) const noexcept
 {
-    if (!m_block)
-        return nullptr;
-    if (m_block->capacity <= ScanLimit)
+    if (m_capacity <= ScanLimit)
         return std::find_if(begin(), end(), [&](const value_type& entry) { return entry.first == name; });
-    const Index index(m_block->Entries(), m_block->capacity);
+    const Index index(m_block, m_capacity);
     const std::size_t slot = index.Find(name);
     return index.IsFree(slot) ? end() : begin() + index.Position(slot);
 }
@@ -153,7 +173,7 @@ const VString& AttributeMap::at(const VString& name) const
 
 void AttributeMap::reserve(size_type count)
 {
-    if (count > (m_block ? m_block->capacity : 0))
+    if (count > m_capacity)
         Grow(count);
 }
 
@@ -162,19 +182,19 @@ std::pair<AttributeMap::iterator, bool> AttributeMap::try_emplace(const VString&
     const iterator found = find(name);
     if (found != end())
         return {found, false};
-    if (m_block && m_block->size != m_block->capacity)
+    if (m_size != m_capacity)
         return {Append(name, std::move(value)), true};
-    const VString key(name);  // `name` may be an entry of the block that growing gives back
-    Grow(2 * size() + 1);     // with the head, exactly what an allocator's classes hold
+    const VString key(name);  // `name` may be an entry, which growing moves
+    Grow(2 * size() + 1);
     return {Append(key, std::move(value)), true};
 }
 
 AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value) noexcept
 {
     const iterator position = new (end()) value_type(name, std::move(value));
-    if (m_block->capacity > ScanLimit)
-        Index(m_block->Entries(), m_block->capacity).Insert(name, m_block->size);
-    ++m_block->size;
+    if (m_capacity > ScanLimit)
+        Index(m_block, m_capacity).Insert(name, m_size);
+    ++m_size;
     return position;
 }
 
@@ -200,8 +220,8 @@ AttributeMap::iterator AttributeMap::erase(const_iterator position)
 {
     value_type* const entry = begin() + (position - cbegin());
     value_type* const last = end() - 1;
-    if (m_block->capacity > ScanLimit) {
-        Index index(m_block->Entries(), m_block->capacity);
+    if (m_capacity > ScanLimit) {
+        Index index(m_block, m_capacity);
         index.Remove(index.Find(entry->first));
         if (entry != last)
             index.Set(index.Find(last->first), static_cast<std::size_t>(entry - begin()));
@@ -209,7 +229,7 @@ AttributeMap::iterator AttributeMap::erase(const_iterator position)
     entry->~value_type();
     if (entry != last)
         MoveEntry(entry, *last);
-    --m_block->size;
+    --m_size;
     return entry;
 }
 
@@ -221,45 +241,30 @@ AttributeMap::iterator AttributeMap::erase(const_iterator first, const_iterator 
     return begin() + (first - cbegin());
 }
 
-void AttributeMap::clear() noexcept
-{
-    if (m_block)
-        Release();
-    m_block = nullptr;
-}
-
-AttributeMap::Block* AttributeMap::Allocate(size_type capacity)
-{
-    if (capacity > MaxCapacity)
-        throw std::length_error("AttributeMap");
-    const std::size_t slots = SlotCount(capacity);
-    void* const memory = ::operator new(sizeof(Block) + capacity * sizeof(value_type) + slots * sizeof(std::uint32_t));
-    Block* const block = new (memory) Block{0, static_cast<std::uint32_t>(capacity)};
-    if (slots != 0)
-        Index(block->Entries(), capacity).Clear();
-    return block;
-}
-
 void AttributeMap::Release() noexcept
 {
     for (value_type& entry : *this)
         entry.~value_type();
-    ::operator delete(m_block);
+    if (IsInBlock())
+        ::operator delete(m_block);
+    m_size = 0;
+    m_capacity = 1;
 }
 
 void AttributeMap::Grow(size_type capacity)
 {
-    Block* const grown = Allocate(capacity);
+    value_type* const grown = AllocateBlock(capacity);
+    value_type* target = grown;
     for (value_type& entry : *this) {
-        value_type* const target = grown->Entries() + grown->size;
         MoveEntry(target, entry);
         if (capacity > ScanLimit)
-            Index(grown->Entries(), capacity).Insert(target->first, grown->size);
-        ++grown->size;
+            Index(grown, capacity).Insert(target->first, static_cast<std::size_t>(target - grown));
+        ++target;
     }
-    if (m_block)
+    if (IsInBlock())
         ::operator delete(m_block);
     m_block = grown;
+    m_capacity = static_cast<std::uint32_t>(capacity);
 }
 
 bool operator==(const AttributeMap& a, const AttributeMap& b) noexcept

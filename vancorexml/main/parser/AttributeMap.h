@@ -10,12 +10,12 @@
 #include "vancorexml/main/parser/XMLExport.h"
 
 // The attributes of an element: an unordered map from name to value with the interface of
-// the standard's, kept in one flat block, because an element has few attributes and a
-// document many elements.
+// the standard's, kept flat, because an element has few attributes and a document many
+// elements: one attribute within the map itself, more of them in one block.
 //
 // Ownership: a value. The order of iteration carries no meaning and changes with an erase.
-// Unlike the standard's map, anything that inserts or erases invalidates all iterators,
-// pointers and references into the map.
+// Unlike the standard's map, anything that inserts, erases, moves or swaps invalidates all
+// iterators, pointers and references into the map.
 //
 // Threads: one writer or many readers.
 //
@@ -36,23 +36,24 @@ public:
     using iterator = value_type*;
     using const_iterator = const value_type*;
 
-    AttributeMap() noexcept = default;
+    AttributeMap() noexcept {}
     // Of equal names the first stays.
     AttributeMap(std::initializer_list<value_type> entries);
     template <typename Iterator>
     AttributeMap(Iterator first, Iterator last) : AttributeMap() { insert(first, last); }
     AttributeMap(const AttributeMap& other);
-    AttributeMap(AttributeMap&& other) noexcept : m_block(std::exchange(other.m_block, nullptr)) {}
+    // Leaves `other` empty.
+    AttributeMap(AttributeMap&& other) noexcept { Take(other); }
     AttributeMap& operator=(const AttributeMap& other);
     // Nothing when `other` is this map; else `other` is left empty.
     AttributeMap& operator=(AttributeMap&& other) noexcept;
-    ~AttributeMap() { if (m_block) Release(); }
+    ~AttributeMap() { clear(); }
 
-    size_type size() const noexcept { return m_block ? m_block->size : 0; }
-    bool empty() const noexcept { return size() == 0; }
-    iterator begin() noexcept { return m_block ? m_block->Entries() : nullptr; }
+    size_type size() const noexcept { return m_size; }
+    bool empty() const noexcept { return m_size == 0; }
+    iterator begin() noexcept { return IsInBlock() ? m_block : &m_entry; }
     iterator end() noexcept { return begin() + size(); }
-    const_iterator begin() const noexcept { return m_block ? m_block->Entries() : nullptr; }
+    const_iterator begin() const noexcept { return IsInBlock() ? m_block : &m_entry; }
     const_iterator end() const noexcept { return begin() + size(); }
     const_iterator cbegin() const noexcept { return begin(); }
     const_iterator cend() const noexcept { return end(); }
@@ -89,8 +90,8 @@ public:
     // The position now holds an entry not yet seen by a walk from the front, or is the end.
     iterator erase(const_iterator position);
     iterator erase(const_iterator first, const_iterator last);
-    void clear() noexcept;
-    void swap(AttributeMap& other) noexcept { std::swap(m_block, other.m_block); }
+    void clear() noexcept { if (m_size != 0 || IsInBlock()) Release(); }
+    void swap(AttributeMap& other) noexcept;
 
     friend void swap(AttributeMap& a, AttributeMap& b) noexcept { a.swap(b); }
     // The same names with equal values.
@@ -98,21 +99,21 @@ public:
     friend bool operator!=(const AttributeMap& a, const AttributeMap& b) noexcept { return !(a == b); }
 
 private:
-    // One allocation: this head, `capacity` entries, and behind them, when the capacity is
-    // above what a scan serves, the slots of the hash index.
-    struct alignas(8) Block {
-        std::uint32_t size;
-        std::uint32_t capacity;
-
-        value_type* Entries() noexcept { return reinterpret_cast<value_type*>(this + 1); }
-        const value_type* Entries() const noexcept { return reinterpret_cast<const value_type*>(this + 1); }
-    };
-
-    static Block* Allocate(size_type capacity);
+    bool IsInBlock() const noexcept { return m_capacity > 1; }
+    // For an empty map without a block; leaves `other` like that.
+    void Take(AttributeMap& other) noexcept;
+    // Back to an empty map without a block.
     void Release() noexcept;
     void Grow(size_type capacity);
     // For a name that is not there, while there is room.
     iterator Append(const VString& name, VString&& value) noexcept;
 
-    Block* m_block = nullptr;
+    std::uint32_t m_size = 0;
+    std::uint32_t m_capacity = 1;
+    union {
+        value_type m_entry;    // the only one, while the capacity is 1
+        // Else that many entries and behind them, when the capacity is above what a scan
+        // serves, the slots of the hash index.
+        value_type* m_block;
+    };
 };
