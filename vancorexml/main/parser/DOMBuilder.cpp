@@ -9,17 +9,17 @@ DOMBuilder::DOMBuilder(DOM& document, bool keepBlankText) : m_stack{&document.Ge
 
 DOMBuilder::~DOMBuilder() = default;
 
-void DOMBuilder::TakeElement(const VString& name, AttributeMap&& attributes)
+AttributeMap& DOMBuilder::TakeElement(const VString& name)
 {
     DOMElement& element = m_stack.back()->AddNewChild(name, nullptr);
     m_stack.push_back(&element);
-    element.SetAttributes(std::move(attributes));
     if (m_locationProvider) {
         int line = 0;
         int column = 0;
         m_locationProvider->GetCurrentLocation(line, column);
         element.SetElementStartLocation(line, column);
     }
+    return element.GetAttributes();
 }
 
 bool DOMBuilder::WantsText(std::u16string_view text) const noexcept

@@ -22,10 +22,10 @@ public:
     // Elements get the positions that the provider gives when they start and end.
     void SetLocationProvider(SAXFileLocation& provider) noexcept { m_locationProvider = &provider; }
 
-    void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name, AttributeMap(attributes)); }
+    void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name) = attributes; }
     bool WantsText(std::u16string_view text) const noexcept override;
     void TakeText(VString&& text) override;
-    void TakeElement(const VString& name, AttributeMap&& attributes) override;
+    AttributeMap& TakeElement(const VString& name) override;
     void EndElement() override;
     void Characters(const VString& text) override;
 

@@ -11,9 +11,9 @@
 #include "vancoreplatform/VString.h"
 
 // Remembers the strings that were made for texts, each in the one slot that the hash of its
-// text names, until another text takes that slot. So a text is not always made once only, but
-// a lookup looks at one slot whatever the texts are, and nobody can choose them to collide
-// at a cost.
+// text names: the text that came there twice in a row, other than the one it has. So a text is
+// not always made once only, but a lookup looks at one slot whatever the texts are, nobody can
+// choose them to collide at a cost, and texts that come once do not drive out the others.
 //
 // Ownership: owns its strings, which share their buffers with the copies given out. Has at
 // most `limit` slots, fewer for as long as few texts come.
@@ -24,27 +24,24 @@ public:
     // `limit` is a power of two, at least 64.
     explicit SharedTexts(std::size_t limit) : m_limit(limit) {}
 
-    // The string for the key, which `make` makes when the key is not there. The reference
-    // is valid until the next call.
-    template <typename Make>
-    const VString& Get(std::u16string_view key, Make&& make)
+    VString Get(std::u16string_view text)
     {
-        const std::uint64_t hash = Hash(key);
-        Slot* slot = Find(hash);
-        if (slot && IsSame(slot->key.View(), key))
-            return slot->text;
+        const Word hash = Hash(text);
+        const auto tag = static_cast<std::uint32_t>(hash >> 32);
+        if (!m_slots.empty()) {
+            const Slot& slot = Find(hash);
+            if (slot.tag == tag && IsSame(slot.text.View(), text))
+                return slot.text;
+        }
         if (2 * m_misses++ >= m_slots.size() && m_slots.size() < m_limit)
             Grow();
-        slot = Find(hash);
-        slot->text = make();
-        slot->key = IsSame(slot->text.View(), key) ? slot->text : VString(key.data(), key.size());
-        return slot->text;
-    }
-
-    // The string that is the key itself.
-    const VString& Get(std::u16string_view key)
-    {
-        return Get(key, [key] { return VString(key.data(), key.size()); });
+        VString made(text.data(), text.size());
+        Slot& slot = Find(hash);
+        if (std::exchange(slot.candidate, tag) == tag) {
+            slot.tag = tag;
+            slot.text = made;
+        }
+        return made;
     }
 
     void Clear()
@@ -54,51 +51,75 @@ public:
     }
 
 private:
-    // In an empty slot both texts are empty.
+    using Word = std::uint64_t;
+    static constexpr std::size_t UnitsInWord = sizeof(Word) / sizeof(char16_t);
+
     struct Slot {
-        VString key;
+        // Of the text, and of the one that was looked for last and not found; parts of the
+        // hash that do not choose the slot.
+        std::uint32_t tag = 0;
+        std::uint32_t candidate = 0;
         VString text;
     };
 
+    static Word ReadWord(const char16_t* units) noexcept
+    {
+        Word word;
+        std::memcpy(&word, units, sizeof word);
+        return word;
+    }
+
+    // Of one to three units, all.
+    static Word ReadFew(std::u16string_view text) noexcept
+    {
+        return Word{text.front()} | Word{text[text.size() / 2]} << 16 | Word{text.back()} << 32;
+    }
+
+    // Short texts are most of them; a call for each would cost more than the comparison.
     static bool IsSame(std::u16string_view a, std::u16string_view b) noexcept
     {
-        return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+        const std::size_t size = a.size();
+        if (size != b.size())
+            return false;
+        if (size < UnitsInWord)
+            return size == 0 || ReadFew(a) == ReadFew(b);
+        for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord)
+            if (ReadWord(a.data() + position) != ReadWord(b.data() + position))
+                return false;
+        // May overlap the one before.
+        return ReadWord(a.data() + size - UnitsInWord) == ReadWord(b.data() + size - UnitsInWord);
     }
 
-    static std::uint64_t Hash(std::u16string_view key) noexcept
+    static Word Mix(Word hash, Word word) noexcept
     {
         // The golden ratio: an odd factor that spreads every bit upwards.
-        constexpr std::uint64_t Factor = 0x9E3779B97F4A7C15;
-        constexpr std::size_t UnitsInWord = sizeof(std::uint64_t) / sizeof(char16_t);
-        std::uint64_t hash = key.size();
-        if (key.size() < UnitsInWord) {
-            for (const char16_t unit : key)
-                hash = (hash << 16) + unit;
-            return hash * Factor;
-        }
-        // The last word may overlap the one before.
-        for (std::size_t position = 0;; position += UnitsInWord) {
-            const bool isLast = position + UnitsInWord >= key.size();
-            std::uint64_t word;
-            std::memcpy(&word, key.data() + (isLast ? key.size() - UnitsInWord : position), sizeof word);
-            hash = (hash ^ word) * Factor;
-            hash ^= hash >> 32;
-            if (isLast)
-                return hash * Factor;
-        }
+        constexpr Word Factor = 0x9E3779B97F4A7C15;
+        hash = (hash ^ word) * Factor;
+        return hash ^ hash >> 32;
     }
 
-    Slot* Find(std::uint64_t hash) noexcept
+    static Word Hash(std::u16string_view text) noexcept
     {
-        // The upper bits are the ones that every unit has reached.
-        return m_slots.empty() ? nullptr : &m_slots[(hash >> 32) & (m_slots.size() - 1)];
+        const std::size_t size = text.size();
+        Word hash = size;
+        if (size < UnitsInWord) {
+            hash = size == 0 ? hash : Mix(hash, ReadFew(text));
+        } else {
+            for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord)
+                hash = Mix(hash, ReadWord(text.data() + position));
+            hash = Mix(hash, ReadWord(text.data() + size - UnitsInWord));
+        }
+        return Mix(hash, 0);  // the last unit has reached the upper bits only
     }
+
+    Slot& Find(Word hash) noexcept { return m_slots[hash & (m_slots.size() - 1)]; }
 
     void Grow()
     {
         std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(m_slots.empty() ? 64 : 2 * m_slots.size()));
         for (Slot& slot : old)
-            *Find(Hash(slot.key.View())) = std::move(slot);
+            if (!slot.text.IsEmpty())
+                Find(Hash(slot.text.View())) = std::move(slot);
     }
 
     std::size_t m_limit;

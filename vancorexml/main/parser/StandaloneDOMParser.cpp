@@ -18,14 +18,14 @@ class StandaloneDOMBuilder final : public SAXInterface, public ElementTaker {
 public:
     explicit StandaloneDOMBuilder(bool keepWhitespaceText) : m_root(std::make_unique<StandaloneDOMElement>("Document")), m_open{m_root.get()}, m_keepWhitespaceText(keepWhitespaceText) {}
 
-    void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name, AttributeMap(attributes)); }
+    void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name) = attributes; }
 
-    void TakeElement(const VString& name, AttributeMap&& attributes) override
+    AttributeMap& TakeElement(const VString& name) override
     {
         auto element = std::make_unique<StandaloneDOMElement>(name);
-        element->SetAttributes(std::move(attributes));
         m_open.push_back(element.get());
         m_open[m_open.size() - 2]->AppendChild(std::move(element));
+        return m_open.back()->GetAttributes();
     }
 
     void TakeText(VString&& text) override { m_open.back()->AppendText(text); }

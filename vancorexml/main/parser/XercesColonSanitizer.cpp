@@ -195,8 +195,13 @@ std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_pt
 
 VString XercesColonSanitizer::RestoreName(const VString& qualifiedName)
 {
-    const std::u16string_view name = qualifiedName.View();
-    if (name.substr(0, RestoredPrefix.size()) == RestoredPrefix) return VString(":") + qualifiedName.mid(static_cast<int>(RestoredPrefix.size()));
-    if (name.substr(0, RestoredDeclaration.size()) == RestoredDeclaration) return VString();
+    const std::u16string_view name = RestoreNameView(qualifiedName.View());
+    return name.size() == qualifiedName.View().size() ? qualifiedName : VString(name.data(), name.size());
+}
+
+std::u16string_view XercesColonSanitizer::RestoreNameView(std::u16string_view qualifiedName) noexcept
+{
+    if (qualifiedName.starts_with(RestoredPrefix)) return qualifiedName.substr(RestoredPrefix.size() - 1);
+    if (qualifiedName.starts_with(RestoredDeclaration)) return {};
     return qualifiedName;
 }

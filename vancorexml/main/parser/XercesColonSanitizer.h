@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
@@ -26,5 +27,7 @@ VANCOREXML_API std::shared_ptr<std::string> Sanitize(const std::shared_ptr<std::
 // The name as it stood in the document; empty for the declaration of the prefix itself, which
 // is no attribute of the document.
 VANCOREXML_API VString RestoreName(const VString& qualifiedName);
+// The same as a part of the name given.
+VANCOREXML_API std::u16string_view RestoreNameView(std::u16string_view qualifiedName) noexcept;
 
 }  // namespace XercesColonSanitizer

@@ -23,8 +23,6 @@ static_assert(std::is_same_v<XMLCh, char16_t>, "VString and Xerces hold the same
 
 namespace {
 
-// More names than most vocabularies have.
-constexpr std::size_t NameLimit = 1 << 11;
 // Values and white space repeat within a stretch of a document, and only short ones do.
 constexpr std::size_t ShortTextLimit = 1 << 10;
 constexpr std::size_t ShortTextLength = 12;
@@ -48,7 +46,7 @@ VString FormatDiagnostic(const char* kind, const xercesc::SAXParseException& exc
 }  // namespace
 
 XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard)
-    : m_target(std::move(target)), m_taker(dynamic_cast<ElementTaker*>(m_target.get())), m_guard(guard), m_elementNames(NameLimit), m_attributeNames(NameLimit), m_shortTexts(ShortTextLimit)
+    : m_target(std::move(target)), m_taker(dynamic_cast<ElementTaker*>(m_target.get())), m_guard(guard), m_shortTexts(ShortTextLimit)
 {
 }
 
@@ -64,8 +62,7 @@ void XercesXMLHandler::BeginParse()
 void XercesXMLHandler::EndParse() noexcept
 {
     m_guard.Release();
-    m_elementNames.Clear();
-    m_attributeNames.Clear();
+    m_names.Clear();
     m_shortTexts.Clear();
 }
 
@@ -107,19 +104,18 @@ VString XercesXMLHandler::MakeText(std::u16string_view text)
     return text.size() <= ShortTextLength ? m_shortTexts.Get(text) : VString(text.data(), text.size());
 }
 
-AttributeMap XercesXMLHandler::MakeAttributes(const xercesc::Attributes& attributes)
+void XercesXMLHandler::PutAttributes(const xercesc::Attributes& attributes, AttributeMap& map)
 {
-    AttributeMap map;
     const XMLSize_t count = attributes.getLength();
     map.reserve(count);
     for (XMLSize_t i = 0; i < count; ++i) {
-        const std::u16string_view qname = attributes.getQName(i);
-        const VString& name = m_attributeNames.Get(qname, [qname] { return XercesColonSanitizer::RestoreName(VString(qname.data(), qname.size())); });
-        if (name.IsEmpty())
-            continue;
-        map.try_emplace(name, MakeText(attributes.getValue(i)));
+        const VString& qname = m_names.Get(attributes.getQName(i));
+        const std::u16string_view name = XercesColonSanitizer::RestoreNameView(qname.View());
+        if (name.size() == qname.View().size())
+            map.try_emplace(qname, MakeText(attributes.getValue(i)));
+        else if (!name.empty())
+            map.try_emplace(m_names.Get(name), MakeText(attributes.getValue(i)));
     }
-    return map;
 }
 
 void XercesXMLHandler::startElement(const XMLCh*, const XMLCh*, const XMLCh* qname, const xercesc::Attributes& attributes)
@@ -129,11 +125,14 @@ void XercesXMLHandler::startElement(const XMLCh*, const XMLCh*, const XMLCh* qna
         m_guard.EndProlog();
     }
     FlushText();
-    const VString& name = m_elementNames.Get(qname);
-    if (m_taker)
-        m_taker->TakeElement(name, MakeAttributes(attributes));
-    else
-        m_target->StartElement(name, MakeAttributes(attributes));
+    if (m_taker) {
+        PutAttributes(attributes, m_taker->TakeElement(m_names.Get(qname)));
+    } else {
+        const VString name = m_names.Get(qname);
+        AttributeMap map;
+        PutAttributes(attributes, map);
+        m_target->StartElement(name, map);
+    }
     m_isDone |= m_target->IsDone();
 }
 

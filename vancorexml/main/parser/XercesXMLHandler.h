@@ -13,6 +13,7 @@
 #include "vancorexml/main/parser/AttributeMap.h"
 #include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
+#include "vancorexml/main/parser/NameTable.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/SharedTexts.h"
 
@@ -74,7 +75,7 @@ public:
 private:
     void FlushText();
     VString MakeText(std::u16string_view text);
-    AttributeMap MakeAttributes(const xercesc::Attributes& attributes);
+    void PutAttributes(const xercesc::Attributes& attributes, AttributeMap& map);
     // `excess` is what the entities of the document come to.
     [[noreturn]] void AbandonExpansion(const VString& excess);
     // Abandons a schema that takes an entity from elsewhere.
@@ -93,7 +94,6 @@ private:
     EntityExpansionGuard& m_guard;
     bool m_isInProlog = true;
     VString m_schemaId;   // of the schema that is loaded now
-    SharedTexts m_elementNames;
-    SharedTexts m_attributeNames;
+    NameTable m_names;
     SharedTexts m_shortTexts;
 };

@@ -1,0 +1,108 @@
+// The elements of a parse share allocations; each may live and die on its own all the same.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMParser.h"
+
+namespace {
+
+constexpr int Count = 5000;
+
+std::unique_ptr<DOM> ParseMany()
+{
+    VString text = "<all>";
+    for (int i = 0; i < Count; ++i)
+        text += VString("<e n='") + VString::number(std::int32_t{i}) + "'>text of " + VString::number(std::int32_t{i}) + "</e>";
+    return DOMParser().ParseXmlString(text + "</all>", "many");
+}
+
+std::vector<std::unique_ptr<DOMElement>> TakeAll(DOM& document)
+{
+    return document.GetDocumentRoot()->RemoveChildren();
+}
+
+void ExpectElement(const DOMElement& element, int i)
+{
+    EXPECT_EQ(element.GetAttribute("n"), VString::number(std::int32_t{i}));
+    EXPECT_EQ(element.GetText(), VString("text of ") + VString::number(std::int32_t{i}));
+}
+
+TEST(ElementLifetimeTest, SomeElementsOutliveTheirDocument)
+{
+    std::unique_ptr<DOM> document = ParseMany();
+    std::vector<std::unique_ptr<DOMElement>> elements = TakeAll(*document);
+    ASSERT_EQ(elements.size(), std::size_t{Count});
+    for (int i = 0; i < Count; ++i)
+        if (i % 100 != 0) elements[static_cast<std::size_t>(i)].reset();
+    document.reset();
+    for (int i = 0; i < Count; i += 100) {
+        EXPECT_EQ(elements[static_cast<std::size_t>(i)]->GetDOMManager(), nullptr);
+        ExpectElement(*elements[static_cast<std::size_t>(i)], i);
+    }
+}
+
+TEST(ElementLifetimeTest, ElementsOfTwoParsesAndNewOnesMix)
+{
+    const std::unique_ptr<DOM> first = ParseMany();
+    std::unique_ptr<DOM> second = ParseMany();
+    DOMElement& top = *first->GetDocumentRoot();
+    for (std::unique_ptr<DOMElement>& element : TakeAll(*second)) top.AppendChild(std::move(element));
+    second.reset();
+    top.AddNewChild("new", nullptr).SetText("n");
+    auto own = std::make_unique<DOMElement>("own");
+    top.InsertChild(std::move(own), top.GetChildren().front());
+    ASSERT_EQ(top.GetChildren().size(), std::size_t{2 * Count + 2});
+    for (int i = 0; i < Count; ++i) {
+        ExpectElement(*top.GetChildren()[static_cast<std::size_t>(i) + 1], i);
+        ExpectElement(*top.GetChildren()[static_cast<std::size_t>(i) + 1 + Count], i);
+    }
+    for (std::size_t i = 0; i < Count; ++i) top.RemoveChild(*top.GetChildren()[i / 2]);
+    EXPECT_EQ(top.GetChildren().size(), std::size_t{Count + 2});
+}
+
+TEST(ElementLifetimeTest, CopiesOutliveWhatTheyWereCopiedFrom)
+{
+    std::unique_ptr<DOM> document = ParseMany();
+    const auto copy = std::make_unique<DOMElement>(*document->GetDocumentRoot());
+    document.reset();
+    for (int i = 0; i < Count; ++i) ExpectElement(*copy->GetChildren()[static_cast<std::size_t>(i)], i);
+}
+
+// What a class of its own derives from an element is as large as it is.
+TEST(ElementLifetimeTest, LargerElementsThanOursAreElements)
+{
+    struct Marked : DOMElement {
+        using DOMElement::DOMElement;
+        char mark[1000] = {};
+    };
+    auto element = std::make_unique<Marked>(VString("e"));
+    element->mark[999] = 'm';
+    element->AddNewChild("child", nullptr);
+    EXPECT_EQ(element->GetName(), VString("e"));
+}
+
+// Each document with elements of all is one thread's; the allocations are everybody's.
+TEST(ElementLifetimeThreadTest, ElementsOfOneParseDieOnSeveralThreads)
+{
+    constexpr std::size_t ThreadCount = 4;
+    std::unique_ptr<DOM> document = ParseMany();
+    std::vector<std::unique_ptr<DOM>> documents;
+    for (std::size_t i = 0; i < ThreadCount; ++i) documents.push_back(std::make_unique<DOM>());
+    std::vector<std::unique_ptr<DOMElement>> elements = TakeAll(*document);
+    for (std::size_t i = 0; i < elements.size(); ++i) documents[i % ThreadCount]->GetRoot().AppendChild(std::move(elements[i]));
+    document.reset();
+    std::vector<std::thread> threads;
+    for (std::unique_ptr<DOM>& own : documents)
+        threads.emplace_back([&own] {
+            while (own->GetRoot().HasChildren()) own->GetRoot().RemoveChild(*own->GetRoot().GetChildren().back());
+            own.reset();
+        });
+    for (std::thread& thread : threads) thread.join();
+    for (const std::unique_ptr<DOM>& own : documents) EXPECT_EQ(own, nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,61 @@
+// The strings of the names in a document.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/SharedTexts.h"
+
+// Gives each name as a string, mostly one that was made before. A parser keeps its names in
+// few places, an element's in its declaration and an attribute's where the attributes of the
+// element before stood, so what was last found at an address is tried first; only its text
+// counts.
+//
+// Ownership: owns its strings, which share their buffers with the copies given out.
+//
+// Threads: one at a time.
+class NameTable {
+public:
+    // The name at that address, up to its NUL. The reference is valid until the next call.
+    const VString& Get(const char16_t* name)
+    {
+        // Addresses are multiples of the allocator's unit.
+        const auto address = reinterpret_cast<std::uintptr_t>(name);
+        VString& last = m_last[(address >> 4 ^ address >> 12) % Places];
+        if (!IsSame(last, name))
+            last = m_names.Get(name);
+        return last;
+    }
+
+    // A name that stands nowhere.
+    VString Get(std::u16string_view name) { return m_names.Get(name); }
+
+    void Clear()
+    {
+        m_names.Clear();
+        m_last.assign(Places, VString());
+    }
+
+private:
+    static constexpr std::size_t Places = 256;
+    // More names than most vocabularies have.
+    static constexpr std::size_t NameLimit = 1 << 11;
+
+    // Reads no further than the NUL.
+    static bool IsSame(const VString& text, const char16_t* name) noexcept
+    {
+        const char16_t* const begin = text.utf16();
+        const char16_t* i = begin;
+        while (*i == *name && *i != 0) {
+            ++i;
+            ++name;
+        }
+        return *i == *name;
+    }
+
+    SharedTexts m_names{NameLimit};
+    std::vector<VString> m_last = std::vector<VString>(Places);
+};
