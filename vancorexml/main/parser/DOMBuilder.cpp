@@ -11,7 +11,7 @@ DOMBuilder::~DOMBuilder() = default;
 
 AttributeMap& DOMBuilder::TakeElement(const VString& name)
 {
-    DOMElement& element = m_stack.back()->AddNewChild(name, nullptr);
+    DOMElement& element = m_stack.back()->AddNewChild(name, m_pages);
     m_stack.push_back(&element);
     if (m_locationProvider) {
         int line = 0;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/ElementPages.h"
 #include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 
@@ -32,6 +33,7 @@ public:
 private:
     // The root and the open elements below it, the innermost last.
     std::vector<DOMElement*> m_stack;
+    ElementPages m_pages;
     bool m_keepBlankText;
     SAXFileLocation* m_locationProvider = nullptr;
 };

@@ -6,10 +6,11 @@
 
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DetachedElements.h"
+#include "vancorexml/main/parser/ElementPages.h"
 #include "vansys/LogicException.h"
 
 #if defined(__GLIBCXX__) && defined(__LP64__)
-// With the allocator's word, 112 bytes an element; documents have millions.
+// With the word before it, 112 bytes an element; documents have millions.
 static_assert(sizeof(DOMElement) == 104);
 #endif
 
@@ -35,6 +36,22 @@ bool DiffersInItself(const DOMElement& a, const DOMElement& b)
 }
 
 }  // namespace
+
+void* DOMElement::operator new(std::size_t size)
+{
+    return ElementPages::AllocateAlone(size);
+}
+
+void* DOMElement::operator new(std::size_t, ElementPages& pages)
+{
+    return pages.Allocate();
+}
+
+void DOMElement::operator delete(void* element) noexcept
+{
+    if (element)
+        ElementPages::Free(element);
+}
 
 DOMElement::DOMElement(const VString& name) : m_name(name) {}
 
@@ -110,6 +127,7 @@ void DOMElement::CopyChildrenOf(const DOMElement& source, Children& into)
         DOMElement* parent;
         Children* into;
     };
+    ElementPages pages;
     std::vector<Pending> stack;
     const auto pushChildren = [&stack](const DOMElement& of, DOMElement& parent, Children& list) {
         list.reserve(of.m_children.size());
@@ -120,7 +138,7 @@ void DOMElement::CopyChildrenOf(const DOMElement& source, Children& into)
     while (!stack.empty()) {
         const Pending pending = stack.back();
         stack.pop_back();
-        pending.into->push_back(std::unique_ptr<DOMElement>(new DOMElement(*pending.source, m_manager, pending.parent)));
+        pending.into->push_back(std::unique_ptr<DOMElement>(new (pages) DOMElement(*pending.source, m_manager, pending.parent)));
         DOMElement& copy = *pending.into->back();
         if (m_manager)
             m_manager->CopyErrorsAndWarningsForNode(*pending.source, &copy);
@@ -211,10 +229,22 @@ DOMElement& DOMElement::AddNewChild(const VString& name, const DOMElement* befor
 {
     MakeRoom(1);
     auto child = std::make_unique<DOMElement>(name);
+    if (!before)
+        return TakeNewChild(std::move(child));
     child->m_manager = m_manager;
-    if (before)
-        return Place(std::move(child), before);
-    // Nothing can refer to the new element yet, so there is nothing to keep up to date.
+    return Place(std::move(child), before);
+}
+
+DOMElement& DOMElement::AddNewChild(const VString& name, ElementPages& pages)
+{
+    MakeRoom(1);
+    return TakeNewChild(std::unique_ptr<DOMElement>(new (pages) DOMElement(name)));
+}
+
+// Nothing can refer to the new element yet, so there is nothing to keep up to date.
+DOMElement& DOMElement::TakeNewChild(std::unique_ptr<DOMElement>&& child) noexcept
+{
+    child->m_manager = m_manager;
     child->m_parent = this;
     m_children.push_back(std::move(child));
     return *m_children.back();

@@ -16,6 +16,7 @@
 #include "vansys/VError.h"
 
 class DOM;
+class ElementPages;
 
 // The node of a document tree: a name, a text, attributes, owned children.
 //
@@ -47,6 +48,10 @@ public:
     // Erases the diagnostics of every element of the subtree from their document; the
     // document's own topmost element clears all. Linear.
     ~DOMElement();
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    static void operator delete(void* element) noexcept;
+
     // Takes over name, text, attributes and copies of the children; keeps document, parent
     // and locations. `other` may be an ancestor or a descendant of this element. Linear.
     DOMElement& operator=(const DOMElement& other);
@@ -220,10 +225,15 @@ public:
 
 private:
     friend class DOM;
+    friend class DOMBuilder;
     friend class DOMElementChildren;
     friend class DetachedElements;
 
     using Children = std::vector<std::unique_ptr<DOMElement>>;
+
+    // For elements that are made together.
+    static void* operator new(std::size_t, ElementPages& pages);
+    static void operator delete(void* element, ElementPages&) noexcept { operator delete(element); }
 
     // Name, text and attributes of `other`, for that document and parent.
     DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent);
@@ -241,6 +251,9 @@ private:
     DOMElement* FindChildByName(const VString& name) const noexcept;
     // Raises a LogicException when `child` is this element or above it.
     void RequireNotBelow(const DOMElement& child) const;
+    // A new child at the end.
+    DOMElement& AddNewChild(const VString& name, ElementPages& pages);
+    DOMElement& TakeNewChild(std::unique_ptr<DOMElement>&& child) noexcept;
     // Room for that many more children.
     void MakeRoom(std::size_t count);
     // The last steps of an insertion; room is made, the document is set.
