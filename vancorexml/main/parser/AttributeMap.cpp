@@ -177,25 +177,27 @@ void AttributeMap::reserve(size_type count)
         Grow(count);
 }
 
-std::pair<AttributeMap::iterator, bool> AttributeMap::try_emplace(const VString& name, VString value)
-{
-    const iterator found = find(name);
-    if (found != end())
-        return {found, false};
-    if (m_size != m_capacity)
-        return {Append(name, std::move(value)), true};
-    const VString key(name);  // `name` may be an entry, which growing moves
-    Grow(2 * size() + 1);
-    return {Append(key, std::move(value)), true};
-}
-
-AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value) noexcept
+inline AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value) noexcept
 {
     const iterator position = new (end()) value_type(name, std::move(value));
     if (m_capacity > ScanLimit)
         Index(m_block, m_capacity).Insert(name, m_size);
     ++m_size;
     return position;
+}
+
+std::pair<AttributeMap::iterator, bool> AttributeMap::try_emplace(const VString& name, VString value)
+{
+    if (m_size != 0) {
+        const iterator found = find(name);
+        if (found != end())
+            return {found, false};
+    }
+    if (m_size != m_capacity)
+        return {Append(name, std::move(value)), true};
+    const VString key(name);  // `name` may be an entry, which growing moves
+    Grow(2 * size() + 1);
+    return {Append(key, std::move(value)), true};
 }
 
 std::pair<AttributeMap::iterator, bool> AttributeMap::insert_or_assign(const VString& name, VString value)

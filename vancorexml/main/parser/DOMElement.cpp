@@ -225,6 +225,12 @@ VString DOMElement::GetParentAttr(const VString& name) const
     return VString();
 }
 
+inline void DOMElement::MakeRoom(std::size_t count)
+{
+    if (count > m_children.capacity() - m_children.size())
+        Grow(count);
+}
+
 DOMElement& DOMElement::AddNewChild(const VString& name, const DOMElement* before)
 {
     MakeRoom(1);
@@ -460,13 +466,11 @@ void DOMElement::RequireNotBelow(const DOMElement& child) const
         ThrowLogicException(SourceFile, 420, "An element cannot become its own descendant.", MakeLogicError(0x7A41C0D3));
 }
 
-void DOMElement::MakeRoom(std::size_t count)
+void DOMElement::Grow(std::size_t count)
 {
-    const std::size_t needed = m_children.size() + count;
     // From three up, one less than a power of two: with the allocator's word, exactly what its
     // size classes hold.
-    if (needed > m_children.capacity())
-        m_children.reserve(std::max({needed, 2 * m_children.size() + 1, std::size_t{3}}));
+    m_children.reserve(std::max({m_children.size() + count, 2 * m_children.size() + 1, std::size_t{3}}));
 }
 
 void DOMElement::Link(DOMElement& child) noexcept

@@ -256,6 +256,7 @@ private:
     DOMElement& TakeNewChild(std::unique_ptr<DOMElement>&& child) noexcept;
     // Room for that many more children.
     void MakeRoom(std::size_t count);
+    void Grow(std::size_t count);
     // The last steps of an insertion; room is made, the document is set.
     DOMElement& Place(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
     // From its place among this element's children to the other parent.
