@@ -1,9 +1,11 @@
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include <xercesc/internal/XMLReader.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include "vancoreplatform/VFormatString.h"
@@ -70,8 +72,13 @@ void* EntityExpansionGuard::allocate(XMLSize_t size)
 {
     if (m_mustAbandon)
         Abandon();
-    void* const block = xercesc::XMLPlatformUtils::fgMemoryManager->allocate(size);
-    if (m_abandon && IsReader(size)) {
+    void* block = nullptr;
+    try {
+        block = ::operator new(size);
+    } catch (...) {
+        throw xercesc::OutOfMemoryException();
+    }
+    if (IsReader(size) && m_abandon) {
         m_readers += m_isInProlog;
         m_text += m_longest;
         m_lastReader = block;
@@ -87,7 +94,7 @@ void EntityExpansionGuard::deallocate(void* block)
         m_lastReader = nullptr;
         m_mustAbandon = IsExceeded();
     }
-    xercesc::XMLPlatformUtils::fgMemoryManager->deallocate(block);
+    ::operator delete(block);
 }
 
 xercesc::MemoryManager* EntityExpansionGuard::getExceptionMemoryManager()
