@@ -52,7 +52,7 @@ TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
     SharedTexts texts(64);
     texts.Get(u"first");
     const VString first = texts.Get(u"first");
-    for (int i = 0; i < 10000; ++i)
+    for (int i = 0; i < 500; ++i)
         for (int round = 0; round < 2; ++round) texts.Get(VString::number(std::int32_t{i}).View());
     EXPECT_EQ(texts.Get(u"first"), first);
     EXPECT_FALSE(texts.Get(u"first").IsSharedWith(first));
@@ -64,7 +64,7 @@ TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
     std::vector<VString> made;
     const auto name = [](int i) { return VString("name") + VString::number(std::int32_t{i}); };
     // The first lookups make the table as large as it gets.
-    for (int i = 0; i < 5000; ++i) texts.Get(VString::number(std::int32_t{i}).View());
+    for (int i = 0; i < 600; ++i) texts.Get(VString::number(std::int32_t{i}).View());
     for (int i = 0; i < 500; ++i) texts.Get(name(i).View());
     for (int round = 0; round < 2; ++round)
         for (int i = 0; i < 500; ++i) {
@@ -82,6 +82,20 @@ TEST(SharedTextsTest, ClearForgets)
     const VString first = texts.Get(u"first");
     texts.Clear();
     EXPECT_FALSE(texts.Get(u"first").IsSharedWith(first));
+}
+
+TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptUntilCleared)
+{
+    SharedTexts texts(64);
+    for (int i = 0; i < 10000; ++i) texts.Get(VString::number(std::int32_t{i}).View());
+    texts.Get(u"text");
+    const VString second = texts.Get(u"text");
+    EXPECT_EQ(second, VString("text"));
+    EXPECT_FALSE(texts.Get(u"text").IsSharedWith(second));
+    texts.Clear();
+    texts.Get(u"text");
+    const VString again = texts.Get(u"text");
+    EXPECT_TRUE(texts.Get(u"text").IsSharedWith(again));
 }
 
 TEST(SharedTextsTest, TextsThatDifferInOneUnitAreToldApart)

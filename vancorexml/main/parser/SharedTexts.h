@@ -13,7 +13,8 @@
 // Remembers the strings that were made for texts, each in the one slot that the hash of its
 // text names: the text that came there twice in a row, other than the one it has. So a text is
 // not always made once only, but a lookup looks at one slot whatever the texts are, nobody can
-// choose them to collide at a cost, and texts that come once do not drive out the others.
+// choose them to collide at a cost, and texts that come once do not drive out the others. Where
+// hardly a text comes again it is not looked for any more.
 //
 // Ownership: owns its strings, which share their buffers with the copies given out. Has at
 // most `limit` slots, fewer for as long as few texts come.
@@ -26,12 +27,17 @@ public:
 
     VString Get(std::u16string_view text)
     {
+        // A lookup costs a fraction of what a string does.
+        if (m_misses > PatientMisses + 4 * m_hits)
+            return VString(text.data(), text.size());
         const Word hash = Hash(text);
         const auto tag = static_cast<std::uint32_t>(hash >> 32);
         if (!m_slots.empty()) {
             const Slot& slot = Find(hash);
-            if (slot.tag == tag && IsSame(slot.text.View(), text))
+            if (slot.tag == tag && IsSame(slot.text.View(), text)) {
+                ++m_hits;
                 return slot.text;
+            }
         }
         if (2 * m_misses++ >= m_slots.size() && m_slots.size() < m_limit)
             Grow();
@@ -47,11 +53,13 @@ public:
     void Clear()
     {
         m_slots.clear();
+        m_hits = 0;
         m_misses = 0;
     }
 
 private:
     using Word = std::uint64_t;
+    static constexpr std::size_t PatientMisses = 2000;
     static constexpr std::size_t UnitsInWord = sizeof(Word) / sizeof(char16_t);
 
     struct Slot {
@@ -123,6 +131,7 @@ private:
     }
 
     std::size_t m_limit;
+    std::size_t m_hits = 0;
     std::size_t m_misses = 0;
     // None or a power of two.
     std::vector<Slot> m_slots;

@@ -8,7 +8,6 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
-#include <xercesc/sax2/Attributes.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -23,9 +22,9 @@ static_assert(std::is_same_v<XMLCh, char16_t>, "VString and Xerces hold the same
 
 namespace {
 
-// Values and white space repeat within a stretch of a document, and only short ones do.
+// Values and texts repeat within a stretch of a document, and only short ones do.
 constexpr std::size_t ShortTextLimit = 1 << 10;
-constexpr std::size_t ShortTextLength = 12;
+constexpr std::size_t ShortTextLength = 24;
 // A larger buffer of pending text is not kept for the next run of text.
 constexpr std::size_t KeptTextCapacity = 1 << 16;
 
@@ -38,6 +37,11 @@ VString FormatDiagnostic(const char* kind, const VString& message, const VString
     return VFormatString("%1%2: %3 (id: %4)").arg(kind).arg(location).arg(message).arg(systemId);
 }
 
+VString MakeText(std::u16string_view text, SharedTexts& known)
+{
+    return text.size() <= ShortTextLength ? known.Get(text) : VString(text.data(), text.size());
+}
+
 VString FormatDiagnostic(const char* kind, const xercesc::SAXParseException& exception)
 {
     return FormatDiagnostic(kind, exception.getMessage(), exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
@@ -46,7 +50,7 @@ VString FormatDiagnostic(const char* kind, const xercesc::SAXParseException& exc
 }  // namespace
 
 XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard)
-    : m_target(std::move(target)), m_taker(dynamic_cast<ElementTaker*>(m_target.get())), m_guard(guard), m_shortTexts(ShortTextLimit)
+    : m_target(std::move(target)), m_taker(dynamic_cast<ElementTaker*>(m_target.get())), m_guard(guard), m_values(ShortTextLimit), m_texts(ShortTextLimit)
 {
 }
 
@@ -63,7 +67,8 @@ void XercesXMLHandler::EndParse() noexcept
 {
     m_guard.Release();
     m_names.Clear();
-    m_shortTexts.Clear();
+    m_values.Clear();
+    m_texts.Clear();
 }
 
 void XercesXMLHandler::BeginSchema(const VString& id)
@@ -88,7 +93,7 @@ void XercesXMLHandler::FlushText()
     if (m_pendingText.empty())
         return;
     if (!m_taker || m_taker->WantsText(m_pendingText)) {
-        VString text = MakeText(m_pendingText);
+        VString text = MakeText(m_pendingText, m_texts);
         if (m_taker)
             m_taker->TakeText(std::move(text));
         else
@@ -99,26 +104,21 @@ void XercesXMLHandler::FlushText()
         m_pendingText.shrink_to_fit();
 }
 
-VString XercesXMLHandler::MakeText(std::u16string_view text)
+void XercesXMLHandler::PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map)
 {
-    return text.size() <= ShortTextLength ? m_shortTexts.Get(text) : VString(text.data(), text.size());
-}
-
-void XercesXMLHandler::PutAttributes(const xercesc::Attributes& attributes, AttributeMap& map)
-{
-    const XMLSize_t count = attributes.getLength();
     map.reserve(count);
     for (XMLSize_t i = 0; i < count; ++i) {
-        const VString& qname = m_names.Get(attributes.getQName(i));
+        const xercesc::XMLAttr& attribute = *attributes.elementAt(i);
+        const VString& qname = m_names.Get(attribute.getQName());
         const std::u16string_view name = XercesColonSanitizer::RestoreNameView(qname.View());
         if (name.size() == qname.View().size())
-            map.try_emplace(qname, MakeText(attributes.getValue(i)));
+            map.try_emplace(qname, MakeText(attribute.getValue(), m_values));
         else if (!name.empty())
-            map.try_emplace(m_names.Get(name), MakeText(attributes.getValue(i)));
+            map.try_emplace(m_names.Get(name), MakeText(attribute.getValue(), m_values));
     }
 }
 
-void XercesXMLHandler::startElement(const XMLCh*, const XMLCh*, const XMLCh* qname, const xercesc::Attributes& attributes)
+void XercesXMLHandler::startElement(const XMLCh* qname, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count)
 {
     if (m_isInProlog) {
         m_isInProlog = false;
@@ -126,17 +126,17 @@ void XercesXMLHandler::startElement(const XMLCh*, const XMLCh*, const XMLCh* qna
     }
     FlushText();
     if (m_taker) {
-        PutAttributes(attributes, m_taker->TakeElement(m_names.Get(qname)));
+        PutAttributes(attributes, count, m_taker->TakeElement(m_names.Get(qname)));
     } else {
         const VString name = m_names.Get(qname);
         AttributeMap map;
-        PutAttributes(attributes, map);
+        PutAttributes(attributes, count, map);
         m_target->StartElement(name, map);
     }
     m_isDone |= m_target->IsDone();
 }
 
-void XercesXMLHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*)
+void XercesXMLHandler::endElement()
 {
     FlushText();
     m_target->EndElement();
@@ -144,11 +144,6 @@ void XercesXMLHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*)
 }
 
 void XercesXMLHandler::characters(const XMLCh* text, XMLSize_t length)
-{
-    m_pendingText.append(text, length);
-}
-
-void XercesXMLHandler::ignorableWhitespace(const XMLCh* text, XMLSize_t length)
 {
     m_pendingText.append(text, length);
 }

@@ -6,7 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/util/RefVectorOf.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 
 #include "vancoreplatform/VString.h"
@@ -51,11 +53,9 @@ public:
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
 
     void setDocumentLocator(const xercesc::Locator* locator) override;
-    void startElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qname, const xercesc::Attributes& attributes) override;
-    void endElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qname) override;
+    void startElement(const XMLCh* qname, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count);
+    void endElement();
     void characters(const XMLCh* text, XMLSize_t length) override;
-    // White space where a document type allows elements only: text like any other.
-    void ignorableWhitespace(const XMLCh* text, XMLSize_t length) override;
 
     void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
     // Refuses the document: throws XMLParseException.
@@ -70,12 +70,13 @@ public:
     // leaves an entity out, for everything else. A schema's entities, which Xerces would then go
     // and look for itself, end its loading.
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
+    using xercesc::DefaultHandler::endElement;
     using xercesc::DefaultHandler::resolveEntity;
+    using xercesc::DefaultHandler::startElement;
 
 private:
     void FlushText();
-    VString MakeText(std::u16string_view text);
-    void PutAttributes(const xercesc::Attributes& attributes, AttributeMap& map);
+    void PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map);
     // `excess` is what the entities of the document come to.
     [[noreturn]] void AbandonExpansion(const VString& excess);
     // Abandons a schema that takes an entity from elsewhere.
@@ -95,5 +96,6 @@ private:
     bool m_isInProlog = true;
     VString m_schemaId;   // of the schema that is loaded now
     NameTable m_names;
-    SharedTexts m_shortTexts;
+    SharedTexts m_values;
+    SharedTexts m_texts;
 };

@@ -51,12 +51,65 @@ void DocumentReader::attDef(const xercesc::DTDElementDecl& element, const xerces
     SAX2XMLReaderImpl::attDef(element, attribute, isIgnored);
 }
 
-void DocumentReader::startElement(const xercesc::XMLElementDecl& element, unsigned int uri, const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty, bool isRoot)
+void DocumentReader::SetHandler(XercesXMLHandler& handler)
+{
+    m_handler = &handler;
+    setContentHandler(&handler);
+    setErrorHandler(&handler);
+    setDeclarationHandler(&handler);
+}
+
+void DocumentReader::resetDocument()
+{
+    m_depth = 0;
+    m_hasNamespaces = getFeature(XMLUni::fgSAX2CoreNameSpaces);
+    SAX2XMLReaderImpl::resetDocument();
+}
+
+const XMLCh* DocumentReader::GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix)
+{
+    const xercesc::QName& name = *element.getElementName();
+    if (!m_hasNamespaces)
+        return name.getRawName();
+    if (!prefix || *prefix == 0)
+        return name.getLocalPart();
+    m_qname = prefix;
+    m_qname += u':';
+    m_qname += name.getLocalPart();
+    return m_qname.c_str();
+}
+
+void DocumentReader::startElement(const xercesc::XMLElementDecl& element, unsigned int, const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty, bool)
 {
     for (XMLSize_t i = 0; m_hasDefaults && i < count; ++i)
         if (const xercesc::XMLAttr& attribute = *attributes.elementAt(i); !attribute.getSpecified())
             m_guard.Default(xercesc::XMLString::stringLen(attribute.getValue()));
-    SAX2XMLReaderImpl::startElement(element, uri, prefix, attributes, count, isEmpty, isRoot);
+    m_handler->startElement(GetQName(element, prefix), attributes, count);
+    if (isEmpty)
+        m_handler->endElement();
+    else
+        ++m_depth;
+}
+
+void DocumentReader::endElement(const xercesc::XMLElementDecl&, unsigned int, bool, const XMLCh*)
+{
+    m_handler->endElement();
+    // Faulty documents close more than they open.
+    if (m_depth != 0)
+        --m_depth;
+}
+
+// What stands outside of the topmost element is no text.
+void DocumentReader::docCharacters(const XMLCh* text, XMLSize_t length, bool)
+{
+    if (m_depth != 0)
+        m_handler->characters(text, length);
+}
+
+// White space where a document type allows elements only is text like any other.
+void DocumentReader::ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCData)
+{
+    docCharacters(text, length, isCData);
 }
 
 void DocumentReader::startEntityReference(const xercesc::XMLEntityDecl& entity)
@@ -101,9 +154,7 @@ void XercesXMLParserImpl::DiscardReader() noexcept
 
 void XercesXMLParserImpl::InstallHandler()
 {
-    m_reader->setContentHandler(m_handler.get());
-    m_reader->setErrorHandler(m_handler.get());
-    m_reader->setDeclarationHandler(m_handler.get());
+    m_reader->SetHandler(*m_handler);
     m_handler->resetErrors();
 }
 

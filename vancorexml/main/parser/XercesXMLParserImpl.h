@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <xercesc/framework/XMLGrammarPool.hpp>
@@ -17,22 +18,38 @@
 #include "vancorexml/main/parser/XercesXMLParser.h"
 
 // Xerces' reader, which also says whether the document declared XML 1.1, and tells the guard
-// of the text that comes from declarations.
+// of the text that comes from declarations. What a document consists of it gives to the handler
+// itself: the way by SAX and its tables of prefixes, which nobody here asks for, is as long as
+// what the handler does.
 class DocumentReader : public xercesc::SAX2XMLReaderImpl {
 public:
     DocumentReader(EntityExpansionGuard& guard, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(&guard, grammars), m_guard(guard) {}
 
     bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
+    // It must outlive the parses that follow.
+    void SetHandler(XercesXMLHandler& handler);
+
+    void resetDocument() override;
 
     void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding) override;
     void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override;
     void startElement(const xercesc::XMLElementDecl& element, unsigned int uri, const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty, bool isRoot) override;
+    void endElement(const xercesc::XMLElementDecl& element, unsigned int uri, bool isRoot, const XMLCh* prefix) override;
+    void docCharacters(const XMLCh* text, XMLSize_t length, bool isCData) override;
+    void ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCData) override;
     void startEntityReference(const xercesc::XMLEntityDecl& entity) override;
 
 private:
+    // As it stands in the document. A declaration in a schema does not know the prefix.
+    const XMLCh* GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix);
+
     EntityExpansionGuard& m_guard;
+    XercesXMLHandler* m_handler = nullptr;
     bool m_hasReadVersion11 = false;
     bool m_hasDefaults = false;
+    bool m_hasNamespaces = false;
+    XMLSize_t m_depth = 0;
+    std::u16string m_qname;
 };
 
 // Drives Xerces' reader. The reader is kept from parse to parse as long as nothing of a
