@@ -11,7 +11,7 @@ namespace {
 
 TEST(SharedTextsTest, ATextThatComesAgainIsMadeTwiceAndThenKept)
 {
-    SharedTexts texts(128);
+    SharedTexts texts(128, SharedTexts::Repeats::Perhaps);
     EXPECT_EQ(texts.Get(u"name"), VString("name"));
     const VString second = texts.Get(u"name");
     EXPECT_EQ(second, VString("name"));
@@ -20,7 +20,7 @@ TEST(SharedTextsTest, ATextThatComesAgainIsMadeTwiceAndThenKept)
 
 TEST(SharedTextsTest, TextsThatComeOnceDoNotDriveOutAnother)
 {
-    SharedTexts texts(64);
+    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
     texts.Get(u"kept");
     const VString kept = texts.Get(u"kept");
     for (int i = 0; i < 10000; ++i) {
@@ -31,7 +31,7 @@ TEST(SharedTextsTest, TextsThatComeOnceDoNotDriveOutAnother)
 
 TEST(SharedTextsTest, TellsManyTextsApart)
 {
-    SharedTexts texts(1 << 16);
+    SharedTexts texts(1 << 16, SharedTexts::Repeats::Surely);
     for (int round = 0; round < 2; ++round)
         for (int i = 0; i < 20000; ++i) {
             const VString text = VString::number(std::int32_t{i});
@@ -41,7 +41,7 @@ TEST(SharedTextsTest, TellsManyTextsApart)
 
 TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
 {
-    SharedTexts texts(128);
+    SharedTexts texts(128, SharedTexts::Repeats::Perhaps);
     EXPECT_TRUE(texts.Get(u"").IsEmpty());
     EXPECT_EQ(texts.Get(std::u16string_view(u"\0", 1)).length(), 1);
     EXPECT_TRUE(texts.Get(u"").IsEmpty());
@@ -49,7 +49,7 @@ TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
 
 TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
 {
-    SharedTexts texts(64);
+    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
     texts.Get(u"first");
     const VString first = texts.Get(u"first");
     for (int i = 0; i < 500; ++i)
@@ -60,7 +60,7 @@ TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
 
 TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
 {
-    SharedTexts texts(2048);
+    SharedTexts texts(2048, SharedTexts::Repeats::Perhaps);
     std::vector<VString> made;
     const auto name = [](int i) { return VString("name") + VString::number(std::int32_t{i}); };
     // The first lookups make the table as large as it gets.
@@ -77,30 +77,64 @@ TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
 
 TEST(SharedTextsTest, ClearForgets)
 {
-    SharedTexts texts(128);
+    SharedTexts texts(128, SharedTexts::Repeats::Perhaps);
     texts.Get(u"first");
     const VString first = texts.Get(u"first");
     texts.Clear();
     EXPECT_FALSE(texts.Get(u"first").IsSharedWith(first));
 }
 
-TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptUntilCleared)
+TEST(SharedTextsTest, ATextThatComesAgainSurelyIsMadeOnce)
 {
-    SharedTexts texts(64);
-    for (int i = 0; i < 10000; ++i) texts.Get(VString::number(std::int32_t{i}).View());
-    texts.Get(u"text");
-    const VString second = texts.Get(u"text");
-    EXPECT_EQ(second, VString("text"));
-    EXPECT_FALSE(texts.Get(u"text").IsSharedWith(second));
+    SharedTexts texts(128, SharedTexts::Repeats::Surely);
+    const VString first = texts.Get(u"name");
+    EXPECT_EQ(first, VString("name"));
+    EXPECT_TRUE(texts.Get(std::u16string(u"name")).IsSharedWith(first));
+}
+
+// How many of the texts "0" to "count - 1" are shared with those of the last round.
+int CountShared(SharedTexts& texts, int count, int rounds)
+{
+    std::vector<VString> last(static_cast<std::size_t>(count));
+    int shared = 0;
+    for (int round = 0; round < rounds; ++round) {
+        shared = 0;
+        for (int i = 0; i < count; ++i) {
+            const VString text = texts.Get(VString::number(std::int32_t{i}).View());
+            VString& before = last[static_cast<std::size_t>(i)];
+            shared += text.IsSharedWith(before);
+            before = text;
+        }
+    }
+    return shared;
+}
+
+TEST(SharedTextsTest, ManyTextsThatComeAgainSurelyAreMostlyShared)
+{
+    SharedTexts texts(4096, SharedTexts::Repeats::Surely);
+    EXPECT_GT(CountShared(texts, 1000, 6), 600);
+}
+
+TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptForAWhile)
+{
+    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
+    for (int i = 0; i < 2500; ++i) texts.Get(VString::number(std::int32_t{i}).View());
+    EXPECT_EQ(CountShared(texts, 3, 10), 0);
+    // What follows the texts that came once is found in the end.
+    EXPECT_EQ(CountShared(texts, 3, 10000), 3);
+}
+
+TEST(SharedTextsTest, ClearEndsThePause)
+{
+    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
+    for (int i = 0; i < 2500; ++i) texts.Get(VString::number(std::int32_t{i}).View());
     texts.Clear();
-    texts.Get(u"text");
-    const VString again = texts.Get(u"text");
-    EXPECT_TRUE(texts.Get(u"text").IsSharedWith(again));
+    EXPECT_EQ(CountShared(texts, 3, 10), 3);
 }
 
 TEST(SharedTextsTest, TextsThatDifferInOneUnitAreToldApart)
 {
-    SharedTexts texts(64);
+    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
     for (std::size_t length = 1; length < 20; ++length)
         for (std::size_t i = 0; i < length; ++i) {
             std::u16string text(length, u'a');

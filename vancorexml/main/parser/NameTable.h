@@ -41,8 +41,8 @@ public:
 
 private:
     static constexpr std::size_t Places = 256;
-    // More names than most vocabularies have.
-    static constexpr std::size_t NameLimit = 1 << 11;
+    // Some times the names that most vocabularies have, so that few share a slot.
+    static constexpr std::size_t NameLimit = 1 << 12;
 
     // Reads no further than the NUL.
     static bool IsSame(const VString& text, const char16_t* name) noexcept
@@ -56,6 +56,6 @@ private:
         return *i == *name;
     }
 
-    SharedTexts m_names{NameLimit};
+    SharedTexts m_names{NameLimit, SharedTexts::Repeats::Surely};
     std::vector<VString> m_last = std::vector<VString>(Places);
 };

@@ -11,10 +11,12 @@
 #include "vancoreplatform/VString.h"
 
 // Remembers the strings that were made for texts, each in the one slot that the hash of its
-// text names: the text that came there twice in a row, other than the one it has. So a text is
-// not always made once only, but a lookup looks at one slot whatever the texts are, nobody can
-// choose them to collide at a cost, and texts that come once do not drive out the others. Where
-// hardly a text comes again it is not looked for any more.
+// text names. So a text is not always made once only, but a lookup looks at one slot whatever
+// the texts are, and nobody can choose them to collide at a cost.
+//
+// Where texts come again perhaps only, one gets a slot that comes there twice in a row, so that
+// those that come once do not drive out the others; and while hardly any comes again they are
+// looked for now and then only.
 //
 // Ownership: owns its strings, which share their buffers with the copies given out. Has at
 // most `limit` slots, fewer for as long as few texts come.
@@ -22,14 +24,17 @@
 // Threads: one at a time.
 class SharedTexts {
 public:
+    enum class Repeats { Surely, Perhaps };
+
     // `limit` is a power of two, at least 64.
-    explicit SharedTexts(std::size_t limit) : m_limit(limit) {}
+    SharedTexts(std::size_t limit, Repeats repeats) : m_limit(limit), m_repeats(repeats) {}
 
     VString Get(std::u16string_view text)
     {
-        // A lookup costs a fraction of what a string does.
-        if (m_misses > PatientMisses + 4 * m_hits)
+        if (m_pause != 0) {
+            --m_pause;
             return VString(text.data(), text.size());
+        }
         const Word hash = Hash(text);
         const auto tag = static_cast<std::uint32_t>(hash >> 32);
         if (!m_slots.empty()) {
@@ -39,11 +44,10 @@ public:
                 return slot.text;
             }
         }
-        if (2 * m_misses++ >= m_slots.size() && m_slots.size() < m_limit)
-            Grow();
+        CountMiss();
         VString made(text.data(), text.size());
         Slot& slot = Find(hash);
-        if (std::exchange(slot.candidate, tag) == tag) {
+        if (std::exchange(slot.candidate, tag) == tag || m_repeats == Repeats::Surely) {
             slot.tag = tag;
             slot.text = made;
         }
@@ -55,11 +59,15 @@ public:
         m_slots.clear();
         m_hits = 0;
         m_misses = 0;
+        m_pause = 0;
     }
 
 private:
     using Word = std::uint64_t;
+    // A lookup costs a fraction of what a string does, so one in five that finds pays for all.
     static constexpr std::size_t PatientMisses = 2000;
+    static constexpr std::size_t HitWorth = 4;
+    static constexpr std::size_t Pause = 16000;
     static constexpr std::size_t UnitsInWord = sizeof(Word) / sizeof(char16_t);
 
     struct Slot {
@@ -122,6 +130,17 @@ private:
 
     Slot& Find(Word hash) noexcept { return m_slots[hash & (m_slots.size() - 1)]; }
 
+    void CountMiss()
+    {
+        if (2 * m_misses++ >= m_slots.size() && m_slots.size() < m_limit)
+            Grow();
+        if (m_repeats == Repeats::Perhaps && m_misses > PatientMisses + HitWorth * m_hits) {
+            m_hits = 0;
+            m_misses = 0;
+            m_pause = Pause;
+        }
+    }
+
     void Grow()
     {
         std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(m_slots.empty() ? 64 : 2 * m_slots.size()));
@@ -131,8 +150,10 @@ private:
     }
 
     std::size_t m_limit;
+    Repeats m_repeats;
     std::size_t m_hits = 0;
     std::size_t m_misses = 0;
+    std::size_t m_pause = 0;   // lookups still to be left out
     // None or a power of two.
     std::vector<Slot> m_slots;
 };

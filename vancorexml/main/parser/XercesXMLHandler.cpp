@@ -37,20 +37,20 @@ VString FormatDiagnostic(const char* kind, const VString& message, const VString
     return VFormatString("%1%2: %3 (id: %4)").arg(kind).arg(location).arg(message).arg(systemId);
 }
 
-VString MakeText(std::u16string_view text, SharedTexts& known)
-{
-    return text.size() <= ShortTextLength ? known.Get(text) : VString(text.data(), text.size());
-}
-
 VString FormatDiagnostic(const char* kind, const xercesc::SAXParseException& exception)
 {
     return FormatDiagnostic(kind, exception.getMessage(), exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
 }
 
+VString MakeText(std::u16string_view text, SharedTexts& known)
+{
+    return text.size() <= ShortTextLength ? known.Get(text) : VString(text.data(), text.size());
+}
+
 }  // namespace
 
 XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard)
-    : m_target(std::move(target)), m_taker(dynamic_cast<ElementTaker*>(m_target.get())), m_guard(guard), m_values(ShortTextLimit), m_texts(ShortTextLimit)
+    : m_target(std::move(target)), m_taker(dynamic_cast<ElementTaker*>(m_target.get())), m_guard(guard), m_values(ShortTextLimit, SharedTexts::Repeats::Perhaps), m_texts(ShortTextLimit, SharedTexts::Repeats::Perhaps)
 {
 }
 
