@@ -185,7 +185,15 @@ struct AmplifierRow {
     std::string text;
 };
 
-// Each a megabyte that the document has 120 times.
+// "before0behind", "before1behind" and so on.
+std::string Numbered(int count, const std::string& before, const std::string& behind)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i) text += before + std::to_string(i) + behind;
+    return text;
+}
+
+// Most of them a megabyte that the document has 120 times.
 const std::string Megabyte(1000000, 'x');
 const AmplifierRow AmplifierRows[] = {
     {"text", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r>" + Repeat("&e;", 120) + "</r>"},
@@ -195,6 +203,7 @@ const AmplifierRow AmplifierRows[] = {
     {"many attributes", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r>" + Repeat("<a a='&e;'/>", 120) + "</r>"},
     {"an attribute's default", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ATTLIST r a CDATA '" + Repeat("&e;", 120) + "'>]><r/>"},
     {"the default of many attributes", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 120) + "</r>"},
+    {"many empty defaults", "<!DOCTYPE r [<!ATTLIST a " + Numbered(3000, " b", " CDATA ''") + ">]><r>" + Repeat("<a/>", 3000) + "</r>"},
     {"a parameter entity", "<!DOCTYPE r [<!ENTITY % e '<!--" + Megabyte + "-->'>" + Repeat("%e;", 120) + "]><r/>"},
 };
 

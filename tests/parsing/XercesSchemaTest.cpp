@@ -37,6 +37,42 @@ TEST_F(XercesSchemaTest, AValidDocumentHasNoErrors)
     EXPECT_EQ(handler->events, (Events{"<a k='1'>", "<n>", "1", "</>", "<n>", "-2", "</>", "</>"}));
 }
 
+// Not as the schema declares them: it knows no prefixes.
+TEST_F(XercesSchemaTest, NamesAreThoseOfTheDocument)
+{
+    const auto parser = Create("<x:a xmlns:x='u'>\n<x:b/>t<y:b xmlns:y='u' y:k='1'><y:b/></y:b><b xmlns='u'/></x:a>");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='u' xmlns:p='u'>"
+        "<xs:attribute name='k'/>"
+        "<xs:element name='a'><xs:complexType mixed='true'><xs:sequence><xs:element ref='p:b' maxOccurs='9'/></xs:sequence></xs:complexType></xs:element>"
+        "<xs:element name='b'><xs:complexType><xs:sequence><xs:element ref='p:b' minOccurs='0'/></xs:sequence><xs:attribute ref='p:k'/></xs:complexType></xs:element>"
+        "</xs:schema>", "schema.xsd");
+    for (int round = 0; round < 2; ++round) {
+        handler->events.clear();
+        parser->Parse();
+        EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+        EXPECT_EQ(handler->events, (Events{"<x:a xmlns:x='u'>", "\n", "<x:b>", "</>", "t", "<y:b xmlns:y='u' y:k='1'>", "<y:b>", "</>", "</>", "<b xmlns='u'>", "</>", "</>"}));
+        source->ResetToStart();
+    }
+}
+
+// A reader that was used without schemas knows namespaces once it has some.
+TEST_F(XercesSchemaTest, PrefixesStayWhenSchemasComeLater)
+{
+    const auto parser = Create("<x:a xmlns:x='u'> <x:b/></x:a>");
+    const Events events{"<x:a xmlns:x='u'>", " ", "<x:b>", "</>", "</>"};
+    parser->Parse();
+    EXPECT_EQ(handler->events, events);
+    parser->LoadXSDString(Schema, "schema.xsd");
+    for (int round = 0; round < 2; ++round) {
+        const auto next = std::make_shared<RecordingHandler>();
+        source->ResetToStart();
+        parser->Reload(*source, next);
+        parser->Parse();
+        EXPECT_EQ(next->events, events);
+    }
+}
+
 TEST_F(XercesSchemaTest, ValidationErrorsAreErrorsAndTheParseGoesOn)
 {
     const auto parser = Create("<a>\n<n>x</n>\n<m/></a>");

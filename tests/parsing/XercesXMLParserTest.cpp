@@ -31,6 +31,7 @@ const EventRow EventRows[] = {
     {"text before and behind children", "<a>1<b>2</b>3</a>", {"<a>", "1", "<b>", "2", "</>", "3", "</>"}},
     {"white space between elements", "<a>\n <b/>\n</a>", {"<a>", "\n ", "<b>", "</>", "\n", "</>"}},
     {"ignorable white space is text", "<!DOCTYPE a [<!ELEMENT a (b)><!ELEMENT b EMPTY>]><a> <b/></a>", {"<a>", " ", "<b>", "</>", "</>"}},
+    {"nothing outside of the topmost element is text", "<?xml version='1.0'?>\n <!-- c -->\n<?p i?> <!DOCTYPE a>\n\n<a>1</a>\n <!-- c --> <?p i?>\n", {"<a>", "1", "</>"}},
     {"prefixes stay", "<x:a xmlns:x='u' x:b='1'/>", {"<x:a x:b='1' xmlns:x='u'>", "</>"}},
     {"undeclared prefixes pass", "<x:a y:b='1'/>", {"<x:a y:b='1'>", "</>"}},
     {"leading colons are restored", "<a :b='1' c='2'/>", {"<a :b='1' c='2'>", "</>"}},

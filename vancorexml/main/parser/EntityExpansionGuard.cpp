@@ -54,7 +54,9 @@ void EntityExpansionGuard::Expand(std::size_t length)
 
 void EntityExpansionGuard::Default(std::size_t length)
 {
-    m_text += length;
+    // An attribute takes memory also when it says nothing.
+    constexpr std::size_t AttributeWorth = 16;
+    m_text += length + AttributeWorth;
     if (IsExceeded())
         Abandon();
 }

@@ -16,6 +16,8 @@
 // object larger than anything else that a declaration needs, so the memory manager that
 // Xerces is given can count them.
 //
+// It allocates as Xerces' own manager does, so either may free what the other gave.
+//
 // Ownership: Xerces refers to it, so it must outlive the reader and what that allocated.
 //
 // Threads: one at a time.
@@ -39,7 +41,8 @@ public:
     void Declare(std::size_t length) noexcept;
     // The entity whose expansion began last has that many code units.
     void Expand(std::size_t length);
-    // That many code units come from a declaration for an attribute that is not there.
+    // A declaration adds an attribute that is not there, with that many code units of name and
+    // value.
     void Default(std::size_t length);
 
     void* allocate(XMLSize_t size) override;

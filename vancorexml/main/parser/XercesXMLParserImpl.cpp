@@ -83,7 +83,7 @@ void DocumentReader::startElement(const xercesc::XMLElementDecl& element, unsign
 {
     for (XMLSize_t i = 0; m_hasDefaults && i < count; ++i)
         if (const xercesc::XMLAttr& attribute = *attributes.elementAt(i); !attribute.getSpecified())
-            m_guard.Default(xercesc::XMLString::stringLen(attribute.getValue()));
+            m_guard.Default(xercesc::XMLString::stringLen(attribute.getQName()) + xercesc::XMLString::stringLen(attribute.getValue()));
     m_handler->startElement(GetQName(element, prefix), attributes, count);
     if (isEmpty)
         m_handler->endElement();
@@ -94,9 +94,7 @@ void DocumentReader::startElement(const xercesc::XMLElementDecl& element, unsign
 void DocumentReader::endElement(const xercesc::XMLElementDecl&, unsigned int, bool, const XMLCh*)
 {
     m_handler->endElement();
-    // Faulty documents close more than they open.
-    if (m_depth != 0)
-        --m_depth;
+    --m_depth;
 }
 
 // What stands outside of the topmost element is no text.
