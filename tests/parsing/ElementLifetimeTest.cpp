@@ -1,6 +1,7 @@
 // The elements of a parse share allocations; each may live and die on its own all the same.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -83,6 +84,24 @@ TEST(ElementLifetimeTest, LargerElementsThanOursAreElements)
     element->mark[999] = 'm';
     element->AddNewChild("child", nullptr);
     EXPECT_EQ(element->GetName(), VString("e"));
+}
+
+TEST(ElementLifetimeTest, ADerivedClassIsAlignedAsItAsks)
+{
+    struct Usual : DOMElement {
+        using DOMElement::DOMElement;
+        alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) char mark = 'm';
+    };
+    struct More : DOMElement {
+        using DOMElement::DOMElement;
+        alignas(64) char mark = 'm';
+    };
+    for (int i = 0; i < 10; ++i) {
+        const auto usual = std::make_unique<Usual>(VString("e"));
+        const auto more = std::make_unique<More>(VString("e"));
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(usual.get()) % alignof(Usual), 0u);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(more.get()) % alignof(More), 0u);
+    }
 }
 
 // Each document with elements of all is one thread's; the allocations are everybody's.

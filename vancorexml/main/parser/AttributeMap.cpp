@@ -177,7 +177,7 @@ void AttributeMap::reserve(size_type count)
         Grow(count);
 }
 
-inline AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value) noexcept
+AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value) noexcept
 {
     const iterator position = new (end()) value_type(name, std::move(value));
     if (m_capacity > ScanLimit)

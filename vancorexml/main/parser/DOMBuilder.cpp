@@ -38,6 +38,8 @@ void DOMBuilder::EndElement()
         m_stack.back()->SetElementEndLocation(line, column);
     }
     m_stack.pop_back();
+    if (m_stack.size() == 1)
+        m_pages.Leave();
 }
 
 void DOMBuilder::Characters(const VString& text)

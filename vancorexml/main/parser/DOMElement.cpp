@@ -10,7 +10,7 @@
 #include "vansys/LogicException.h"
 
 #if defined(__GLIBCXX__) && defined(__LP64__)
-// With the word before it, 112 bytes an element; documents have millions.
+// With the word before it, 112 bytes an element of a parse; documents have millions.
 static_assert(sizeof(DOMElement) == 104);
 #endif
 
@@ -225,7 +225,7 @@ VString DOMElement::GetParentAttr(const VString& name) const
     return VString();
 }
 
-inline void DOMElement::MakeRoom(std::size_t count)
+void DOMElement::MakeRoom(std::size_t count)
 {
     if (count > m_children.capacity() - m_children.size())
         Grow(count);

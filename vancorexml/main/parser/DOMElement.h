@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "vancoredata/FieldName.h"
@@ -24,7 +25,8 @@ class ElementPages;
 // is owned by its DOM. References and pointers to an element die with it. `parent` and
 // `manager` only observe. An element taken out of its parent keeps both links until it is
 // inserted elsewhere; should the old parent or the document die first, the link becomes
-// null.
+// null. Elements made by one parse or copy share allocations: one of them that outlives all
+// the others may keep the memory of up to a thousand.
 //
 // The document of an element (its manager) keeps its diagnostics and the rename tables; an
 // element made on its own has none until it is inserted into a tree that has one.
@@ -48,9 +50,13 @@ public:
     // Erases the diagnostics of every element of the subtree from their document; the
     // document's own topmost element clears all. Linear.
     ~DOMElement();
+    // An element knows where its memory came from: those of one parse or copy share some.
     static void* operator new(std::size_t size);
-    static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void* element) noexcept;
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    // For a derived class that is aligned beyond the usual.
+    static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
+    static void operator delete(void* element, std::align_val_t alignment) noexcept { ::operator delete(element, alignment); }
 
     // Takes over name, text, attributes and copies of the children; keeps document, parent
     // and locations. `other` may be an ancestor or a descendant of this element. Linear.

@@ -7,9 +7,17 @@
 
 #include "vancorexml/main/parser/DOMElement.h"
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VANCOREXML_ADDRESS_SANITIZER
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define VANCOREXML_ADDRESS_SANITIZER
+#endif
+
 namespace {
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VANCOREXML_ADDRESS_SANITIZER
 // Every element apart, so that the use of one that is freed is seen.
 constexpr std::size_t FirstCapacity = 1;
 constexpr std::size_t MaxCapacity = 1;
@@ -20,14 +28,15 @@ constexpr std::size_t FirstCapacity = 4;
 constexpr std::size_t MaxCapacity = 1024;
 #endif
 
+// Before an element that stands alone: room for the word, and what keeps the element aligned.
+constexpr std::size_t LoneHead = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIGNMENT__, sizeof(void*));
+
 }  // namespace
 
 // Where an element stands; the word before it tells Free whose it is.
 struct ElementPages::Place {
-    Page* page;   // null for a place of its own
+    Page* page;
     alignas(DOMElement) unsigned char element[sizeof(DOMElement)];
-
-    static Place* Of(void* element) noexcept { return reinterpret_cast<Place*>(static_cast<unsigned char*>(element) - offsetof(Place, element)); }
 };
 
 struct ElementPages::Page {
@@ -43,10 +52,13 @@ struct ElementPages::Page {
     }
 };
 
+ElementPages::ElementPages() : ElementPages(FirstCapacity, MaxCapacity) {}
+
 void* ElementPages::Allocate()
 {
+    static_assert(sizeof(Page) % alignof(Place) == 0 && offsetof(Place, element) == sizeof(Page*));
     if (m_used == m_capacity) {
-        const std::size_t capacity = std::clamp(2 * m_capacity, FirstCapacity, MaxCapacity);
+        const std::size_t capacity = std::clamp(2 * m_capacity, m_first, m_most);
         void* const memory = ::operator new(sizeof(Page) + capacity * sizeof(Place));
         m_page = new (memory) Page{capacity};
         m_used = 0;
@@ -61,20 +73,22 @@ void ElementPages::Leave() noexcept
 {
     if (m_used != m_capacity)
         Page::Drop(m_page, m_capacity - m_used);
+    m_used = 0;
+    m_capacity = 0;
 }
 
 void* ElementPages::AllocateAlone(std::size_t size)
 {
-    auto* const place = static_cast<Place*>(::operator new(offsetof(Place, element) + size));
-    place->page = nullptr;
-    return place->element;
+    unsigned char* const element = static_cast<unsigned char*>(::operator new(LoneHead + size)) + LoneHead;
+    new (element - sizeof(Page*)) Page*(nullptr);
+    return element;
 }
 
 void ElementPages::Free(void* element) noexcept
 {
-    Place* const place = Place::Of(element);
-    if (place->page)
-        Page::Drop(place->page, 1);
+    unsigned char* const bytes = static_cast<unsigned char*>(element);
+    if (Page* const page = *reinterpret_cast<Page**>(bytes - sizeof(Page*)))
+        Page::Drop(page, 1);
     else
-        ::operator delete(place);
+        ::operator delete(bytes - LoneHead);
 }

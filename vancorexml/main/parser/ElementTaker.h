@@ -13,7 +13,8 @@ class ElementTaker {
 public:
     // False for text that the builder would drop, which is then not handed to it.
     virtual bool WantsText(std::u16string_view text) const noexcept = 0;
-    // The attributes of the new element, none yet, for the handler to fill at once.
+    // The attributes of the new element, none yet, for the handler to fill at once. When that
+    // fails the element keeps those that it has by then.
     virtual AttributeMap& TakeElement(const VString& name) = 0;
     virtual void TakeText(VString&& text) = 0;
 

@@ -1,0 +1,71 @@
+#include "vancorexml/main/parser/ElementPages.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "vancorexml/main/parser/DOMElement.h"
+
+namespace {
+
+// Writes the whole place, so that places that overlap or reach beyond a page show.
+void* Take(ElementPages& pages)
+{
+    void* const place = pages.Allocate();
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(place) % alignof(DOMElement), 0u);
+    std::memset(place, 0xE5, sizeof(DOMElement));
+    return place;
+}
+
+TEST(ElementPagesTest, EveryCountOfElementsDiesBeforeThePages)
+{
+    for (std::size_t count = 0; count < 40; ++count) {
+        ElementPages pages(4, 8);
+        std::vector<void*> places;
+        for (std::size_t i = 0; i < count; ++i) places.push_back(Take(pages));
+        for (void* place : places) ElementPages::Free(place);
+    }
+}
+
+TEST(ElementPagesTest, EveryCountOfElementsOutlivesThePages)
+{
+    for (std::size_t count = 0; count < 40; ++count) {
+        auto pages = std::make_unique<ElementPages>(4, 8);
+        std::vector<void*> places;
+        for (std::size_t i = 0; i < count; ++i) places.push_back(Take(*pages));
+        pages.reset();
+        while (!places.empty()) {
+            ElementPages::Free(places.back());
+            places.pop_back();
+        }
+    }
+}
+
+TEST(ElementPagesTest, PlacesAreHandedOutAgainAfterLeaving)
+{
+    for (std::size_t count = 0; count < 20; ++count) {
+        ElementPages pages(4, 8);
+        std::vector<void*> places;
+        for (int round = 0; round < 3; ++round) {
+            for (std::size_t i = 0; i < count; ++i) places.push_back(Take(pages));
+            pages.Leave();
+            pages.Leave();
+        }
+        for (void* place : places) ElementPages::Free(place);
+    }
+}
+
+TEST(ElementPagesTest, ALonePlaceIsAsLargeAndAlignedAsAnyObject)
+{
+    for (const std::size_t size : {sizeof(DOMElement), std::size_t{1000}, std::size_t{1}}) {
+        void* const place = ElementPages::AllocateAlone(size);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(place) % __STDCPP_DEFAULT_NEW_ALIGNMENT__, 0u);
+        std::memset(place, 0xE5, size);
+        ElementPages::Free(place);
+    }
+}
+
+}  // namespace
