@@ -75,7 +75,7 @@ public:
     std::unique_ptr<DOM> Parse(const std::string& text)
     {
         auto document = std::make_unique<DOM>();
-        Utf8InputSource source(text, "memory", false);
+        BorrowedInputSource source(text, "memory", false);
         const auto builder = std::make_shared<DOMBuilder>(*document, false);
         if (m_driver) {
             m_driver->Reload(source, builder);

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Turns the results of the benchmarks into ratios.
 
-bench-report.py RESULTS.json [PAGE.md CHART.svg]
+bench-report.py FOLDER [PAGE.md CHART.svg]
 
 Without a page it prints the tables. Times are medians over the repetitions; the spread is
 half the distance between the quartiles, as a share of the median.
 """
 import collections
 import json
+import pathlib
 import platform
 import statistics
 import subprocess
@@ -36,13 +37,12 @@ SECTIONS = [
 
 
 def read(path):
-    """Samples by (task, document, peer), and the heap table."""
+    """Samples by (task, document, peer), and the heap table, of all results in a folder."""
     samples = collections.defaultdict(list)
     heap = {}
     counters = collections.defaultdict(list)
-    with open(path, encoding="utf-8") as file:
-        data = json.load(file)
-    for row in data["benchmarks"]:
+    rows = [row for file in sorted(pathlib.Path(path).glob("*.json")) for row in json.loads(file.read_text(encoding="utf-8"))["benchmarks"]]
+    for row in rows:
         if row.get("run_type") != "iteration":
             continue
         parts = row["run_name"].split("/")
@@ -208,7 +208,8 @@ def main():
         "",
         "The tree is built from Xerces-C's events, so a bare Xerces-C pass over the same bytes, with an",
         "empty handler and the same features, is the floor. Every peer's answer is checked before it is",
-        "timed. Written by `scripts/bench`; the numbers are of one run.",
+        "timed; then each library runs in processes of its own, in turn. Written by `scripts/bench`; the",
+        "numbers are of one run.",
         "",
     ] + setting(max(len(times) for times in samples.values())) + ["", "![Bytes to tree](performance.svg)", ""]
     with open(sys.argv[2], "w", encoding="utf-8") as page:

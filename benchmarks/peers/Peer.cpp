@@ -1,6 +1,6 @@
 #include "benchmarks/peers/Peer.h"
 
-std::vector<std::unique_ptr<Peer>> MakePeers()
+std::vector<std::unique_ptr<Peer>> MakePeers(const std::string& name)
 {
     std::vector<std::unique_ptr<Peer>> peers;
     peers.push_back(MakeVancoreXmlPeer());
@@ -10,5 +10,6 @@ std::vector<std::unique_ptr<Peer>> MakePeers()
     peers.push_back(MakeLibxmlPeer());
     peers.push_back(MakeTinyxmlPeer());
     peers.push_back(MakePugixmlPeer());
+    if (!name.empty()) std::erase_if(peers, [&name](const std::unique_ptr<Peer>& peer) { return peer->Name() != name; });
     return peers;
 }

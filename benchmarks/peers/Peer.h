@@ -70,4 +70,5 @@ std::unique_ptr<Peer> MakeLibxmlPeer();
 std::unique_ptr<Peer> MakeTinyxmlPeer();
 std::unique_ptr<Peer> MakePugixmlPeer();
 
-std::vector<std::unique_ptr<Peer>> MakePeers();
+// All, or only the one of that name.
+std::vector<std::unique_ptr<Peer>> MakePeers(const std::string& name);
