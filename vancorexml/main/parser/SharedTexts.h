@@ -26,7 +26,7 @@ class SharedTexts {
 public:
     enum class Repeats { Surely, Perhaps };
 
-    // `limit` is a power of two, at least 64.
+    // `limit` is a power of two, at least 64 and at most 2^16.
     SharedTexts(std::size_t limit, Repeats repeats) : m_limit(limit), m_repeats(repeats) {}
 
     VString Get(std::u16string_view text)
@@ -71,8 +71,8 @@ private:
     static constexpr std::size_t UnitsInWord = sizeof(Word) / sizeof(char16_t);
 
     struct Slot {
-        // Of the text, and of the one that was looked for last and not found; parts of the
-        // hash that do not choose the slot.
+        // The upper halves of the hashes of the text, and of the one that was looked for last
+        // and not found.
         std::uint32_t tag = 0;
         std::uint32_t candidate = 0;
         VString text;
@@ -106,29 +106,22 @@ private:
         return ReadWord(a.data() + size - UnitsInWord) == ReadWord(b.data() + size - UnitsInWord);
     }
 
-    static Word Mix(Word hash, Word word) noexcept
-    {
-        // The golden ratio: an odd factor that spreads every bit upwards.
-        constexpr Word Factor = 0x9E3779B97F4A7C15;
-        hash = (hash ^ word) * Factor;
-        return hash ^ hash >> 32;
-    }
+    // The golden ratio: an odd factor that loses nothing and spreads every bit upwards.
+    static Word Mix(Word hash, Word word) noexcept { return (hash ^ word) * 0x9E3779B97F4A7C15; }
 
     static Word Hash(std::u16string_view text) noexcept
     {
         const std::size_t size = text.size();
+        if (size < UnitsInWord)
+            return size == 0 ? 0 : Mix(size, ReadFew(text));
         Word hash = size;
-        if (size < UnitsInWord) {
-            hash = size == 0 ? hash : Mix(hash, ReadFew(text));
-        } else {
-            for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord)
-                hash = Mix(hash, ReadWord(text.data() + position));
-            hash = Mix(hash, ReadWord(text.data() + size - UnitsInWord));
-        }
-        return Mix(hash, 0);  // the last unit has reached the upper bits only
+        for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord)
+            hash = Mix(hash, ReadWord(text.data() + position));
+        hash = Mix(hash, ReadWord(text.data() + size - UnitsInWord));
+        return Mix(hash, hash >> 32);  // the last units have reached the upper bits only
     }
 
-    Slot& Find(Word hash) noexcept { return m_slots[hash & (m_slots.size() - 1)]; }
+    Slot& Find(Word hash) noexcept { return m_slots[hash >> 44 & (m_slots.size() - 1)]; }
 
     void CountMiss()
     {
