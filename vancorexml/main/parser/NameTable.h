@@ -47,13 +47,14 @@ private:
     // Reads no further than the NUL.
     static bool IsSame(const VString& text, const char16_t* name) noexcept
     {
-        const char16_t* const begin = text.utf16();
-        const char16_t* i = begin;
-        while (*i == *name && *i != 0) {
+        const std::u16string_view units = text.View();
+        std::size_t i = 0;
+        for (; i + 4 <= units.size(); i += 4)
+            if (name[i] != units[i] || name[i + 1] != units[i + 1] || name[i + 2] != units[i + 2] || name[i + 3] != units[i + 3])
+                return false;
+        while (i < units.size() && name[i] == units[i])
             ++i;
-            ++name;
-        }
-        return *i == *name;
+        return i == units.size() && name[i] == 0;
     }
 
     SharedTexts m_names{NameLimit, SharedTexts::Repeats::Surely};
