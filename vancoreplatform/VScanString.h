@@ -1,6 +1,8 @@
 // Scanning a text from the left.
 #pragma once
 
+#include <cstddef>
+#include <cstring>
 #include <string_view>
 
 #include "vancoreplatform/VCType.h"
@@ -16,7 +18,11 @@ public:
     // Moves past white space as VCType::isSpace has it. Linear in what it skips.
     void skipWhitespace() noexcept
     {
-        while (m_position != m_end && VCType::isSpace(*m_position)) ++m_position;
+        while (m_position != m_end && VCType::isSpace(*m_position)) {
+            ++m_position;
+            // An indent is blanks, four at once.
+            while (static_cast<std::size_t>(m_end - m_position) >= 4 && std::memcmp(m_position, u"    ", 4 * sizeof(char16_t)) == 0) m_position += 4;
+        }
     }
     bool IsAtEnd() const noexcept { return m_position == m_end; }
 

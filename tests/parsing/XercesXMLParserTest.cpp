@@ -60,6 +60,21 @@ TEST(XercesXMLParserTest, LongTextComesWhole)
     EXPECT_EQ(ParseBytes("<a>" + text + "</a>").events, (Events{"<a>", text, "</>"}));
 }
 
+// An entity's text comes in a piece of its own, and so does an empty section.
+TEST(XercesXMLParserTest, TextInManyPiecesComesWhole)
+{
+    for (const std::size_t longest : {1, 3, 40, 300}) {
+        std::string text = "<!DOCTYPE a [<!ENTITY e 'entity'>]><a><![CDATA[]]>";
+        std::string whole;
+        for (std::size_t length = 1; length <= longest; ++length) {
+            const std::string piece(length, static_cast<char>('a' + length % 26));
+            text += piece + "&e;<![CDATA[" + piece + "]]><![CDATA[]]>";
+            whole += piece + "entity" + piece;
+        }
+        EXPECT_EQ(ParseBytes(text + "<b> </b></a>").events, (Events{"<a>", whole, "<b>", " ", "</>", "</>"}));
+    }
+}
+
 TEST(XercesXMLParserTest, NamesAndTextsStayApart)
 {
     std::string text = "<a>";

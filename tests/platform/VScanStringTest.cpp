@@ -19,6 +19,21 @@ TEST(VScanStringTest, WhiteSpaceIsSkippedToTheEnd)
     EXPECT_TRUE(IsBlank(" \t\n\v\f\r "));
 }
 
+TEST(VScanStringTest, AnIndentOfAnyWidthIsWhiteSpaceAndWhatStandsInItIsNot)
+{
+    for (int width = 0; width < 20; ++width) {
+        const std::u16string indent = u"\n" + std::u16string(static_cast<std::size_t>(width), u' ');
+        EXPECT_TRUE(IsBlank(VString(indent.data(), indent.size()))) << width;
+        for (std::size_t position = 0; position < indent.size(); ++position) {
+            std::u16string text = indent;
+            text[position] = u'x';
+            EXPECT_FALSE(IsBlank(VString(text.data(), text.size()))) << width << ' ' << position;
+            text[position] = u'\t';
+            EXPECT_TRUE(IsBlank(VString(text.data(), text.size()))) << width << ' ' << position;
+        }
+    }
+}
+
 TEST(VScanStringTest, StopsAtText)
 {
     EXPECT_FALSE(IsBlank(" x "));

@@ -2,10 +2,9 @@
 
 #include <utility>
 
-#include "vancoreplatform/VScanString.h"
 #include "vancorexml/main/parser/DOMElement.h"
 
-DOMBuilder::DOMBuilder(DOM& document, bool keepBlankText) : m_stack{&document.GetRoot()}, m_keepBlankText(keepBlankText) {}
+DOMBuilder::DOMBuilder(DOM& document, bool keepBlankText) : ElementTaker(keepBlankText), m_stack{&document.GetRoot()} {}
 
 DOMBuilder::~DOMBuilder() = default;
 
@@ -20,13 +19,6 @@ AttributeMap& DOMBuilder::TakeElement(const VString& name)
         element.SetElementStartLocation(line, column);
     }
     return element.GetAttributes();
-}
-
-bool DOMBuilder::WantsText(std::u16string_view text) const noexcept
-{
-    VScanString scan(text);
-    scan.skipWhitespace();
-    return m_keepBlankText || !scan.IsAtEnd();
 }
 
 void DOMBuilder::EndElement()

@@ -24,7 +24,6 @@ public:
     void SetLocationProvider(SAXFileLocation& provider) noexcept { m_locationProvider = &provider; }
 
     void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name) = attributes; }
-    bool WantsText(std::u16string_view text) const noexcept override;
     void TakeText(VString&& text) override;
     AttributeMap& TakeElement(const VString& name) override;
     void EndElement() override;
@@ -34,6 +33,5 @@ private:
     // The root and the open elements below it, the innermost last.
     std::vector<DOMElement*> m_stack;
     ElementPages m_pages;
-    bool m_keepBlankText;
     SAXFileLocation* m_locationProvider = nullptr;
 };

@@ -4,7 +4,6 @@
 
 #include "metrics2/Metrics.h"
 #include "vancoredata/VResource.h"
-#include "vancoreplatform/VScanString.h"
 #include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
 #include "vancorexml/main/parser/SAXInterface.h"
@@ -16,7 +15,7 @@ namespace {
 // Builds the tree from the parser's callbacks.
 class StandaloneDOMBuilder final : public SAXInterface, public ElementTaker {
 public:
-    explicit StandaloneDOMBuilder(bool keepWhitespaceText) : m_root(std::make_unique<StandaloneDOMElement>("Document")), m_open{m_root.get()}, m_keepWhitespaceText(keepWhitespaceText) {}
+    explicit StandaloneDOMBuilder(bool keepWhitespaceText) : ElementTaker(keepWhitespaceText), m_root(std::make_unique<StandaloneDOMElement>("Document")), m_open{m_root.get()} {}
 
     void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name) = attributes; }
 
@@ -30,13 +29,6 @@ public:
 
     void TakeText(VString&& text) override { m_open.back()->AppendText(text); }
 
-    bool WantsText(std::u16string_view text) const noexcept override
-    {
-        VScanString scan(text);
-        scan.skipWhitespace();
-        return m_keepWhitespaceText || !scan.IsAtEnd();
-    }
-
     void EndElement() override { m_open.pop_back(); }
 
     void Characters(const VString& text) override
@@ -49,7 +41,6 @@ public:
 private:
     std::unique_ptr<StandaloneDOMElement> m_root;
     std::vector<StandaloneDOMElement*> m_open;  // the root and the elements open now
-    bool m_keepWhitespaceText;
 };
 
 }  // namespace

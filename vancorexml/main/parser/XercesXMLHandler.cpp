@@ -1,5 +1,6 @@
 #include "vancorexml/main/parser/XercesXMLHandler.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 #include <type_traits>
@@ -58,7 +59,6 @@ XercesXMLHandler::~XercesXMLHandler() = default;
 
 void XercesXMLHandler::BeginParse()
 {
-    m_pendingText.clear();
     m_isInProlog = true;
     m_guard.Watch([this](const VString& excess) { AbandonExpansion(excess); });
 }
@@ -66,6 +66,7 @@ void XercesXMLHandler::BeginParse()
 void XercesXMLHandler::EndParse() noexcept
 {
     m_guard.Release();
+    ForgetText();
     m_names.Clear();
     m_values.Clear();
     m_texts.Clear();
@@ -88,20 +89,31 @@ void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
     m_locator = locator;
 }
 
+void XercesXMLHandler::GrowText(std::size_t length)
+{
+    m_pendingText.resize(std::max(2 * m_pendingText.size(), m_pendingLength + length + 1));
+}
+
+void XercesXMLHandler::ForgetText() noexcept
+{
+    m_pendingLength = 0;
+    if (m_pendingText.size() > KeptTextCapacity)
+        m_pendingText = std::vector<XMLCh>();
+}
+
 void XercesXMLHandler::FlushText()
 {
-    if (m_pendingText.empty())
+    if (m_pendingLength == 0)
         return;
-    if (!m_taker || m_taker->WantsText(m_pendingText)) {
-        VString text = MakeText(m_pendingText, m_texts);
+    const std::u16string_view pending(m_pendingText.data(), m_pendingLength);
+    if (!m_taker || m_taker->WantsText(pending)) {
+        VString text = MakeText(pending, m_texts);
         if (m_taker)
             m_taker->TakeText(std::move(text));
         else
             m_target->Characters(text);
     }
-    m_pendingText.clear();
-    if (m_pendingText.capacity() > KeptTextCapacity)
-        m_pendingText.shrink_to_fit();
+    ForgetText();
 }
 
 void XercesXMLHandler::PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map)
@@ -132,20 +144,16 @@ void XercesXMLHandler::startElement(const XMLCh* qname, const xercesc::RefVector
         AttributeMap map;
         PutAttributes(attributes, count, map);
         m_target->StartElement(name, map);
+        m_isDone |= m_target->IsDone();
     }
-    m_isDone |= m_target->IsDone();
 }
 
 void XercesXMLHandler::endElement()
 {
     FlushText();
     m_target->EndElement();
-    m_isDone |= m_target->IsDone();
-}
-
-void XercesXMLHandler::characters(const XMLCh* text, XMLSize_t length)
-{
-    m_pendingText.append(text, length);
+    if (!m_taker)
+        m_isDone |= m_target->IsDone();
 }
 
 void XercesXMLHandler::internalEntityDecl(const XMLCh*, const XMLCh* value)

@@ -1,8 +1,8 @@
 // From Xerces' events to the callbacks of a builder.
 #pragma once
 
+#include <cstring>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -29,14 +29,14 @@ struct ParseAbandoned {};
 // before this one dies.
 //
 // Threads: one at a time.
-class XercesXMLHandler : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver {
+class XercesXMLHandler final : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver {
 public:
     XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard);
     ~XercesXMLHandler() override;
 
-    // Forgets the text of a parse that was abandoned and bounds the entities of the next.
+    // Bounds the entities of the parse that follows.
     void BeginParse();
-    // Frees what only a parse needs.
+    // Frees what only a parse needs, and forgets the text of one that was abandoned.
     void EndParse() noexcept;
     // While the schema `id` is loaded: its entities are bounded too, and what they take from
     // elsewhere is refused.
@@ -55,7 +55,13 @@ public:
     void setDocumentLocator(const xercesc::Locator* locator) override;
     void startElement(const XMLCh* qname, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count);
     void endElement();
-    void characters(const XMLCh* text, XMLSize_t length) override;
+    void characters(const XMLCh* text, XMLSize_t length) override
+    {
+        if (length >= m_pendingText.size() - m_pendingLength)
+            GrowText(length);
+        std::memcpy(m_pendingText.data() + m_pendingLength, text, length * sizeof(XMLCh));
+        m_pendingLength += length;
+    }
 
     void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
     // Refuses the document: throws XMLParseException.
@@ -75,6 +81,10 @@ public:
     using xercesc::DefaultHandler::startElement;
 
 private:
+    // Makes room for more than that many units of text.
+    void GrowText(std::size_t length);
+    // The text is handed on, or nobody wants it. A long one's buffer is given back.
+    void ForgetText() noexcept;
     void FlushText();
     void PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map);
     // `excess` is what the entities of the document come to.
@@ -87,7 +97,9 @@ private:
     ElementTaker* m_taker;
     bool m_isDone = false;
     const xercesc::Locator* m_locator = nullptr;
-    std::u16string m_pendingText;
+    // Text that is still to be handed on, and behind it room for more.
+    std::vector<XMLCh> m_pendingText;
+    std::size_t m_pendingLength = 0;
     std::vector<VString> m_warnings;
     std::vector<VString> m_errors;
     bool m_fatallyErrored = false;
