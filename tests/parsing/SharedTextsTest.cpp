@@ -39,6 +39,21 @@ TEST(SharedTextsTest, TellsManyTextsApart)
         }
 }
 
+// Neither by their length nor by where in them they differ.
+TEST(SharedTextsTest, ShortTextsHaveSlotsOfTheirOwn)
+{
+    SharedTexts texts(1 << 16, SharedTexts::Repeats::Surely);
+    for (std::int32_t i = 0; i < 40000; ++i) texts.Get((VString("grow") + VString::number(i)).View());
+    int drivenOut = 0;
+    for (std::int32_t a = 0; a < 128; ++a)
+        for (std::int32_t b = 0; b < a; ++b) {
+            const VString kept = texts.Get(VString::number(a).View());
+            texts.Get(VString::number(b).View());
+            drivenOut += !texts.Get(VString::number(a).View()).IsSharedWith(kept);
+        }
+    EXPECT_LE(drivenOut, 1);   // of 8,128 pairs, by chance
+}
+
 TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
 {
     SharedTexts texts(128, SharedTexts::Repeats::Perhaps);

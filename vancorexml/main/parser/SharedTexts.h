@@ -56,7 +56,7 @@ public:
 
     void Clear()
     {
-        m_slots.clear();
+        m_slots = std::vector<Slot>();
         m_hits = 0;
         m_misses = 0;
         m_pause = 0;
@@ -112,9 +112,10 @@ private:
     static Word Hash(std::u16string_view text) noexcept
     {
         const std::size_t size = text.size();
+        // Spread, because a unit of another text could undo the length as it is.
+        Word hash = Mix(0, size);
         if (size < UnitsInWord)
-            return size == 0 ? 0 : Mix(size, ReadFew(text));
-        Word hash = size;
+            return size == 0 ? 0 : Mix(hash, ReadFew(text));
         for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord)
             hash = Mix(hash, ReadWord(text.data() + position));
         hash = Mix(hash, ReadWord(text.data() + size - UnitsInWord));
