@@ -10,11 +10,15 @@ install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 # What only the library's own sources include.
 set(private_headers
+    AddressSanitizer.h
     DetachedElements.h
     DOMBuilder.h
+    ElementPages.h
     ElementTaker.h
     EntityExpansionGuard.h
+    NameTable.h
     SharedTexts.h
+    SmallBlocks.h
     TwoWriteLocks.h
     Utf16InputSource.h
     XercesPlatform.h

@@ -5,28 +5,15 @@
 #include <cstddef>
 #include <new>
 
+#include "vancorexml/main/parser/AddressSanitizer.h"
 #include "vancorexml/main/parser/DOMElement.h"
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VANCOREXML_ADDRESS_SANITIZER
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define VANCOREXML_ADDRESS_SANITIZER
-#endif
 
 namespace {
 
-#ifdef VANCOREXML_ADDRESS_SANITIZER
-// Every element apart, so that the use of one that is freed is seen.
-constexpr std::size_t FirstCapacity = 1;
-constexpr std::size_t MaxCapacity = 1;
-#else
 // A small document takes little. The pages of a large one are so large that common allocators
 // merge, when one is freed, what was freed around it, while that is still in the cache.
-constexpr std::size_t FirstCapacity = 4;
-constexpr std::size_t MaxCapacity = 1024;
-#endif
+constexpr std::size_t FirstCapacity = HasAddressSanitizer ? 1 : 4;
+constexpr std::size_t MaxCapacity = HasAddressSanitizer ? 1 : 1024;
 
 // Before an element that stands alone: room for the word, and what keeps the element aligned.
 constexpr std::size_t LoneHead = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIGNMENT__, sizeof(void*));

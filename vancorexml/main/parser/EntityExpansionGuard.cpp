@@ -76,7 +76,7 @@ void* EntityExpansionGuard::allocate(XMLSize_t size)
         Abandon();
     void* block = nullptr;
     try {
-        block = ::operator new(size);
+        block = m_blocks.Allocate(size);
     } catch (...) {
         throw xercesc::OutOfMemoryException();
     }
@@ -96,7 +96,7 @@ void EntityExpansionGuard::deallocate(void* block)
         m_lastReader = nullptr;
         m_mustAbandon = IsExceeded();
     }
-    ::operator delete(block);
+    m_blocks.Free(block);
 }
 
 xercesc::MemoryManager* EntityExpansionGuard::getExceptionMemoryManager()

@@ -7,6 +7,7 @@
 #include <xercesc/framework/MemoryManager.hpp>
 
 #include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/SmallBlocks.h"
 
 // Counts the parameter entities that a document type declaration expands, and the text of all
 // the entities that a document expands. Xerces counts the general entities only, and no text:
@@ -15,8 +16,6 @@
 // parameter entity or one in an attribute. But each expansion gets a reader of its own, an
 // object larger than anything else that a declaration needs, so the memory manager that
 // Xerces is given can count them.
-//
-// It allocates as Xerces' own manager does, so either may free what the other gave.
 //
 // Ownership: Xerces refers to it, so it must outlive the reader and what that allocated.
 //
@@ -53,6 +52,7 @@ private:
     bool IsExceeded() const noexcept { return m_readers > Limit + 1 || m_text > TextLimit; }
     void Abandon();
 
+    SmallBlocks m_blocks;
     std::function<void(const VString&)> m_abandon;
     bool m_isInProlog = true;
     // Of the document itself and of the entities expanded in its declarations.

@@ -1,0 +1,87 @@
+// What is kept between parses, by the bytes that are allocated.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/SmallBlocks.h"
+
+namespace {
+
+std::size_t liveBytes = 0;
+std::size_t liveBlocks = 0;
+
+// Before each block, and as aligned as that must be.
+struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Head {
+    std::size_t size;
+};
+
+void* Allocate(std::size_t size)
+{
+    auto* const head = static_cast<Head*>(std::malloc(sizeof(Head) + size));
+    if (!head) throw std::bad_alloc();
+    head->size = size;
+    liveBytes += size;
+    ++liveBlocks;
+    return head + 1;
+}
+
+void Free(void* memory) noexcept
+{
+    if (!memory) return;
+    Head* const head = static_cast<Head*>(memory) - 1;
+    liveBytes -= head->size;
+    --liveBlocks;
+    std::free(head);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return Allocate(size); }
+void* operator new[](std::size_t size) { return Allocate(size); }
+void operator delete(void* memory) noexcept { Free(memory); }
+void operator delete[](void* memory) noexcept { Free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { Free(memory); }
+
+namespace {
+
+TEST(KeptMemoryTest, SmallBlocksKeepSomeAndGiveThemBack)
+{
+    const std::size_t before = liveBlocks;
+    {
+        std::vector<void*> used(20000);
+        const std::size_t beforeUse = liveBlocks;
+        SmallBlocks blocks;
+        for (std::size_t i = 0; i < used.size(); ++i) used[i] = blocks.Allocate(i % 200);
+        for (void* const block : used) blocks.Free(block);
+        const std::size_t kept = liveBlocks - beforeUse;
+        EXPECT_LE(kept, HasAddressSanitizer ? 0 : 600);
+        EXPECT_GE(kept, HasAddressSanitizer ? 0 : 100);
+    }
+    EXPECT_EQ(liveBlocks, before);
+}
+
+class KeptTextTest : public testing::TestWithParam<const char*> {};
+
+// The text ends with the document, or a fault behind it ends the parse.
+TEST_P(KeptTextTest, NothingOfALongTextIsKeptByTheParser)
+{
+    const std::string end = GetParam();
+    DOMParser parser;
+    parser.ParseXmlString("<a>short" + end, "id");
+    const std::size_t before = liveBytes;
+    parser.ParseXmlString("<a>" + std::string(8'000'000, 'x') + end, "id");
+    // Xerces keeps a buffer of a million code units.
+    EXPECT_LT(liveBytes, before + 3'000'000);
+}
+
+INSTANTIATE_TEST_SUITE_P(, KeptTextTest, testing::Values("</a>", "", "</b>", "&undeclared;</a>"));
+
+}  // namespace
