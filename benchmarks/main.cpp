@@ -14,8 +14,9 @@ void Require(bool right, const std::string& what)
     std::exit(1);
 }
 
-// With "--peer=NAME" as the first argument only that library is there: what the others do to the
-// heap is no business of it. Without, all answers are held against each other.
+// With "--peer=NAME" as the first argument only that library is there, beside the bare pass that
+// its answers are held against: what others leave of the heap is no business of it. Without, all
+// answers are held against each other.
 int main(int argc, char** argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";

@@ -11,7 +11,7 @@
 // a dozen of them for every element, which costs a general allocator more than all that we do
 // with the element.
 //
-// Ownership: only the object that gave a block may free it. What it keeps, some ten
+// Ownership: only the object that gave a block may free it. What it keeps, less than fifty
 // kilobytes, it gives back when it dies.
 //
 // Threads: one at a time.
