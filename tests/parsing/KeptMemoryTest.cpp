@@ -1,7 +1,6 @@
 // What is kept between parses, by the bytes that are allocated.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <new>

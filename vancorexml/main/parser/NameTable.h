@@ -44,7 +44,7 @@ private:
     // Some times the names that most vocabularies have, so that few share a slot.
     static constexpr std::size_t NameLimit = 1 << 12;
 
-    // Reads no further than the NUL.
+    // Reads no further than the NUL, which no known name has within.
     static bool IsSame(const VString& text, const char16_t* name) noexcept
     {
         const std::u16string_view units = text.View();
