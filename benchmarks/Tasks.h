@@ -16,7 +16,8 @@ void RegisterSmallDocumentTasks(const Peers& peers);
 void RegisterWriteTasks(const Peers& peers);
 void RegisterPathTasks(const Peers& peers);
 void RegisterCopyTasks(const Peers& peers);
-void RegisterValidationTasks();
+// Of that library, or of all when it is empty.
+void RegisterValidationTasks(const std::string& only);
 void RegisterSanitizerTasks();
 void RegisterDiagnosticsTasks();
 void RegisterRenameTasks();

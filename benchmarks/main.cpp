@@ -34,7 +34,7 @@ int main(int argc, char** argv)
     RegisterPathTasks(peers);
     RegisterCopyTasks(peers);
     RegisterHeapTasks(peers);
-    RegisterValidationTasks();
+    RegisterValidationTasks(peer);
     RegisterSanitizerTasks();
     RegisterDiagnosticsTasks();
     RegisterRenameTasks();

@@ -30,8 +30,7 @@ SECTIONS = [
     ("path-star", "`/a/*/c`", "pugixml"),
     ("copy", "Deep copy (and its destruction)", "libxml2"),
     ("compare", "Comparison of equal trees", "xerces-dom"),
-    ("validate", "Validation against a schema", "xerces-sax"),
-    ("validate-small", "1,000 small documents, one schema (and the destruction of their trees)", "xerces-sax"),
+    ("validate", "Validation against a schema", FLOOR),
     ("sanitize", "Colon sanitizer", "memcpy"),
 ]
 
@@ -103,29 +102,32 @@ def goals(samples, heap, counters):
         values = samples.get((task, document, peer))
         return statistics.median(values) if values else None
 
+    def shown(above, below, digits):
+        return f"{above / below:.{digits}f}" if above and below else ""
+
     def ratio(task, peer, other_task, other):
         row = []
         for document in documents:
             above, below = median(task, document, peer), median(other_task, document, other)
-            row.append(f"{above / below:.2f}" if above and below else "")
+            row.append(shown(above, below, 2))
         return row
 
     rows = [
         ("parse from memory ÷ bare Xerces-C pass", "1.40", "1.25", ratio("parse", OURS, "parse", FLOOR)),
         ("parse and destroy ÷ bare pass", "1.55", "1.35", ratio("parse-destroy", OURS, "parse-destroy", FLOOR)),
         ("parse from a file ÷ parse from memory", "1.10", "1.05", ratio("parse-file", OURS, "parse", OURS)),
-        ("heap ÷ libxml2's heap", "1.00", "0.50", [f"{heap[d, OURS] / heap[d, 'libxml2']:.2f}" if (d, OURS) in heap else "" for d in documents]),
+        ("heap ÷ libxml2's heap", "1.00", "0.50", [shown(heap.get((d, OURS)), heap.get((d, "libxml2")), 2) for d in documents]),
         ("write ÷ libxml2's write", "1.00", "pugixml", ratio("write", OURS, "write", "libxml2")),
         ("write ÷ pugixml's write", "", "1.00", ratio("write", OURS, "write", "pugixml")),
         ("`//name` ÷ pugixml's", "3", "1", ratio("path-any", OURS, "path-any", "pugixml")),
-        ("sanitizer, nothing to rewrite ÷ the parse", "0.05", "0.02", [f"{median('sanitize', d, OURS) / median('parse', d, OURS):.3f}" if median("sanitize", d, OURS) else "" for d in documents]),
+        ("sanitizer, nothing to rewrite ÷ the parse", "0.05", "0.02", [shown(median("sanitize", d, OURS), median("parse", d, OURS), 3) for d in documents]),
     ]
     lines = ["| measure | must reach | aim | " + " | ".join(documents) + " |", "|---|---|---|" + "---|" * len(documents)]
     lines += [f"| {name} | {must} | {aim} | " + " | ".join(values) + " |" for name, must, aim, values in rows]
     lines.append("")
-    validation = samples.get(("validate", "large.kxa", OURS)), samples.get(("validate", "large.kxa", FLOOR))
-    if all(validation):
-        lines.append(f"Validation ÷ bare Xerces-C validation, without the destruction of the tree: **{statistics.median(validation[0]) / statistics.median(validation[1]):.2f}** (must reach 1.15, aim 1.05).")
+    validation = {d: shown(median("validate", d, OURS), median("validate", d, FLOOR), 2) for d in ("large.kxa", "1000-small.kxa")}
+    if any(validation.values()):
+        lines.append("Validation ÷ bare Xerces-C validation: " + ", ".join(f"{d} **{v}**" for d, v in validation.items() if v) + " (must reach 1.15, aim 1.05).")
     if counters:
         each = {d: statistics.median(v) for d, v in counters.items()}
         low, high = min(each.values()), max(each.values())

@@ -1,4 +1,5 @@
-// What is kept between parses, by the bytes that are allocated.
+// What is kept between parses, by the bytes that are allocated: also by the library, where a
+// program's operator new serves its shared libraries.
 #include <gtest/gtest.h>
 
 #include <cstddef>

@@ -22,6 +22,8 @@ public:
     // The name at that address, up to its NUL. The reference is valid until the next call.
     const VString& Get(const char16_t* name)
     {
+        if (m_last.empty())
+            m_last.resize(Places);
         // Addresses are multiples of the allocator's unit.
         const auto address = reinterpret_cast<std::uintptr_t>(name);
         VString& last = m_last[(address >> 4 ^ address >> 12) % Places];
@@ -36,7 +38,7 @@ public:
     void Clear()
     {
         m_names.Clear();
-        m_last.assign(Places, VString());
+        m_last.clear();
     }
 
 private:
@@ -58,5 +60,6 @@ private:
     }
 
     SharedTexts m_names{NameLimit, SharedTexts::Repeats::Surely};
-    std::vector<VString> m_last = std::vector<VString>(Places);
+    // None before the first name: there are parsers that read many small documents.
+    std::vector<VString> m_last;
 };

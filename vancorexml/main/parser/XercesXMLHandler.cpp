@@ -59,6 +59,7 @@ XercesXMLHandler::~XercesXMLHandler() = default;
 
 void XercesXMLHandler::BeginParse()
 {
+    ForgetText();
     m_isInProlog = true;
     m_guard.Watch([this](const VString& excess) { AbandonExpansion(excess); });
 }

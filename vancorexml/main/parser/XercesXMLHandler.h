@@ -34,7 +34,7 @@ public:
     XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard);
     ~XercesXMLHandler() override;
 
-    // Bounds the entities of the parse that follows.
+    // Forgets the text of a parse whose end was never told and bounds the entities of the next.
     void BeginParse();
     // Frees what only a parse needs, and forgets the text of one that was abandoned.
     void EndParse() noexcept;
