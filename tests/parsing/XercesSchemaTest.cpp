@@ -56,6 +56,32 @@ TEST_F(XercesSchemaTest, NamesAreThoseOfTheDocument)
     }
 }
 
+// The schema knows no prefix for its default, so it comes by the local name; the tag's stays.
+TEST_F(XercesSchemaTest, ADefaultDoesNotDoubleWhatStandsInTheTag)
+{
+    const auto parser = Create("<x:a xmlns:x='u' k='1'/>");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='u' xmlns:p='u'>"
+        "<xs:attribute name='k'/>"
+        "<xs:element name='a'><xs:complexType><xs:attribute name='k'/><xs:attribute ref='p:k' default='d'/><xs:attribute name='l' default='e'/></xs:complexType></xs:element>"
+        "</xs:schema>", "schema.xsd");
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    EXPECT_EQ(handler->events, (Events{"<x:a k='1' l='e' xmlns:x='u'>", "</>"}));
+}
+
+TEST_F(XercesSchemaTest, AnAttributeThatStandsTwiceIsAFatalError)
+{
+    for (const char* const attributes : {"k='1' k='2'", "z='1' z='2'", "xmlns:p='u' xmlns:p='u'", "xmlns='' xmlns=''", "xml:lang='' xml:lang=''", "xmlns:p='u' p:z='1' p:z='2'"}) {
+        handler->events.clear();
+        const auto parser = Create("<a " + std::string(attributes) + "/>");
+        parser->LoadXSDString(Schema, "schema.xsd");
+        parser->Parse();
+        EXPECT_TRUE(parser->HasFatallyErrored()) << attributes;
+        EXPECT_EQ(handler->events, Events{}) << attributes;
+    }
+}
+
 // A reader that was used without schemas knows namespaces once it has some.
 TEST_F(XercesSchemaTest, PrefixesStayWhenSchemasComeLater)
 {

@@ -99,6 +99,8 @@ public:
     friend bool operator!=(const AttributeMap& a, const AttributeMap& b) noexcept { return !(a == b); }
 
 private:
+    friend class XercesXMLHandler;   // appends
+
     bool IsInBlock() const noexcept { return m_capacity > 1; }
     // For an empty map without a block; leaves `other` like that.
     void Take(AttributeMap& other) noexcept;

@@ -120,11 +120,17 @@ void XercesXMLHandler::FlushText()
 void XercesXMLHandler::PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map)
 {
     map.reserve(count);
+    // What stands in the tag stands there once, else Xerces refuses it, and a restored name begins
+    // with a colon. The default of a schema may have the name of one that stands there.
+    bool isOfTag = true;
     for (XMLSize_t i = 0; i < count; ++i) {
         const xercesc::XMLAttr& attribute = *attributes.elementAt(i);
         const VString& qname = m_names.Get(attribute.getQName());
         const std::u16string_view name = XercesColonSanitizer::RestoreNameView(qname.View());
-        if (name.size() == qname.View().size())
+        isOfTag = isOfTag && attribute.getSpecified();
+        if (name.size() == qname.View().size() && isOfTag)
+            map.Append(qname, MakeText(attribute.getValue(), m_values));
+        else if (name.size() == qname.View().size())
             map.try_emplace(qname, MakeText(attribute.getValue(), m_values));
         else if (!name.empty())
             map.try_emplace(m_names.Get(name), MakeText(attribute.getValue(), m_values));
