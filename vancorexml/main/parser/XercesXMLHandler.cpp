@@ -120,17 +120,18 @@ void XercesXMLHandler::FlushText()
 void XercesXMLHandler::PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map)
 {
     map.reserve(count);
-    // What stands in the tag stands there once, else Xerces refuses it, and a restored name begins
-    // with a colon. The default of a schema may have the name of one that stands there.
+    // What stands in the tag stands there once, else Xerces refuses it. A restored name, or the
+    // default of a schema, may be that of another.
     bool isOfTag = true;
     for (XMLSize_t i = 0; i < count; ++i) {
         const xercesc::XMLAttr& attribute = *attributes.elementAt(i);
         const VString& qname = m_names.Get(attribute.getQName());
         const std::u16string_view name = XercesColonSanitizer::RestoreNameView(qname.View());
-        isOfTag = isOfTag && attribute.getSpecified();
-        if (name.size() == qname.View().size() && isOfTag)
+        const bool isRestored = name.size() != qname.View().size();
+        isOfTag = isOfTag && !isRestored && attribute.getSpecified();
+        if (isOfTag)
             map.Append(qname, MakeText(attribute.getValue(), m_values));
-        else if (name.size() == qname.View().size())
+        else if (!isRestored)
             map.try_emplace(qname, MakeText(attribute.getValue(), m_values));
         else if (!name.empty())
             map.try_emplace(m_names.Get(name), MakeText(attribute.getValue(), m_values));
