@@ -11,12 +11,16 @@ install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 # What only the library's own sources include.
 set(private_headers
     AddressSanitizer.h
-    DetachedElements.h
+    DiagnosticRecords.h
+    DiagnosticsIndex.h
+    DocumentDiagnostics.h
     DOMBuilder.h
+    ElementLinks.h
     ElementPages.h
     ElementTaker.h
     EntityExpansionGuard.h
     NameTable.h
+    OrderedMarks.h
     SharedTexts.h
     SmallBlocks.h
     TwoWriteLocks.h

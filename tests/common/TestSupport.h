@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
@@ -77,6 +78,20 @@ public:
 
 private:
     QTemporaryDir m_folder;
+};
+
+// Fails the test when the process uses more CPU time than this while it lives. For costs that a
+// slow build, such as a sanitizer's, multiplies by less than the limit leaves room for.
+class CpuTimeLimit {
+public:
+    explicit CpuTimeLimit(double seconds) : m_seconds(seconds) {}
+    ~CpuTimeLimit() { EXPECT_LT(static_cast<double>(std::clock() - m_start) / CLOCKS_PER_SEC, m_seconds) << "seconds of CPU time"; }
+    CpuTimeLimit(const CpuTimeLimit&) = delete;
+    CpuTimeLimit& operator=(const CpuTimeLimit&) = delete;
+
+private:
+    double m_seconds;
+    std::clock_t m_start = std::clock();
 };
 
 }  // namespace testsupport

@@ -34,6 +34,21 @@ void ExpectAsPlain(const DOM& document, const DOMElement& element)
     ASSERT_EQ(element.HasWarnings(), Plain(DOMTestAccess::Warnings(document), element, [](const WarningRecord&) { return true; }));
 }
 
+// Clears the errors of `element` and expects that exactly its subtree's went.
+void ClearErrorsAsPlain(const DOM& document, DOMElement& element)
+{
+    std::vector<const DOMElement*> subtree{&element};
+    for (std::size_t i = 0; i < subtree.size(); ++i)
+        subtree.insert(subtree.end(), subtree[i]->GetChildren().begin(), subtree[i]->GetChildren().end());
+    std::size_t left = 0;
+    for (const auto& [key, records] : DOMTestAccess::Errors(document))
+        left += !element.IsRootNode() && std::find(subtree.begin(), subtree.end(), key) == subtree.end();
+    element.ClearErrors();
+    ASSERT_EQ(DOMTestAccess::ErrorEntries(document), left);
+    for (const DOMElement* cleared : subtree)
+        ASSERT_EQ(DOMTestAccess::Errors(document).count(cleared), 0u);
+}
+
 // Two documents, a tree without one, elements outside of any; random changes.
 class World {
 public:
@@ -147,7 +162,7 @@ private:
             return;
         switch (Below(4)) {
         case 0:
-            element.ClearErrors();
+            ClearErrorsAsPlain(*element.GetDOMManager(), element);
             break;
         case 1:
             element.ClearWarnings();
@@ -280,3 +295,110 @@ TEST(DiagnosticsIndexTest, RecordsMayBeAddedBetweenQuestions)
     EXPECT_TRUE(top.HasErrors());
     EXPECT_FALSE(top.HasWarnings());
 }
+
+namespace {
+
+constexpr int Many = 20000;
+
+struct ShapeRow {
+    const char* name;
+    // Adds an element to the tree and returns it; `last` is the one that was added before.
+    DOMElement& (*add)(DOMElement& top, DOMElement& last);
+};
+
+const ShapeRow shapeRows[] = {
+    {"Flat", [](DOMElement& top, DOMElement&) -> DOMElement& { return top.AddNewChild("item", nullptr); }},
+    {"Deep", [](DOMElement&, DOMElement& last) -> DOMElement& { return last.AddNewChild("level", nullptr); }},
+};
+
+// An index that is rebuilt for every element visits Many * Many elements, which takes a minute.
+class DiagnosticsIndexCostTest : public testing::TestWithParam<ShapeRow> {
+protected:
+    DiagnosticsIndexCostTest()
+    {
+        DOMElement* last = &top;
+        for (int i = 0; i < Many; ++i) {
+            last = &GetParam().add(top, *last);
+            elements.push_back(last);
+            AddError(*last, "e");
+        }
+    }
+
+    const testsupport::CpuTimeLimit limit{15};
+    DOM document;
+    DOMElement& top = document.GetRoot().AddNewChild("top", nullptr);
+    std::vector<DOMElement*> elements;
+};
+
+}  // namespace
+
+TEST_P(DiagnosticsIndexCostTest, ClearsThatClearNothing)
+{
+    DOMElement& empty = document.GetRoot().AddNewChild("empty", nullptr);
+    empty.AddNewChild("child", nullptr);
+    for (const DOMElement* element : elements) {
+        ASSERT_TRUE(element->HasErrors());
+        empty.ClearErrors();
+        elements.front()->ClearWarnings();
+    }
+}
+
+TEST_P(DiagnosticsIndexCostTest, ClearsReportsAndQuestionsForEveryElement)
+{
+    for (DOMElement* element : elements) {
+        element->ClearErrors();
+        ASSERT_FALSE(element->HasErrors());
+        AddError(*element, "again");
+        ASSERT_TRUE(element->HasErrors());
+        ASSERT_TRUE(top.HasUnreportedErrors());
+        ASSERT_FALSE(document.HasCancelErrors());
+    }
+}
+
+TEST_P(DiagnosticsIndexCostTest, ClearsOfTheWholeBetweenReports)
+{
+    for (DOMElement* element : elements) {
+        top.ClearErrors();
+        ASSERT_FALSE(top.HasErrors());
+        AddError(*element, "again");
+        ASSERT_TRUE(top.HasErrors());
+        document.ClearErrors();
+        element->Error("cancelled", Info(1), true, true);
+        ASSERT_TRUE(top.HasCancelErrors());
+    }
+}
+
+TEST_P(DiagnosticsIndexCostTest, CopiesThatDieBetweenQuestions)
+{
+    DOMElement& item = document.GetRoot().AddNewChild("item", nullptr);
+    AddError(item, "e");
+    for (const DOMElement* element : elements) {
+        const DOMElement copy(item);
+        ASSERT_TRUE(copy.HasErrors() && element->HasErrors());
+    }
+}
+
+TEST_P(DiagnosticsIndexCostTest, RemovedChildrenThatComeBackBetweenQuestions)
+{
+    DOMElement& list = document.GetRoot().AddNewChild("list", nullptr);
+    AddError(list.AddNewChild("item", nullptr), "e");
+    for (const DOMElement* element : elements) {
+        std::unique_ptr<DOMElement> removed = list.RemoveChild("item");
+        ASSERT_TRUE(list.HasErrors() && element->HasErrors());
+        list.AppendChild(std::move(removed));
+        ASSERT_TRUE(list.HasErrors() && element->HasErrors());
+    }
+}
+
+TEST_P(DiagnosticsIndexCostTest, NewElementsBetweenQuestions)
+{
+    DOMElement* last = elements.back();
+    for (int i = 0; i < Many; ++i) {
+        last = &GetParam().add(top, *last);
+        ASSERT_FALSE(last->HasErrors());
+        AddError(*last, "e");
+        ASSERT_TRUE(last->HasErrors());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, DiagnosticsIndexCostTest, testing::ValuesIn(shapeRows), [](const auto& row) { return row.param.name; });

@@ -9,22 +9,26 @@
 #include "tests/common/TestSupport.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
+#include "vancorexml/main/parser/DocumentDiagnostics.h"
+#include "vancorexml/main/parser/ElementLinks.h"
 
 class DOMTestAccess {
 public:
-    static void Copy(DOM& document, const DOMElement& source, const DOMElement* target) { document.CopyErrorsAndWarningsForNode(source, target); }
+    static DocumentDiagnostics& Diagnostics(const DOM& document) { return *document.m_diagnostics; }
+    static void Copy(DOM& document, const DOMElement& source, const DOMElement* target) { Diagnostics(document).CopyErrorsAndWarningsForNode(source, target); }
     static void Adopt(DOM& document, const DOMElement& node, const DOMElement* target) { document.AdoptErrorsAndWarningsForNode(node, target); }
-    static void MoveAll(DOM& document, DOM& other) { document.MoveErrorsAndWarningsTo(other); }
-    static void Push(DOM& document, const DOMElement& element, const VString& message) { document.PushError(element, message, VError::ErrorInfo(), false, false); }
-    static void Collect(const DOM& document, const DOMElement& element, std::list<VString>& messages) { document.GetErrors(element, messages); }
+    static void MoveAll(DOM& document, DOM& other) { Diagnostics(document).MoveErrorsAndWarningsTo(Diagnostics(other)); }
+    static void Push(DOM& document, const DOMElement& element, const VString& message) { Diagnostics(document).PushError(element, message, VError::ErrorInfo(), false, false); }
+    static void Collect(const DOM& document, const DOMElement& element, std::list<VString>& messages) { Diagnostics(document).GetErrors(element, messages); }
     static std::unique_ptr<DOMElement> TakeRoot(DOM& document) { return std::move(document.m_root); }
     static void GiveRoot(DOM& document, std::unique_ptr<DOMElement> root) { document.m_root = std::move(root); }
-    static std::size_t ErrorEntries(const DOM& document) { return document.m_errors.size(); }
-    static std::size_t WarningEntries(const DOM& document) { return document.m_warnings.size(); }
+    static const auto& Errors(const DOM& document) { return Diagnostics(document).m_errors; }
+    static const auto& Warnings(const DOM& document) { return Diagnostics(document).m_warnings; }
+    static std::size_t ErrorEntries(const DOM& document) { return Errors(document).size(); }
+    static std::size_t WarningEntries(const DOM& document) { return Warnings(document).size(); }
     static VReadWriteLock& Lock(const DOM& document) { return document.m_lock; }
-    static bool HasRecords(const DOM& document) { return document.HasRecords(); }
-    static const auto& Errors(const DOM& document) { return document.m_errors; }
-    static const auto& Warnings(const DOM& document) { return document.m_warnings; }
+    static std::mutex& LinkedElementsMutex(const DOM& document) { return document.m_linkedElements->mutex; }
+    static bool HasRecords(const DOM& document) { return Diagnostics(document).HasRecords(); }
     static void AddFieldRename(DOM& document, const FieldName& from, const FieldName& to) { document.m_fieldRenames[from] = to; }
 };
 

@@ -226,7 +226,7 @@ TEST(ElementThreadTest, CopiesAreMadeByManyReaders)
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 2u);
 }
 
-// Each thread has documents of its own; what they share is the registry of detached elements.
+// Each thread has documents of its own.
 TEST(ElementThreadTest, ElementsLeaveTheirTreesOnManyThreads)
 {
     OnThreads([](int) {
@@ -244,4 +244,57 @@ TEST(ElementThreadTest, ElementsLeaveTheirTreesOnManyThreads)
             EXPECT_EQ(Strings(to.GetErrors()), (Texts{"b"}));
         }
     });
+}
+
+// Were there a lock that two documents share, the other thread would wait for it for ever.
+TEST(ElementThreadTest, ADocumentWorksWhileAllLocksOfAnotherAreHeld)
+{
+    DOM other;
+    Fill(other);
+    const DOMElement copy(*other.GetDocumentRoot());
+    const VWriteLocker writing(DOMTestAccess::Lock(other));
+    const std::lock_guard<std::mutex> linking(DOMTestAccess::LinkedElementsMutex(other));
+    std::thread([] {
+        DOM document;
+        Fill(document);
+        const std::unique_ptr<DOMElement> removed = document.GetDocumentRoot()->RemoveChild("b");
+        const DOMElement copyOfA(*document.GetDocumentRoot());
+        EXPECT_TRUE(document.GetDocumentRoot()->HasErrors());
+        DOM target;
+        target.DeepCopy(document);
+        target.GetRoot().AppendChild(document.GetRoot().RemoveChild("a"));
+        EXPECT_EQ(Strings(target.GetErrors()), (Texts{"a", "a"}));
+    }).join();
+}
+
+// The document has records for elements that went into a tree without a document.
+TEST(ElementThreadTest, ADocumentAndElementsThatItStillHasRecordsForDieAtOnce)
+{
+    for (int i = 0; i < 300; ++i) {
+        auto document = std::make_unique<DOM>();
+        Fill(*document);
+        auto free = std::make_unique<DOMElement>("free");
+        free->AppendChild(document->GetRoot().RemoveChild("a"));
+        EXPECT_EQ(DOMTestAccess::ErrorEntries(*document), 2u);
+        std::thread other([&free] { free.reset(); });
+        document.reset();
+        other.join();
+    }
+}
+
+TEST(ElementThreadTest, RemovedChildrenDieWhileTheirOldParentLosesOthers)
+{
+    DOM document;
+    DOMElement& parent = document.GetRoot().AddNewChild("parent", nullptr);
+    for (int i = 0; i < 1000; ++i)
+        AddError(parent.AddNewChild("child", nullptr), "e");
+    std::vector<std::unique_ptr<DOMElement>> removed;
+    for (int i = 0; i < 500; ++i)
+        removed.push_back(parent.RemoveChild("child"));
+    std::thread other([&removed] { removed.clear(); });
+    std::vector<std::unique_ptr<DOMElement>> others;
+    for (int i = 0; i < 500; ++i)
+        others.push_back(parent.RemoveChild("child"));
+    other.join();
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 500u);
 }

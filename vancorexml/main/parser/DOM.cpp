@@ -1,7 +1,8 @@
 #include "vancorexml/main/parser/DOM.h"
 
 #include "vancorexml/main/parser/DOMElementSearch.h"
-#include "vancorexml/main/parser/DetachedElements.h"
+#include "vancorexml/main/parser/DocumentDiagnostics.h"
+#include "vancorexml/main/parser/ElementLinks.h"
 #include "vancorexml/main/parser/TwoWriteLocks.h"
 #include "vansys/LogicException.h"
 
@@ -12,17 +13,21 @@ constexpr int SearchDepth = 1000;
 
 }  // namespace
 
-DOM::DOM(bool restrictExternalPaths) : m_root(std::make_unique<DOMElement>(VString("Document"))), m_restrictExternalPaths(restrictExternalPaths), m_topElement(m_root.get())
+DOM::DOM(bool restrictExternalPaths)
+    : m_root(std::make_unique<DOMElement>(VString("Document"))),
+      m_diagnostics(std::make_unique<DocumentDiagnostics>(*this, m_lock, *m_root)),
+      m_restrictExternalPaths(restrictExternalPaths),
+      m_linkedElements(std::make_unique<LinkedElements>())
 {
     m_root->m_manager = this;
 }
 
 DOM::~DOM()
 {
-    // While everything that the elements turn to is still there.
+    m_diagnostics->CutTies();
+    // The elements use the other members while they die.
     m_root.reset();
-    if (m_isLinkedFromOutside)
-        DetachedElements::DocumentDies(*this);
+    DOMElement::DocumentDies(*this);
 }
 
 DOMElement* DOM::GetDocumentRoot() noexcept
@@ -52,7 +57,7 @@ void DOM::DeepCopy(const DOM& dom)
         ThrowLogicException(SourceFile, 38, "m_root", MakeLogicError(0xE9B29E95));
     if (!dom.m_root)
         ThrowLogicException(SourceFile, 39, "dom.m_root", MakeLogicError(0x41ACEBB0));
-    ClearAllErrorsAndWarnings();
+    m_diagnostics->ClearAllErrorsAndWarnings();
     *m_root = *dom.m_root;
     m_fieldRenames = dom.m_fieldRenames;
     m_captionRenames = dom.m_captionRenames;

@@ -1,23 +1,21 @@
 // The document.
 #pragma once
 
-#include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <map>
 #include <memory>
-#include <unordered_map>
 
 #include "vancoredata/FieldName.h"
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/DOMElement.h"
-#include "vancorexml/main/parser/DiagnosticRecords.h"
-#include "vancorexml/main/parser/DiagnosticsIndex.h"
 #include "vancorexml/main/parser/PathRenames.h"
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vansys/VError.h"
 #include "vansys/VReadWriteLock.h"
+
+class DocumentDiagnostics;
+struct LinkedElements;
 
 // A document: one tree of elements under a synthetic topmost element named "Document", the
 // errors and warnings recorded for them, and the names and paths that were renamed.
@@ -118,57 +116,12 @@ protected:
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:
+    // An element forwards what concerns its document, and the records of two documents are used together.
     friend class DOMElement;
-    friend class DetachedElements;
-    friend class DiagnosticsIndex;
+    friend class DocumentDiagnostics;
     friend class DOMTestAccess;
 
     using NameMap = std::map<VString, VString>;
-    template <typename Record>
-    using RecordMap = std::unordered_map<const DOMElement*, DiagnosticRecords<Record>>;
-    using ErrorMap = RecordMap<ErrorRecord>;
-    using WarningMap = RecordMap<WarningRecord>;
-
-    void PushError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported, bool cancel);
-    void InsertError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported);
-    void PushWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info);
-    void InsertWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info);
-    bool HasErrors(const DOMElement& element) const;
-    bool HasUnreportedErrors(const DOMElement& element) const;
-    bool HasCancelErrors(const DOMElement& element) const;
-    bool HasOnlyCancelErrors(const DOMElement& element) const;
-    bool HasWarnings(const DOMElement& element) const;
-    void GetErrors(const DOMElement& element, std::list<VString>& messages) const;
-    void GetWarnings(const DOMElement& element, std::list<VString>& messages) const;
-    void GetMetadataForErrors(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const;
-    void GetMetadataForWarnings(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const;
-    void ClearErrors(const DOMElement& element);
-    void ClearWarnings(const DOMElement& element);
-    void EraseErrorsAndWarningsForNode(const DOMElement& element);
-    void ClearAllErrorsAndWarnings();
-    void CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElement* target);
-    void MoveErrorsAndWarningsTo(DOM& other);
-
-    // Without a lock: whether anything at all is recorded, so that trees without
-    // diagnostics pay one test.
-    bool HasRecords() const noexcept { return m_hasRecords.load(std::memory_order_acquire); }
-    // What the death of an element of this document means for the records.
-    void ForgetElement(const DOMElement& element);
-    // Gives the subtrees, which have one document (or none) now, to `now`: their records
-    // move with them. Stays without effect when it throws.
-    static void Retarget(const std::unique_ptr<DOMElement>* first, std::size_t count, DOM* now);
-    static void MoveRecords(const std::unique_ptr<DOMElement>* first, std::size_t count, DOM& old, DOM* now);
-    void TakeRecords(DOM& from, const DOMElement& node, const DOMElement& key) noexcept;
-    void MakeRoomForRecords(std::size_t count);
-    bool HasRecordsOf(const DOMElement& element) const { return m_errors.count(&element) != 0 || m_warnings.count(&element) != 0; }
-    // A record was added to `element`: these bits of DiagnosticsIndex now hold for it.
-    void NoteRecord(const DOMElement& element, std::uint8_t bits);
-    // The union of the bits of all records of the subtree; of the document for a root.
-    std::uint8_t GetBits(const DOMElement& element) const;
-    // The maps were changed by more than adding a record.
-    void NoteRecordsChanged() noexcept;
-    // Sees to it that records under an element of another document go when it dies.
-    void NoteKey(const DOMElement& key);
 
     std::unique_ptr<DOMElement> m_root;
 
@@ -178,8 +131,8 @@ private:
     NameMap m_dataSourceRenames;
     NameMap m_dataConnectionRenames;
     NameMap m_mapSourceRenames;
-    ErrorMap m_errors;
-    WarningMap m_warnings;
+    // Errors and warnings. Uses m_lock itself.
+    std::unique_ptr<DocumentDiagnostics> m_diagnostics;
     PathRenames m_pathRenames;
     VString m_protectedDataSourceName;
     std::int32_t m_dsValidationCancelType = 0;
@@ -187,11 +140,6 @@ private:
 
     mutable VReadWriteLock m_lock{0};
 
-    // The root also while m_root is being reset: its destructor must know itself.
-    const DOMElement* m_topElement = nullptr;
-    // Changed under the write lock; false only when both maps are empty.
-    std::atomic<bool> m_hasRecords{false};
-    // Set, and never taken back, when DetachedElements first holds a link to this document.
-    std::atomic<bool> m_isLinkedFromOutside{false};
-    mutable DiagnosticsIndex m_index;
+    // The elements outside of the tree that link to this document. Guarded by its own mutex.
+    std::unique_ptr<LinkedElements> m_linkedElements;
 };

@@ -5,13 +5,14 @@
 #include <utility>
 
 #include "vancorexml/main/parser/DOM.h"
-#include "vancorexml/main/parser/DetachedElements.h"
+#include "vancorexml/main/parser/DocumentDiagnostics.h"
+#include "vancorexml/main/parser/ElementLinks.h"
 #include "vancorexml/main/parser/ElementPages.h"
 #include "vansys/LogicException.h"
 
 #if defined(__GLIBCXX__) && defined(__LP64__)
-// With the word before it, 112 bytes an element of a parse; documents have millions.
-static_assert(sizeof(DOMElement) == 104);
+// With the word before it, 120 bytes an element of a parse; documents have millions.
+static_assert(sizeof(DOMElement) == 112);
 #endif
 
 namespace {
@@ -21,6 +22,11 @@ constexpr char SourceFile[] = "vancorexml\\main\\parser\\DOMElement";
 [[noreturn]] void ThrowMissing(const VString& name, std::uint32_t code, const char* key)
 {
     throw DOMException(name, VError::ErrorInfo(VantoraError::MakeError(code, key), VError::ErrorSource::Caller, VError::StatusCode::Unknown));
+}
+
+[[noreturn]] void ThrowOwnDescendant()
+{
+    ThrowLogicException(SourceFile, 420, "An element cannot become its own descendant.", MakeLogicError(0x7A41C0D3));
 }
 
 void LogMissingBefore()
@@ -62,24 +68,19 @@ DOMElement::DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent
 // The other constructor completes the object, so that a failure here runs the destructor.
 DOMElement::DOMElement(const DOMElement& other) : DOMElement(other, other.m_manager, nullptr)
 {
-    if (m_manager) {
-        DetachedElements::Add(*this);
-        m_manager->CopyErrorsAndWarningsForNode(other, this);
-    }
+    Detach();
+    if (m_manager)
+        m_manager->m_diagnostics->CopyErrorsAndWarningsForNode(other, this);
     CopyChildrenOf(other, m_children);
 }
 
 DOMElement::~DOMElement()
 {
-    if (m_manager && m_manager->HasRecords())
-        m_manager->ForgetElement(*this);
-    if (m_hasStrayRecords)
-        DetachedElements::StrayDies(*this);
+    if (m_manager)
+        m_manager->m_diagnostics->ElementDies(*this);
     DestroyChildren();
-    if (m_hasDetachedChildren)
-        DetachedElements::ParentDies(*this);
-    if (m_detached)
-        DetachedElements::Remove(*this, m_manager, m_parent);
+    if (m_links)
+        CutLinks();
 }
 
 DOMElement& DOMElement::operator=(const DOMElement& other)
@@ -92,7 +93,7 @@ DOMElement& DOMElement::operator=(const DOMElement& other)
     Children children;
     CopyChildrenOf(other, children);
     if (m_manager)
-        m_manager->CopyErrorsAndWarningsForNode(other, this);
+        m_manager->m_diagnostics->CopyErrorsAndWarningsForNode(other, this);
     SetName(other.m_name);
     SetText(other.m_text, false);
     m_attributes.swap(attributes);
@@ -141,7 +142,7 @@ void DOMElement::CopyChildrenOf(const DOMElement& source, Children& into)
         pending.into->push_back(std::unique_ptr<DOMElement>(new (pages) DOMElement(*pending.source, m_manager, pending.parent)));
         DOMElement& copy = *pending.into->back();
         if (m_manager)
-            m_manager->CopyErrorsAndWarningsForNode(*pending.source, &copy);
+            m_manager->m_diagnostics->CopyErrorsAndWarningsForNode(*pending.source, &copy);
         pushChildren(*pending.source, copy, copy.m_children);
     }
 }
@@ -157,22 +158,6 @@ void DOMElement::DestroyChildren() noexcept
             return;
         i = i->m_parent;
         i->m_children.pop_back();
-    }
-}
-
-// The links that are being replaced serve, until then, as the list of what is still to do.
-void DOMElement::SetManager(DOM* manager) noexcept
-{
-    DOMElement* next = this;
-    m_manager = nullptr;
-    while (next) {
-        DOMElement& element = *next;
-        next = reinterpret_cast<DOMElement*>(element.m_manager);
-        element.m_manager = manager;
-        for (const std::unique_ptr<DOMElement>& child : element.m_children) {
-            child->m_manager = reinterpret_cast<DOM*>(next);
-            next = child.get();
-        }
     }
 }
 
@@ -265,9 +250,9 @@ DOMElement& DOMElement::InsertChild(std::unique_ptr<DOMElement>&& child, const D
     MakeRoom(1);
     DOM* const oldManager = element.m_manager;
     if (oldManager != m_manager)
-        DOM::Retarget(&child, 1, m_manager);
-    if (element.m_detached)
-        DetachedElements::Remove(element, oldManager, element.m_parent);
+        ChangeDocument(&child, 1);
+    if (element.m_links)
+        element.EndDetachment(oldManager);
     return Place(std::move(child), before);
 }
 
@@ -324,7 +309,7 @@ const DOMElement& DOMElement::GetRequiredChildByAttr(const VString& attrName, co
 std::unique_ptr<DOMElement> DOMElement::RemoveChild(DOMElement& child)
 {
     const Children::iterator position = RequireChild(child);
-    DetachedElements::Add(child);
+    child.Detach();
     std::unique_ptr<DOMElement> removed = std::move(*position);
     m_children.erase(position);
     return removed;
@@ -340,11 +325,11 @@ std::vector<std::unique_ptr<DOMElement>> DOMElement::RemoveChildren()
 {
     for (auto i = m_children.begin(); i != m_children.end(); ++i) {
         try {
-            DetachedElements::Add(**i);
+            (*i)->Detach();
         } catch (...) {
             while (i != m_children.begin()) {
                 --i;
-                DetachedElements::Remove(**i, m_manager, this);
+                (*i)->EndDetachment(m_manager);
             }
             throw;
         }
@@ -399,13 +384,13 @@ void DOMElement::AdoptChildren(DOMElement& other, const DOMElement* before)
 {
     if (&other == this || other.m_children.empty())
         return;
-    // One climb finds whichever of them this element stands below.
-    for (const DOMElement* i = this; i; i = i->m_parent)
-        if (i->m_parent == &other && !i->m_detached)
-            RequireNotBelow(*i);
+    if (IsAtOrBelow(other))
+        for (const DOMElement* i = this; i; i = i->m_parent)
+            if (i->m_parent == &other && !i->IsRemovedChild())
+                ThrowOwnDescendant();
     MakeRoom(other.m_children.size());
     if (other.m_manager != m_manager)
-        DOM::Retarget(other.m_children.data(), other.m_children.size(), m_manager);
+        ChangeDocument(other.m_children.data(), other.m_children.size());
     PlaceAll(std::exchange(other.m_children, Children()), before);
 }
 
@@ -458,12 +443,13 @@ DOMElement* DOMElement::FindChildByName(const VString& name) const noexcept
 
 void DOMElement::RequireNotBelow(const DOMElement& child) const
 {
-    bool isBelow = this == &child;
-    // Only what something points to as its parent can be above anything.
-    if (!child.m_children.empty() || child.m_hasDetachedChildren)
-        isBelow = isBelow || IsChildOf(child);
-    if (isBelow)
-        ThrowLogicException(SourceFile, 420, "An element cannot become its own descendant.", MakeLogicError(0x7A41C0D3));
+    if (IsAtOrBelow(child))
+        ThrowOwnDescendant();
+}
+
+bool DOMElement::IsAtOrBelow(const DOMElement& top) const
+{
+    return this == &top || ((top.HasChildren() || top.IsRemembered()) && IsChildOf(top));
 }
 
 void DOMElement::Grow(std::size_t count)
@@ -476,7 +462,7 @@ void DOMElement::Grow(std::size_t count)
 void DOMElement::Link(DOMElement& child) noexcept
 {
     if (m_manager)
-        m_manager->m_index.ElementMoves(child);
+        m_manager->m_diagnostics->ElementMoves(child);
     child.m_parent = this;
 }
 
@@ -498,7 +484,7 @@ void DOMElement::MoveChild(DOMElement& child, DOMElement& newParent, const DOMEl
     newParent.RequireNotBelow(child);
     newParent.MakeRoom(1);
     if (m_manager != newParent.m_manager)
-        DOM::Retarget(&m_children[static_cast<std::size_t>(position)], 1, newParent.m_manager);
+        newParent.ChangeDocument(&m_children[static_cast<std::size_t>(position)], 1);
     std::unique_ptr<DOMElement> moved = std::move(m_children[static_cast<std::size_t>(position)]);
     m_children.erase(m_children.begin() + position);
     newParent.Place(std::move(moved), before);

@@ -17,7 +17,10 @@
 #include "vansys/VError.h"
 
 class DOM;
+class DocumentDiagnostics;
 class ElementPages;
+struct ElementLinks;
+struct LinkedElements;
 
 // The node of a document tree: a name, a text, attributes, owned children.
 //
@@ -87,6 +90,8 @@ public:
     // Has no parent.
     bool IsRootNode() const noexcept { return m_parent == nullptr; }
     bool HasChildren() const noexcept { return !m_children.empty(); }
+    // True for an element that was removed from its parent's children and still links to it.
+    bool IsRemovedChild() const noexcept;
 
     DOMElement* GetParent() noexcept { return m_parent; }
     const DOMElement* GetParent() const noexcept { return m_parent; }
@@ -233,7 +238,7 @@ private:
     friend class DOM;
     friend class DOMBuilder;
     friend class DOMElementChildren;
-    friend class DetachedElements;
+    friend class DocumentDiagnostics;
 
     using Children = std::vector<std::unique_ptr<DOMElement>>;
 
@@ -248,8 +253,28 @@ private:
     // `into`; they get this element's document and this element as their parent.
     void CopyChildrenOf(const DOMElement& source, Children& into);
     void DestroyChildren() noexcept;
-    // Gives the whole subtree that document, needing neither memory nor stack.
+    // Sets the document of the whole subtree, without allocating and without recursion.
     void SetManager(DOM* manager) noexcept;
+    // Moves the subtrees, which have one document (or none), to this element's document. When it
+    // throws, nothing has changed.
+    void ChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count);
+    DocumentDiagnostics& RequireDiagnostics(const char* operation, int line, std::uint32_t code) const;
+
+    // The links that the tree does not keep up to date: see ElementLinks.
+    ElementLinks& GetLinks() const;
+    // Null for null.
+    static LinkedElements* LinkedElementsOf(DOM* manager) noexcept;
+    // A removed child still has this element as its parent.
+    bool IsRemembered() const;
+    // Before this element leaves its parent's children, or when it is a new copy. When it throws,
+    // nothing has changed.
+    void Detach();
+    // Before the element gets another parent. `manager` is its document until now.
+    void EndDetachment(DOM* manager) noexcept;
+    // Makes the links to this dying element null.
+    void CutLinks() noexcept;
+    // Makes the links to a dying document null.
+    static void DocumentDies(DOM& document) noexcept;
 
     // Where the child stands, or the end.
     Children::iterator FindChild(const DOMElement& child);
@@ -257,6 +282,7 @@ private:
     DOMElement* FindChildByName(const VString& name) const noexcept;
     // Raises a LogicException when `child` is this element or above it.
     void RequireNotBelow(const DOMElement& child) const;
+    bool IsAtOrBelow(const DOMElement& top) const;
     // A new child at the end.
     DOMElement& AddNewChild(const VString& name, ElementPages& pages);
     DOMElement& TakeNewChild(std::unique_ptr<DOMElement>&& child) noexcept;
@@ -284,10 +310,6 @@ private:
     std::int32_t m_endLine = 0;
     std::int32_t m_endColumn = 0;
     bool m_encoded = false;
-    // This element is registered as one that keeps links without being in a tree.
-    bool m_detached = false;
-    // A detached element keeps, or kept, this one as its parent.
-    bool m_hasDetachedChildren = false;
-    // Another document than the manager has, or had, records under this element.
-    mutable bool m_hasStrayRecords = false;
+    // Null for most elements.
+    mutable std::unique_ptr<ElementLinks> m_links;
 };

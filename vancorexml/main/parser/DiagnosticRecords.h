@@ -2,11 +2,23 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
 #include "vancoreplatform/VString.h"
 #include "vansys/VError.h"
+
+// The kinds of diagnostics that the Has… queries tell apart, as bits of a DiagnosticKinds.
+enum DiagnosticKind : std::uint8_t {
+    AnyError = 1,
+    CancelError = 2,
+    FaultError = 4,
+    UnreportedError = 8,
+    AnyWarning = 16
+};
+using DiagnosticKinds = std::uint8_t;
+constexpr std::size_t DiagnosticKindCount = 5;
 
 struct ErrorRecord {
     VString message;
@@ -20,8 +32,18 @@ struct WarningRecord {
     VError::ErrorInfo info;
 };
 
-// The records of one element, in order. Grows at both ends at amortised constant cost:
-// putting a record first is as common as adding one.
+inline DiagnosticKinds KindsOf(const ErrorRecord& record) noexcept
+{
+    return static_cast<DiagnosticKinds>(AnyError | (record.cancel ? CancelError : FaultError) |
+                                        (record.reported ? 0 : UnreportedError));
+}
+
+inline DiagnosticKinds KindsOf(const WarningRecord&) noexcept
+{
+    return AnyWarning;
+}
+
+// The records of one element, in order. Inserts at both ends at amortised constant cost.
 //
 // Ownership: a value. Threads: one writer or many readers.
 template <typename Record>
@@ -29,9 +51,11 @@ class DiagnosticRecords {
 public:
     bool empty() const noexcept { return m_prefixed.empty() && m_appended.empty(); }
     std::size_t size() const noexcept { return m_prefixed.size() + m_appended.size(); }
+    // The union of the kinds of all records. Constant.
+    DiagnosticKinds Kinds() const noexcept { return m_kinds; }
 
-    void PushFront(Record&& record) { m_prefixed.push_back(std::move(record)); }
-    void PushBack(Record&& record) { m_appended.push_back(std::move(record)); }
+    void PushFront(Record&& record) { Push(m_prefixed, std::move(record)); }
+    void PushBack(Record&& record) { Push(m_appended, std::move(record)); }
 
     // Calls `visit` with each record, in order.
     template <typename Visit>
@@ -44,6 +68,14 @@ public:
     }
 
 private:
-    std::vector<Record> m_prefixed;  // the first record is the last here
+    void Push(std::vector<Record>& records, Record&& record)
+    {
+        const DiagnosticKinds kinds = KindsOf(record);
+        records.push_back(std::move(record));
+        m_kinds = static_cast<DiagnosticKinds>(m_kinds | kinds);
+    }
+
+    std::vector<Record> m_prefixed;  // in reverse order: its last record is the first of all
     std::vector<Record> m_appended;
+    DiagnosticKinds m_kinds = 0;
 };

@@ -1,103 +1,243 @@
 #include "vancorexml/main/parser/DiagnosticsIndex.h"
 
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <utility>
+
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
 
-std::uint8_t DiagnosticsIndex::BitsOf(const ErrorRecord& record) noexcept
+namespace {
+
+constexpr DiagnosticKind AllKinds[] = {AnyError, CancelError, FaultError, UnreportedError, AnyWarning};
+
+bool IsAtOrBelow(const DOMElement& element, const DOMElement& ancestor)
 {
-    return static_cast<std::uint8_t>(Error | (record.cancel ? CancelError : FaultError) | (record.reported ? 0 : UnreportedError));
+    return &element == &ancestor || element.IsChildOf(ancestor);
 }
 
-std::uint8_t DiagnosticsIndex::BitsOf(const DiagnosticRecords<ErrorRecord>& records) noexcept
+// Like IsAtOrBelow, without what hangs on a removed child.
+bool IsInTreeBelow(const DOMElement& element, const DOMElement& ancestor)
 {
-    std::uint8_t bits = 0;
-    records.ForEach([&bits](const ErrorRecord& record) { bits = static_cast<std::uint8_t>(bits | BitsOf(record)); });
-    return bits;
-}
-
-std::uint8_t DiagnosticsIndex::Get(const DOM& document, const DOMElement* element)
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const bool complete = m_isBuilt || Build(document);
-    std::uint8_t bits = m_all;
-    if (element) {
-        const auto i = m_bits.find(element);
-        bits = i != m_bits.end() ? i->second : 0;
+    for (const DOMElement* i = &element; i; i = i->GetParent()) {
+        if (i == &ancestor)
+            return true;
+        if (i->IsRemovedChild())
+            return false;
     }
-    if (!complete)
-        DropLocked();
-    return bits;
+    return false;
 }
 
-void DiagnosticsIndex::Add(const DOM& document, const DOMElement& element, std::uint8_t bits) noexcept
+}  // namespace
+
+void DiagnosticsIndex::Build(KindsByElement&& records) noexcept
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_isBuilt)
+    if (m_isBuilt)
         return;
+    m_unplaced = std::move(records);
+    m_isBuilt = true;
+}
+
+void DiagnosticsIndex::Drop() noexcept
+{
+    if (!IsBuilt())
+        return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    DropLocked();
+}
+
+void DiagnosticsIndex::SetKinds(const DOMElement& element, DiagnosticKinds kinds) noexcept
+{
+    if (!IsBuilt())
+        return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
     try {
-        if (!Climb(document, element, bits))
-            DropLocked();
-    } catch (...) {
+        const auto placed = m_intervals.find(&element);
+        if (placed == m_intervals.end() && kinds != 0) {
+            m_unplaced[&element] = kinds;
+            return;
+        }
+        m_unplaced.erase(&element);
+        if (placed != m_intervals.end())
+            SetPlacedKinds(placed->second, kinds);
+    } catch (const std::bad_alloc&) {
         DropLocked();
     }
 }
 
 void DiagnosticsIndex::ElementMoves(const DOMElement& element) noexcept
 {
-    if (!m_isBuilt)
+    if (!IsBuilt())
         return;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_bits.count(&element) != 0)
-        DropLocked();
-}
-
-void DiagnosticsIndex::Drop() noexcept
-{
-    if (!m_isBuilt)
+    const auto top = m_intervals.find(&element);
+    if (top == m_intervals.end())
         return;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    DropLocked();
-}
-
-bool DiagnosticsIndex::Build(const DOM& document)
-{
-    DropLocked();
-    bool complete = true;
+    const Interval& moved = top->second;
     try {
-        for (const auto& [element, records] : document.m_errors)
-            complete = Climb(document, *element, BitsOf(records)) && complete;
-        for (const auto& [element, records] : document.m_warnings)
-            complete = Climb(document, *element, Warning) && complete;
-    } catch (...) {
+        // The first mark within an interval begins another; without it, the intervals within the
+        // other one are directly in this one.
+        while (moved.begin.next != &moved.end)
+            Unplace(m_intervals.find(static_cast<const BeginMark*>(moved.begin.next)->element));
+        Unplace(top);
+    } catch (const std::bad_alloc&) {
         DropLocked();
+    }
+}
+
+void DiagnosticsIndex::ElementDies(const DOMElement& element) noexcept
+{
+    if (!IsBuilt())
+        return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_unplaced.erase(&element);
+    const auto interval = m_intervals.find(&element);
+    if (interval != m_intervals.end())
+        RemoveInterval(interval);
+}
+
+bool DiagnosticsIndex::Has(const DOMElement& element, DiagnosticKind kind)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    PlaceAll();
+    const auto found = m_intervals.find(&element);
+    if (found != m_intervals.end()) {
+        const SortedIntervals& placed = Placed(kind);
+        const auto first = placed.lower_bound(&found->second);
+        if (first != placed.end() && (*first)->begin.label < found->second.end.label)
+            return true;
+    }
+    for (const auto& [other, kinds] : m_unplaced)
+        if ((kinds & kind) != 0 && IsAtOrBelow(*other, element))
+            return true;
+    return false;
+}
+
+bool DiagnosticsIndex::HasAny(DiagnosticKind kind)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    PlaceAll();
+    const auto hasKind = [kind](const auto& entry) { return (entry.second & kind) != 0; };
+    return !Placed(kind).empty() || std::any_of(m_unplaced.begin(), m_unplaced.end(), hasKind);
+}
+
+void DiagnosticsIndex::Collect(const DOMElement& element, DiagnosticKind kind, std::vector<const DOMElement*>& found)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    PlaceAll();
+    for (const auto& [other, kinds] : m_unplaced)
+        if ((kinds & kind) != 0 && IsInTreeBelow(*other, element))
+            found.push_back(other);
+    const auto position = m_intervals.find(&element);
+    if (position == m_intervals.end())
+        return;
+    const Interval& interval = position->second;
+    const SortedIntervals& placed = Placed(kind);
+    auto removed = m_removedChildren.upper_bound(&interval);
+    for (auto i = placed.lower_bound(&interval); i != placed.end() && (*i)->begin.label < interval.end.label;) {
+        while (removed != m_removedChildren.end() && (*removed)->end.label < (*i)->begin.label)
+            ++removed;
+        if (removed != m_removedChildren.end() && (*removed)->begin.label <= (*i)->begin.label) {
+            i = placed.lower_bound((*removed)->end.label);
+        } else {
+            found.push_back((*i)->begin.element);
+            ++i;
+        }
+    }
+}
+
+DiagnosticsIndex::SortedIntervals& DiagnosticsIndex::Placed(DiagnosticKinds kind) noexcept
+{
+    std::size_t i = 0;
+    while (AllKinds[i] != kind)
+        ++i;
+    return m_placed[i];
+}
+
+void DiagnosticsIndex::PlaceAll()
+{
+    for (auto i = m_unplaced.begin(); i != m_unplaced.end();)
+        i = Place(*i->first, i->second) ? m_unplaced.erase(i) : std::next(i);
+}
+
+// Returns false for an element that must stay unplaced (invariant 3).
+bool DiagnosticsIndex::Place(const DOMElement& element, DiagnosticKinds kinds)
+{
+    std::vector<const DOMElement*> missing;
+    for (const DOMElement* i = &element; i && m_intervals.count(i) == 0; i = i->GetParent()) {
+        if (i->GetDOMManager() != &m_document)
+            return false;
+        missing.push_back(i);
+    }
+    for (; !missing.empty(); missing.pop_back())
+        AddInterval(*missing.back());
+    SetPlacedKinds(m_intervals.find(&element)->second, kinds);
+    return true;
+}
+
+// The parent, if there is one, has its interval already.
+void DiagnosticsIndex::AddInterval(const DOMElement& element)
+{
+    const auto position = m_intervals.try_emplace(&element).first;
+    Interval& interval = position->second;
+    interval.begin.element = &element;
+    if (const DOMElement* const parent = element.GetParent())
+        m_marks.InsertAfter(m_intervals.find(parent)->second.begin, interval.begin);
+    else
+        m_marks.Append(interval.begin);
+    m_marks.InsertAfter(interval.begin, interval.end);
+    if (!element.IsRemovedChild())
+        return;
+    try {
+        m_removedChildren.insert(&interval);
+    } catch (const std::bad_alloc&) {
+        RemoveInterval(position);
         throw;
     }
-    m_isBuilt = true;
-    return complete;
 }
 
-bool DiagnosticsIndex::Climb(const DOM& document, const DOMElement& element, std::uint8_t bits)
+void DiagnosticsIndex::SetPlacedKinds(Interval& interval, DiagnosticKinds kinds)
 {
-    m_all = static_cast<std::uint8_t>(m_all | bits);
-    bool complete = true;
-    for (const DOMElement* i = &element; i; i = i->GetParent()) {
-        if (i->GetDOMManager() != &document) {
-            complete = false;
+    for (const DiagnosticKind kind : AllKinds) {
+        const bool had = (interval.kinds & kind) != 0;
+        const bool has = (kinds & kind) != 0;
+        if (had == has)
             continue;
-        }
-        std::uint8_t& known = m_bits[i];
-        // Whoever set these bits here went on to the top.
-        if ((known & bits) == bits)
-            break;
-        known = static_cast<std::uint8_t>(known | bits);
+        if (has)
+            Placed(kind).insert(&interval);
+        else
+            Placed(kind).erase(&interval);
+        interval.kinds = static_cast<DiagnosticKinds>(interval.kinds ^ kind);
     }
-    return complete;
+}
+
+void DiagnosticsIndex::Unplace(Intervals::iterator position)
+{
+    if (position->second.kinds != 0)
+        m_unplaced[position->first] = position->second.kinds;
+    RemoveInterval(position);
+}
+
+void DiagnosticsIndex::RemoveInterval(Intervals::iterator position) noexcept
+{
+    Interval& interval = position->second;
+    SetPlacedKinds(interval, 0);
+    m_removedChildren.erase(&interval);
+    OrderedMarks::Remove(interval.begin);
+    OrderedMarks::Remove(interval.end);
+    m_intervals.erase(position);
 }
 
 void DiagnosticsIndex::DropLocked() noexcept
 {
     m_isBuilt = false;
-    m_all = 0;
-    // Gives the buckets back too, or the next drop would pay for the largest index ever.
-    std::unordered_map<const DOMElement*, std::uint8_t>().swap(m_bits);
+    for (SortedIntervals& placed : m_placed)
+        placed.clear();
+    m_removedChildren.clear();
+    m_marks.Clear();
+    // Swaps, because clear() keeps the buckets.
+    Intervals().swap(m_intervals);
+    KindsByElement().swap(m_unplaced);
 }

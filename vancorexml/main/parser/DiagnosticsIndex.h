@@ -1,58 +1,105 @@
-// Which elements of a document have diagnostics at or below them.
+// Answers which elements of a document have diagnostics at or below them.
 #pragma once
 
+#include <array>
 #include <atomic>
-#include <cstdint>
+#include <cstddef>
 #include <mutex>
+#include <set>
 #include <unordered_map>
+#include <vector>
 
 #include "vancorexml/main/parser/DiagnosticRecords.h"
+#include "vancorexml/main/parser/OrderedMarks.h"
 
 class DOM;
 class DOMElement;
 
-// For one document: the kinds of diagnostics that an element or anything below it has, so
-// that a test costs a lookup where it would climb from every record. Below is meant as
-// DOMElement::IsChildOf means it: by parent links, so a removed child counts for its old
-// parent.
+// Nested intervals of one document: each element with a record, and each of its ancestors, has an
+// interval that lies within its parent's. An element has diagnostics at or below it when the sorted
+// list of elements with such records has one in the interval. So questions and changes may
+// alternate in any order, at any depth, at logarithmic cost each.
 //
-// A cache: built by the first test that needs it, extended when a record is added, dropped
-// when records go or a parent link with records below it changes. Its keys are living
-// elements of the document only: with a key dies a record below it, or the link through
-// which the record was below it, and either drops the index. Where a record's way up passes
-// an element of another document, whose changes the document would not hear of, nothing is
-// kept and every test builds anew.
+// "Below" follows the parent links, as DOMElement::IsChildOf does. A removed child therefore still
+// counts for the parent that it remembers.
 //
-// Ownership: part of its document, whose maps and elements it refers to.
+// Invariants
+// 1. Only living elements of the document have intervals. An element's parent, if it has one, has
+//    an interval too, and the element's lies within it.
+// 2. An element with records is either placed (it has an interval, and m_placed holds it for each
+//    kind of its records) or listed in m_unplaced, or the index is not built.
+// 3. m_unplaced holds new records until the next question. An element whose ancestors are not all
+//    of this document stays there: its ancestors could change without this document hearing of it,
+//    so each question climbs from it anew.
+// 4. An interval stays until its element dies or moves, even without records. This keeps questions
+//    that alternate with ClearErrors from building the same intervals again and again.
 //
-// Threads: readers of the document build it side by side, so it has a mutex of its own,
-// taken after the document's lock.
+// Ownership: part of its document. Refers to the document's elements.
+//
+// Threads: readers of the document ask and build at the same time, so the index has a mutex. Lock
+// order: the document's lock, the mutex of LinkedElements, this mutex.
 class DiagnosticsIndex {
 public:
-    enum Bits : std::uint8_t { Error = 1, CancelError = 2, FaultError = 4, UnreportedError = 8, Warning = 16 };
+    using KindsByElement = std::unordered_map<const DOMElement*, DiagnosticKinds>;
 
-    static std::uint8_t BitsOf(const ErrorRecord& record) noexcept;
-    static std::uint8_t BitsOf(const DiagnosticRecords<ErrorRecord>& records) noexcept;
+    explicit DiagnosticsIndex(const DOM& document) noexcept : m_document(document) {}
 
-    // The bits of `element` and everything below it; of all records of the document when it
-    // is null. The document's lock is held for reading.
-    std::uint8_t Get(const DOM& document, const DOMElement* element);
-    // `element` got a record. The document's lock is held for writing. Never fails: what
-    // cannot be extended is dropped.
-    void Add(const DOM& document, const DOMElement& element, std::uint8_t bits) noexcept;
-    // `element` is about to get another parent or another document.
-    void ElementMoves(const DOMElement& element) noexcept;
+    bool IsBuilt() const noexcept { return m_isBuilt.load(std::memory_order_acquire); }
+    // Starts with these records; does nothing when another thread has built the index meanwhile.
+    void Build(KindsByElement&& records) noexcept;
+    // Frees everything; the next question needs a new Build.
     void Drop() noexcept;
 
+    // The following three do nothing when the index is not built. When memory runs out they drop it.
+    // `element` now has records of these kinds, 0 for none.
+    void SetKinds(const DOMElement& element, DiagnosticKinds kinds) noexcept;
+    // `element` gets another parent or document, or leaves its parent's children.
+    void ElementMoves(const DOMElement& element) noexcept;
+    void ElementDies(const DOMElement& element) noexcept;
+
+    // The three need a built index; when memory runs out they throw std::bad_alloc and the index stays
+    // right.
+    bool Has(const DOMElement& element, DiagnosticKind kind);
+    // Whether any element has such a record.
+    bool HasAny(DiagnosticKind kind);
+    // Appends the elements with such a record among `element` and its descendants. Unlike Has it
+    // leaves out what hangs on a removed child. Linear in the number of elements found.
+    void Collect(const DOMElement& element, DiagnosticKind kind, std::vector<const DOMElement*>& found);
+
 private:
-    // Both are false when some record's way up passes an element of another document.
-    bool Build(const DOM& document);
-    bool Climb(const DOM& document, const DOMElement& element, std::uint8_t bits);
+    struct BeginMark : OrderedMarks::Mark {
+        const DOMElement* element = nullptr;
+    };
+    struct Interval {
+        BeginMark begin;
+        OrderedMarks::Mark end;
+        DiagnosticKinds kinds = 0;
+    };
+    using Intervals = std::unordered_map<const DOMElement*, Interval>;
+    struct ByBegin {
+        using is_transparent = void;
+        bool operator()(const Interval* a, const Interval* b) const noexcept { return a->begin.label < b->begin.label; }
+        bool operator()(const Interval* a, std::uint64_t label) const noexcept { return a->begin.label < label; }
+    };
+    using SortedIntervals = std::set<const Interval*, ByBegin>;
+
+    SortedIntervals& Placed(DiagnosticKinds kind) noexcept;
+    void PlaceAll();
+    bool Place(const DOMElement& element, DiagnosticKinds kinds);
+    void AddInterval(const DOMElement& element);
+    void SetPlacedKinds(Interval& interval, DiagnosticKinds kinds);
+    void Unplace(Intervals::iterator position);
+    void RemoveInterval(Intervals::iterator position) noexcept;
     void DropLocked() noexcept;
 
+    const DOM& m_document;
     std::mutex m_mutex;
-    // Read without the mutex by those who only want to know that there is nothing to do.
     std::atomic<bool> m_isBuilt{false};
-    std::uint8_t m_all = 0;
-    std::unordered_map<const DOMElement*, std::uint8_t> m_bits;
+    // Guarded by m_mutex.
+    KindsByElement m_unplaced;
+    Intervals m_intervals;
+    OrderedMarks m_marks;
+    std::array<SortedIntervals, DiagnosticKindCount> m_placed;
+    // The intervals of removed children, which remember a parent.
+    SortedIntervals m_removedChildren;
 };

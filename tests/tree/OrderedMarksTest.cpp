@@ -1,0 +1,72 @@
+#include "vancorexml/main/parser/OrderedMarks.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Mark = OrderedMarks::Mark;
+
+void ExpectGrowingLabels(const std::vector<Mark*>& order)
+{
+    for (std::size_t i = 1; i < order.size(); ++i)
+        ASSERT_LT(order[i - 1]->label, order[i]->label) << i;
+}
+
+}  // namespace
+
+TEST(OrderedMarksTest, LabelsGrowAlongTheListAfterRandomChanges)
+{
+    std::mt19937 random(1);
+    OrderedMarks list;
+    std::deque<Mark> marks;
+    std::vector<Mark*> order;
+    for (int step = 0; step < 20000; ++step) {
+        if (!order.empty() && random() % 4 == 0) {
+            const auto removed = order.begin() + static_cast<std::ptrdiff_t>(random() % order.size());
+            OrderedMarks::Remove(**removed);
+            order.erase(removed);
+            continue;
+        }
+        Mark& mark = marks.emplace_back();
+        const std::size_t position = random() % (order.size() + 1);
+        if (position == order.size())
+            list.Append(mark);
+        else
+            list.InsertAfter(*order[position], mark);
+        order.insert(order.begin() + static_cast<std::ptrdiff_t>(std::min(position + 1, order.size())), &mark);
+        if (step % 1000 == 0)
+            ExpectGrowingLabels(order);
+    }
+    ExpectGrowingLabels(order);
+}
+
+// Each insertion halves the same gap, which the 64 bits of a label allow 64 times.
+TEST(OrderedMarksTest, TakesAMillionMarksAtOnePlace)
+{
+    OrderedMarks list;
+    std::deque<Mark> marks(1000000);
+    list.Append(marks[0]);
+    for (std::size_t i = 1; i < marks.size(); ++i)
+        list.InsertAfter(marks[0], marks[i]);
+    std::vector<Mark*> order{&marks[0]};
+    for (std::size_t i = marks.size() - 1; i > 0; --i)
+        order.push_back(&marks[i]);
+    ExpectGrowingLabels(order);
+}
+
+TEST(OrderedMarksTest, TakesAMillionMarksAtTheEnd)
+{
+    OrderedMarks list;
+    std::deque<Mark> marks(1000000);
+    std::vector<Mark*> order;
+    for (Mark& mark : marks) {
+        list.Append(mark);
+        order.push_back(&mark);
+    }
+    ExpectGrowingLabels(order);
+}

@@ -1,0 +1,395 @@
+#include "vancorexml/main/parser/DocumentDiagnostics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMElement.h"
+#include "vancorexml/main/parser/DOMElementTraversal.h"
+#include "vancorexml/main/parser/ElementLinks.h"
+#include "vancorexml/main/parser/TwoWriteLocks.h"
+
+namespace {
+
+using Walk = DOMElementTraversal::PreorderGeneratorTemplate<const DOMElement>;
+
+template <typename Map>
+DiagnosticKinds KindsIn(const Map& map, const DOMElement& element)
+{
+    const auto found = map.find(&element);
+    return found != map.end() ? found->second.Kinds() : DiagnosticKinds{0};
+}
+
+// Calls `visit` with every record of the subtree, in document order.
+template <typename Map, typename Visit>
+void ForEachRecord(const Map& map, const DOMElement& element, Visit visit)
+{
+    std::size_t left = map.size();
+    if (left == 0)
+        return;
+    Walk walk(element);
+    for (const DOMElement* i = walk.Next(); i && left != 0; i = walk.Next()) {
+        const auto found = map.find(i);
+        if (found == map.end())
+            continue;
+        found->second.ForEach(visit);
+        --left;
+    }
+}
+
+// Makes `count` more entries need no rehash. Grows by doubling and never shrinks.
+template <typename Map>
+void ReserveInMap(Map& map, std::size_t count)
+{
+    const auto entries = static_cast<double>(map.size() + count);
+    const auto needed = static_cast<std::size_t>(std::ceil(entries / static_cast<double>(map.max_load_factor()))) + 1;
+    if (needed > map.bucket_count())
+        map.rehash(std::max(needed, 2 * map.bucket_count()));
+}
+
+// Moves `node`'s entry of `from` to `key` in `to`. An entry that is there already stays.
+template <typename Map>
+void TakeEntry(Map& to, Map& from, const DOMElement& node, const DOMElement& key) noexcept
+{
+    if (&to == &from && &node == &key) {
+        from.erase(&node);
+        return;
+    }
+    auto entry = from.extract(&node);
+    if (!entry)
+        return;
+    entry.key() = &key;
+    to.insert(std::move(entry));
+}
+
+// Copies `source`'s entry of `from` to `key` in `to`. An entry that is there already stays. Returns
+// whether it copied.
+template <typename Map>
+bool CopyEntry(Map& to, const Map& from, const DOMElement& source, const DOMElement& key)
+{
+    const auto found = from.find(&source);
+    if (found == from.end() || to.count(&key) != 0)
+        return false;
+    to.emplace(&key, found->second);
+    return true;
+}
+
+}  // namespace
+
+void RecordTie::ElementDies(const DOMElement& element) noexcept
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_document)
+        m_document->ForgetTied(element);
+}
+
+void RecordTie::DocumentDies() noexcept
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_document = nullptr;
+}
+
+DocumentDiagnostics::DocumentDiagnostics(const DOM& document, VReadWriteLock& lock, const DOMElement& top) noexcept
+    : m_lock(lock), m_top(&top), m_index(document)
+{
+}
+
+DocumentDiagnostics::~DocumentDiagnostics() = default;
+
+void DocumentDiagnostics::PushError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info,
+                                    bool reported, bool cancel)
+{
+    const VWriteLocker lock(m_lock);
+    AddRecord(m_errors, element, [&](auto& records) { records.PushBack({message, info, reported, cancel}); });
+}
+
+void DocumentDiagnostics::InsertError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info,
+                                      bool reported)
+{
+    const VWriteLocker lock(m_lock);
+    AddRecord(m_errors, element, [&](auto& records) { records.PushFront({message, info, reported, false}); });
+}
+
+void DocumentDiagnostics::PushWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info)
+{
+    const VWriteLocker lock(m_lock);
+    AddRecord(m_warnings, element, [&](auto& records) { records.PushBack({message, info}); });
+}
+
+void DocumentDiagnostics::InsertWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info)
+{
+    const VWriteLocker lock(m_lock);
+    AddRecord(m_warnings, element, [&](auto& records) { records.PushFront({message, info}); });
+}
+
+bool DocumentDiagnostics::Has(const DOMElement& element, DiagnosticKind kind) const
+{
+    const VReadLocker lock(m_lock);
+    const bool mayHave = kind == AnyWarning ? !m_warnings.empty() : !m_errors.empty();
+    if (!mayHave)
+        return false;
+    // Every entry has an error or a warning, so these two need no index.
+    const bool isRoot = element.IsRootNode();
+    if (isRoot && (kind == AnyError || kind == AnyWarning))
+        return true;
+    BuildIndex();
+    return isRoot ? m_index.HasAny(kind) : m_index.Has(element, kind);
+}
+
+void DocumentDiagnostics::GetErrors(const DOMElement& element, std::list<VString>& messages) const
+{
+    const VReadLocker lock(m_lock);
+    ForEachRecord(m_errors, element, [&messages](const ErrorRecord& record) { messages.push_back(record.message); });
+}
+
+void DocumentDiagnostics::GetWarnings(const DOMElement& element, std::list<VString>& messages) const
+{
+    const VReadLocker lock(m_lock);
+    ForEachRecord(m_warnings, element, [&messages](const WarningRecord& record) { messages.push_back(record.message); });
+}
+
+void DocumentDiagnostics::GetMetadataForErrors(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const
+{
+    const VReadLocker lock(m_lock);
+    ForEachRecord(m_errors, element, [&infos](const ErrorRecord& record) { infos.push_back(record.info); });
+}
+
+void DocumentDiagnostics::GetMetadataForWarnings(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const
+{
+    const VReadLocker lock(m_lock);
+    ForEachRecord(m_warnings, element, [&infos](const WarningRecord& record) { infos.push_back(record.info); });
+}
+
+void DocumentDiagnostics::ClearErrors(const DOMElement& element)
+{
+    const VWriteLocker lock(m_lock);
+    Clear(m_errors, element, AnyError);
+}
+
+void DocumentDiagnostics::ClearWarnings(const DOMElement& element)
+{
+    const VWriteLocker lock(m_lock);
+    Clear(m_warnings, element, AnyWarning);
+}
+
+void DocumentDiagnostics::ClearAllErrorsAndWarnings()
+{
+    const VWriteLocker lock(m_lock);
+    Clear(m_errors, *m_top, AnyError);
+    Clear(m_warnings, *m_top, AnyWarning);
+}
+
+void DocumentDiagnostics::CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElement* target)
+{
+    DocumentDiagnostics* const from = Of(source);
+    if (!from || !from->HasRecords())
+        return;
+    const TwoWriteLocks locks(m_lock, from->m_lock);
+    if (!from->HasRecordsOf(source))
+        return;
+    const DOMElement& key = target ? *target : source;
+    TieIfForeign(key);
+    const bool copiedErrors = CopyEntry(m_errors, from->m_errors, source, key);
+    try {
+        CopyEntry(m_warnings, from->m_warnings, source, key);
+    } catch (...) {
+        if (copiedErrors)
+            m_errors.erase(&key);
+        throw;
+    }
+    RecordsChanged(key);
+}
+
+void DocumentDiagnostics::AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target)
+{
+    DocumentDiagnostics* const from = Of(node);
+    if (!from || !from->HasRecords())
+        return;
+    const TwoWriteLocks locks(m_lock, from->m_lock);
+    if (!from->HasRecordsOf(node))
+        return;
+    const DOMElement& key = target ? *target : node;
+    TieIfForeign(key);
+    Reserve(1);
+    TakeRecords(*from, node, key);
+}
+
+void DocumentDiagnostics::MoveErrorsAndWarningsTo(DocumentDiagnostics& other)
+{
+    const TwoWriteLocks locks(m_lock, other.m_lock);
+    if (&other != this) {
+        for (const auto& [element, records] : m_errors)
+            other.TieIfForeign(*element);
+        for (const auto& [element, records] : m_warnings)
+            other.TieIfForeign(*element);
+        other.m_errors.swap(m_errors);
+        other.m_warnings.swap(m_warnings);
+        other.m_hasRecords = !other.m_errors.empty() || !other.m_warnings.empty();
+        other.m_index.Drop();
+        m_index.Drop();
+    }
+    ClearAllErrorsAndWarnings();
+}
+
+void DocumentDiagnostics::SubtreesChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count,
+                                                 DocumentDiagnostics& from, DocumentDiagnostics* to)
+{
+    if (!from.HasRecords() && !from.m_index.IsBuilt())
+        return;
+    const TwoWriteLocks locks(from.m_lock, to ? to->m_lock : from.m_lock);
+    std::vector<const DOMElement*> recorded;
+    bool takesRecordsOfTop = false;
+    for (std::size_t i = 0; i < count && from.HasRecords(); ++i) {
+        takesRecordsOfTop = takesRecordsOfTop || first[i]->GetParent() == from.m_top;
+        Walk walk(*first[i]);
+        for (const DOMElement* element = walk.Next(); element; element = walk.Next())
+            if (from.HasRecordsOf(*element))
+                recorded.push_back(element);
+    }
+    if (to) {
+        to->Reserve(recorded.size() + 1);
+    } else {
+        for (const DOMElement* element : recorded)
+            from.Tie(*element);
+    }
+    // Nothing below fails.
+    for (std::size_t i = 0; i < count; ++i)
+        from.m_index.ElementMoves(*first[i]);
+    if (!to)
+        return;
+    for (const DOMElement* element : recorded)
+        to->TakeRecords(from, *element, *element);
+    if (takesRecordsOfTop && from.HasRecordsOf(*from.m_top))
+        to->TakeRecords(from, *from.m_top, *to->m_top);
+}
+
+void DocumentDiagnostics::CutTies() noexcept
+{
+    std::unordered_map<const DOMElement*, std::shared_ptr<RecordTie>> ties;
+    {
+        const VWriteLocker lock(m_lock);
+        ties.swap(m_ties);
+    }
+    // Without the lock: an element that dies on another thread locks the tie, then the document.
+    for (const auto& [element, tie] : ties)
+        tie->DocumentDies();
+}
+
+// An entry without records must not stay when memory runs out.
+template <typename Map, typename Add>
+void DocumentDiagnostics::AddRecord(Map& map, const DOMElement& element, Add add)
+{
+    const auto entry = map.try_emplace(&element).first;
+    try {
+        add(entry->second);
+    } catch (...) {
+        if (entry->second.empty())
+            map.erase(entry);
+        throw;
+    }
+    RecordsChanged(element);
+}
+
+template <typename Map>
+void DocumentDiagnostics::Clear(Map& map, const DOMElement& element, DiagnosticKind kind)
+{
+    if (map.empty())
+        return;
+    if (element.IsRootNode()) {
+        Map cleared;
+        cleared.swap(map);
+        for (const auto& [key, records] : cleared)
+            RecordsChanged(*key);
+        return;
+    }
+    std::vector<const DOMElement*> keys{&element};
+    if (element.HasChildren()) {
+        BuildIndex();
+        m_index.Collect(element, kind, keys);
+    }
+    for (const DOMElement* key : keys)
+        if (map.erase(key) != 0)
+            RecordsChanged(*key);
+}
+
+void DocumentDiagnostics::BuildIndex() const
+{
+    if (m_index.IsBuilt())
+        return;
+    DiagnosticsIndex::KindsByElement kinds;
+    for (const auto& [element, records] : m_errors)
+        kinds[element] = records.Kinds();
+    for (const auto& [element, records] : m_warnings)
+        kinds[element] = static_cast<DiagnosticKinds>(kinds[element] | records.Kinds());
+    m_index.Build(std::move(kinds));
+}
+
+void DocumentDiagnostics::ForgetElement(const DOMElement& element)
+{
+    const VWriteLocker lock(m_lock);
+    if (&element == m_top) {
+        m_index.Drop();
+        m_errors.clear();
+        m_warnings.clear();
+    } else {
+        m_errors.erase(&element);
+        m_warnings.erase(&element);
+        m_index.ElementDies(element);
+    }
+    m_hasRecords = !m_errors.empty() || !m_warnings.empty();
+}
+
+void DocumentDiagnostics::RecordsChanged(const DOMElement& element) noexcept
+{
+    m_hasRecords = !m_errors.empty() || !m_warnings.empty();
+    if (m_index.IsBuilt())
+        m_index.SetKinds(element, static_cast<DiagnosticKinds>(KindsIn(m_errors, element) | KindsIn(m_warnings, element)));
+}
+
+void DocumentDiagnostics::Reserve(std::size_t count)
+{
+    ReserveInMap(m_errors, count);
+    ReserveInMap(m_warnings, count);
+}
+
+void DocumentDiagnostics::TakeRecords(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept
+{
+    TakeEntry(m_errors, from.m_errors, node, key);
+    TakeEntry(m_warnings, from.m_warnings, node, key);
+    from.RecordsChanged(node);
+    RecordsChanged(key);
+}
+
+void DocumentDiagnostics::TieIfForeign(const DOMElement& key)
+{
+    if (Of(key) != this)
+        Tie(key);
+}
+
+void DocumentDiagnostics::Tie(const DOMElement& key)
+{
+    const auto [entry, isNew] = m_ties.try_emplace(&key);
+    if (!isNew)
+        return;
+    try {
+        entry->second = std::make_shared<RecordTie>(*this);
+        key.GetLinks().ties.push_back(entry->second);
+    } catch (...) {
+        m_ties.erase(entry);
+        throw;
+    }
+}
+
+void DocumentDiagnostics::ForgetTied(const DOMElement& element)
+{
+    const VWriteLocker lock(m_lock);
+    m_ties.erase(&element);
+    ForgetElement(element);
+}
+
+DocumentDiagnostics* DocumentDiagnostics::Of(const DOMElement& element) noexcept
+{
+    DOM* const document = const_cast<DOM*>(element.GetDOMManager());
+    return document ? document->m_diagnostics.get() : nullptr;
+}

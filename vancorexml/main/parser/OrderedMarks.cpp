@@ -1,0 +1,57 @@
+#include "vancorexml/main/parser/OrderedMarks.h"
+
+#include <cstddef>
+#include <limits>
+
+void OrderedMarks::InsertAfter(Mark& position, Mark& mark) noexcept
+{
+    if (position.next->label - position.label < 2)
+        SpreadAround(position);
+    mark.label = position.label + (position.next->label - position.label) / 2;
+    mark.previous = &position;
+    mark.next = position.next;
+    position.next->previous = &mark;
+    position.next = &mark;
+}
+
+void OrderedMarks::Remove(Mark& mark) noexcept
+{
+    mark.previous->next = mark.next;
+    mark.next->previous = mark.previous;
+}
+
+void OrderedMarks::Clear() noexcept
+{
+    m_front.next = &m_back;
+    m_back.previous = &m_front;
+    m_back.label = std::numeric_limits<std::uint64_t>::max();
+}
+
+// Doubles a range of labels around the mark until the range is sparse, then spaces its marks
+// evenly. A range of 2^i labels is sparse when it holds fewer than 1.5^i marks: the bound falls
+// as ranges grow, which makes the cost of an insertion amortised logarithmic.
+void OrderedMarks::SpreadAround(Mark& mark) noexcept
+{
+    Mark* first = &mark == &m_front ? mark.next : &mark;
+    Mark* last = first;
+    const std::uint64_t label = first->label;
+    std::uint64_t count = 1;
+    double sparse = 1;
+    for (int bits = 1; bits < 64; ++bits) {
+        sparse *= 1.5;
+        const std::uint64_t size = std::uint64_t{1} << bits;
+        const std::uint64_t low = label & ~(size - 1);
+        const std::uint64_t high = low + (size - 1);
+        for (; first->previous != &m_front && first->previous->label >= low; ++count)
+            first = first->previous;
+        for (; last->next != &m_back && last->next->label <= high; ++count)
+            last = last->next;
+        if (static_cast<double>(count) >= sparse || size / (count + 1) < 2)
+            continue;
+        const std::uint64_t step = size / (count + 1);
+        std::uint64_t next = low;
+        for (Mark* i = first; i != last->next; i = i->next)
+            i->label = next += step;
+        return;
+    }
+}

@@ -1,0 +1,38 @@
+// A list whose entries can be compared by position in constant time.
+#pragma once
+
+#include <cstdint>
+
+// A list of marks that the caller owns. Each mark has a label; labels grow along the list, so
+// comparing two labels compares two positions.
+//
+// Ownership: the list links marks but does not own them. A mark must not move while it is in
+// the list, and must leave it before it dies.
+//
+// Threads: one writer or many readers.
+class OrderedMarks {
+public:
+    struct Mark {
+        std::uint64_t label = 0;
+        Mark* previous = nullptr;
+        Mark* next = nullptr;
+    };
+
+    OrderedMarks() noexcept { Clear(); }
+    OrderedMarks(const OrderedMarks&) = delete;
+    OrderedMarks& operator=(const OrderedMarks&) = delete;
+
+    // Amortised logarithmic in the number of marks: labels are spread anew where none is free.
+    void InsertAfter(Mark& position, Mark& mark) noexcept;
+    void Append(Mark& mark) noexcept { InsertAfter(*m_back.previous, mark); }
+    // Constant.
+    static void Remove(Mark& mark) noexcept;
+    // Forgets all marks without touching them.
+    void Clear() noexcept;
+
+private:
+    void SpreadAround(Mark& mark) noexcept;
+
+    Mark m_front;
+    Mark m_back;
+};
