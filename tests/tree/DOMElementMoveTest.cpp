@@ -268,3 +268,58 @@ TEST(DOMElementMoveTest, ARemovedChildAdoptsItsOldSiblings)
     EXPECT_EQ(ChildNames(*removed), "b c");
     EXPECT_EQ(removed->GetParent(), &parent);
 }
+
+TEST(DOMElementMoveTest, SubtreesAreAppendedDownwardsInLinearTime)
+{
+    const testsupport::CpuTimeLimit limit(15);
+    DOM document;
+    DOMElement* low = &document.GetRoot();
+    for (int i = 0; i < 100000; ++i) {
+        std::unique_ptr<DOMElement> subtree = NewElement("a");
+        DOMElement& leaf = subtree->AddNewChild("b", nullptr);
+        low->AppendChild(std::move(subtree));
+        low = &leaf;
+    }
+    EXPECT_EQ(document.GetDocumentRoot()->GetName(), VString("a"));
+}
+
+TEST(DOMElementMoveTest, AWideSubtreeMovesWithoutAVisitToItsChildren)
+{
+    const testsupport::CpuTimeLimit limit(15);
+    DOM document;
+    DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
+    DOMElement& b = document.GetRoot().AddNewChild("b", nullptr);
+    DOMElement& wide = a.AddNewChild("wide", nullptr);
+    for (int i = 0; i < 100000; ++i)
+        wide.AddNewChild("child", nullptr);
+    for (int i = 0; i < 50000; ++i) {
+        wide.Move(b, nullptr);
+        wide.Move(a, nullptr);
+    }
+    EXPECT_EQ(wide.GetParent(), &a);
+}
+
+TEST(DOMElementMoveTest, NoElementGoesBelowARemovedChildOfItsSubtree)
+{
+    DOM document;
+    DOMElement& top = document.GetRoot().AddNewChild("top", nullptr);
+    top.AddNewChild("inner", nullptr).AddNewChild("removed", nullptr);
+    const std::unique_ptr<DOMElement> removed = top.GetChild("inner")->RemoveChild("removed");
+    EXPECT_THROW(top.Move(*removed, nullptr), LogicException);
+    EXPECT_THROW(removed->AddNewChild("low", nullptr).AdoptChildren(document.GetRoot(), nullptr), LogicException);
+}
+
+TEST(DOMElementMoveTest, ChildrenAreFoundFromBothEnds)
+{
+    const testsupport::CpuTimeLimit limit(15);
+    constexpr int Many = 200000;
+    DOM document;
+    DOMElement& list = document.GetRoot().AddNewChild("list", nullptr);
+    const DOMElement* last = &list.AddNewChild("last", nullptr);
+    for (int i = 0; i < Many; ++i)
+        list.AddNewChild("child", last);
+    EXPECT_EQ(list.GetChildren().back(), last);
+    for (int i = 0; i < Many; ++i)
+        list.RemoveChild(*list.GetChildren().back()).reset();
+    EXPECT_EQ(list.GetChildren().size(), 1u);
+}

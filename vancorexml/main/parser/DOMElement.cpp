@@ -422,7 +422,16 @@ void DOMElement::AdoptAttributes(DOMElement& other, bool overwrite)
 
 DOMElement::Children::iterator DOMElement::FindChild(const DOMElement& child)
 {
-    return std::find_if(m_children.begin(), m_children.end(), [&child](const std::unique_ptr<DOMElement>& i) { return i.get() == &child; });
+    Children::iterator front = m_children.begin();
+    Children::iterator back = m_children.end();
+    while (front != back) {
+        if (front->get() == &child)
+            return front;
+        ++front;
+        if (front != back && (--back)->get() == &child)
+            return back;
+    }
+    return m_children.end();
 }
 
 DOMElement::Children::iterator DOMElement::RequireChild(const DOMElement& child)
@@ -447,9 +456,35 @@ void DOMElement::RequireNotBelow(const DOMElement& child) const
         ThrowOwnDescendant();
 }
 
+// Climbs from this element and walks the subtree of `top`, a step of each in turn, until one of them
+// decides. The walk cannot exclude that a removed child that remembers an element of the subtree is
+// above this element; where it meets such an element, the climb decides alone.
 bool DOMElement::IsAtOrBelow(const DOMElement& top) const
 {
-    return this == &top || ((top.HasChildren() || top.IsRemembered()) && IsChildOf(top));
+    struct Visit {
+        const DOMElement* element;
+        std::size_t nextChild;
+    };
+    bool walks = !top.IsRemembered();
+    if (walks && top.m_children.empty())
+        return this == &top;
+    std::vector<Visit> path{{&top, 0}};
+    for (const DOMElement* i = this; i; i = i->m_parent) {
+        if (i == &top)
+            return true;
+        if (!walks)
+            continue;
+        while (!path.empty() && path.back().nextChild == path.back().element->m_children.size())
+            path.pop_back();
+        if (path.empty())
+            return false;
+        const DOMElement* const child = path.back().element->m_children[path.back().nextChild++].get();
+        if (child == this)
+            return true;
+        path.push_back({child, 0});
+        walks = !child->IsRemembered();
+    }
+    return false;
 }
 
 void DOMElement::Grow(std::size_t count)

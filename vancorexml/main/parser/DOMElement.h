@@ -276,11 +276,12 @@ private:
     // Makes the links to a dying document null.
     static void DocumentDies(DOM& document) noexcept;
 
-    // Where the child stands, or the end.
+    // Searches from both ends; the end when there is no such child.
     Children::iterator FindChild(const DOMElement& child);
     Children::iterator RequireChild(const DOMElement& child);
     DOMElement* FindChildByName(const VString& name) const noexcept;
-    // Raises a LogicException when `child` is this element or above it.
+    // Raises a LogicException when `child` is this element or above it. Linear in the smaller of the
+    // child's subtree and this element's depth.
     void RequireNotBelow(const DOMElement& child) const;
     bool IsAtOrBelow(const DOMElement& top) const;
     // A new child at the end.
