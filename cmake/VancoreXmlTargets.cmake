@@ -55,6 +55,11 @@ function(vancorexml_add_module name macro)
     if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${name} PRIVATE -fno-semantic-interposition -fno-plt)
     endif()
+    # g++ marks some symbols of the standard library's templates as unique in the process, and the
+    # loader never unloads a library that has one.
+    if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(${name} PRIVATE -fno-gnu-unique)
+    endif()
     target_compile_definitions(${name} PRIVATE ${macro}_BUILD QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
     target_include_directories(${name} PUBLIC
         "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"

@@ -51,4 +51,12 @@ boost::any GetProcessObject(const VString& name, const std::function<boost::any(
     return store.objects.emplace(name, create()).first->second;
 }
 
+void RemoveProcessObject(const VString& name)
+{
+    ProcessObjects& store = GetProcessObjects();
+    ObjectMap::node_type removed;   // destroyed without the lock
+    const std::lock_guard lock(store.mutex);
+    removed = store.objects.extract(name);
+}
+
 }  // namespace CoreThreadContext

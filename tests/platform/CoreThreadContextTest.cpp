@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -59,6 +60,22 @@ TEST(CoreThreadContextTest, AProcessObjectIsMadeOnceForAllThreads)
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(boost::any_cast<int>(ask()), 1);
     EXPECT_EQ(made, 1);
+}
+
+TEST(CoreThreadContextTest, ARemovedProcessObjectIsDestroyedAndMadeAgain)
+{
+    const auto create = [] { return boost::any(std::make_shared<int>(5)); };
+    const auto ask = [&] { return boost::any_cast<std::shared_ptr<int>>(CoreThreadContext::GetProcessObject("CoreThreadContextTest.removed", create)); };
+    const std::weak_ptr<int> first = ask();
+    EXPECT_FALSE(first.expired());
+    CoreThreadContext::RemoveProcessObject("CoreThreadContextTest.removed");
+    EXPECT_TRUE(first.expired());
+    EXPECT_EQ(*ask(), 5);
+}
+
+TEST(CoreThreadContextTest, RemovingAMissingProcessObjectDoesNothing)
+{
+    CoreThreadContext::RemoveProcessObject("CoreThreadContextTest.missing");
 }
 
 TEST(CoreThreadContextTest, AProcessObjectThatFailedIsTriedAgain)

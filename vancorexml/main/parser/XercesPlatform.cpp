@@ -1,7 +1,9 @@
 #include "vancorexml/main/parser/XercesPlatform.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -10,7 +12,6 @@
 
 namespace {
 
-// Never destroyed: statics that die after it may still release Xerces.
 struct Platform {
     // Recursive, because Xerces exits the process when it cannot be initialised.
     std::recursive_mutex mutex;
@@ -21,7 +22,10 @@ struct Platform {
 
 Platform& GetPlatform()
 {
-    static Platform* const platform = new Platform;
+    // Never destroyed: static objects that are destroyed later may still release Xerces. Not on the heap, from where
+    // each unloading of the library would leak it.
+    alignas(Platform) static std::byte place[sizeof(Platform)];
+    static Platform* const platform = new (place) Platform;
     return *platform;
 }
 

@@ -48,11 +48,27 @@ bool Load(QTranslator& translator, const VString& language)
     return translator.load(ResourcePath(language), none, none, none);
 }
 
+// The cache's name among the objects of the process.
+constexpr const char* CacheName = "vancorexml-strings";
+
+// Removes the cache from the process's objects when the library is unloaded. Otherwise the process would destroy the
+// cache at its exit, by code that is gone.
+struct CacheRemover {
+    ~CacheRemover() { CoreThreadContext::RemoveProcessObject(CacheName); }
+};
+
+boost::any CreateCache()
+{
+    // Made here, so that it is destroyed before the store of process objects, also when the process exits.
+    static const CacheRemover remover{};
+    return std::make_shared<CoreXml::LocalStringTableCache>();
+}
+
 }  // namespace
 
 std::shared_ptr<CoreXml::LocalStringTableCache> CoreXml::LocalStringTableCache::GetInstance()
 {
-    const boost::any object = CoreThreadContext::GetProcessObject("vancorexml-strings", [] { return boost::any(std::make_shared<LocalStringTableCache>()); });
+    const boost::any object = CoreThreadContext::GetProcessObject(CacheName, CreateCache);
     const auto* const cache = boost::any_cast<std::shared_ptr<LocalStringTableCache>>(&object);
     if (!cache || !*cache) ThrowLogicException("vancorexml\\van-codegen\\gen-strings\\vancorexml-strings", 78, "s_cache", MakeLogicError(0x2F8D61B4));
     return *cache;

@@ -1,0 +1,24 @@
+// A plug-in of a host that uses the library: loading it loads the library, unloading it unloads both.
+#include <cstddef>
+#include <string>
+
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/van-codegen/gen-strings/vancorexml-strings.h"
+
+#define PLUGIN_API extern "C" __attribute__((visibility("default")))
+
+// Writes the message about external entities in that language, at most `size` bytes with the terminating NUL.
+PLUGIN_API void AskForMessage(const char* language, char* buffer, std::size_t size)
+{
+    const std::string text = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, language).toStdString();
+    buffer[text.copy(buffer, size - 1)] = '\0';
+}
+
+// Checks a document against one of the library's schemas; true when the parser finds the error in it.
+PLUGIN_API bool ParseAgainstSchema()
+{
+    DOMParser parser;
+    parser.AddXSDResourceId(QtVanResourceId::FileFormatKxeXsd);
+    return parser.ParseXmlString("<captions version='18.1'><unknown/></captions>", "captions.kxe")->HasErrors();
+}
