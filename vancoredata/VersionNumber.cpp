@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include "vansys/LogicException.h"
+
 namespace {
 
 // 0 for what is no number, or none that an int holds.
@@ -25,8 +27,10 @@ int PartAt(const std::vector<int>& parts, std::size_t position) noexcept
 
 VersionNumber::VersionNumber() : m_text(u"0.0.0") {}
 
-VersionNumber::VersionNumber(const VString& text, char16_t separator, char16_t suffixSeparator, int /*options*/) : m_text(text)
+VersionNumber::VersionNumber(const VString& text, char16_t separator, char16_t suffixSeparator, int options) : m_text(text)
 {
+    if (options != 0)
+        ThrowLogicException("vancoredata\\VersionNumber", __LINE__, "options == 0", MakeLogicError(0xB7419C2E));
     const int suffix = text.indexOf(suffixSeparator);
     for (const VString& part : text.mid(0, suffix).split(separator)) m_parts.push_back(ReadPart(part));
     // Without zeros at the end, equal versions have equal parts.

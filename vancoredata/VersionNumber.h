@@ -12,8 +12,9 @@ public:
     // 0.0.0, printed "0.0.0".
     VersionNumber();
     // Reads parts between `separator`s, up to `suffixSeparator`, behind which stands what
-    // does not count ("18.1-beta"). A part that is no number counts as 0; nothing throws.
-    // `options` is kept for the callers of the product; only 0 is defined.
+    // does not count ("18.1-beta"). A part that is no number counts as 0.
+    // `options` must be 0: no option is defined. Raises a LogicException (code 0xB7419C2E,
+    // text "options == 0") otherwise.
     VersionNumber(const VString& text, char16_t separator, char16_t suffixSeparator, int options);
 
     // As given.

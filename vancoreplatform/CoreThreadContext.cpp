@@ -1,7 +1,7 @@
 #include "vancoreplatform/CoreThreadContext.h"
 
 #include <map>
-#include <mutex>
+#include <utility>
 
 namespace CoreThreadContext {
 
@@ -28,7 +28,43 @@ ProcessObjects& GetProcessObjects()
 
 }  // namespace
 
-std::function<bool()> HasSessionId = [] { return false; };
+SessionCheck::SessionCheck(std::function<bool()> function)
+    : m_function(std::make_shared<const std::function<bool()>>(std::move(function)))
+{
+}
+
+SessionCheck::SessionCheck(const SessionCheck& other) : m_function(other.Function()) {}
+
+SessionCheck& SessionCheck::operator=(const SessionCheck& other)
+{
+    auto function = other.Function();
+    const std::lock_guard lock(m_mutex);
+    m_function.swap(function);
+    return *this;
+}
+
+SessionCheck& SessionCheck::operator=(std::function<bool()> function)
+{
+    return *this = SessionCheck(std::move(function));
+}
+
+bool SessionCheck::operator()() const
+{
+    return (*Function())();
+}
+
+SessionCheck::operator bool() const
+{
+    return static_cast<bool>(*Function());
+}
+
+std::shared_ptr<const std::function<bool()>> SessionCheck::Function() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_function;
+}
+
+SessionCheck HasSessionId([] { return false; });
 
 boost::any GetGenericObject(const VString& name)
 {

@@ -4,15 +4,36 @@
 #include <boost/any.hpp>
 
 #include <functional>
+#include <memory>
+#include <mutex>
 
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/VString.h"
 
 namespace CoreThreadContext {
 
-// Whether the calling thread works for a session. Answers false until the host sets
-// another function; set it before other threads ask.
-VANCOREPLATFORM_API extern std::function<bool()> HasSessionId;
+// A function of the host, which any thread may replace while others call it. A call that runs already
+// ends with the function that it began with.
+class VANCOREPLATFORM_API SessionCheck {
+public:
+    explicit SessionCheck(std::function<bool()> function);
+    SessionCheck(const SessionCheck& other);
+    SessionCheck& operator=(const SessionCheck& other);
+    SessionCheck& operator=(std::function<bool()> function);
+
+    // Calls the function without a lock. Throws std::bad_function_call when it is empty, and what it throws.
+    bool operator()() const;
+    explicit operator bool() const;
+
+private:
+    std::shared_ptr<const std::function<bool()>> Function() const;
+
+    mutable std::mutex m_mutex;
+    std::shared_ptr<const std::function<bool()>> m_function;   // guarded by m_mutex; never null
+};
+
+// Whether the calling thread works for a session. Answers false until the host sets another function.
+VANCOREPLATFORM_API extern SessionCheck HasSessionId;
 
 // The calling thread's object of that name, empty when there is none.
 VANCOREPLATFORM_API boost::any GetGenericObject(const VString& name);

@@ -1,92 +1,109 @@
 #include "vansys/VReadWriteLock.h"
 
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+
 #include "vansys/LogicException.h"
 
 namespace {
 
-// What the thread holds of one lock. The lock itself is taken with the first take, in its
-// mode, and let go with the last release; what comes between only counts.
+// A thread's hold on one lock. The first take locks, in its mode, and the last release unlocks; the takes and releases
+// between them only count.
 struct Holding {
-    const VReadWriteLock* lock = nullptr;   // null when the place is free
     int reads = 0;
     int writes = 0;
     bool exclusive = false;
-    Holding* next = nullptr;
 };
 
-// The holdings of a thread: a few places for the locks that operations usually take
-// together, and a list behind them. There is no destructor on purpose: documents also die
-// while the process ends, after the thread's objects.
+using HoldingMap = std::unordered_map<const VReadWriteLock*, Holding>;
+
+struct Place {
+    const VReadWriteLock* lock = nullptr;   // null when the place is free
+    Holding holding;
+};
+
+// The holdings of a thread: a few places for the locks that operations usually take together, and a map for the rest.
+// There is no destructor on purpose: documents are also destroyed while the process ends, after the thread's objects.
 struct Holdings {
-    Holding places[4];
-    Holding* more = nullptr;
+    Place places[4];
+    HoldingMap* more = nullptr;   // owned; deleted with the thread's last holding
 };
 
 constinit thread_local Holdings t_holdings;
 
-Holding* FindHolding(const VReadWriteLock* lock) noexcept
+Place* FindPlace(const VReadWriteLock* lock) noexcept
 {
-    for (Holding& place : t_holdings.places) {
+    for (Place& place : t_holdings.places) {
         if (place.lock == lock) return &place;
-    }
-    for (Holding* holding = t_holdings.more; holding != nullptr; holding = holding->next) {
-        if (holding->lock == lock) return holding;
     }
     return nullptr;
 }
 
-Holding* AddHolding(const VReadWriteLock* lock, bool exclusive)
+Holding* FindHolding(const VReadWriteLock* lock) noexcept
 {
-    Holding* holding = nullptr;
-    for (Holding& place : t_holdings.places) {
-        if (place.lock == nullptr) holding = &place;
-    }
-    if (holding == nullptr) {
-        holding = new Holding;
-        holding->next = t_holdings.more;
-        t_holdings.more = holding;
-    }
-    holding->lock = lock;
-    holding->exclusive = exclusive;
-    return holding;
+    if (Place* const place = FindPlace(lock)) return &place->holding;
+    if (t_holdings.more == nullptr) return nullptr;
+    const auto found = t_holdings.more->find(lock);
+    return found == t_holdings.more->end() ? nullptr : &found->second;
 }
 
-void RemoveHolding(Holding* holding) noexcept
+bool HoldsNothing() noexcept
 {
-    for (Holding** link = &t_holdings.more; *link != nullptr; link = &(*link)->next) {
-        if (*link != holding) continue;
-        *link = holding->next;
-        delete holding;
-        return;
-    }
-    *holding = Holding();
+    const auto isFree = [](const Place& place) { return place.lock == nullptr; };
+    return t_holdings.more->empty() && std::all_of(std::begin(t_holdings.places), std::end(t_holdings.places), isFree);
 }
 
-void ReleaseLast(Holding* holding, std::shared_mutex& mutex) noexcept
+void RemoveHolding(const VReadWriteLock* lock) noexcept
 {
-    if (holding->reads > 0 || holding->writes > 0) return;
-    const bool exclusive = holding->exclusive;
-    RemoveHolding(holding);
-    if (exclusive) {
-        mutex.unlock();
+    if (Place* const place = FindPlace(lock)) {
+        *place = Place();
     } else {
-        mutex.unlock_shared();
+        t_holdings.more->erase(lock);
     }
+    if (t_holdings.more == nullptr || !HoldsNothing()) return;
+    delete t_holdings.more;
+    t_holdings.more = nullptr;
+}
+
+Holding& AddHolding(const VReadWriteLock* lock, bool exclusive)
+{
+    if (Place* const place = FindPlace(nullptr)) {
+        *place = Place{lock, {0, 0, exclusive}};
+        return place->holding;
+    }
+    if (t_holdings.more == nullptr) t_holdings.more = new HoldingMap;
+    return t_holdings.more->emplace(lock, Holding{0, 0, exclusive}).first->second;
+}
+
+// Adds the holding and locks by `take`. When either fails, nothing is recorded.
+template <typename Take>
+Holding& TakeFirst(const VReadWriteLock* lock, bool exclusive, Take take)
+{
+    Holding& holding = AddHolding(lock, exclusive);
+    try {
+        take();
+    } catch (...) {
+        RemoveHolding(lock);
+        throw;
+    }
+    return holding;
 }
 
 }  // namespace
 
-VReadWriteLock::VReadWriteLock(int /*options*/) {}
+VReadWriteLock::VReadWriteLock(int options)
+{
+    if (options != 0)
+        ThrowLogicException("vansys\\VReadWriteLock", __LINE__, "options == 0", MakeLogicError(0x6B20F4D1));
+}
 
 VReadWriteLock::~VReadWriteLock() = default;
 
 void VReadWriteLock::LockForRead()
 {
     Holding* holding = FindHolding(this);
-    if (holding == nullptr) {
-        holding = AddHolding(this, false);
-        m_lock.lock_shared();
-    }
+    if (holding == nullptr) holding = &TakeFirst(this, false, [this] { m_lock.lock_shared(); });
     ++holding->reads;
 }
 
@@ -95,17 +112,14 @@ void VReadWriteLock::UnlockRead() noexcept
     Holding* const holding = FindHolding(this);
     if (holding == nullptr || holding->reads == 0) return;
     --holding->reads;
-    ReleaseLast(holding, m_lock);
+    if (holding->reads + holding->writes == 0) Unlock(holding->exclusive);
 }
 
 void VReadWriteLock::LockForWrite()
 {
     Holding* holding = FindHolding(this);
     if (holding != nullptr && !holding->exclusive) ThrowLogicException("vansys\\VReadWriteLock", __LINE__, "no write lock under a read lock", MakeLogicError(0x5D1E7A60));
-    if (holding == nullptr) {
-        holding = AddHolding(this, true);
-        m_lock.lock();
-    }
+    if (holding == nullptr) holding = &TakeFirst(this, true, [this] { m_lock.lock(); });
     ++holding->writes;
 }
 
@@ -114,5 +128,15 @@ void VReadWriteLock::UnlockWrite() noexcept
     Holding* const holding = FindHolding(this);
     if (holding == nullptr || holding->writes == 0) return;
     --holding->writes;
-    ReleaseLast(holding, m_lock);
+    if (holding->reads + holding->writes == 0) Unlock(holding->exclusive);
+}
+
+void VReadWriteLock::Unlock(bool exclusive) noexcept
+{
+    RemoveHolding(this);
+    if (exclusive) {
+        m_lock.unlock();
+    } else {
+        m_lock.unlock_shared();
+    }
 }

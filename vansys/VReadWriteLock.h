@@ -7,8 +7,11 @@
 
 // Many readers or one writer. The thread that holds it takes it again in the same
 // mode without waiting, also while a writer waits, and reads while it holds the
-// write. Each take needs its release by the same thread, in any order of modes; other
-// threads stay out until the last. A release without a take does nothing.
+// write. Pair every take with a release on the same thread, in any order of modes; other
+// threads wait until the last one. A release without a take does nothing.
+//
+// A take or release costs the same however many locks the thread holds. A take that fails,
+// with std::bad_alloc or the system's std::system_error, changes nothing.
 //
 // Taking the write while holding only the read cannot succeed; it raises a
 // LogicException (code 0x5D1E7A60, text "no write lock under a read lock") instead
@@ -17,7 +20,8 @@
 // A lock belongs to no thread: any thread may take it. It must not die while held.
 class VANSYS_API VReadWriteLock {
 public:
-    // `options` is kept for the callers of the product; only 0 is defined.
+    // `options` must be 0: no option is defined. Raises a LogicException (code 0x6B20F4D1,
+    // text "options == 0") otherwise.
     explicit VReadWriteLock(int options);
     ~VReadWriteLock();
     VReadWriteLock(const VReadWriteLock&) = delete;
@@ -29,6 +33,8 @@ public:
     void UnlockWrite() noexcept;
 
 private:
+    void Unlock(bool exclusive) noexcept;
+
     std::shared_mutex m_lock;
 };
 

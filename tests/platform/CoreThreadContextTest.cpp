@@ -5,6 +5,7 @@
 #include <atomic>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -20,6 +21,44 @@ TEST(CoreThreadContextTest, TheHostMayAnswerForSessions)
     CoreThreadContext::HasSessionId = [] { return true; };
     EXPECT_TRUE(CoreThreadContext::HasSessionId());
     CoreThreadContext::HasSessionId = before;
+    EXPECT_FALSE(CoreThreadContext::HasSessionId());
+}
+
+TEST(CoreThreadContextTest, AnEmptySessionCheckThrowsWhenItIsCalled)
+{
+    const auto before = CoreThreadContext::HasSessionId;
+    CoreThreadContext::HasSessionId = nullptr;
+    EXPECT_FALSE(CoreThreadContext::HasSessionId);
+    EXPECT_THROW(CoreThreadContext::HasSessionId(), std::bad_function_call);
+    CoreThreadContext::HasSessionId = before;
+}
+
+TEST(CoreThreadContextThreadTest, SessionCheckIsReplacedWhileOthersCallIt)
+{
+    const auto before = CoreThreadContext::HasSessionId;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t] {
+            for (int i = 0; i < 1000; ++i) {
+                const std::string large = "a state that a function keeps on the heap";
+                if (t % 2 == 0) CoreThreadContext::HasSessionId = [large] { return !large.empty(); };
+                CoreThreadContext::HasSessionId();
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_TRUE(CoreThreadContext::HasSessionId());
+    CoreThreadContext::HasSessionId = before;
+}
+
+TEST(CoreThreadContextTest, ASessionCheckMayReplaceItself)
+{
+    const auto before = CoreThreadContext::HasSessionId;
+    CoreThreadContext::HasSessionId = [before] {
+        CoreThreadContext::HasSessionId = before;
+        return true;
+    };
+    EXPECT_TRUE(CoreThreadContext::HasSessionId());
     EXPECT_FALSE(CoreThreadContext::HasSessionId());
 }
 

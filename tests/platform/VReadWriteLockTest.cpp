@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <future>
+#include <limits>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -40,6 +43,26 @@ template <typename Function>
 void Elsewhere(Function function)
 {
     std::thread(function).join();
+}
+
+// Of one lock more, taken and released while the thread holds `held` others; the least of several runs.
+double NanosecondsForATake(int held)
+{
+    std::vector<std::unique_ptr<VReadWriteLock>> locks;
+    for (int i = 0; i < held; ++i) {
+        locks.push_back(std::make_unique<VReadWriteLock>(0));
+        locks.back()->LockForRead();
+    }
+    VReadWriteLock oneMore(0);
+    double least = std::numeric_limits<double>::max();
+    for (int run = 0; run < 20; ++run) {
+        const auto start = std::chrono::steady_clock::now();
+        for (int i = 0; i < 100; ++i) const VReadLocker locker(oneMore);
+        const std::chrono::duration<double, std::nano> elapsed = std::chrono::steady_clock::now() - start;
+        least = std::min(least, elapsed.count() / 100);
+    }
+    for (const auto& lock : locks) lock->UnlockRead();
+    return least;
 }
 
 }  // namespace
@@ -172,6 +195,25 @@ TEST(VReadWriteLockThreadTest, AThreadHoldsManyLocks)
     Elsewhere([&locks] {
         for (const auto& lock : locks) const VWriteLocker there(*lock);
     });
+}
+
+TEST(VReadWriteLockTest, OptionsOtherThanZeroRaiseTheAssertion)
+{
+    for (const int options : {1, -1}) {
+        try {
+            const VReadWriteLock lock(options);
+            FAIL() << "no assertion";
+        } catch (const LogicException& exception) {
+            EXPECT_EQ(exception.GetExpression(), VString("options == 0"));
+            EXPECT_EQ(exception.GetErrorInfo().GetCode(), 0x6B20F4D1u);
+        }
+    }
+}
+
+// A linear search makes the larger number hundreds of times slower; memory that is not cached, two to ten times.
+TEST(VReadWriteLockTest, ManyHeldLocksDoNotSlowATakeDown)
+{
+    EXPECT_LT(NanosecondsForATake(20000), 40 * NanosecondsForATake(100));
 }
 
 TEST(VReadWriteLockThreadTest, AnotherLockAtTheSamePlaceIsFree)

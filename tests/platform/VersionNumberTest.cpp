@@ -5,6 +5,7 @@
 #include <string>
 
 #include "vancoredata/Nullable.h"
+#include "vansys/LogicException.h"
 
 namespace {
 
@@ -21,6 +22,19 @@ struct VersionCase {
 };
 
 }  // namespace
+
+TEST(VersionNumberTest, OptionsOtherThanZeroRaiseTheAssertion)
+{
+    for (const int options : {1, -1}) {
+        try {
+            const VersionNumber version("18.1", u'.', u'-', options);
+            FAIL() << "no assertion";
+        } catch (const LogicException& exception) {
+            EXPECT_EQ(exception.GetExpression(), VString("options == 0"));
+            EXPECT_EQ(exception.GetErrorInfo().GetCode(), 0xB7419C2Eu);
+        }
+    }
+}
 
 class VersionNumberTextTest : public testing::TestWithParam<VersionCase> {};
 

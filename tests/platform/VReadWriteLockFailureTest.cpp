@@ -1,0 +1,83 @@
+// A program of its own, because it replaces the system's functions behind std::shared_mutex.
+#include "vansys/VReadWriteLock.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cerrno>
+#include <deque>
+#include <system_error>
+#include <thread>
+
+#include "vansys/LogicException.h"
+
+namespace {
+
+bool s_fails = false;
+
+int TakeUnlessItFails(const char* function, pthread_rwlock_t* lock)
+{
+    if (s_fails) return EDEADLK;
+    return reinterpret_cast<int (*)(pthread_rwlock_t*)>(dlsym(RTLD_NEXT, function))(lock);
+}
+
+// The system refuses every lock while it lives.
+class Refusal {
+public:
+    Refusal() { s_fails = true; }
+    ~Refusal() { s_fails = false; }
+};
+
+}  // namespace
+
+extern "C" int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept
+{
+    return TakeUnlessItFails("pthread_rwlock_rdlock", lock);
+}
+
+extern "C" int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept
+{
+    return TakeUnlessItFails("pthread_rwlock_wrlock", lock);
+}
+
+TEST(VReadWriteLockFailureTest, AReadThatFailsIsNotCounted)
+{
+    VReadWriteLock lock(0);
+    {
+        const Refusal refusal;
+        EXPECT_THROW(lock.LockForRead(), std::system_error);
+    }
+    EXPECT_NO_THROW(lock.LockForWrite()) << "the failed read is still counted";
+    lock.UnlockWrite();
+}
+
+TEST(VReadWriteLockFailureTest, AWriteThatFailsIsNotCounted)
+{
+    VReadWriteLock lock(0);
+    {
+        const Refusal refusal;
+        EXPECT_THROW(lock.LockForWrite(), std::system_error);
+    }
+    const VReadLocker reader(lock);
+    EXPECT_THROW(lock.LockForWrite(), LogicException) << "the failed write is still counted";
+}
+
+TEST(VReadWriteLockFailureTest, AFailedTakeOfManyLeavesTheOthersHeld)
+{
+    std::deque<VReadWriteLock> locks;
+    for (int i = 0; i < 6; ++i) locks.emplace_back(0);
+    for (int i = 0; i < 5; ++i) locks[i].LockForWrite();
+    {
+        const Refusal refusal;
+        EXPECT_THROW(locks[5].LockForRead(), std::system_error);
+        for (int i = 0; i < 5; ++i) EXPECT_NO_THROW(locks[i].LockForWrite()) << "lock " << i << " is held already";
+    }
+    for (int i = 0; i < 5; ++i) {
+        locks[i].UnlockWrite();
+        locks[i].UnlockWrite();
+    }
+    std::thread([&locks] {
+        for (VReadWriteLock& lock : locks) const VWriteLocker there(lock);
+    }).join();
+}
