@@ -51,5 +51,24 @@ configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/vancorexml-config.cma
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/vancorexml-config.cmake" "${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" DESTINATION "${package_folder}")
 
+# The prefix is found from the place of the .pc file, because it is not known before `cmake --install --prefix`.
+# Only an absolute library folder does not move with the prefix.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
+else()
+    file(RELATIVE_PATH from_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+    string(REGEX REPLACE "/$" "" from_pc_to_prefix "${from_pc_to_prefix}")
+    set(pc_prefix "\${pcfiledir}/${from_pc_to_prefix}")
+endif()
+foreach(folder LIBDIR INCLUDEDIR)
+    string(TOLOWER "pc_${folder}" variable)
+    set(${variable} "\${prefix}")
+    cmake_path(APPEND ${variable} "${CMAKE_INSTALL_${folder}}")
+endforeach()
+# The headers need C++20, and Qt's headers refuse code for position-dependent programs.
+set(pc_compile_flags "-std=c++20")
+if(NOT WIN32)
+    string(APPEND pc_compile_flags " -fPIC")
+endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/vancorexml.pc.in" "${PROJECT_BINARY_DIR}/vancorexml.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/vancorexml.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -1,0 +1,56 @@
+# Installs a copy of SOURCE by the commands of its README, and builds and runs a program by them. The copy's build
+# folder stays, so that the next run builds only what changed.
+set(copy "${WORK}/source")
+set(program "${WORK}/program")
+
+# Sets `result` to the README's block of commands that begins with `start`.
+function(read_commands start result)
+    file(READ "${SOURCE}/README.md" readme)
+    string(FIND "${readme}" "```\n${start}" begin)
+    if(begin EQUAL -1)
+        message(FATAL_ERROR "the README has no commands that begin with '${start}'")
+    endif()
+    string(SUBSTRING "${readme}" ${begin} -1 readme)
+    string(REGEX MATCH "\n[^`]*" commands "${readme}")
+    set(${result} "${commands}" PARENT_SCOPE)
+endfunction()
+
+# Runs commands of the README in `folder`, with `prefix` for PREFIX.
+function(run_commands commands folder prefix)
+    string(REPLACE "PREFIX/lib" "PREFIX/${LIBDIR}" commands "${commands}")
+    string(REPLACE "PREFIX" "${prefix}" commands "${commands}")
+    file(WRITE "${WORK}/commands.sh" "${commands}")
+    execute_process(COMMAND sh -ex "${WORK}/commands.sh" WORKING_DIRECTORY "${folder}"
+        RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    if(NOT result EQUAL 0)
+        message(FATAL_ERROR "the README's commands failed (${result}):\n${output}")
+    endif()
+endfunction()
+
+# Builds the README's program against the copy in `prefix`, and runs it.
+function(build_program prefix)
+    file(REMOVE_RECURSE "${program}")
+    file(COPY "${SOURCE}/examples/shop.cpp" DESTINATION "${program}")
+    read_commands("export PKG_CONFIG_PATH" commands)
+    run_commands("${commands}" "${program}" "${prefix}")
+    execute_process(COMMAND "${program}/shop" RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    file(READ "${SOURCE}/examples/shop.out" expected)
+    if(NOT result EQUAL 0 OR NOT output STREQUAL expected)
+        message(FATAL_ERROR "the program ended with ${result} and printed:\n${output}")
+    endif()
+endfunction()
+
+# The files keep their times, by which the build knows what changed.
+file(GLOB old "${copy}/*")
+list(REMOVE_ITEM old "${copy}/build")
+file(REMOVE_RECURSE ${old} "${WORK}/prefix" "${WORK}/moved")
+file(GLOB entries "${SOURCE}/*")
+list(REMOVE_ITEM entries "${SOURCE}/build")
+file(COPY ${entries} DESTINATION "${copy}")
+
+read_commands("cmake -S" commands)
+run_commands("${commands}" "${copy}" "${WORK}/prefix")
+build_program("${WORK}/prefix")
+
+file(RENAME "${WORK}/prefix" "${WORK}/moved")
+build_program("${WORK}/moved")
