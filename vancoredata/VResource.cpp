@@ -9,17 +9,18 @@
 
 namespace {
 
-// A name may lead nowhere but into the folder that it is looked up in.
+// A resource has one name: a name with a part that is empty or made of dots leads elsewhere, or to a resource by
+// another spelling.
 bool IsResourceName(const VString& name)
 {
-    if (name.IsEmpty() || name.startsWith(":") || name.startsWith("/")) return false;
+    if (name.startsWith(":")) return false;
     const std::vector<VString> parts = name.replace(u"\\", u"/").split(u'/');
-    return std::find(parts.begin(), parts.end(), VString("..")) == parts.end();
+    const auto leadsElsewhere = [](const VString& part) { return part.IsEmpty() || part == "." || part == ".."; };
+    return std::none_of(parts.begin(), parts.end(), leadsElsewhere);
 }
 
 std::optional<VString> ReadResource(const VString& path)
 {
-    if (!QFileInfo(path.ToQString()).isFile()) return std::nullopt;
     QFile file(path.ToQString());
     if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
     const QByteArray bytes = file.readAll();
@@ -64,28 +65,36 @@ void ResourceRegistrationCache::UnregisterText(const VString& name)
     m_texts.erase(name);
 }
 
-bool ResourceRegistrationCache::Find(const VString& name, VString* content) const
+ResourceRegistrationCache::Place ResourceRegistrationCache::Locate(const VString& name) const
 {
-    if (!IsResourceName(name)) return false;
+    if (!IsResourceName(name)) return {};
     const std::lock_guard lock(m_mutex);
     const auto text = m_texts.find(name);
-    if (text != m_texts.end()) {
-        *content = text->second;
-        return true;
-    }
+    if (text != m_texts.end()) return {text->second, VString()};
     for (const VString& folder : m_folders) {
-        if (const std::optional<VString> found = ReadResource(folder + "/" + name)) {
-            *content = *found;
-            return true;
-        }
+        const VString path = folder + "/" + name;
+        if (QFileInfo(path.ToQString()).isFile()) return {std::nullopt, path};
     }
-    return false;
+    return {};
+}
+
+bool ResourceRegistrationCache::Contains(const VString& name) const
+{
+    const Place place = Locate(name);
+    return place.text || !place.path.IsEmpty();
+}
+
+bool ResourceRegistrationCache::Find(const VString& name, VString* content) const
+{
+    Place place = Locate(name);
+    if (!place.text && !place.path.IsEmpty()) place.text = ReadResource(place.path);
+    if (place.text) *content = *place.text;
+    return place.text.has_value();
 }
 
 bool VResource::isValid() const
 {
-    VString content;
-    return ResourceRegistrationCache::GetInstance().Find(m_name, &content);
+    return ResourceRegistrationCache::GetInstance().Contains(m_name);
 }
 
 VString UTF8StringVResource::GetString() const

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 
 #include "vancoredata/Export.h"
@@ -27,12 +28,24 @@ public:
     void RegisterText(const VString& name, const VString& text);
     void UnregisterText(const VString& name);
 
+    // Whether there is a resource called `name`; reads nothing of it. Names are compared as they
+    // are written: a name with "." or ".." as a part, or with an empty part, names no resource.
+    bool Contains(const VString& name) const;
+
     // The content of the resource called `name`: false, and `content` untouched, when there
-    // is none. Not a resource: names that are empty or lead out of a folder.
+    // is none or it cannot be read. Linear in the resource; other threads do not wait meanwhile.
     bool Find(const VString& name, VString* content) const;
 
 private:
+    // Of a resource: a registered text, or the path of a file. Of none: neither.
+    struct Place {
+        std::optional<VString> text;
+        VString path;
+    };
+
     ResourceRegistrationCache() = default;
+
+    Place Locate(const VString& name) const;
 
     mutable std::mutex m_mutex;
     std::multiset<VString> m_folders;     // guarded by m_mutex
@@ -44,6 +57,7 @@ class VANCOREDATA_API VResource {
 public:
     explicit VResource(const VString& name) : m_name(name) {}
 
+    // Whether there is such a resource; reads nothing of it.
     bool isValid() const;
 
 protected:

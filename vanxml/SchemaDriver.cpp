@@ -1,6 +1,5 @@
 #include "vanxml/SchemaDriver.h"
 
-#include <QFileInfo>
 #include <QUrl>
 
 #include "vancoreplatform/VFile.h"
@@ -25,11 +24,6 @@ bool IsXmlNamespaceSchema(const VString& systemId)
     return systemId.contains("//www.w3.org/") && systemId.endsWith("/xml.xsd");
 }
 
-bool IsFile(const VPath& path)
-{
-    return QFileInfo(path.String().ToQString()).isFile();
-}
-
 VString Decoded(const VString& systemId)
 {
     const QUrl url(systemId.ToQString());
@@ -42,9 +36,9 @@ VString FindBeside(const VString& baseUri, const VString& systemId)
     VPath folder(baseUri);
     folder.RemoveFilename();
     const VPath plain = folder / VPath(systemId);
-    if (IsFile(plain)) return plain.String();
+    if (MayBeFile(plain.String())) return plain.String();
     const VPath decoded = folder / VPath(Decoded(systemId));
-    return IsFile(decoded) ? decoded.String() : VString();
+    return MayBeFile(decoded.String()) ? decoded.String() : VString();
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "vancoredata/VResource.h"
 #include "vancoreplatform/VFormatString.h"
@@ -94,10 +96,17 @@ SchemaSelection SelectSchema(InputSource& document)
     return Problem(VFormatString("There is no schema for version %1; there are schemas for %2").arg(version.GetValue().GetAsString()).arg(ListVersions(type->type)));
 }
 
+bool MayBeFile(const VString& name)
+{
+    std::error_code ignored;
+    const std::filesystem::file_type type = std::filesystem::status(name.View(), ignored).type();
+    return type != std::filesystem::file_type::not_found && type != std::filesystem::file_type::directory;
+}
+
 SchemaReference FindSchema(const VString& nameOrFile)
 {
     if (VResource(nameOrFile).isValid()) return {SchemaReference::Kind::Resource, nameOrFile};
-    if (QFileInfo(nameOrFile.ToQString()).exists()) return {SchemaReference::Kind::File, nameOrFile};
+    if (MayBeFile(nameOrFile)) return {SchemaReference::Kind::File, nameOrFile};
     throw ToolError("There is no schema \"" + nameOrFile.toStdString() + "\": it is no file, and not among those that \"vanxml schema list\" names");
 }
 

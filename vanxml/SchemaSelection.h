@@ -27,6 +27,10 @@ struct SchemaSelection {
 // Linear in the document.
 SchemaSelection SelectSchema(InputSource& document);
 
+// False when there is no file of that name, or a folder. True also when the system does not
+// say, for lack of a permission: reading the file tells the reason.
+bool MayBeFile(const VString& name);
+
 // The schema that a user names: a resource, or else a file. Throws ToolError when it is
 // neither.
 SchemaReference FindSchema(const VString& nameOrFile);

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -68,10 +72,12 @@ TEST(VResourceTest, AFolderIsNoResource)
 TEST(VResourceTest, NamesThatLeadElsewhereAreNoResources)
 {
     const RegisteredFolder folder;
-    for (const char* name : {"", "/greeting", ":/platform-tests/greeting", "../platform-tests-outside/secret", "inner/../greeting", "inner\\..\\greeting", "..", "/../platform-tests-outside/secret"}) {
-        EXPECT_FALSE(VResource(name).isValid()) << name;
-    }
-    EXPECT_FALSE(VResource("../platform-tests-outside/secret").isValid());
+    const char* const names[] = {
+        "", "/greeting", ":/platform-tests/greeting", "..", "inner/../greeting", "inner\\..\\greeting",
+        "../platform-tests-outside/secret", "/../platform-tests-outside/secret",
+        "greeting/", "./greeting", "inner//greeting", "inner/./greeting", "inner\\.\\greeting", ".", "/",
+    };
+    for (const char* name : names) EXPECT_FALSE(VResource(name).isValid()) << name;
 }
 
 TEST(VResourceTest, RegisteredTextsComeBeforeFolders)
@@ -83,6 +89,20 @@ TEST(VResourceTest, RegisteredTextsComeBeforeFolders)
     EXPECT_EQ(UTF8StringVResource("greeting").GetString(), VString("good day"));
     Cache().UnregisterText("greeting");
     EXPECT_EQ(UTF8StringVResource("greeting").GetString(), VString(u"\uFEFFgrüß dich\n"));
+}
+
+// Reading this much takes many times the bound.
+TEST(VResourceTest, AskingForALargeResourceDoesNotReadIt)
+{
+    const QTemporaryDir folder;
+    QFile large(folder.filePath("large"));
+    ASSERT_TRUE(large.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(large.resize(512 << 20));
+    Cache().AddFolder(folder.path());
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(VResource("large").isValid());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
+    Cache().RemoveFolder(folder.path());
 }
 
 TEST(VResourceTest, AnEmptyTextIsAResource)
