@@ -4,34 +4,47 @@ find_program(LRELEASE_PROGRAM NAMES lrelease-qt5 lrelease HINTS "${Qt5Core_DIR}/
 
 set(locales ar_YE de_DE en_GB es_ES fr_CA fr_FR ga_IE it_IT ja_JP ko_KR pt_BR zh_CN zh_TW)
 
-# Name of the file among the resources, without its ending, and the resource's name.
-set(schemas
-    connector_plugin_manifest.xsd VQRC_FILEFORMAT_CONNECTOR_PLUGIN_MANIFEST_XSD
-    connector_plugin_resources.xsd VQRC_FILEFORMAT_CONNECTOR_PLUGIN_RESOURCES_XSD
-    dynamic_connectors.xsd VQRC_FILEFORMAT_DYNAMIC_CONNECTORS_XSD
-    kxe.xsd VQRC_FILEFORMAT_KXE_XSD
-    kxf.xsd VQRC_FILEFORMAT_KXF_XSD
-    oauth_config.xsd VQRC_FILEFORMAT_OAUTH_CONFIG_XSD
-    user.xsd VQRC_FILEFORMAT_USER_XSD
-    xhtml.dtd VQRC_FILEFORMAT_XHTML_DTD
-    xml.xsd VQRC_FILEFORMAT_XML_XSD)
-foreach(type kxa kxb kxc kxd)
-    string(TOUPPER ${type} TYPE)
-    list(APPEND schemas ${type}.xsd VQRC_FILEFORMAT_${TYPE}_XSD)
-    foreach(version 10_2 10_3 10_4 10_5)
-        list(APPEND schemas ${type}_${version}.xsd VQRC_FILEFORMAT_${TYPE}_XSD_${version})
-    endforeach()
-endforeach()
-
 set(rows)
 set(embedded_files)
 
-while(schemas)
-    list(POP_FRONT schemas file name)
-    set(path "${CMAKE_CURRENT_LIST_DIR}/resources/${file}")
+# A file among the resources and its name there.
+macro(embed name path)
     list(APPEND embedded_files "${path}")
     string(APPEND rows "    <file alias=\"${name}\">${path}</file>\n")
-endwhile()
+endmacro()
+
+set(resources "${CMAKE_CURRENT_LIST_DIR}/resources")
+foreach(name connector_plugin_manifest connector_plugin_resources dynamic_connectors oauth_config user xml)
+    string(TOUPPER ${name} NAME)
+    embed(VQRC_FILEFORMAT_${NAME}_XSD "${resources}/${name}.xsd")
+endforeach()
+embed(VQRC_FILEFORMAT_XHTML_DTD "${resources}/xhtml.dtd")
+
+# The schemas of the documents are made from one source for each type, so that a type that several
+# versions have cannot differ by accident. The sources share the parts.
+set(schema_parts binary column common connection field-types text)
+list(TRANSFORM schema_parts PREPEND "${resources}/")
+list(TRANSFORM schema_parts APPEND ".xsd.in")
+set(expand_schema "${CMAKE_CURRENT_LIST_DIR}/expand-schema.cmake")
+macro(embed_versioned_schema type version name)
+    set(source "${resources}/${type}.xsd.in")
+    set(schema "${CMAKE_CURRENT_BINARY_DIR}/schemas/${name}.xsd")
+    add_custom_command(OUTPUT "${schema}"
+        COMMAND "${CMAKE_COMMAND}" -D "SOURCE=${source}" -D VERSION=${version} -D "OUTPUT=${schema}"
+            -P "${expand_schema}"
+        DEPENDS "${source}" ${schema_parts} "${expand_schema}" VERBATIM)
+    embed(${name} "${schema}")
+endmacro()
+foreach(type kxa kxb kxc kxd kxe kxf)
+    string(TOUPPER ${type} TYPE)
+    embed_versioned_schema(${type} 18.1 VQRC_FILEFORMAT_${TYPE}_XSD)
+endforeach()
+foreach(type kxa kxb kxc kxd)
+    string(TOUPPER ${type} TYPE)
+    foreach(minor 2 3 4 5)
+        embed_versioned_schema(${type} 10.${minor} VQRC_FILEFORMAT_${TYPE}_XSD_10_${minor})
+    endforeach()
+endforeach()
 
 foreach(locale ${locales})
     set(source "${CMAKE_CURRENT_LIST_DIR}/van-codegen/gen-strings/vancorexml-strings_${locale}.ts")

@@ -1,0 +1,83 @@
+# Writes the schema of one version:
+#   cmake -D SOURCE=kxa.xsd.in -D VERSION=10.5 -D OUTPUT=kxa_10_5.xsd -P expand-schema.cmake
+#
+# SOURCE holds the text of all versions. Processing instructions say which lines belong to which version:
+#   <?from 10.3?>               at the end of a line: the line is for version 10.3 and all later ones;
+#                               on a line of its own: so are the lines down to <?end?>; such blocks nest
+#   <?until 10.4?>              likewise, for version 10.4 and all earlier ones
+#   <?include name.xsd.in?>     the expanded text of that file, which stands beside SOURCE, with the indentation
+#                               of the instruction added to its own
+#   @VERSION@ @MAJOR@ @MINOR@   VERSION and its two numbers
+# Several blank lines in a row become one.
+cmake_minimum_required(VERSION 3.22)
+
+# Sets `result` to "keep" if lines that are marked with `bound`, "from" or "until", and `version` are for VERSION, and
+# to "skip" if not.
+function(judge bound version result)
+    if((bound STREQUAL "from" AND VERSION VERSION_LESS version)
+            OR (bound STREQUAL "until" AND VERSION VERSION_GREATER version))
+        set(${result} skip PARENT_SCOPE)
+    else()
+        set(${result} keep PARENT_SCOPE)
+    endif()
+endfunction()
+
+# Sets `result` to the expanded text of `file`.
+function(expand file result)
+    file(READ "${file}" text)
+    set(expanded)
+    set(line_number 0)
+    # "keep" or "skip" for each open block.
+    set(blocks)
+    while(text MATCHES "^([^\n]*)\n")
+        set(line "${CMAKE_MATCH_1}")
+        string(LENGTH "${CMAKE_MATCH_0}" length)
+        string(SUBSTRING "${text}" ${length} -1 text)
+        math(EXPR line_number "${line_number} + 1")
+
+        set(verdict keep)
+        if(line MATCHES "^( *|.*[^ ]) *<\\?(from|until) ([0-9.]+)\\?>$")
+            set(line "${CMAKE_MATCH_1}")
+            judge(${CMAKE_MATCH_2} ${CMAKE_MATCH_3} verdict)
+            if(line MATCHES "^ *$")
+                list(APPEND blocks ${verdict})
+                continue()
+            endif()
+        elseif(line MATCHES "^ *<\\?end\\?>$" AND blocks)
+            list(POP_BACK blocks)
+            continue()
+        endif()
+
+        if(line MATCHES "^( *)<\\?include ([a-z.-]+)\\?>$")
+            set(indentation "${CMAKE_MATCH_1}")
+            expand("${folder}/${CMAKE_MATCH_2}" line)
+            string(REGEX REPLACE "\n([^\n])" "\n${indentation}\\1" line "${indentation}${line}")
+        elseif(line MATCHES "<\\?" AND NOT line MATCHES "^<\\?xml ")
+            message(FATAL_ERROR "${file}:${line_number}: not understood: ${line}")
+        else()
+            string(APPEND line "\n")
+        endif()
+        if(NOT skip IN_LIST blocks AND verdict STREQUAL "keep")
+            string(APPEND expanded "${line}")
+        endif()
+    endwhile()
+    if(blocks OR NOT text STREQUAL "")
+        message(FATAL_ERROR "${file}: an <?end?> or the last line's end is missing")
+    endif()
+    set(${result} "${expanded}" PARENT_SCOPE)
+endfunction()
+
+if(NOT VERSION MATCHES "^([0-9]+)\\.([0-9]+)$")
+    message(FATAL_ERROR "not a version: ${VERSION}")
+endif()
+set(MAJOR ${CMAKE_MATCH_1})
+set(MINOR ${CMAKE_MATCH_2})
+
+get_filename_component(SOURCE "${SOURCE}" ABSOLUTE)
+get_filename_component(folder "${SOURCE}" DIRECTORY)
+expand("${SOURCE}" schema)
+string(REGEX REPLACE "\n\n\n+" "\n\n" schema "${schema}")
+foreach(name VERSION MAJOR MINOR)
+    string(REPLACE "@${name}@" "${${name}}" schema "${schema}")
+endforeach()
+file(WRITE "${OUTPUT}" "${schema}")
