@@ -1,19 +1,27 @@
 // The rules that the schemas impose, beyond what the samples show.
 #include <algorithm>
 #include <ctime>
+#include <iterator>
 #include <limits>
 #include <string>
 
 #include "tests/common/TestSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/QtVanResources.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XSDResources.h"
 
 namespace {
 
+VersionNumber Version(const char* text)
+{
+    return VersionNumber(text, u'.', u'-', 0);
+}
+
 std::list<VString> Validate(XmlFileType type, const char* version, const std::string& text)
 {
     DOMParser parser;
-    parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(type, VersionNumber(version, u'.', u'-', 0)));
+    parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(type, Version(version)));
     return parser.ParseXmlString(VString::fromStdString(text), "document")->GetErrors();
 }
 
@@ -53,6 +61,121 @@ double SecondsToValidate(const std::string& text)
 
 const char* const Versions[] = {"10.2", "10.3", "10.4", "10.5", "18.1"};
 
+// A document with something for each rule, which every version from `first` to `last` accepts: names that must be
+// unique come twice where they belong to two owners.
+struct Document {
+    XmlFileType type;
+    const char* first;
+    const char* last;
+    std::string text;
+};
+
+const std::string Columns =
+    "<column name='c1' data-type='real' role='measure'><alias key='k1' value='x'/><alias key='k2' value='x'/></column>"
+    "<column name='c2' data-type='real' role='measure'><alias key='k1' value='x'/></column>";
+const std::string Options = "<option name='o1' value='x'/><option name='o2' value='x'/>";
+const std::string Sources =
+    "<data-sources><data-source name='d'><connection class='server'/></data-source></data-sources>";
+const std::string Views =
+    "<views><view name='v1' data-source='d'><rows/><columns/></view>"
+    "<view name='v2' data-source='d'><rows/><columns/></view></views>";
+
+const Document Analysis{
+    XmlFileTypeKXA, "10.2", "18.1",
+    "<analysis version='VERSION' xml:lang='de' xml:space='preserve'><data-sources>"
+    "<data-source name='d1'><connection class='server' port='65535'>" + Options + "</connection>" + Columns +
+    "</data-source>"
+    "<data-source name='d2'><connection class='server'>" + Options + "</connection>" + Columns +
+    "</data-source></data-sources>"
+    "<views><view name='v' data-source='d1'><rows/><columns/><filter class='categorical' field='f'/>"
+    "<encoding channel='size' field='e'/></view></views>"
+    "<dashboards>"
+    "<dashboard name='b1'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'>"
+    "<zone id='2' x='0' y='0' w='1' h='1' view='v'/></zone></dashboard>"
+    "<dashboard name='b2'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'/></dashboard>"
+    "</dashboards></analysis>"};
+
+const Document AnalysisWithRepository{
+    XmlFileTypeKXA, "10.2", "10.5",
+    "<analysis version='VERSION'><repository path='p'/>" + Sources + Views + "</analysis>"};
+
+const Document AnalysisWithExtension{
+    XmlFileTypeKXA, "18.1", "18.1",
+    "<analysis version='VERSION'>" + Sources + Views +
+    "<dashboards><dashboard name='b'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'/>"
+    "<extension id='e' url='u'/></dashboard></dashboards></analysis>"};
+
+const Document AnalysisWithHiddenColumn{
+    XmlFileTypeKXA, "10.2", "10.4",
+    "<analysis version='VERSION'><data-sources><data-source name='d'><connection class='server'/>"
+    "<column name='c1' data-type='real' role='measure' hidden='yes'/>"
+    "<column name='c2' data-type='real' role='measure' hidden='false'/></data-source></data-sources>" + Views +
+    "</analysis>"};
+
+const Document DataSource{
+    XmlFileTypeKXB, "10.2", "18.1",
+    "<data-source version='VERSION' name='d' xml:lang='de'>"
+    "<connection class='server' port='1'>" + Options + "</connection>"
+    "<connection class='server'>" + Options + "</connection>" + Columns +
+    "<folder name='f1'><field name='c1'/><field name='c2'/></folder><folder name='f2'><field name='c1'/></folder>"
+    "<file path='p1' size='1'/><file path='p2'/></data-source>"};
+
+const Document DataSourceWithHiddenColumn{
+    XmlFileTypeKXB, "10.2", "10.4",
+    "<data-source version='VERSION' name='d'><connection class='server'/>"
+    "<column name='c' data-type='real' role='measure' hidden='no'/></data-source>"};
+
+const Document DataConnection{
+    XmlFileTypeKXC, "10.2", "18.1",
+    "<data-connection version='VERSION' name='d' xml:lang='de'><connection class='server' port='1'>" + Options +
+    "</connection></data-connection>"};
+
+const Document DataConnectionWithDriver{
+    XmlFileTypeKXC, "10.5", "18.1",
+    "<data-connection version='VERSION' name='d'><connection class='server'/>"
+    "<driver name='n' minimum-version='3.1.0-rc'/></data-connection>"};
+
+const Document MapSource{
+    XmlFileTypeKXD, "10.2", "18.1",
+    "<map-source version='VERSION' name='m' xml:lang='de'><server url='u'/><layer name='l1'/><layer name='l2'/>"
+    "<default-layer name='l1'/><default-layer name='l2'/></map-source>"};
+
+const Document MapSourceWithVisibleLayer{
+    XmlFileTypeKXD, "10.2", "10.3",
+    "<map-source version='VERSION' name='m'><server url='u'/><layer name='l' visible='yes'/></map-source>"};
+
+const Document Captions{
+    XmlFileTypeKXE, "18.1", "18.1",
+    "<captions version='VERSION' xml:lang='de'><source path='p'/>"
+    "<caption kind='field' name='c1'><text xml:lang='de'>a</text><text xml:lang='fr'>a</text></caption>"
+    "<caption kind='field' name='c2'><text xml:lang='de'>a</text></caption></captions>"};
+
+const Document Fields{
+    XmlFileTypeKXF, "18.1", "18.1",
+    "<fields version='VERSION' xml:lang='de'><field name='f' data-type='real' role='measure'/></fields>"};
+
+const char* const EmptyError = "value ''";
+const char* const MissingError = "key for element 'analysis' not found";
+const char* const LangError = "Lang' is not declared";
+
+// With `part` replaced by `wrong` the document has this error in each of its versions.
+struct RuleRow {
+    const char* name;
+    const Document& document;
+    const char* part;
+    const char* wrong;
+    const char* error;
+};
+
+class RuleRows : public testing::TestWithParam<RuleRow> {};
+
+std::string Replaced(std::string text, const std::string& part, const std::string& replacement)
+{
+    const std::size_t position = text.find(part);
+    EXPECT_NE(position, std::string::npos) << part;
+    return position == std::string::npos ? text : text.replace(position, part.size(), replacement);
+}
+
 }  // namespace
 
 TEST(SchemaRulesTest, TheViewOfAZoneExistsDownToSixteenLevels)
@@ -60,7 +183,8 @@ TEST(SchemaRulesTest, TheViewOfAZoneExistsDownToSixteenLevels)
     for (const char* version : Versions)
         for (int levels = 1; levels <= 17; ++levels) {
             const std::string text = AnalysisWithZones(version, NestedZones(levels, "missing"));
-            EXPECT_EQ(Validate(XmlFileTypeKXA, version, text).size(), levels <= 16 ? 1u : 0u) << version << " " << levels;
+            const std::size_t expected = levels <= 16 ? 1 : 0;
+            EXPECT_EQ(Validate(XmlFileTypeKXA, version, text).size(), expected) << version << " " << levels;
         }
 }
 
@@ -71,4 +195,94 @@ TEST(SchemaRulesTest, NestedZonesValidateAboutAsFastAsZonesSideBySide)
     for (int i = 1; i <= 16000; ++i) sideBySide += ZoneStart(i, "v") + "</zone>";
     const double flat = SecondsToValidate(AnalysisWithZones("18.1", sideBySide));
     EXPECT_LT(SecondsToValidate(AnalysisWithZones("18.1", NestedZones(16000, "v"))), 20 * flat);
+}
+
+TEST_P(RuleRows, BreakingTheRuleIsAnError)
+{
+    const RuleRow& row = GetParam();
+    for (const char* version : Versions) {
+        if (Version(version) < Version(row.document.first) || Version(row.document.last) < Version(version)) continue;
+        const std::string text = Replaced(row.document.text, "VERSION", version);
+        EXPECT_THAT(Validate(row.document.type, version, text), testing::IsEmpty()) << version;
+        const std::list<VString> errors = Validate(row.document.type, version, Replaced(text, row.part, row.wrong));
+        ASSERT_FALSE(errors.empty()) << version;
+        EXPECT_TRUE(errors.front().contains(row.error)) << version << ": " << errors.front();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(SchemaRulesTest, RuleRows,
+    testing::Values(
+        RuleRow{"ViewOfAZone", Analysis, "view='v'", "view='w'", MissingError},
+        RuleRow{"DataSourceOfAView", Analysis, "data-source='d1'", "data-source='d3'", MissingError},
+
+        RuleRow{"EmptyFieldOfAFilter", Analysis, "field='f'", "field=''", EmptyError},
+        RuleRow{"EmptyFieldOfAnEncoding", Analysis, "field='e'", "field=''", EmptyError},
+        RuleRow{"EmptyPathOfARepository", AnalysisWithRepository, "path='p'", "path=''", EmptyError},
+        RuleRow{"EmptyPathOfAFile", DataSource, "path='p1'", "path=''", EmptyError},
+        RuleRow{"EmptyPathOfTheSourceOfCaptions", Captions, "path='p'", "path=''", EmptyError},
+        RuleRow{"EmptyUrlOfAnExtension", AnalysisWithExtension, "url='u'", "url=''", EmptyError},
+        RuleRow{"BlankUrlOfAServer", MapSource, "url='u'", "url=' '", EmptyError},
+        RuleRow{"MinimumVersion", DataConnectionWithDriver, "3.1.0-rc", "newest", "value 'newest'"},
+        RuleRow{"HiddenInAnAnalysis", AnalysisWithHiddenColumn, "'yes'", "'perhaps'", "value 'perhaps'"},
+        RuleRow{"HiddenInADataSource", DataSourceWithHiddenColumn, "'no'", "''", EmptyError},
+        RuleRow{"Visible", MapSourceWithVisibleLayer, "'yes'", "'perhaps'", "value 'perhaps'"},
+        RuleRow{"PortInAnAnalysis", Analysis, "port='65535'", "port='65536'", "value '65536'"},
+        RuleRow{"PortInADataSource", DataSource, "port='1'", "port='http'", "value 'http'"},
+        RuleRow{"PortInADataConnection", DataConnection, "port='1'", "port=''", EmptyError},
+        RuleRow{"SizeOfAFile", DataSource, "size='1'", "size='1 MB'", "value '1 MB'"},
+
+        RuleRow{"XmlLangOfAnAnalysis", Analysis, "xml:lang", "xml:Lang", LangError},
+        RuleRow{"XmlSpaceOfAnAnalysis", Analysis, "'preserve'", "'keep'", "value 'keep'"},
+        RuleRow{"XmlLangOfADataSource", DataSource, "xml:lang", "xml:Lang", LangError},
+        RuleRow{"XmlLangOfADataConnection", DataConnection, "xml:lang", "xml:Lang", LangError},
+        RuleRow{"XmlLangOfAMapSource", MapSource, "xml:lang", "xml:Lang", LangError},
+        RuleRow{"XmlLangOfCaptions", Captions, "xml:lang", "xml:Lang", LangError},
+        RuleRow{"XmlLangOfFields", Fields, "xml:lang", "xml:Lang", LangError},
+        RuleRow{"UnknownNamespace", Analysis, "xml:lang", "xmlns:a='urn:a' a:lang", "lang' is not declared"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(SchemaRulesTest, ASchemaAcceptsTheVersionsThatItIsChosenFor)
+{
+    const char* const versions[] = {"18.1", "18.1.0", "18.1.0.0", "18.1-beta", "18.1.0-rc.2", "018.01", "18.1.3",
+        "18.1.0.1", "18.10", "18", "18.2", "10.5", "10.5-beta", "10.5.0", "10.5.2", "10.5.2.7-beta", "10.05", "10.50",
+        "10.1", "10", "10.2.18.1", "10.3.1", "10.4-18.1"};
+    for (const Document* document : {&Analysis, &DataSource, &DataConnection, &MapSource, &Captions, &Fields})
+        for (const char* schema : Versions) {
+            const VString name = XSDResources::GetVersionedXsdResourceName(document->type, Version(schema));
+            if (name.IsEmpty()) continue;
+            for (const char* version : versions) {
+                const VString chosen = XSDResources::GetVersionedXsdResourceName(document->type, Version(version));
+                const std::string text = Replaced(document->text, "VERSION", version);
+                EXPECT_EQ(Validate(document->type, schema, text).empty(), chosen == name) << version << " by " << name;
+            }
+        }
+}
+
+TEST(SchemaRulesTest, TheMinimumVersionOfAConnectorIsAVersion)
+{
+    const std::string manifest =
+        "<connector-plugin class='c' name='n' plugin-version='1.0.0' min-product-version='VERSION'>"
+        "<vendor-information><company/><support-link/></vendor-information></connector-plugin>";
+    DOMParser parser;
+    parser.AddXSDResourceId(QtVanResourceId::FileFormatConnectorPluginManifestXsd);
+    const auto isValid = [&](const char* version) {
+        const VString text = VString::fromStdString(Replaced(manifest, "VERSION", version));
+        return !parser.ParseXmlString(text, "manifest")->HasErrors();
+    };
+    for (const char* version : {"18.1", "18", "18.1.0-beta"}) EXPECT_TRUE(isValid(version)) << version;
+    for (const char* version : {"", "newest", "18.x"}) EXPECT_FALSE(isValid(version)) << version;
+}
+
+TEST(SchemaRulesTest, ASchemaMayUseTheSpecialAttributesOfXml)
+{
+    const VString schema(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+        "<xs:import namespace='http://www.w3.org/XML/1998/namespace'/>"
+        "<xs:element name='a'><xs:complexType><xs:attributeGroup ref='xml:specialAttrs'/></xs:complexType></xs:element>"
+        "</xs:schema>");
+    DOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(schema, "schema", false));
+    const VString text("<a xml:lang='de' xml:space='default' xml:base='b' xml:id='i'/>");
+    EXPECT_THAT(parser.ParseXmlString(text, "document")->GetErrors(), testing::IsEmpty());
+    EXPECT_TRUE(parser.ParseXmlString("<a xml:Lang='de'/>", "document")->HasErrors());
 }
