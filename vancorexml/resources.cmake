@@ -22,7 +22,7 @@ embed(VQRC_FILEFORMAT_XHTML_DTD "${resources}/xhtml.dtd")
 
 # The schemas of the documents are made from one source for each type, so that a type that several
 # versions have cannot differ by accident. The sources share the parts.
-set(schema_parts binary column common connection field-types flag non-empty text url)
+set(schema_parts alias-keys binary column common connection field-types flag non-empty option-names text url)
 list(TRANSFORM schema_parts PREPEND "${resources}/")
 list(TRANSFORM schema_parts APPEND ".xsd.in")
 set(expand_schema "${CMAKE_CURRENT_LIST_DIR}/expand-schema.cmake")

@@ -1,8 +1,9 @@
 // The rules that the schemas impose, beyond what the samples show.
 #include <algorithm>
 #include <ctime>
-#include <iterator>
 #include <limits>
+#include <list>
+#include <memory>
 #include <string>
 
 #include "tests/common/TestSupport.h"
@@ -39,10 +40,12 @@ std::string ZoneStart(int id, const std::string& view)
     return "<zone id='" + std::to_string(id) + "' x='0' y='0' w='1' h='1' view='" + view + "'>";
 }
 
-std::string NestedZones(int levels, const std::string& viewOfTheLast)
+// Nested zones, of which the innermost has the start tag `innermost`.
+std::string NestedZones(int levels, const std::string& innermost)
 {
     std::string zones;
-    for (int i = 1; i <= levels; ++i) zones += ZoneStart(i, i == levels ? viewOfTheLast : "v");
+    for (int i = 1; i < levels; ++i) zones += ZoneStart(i, "v");
+    zones += innermost;
     for (int i = 1; i <= levels; ++i) zones += "</zone>";
     return zones;
 }
@@ -99,6 +102,22 @@ const Document AnalysisWithRepository{
     XmlFileTypeKXA, "10.2", "10.5",
     "<analysis version='VERSION'><repository path='p'/>" + Sources + Views + "</analysis>"};
 
+const Document AnalysisWithMaps{
+    XmlFileTypeKXA, "10.3", "18.1",
+    "<analysis version='VERSION'>" + Sources +
+    "<map-sources><map-source name='m1'/><map-source name='m2'/></map-sources>" + Views + "</analysis>"};
+
+const Document AnalysisWithThumbnails{
+    XmlFileTypeKXA, "10.5", "18.1",
+    "<analysis version='VERSION'>" + Sources + Views +
+    "<thumbnails><thumbnail view='v1' width='1' height='1'/><thumbnail view='v2' width='1' height='1'/></thumbnails>"
+    "</analysis>"};
+
+const Document AnalysisWithParameters{
+    XmlFileTypeKXA, "18.1", "18.1",
+    "<analysis version='VERSION'><parameters><parameter name='p1' data-type='real' value='1'/>"
+    "<parameter name='p2' data-type='real' value='1'/></parameters>" + Sources + Views + "</analysis>"};
+
 const Document AnalysisWithExtension{
     XmlFileTypeKXA, "18.1", "18.1",
     "<analysis version='VERSION'>" + Sources + Views +
@@ -154,6 +173,7 @@ const Document Fields{
     XmlFileTypeKXF, "18.1", "18.1",
     "<fields version='VERSION' xml:lang='de'><field name='f' data-type='real' role='measure'/></fields>"};
 
+const char* const DuplicateError = "declares duplicate identity constraint unique values";
 const char* const EmptyError = "value ''";
 const char* const MissingError = "key for element 'analysis' not found";
 const char* const LangError = "Lang' is not declared";
@@ -178,13 +198,15 @@ std::string Replaced(std::string text, const std::string& part, const std::strin
 
 }  // namespace
 
-TEST(SchemaRulesTest, TheViewOfAZoneExistsDownToSixteenLevels)
+TEST(SchemaRulesTest, ZonesAreCheckedDownToSixteenLevels)
 {
     for (const char* version : Versions)
-        for (int levels = 1; levels <= 17; ++levels) {
-            const std::string text = AnalysisWithZones(version, NestedZones(levels, "missing"));
+        for (int levels = 2; levels <= 17; ++levels) {
             const std::size_t expected = levels <= 16 ? 1 : 0;
-            EXPECT_EQ(Validate(XmlFileTypeKXA, version, text).size(), expected) << version << " " << levels;
+            for (const std::string& wrong : {ZoneStart(levels, "missing"), ZoneStart(1, "v")}) {
+                const std::string text = AnalysisWithZones(version, NestedZones(levels, wrong));
+                EXPECT_EQ(Validate(XmlFileTypeKXA, version, text).size(), expected) << version << wrong;
+            }
         }
 }
 
@@ -194,7 +216,8 @@ TEST(SchemaRulesTest, NestedZonesValidateAboutAsFastAsZonesSideBySide)
     std::string sideBySide;
     for (int i = 1; i <= 16000; ++i) sideBySide += ZoneStart(i, "v") + "</zone>";
     const double flat = SecondsToValidate(AnalysisWithZones("18.1", sideBySide));
-    EXPECT_LT(SecondsToValidate(AnalysisWithZones("18.1", NestedZones(16000, "v"))), 20 * flat);
+    const std::string nested = NestedZones(16000, ZoneStart(16000, "v"));
+    EXPECT_LT(SecondsToValidate(AnalysisWithZones("18.1", nested)), 20 * flat);
 }
 
 TEST_P(RuleRows, BreakingTheRuleIsAnError)
@@ -212,8 +235,24 @@ TEST_P(RuleRows, BreakingTheRuleIsAnError)
 
 INSTANTIATE_TEST_SUITE_P(SchemaRulesTest, RuleRows,
     testing::Values(
+        RuleRow{"ColumnsOfADataSource", Analysis, "name='c2'", "name='c1'", DuplicateError},
+        RuleRow{"AliasKeysInAnAnalysis", Analysis, "key='k2'", "key='k1'", DuplicateError},
+        RuleRow{"OptionsInAnAnalysis", Analysis, "name='o2'", "name='o1'", DuplicateError},
+        RuleRow{"Dashboards", Analysis, "name='b2'", "name='b1'", DuplicateError},
+        RuleRow{"ZonesOfADashboard", Analysis, "id='2'", "id='01'", DuplicateError},
         RuleRow{"ViewOfAZone", Analysis, "view='v'", "view='w'", MissingError},
         RuleRow{"DataSourceOfAView", Analysis, "data-source='d1'", "data-source='d3'", MissingError},
+        RuleRow{"MapSources", AnalysisWithMaps, "name='m2'", "name='m1'", DuplicateError},
+        RuleRow{"ThumbnailsOfAView", AnalysisWithThumbnails, "view='v2'", "view='v1'", DuplicateError},
+        RuleRow{"Parameters", AnalysisWithParameters, "name='p2'", "name='p1'", DuplicateError},
+        RuleRow{"Folders", DataSource, "name='f2'", "name='f1'", DuplicateError},
+        RuleRow{"FieldsOfAFolder", DataSource, "field name='c2'", "field name='c1'", DuplicateError},
+        RuleRow{"FilePaths", DataSource, "path='p2'", "path='p1'", DuplicateError},
+        RuleRow{"AliasKeysInADataSource", DataSource, "key='k2'", "key='k1'", DuplicateError},
+        RuleRow{"OptionsInADataSource", DataSource, "name='o2'", "name='o1'", DuplicateError},
+        RuleRow{"OptionsInADataConnection", DataConnection, "name='o2'", "name='o1'", DuplicateError},
+        RuleRow{"DefaultLayers", MapSource, "default-layer name='l2'", "default-layer name='l1'", DuplicateError},
+        RuleRow{"TextsOfOneLanguage", Captions, "xml:lang='fr'", "xml:lang='de'", DuplicateError},
 
         RuleRow{"EmptyFieldOfAFilter", Analysis, "field='f'", "field=''", EmptyError},
         RuleRow{"EmptyFieldOfAnEncoding", Analysis, "field='e'", "field=''", EmptyError},
