@@ -1,50 +1,151 @@
 #include "vanxml/OutputFile.h"
 
-#include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
+#include <filesystem>
+#include <random>
+#include <system_error>
+#include <utility>
 
+#include "vanxml/OperatingSystem.h"
 #include "vanxml/ToolError.h"
+
+namespace fs = std::filesystem;
+using OperatingSystem::OutputHandle;
 
 namespace {
 
-[[noreturn]] void ThrowWriteError(const VString& name, const QString& reason)
+[[noreturn]] void ThrowWriteError(const VString& name, const std::string& reason)
 {
-    throw ToolError(("Cannot write \"" + name + "\": " + VString(reason)).toStdString());
+    throw ToolError("Cannot write \"" + name.toStdString() + "\": " + reason);
 }
 
-// Qt takes a name that begins with a colon for one of its resources.
-QString NativeName(const VString& name)
+[[noreturn]] void ThrowError(std::errc error)
 {
-    return (name.startsWith(":") ? "./" + name : name).ToQString();
+    throw std::system_error(std::make_error_code(error));
 }
 
-bool WriteAll(QIODevice& file, std::string_view bytes)
+bool IsDeviceOrPipe(const fs::path& file)
 {
-    return file.write(bytes.data(), static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size());
+    const fs::file_status status = fs::status(file);
+    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
 }
 
-bool IsDeviceOrPipe(const VString& name)
+// The file that a link leads to, also when it does not exist yet.
+fs::path ResolveLinks(fs::path file)
 {
-    const QFileInfo target(NativeName(name));
-    return target.exists() && !target.isFile() && !target.isDir();
+    constexpr int mostLinks = 40;   // Linux follows as many
+    for (int links = 0; fs::is_symlink(fs::symlink_status(file)); ++links) {
+        if (links == mostLinks) ThrowError(std::errc::too_many_symbolic_link_levels);
+        file = file.parent_path() / fs::read_symlink(file);
+    }
+    return file;
+}
+
+// Short, so that it fits wherever the name of any file fits.
+std::string RandomName()
+{
+    static constexpr char digits[] = "0123456789abcdef";
+    std::random_device random;
+    std::string name = ".vanxml-";
+    for (int i = 0; i < 12; ++i) name += digits[random() % 16];
+    return name;
+}
+
+// Removes a file when it dies, unless the file was renamed.
+class TemporaryName {
+public:
+    explicit TemporaryName(fs::path name) noexcept : m_name(std::move(name)) {}
+    ~TemporaryName()
+    {
+        std::error_code ignored;
+        if (!m_name.empty()) fs::remove(m_name, ignored);
+    }
+    TemporaryName(const TemporaryName&) = delete;
+    TemporaryName& operator=(const TemporaryName&) = delete;
+
+    void RenameTo(const fs::path& file)
+    {
+        fs::rename(m_name, file);
+        m_name.clear();
+    }
+
+private:
+    fs::path m_name;
+};
+
+std::pair<OutputHandle, fs::path> CreateTemporaryFile(const fs::path& folder, OutputHandle::Access access)
+{
+    constexpr int mostTries = 100;   // a second is rare: there are 2^48 names
+    for (int tries = 1;; ++tries) {
+        fs::path name = folder / RandomName();
+        try {
+            return {OutputHandle::Create(name, access), std::move(name)};
+        } catch (const std::system_error& error) {
+            if (error.code() != std::errc::file_exists || tries == mostTries) throw;
+        }
+    }
+}
+
+// Does nothing when the file has the permissions: some file systems have one set for all
+// files and refuse to change it.
+void SetPermissions(const fs::path& file, fs::perms permissions)
+{
+    if (fs::status(file).permissions() != permissions) fs::permissions(file, permissions);
+}
+
+void ReplaceRegularFile(const fs::path& file, std::string_view bytes)
+{
+    if (file.empty()) ThrowError(std::errc::no_such_file_or_directory);
+    const fs::file_status old = fs::status(file);
+    const bool isNew = !fs::exists(old);
+    if (fs::is_directory(old) || !file.has_filename()) ThrowError(std::errc::is_a_directory);
+    if (!isNew) OperatingSystem::RequireWritable(file);
+
+    const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
+    // Nobody else may read a private document while it is being written.
+    auto [handle, name] = CreateTemporaryFile(folder, isNew ? OutputHandle::Access::Everybody : OutputHandle::Access::Owner);
+    TemporaryName temporary(name);
+    if (!isNew) SetPermissions(name, (old.permissions() & fs::perms::all) | fs::perms::owner_write);
+    handle.Write(bytes);
+    // Only a file whose bytes are on the disk may take the old one's place: the disk may turn
+    // out to be full as late as here.
+    handle.Flush();
+    handle.Close();
+    temporary.RenameTo(file);
+    OperatingSystem::FlushFolder(folder);
+}
+
+void WriteDevice(const fs::path& device, std::string_view bytes)
+{
+    OutputHandle handle = OutputHandle::Open(device);
+    handle.Write(bytes);
+    handle.Close();
+}
+
+// Calls `write` with the path and turns the errors of the system into a ToolError.
+template <typename Write>
+void WriteTo(const VString& name, const Write& write)
+{
+    try {
+        write(fs::path(name.View()));
+    } catch (const std::system_error& error) {
+        ThrowWriteError(name, error.code().message());
+    }
 }
 
 }  // namespace
 
 void ReplaceFile(const VString& name, std::string_view bytes)
 {
-    if (IsDeviceOrPipe(name)) ThrowWriteError(name, QStringLiteral("it is not a regular file"));
-    QSaveFile file(NativeName(name));
-    if (!file.open(QIODevice::WriteOnly) || !WriteAll(file, bytes) || !file.commit()) ThrowWriteError(name, file.errorString());
+    WriteTo(name, [&](const fs::path& file) {
+        if (IsDeviceOrPipe(file)) ThrowWriteError(name, "it is not a regular file");
+        ReplaceRegularFile(ResolveLinks(file), bytes);
+    });
 }
 
 void WriteOutputFile(const VString& name, std::string_view bytes)
 {
-    if (!IsDeviceOrPipe(name)) {
-        ReplaceFile(name, bytes);
-        return;
-    }
-    QFile file(NativeName(name));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !WriteAll(file, bytes)) ThrowWriteError(name, file.errorString());
+    WriteTo(name, [&](const fs::path& file) {
+        if (IsDeviceOrPipe(file)) WriteDevice(file, bytes);
+        else ReplaceRegularFile(ResolveLinks(file), bytes);
+    });
 }

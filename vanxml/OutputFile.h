@@ -5,10 +5,12 @@
 
 #include "vancoreplatform/VString.h"
 
-// Puts `bytes` into the file: a temporary file beside it is written, flushed and renamed over
-// it, so that a crash or a full disk leaves the old file as it was. Permissions are kept; a
-// symbolic link stays, and what it leads to is replaced. Throws ToolError when it cannot be
-// done: in a folder that cannot be written, or when there is a device or pipe of that name.
+// Replaces the file by `bytes`, or makes it. A temporary file beside it is written, flushed to
+// the disk and renamed over it, so the old file stays whole when anything fails, and only a
+// temporary file can be left when the tool is killed. Keeps the permissions; a symbolic link
+// stays, and the file that it leads to is replaced.
+// Throws ToolError, with the system's reason, when any step fails, and when the name is that
+// of a device or pipe.
 void ReplaceFile(const VString& name, std::string_view bytes);
 
 // As ReplaceFile, but writes to a device or pipe directly.

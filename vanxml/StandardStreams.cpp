@@ -4,19 +4,11 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <system_error>
 
+#include "vanxml/OperatingSystem.h"
 #include "vanxml/ToolError.h"
-
-#if defined(_WIN32)
-#  include <QString>
-#  include <fcntl.h>
-#  include <io.h>
-#  include <windows.h>
-#  include <shellapi.h>
-#endif
 
 namespace {
 
@@ -31,31 +23,8 @@ namespace StandardStreams {
 
 void Prepare()
 {
-#if defined(_WIN32)
-    _setmode(_fileno(stdin), _O_BINARY);
-    _setmode(_fileno(stdout), _O_BINARY);
-    _setmode(_fileno(stderr), _O_BINARY);
-#endif
-#if defined(SIGPIPE)
-    std::signal(SIGPIPE, SIG_IGN);
-#endif
+    OperatingSystem::PrepareStreams();
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-}
-
-std::vector<std::string> Arguments(int argc, char** argv)
-{
-#if defined(_WIN32)
-    // The arguments of `main` went through the machine's code page.
-    static_cast<void>(argv);
-    std::vector<std::string> arguments;
-    int count = argc;
-    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
-    for (int i = 0; wide && i < count; ++i) arguments.push_back(QString::fromWCharArray(wide[i]).toStdString());
-    LocalFree(wide);
-    return arguments;
-#else
-    return std::vector<std::string>(argv, argv + argc);
-#endif
 }
 
 std::string ReadInput()

@@ -3,17 +3,13 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
-// The one place that knows about the operating system. Used by one thread at a time.
+// Used by one thread at a time.
 namespace StandardStreams {
 
 // Call first: bytes pass unchanged, a reader that went away is a write error instead of a
 // signal, and file names are UTF-8 whatever the locale is.
 void Prepare();
-
-// The command line as UTF-8, the program's name first.
-std::vector<std::string> Arguments(int argc, char** argv);
 
 // All of standard input. Throws ToolError when it cannot be read.
 std::string ReadInput();

@@ -10,6 +10,7 @@
 
 #include "vanxml/CheckCommand.h"
 #include "vanxml/FormatCommand.h"
+#include "vanxml/OperatingSystem.h"
 #include "vanxml/QueryCommand.h"
 #include "vanxml/SchemaCommand.h"
 #include "vanxml/StandardStreams.h"
@@ -116,7 +117,7 @@ int main(int argc, char** argv)
     ExitStatus status = ExitStatus::Failed;
     try {
         StandardStreams::Prepare();
-        status = Run(StandardStreams::Arguments(argc, argv));
+        status = Run(OperatingSystem::Arguments(argc, argv));
         StandardStreams::FlushOutput();
     } catch (const std::length_error&) {
         status = Fail("The text is too large");

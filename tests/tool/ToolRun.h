@@ -1,6 +1,7 @@
 // Running the tool as its users do.
 #pragma once
 
+#include <QFileInfo>
 #include <QProcess>
 #include <QStringList>
 
@@ -38,6 +39,14 @@ inline ToolResult RunProgram(const std::string& program, const std::vector<std::
 inline ToolResult RunTool(const std::vector<std::string>& arguments, const std::string& input = std::string())
 {
     return RunProgram(VANXML_PATH, arguments, input);
+}
+
+// The names in the folder of `file`, hidden ones included, sorted.
+inline std::vector<std::string> NamesBeside(const VString& file)
+{
+    std::vector<std::string> names;
+    for (const QString& name : QFileInfo(file.ToQString()).dir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System, QDir::Name)) names.push_back(name.toStdString());
+    return names;
 }
 
 inline std::string Header()

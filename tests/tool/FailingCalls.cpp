@@ -1,0 +1,110 @@
+// Preloaded into a program, replaces the calls that write files. The environment controls them:
+//   FAILING_CALL   the call that fails: create, write, flush, close or rename
+//   FAILING_ERROR  the error number that it fails with
+//   FAILING_TIMES  how often it fails; always when not given
+//   CALLS_FILE     a file to which the name of each call is appended, a line each
+// Only calls on regular files that are open for writing count, and the flush of a folder.
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+void Record(const char* call)
+{
+    const char* name = std::getenv("CALLS_FILE");
+    if (name == nullptr) return;
+    const long file = syscall(SYS_openat, AT_FDCWD, name, O_WRONLY | O_APPEND | O_CREAT, 0600);
+    syscall(SYS_write, file, call, std::strlen(call));
+    syscall(SYS_write, file, "\n", 1);
+    syscall(SYS_close, file);
+}
+
+// True, with errno set, when the call is to fail now.
+bool Fails(const char* call)
+{
+    Record(call);
+    const char* failing = std::getenv("FAILING_CALL");
+    if (failing == nullptr || std::strcmp(failing, call) != 0) return false;
+    static int done = 0;
+    const char* times = std::getenv("FAILING_TIMES");
+    if (times != nullptr && done++ >= std::atoi(times)) return false;
+    errno = std::atoi(std::getenv("FAILING_ERROR"));
+    return true;
+}
+
+bool IsOutputFile(int file)
+{
+    struct stat status;
+    const long flags = syscall(SYS_fcntl, file, F_GETFL);
+    return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY && fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool IsFolder(int file)
+{
+    struct stat status;
+    return fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+int Flush(int file)
+{
+    if (IsFolder(file)) Record("flush folder");
+    else if (Fails("flush")) return -1;
+    return static_cast<int>(syscall(SYS_fsync, file));
+}
+
+}  // namespace
+
+extern "C" {
+
+int open(const char* name, int flags, ...)
+{
+    std::va_list rest;
+    va_start(rest, flags);
+    const int mode = (flags & O_CREAT) != 0 ? va_arg(rest, int) : 0;
+    va_end(rest);
+    if ((flags & O_EXCL) != 0 && Fails("create")) return -1;
+    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, name, flags, mode));
+}
+
+ssize_t write(int file, const void* bytes, size_t count)
+{
+    if (IsOutputFile(file) && Fails("write")) return -1;
+    return syscall(SYS_write, file, bytes, count);
+}
+
+int fsync(int file)
+{
+    return Flush(file);
+}
+
+int fdatasync(int file)
+{
+    return Flush(file);
+}
+
+// As Linux does it, the file is closed also when this fails.
+int close(int file)
+{
+    const bool fails = IsOutputFile(file) && Fails("close");
+    const int error = errno;
+    const long result = syscall(SYS_close, file);
+    if (!fails) return static_cast<int>(result);
+    errno = error;
+    return -1;
+}
+
+int rename(const char* from, const char* to) noexcept
+{
+    if (Fails("rename")) return -1;
+    return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+}  // extern "C"
