@@ -15,6 +15,46 @@ TEST(InPlaceTest, ReplacesTheFileAndLeavesNothingElse)
     EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml"));
 }
 
+TEST(InPlaceTest, ReplacesFilesWithTheLongestNames)
+{
+    // A name has at most 255 bytes: "ö" takes two of them, the emoji four.
+    std::vector<VString> names{std::string(249, 'a').c_str(), std::string(255, 'a').c_str()};
+    names.push_back(VString::fromStdString(std::string(253, 'a') + "ö"));
+    names.push_back(VString::fromStdString(std::string(251, 'a') + "\xF0\x9F\x98\x80"));
+    for (const VString& name : names) {
+        const TemporaryFolder folder;
+        const std::string file = folder.Write(name, "<a><b/></a>").toStdString();
+        const ToolResult result = RunTool({"format", "--in-place", file});
+        EXPECT_EQ(result.errors, "");
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(TemporaryFolder::Read(folder.Path(name)), Header() + "<a>\n  <b />\n</a>\n");
+        EXPECT_THAT(NamesBeside(folder.Path(name)), ElementsAre(name.toStdString()));
+    }
+}
+
+TEST(InPlaceTest, MakesFilesWithTheLongestNames)
+{
+    const TemporaryFolder folder;
+    std::string ideographs;
+    while (ideographs.size() < 255) ideographs += "漢";
+    for (const std::string& name : {std::string(255, 'a'), ideographs}) {
+        const std::string file = folder.Path(VString::fromStdString(name)).toStdString();
+        EXPECT_EQ(RunTool({"format", "-", "-o", file}, "<a/>").status, 0);
+        EXPECT_EQ(TemporaryFolder::Read(VString::fromStdString(file)), Header() + "<a />\n");
+    }
+    EXPECT_EQ(NamesBeside(folder.Path("a")).size(), 2u);
+}
+
+TEST(InPlaceTest, NameThatIsTooLongIsAnError)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.Path(VString::fromStdString(std::string(256, 'a'))).toStdString();
+    const ToolResult result = RunTool({"format", "-", "-o", file}, "<a/>");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("Cannot write \"" + file + "\": "));
+    EXPECT_THAT(NamesBeside(folder.Path("a")), ElementsAre());
+}
+
 TEST(InPlaceTest, FileWithErrorsStaysByteForByte)
 {
     const TemporaryFolder folder;
