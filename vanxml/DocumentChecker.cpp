@@ -4,6 +4,7 @@
 
 #include "vancoreplatform/VIOException.h"
 #include "vansys/VantoraException.h"
+#include "vanxml/ErrorLines.h"
 #include "vanxml/SourceDocument.h"
 #include "vanxml/ToolError.h"
 
@@ -20,7 +21,7 @@ CheckedDocument Unreadable(const std::string& message)
 {
     CheckedDocument result;
     result.status = ExitStatus::Failed;
-    result.lines = "vanxml: " + message + "\n";
+    result.lines = FormatErrorLine(message);
     return result;
 }
 

@@ -1,5 +1,6 @@
 #include "vanxml/OperatingSystem.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <system_error>
@@ -33,7 +34,7 @@ void PrepareStreams()
 
 std::vector<std::string> Arguments(int argc, char** argv)
 {
-    return std::vector<std::string>(argv, argv + argc);
+    return std::vector<std::string>(argv + std::min(argc, 1), argv + argc);
 }
 
 void RequireWritable(const std::filesystem::path& file)

@@ -72,7 +72,7 @@ std::vector<std::string> Arguments(int, char**)
     wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
     if (!wide) ThrowLastError("CommandLineToArgvW");
     std::vector<std::string> arguments;
-    for (int i = 0; i < count; ++i) arguments.push_back(ToUtf8(wide[i]));
+    for (int i = 1; i < count; ++i) arguments.push_back(ToUtf8(wide[i]));
     LocalFree(wide);
     return arguments;
 }

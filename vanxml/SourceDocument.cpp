@@ -8,6 +8,7 @@
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesColonSanitizer.h"
 #include "vansys/LogicException.h"
+#include "vanxml/ErrorLines.h"
 #include "vanxml/StandardStreams.h"
 
 namespace {
@@ -73,10 +74,4 @@ const SourcePositions& SourceDocument::Positions()
 std::string SourceDocument::ErrorLine(const VString& message)
 {
     return FormatErrorLine(Name(), Positions().MapMessage(message, Name()));
-}
-
-std::string FormatErrorLine(const VString& name, const VString& message)
-{
-    const VString line = message.replace("\r\n", " ").replace("\n", " ").replace("\r", " ");
-    return (name + ": " + line + "\n").toStdString();
 }

@@ -28,8 +28,7 @@ public:
     // there is something to show.
     const SourcePositions& Positions();
 
-    // The message as a line for standard error, "NAME: message" with a line feed: positions
-    // are those of the file, and a message of several lines becomes one.
+    // The message of the library as a line for standard error, with positions of the file.
     std::string ErrorLine(const VString& message);
 
 private:
@@ -39,6 +38,3 @@ private:
     std::string m_skipped;   // the white space before what the source gives
     std::optional<SourcePositions> m_positions;
 };
-
-// "NAME: message" with a line feed; a message of several lines becomes one.
-std::string FormatErrorLine(const VString& name, const VString& message);

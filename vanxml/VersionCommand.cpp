@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "vancorexml/main/parser/VersionSniffer.h"
+#include "vanxml/ErrorLines.h"
 #include "vanxml/SourceDocument.h"
 #include "vanxml/StandardStreams.h"
 

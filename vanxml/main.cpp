@@ -6,9 +6,12 @@
 #include <new>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
+#include "vancoreplatform/Encoding.h"
 #include "vanxml/CheckCommand.h"
+#include "vanxml/ErrorLines.h"
 #include "vanxml/FormatCommand.h"
 #include "vanxml/OperatingSystem.h"
 #include "vanxml/QueryCommand.h"
@@ -34,13 +37,22 @@ Commands MakeCommands()
 
 ExitStatus Fail(const std::string& message)
 {
-    StandardStreams::WriteError("vanxml: " + message + "\n");
+    StandardStreams::WriteError(FormatErrorLine(message));
     return ExitStatus::Failed;
 }
 
-// CLI11 ends a command at the first "--" behind which it needs nothing, so what follows it is
-// marked instead, with a character that no command line can be typed with.
-constexpr char operandMark = '\x1F';
+// A name that is not UTF-8 would be changed into that of another file.
+void RequireUtf8(const std::vector<std::string>& arguments)
+{
+    for (const std::string& argument : arguments) {
+        if (FindInvalidUtf8(argument.data(), argument.size()) != argument.size()) throw ToolError("The argument \"" + argument + "\" is not UTF-8");
+    }
+}
+
+// Marks an argument that CLI11 is to take as it is. CLI11 ends a command at the first "--"
+// behind which it needs nothing, so the operands behind it are marked instead; and it would
+// take a file's name "[a,b]" for a list. No argument contains this byte: all are UTF-8.
+constexpr char operandMark = '\xFF';
 
 std::string WithoutMarks(std::string text)
 {
@@ -71,7 +83,7 @@ std::vector<std::string> MarkOperands(const std::vector<std::string>& arguments)
     std::vector<std::string> marked;
     bool areOperands = false;
     for (const std::string& argument : arguments) {
-        if (areOperands) marked.push_back(operandMark + argument);
+        if (areOperands || argument.starts_with("[")) marked.push_back(operandMark + argument);
         else if (argument == "--") areOperands = true;
         else marked.push_back(argument);
     }
@@ -80,14 +92,15 @@ std::vector<std::string> MarkOperands(const std::vector<std::string>& arguments)
 
 void UnmarkOperands(CLI::App& command)
 {
-    for (CLI::Option* option : command.get_options([](const CLI::Option* each) { return each->get_positional(); })) {
-        option->transform([](std::string operand) { return !operand.empty() && operand.front() == operandMark ? operand.substr(1) : operand; });
+    for (CLI::Option* option : command.get_options([](const CLI::Option* each) { return each->get_items_expected_max() > 0; })) {
+        option->transform([](std::string operand) { return operand.starts_with(operandMark) ? operand.substr(1) : operand; });
     }
     for (CLI::App* each : command.get_subcommands([](const CLI::App*) { return true; })) UnmarkOperands(*each);
 }
 
 ExitStatus Run(const std::vector<std::string>& arguments)
 {
+    RequireUtf8(arguments);
     const Commands commands = MakeCommands();
     CLI::App application("Reads, checks, queries and writes XML documents", "vanxml");
     application.require_subcommand(1);
@@ -96,11 +109,10 @@ ExitStatus Run(const std::vector<std::string>& arguments)
     for (const std::unique_ptr<Command>& command : commands) command->AddTo(application);
     UnmarkOperands(application);
 
-    const std::vector<std::string> marked = MarkOperands(arguments);
-    std::vector<const char*> pointers;
-    for (const std::string& argument : marked) pointers.push_back(argument.c_str());
+    std::vector<std::string> marked = MarkOperands(arguments);
+    std::reverse(marked.begin(), marked.end());   // CLI11 reads from the end
     try {
-        application.parse(static_cast<int>(pointers.size()), pointers.data());
+        application.parse(std::move(marked));
     } catch (const CLI::ParseError& error) {
         return EndOfParse(application, error);
     }

@@ -18,7 +18,10 @@ std::ostream& operator<<(std::ostream& out, const Usage& usage)
 class InFolder {
 public:
     void Write(const char* name, const std::string& text) const { m_folder.Write(name, text); }
-    ToolResult Run(const std::vector<std::string>& arguments) const { return RunProgram(VANXML_PATH, arguments, std::string(), std::string(), m_folder.Path("").toStdString()); }
+    std::string Read(const char* name) const { return testsupport::TemporaryFolder::Read(m_folder.Path(name)); }
+    std::vector<std::string> Names() const { return NamesBeside(m_folder.Path("a")); }
+    std::string Path() const { return m_folder.Path("").toStdString(); }
+    ToolResult Run(const std::vector<std::string>& arguments) const { return RunProgram(VANXML_PATH, arguments, std::string(), std::string(), Path()); }
 
 private:
     testsupport::TemporaryFolder m_folder;
@@ -121,3 +124,67 @@ TEST(CommandLineTest, FileNamesAreUtf8InAnyLocale)
     const std::string name = folder.Write("größe-漢.xml", "<a/>").toStdString();
     EXPECT_EQ(RunProgram("env", {"LC_ALL=C", VANXML_PATH, "format", "--no-header", name}).output, "<a />\n");
 }
+
+TEST(CommandLineTest, NamesKeepTheirFirstCharacter)
+{
+    // U+001F, U+FEFF and a name that looks like a list, each beside the file of the other name.
+    for (const std::string& name : {std::string("\x1F" "a.xml"), std::string("\xEF\xBB\xBF" "a.xml"), std::string("[a.xml]")}) {
+        const InFolder folder;
+        folder.Write(name.c_str(), "<good/>");
+        folder.Write("a.xml", "<neighbour/>");
+        for (const std::vector<std::string>& arguments : {std::vector<std::string>{"format", "--in-place", name}, {"format", "--in-place", "--", name}, {"format", name, "-o", name}}) {
+            EXPECT_EQ(folder.Run(arguments).status, 0);
+            EXPECT_EQ(folder.Read("a.xml"), "<neighbour/>");
+            EXPECT_EQ(folder.Read(name.c_str()), Header() + "<good />\n");
+        }
+        EXPECT_EQ(folder.Run({"query", name, "good"}).output, "3:9\t/good\n");
+        EXPECT_EQ(folder.Run({"check", name}).output, "1 document, 0 errors\n");
+        EXPECT_EQ(folder.Run({"check", "--", name}).output, "1 document, 0 errors\n");
+    }
+}
+
+#if !defined(_WIN32)
+namespace {
+
+// Runs the tool through a shell, which turns "\377" and the like into bytes. The tool is "$1".
+ToolResult RunInShell(const InFolder& folder, const std::string& script)
+{
+    return RunProgram("sh", {"-c", script, "sh", VANXML_PATH}, std::string(), std::string(), folder.Path());
+}
+
+}  // namespace
+
+// Each bad byte would become U+FFFD, which is the name of the neighbour.
+TEST(CommandLineTest, NameThatIsNotUtf8IsRefusedAndNoOtherFileIsTouched)
+{
+    const InFolder folder;
+    const char* neighbour = "a\xEF\xBF\xBD.xml";
+    folder.Write(neighbour, "<a><b/></a>");
+    folder.Write("good.xml", "<a><b/></a>");
+    const char* const scripts[] = {
+        "\"$1\" format --in-place \"$(printf 'a\\377.xml')\"",
+        "\"$1\" format --in-place -- \"$(printf 'a\\377.xml')\"",
+        "\"$1\" format good.xml -o \"$(printf 'a\\377.xml')\"",
+        "\"$1\" format good.xml --output=\"$(printf 'a\\377.xml')\"",
+        "\"$1\" check good.xml \"$(printf 'a\\377.xml')\"",
+        "\"$1\" check good.xml --schema \"$(printf 'a\\377.xml')\"",
+        "\"$1\" query good.xml \"$(printf 'a\\377.xml')\"",
+    };
+    for (const char* script : scripts) {
+        const ToolResult result = RunInShell(folder, script);
+        EXPECT_EQ(result.status, 2) << script;
+        EXPECT_EQ(result.output, "");
+        EXPECT_THAT(result.errors, testing::MatchesRegex("vanxml: The argument \"[^\"]*a\\\\xff\\.xml\" is not UTF-8\n"));
+        EXPECT_EQ(folder.Read(neighbour), "<a><b/></a>");
+        EXPECT_THAT(folder.Names(), testing::ElementsAre(neighbour, "good.xml"));
+    }
+}
+
+TEST(CommandLineTest, BytesOfHalfACharacterAreNotUtf8)
+{
+    const InFolder folder;
+    EXPECT_EQ(RunInShell(folder, "\"$1\" check \"$(printf 'gr\\303')\"").errors, "vanxml: The argument \"gr\\xc3\" is not UTF-8\n");
+    EXPECT_EQ(RunInShell(folder, "\"$1\" check \"$(printf '\\355\\240\\200')\"").errors, "vanxml: The argument \"\\xed\\xa0\\x80\" is not UTF-8\n");
+    EXPECT_EQ(RunInShell(folder, "\"$1\" check \"$(printf '\\300\\257')\"").errors, "vanxml: The argument \"\\xc0\\xaf\" is not UTF-8\n");
+}
+#endif

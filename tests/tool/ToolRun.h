@@ -21,7 +21,8 @@ struct ToolResult {
 inline ToolResult RunProgram(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = std::string(), const std::string& outputFile = std::string(), const std::string& folder = std::string())
 {
     QStringList list;
-    for (const std::string& argument : arguments) list << QString::fromStdString(argument);
+    // QString::fromStdString would drop a U+FEFF at the start.
+    for (const std::string& argument : arguments) list << VString::fromStdString(argument).ToQString();
     QProcess process;
     if (!outputFile.empty()) process.setStandardOutputFile(QString::fromStdString(outputFile));
     if (!folder.empty()) process.setWorkingDirectory(QString::fromStdString(folder));

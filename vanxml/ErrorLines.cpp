@@ -1,0 +1,59 @@
+#include "vanxml/ErrorLines.h"
+
+#include "vancoreplatform/Encoding.h"
+
+namespace {
+
+bool IsTerminalControl(char16_t unit)
+{
+    const bool isControl = unit < 0x20 || (unit >= 0x7F && unit <= 0x9F);
+    const bool isSeparator = unit == 0x2028 || unit == 0x2029;
+    const bool isBidirectional = unit == 0x061C || unit == 0x200E || unit == 0x200F || (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
+    return isControl || isSeparator || isBidirectional;
+}
+
+// The number in `digits` lower-case hexadecimal digits.
+std::string Hexadecimal(unsigned number, int digits)
+{
+    std::string text;
+    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) text += "0123456789abcdef"[number >> shift & 0xF];
+    return text;
+}
+
+std::string Escape(char16_t unit)
+{
+    switch (unit) {
+    case u'\n': return "\\n";
+    case u'\r': return "\\r";
+    case u'\t': return "\\t";
+    default: return unit < 0x80 ? "\\x" + Hexadecimal(unit, 2) : "\\u" + Hexadecimal(unit, 4);
+    }
+}
+
+}  // namespace
+
+std::string EscapeControlCharacters(std::string_view text)
+{
+    VString escaped;
+    for (std::size_t position = 0; position < text.size();) {
+        const std::size_t valid = FindInvalidUtf8(text.data() + position, text.size() - position);
+        const VString run = VString::fromUtf8(text.data() + position, valid);
+        for (const char16_t unit : run.View()) {
+            if (IsTerminalControl(unit)) escaped += VString::fromStdString(Escape(unit));
+            else escaped += unit;
+        }
+        position += valid;
+        if (position < text.size()) escaped += VString::fromStdString("\\x" + Hexadecimal(static_cast<unsigned char>(text[position++]), 2));
+    }
+    return escaped.toStdString();
+}
+
+std::string FormatErrorLine(const VString& name, const VString& message)
+{
+    return EscapeControlCharacters((name + ": " + message).toStdString()) + "\n";
+}
+
+std::string FormatErrorLine(std::string_view message)
+{
+    return "vanxml: " + EscapeControlCharacters(message) + "\n";
+}
