@@ -9,6 +9,7 @@
 #include "vancorexml/main/parser/DOMPathCanopy.h"
 #include "vancorexml/main/parser/XMLDomFormatter.h"
 #include "vanxml/ElementPaths.h"
+#include "vanxml/ErrorLines.h"
 #include "vanxml/SourceDocument.h"
 #include "vanxml/StandardStreams.h"
 
@@ -92,6 +93,6 @@ QueryCommand::Visitor QueryCommand::MakePlacePrinter(SourceDocument& source) con
 {
     return [&source, paths = std::make_shared<ElementPaths>()](const DOMElement& element) {
         const SourcePositions::Position place = source.Positions().Map({element.GetStartLine(), element.GetStartColumn()});
-        StandardStreams::Write(std::to_string(place.line) + ":" + std::to_string(place.column) + "\t" + paths->PathOf(element) + "\n");
+        StandardStreams::Write(std::to_string(place.line) + ":" + std::to_string(place.column) + "\t" + EscapeControlCharacters(paths->PathOf(element)) + "\n");
     };
 }

@@ -1,12 +1,14 @@
 #include "vanxml/StandardStreams.h"
 
 #include <QTextCodec>
+#include <QtGlobal>
 
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
 
+#include "vanxml/ErrorLines.h"
 #include "vanxml/OperatingSystem.h"
 #include "vanxml/ToolError.h"
 
@@ -17,6 +19,12 @@ namespace {
     throw ToolError(std::string(what) + ": " + std::generic_category().message(error));
 }
 
+// What Qt and the library log is escaped like every other line.
+void WriteLogMessage(QtMsgType, const QMessageLogContext&, const QString& message)
+{
+    StandardStreams::WriteError(FormatErrorLine(message.toStdString()));
+}
+
 }  // namespace
 
 namespace StandardStreams {
@@ -24,6 +32,7 @@ namespace StandardStreams {
 void Prepare()
 {
     OperatingSystem::PrepareStreams();
+    qInstallMessageHandler(WriteLogMessage);
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 }
 

@@ -8,7 +8,8 @@
 namespace StandardStreams {
 
 // Call first: bytes pass unchanged, a reader that went away is a write error instead of a
-// signal, and file names are UTF-8 whatever the locale is.
+// signal, file names are UTF-8 whatever the locale is, and log messages go to standard error
+// as lines of the tool.
 void Prepare();
 
 // All of standard input. Throws ToolError when it cannot be read.
