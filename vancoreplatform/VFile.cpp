@@ -287,6 +287,9 @@ unsigned long long GetFileSize(const VPath& path)
 {
     if (const std::optional<VString> reason = ReasonAgainst(path)) ThrowReadError(path.String(), *reason);
     const QFileInfo info(NativeName(path));
-    if (!info.exists()) ThrowReadError(path.String(), "there is no such file");
-    return static_cast<unsigned long long>(info.size());
+    if (info.exists()) return static_cast<unsigned long long>(info.size());
+    // Qt does not tell why it sees no file. An attempt to open it does.
+    VFile file(path);
+    file.OpenForReading();
+    return file.Size();
 }

@@ -21,7 +21,8 @@ public:
     VFile(const VFile&) = delete;
     VFile& operator=(const VFile&) = delete;
 
-    // Throws when the file is missing, unreadable or a directory.
+    // Throws when the file is missing, unreadable or a directory; the message ends with the
+    // system's reason.
     void OpenForReading();
     // Reads up to `count` bytes, fewer only at the end of the file; returns how many.
     std::size_t Read(char* buffer, std::size_t count);
@@ -49,5 +50,6 @@ private:
     QFile m_file;
 };
 
-// In bytes; throws VIO::Exception when there is no such file.
+// In bytes. Throws VIO::Exception, with the system's reason, when the file is missing or may
+// not be looked at.
 VANCOREPLATFORM_API unsigned long long GetFileSize(const VPath& path);

@@ -5,6 +5,10 @@
 #include <functional>
 #include <string>
 
+#if defined(__linux__)
+#  include <unistd.h>
+#endif
+
 #include "tests/common/TestSupport.h"
 #include "vancoreplatform/VIOException.h"
 
@@ -136,6 +140,54 @@ TEST(VFileTest, TheSizeOfAMissingFileThrows)
     const TemporaryFolder folder;
     EXPECT_THAT(FailureOf([&] { GetFileSize(folder.Path("missing.xml")); }), HasSubstr("missing.xml"));
 }
+
+#if defined(__linux__)
+namespace {
+
+// Takes the right to enter a folder away, also from the administrator, while it lives.
+class LockedFolder {
+public:
+    explicit LockedFolder(const VString& path) : m_path(path.ToQString()), m_user(getuid())
+    {
+        constexpr uid_t nobody = 65534;
+        EXPECT_TRUE(QFile::setPermissions(m_path, QFile::Permissions()));
+        EXPECT_EQ(m_user == 0 ? setresuid(nobody, nobody, m_user) : 0, 0);
+    }
+    ~LockedFolder()
+    {
+        EXPECT_EQ(setresuid(m_user, m_user, m_user), 0);
+        EXPECT_TRUE(QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    }
+
+private:
+    const QString m_path;
+    const uid_t m_user;
+};
+
+}  // namespace
+
+TEST(VFileTest, AFileInAFolderThatMayNotBeEnteredIsNotCalledMissing)
+{
+    const TemporaryFolder folder;
+    ASSERT_TRUE(QDir().mkdir(folder.Path("locked").ToQString()));
+    const VString path = folder.Write("locked/a.xml", "abc");
+    const LockedFolder locked(folder.Path("locked"));
+    const std::string expected = "Cannot read \"" + path.toStdString() + "\": Permission denied";
+    EXPECT_EQ(FailureOf([&] { GetFileSize(path); }), expected);
+    EXPECT_EQ(FailureOf([&] { VFile(path).OpenForReading(); }), expected);
+    EXPECT_EQ(FailureOf([&] { VFile::LoadTextFile(path, true); }), expected);
+}
+
+TEST(VFileTest, TheReasonIsWhatTheSystemSays)
+{
+    const TemporaryFolder folder;
+    const VString file = folder.Write("a.xml", "");
+    for (const auto& [path, reason] : {std::pair<VString, const char*>{folder.Path("missing.xml"), "No such file or directory"}, {file + "/a.xml", "Not a directory"}, {folder.Path(VString::fromStdString(std::string(256, 'a'))), "File name too long"}}) {
+        EXPECT_EQ(FailureOf([&, name = path] { GetFileSize(name); }), "Cannot read \"" + path.toStdString() + "\": " + reason);
+        EXPECT_EQ(FailureOf([&, name = path] { VFile(name).OpenForReading(); }), "Cannot read \"" + path.toStdString() + "\": " + reason);
+    }
+}
+#endif
 
 TEST(VFileTest, LoadsTextFiles)
 {

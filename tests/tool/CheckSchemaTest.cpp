@@ -87,6 +87,24 @@ TEST_F(CheckSchemaTest, ImportThatIsNotFoundIsNamed)
     EXPECT_EQ(result.output, "0 documents, 0 errors, 1 not checked\n");
 }
 
+#if defined(__linux__)
+TEST_F(CheckSchemaTest, IncludedFileThatMayNotBeReadIsNotCalledMissing)
+{
+    if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
+    const std::string schema = Write("main.xsd", schemaStart + "><xs:include schemaLocation='locked/base.xsd'/></xs:schema>");
+    const QString folder = QFileInfo(QString::fromStdString(schema)).path();
+    ASSERT_TRUE(QDir().mkdir(folder + "/locked"));
+    const std::string base = Write("locked/base.xsd", bookSchema);
+    const QFile::Permissions open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther;
+    ASSERT_TRUE(QFile::setPermissions(folder, open));
+    ASSERT_TRUE(QFile::setPermissions(folder + "/locked", QFile::Permissions()));
+    const ToolResult result = RunToolAsOrdinaryUser({"check", "--schema", schema, schema});
+    ASSERT_TRUE(QFile::setPermissions(folder + "/locked", open));
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, schema + ": Cannot read \"" + base + "\": Permission denied\n");
+}
+#endif
+
 TEST_F(CheckSchemaTest, ImportByNamespaceAloneIsNotMissing)
 {
     const std::string schema = Write("main.xsd", schemaStart + "><xs:import namespace='http://www.w3.org/XML/1998/namespace'/><xs:element name='a'><xs:complexType><xs:attribute ref='xml:lang'/></xs:complexType></xs:element></xs:schema>");

@@ -98,17 +98,17 @@ TEST(FormatCommandTest, FullDiskIsAnError)
 {
     const ToolResult shortText = RunProgram(VANXML_PATH, {"format", "-"}, "<a/>", "/dev/full");
     EXPECT_EQ(shortText.status, 2);
-    EXPECT_THAT(shortText.errors, HasSubstr("Cannot write standard output: "));
+    EXPECT_THAT(shortText.errors, HasSubstr("Cannot write standard output: No space left on device"));
     const ToolResult longText = RunProgram(VANXML_PATH, {"format", "-"}, "<a>" + std::string(1 << 20, 'x') + "</a>", "/dev/full");
     EXPECT_EQ(longText.status, 2);
-    EXPECT_THAT(longText.errors, HasSubstr("Cannot write standard output: "));
+    EXPECT_THAT(longText.errors, HasSubstr("Cannot write standard output: No space left on device"));
 }
 
 TEST(FormatCommandTest, DeviceIsWrittenToAndNotReplaced)
 {
     const ToolResult result = RunTool({"format", "-", "-o", "/dev/full"}, "<a/>");
     EXPECT_EQ(result.status, 2);
-    EXPECT_THAT(result.errors, HasSubstr("Cannot write \"/dev/full\""));
+    EXPECT_EQ(result.errors, "vanxml: Cannot write \"/dev/full\": No space left on device\n");
     EXPECT_FALSE(QFileInfo("/dev/full").isFile());
 }
 
@@ -187,6 +187,24 @@ TEST(FormatCommandTest, MissingFileCannotBeRead)
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(result.errors, testing::StartsWith("vanxml: Cannot read \"no-such-file.xml\": "));
 }
+
+#if defined(__linux__)
+TEST(FormatCommandTest, FileInAFolderThatMayNotBeEnteredIsNotCalledMissing)
+{
+    if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
+    const TemporaryFolder folder;
+    ASSERT_TRUE(QDir().mkdir(folder.Path("locked").ToQString()));
+    const std::string file = folder.Write("locked/a.xml", "<a/>").toStdString();
+    ASSERT_TRUE(QFile::setPermissions(folder.Path("locked").ToQString(), QFile::Permissions()));
+    const ToolResult read = RunToolAsOrdinaryUser({"format", file});
+    const ToolResult written = RunToolAsOrdinaryUser({"format", SAMPLES_FOLDER "/sales.kxa", "-o", file});
+    ASSERT_TRUE(QFile::setPermissions(folder.Path("locked").ToQString(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    EXPECT_EQ(read.status, 2);
+    EXPECT_EQ(read.errors, "vanxml: Cannot read \"" + file + "\": Permission denied\n");
+    EXPECT_EQ(written.status, 2);
+    EXPECT_EQ(written.errors, "vanxml: Cannot write \"" + file + "\": Permission denied\n");
+}
+#endif
 
 TEST(FormatCommandTest, FolderCannotBeRead)
 {
