@@ -1,12 +1,8 @@
 #include "vanxml/DocumentChecker.h"
 
-#include <stdexcept>
-
-#include "vancoreplatform/VIOException.h"
-#include "vansys/VantoraException.h"
 #include "vanxml/ErrorLines.h"
+#include "vanxml/ExceptionText.h"
 #include "vanxml/SourceDocument.h"
-#include "vanxml/ToolError.h"
 
 namespace {
 
@@ -15,14 +11,6 @@ void AddError(CheckedDocument& result, const std::string& line)
     result.lines += line;
     ++result.errors;
     result.status = ExitStatus::Faulty;
-}
-
-CheckedDocument Unreadable(const std::string& message)
-{
-    CheckedDocument result;
-    result.status = ExitStatus::Failed;
-    result.lines = FormatErrorLine(message);
-    return result;
 }
 
 }  // namespace
@@ -34,17 +22,11 @@ CheckedDocument DocumentChecker::Check(const VString& name)
         CheckedDocument result;
         CheckSource(source, result);
         return result;
-    } catch (const VIO::Exception& exception) {
-        return Unreadable(exception.GetMessage().toStdString());
-    } catch (const ToolError& error) {
-        return Unreadable(error.what());
-    } catch (const std::length_error&) {
-        return Unreadable("\"" + name.toStdString() + "\" is too large");
-    } catch (const VantoraException& exception) {
-        return Unreadable("\"" + name.toStdString() + "\" cannot be checked: " + exception.GetConcatenatedMessages().toStdString());
     } catch (...) {
-        // Memory, however those below call it.
-        return Unreadable("\"" + name.toStdString() + "\" is too large for the memory there is");
+        CheckedDocument result;
+        result.status = ExitStatus::Failed;
+        result.lines = FormatErrorLine(DescribeException(name));
+        return result;
     }
 }
 

@@ -12,7 +12,7 @@
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
-#include "vansys/VantoraException.h"
+#include "vansys/LogicException.h"
 #include "vanxml/SchemaText.h"
 
 namespace {
@@ -89,6 +89,8 @@ SchemaDriver::SchemaDriver(const SchemaReference& schema)
         m_schemaErrors = m_parser->GetErrors();
     } catch (const SchemaRefused&) {
         // The problems tell.
+    } catch (const LogicException&) {
+        throw;   // no fault of the schema
     } catch (const VIO::Exception& exception) {
         m_schemaErrors.push_back(exception.GetMessage());
     } catch (const VantoraException& exception) {

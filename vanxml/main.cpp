@@ -3,15 +3,14 @@
 
 #include <algorithm>
 #include <memory>
-#include <new>
 #include <sstream>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "vancoreplatform/Encoding.h"
 #include "vanxml/CheckCommand.h"
 #include "vanxml/ErrorLines.h"
+#include "vanxml/ExceptionText.h"
 #include "vanxml/FormatCommand.h"
 #include "vanxml/OperatingSystem.h"
 #include "vanxml/QueryCommand.h"
@@ -131,15 +130,8 @@ int main(int argc, char** argv)
         StandardStreams::Prepare();
         status = Run(OperatingSystem::Arguments(argc, argv));
         StandardStreams::FlushOutput();
-    } catch (const std::length_error&) {
-        status = Fail("The text is too large");
-    } catch (const std::bad_alloc&) {
-        status = Fail("The text is too large for the memory there is");
-    } catch (const std::exception& exception) {
-        status = Fail(exception.what());
     } catch (...) {
-        // What the parser's library throws for the same.
-        status = Fail("The text is too large for the memory there is");
+        status = Fail(DescribeException(VString()));
     }
     return static_cast<int>(status);
 }

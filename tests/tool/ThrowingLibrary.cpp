@@ -1,0 +1,43 @@
+// Preloaded into the tool, replaces operations of the library by ones that throw. THROWN in the
+// environment says what: logic, memory, parser-memory, length, product, parser or unknown.
+#include <cstdlib>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/RuntimeException.hpp>
+
+#include "vancoreplatform/VFile.h"
+#include "vancorexml/main/parser/VersionSniffer.h"
+#include "vansys/LogicException.h"
+
+namespace {
+
+[[noreturn]] void Throw()
+{
+    const std::string thrown = std::getenv("THROWN");
+    if (thrown == "logic") ThrowLogicException("module\\file", 42, "a == b", MakeLogicError(0x1234ABCD));
+    if (thrown == "memory") throw std::bad_alloc();
+    if (thrown == "parser-memory") throw xercesc::OutOfMemoryException();
+    if (thrown == "length") throw std::length_error("string");
+    if (thrown == "product") throw VantoraException("a product's message", VError::ErrorInfo::NoError);
+    if (thrown == "parser") {
+        xercesc::XMLPlatformUtils::Initialize();   // loads the message
+        throw xercesc::RuntimeException("file", 1, xercesc::XMLExcepts::CPtr_PointerIsZero);
+    }
+    throw 1;
+}
+
+}  // namespace
+
+Nullable<VersionNumber> VersionSniffer(InputSource&, const VString&)
+{
+    Throw();
+}
+
+VString VFile::LoadTextFile(const VString&, bool)
+{
+    Throw();
+}

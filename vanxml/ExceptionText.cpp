@@ -1,0 +1,62 @@
+#include "vanxml/ExceptionText.h"
+
+// The parser throws these through the library while it creates a reader or loads a schema.
+// They derive from no class that the library or the standard knows.
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/XMLException.hpp>
+
+#include <exception>
+#include <new>
+#include <stdexcept>
+
+#include "vancoreplatform/VFormatString.h"
+#include "vancoreplatform/VIOException.h"
+#include "vansys/LogicException.h"
+#include "vanxml/ToolError.h"
+
+namespace {
+
+std::string TooLarge(const VString& document, const char* reason)
+{
+    return (document.IsEmpty() ? "The text" : "\"" + document + "\"").toStdString() + " is too large" + reason;
+}
+
+std::string Failed(const VString& document, const VString& reason)
+{
+    return (document.IsEmpty() ? reason : "\"" + document + "\" cannot be processed: " + reason).toStdString();
+}
+
+VString DescribeAssertion(const LogicException& exception)
+{
+    return VFormatString("internal error %1 in %2, line %3: %4").arg(exception.GetErrorInfo().GetKey()).arg(exception.GetFile()).arg(exception.GetLine()).arg(exception.GetExpression());
+}
+
+}  // namespace
+
+std::string DescribeException(const VString& document)
+{
+    constexpr const char* forMemory = " for the memory there is";
+    try {
+        throw;
+    } catch (const ToolError& error) {
+        return error.what();
+    } catch (const VIO::Exception& exception) {
+        return exception.what();
+    } catch (const LogicException& exception) {
+        return Failed(document, DescribeAssertion(exception));
+    } catch (const VantoraException& exception) {
+        return Failed(document, exception.GetConcatenatedMessages());
+    } catch (const std::length_error&) {
+        return TooLarge(document, "");
+    } catch (const std::bad_alloc&) {
+        return TooLarge(document, forMemory);
+    } catch (const xercesc::OutOfMemoryException&) {
+        return TooLarge(document, forMemory);
+    } catch (const xercesc::XMLException& exception) {
+        return Failed(document, exception.getMessage());
+    } catch (const std::exception& exception) {
+        return Failed(document, VString(exception.what()));
+    } catch (...) {
+        return Failed(document, "unknown exception");
+    }
+}
