@@ -2,9 +2,6 @@
 
 #include <QUrl>
 
-#include <filesystem>
-#include <system_error>
-
 #include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancoreplatform/VIOException.h"

@@ -88,7 +88,7 @@ TEST_F(CheckSchemaTest, ImportThatIsNotFoundIsNamed)
 }
 
 #if defined(__linux__)
-TEST_F(CheckSchemaTest, IncludedFileThatMayNotBeReadIsNotCalledMissing)
+TEST_F(CheckSchemaTest, SchemaThatMayNotBeReadIsNotCalledMissing)
 {
     if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
     const std::string schema = Write("main.xsd", schemaStart + "><xs:include schemaLocation='locked/base.xsd'/></xs:schema>");
@@ -98,10 +98,13 @@ TEST_F(CheckSchemaTest, IncludedFileThatMayNotBeReadIsNotCalledMissing)
     const QFile::Permissions open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther;
     ASSERT_TRUE(QFile::setPermissions(folder, open));
     ASSERT_TRUE(QFile::setPermissions(folder + "/locked", QFile::Permissions()));
-    const ToolResult result = RunToolAsOrdinaryUser({"check", "--schema", schema, schema});
+    const ToolResult included = RunToolAsOrdinaryUser({"check", "--schema", schema, schema});
+    const ToolResult named = RunToolAsOrdinaryUser({"check", "--schema", base, schema});
     ASSERT_TRUE(QFile::setPermissions(folder + "/locked", open));
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.errors, schema + ": Cannot read \"" + base + "\": Permission denied\n");
+    EXPECT_EQ(included.status, 2);
+    EXPECT_EQ(included.errors, schema + ": Cannot read \"" + base + "\": Permission denied\n");
+    EXPECT_EQ(named.status, 2);
+    EXPECT_EQ(named.errors, base + ": Cannot read \"" + base + "\": Permission denied\n");
 }
 #endif
 
