@@ -8,19 +8,20 @@ bool IsTerminalControl(char16_t unit)
 {
     const bool isControl = unit < 0x20 || (unit >= 0x7F && unit <= 0x9F);
     const bool isSeparator = unit == 0x2028 || unit == 0x2029;
-    const bool isBidirectional = unit == 0x061C || unit == 0x200E || unit == 0x200F || (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
-    return isControl || isSeparator || isBidirectional;
+    const bool isDirectionMark = unit == 0x061C || unit == 0x200E || unit == 0x200F;
+    const bool isEmbedding = (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
+    return isControl || isSeparator || isDirectionMark || isEmbedding;
 }
 
 // The number in `digits` lower-case hexadecimal digits.
-std::string Hexadecimal(unsigned number, int digits)
+VString Hexadecimal(unsigned number, int digits)
 {
-    std::string text;
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) text += "0123456789abcdef"[number >> shift & 0xF];
+    VString text;
+    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) text += u"0123456789abcdef"[number >> shift & 0xF];
     return text;
 }
 
-std::string Escape(char16_t unit)
+VString Escape(char16_t unit)
 {
     switch (unit) {
     case u'\n': return "\\n";
@@ -39,11 +40,11 @@ std::string EscapeControlCharacters(std::string_view text)
         const std::size_t valid = FindInvalidUtf8(text.data() + position, text.size() - position);
         const VString run = VString::fromUtf8(text.data() + position, valid);
         for (const char16_t unit : run.View()) {
-            if (IsTerminalControl(unit)) escaped += VString::fromStdString(Escape(unit));
+            if (IsTerminalControl(unit)) escaped += Escape(unit);
             else escaped += unit;
         }
         position += valid;
-        if (position < text.size()) escaped += VString::fromStdString("\\x" + Hexadecimal(static_cast<unsigned char>(text[position++]), 2));
+        if (position < text.size()) escaped += "\\x" + Hexadecimal(static_cast<unsigned char>(text[position++]), 2);
     }
     return escaped.toStdString();
 }

@@ -28,7 +28,8 @@ std::string Failed(const VString& document, const VString& reason)
 
 VString DescribeAssertion(const LogicException& exception)
 {
-    return VFormatString("internal error %1 in %2, line %3: %4").arg(exception.GetErrorInfo().GetKey()).arg(exception.GetFile()).arg(exception.GetLine()).arg(exception.GetExpression());
+    const VString place = VFormatString("%1, line %2").arg(exception.GetFile()).arg(exception.GetLine());
+    return "internal error " + exception.GetErrorInfo().GetKey() + " in " + place + ": " + exception.GetExpression();
 }
 
 }  // namespace

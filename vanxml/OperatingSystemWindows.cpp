@@ -26,7 +26,9 @@ HANDLE ToHandle(std::intptr_t handle)
 std::intptr_t OpenFile(const std::filesystem::path& file, DWORD disposition)
 {
     // With FILE_SHARE_DELETE a file can be removed while its handle is still open.
-    const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_DELETE;
+    const HANDLE handle =
+        CreateFileW(file.c_str(), GENERIC_WRITE, sharing, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) ThrowLastError("CreateFileW");
     return reinterpret_cast<std::intptr_t>(handle);
 }
@@ -47,11 +49,15 @@ std::string ToUtf8(const wchar_t* text)
     std::string bytes;
     for (; *text != 0; ++text) {
         unsigned codePoint = *text;
-        if (IsHighSurrogate(text[0]) && IsLowSurrogate(text[1])) codePoint = 0x10000 + ((codePoint & 0x3FF) << 10) + (*++text & 0x3FF);
+        if (IsHighSurrogate(text[0]) && IsLowSurrogate(text[1])) {
+            codePoint = 0x10000 + ((codePoint & 0x3FF) << 10) + (*++text & 0x3FF);
+        }
         const int more = codePoint < 0x80 ? 0 : codePoint < 0x800 ? 1 : codePoint < 0x10000 ? 2 : 3;
         constexpr unsigned char firstBytes[] = {0x00, 0xC0, 0xE0, 0xF0};
         bytes.push_back(static_cast<char>(firstBytes[more] | codePoint >> 6 * more));
-        for (int shift = 6 * (more - 1); shift >= 0; shift -= 6) bytes.push_back(static_cast<char>(0x80 | (codePoint >> shift & 0x3F)));
+        for (int shift = 6 * (more - 1); shift >= 0; shift -= 6) {
+            bytes.push_back(static_cast<char>(0x80 | (codePoint >> shift & 0x3F)));
+        }
     }
     return bytes;
 }
@@ -81,7 +87,8 @@ void RequireWritable(const std::filesystem::path& file)
 {
     const DWORD attributes = GetFileAttributesW(file.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) ThrowLastError("GetFileAttributesW");
-    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) throw std::system_error(ERROR_ACCESS_DENIED, std::system_category());
+    const bool isReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (isReadOnly) throw std::system_error(ERROR_ACCESS_DENIED, std::system_category());
 }
 
 // The file system's journal keeps the order of renames, and folders cannot be flushed.
@@ -110,7 +117,8 @@ void OutputHandle::Write(std::string_view bytes)
     while (!bytes.empty()) {
         const std::size_t most = std::min<std::size_t>(bytes.size(), 1u << 30);
         DWORD count = 0;
-        if (!WriteFile(ToHandle(m_handle), bytes.data(), static_cast<DWORD>(most), &count, nullptr)) ThrowLastError("WriteFile");
+        const BOOL isDone = WriteFile(ToHandle(m_handle), bytes.data(), static_cast<DWORD>(most), &count, nullptr);
+        if (!isDone) ThrowLastError("WriteFile");
         bytes.remove_prefix(count);
     }
 }

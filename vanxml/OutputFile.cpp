@@ -102,7 +102,8 @@ void ReplaceRegularFile(const fs::path& file, std::string_view bytes)
 
     const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
     // Nobody else may read a private document while it is being written.
-    auto [handle, name] = CreateTemporaryFile(folder, isNew ? OutputHandle::Access::Everybody : OutputHandle::Access::Owner);
+    const auto access = isNew ? OutputHandle::Access::Everybody : OutputHandle::Access::Owner;
+    auto [handle, name] = CreateTemporaryFile(folder, access);
     TemporaryName temporary(name);
     if (!isNew) SetPermissions(name, (old.permissions() & fs::perms::all) | fs::perms::owner_write);
     handle.Write(bytes);

@@ -93,6 +93,7 @@ QueryCommand::Visitor QueryCommand::MakePlacePrinter(SourceDocument& source) con
 {
     return [&source, paths = std::make_shared<ElementPaths>()](const DOMElement& element) {
         const SourcePositions::Position place = source.Positions().Map({element.GetStartLine(), element.GetStartColumn()});
-        StandardStreams::Write(std::to_string(place.line) + ":" + std::to_string(place.column) + "\t" + EscapeControlCharacters(paths->PathOf(element)) + "\n");
+        const std::string path = EscapeControlCharacters(paths->PathOf(element));
+        StandardStreams::Write(std::to_string(place.line) + ":" + std::to_string(place.column) + "\t" + path + "\n");
     };
 }

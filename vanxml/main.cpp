@@ -44,7 +44,8 @@ ExitStatus Fail(const std::string& message)
 void RequireUtf8(const std::vector<std::string>& arguments)
 {
     for (const std::string& argument : arguments) {
-        if (FindInvalidUtf8(argument.data(), argument.size()) != argument.size()) throw ToolError("The argument \"" + argument + "\" is not UTF-8");
+        const bool isUtf8 = FindInvalidUtf8(argument.data(), argument.size()) == argument.size();
+        if (!isUtf8) throw ToolError("The argument \"" + argument + "\" is not UTF-8");
     }
 }
 
@@ -91,9 +92,9 @@ std::vector<std::string> MarkOperands(const std::vector<std::string>& arguments)
 
 void UnmarkOperands(CLI::App& command)
 {
-    for (CLI::Option* option : command.get_options([](const CLI::Option* each) { return each->get_items_expected_max() > 0; })) {
-        option->transform([](std::string operand) { return operand.starts_with(operandMark) ? operand.substr(1) : operand; });
-    }
+    const auto takesValues = [](const CLI::Option* option) { return option->get_items_expected_max() > 0; };
+    const auto unmark = [](std::string value) { return value.starts_with(operandMark) ? value.substr(1) : value; };
+    for (CLI::Option* option : command.get_options(takesValues)) option->transform(unmark);
     for (CLI::App* each : command.get_subcommands([](const CLI::App*) { return true; })) UnmarkOperands(*each);
 }
 

@@ -182,9 +182,16 @@ TEST(VFileTest, TheReasonIsWhatTheSystemSays)
 {
     const TemporaryFolder folder;
     const VString file = folder.Write("a.xml", "");
-    for (const auto& [path, reason] : {std::pair<VString, const char*>{folder.Path("missing.xml"), "No such file or directory"}, {file + "/a.xml", "Not a directory"}, {folder.Path(VString::fromStdString(std::string(256, 'a'))), "File name too long"}}) {
-        EXPECT_EQ(FailureOf([&, name = path] { GetFileSize(name); }), "Cannot read \"" + path.toStdString() + "\": " + reason);
-        EXPECT_EQ(FailureOf([&, name = path] { VFile(name).OpenForReading(); }), "Cannot read \"" + path.toStdString() + "\": " + reason);
+    const std::pair<VString, const char*> failures[] = {
+        {folder.Path("missing.xml"), "No such file or directory"},
+        {file + "/a.xml", "Not a directory"},
+        {folder.Path(VString::fromStdString(std::string(256, 'a'))), "File name too long"},
+    };
+    for (const auto& failure : failures) {
+        const VString& path = failure.first;
+        const std::string expected = "Cannot read \"" + path.toStdString() + "\": " + failure.second;
+        EXPECT_EQ(FailureOf([&] { GetFileSize(path); }), expected);
+        EXPECT_EQ(FailureOf([&] { VFile(path).OpenForReading(); }), expected);
     }
 }
 #endif

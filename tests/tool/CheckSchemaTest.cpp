@@ -91,11 +91,13 @@ TEST_F(CheckSchemaTest, ImportThatIsNotFoundIsNamed)
 TEST_F(CheckSchemaTest, SchemaThatMayNotBeReadIsNotCalledMissing)
 {
     if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
-    const std::string schema = Write("main.xsd", schemaStart + "><xs:include schemaLocation='locked/base.xsd'/></xs:schema>");
+    const std::string include = "><xs:include schemaLocation='locked/base.xsd'/></xs:schema>";
+    const std::string schema = Write("main.xsd", schemaStart + include);
     const QString folder = QFileInfo(QString::fromStdString(schema)).path();
     ASSERT_TRUE(QDir().mkdir(folder + "/locked"));
     const std::string base = Write("locked/base.xsd", bookSchema);
-    const QFile::Permissions open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther;
+    const QFile::Permissions owner = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    const QFile::Permissions open = owner | QFile::ReadOther | QFile::ExeOther;
     ASSERT_TRUE(QFile::setPermissions(folder, open));
     ASSERT_TRUE(QFile::setPermissions(folder + "/locked", QFile::Permissions()));
     const ToolResult included = RunToolAsOrdinaryUser({"check", "--schema", schema, schema});

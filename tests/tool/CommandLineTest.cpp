@@ -21,7 +21,10 @@ public:
     std::string Read(const char* name) const { return testsupport::TemporaryFolder::Read(m_folder.Path(name)); }
     std::vector<std::string> Names() const { return NamesBeside(m_folder.Path("a")); }
     std::string Path() const { return m_folder.Path("").toStdString(); }
-    ToolResult Run(const std::vector<std::string>& arguments) const { return RunProgram(VANXML_PATH, arguments, std::string(), std::string(), Path()); }
+    ToolResult Run(const std::vector<std::string>& arguments) const
+    {
+        return RunProgram(VANXML_PATH, arguments, std::string(), std::string(), Path());
+    }
 
 private:
     testsupport::TemporaryFolder m_folder;
@@ -128,11 +131,13 @@ TEST(CommandLineTest, FileNamesAreUtf8InAnyLocale)
 TEST(CommandLineTest, NamesKeepTheirFirstCharacter)
 {
     // U+001F, U+FEFF and a name that looks like a list, each beside the file of the other name.
-    for (const std::string& name : {std::string("\x1F" "a.xml"), std::string("\xEF\xBB\xBF" "a.xml"), std::string("[a.xml]")}) {
+    for (const std::string name : {"\x1F" "a.xml", "\xEF\xBB\xBF" "a.xml", "[a.xml]"}) {
         const InFolder folder;
         folder.Write(name.c_str(), "<good/>");
         folder.Write("a.xml", "<neighbour/>");
-        for (const std::vector<std::string>& arguments : {std::vector<std::string>{"format", "--in-place", name}, {"format", "--in-place", "--", name}, {"format", name, "-o", name}}) {
+        const std::vector<std::string> uses[] = {
+            {"format", "--in-place", name}, {"format", "--in-place", "--", name}, {"format", name, "-o", name}};
+        for (const std::vector<std::string>& arguments : uses) {
             EXPECT_EQ(folder.Run(arguments).status, 0);
             EXPECT_EQ(folder.Read("a.xml"), "<neighbour/>");
             EXPECT_EQ(folder.Read(name.c_str()), Header() + "<good />\n");
@@ -174,7 +179,8 @@ TEST(CommandLineTest, NameThatIsNotUtf8IsRefusedAndNoOtherFileIsTouched)
         const ToolResult result = RunInShell(folder, script);
         EXPECT_EQ(result.status, 2) << script;
         EXPECT_EQ(result.output, "");
-        EXPECT_THAT(result.errors, testing::MatchesRegex("vanxml: The argument \"[^\"]*a\\\\xff\\.xml\" is not UTF-8\n"));
+        EXPECT_THAT(result.errors, testing::StartsWith("vanxml: The argument \""));
+        EXPECT_THAT(result.errors, testing::EndsWith("a\\xff.xml\" is not UTF-8\n"));
         EXPECT_EQ(folder.Read(neighbour), "<a><b/></a>");
         EXPECT_THAT(folder.Names(), testing::ElementsAre(neighbour, "good.xml"));
     }
@@ -183,8 +189,12 @@ TEST(CommandLineTest, NameThatIsNotUtf8IsRefusedAndNoOtherFileIsTouched)
 TEST(CommandLineTest, BytesOfHalfACharacterAreNotUtf8)
 {
     const InFolder folder;
-    EXPECT_EQ(RunInShell(folder, "\"$1\" check \"$(printf 'gr\\303')\"").errors, "vanxml: The argument \"gr\\xc3\" is not UTF-8\n");
-    EXPECT_EQ(RunInShell(folder, "\"$1\" check \"$(printf '\\355\\240\\200')\"").errors, "vanxml: The argument \"\\xed\\xa0\\x80\" is not UTF-8\n");
-    EXPECT_EQ(RunInShell(folder, "\"$1\" check \"$(printf '\\300\\257')\"").errors, "vanxml: The argument \"\\xc0\\xaf\" is not UTF-8\n");
+    // A character without its end, half a surrogate pair, and a slash in two bytes.
+    const std::pair<std::string, std::string> names[] = {
+        {"gr\\303", "gr\\xc3"}, {"\\355\\240\\200", "\\xed\\xa0\\x80"}, {"\\300\\257", "\\xc0\\xaf"}};
+    for (const auto& [printed, shown] : names) {
+        const ToolResult result = RunInShell(folder, "\"$1\" check \"$(printf '" + printed + "')\"");
+        EXPECT_EQ(result.errors, "vanxml: The argument \"" + shown + "\" is not UTF-8\n");
+    }
 }
 #endif

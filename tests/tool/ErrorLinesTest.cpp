@@ -58,7 +58,9 @@ namespace {
 // True when the lines hold no control character but the line feeds at their ends.
 bool IsSafe(const std::string& lines)
 {
-    return std::none_of(lines.begin(), lines.end(), [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == 0x7F; });
+    return std::none_of(lines.begin(), lines.end(), [](char c) {
+        return (static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == 0x7F;
+    });
 }
 
 std::ptrdiff_t CountLines(const std::string& lines)
@@ -66,7 +68,10 @@ std::ptrdiff_t CountLines(const std::string& lines)
     return std::count(lines.begin(), lines.end(), '\n');
 }
 
-const std::string schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:attribute name='n' type='xs:int'/></xs:complexType></xs:element></xs:schema>";
+const std::string schemaStart = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>";
+const std::string schema = schemaStart +
+    "<xs:element name='a'><xs:complexType><xs:attribute name='n' type='xs:int'/></xs:complexType></xs:element>"
+    "</xs:schema>";
 
 }  // namespace
 
@@ -74,7 +79,8 @@ TEST(ErrorLinesTest, ControlCharactersOfTheDocumentAreShownEscaped)
 {
     const TemporaryFolder folder;
     const std::string schemaFile = folder.Write("a.xsd", schema).toStdString();
-    const ToolResult result = RunTool({"check", "--schema", schemaFile, "-"}, "<?xml version='1.1'?><a n='&#x1b;[31m&#x9b;x'/>");
+    const std::string document = "<?xml version='1.1'?><a n='&#x1b;[31m&#x9b;x'/>";
+    const ToolResult result = RunTool({"check", "--schema", schemaFile, "-"}, document);
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("'\\x1b[31m\\u009bx'"));
     EXPECT_TRUE(IsSafe(result.errors)) << result.errors;
@@ -88,13 +94,21 @@ TEST(ErrorLinesTest, FileNameStaysInItsLineInEveryCommand)
     const std::string shown = folder.Path("a\\n\\x1b[31mb\\c.kxa").toStdString();
     const std::string missing = folder.Path("no\n\x1B").toStdString();
     const std::string shownMissing = folder.Path("no\\n\\x1b").toStdString();
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"check", file}, {"check", "--schema", "auto", file}, {"format", file}, {"query", file, "a"}, {"version", file}}) {
+    const std::vector<std::string> uses[] = {
+        {"check", file}, {"check", file, "--schema", "auto"}, {"format", file}, {"query", file, "a"}, {"version", file},
+    };
+    for (const std::vector<std::string>& arguments : uses) {
         const ToolResult result = RunTool(arguments);
         EXPECT_THAT(result.errors, StartsWith(shown + ": "));
         EXPECT_TRUE(IsSafe(result.errors)) << result.errors;
         EXPECT_EQ(CountLines(result.errors), 1);
     }
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"check", missing}, {"format", missing}, {"format", SAMPLES_FOLDER "/sales.kxa", "-o", missing + "/a"}, {"check", "--schema", missing, file}, {"schema", "show", missing}}) {
+    const std::vector<std::string> usesOfMissing[] = {{"check", missing},
+        {"format", missing},
+        {"format", SAMPLES_FOLDER "/sales.kxa", "-o", missing + "/a"},
+        {"check", "--schema", missing, file},
+        {"schema", "show", missing}};
+    for (const std::vector<std::string>& arguments : usesOfMissing) {
         const ToolResult result = RunTool(arguments);
         EXPECT_THAT(result.errors, StartsWith("vanxml: "));
         EXPECT_THAT(result.errors, HasSubstr(shownMissing));
@@ -106,7 +120,9 @@ TEST(ErrorLinesTest, FileNameStaysInItsLineInEveryCommand)
 TEST(ErrorLinesTest, NamesOfSchemasAndSchemasThatTheyIncludeStayInTheirLine)
 {
     const TemporaryFolder folder;
-    const std::string file = folder.Write("s\n\x1B.xsd", "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='gone%0A%1B.xsd'/><xs:include schemaLocation='gone&#10;&#9;.xsd'/></xs:schema>").toStdString();
+    const std::string includes =
+        "<xs:include schemaLocation='gone%0A%1B.xsd'/><xs:include schemaLocation='gone&#10;&#9;.xsd'/>";
+    const std::string file = folder.Write("s\n\x1B.xsd", schemaStart + includes + "</xs:schema>").toStdString();
     const ToolResult result = RunTool({"check", "--schema", file, "-"}, "<a/>");
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, StartsWith(folder.Path("s\\n\\x1b.xsd").toStdString() + ": "));
@@ -116,7 +132,11 @@ TEST(ErrorLinesTest, NamesOfSchemasAndSchemasThatTheyIncludeStayInTheirLine)
 
 TEST(ErrorLinesTest, MistakesInTheCommandLineStayInTheirLine)
 {
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"sh\nred\x1B"}, {"format", "a.xml", "--sh\ny\x1B"}, {"format", "a.xml", "x\n\x1B"}, {"check", "a.xml", "--jobs", "1\n\x1B"}}) {
+    const std::vector<std::string> mistakes[] = {{"sh\nred\x1B"},
+        {"format", "a.xml", "--sh\ny\x1B"},
+        {"format", "a.xml", "x\n\x1B"},
+        {"check", "a.xml", "--jobs", "1\n\x1B"}};
+    for (const std::vector<std::string>& arguments : mistakes) {
         const ToolResult result = RunTool(arguments);
         EXPECT_THAT(result.errors, HasSubstr("\\n"));
         EXPECT_TRUE(IsSafe(result.errors)) << result.errors;
@@ -130,8 +150,8 @@ TEST(ErrorLinesTest, LogMessagesStayInTheirLine)
 {
     if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
     const TemporaryFolder folder;
-    const QFile::Permissions everybody = QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
-    ASSERT_TRUE(QFile::setPermissions(folder.Path("").ToQString(), QFile::permissions(folder.Path("").ToQString()) | everybody));
+    const QString folderName = folder.Path("").ToQString();
+    ASSERT_TRUE(QFile::setPermissions(folderName, QFile::permissions(folderName) | QFile::ReadOther | QFile::ExeOther));
     QFile file(folder.Write("a\n\x1B.xml", "").ToQString());
     ASSERT_TRUE(file.resize(qint64{1} << 30));
     ASSERT_TRUE(file.setPermissions(QFile::Permissions()));

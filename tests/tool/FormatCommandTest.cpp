@@ -195,10 +195,11 @@ TEST(FormatCommandTest, FileInAFolderThatMayNotBeEnteredIsNotCalledMissing)
     const TemporaryFolder folder;
     ASSERT_TRUE(QDir().mkdir(folder.Path("locked").ToQString()));
     const std::string file = folder.Write("locked/a.xml", "<a/>").toStdString();
-    ASSERT_TRUE(QFile::setPermissions(folder.Path("locked").ToQString(), QFile::Permissions()));
+    const QString locked = folder.Path("locked").ToQString();
+    ASSERT_TRUE(QFile::setPermissions(locked, QFile::Permissions()));
     const ToolResult read = RunToolAsOrdinaryUser({"format", file});
     const ToolResult written = RunToolAsOrdinaryUser({"format", SAMPLES_FOLDER "/sales.kxa", "-o", file});
-    ASSERT_TRUE(QFile::setPermissions(folder.Path("locked").ToQString(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    ASSERT_TRUE(QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     EXPECT_EQ(read.status, 2);
     EXPECT_EQ(read.errors, "vanxml: Cannot read \"" + file + "\": Permission denied\n");
     EXPECT_EQ(written.status, 2);

@@ -26,7 +26,8 @@ protected:
     ToolResult RunWith(std::vector<std::string> environment, const std::vector<std::string>& arguments) const
     {
         // The sanitizer accepts a library that is loaded before it only when told to.
-        environment.insert(environment.end(), {"ASAN_OPTIONS=verify_asan_link_order=0", "LD_PRELOAD=" FAILING_CALLS_PATH, VANXML_PATH});
+        environment.push_back("ASAN_OPTIONS=verify_asan_link_order=0");
+        environment.insert(environment.end(), {"LD_PRELOAD=" FAILING_CALLS_PATH, VANXML_PATH});
         environment.insert(environment.end(), arguments.begin(), arguments.end());
         return RunProgram("env", environment);
     }
@@ -36,7 +37,7 @@ protected:
         return {std::string("FAILING_CALL=") + failure.call, "FAILING_ERROR=" + std::to_string(failure.error)};
     }
 
-    const TemporaryFolder folder;
+    TemporaryFolder folder;
     const std::string oldBytes = "<a><b/></a>";
     const VString file = folder.Write("a.xml", oldBytes);
     const std::string name = file.toStdString();
@@ -46,7 +47,8 @@ protected:
 
 TEST_P(OutputFileTest, FailureLeavesTheOldFileAndNothingElse)
 {
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"format", "--in-place", name}, {"format", name, "-o", name}}) {
+    const std::vector<std::string> uses[] = {{"format", "--in-place", name}, {"format", name, "-o", name}};
+    for (const std::vector<std::string>& arguments : uses) {
         const ToolResult result = RunWith(Failing(GetParam()), arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.output, "");
@@ -58,7 +60,8 @@ TEST_P(OutputFileTest, FailureLeavesTheOldFileAndNothingElse)
 
 TEST_P(OutputFileTest, FailureMakesNoNewFile)
 {
-    const ToolResult result = RunWith(Failing(GetParam()), {"format", name, "-o", folder.Path("new.xml").toStdString()});
+    const std::string newName = folder.Path("new.xml").toStdString();
+    const ToolResult result = RunWith(Failing(GetParam()), {"format", name, "-o", newName});
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr(GetParam().reason));
     EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml"));

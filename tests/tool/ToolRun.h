@@ -60,8 +60,10 @@ inline ToolResult RunToolAsOrdinaryUser(const std::vector<std::string>& argument
 // The names in the folder of `file`, hidden ones included, sorted.
 inline std::vector<std::string> NamesBeside(const VString& file)
 {
+    const QDir::Filters all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System;
     std::vector<std::string> names;
-    for (const QString& name : QFileInfo(file.ToQString()).dir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System, QDir::Name)) names.push_back(name.toStdString());
+    const QDir folder = QFileInfo(file.ToQString()).dir();
+    for (const QString& name : folder.entryList(all, QDir::Name)) names.push_back(name.toStdString());
     return names;
 }
 
