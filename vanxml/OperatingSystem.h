@@ -14,9 +14,9 @@ namespace OperatingSystem {
 // went away is an error instead of a signal.
 void PrepareStreams();
 
-// The arguments of the command line, without the program's name. The bytes are those that were
-// given; Windows gives UTF-16, which becomes UTF-8. An argument that is not well-formed there
-// is not well-formed in the result either.
+// The arguments of the command line, without the program's name. POSIX gives bytes, which stay
+// as they are. Windows gives UTF-16, which becomes UTF-8; half a surrogate pair becomes bytes
+// that are not valid UTF-8, so that the caller can refuse it.
 std::vector<std::string> Arguments(int argc, char** argv);
 
 // Throws std::system_error when this process may not write to the existing file.

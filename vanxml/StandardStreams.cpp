@@ -19,7 +19,7 @@ namespace {
     throw ToolError(std::string(what) + ": " + std::generic_category().message(error));
 }
 
-// What Qt and the library log is escaped like every other line.
+// Log messages of Qt and of the library are escaped like every other line.
 void WriteLogMessage(QtMsgType, const QMessageLogContext&, const QString& message)
 {
     StandardStreams::WriteError(FormatErrorLine(message.toStdString()));

@@ -40,7 +40,8 @@ ExitStatus Fail(const std::string& message)
     return ExitStatus::Failed;
 }
 
-// A name that is not UTF-8 would be changed into that of another file.
+// The library's strings replace bytes that are not UTF-8, which turns a file's name into that
+// of another file.
 void RequireUtf8(const std::vector<std::string>& arguments)
 {
     for (const std::string& argument : arguments) {
@@ -49,9 +50,9 @@ void RequireUtf8(const std::vector<std::string>& arguments)
     }
 }
 
-// Marks an argument that CLI11 is to take as it is. CLI11 ends a command at the first "--"
-// behind which it needs nothing, so the operands behind it are marked instead; and it would
-// take a file's name "[a,b]" for a list. No argument contains this byte: all are UTF-8.
+// Stands before the arguments that CLI11 must not interpret: the operands behind "--", because
+// CLI11 ends a command there when it needs no more of them, and a name such as "[a,b]", which
+// it would split into two. No argument contains this byte, because all are UTF-8.
 constexpr char operandMark = '\xFF';
 
 std::string WithoutMarks(std::string text)

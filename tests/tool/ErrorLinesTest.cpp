@@ -145,7 +145,7 @@ TEST(ErrorLinesTest, MistakesInTheCommandLineStayInTheirLine)
 }
 
 #if defined(__linux__)
-// The library logs that a large file cannot be opened; smaller ones it reads without a word.
+// The library logs that a file cannot be opened only for files of 1 GiB and more.
 TEST(ErrorLinesTest, LogMessagesStayInTheirLine)
 {
     if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
