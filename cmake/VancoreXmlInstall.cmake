@@ -19,6 +19,7 @@ set(private_headers
     ElementPages.h
     ElementTaker.h
     EntityExpansionGuard.h
+    EntitySizes.h
     NameTable.h
     OrderedMarks.h
     SharedTexts.h
