@@ -26,6 +26,7 @@ set(private_headers
     SmallBlocks.h
     TwoWriteLocks.h
     Utf16InputSource.h
+    XercesMemory.h
     XercesPlatform.h
     XercesXMLHandler.h
     XercesXMLParserImpl.h)

@@ -80,6 +80,18 @@ TEST(StandaloneDOMParserTest, AFaultGivesTheTreeBuiltSoFarAndItsMessage)
     EXPECT_NE(tree->GetChildren()[0].get().GetChild("b"), nullptr);
 }
 
+TEST(StandaloneDOMParserTest, ADocumentThatBlowsUpIsRefused)
+{
+    std::string start = "<!DOCTYPE a [<!ENTITY e '" + std::string(1000000, 'x') + "'>]><a b='";
+    const auto [sound, noErrors] = StandaloneDOMParser().ParseXmlString(VString::fromStdString(start + "&e;&e;'/>"), "id");
+    EXPECT_TRUE(noErrors.empty());
+    EXPECT_EQ(sound->GetChildren()[0].get().GetAttribute("b").length(), 2000000);
+    for (int i = 0; i < 120; ++i) start += "&e;";
+    const auto [tree, errors] = StandaloneDOMParser().ParseXmlString(VString::fromStdString(start + "'/>"), "id");
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_TRUE(errors[0].contains("characters of entities"));
+}
+
 TEST(StandaloneDOMParserTest, FilesAreReadAndTheirFailuresPassThrough)
 {
     const testsupport::TemporaryFolder folder;

@@ -9,6 +9,7 @@ namespace {
 
 using testsupport::ParseBytes;
 using testsupport::ParseResult;
+using testsupport::Repeat;
 using Events = std::vector<std::string>;
 
 struct FaultRow {
@@ -173,16 +174,10 @@ TEST(BadInputTest, GeneralEntitiesOfTheContentDoNotCountAsParameterEntities)
     EXPECT_EQ(ParseBytes(text + "</r>").errors, std::vector<VString>{});
 }
 
-std::string Repeat(const std::string& piece, int count)
-{
-    std::string text;
-    for (int i = 0; i < count; ++i) text += piece;
-    return text;
-}
-
 struct AmplifierRow {
     const char* name;
     std::string text;
+    const char* excess = "'100000000' characters of entities";
 };
 
 // "before0behind", "before1behind" and so on.
@@ -190,6 +185,14 @@ std::string Numbered(int count, const std::string& before, const std::string& be
 {
     std::string text;
     for (int i = 0; i < count; ++i) text += before + std::to_string(i) + behind;
+    return text;
+}
+
+// The entities e1 and up, each ten times the one before.
+std::string Levels(int count)
+{
+    std::string text;
+    for (int i = 1; i < count; ++i) text += "<!ENTITY e" + std::to_string(i) + " '" + Repeat("&e" + std::to_string(i - 1) + ";", 10) + "'>";
     return text;
 }
 
@@ -202,9 +205,15 @@ const AmplifierRow AmplifierRows[] = {
     {"one attribute", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r a='" + Repeat("&e;", 120) + "'/>"},
     {"many attributes", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r>" + Repeat("<a a='&e;'/>", 120) + "</r>"},
     {"an attribute's default", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ATTLIST r a CDATA '" + Repeat("&e;", 120) + "'>]><r/>"},
-    {"the default of many attributes", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 120) + "</r>"},
-    {"many empty defaults", "<!DOCTYPE r [<!ATTLIST a " + Numbered(3000, " b", " CDATA ''") + ">]><r>" + Repeat("<a/>", 3000) + "</r>"},
+    {"the default of many attributes", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 120) + "</r>", "'100000000' characters of default attributes"},
+    {"many empty defaults", "<!DOCTYPE r [<!ATTLIST a " + Numbered(3000, " b", " CDATA ''") + ">]><r>" + Repeat("<a/>", 3000) + "</r>", "'8000000' default attributes"},
     {"a parameter entity", "<!DOCTYPE r [<!ENTITY % e '<!--" + Megabyte + "-->'>" + Repeat("%e;", 120) + "]><r/>"},
+    {"all together", "<!DOCTYPE r [<!ENTITY % p '<!--" + Megabyte + "-->'>" + Repeat("%p;", 30) + "<!ENTITY e '" + Megabyte + "'><!ATTLIST r d CDATA '" + Repeat("&e;", 30) + "'>]><r a='" + Repeat("&e;", 30) + "'>" + Repeat("&e;", 30) + "</r>"},
+    {"blanks that an attribute drops", "<!DOCTYPE r [<!ENTITY e '" + std::string(1000000, ' ') + "'><!ATTLIST r a NMTOKENS #IMPLIED>]><r a='" + Repeat("&e;", 120) + "'/>"},
+    {"a circle behind it", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ENTITY f '" + Repeat("&e;", 120) + "&g;'><!ENTITY g '&f;'>]><r a='&g;'/>"},
+    {"five levels in one attribute", "<!DOCTYPE r [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + Levels(5) + "]><r a='&e4;'/>"},
+    {"more levels than are counted", "<!DOCTYPE r [<!ENTITY e0 'x'>" + Levels(30) + "]><r a='&e29;'/>", "'50000' entity expansions"},
+    {"the same in a default", "<!DOCTYPE r [<!ENTITY e0 'x'>" + Levels(30) + "<!ATTLIST r a CDATA '&e29;'>]><r/>", "'50000' entity expansions"},
 };
 
 TEST(BadInputTest, AMegabyteUsedAgainAndAgainEnds)
@@ -214,7 +223,7 @@ TEST(BadInputTest, AMegabyteUsedAgainAndAgainEnds)
         const ParseResult result = ParseBytes(row.text);
         ASSERT_EQ(result.errors.size(), 1u);
         EXPECT_TRUE(result.errors[0].startsWith("Fatal Error(1,")) << result.errors[0];
-        EXPECT_TRUE(result.errors[0].endsWith("): parser has encountered more than '100000000' characters of entities in the document; this is the limit imposed by the application (id: id)")) << result.errors[0];
+        EXPECT_TRUE(result.errors[0].endsWith(VString("): parser has encountered more than ") + row.excess + " in the document; this is the limit imposed by the application (id: id)")) << result.errors[0];
         EXPECT_TRUE(result.fatal);
     }
 }
@@ -232,25 +241,46 @@ TEST(BadInputTest, LongTextsAndManyEntitiesAreSound)
         {"one long entity among short ones", entities + "<r>&long;" + Repeat("&e;", 40000) + "</r>", 1080000},
         {"short entities in attributes", "<!DOCTYPE r [<!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 40000) + "</r>", 80000},
         {"a long default for few", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 20) + "</r>", 20000000},
+        {"a long entity that is not used", "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 200) + Repeat("&e;", 200) + "</r>", 800},
+        {"many short entities beside a longer one", "<!DOCTYPE r [<!ENTITY longer '" + std::string(10000, 'x') + "'><!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 12000) + "</r>", 24000},
+        {"short entities in defaults beside a long one", "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY e 'xy'><!ATTLIST r a CDATA '" + Repeat("&e;", 200) + "'>]><r/>", 400},
+        {"parameter entities beside a long entity", "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY % p ''>" + Repeat("%p;", 200) + "]><r/>", 0},
+        {"an endless entity that is not used", "<!DOCTYPE r [<!ENTITY e0 'x'>" + Levels(30) + "]><r a='&e1;'/>", 10},
+        {"two million defaults", "<!DOCTYPE r [<!ATTLIST a " + Numbered(1000, " attribute", " CDATA 'the default value of an attribute'") + ">]><r>" + Repeat("<a/>", 2000) + "</r>", 66000000},
         {"a default that is not used", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a a='x'/>", 120) + "</r>", 120},
     };
     for (const SoundRow& row : rows) {
         SCOPED_TRACE(row.name);
-        struct Measuring : SAXInterface {
-            void StartElement(const VString&, const AttributeMap& attributes) override
-            {
-                for (const auto& [name, value] : attributes) length += static_cast<std::size_t>(value.length());
-            }
-            void EndElement() override {}
-            void Characters(const VString& text) override { length += static_cast<std::size_t>(text.length()); }
-            std::size_t length = 0;
-        };
         Utf8InputSource source(row.text, "id", false);
-        const auto handler = std::make_shared<Measuring>();
+        const auto handler = std::make_shared<testsupport::MeasuringHandler>();
         const auto parser = XercesXMLParser::Create(source, handler);
         parser->Parse();
         EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
         EXPECT_EQ(handler->length, row.length);
+    }
+}
+
+TEST(BadInputTest, AHundredMillionCharactersOfEntitiesAreAllowed)
+{
+    const std::string start = "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ENTITY f '&e;&e;&e;&e;&e;'><!ENTITY one 'x'>]><r>" + Repeat("<a b='&f;'/>", 10) + Repeat("&e;", 49) + "<a b='&e;'/>";
+    Utf8InputSource source(start + "</r>", "id", false);
+    const auto handler = std::make_shared<testsupport::MeasuringHandler>();
+    const auto parser = XercesXMLParser::Create(source, handler);
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+    EXPECT_EQ(handler->length, 100000000u);
+    for (const char* more : {"&one;", "<a b='&one;'/>"}) EXPECT_EQ(ParseBytes(start + more + "</r>").errors.size(), 1u);
+}
+
+TEST(BadInputTest, ABombEndsInEveryEncoding)
+{
+    const std::string bomb = "<!DOCTYPE r [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + Levels(5) + "]><r a='&e4;'/>";
+    for (const std::string& bytes : {testsupport::Utf16(bomb), "<?xml version='1.0' encoding='iso-8859-1'?><!--\xE4-->" + bomb, "<?xml version='1.1'?>" + bomb, "\xEF\xBB\xBF" + bomb}) {
+        Utf8InputSource source(bytes, "id", false);
+        const auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::MeasuringHandler>());
+        parser->Parse();
+        ASSERT_EQ(parser->GetErrors().size(), 1u);
+        EXPECT_TRUE(parser->GetErrors()[0].contains("characters of entities")) << parser->GetErrors()[0];
     }
 }
 

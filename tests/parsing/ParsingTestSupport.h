@@ -51,6 +51,19 @@ public:
     std::vector<std::string> preprocessed;
 };
 
+// Adds up the lengths of all texts and values, in UTF-16 code units.
+class MeasuringHandler : public SAXInterface {
+public:
+    void StartElement(const VString&, const AttributeMap& attributes) override
+    {
+        for (const auto& [name, value] : attributes) length += static_cast<std::size_t>(value.length());
+    }
+    void EndElement() override {}
+    void Characters(const VString& text) override { length += static_cast<std::size_t>(text.length()); }
+
+    std::size_t length = 0;
+};
+
 // A handler whose second event throws.
 template <typename Exception>
 class ThrowingHandler : public RecordingHandler {
@@ -117,6 +130,13 @@ inline std::string TreeText(const DOMElement& element)
 inline std::string TreeText(const DOM& document)
 {
     return TreeText(document.GetRoot());
+}
+
+inline std::string Repeat(const std::string& piece, int count)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i) text += piece;
+    return text;
 }
 
 // `levels` parameter entities, each `fan` times the one before; the first is `leaf`. The

@@ -7,6 +7,7 @@
 namespace {
 
 using testsupport::RecordingHandler;
+using testsupport::Repeat;
 using Events = std::vector<std::string>;
 
 // <a> with any number of <n>, each an integer.
@@ -379,6 +380,61 @@ TEST_F(XercesSchemaTest, EntitiesThatExpandWithoutEndAbandonTheSchema)
     EXPECT_TRUE(parser->HasFatallyErrored());
     EXPECT_EQ(parser->GetErrors().back(), VString("Fatal Error: parser has encountered more than '50000' entity expansions in the document; this is the limit imposed by the application (id: bomb.xsd)"));
     parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
+}
+
+const std::string SchemaStart = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'";
+
+TEST_F(XercesSchemaTest, ASchemaThatBlowsUpIsRefused)
+{
+    std::string levels;
+    for (int i = 1; i < 5; ++i) levels += "<!ENTITY e" + std::to_string(i) + " '" + Repeat("&e" + std::to_string(i - 1) + ";", 10) + "'>";
+    std::string defaults;
+    for (int i = 0; i < 3000; ++i) defaults += " b" + std::to_string(i) + " CDATA ''";
+    const std::pair<std::string, const char*> rows[] = {
+        {"<!DOCTYPE xs:schema [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + levels + "]>" + SchemaStart + " id='&e4;'/>", "characters of entities"},
+        {"<!DOCTYPE xs:schema [<!ENTITY % p '<!--" + std::string(1000000, 'x') + "-->'>" + Repeat("%p;", 120) + "]>" + SchemaStart + "/>", "characters of entities"},
+        {"<!DOCTYPE xs:schema [<!ENTITY e '" + std::string(1000000, 'x') + "'><!ATTLIST xs:schema id CDATA '" + Repeat("&e;", 120) + "'>]>" + SchemaStart + "/>", "characters of entities"},
+        {"<!DOCTYPE xs:schema [<!ATTLIST xs:annotation" + defaults + ">]>" + SchemaStart + ">" + Repeat("<xs:annotation/>", 3000) + "</xs:schema>", "'8000000' default attributes"},
+    };
+    for (const auto& [text, message] : rows) {
+        const auto parser = Create("<a/>");
+        parser->LoadXSDString(VString::fromStdString(text), "bomb.xsd");
+        ASSERT_FALSE(parser->GetErrors().empty()) << message;
+        EXPECT_TRUE(parser->GetErrors().back().contains(message)) << parser->GetErrors().back();
+        EXPECT_TRUE(parser->GetErrors().back().endsWith("(id: bomb.xsd)"));
+        EXPECT_TRUE(parser->HasFatallyErrored());
+    }
+}
+
+TEST_F(XercesSchemaTest, ADocumentThatIsValidatedMayNotBlowUpEither)
+{
+    const std::string entity = "<!DOCTYPE a [<!ENTITY e '" + std::string(1000000, 'x') + "'>]>";
+    const auto parser = Create(entity + "<a k='" + Repeat("&e;", 120) + "'/>");
+    parser->LoadXSDString(Schema, "schema.xsd");
+    parser->Parse();
+    ASSERT_EQ(parser->GetErrors().size(), 1u);
+    EXPECT_TRUE(parser->GetErrors()[0].contains("characters of entities"));
+}
+
+TEST_F(XercesSchemaTest, ASchemaThatIsImportedMayNotBlowUpEither)
+{
+    const testsupport::TemporaryFolder folder;
+    handler->schemaPath = folder.Write("bomb.xsd", "<!DOCTYPE xs:schema [<!ENTITY e '" + std::string(1000000, 'x') + "'>]>" + SchemaStart + " id='" + Repeat("&e;", 120) + "'/>");
+    const auto parser = Create("<a><n>x</n></a>");
+    parser->LoadXSDString(Importing, "main.xsd");
+    ASSERT_EQ(parser->GetErrors().size(), 1u);
+    EXPECT_TRUE(parser->GetErrors()[0].contains("characters of entities"));
+    EXPECT_TRUE(parser->GetErrors()[0].endsWith("(id: main.xsd)"));
+}
+
+TEST_F(XercesSchemaTest, ASchemaMayUseEntitiesAndDefaults)
+{
+    const auto parser = Create("<a k='1'><n>1</n></a>");
+    const VString unused = VString::fromStdString("<!ENTITY unused '" + std::string(1000000, 'x') + "'>");
+    parser->LoadXSDString("<!DOCTYPE xs:schema [" + unused + "<!ENTITY id 'i'><!ATTLIST xs:element id CDATA #IMPLIED version CDATA #IMPLIED><!ATTLIST xs:schema id CDATA '&id;'>]>" + VString(Schema), "schema.xsd");
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }

@@ -1,105 +1,320 @@
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 
 #include <algorithm>
-#include <new>
+#include <random>
+#include <string>
+#include <string_view>
 #include <utility>
 
-#include <xercesc/internal/XMLReader.hpp>
-#include <xercesc/util/OutOfMemoryException.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/framework/XMLAttr.hpp>
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+#include <xercesc/sax/Locator.hpp>
+#include <xercesc/sax/SAXException.hpp>
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/util/RefVectorOf.hpp>
+#include <xercesc/util/XMLEntityResolver.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+#include <xercesc/validators/DTD/DTDAttDef.hpp>
+#include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
 #include "vancoreplatform/VFormatString.h"
+#include "vancorexml/main/parser/EntitySizes.h"
 
 namespace {
 
-// A block holds an object and, before it, a word or two of Xerces' own.
-bool IsReader(std::size_t size) noexcept
+using View = std::u16string_view;
+using xercesc::XMLUni;
+
+VString MakeMessage(std::uint64_t limit, const char* things)
 {
-    constexpr std::size_t MostBefore = 64;
-    return size >= sizeof(xercesc::XMLReader) && size <= sizeof(xercesc::XMLReader) + MostBefore;
+    // Xerces' own message about general entities.
+    return VFormatString("parser has encountered more than '%1' %2 in the document; "
+                         "this is the limit imposed by the application")
+        .arg(limit)
+        .arg(VString(things));
+}
+
+// 80 random bits as letters, drawn once per process, so that no document contains it by chance.
+const std::u16string& Mark()
+{
+    static const std::u16string mark = [] {
+        std::random_device random;
+        std::u16string letters;
+        for (int i = 0; i < 20; ++i)
+            letters += static_cast<char16_t>(u'a' + random() % 16);
+        return letters;
+    }();
+    return mark;
+}
+
+std::u16string ToDigits(std::size_t number)
+{
+    const std::string digits = std::to_string(number);
+    return std::u16string(digits.begin(), digits.end());
+}
+
+std::size_t NumberIn(View digits)
+{
+    std::size_t number = 0;
+    for (const char16_t digit : digits)
+        number = 10 * number + (digit - u'0');
+    return number;
+}
+
+// Ends a rehearsal that has found an excess, or whose remaining document cannot cause one.
+struct RehearsalEnd {};
+
+// Whether this build of Xerces shows a rehearsal all places where it expands an entity.
+bool IsRehearsalComplete();
+
+class Rehearsal final : public xercesc::SAX2XMLReaderImpl {
+public:
+    enum class Subject {
+        Document,            // the entities of a document
+        Entities,            // the entities of a schema
+        DefaultAttributes,   // the default attributes of a schema whose entities are within the limits
+        Sample,              // the entities of IsRehearsalComplete
+    };
+
+    Rehearsal(Subject subject, const ExpansionLimits& limits) : m_subject(subject), m_limits(limits), m_defaults(limits)
+    {
+        setContentHandler(&m_events);
+        setDeclarationHandler(&m_events);
+        setXMLEntityResolver(&m_events);
+        setExitOnFirstFatalError(true);
+        setFeature(XMLUni::fgSAX2CoreNameSpaces, false);
+        setFeature(XMLUni::fgSAX2CoreValidation, false);
+        setFeature(XMLUni::fgXercesSchema, false);
+        setFeature(XMLUni::fgXercesLoadExternalDTD, false);
+        setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
+    }
+
+    void Run(const xercesc::InputSource& source)
+    {
+        try {
+            parse(source);
+        } catch (const RehearsalEnd&) {
+            // GetExcess has the result.
+        } catch (const xercesc::SAXException&) {
+            // The parser of the document will find and report the same fault.
+        } catch (const xercesc::XMLException&) {
+            // As above.
+        }
+    }
+
+    const std::optional<ExpansionExcess>& GetExcess() const noexcept { return m_excess; }
+    bool HasDefaultAttributes() const noexcept { return m_hasDefaultAttributes; }
+    std::uint64_t CountInProlog() const noexcept { return m_prologCount; }
+    std::uint64_t CountInContent() const noexcept { return m_contentCount; }
+
+    void entityDecl(const xercesc::DTDEntityDecl& entity, bool isParameter, bool isIgnored) override;
+    void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override;
+    void doctypePI(const XMLCh* target, const XMLCh* data) override;
+    void startElement(const xercesc::XMLElementDecl& element, unsigned int uri, const XMLCh* prefix,
+                      const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty,
+                      bool isRoot) override;
+    void endElement(const xercesc::XMLElementDecl&, unsigned int, bool, const XMLCh*) override {}
+    void startEntityReference(const xercesc::XMLEntityDecl& entity) override;
+
+private:
+    struct Events final : xercesc::DefaultHandler, xercesc::XMLEntityResolver {
+        void setDocumentLocator(const xercesc::Locator* supplied) override { locator = supplied; }
+        // The parser of the document stops at a reference to an external entity.
+        xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier*) override { throw RehearsalEnd(); }
+        using xercesc::DefaultHandler::resolveEntity;
+        const xercesc::Locator* locator = nullptr;
+    };
+
+    [[noreturn]] void Exceed(const VString& message);
+    void Charge(const Expansion& expansion, std::uint64_t& count);
+    // Charges the entity of each mark in a text.
+    void ChargeMarks(View text, std::uint64_t& count);
+    // Whether the content can exceed a limit that the parser of the document does not check.
+    bool CanContentExceed() const noexcept;
+
+    Subject m_subject;
+    ExpansionLimits m_limits;
+    Events m_events;
+    EntitySizes m_entities{EntitySizes::Kind::General};
+    EntitySizes m_parameterEntities{EntitySizes::Kind::Parameter};
+    // Expansions to come within the outermost open parameter entity, its own included.
+    std::uint64_t m_innerCount = 0;
+    bool m_hasDefaultAttributes = false;
+    bool m_isInProlog = true;
+    std::uint64_t m_prologCount = 0;
+    std::uint64_t m_contentCount = 0;
+    Expansion m_sum;
+    DefaultAttributeCounter m_defaults;
+    std::optional<ExpansionExcess> m_excess;
+};
+
+void Rehearsal::Exceed(const VString& message)
+{
+    m_excess = ExpansionExcess{message};
+    if (m_events.locator) {
+        m_excess->line = m_events.locator->getLineNumber();
+        m_excess->column = m_events.locator->getColumnNumber();
+    }
+    throw RehearsalEnd();
+}
+
+void Rehearsal::Charge(const Expansion& expansion, std::uint64_t& count)
+{
+    m_sum += expansion;
+    count += expansion.count;
+    if (count > m_limits.expansions && (m_isInProlog || m_subject != Subject::Document))
+        Exceed(MakeMessage(m_limits.expansions, "entity expansions"));
+    if (m_sum.text > m_limits.text)
+        Exceed(MakeMessage(m_limits.text, "characters of entities"));
+    if (m_sum.read > m_limits.read)
+        Exceed(MakeMessage(m_limits.read, "characters of entities and references within them"));
+    if (m_sum.compared > m_limits.compared)
+        Exceed(MakeMessage(m_limits.compared, "characters of the names of nested entities"));
+}
+
+void Rehearsal::ChargeMarks(View text, std::uint64_t& count)
+{
+    const View mark = Mark();
+    for (std::size_t i = text.find(mark); i != View::npos; i = text.find(mark, i)) {
+        const std::size_t end = text.find(u';', i += mark.size());
+        const std::size_t entity = NumberIn(text.substr(i, end - i));
+        Charge(m_entities.Expand(entity), count);
+        // The parser of the document will stop here.
+        if (m_entities.IsCircular(entity))
+            throw RehearsalEnd();
+        i = end;
+    }
+}
+
+bool Rehearsal::CanContentExceed() const noexcept
+{
+    if (m_subject == Subject::DefaultAttributes)
+        return true;
+    if (m_subject != Subject::Document)
+        return m_entities.Count() != 0;
+    const Expansion& longest = m_entities.Longest();
+    const std::uint64_t levels = std::min<std::uint64_t>(m_entities.Count(), m_limits.expansions);
+    return m_sum.text + m_limits.expansions * longest.text > m_limits.text
+        || m_sum.read + m_limits.expansions * longest.read > m_limits.read
+        || m_sum.compared + m_limits.expansions * levels * longest.names > m_limits.compared;
+}
+
+void Rehearsal::entityDecl(const xercesc::DTDEntityDecl& entity, bool isParameter, bool isIgnored)
+{
+    // A second declaration of an entity has no effect.
+    if (isIgnored || m_subject == Subject::DefaultAttributes)
+        return;
+    if (entity.isExternal()) {
+        // The parser of a document stops at the declaration, the parser of a schema at a reference.
+        if (m_subject == Subject::Document && !entity.isUnparsed())
+            throw RehearsalEnd();
+        return;
+    }
+    if (m_subject != Subject::Sample && !IsRehearsalComplete())
+        Exceed("entities cannot be bounded with this build of Xerces");
+    const View text(entity.getValue(), entity.getValueLen());
+    std::u16string value;
+    if (isParameter) {
+        value = u"<?" + Mark() + u" " + ToDigits(m_parameterEntities.Declare(entity.getName(), text)) + u"?>";
+        value += text;
+    } else {
+        value = Mark() + ToDigits(m_entities.Declare(entity.getName(), text)) + u";";
+    }
+    // The object is not constant, only this view of it: Xerces fills it while it reads the declaration.
+    const_cast<xercesc::DTDEntityDecl&>(entity).setValue(value.c_str());
+}
+
+void Rehearsal::attDef(const xercesc::DTDElementDecl&, const xercesc::DTDAttDef& attribute, bool)
+{
+    if (!attribute.getValue())
+        return;
+    m_hasDefaultAttributes = true;
+    ChargeMarks(attribute.getValue(), m_prologCount);
+}
+
+void Rehearsal::doctypePI(const XMLCh* target, const XMLCh* data)
+{
+    if (target != Mark())
+        return;
+    const std::size_t entity = NumberIn(data);
+    Expansion expansion = m_parameterEntities.Own(entity);
+    // The outermost expansion charges the comparisons of all expansions within it.
+    if (m_innerCount == 0) {
+        const Expansion all = m_parameterEntities.Expand(entity);
+        expansion.compared = all.compared;
+        m_innerCount = all.count;
+    }
+    --m_innerCount;
+    Charge(expansion, m_prologCount);
+}
+
+void Rehearsal::startElement(const xercesc::XMLElementDecl&, unsigned int, const XMLCh*,
+                             const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool, bool)
+{
+    if (std::exchange(m_isInProlog, false) && !CanContentExceed())
+        throw RehearsalEnd();
+    const bool isOfDefaults = m_subject == Subject::DefaultAttributes;
+    for (XMLSize_t i = 0; i < count; ++i) {
+        const xercesc::XMLAttr& attribute = *attributes.elementAt(i);
+        const View value = attribute.getValue();
+        if (attribute.getSpecified()) {
+            ChargeMarks(value, m_contentCount);
+        } else if (isOfDefaults) {
+            if (const std::optional<VString> message = m_defaults.Add(View(attribute.getQName()).size(), value.size()))
+                Exceed(*message);
+        }
+    }
+}
+
+void Rehearsal::startEntityReference(const xercesc::XMLEntityDecl& entity)
+{
+    ChargeMarks(entity.getValue(), m_contentCount);
+}
+
+bool IsRehearsalComplete()
+{
+    static const bool isComplete = [] {
+        constexpr std::string_view Sample = "<!DOCTYPE r [<!ENTITY % p ''>%p;<!ENTITY e 'x'>"
+                                            "<!ATTLIST r a CDATA '&e;'>]><r b='&e;'>&e;</r>";
+        const auto* const bytes = reinterpret_cast<const XMLByte*>(Sample.data());
+        const xercesc::MemBufInputSource source(bytes, Sample.size(), "sample");
+        Rehearsal rehearsal(Rehearsal::Subject::Sample, ExpansionLimits{});
+        rehearsal.Run(source);
+        return rehearsal.CountInProlog() == 2 && rehearsal.CountInContent() == 2;
+    }();
+    return isComplete;
 }
 
 }  // namespace
 
-void EntityExpansionGuard::Watch(std::function<void(const VString&)> abandon)
+std::optional<VString> DefaultAttributeCounter::Add(std::uint64_t nameLength, std::uint64_t valueLength)
 {
-    Release();
-    m_abandon = std::move(abandon);
-    m_isInProlog = true;
-    m_readers = 0;
-    m_longest = 0;
-    m_text = 0;
+    ++m_count;
+    m_names += nameLength;
+    m_values += valueLength;
+    if (m_count > m_limits.defaults)
+        return MakeMessage(m_limits.defaults, "default attributes");
+    if (m_names > m_limits.defaultText || m_values > m_limits.defaultText)
+        return MakeMessage(m_limits.defaultText, "characters of default attributes");
+    return std::nullopt;
 }
 
-void EntityExpansionGuard::Release() noexcept
+std::optional<ExpansionExcess> EntityExpansionGuard::CheckDocument(const xercesc::InputSource& source) const
 {
-    m_abandon = nullptr;
-    m_lastReader = nullptr;
-    m_mustAbandon = false;
+    Rehearsal rehearsal(Rehearsal::Subject::Document, m_limits);
+    rehearsal.Run(source);
+    return rehearsal.GetExcess();
 }
 
-void EntityExpansionGuard::Declare(std::size_t length) noexcept
+std::optional<ExpansionExcess> EntityExpansionGuard::CheckSchema(const xercesc::InputSource& source) const
 {
-    m_longest = std::max(m_longest, length);
-}
-
-void EntityExpansionGuard::Expand(std::size_t length)
-{
-    // Its reader was counted with the longest.
-    m_text += length;
-    m_text -= m_longest;
-    if (IsExceeded())
-        Abandon();
-}
-
-void EntityExpansionGuard::Default(std::size_t length)
-{
-    // An attribute takes memory also when it says nothing.
-    constexpr std::size_t AttributeWorth = 16;
-    m_text += length + AttributeWorth;
-    if (IsExceeded())
-        Abandon();
-}
-
-void EntityExpansionGuard::Abandon()
-{
-    const auto abandon = std::exchange(m_abandon, nullptr);
-    const bool isText = m_text > TextLimit;
-    Release();
-    if (abandon)
-        abandon(isText ? VFormatString("'%1' characters of entities").arg(std::uint64_t{TextLimit}) : VFormatString("'%1' entity expansions").arg(std::uint64_t{Limit}));
-}
-
-void* EntityExpansionGuard::allocate(XMLSize_t size)
-{
-    if (m_mustAbandon)
-        Abandon();
-    void* block = nullptr;
-    try {
-        block = m_blocks.Allocate(size);
-    } catch (...) {
-        throw xercesc::OutOfMemoryException();
-    }
-    if (IsReader(size) && m_abandon) {
-        m_readers += m_isInProlog;
-        m_text += m_longest;
-        m_lastReader = block;
-    }
-    return block;
-}
-
-void EntityExpansionGuard::deallocate(void* block)
-{
-    // Xerces would leak what it prepared for a reader whose making throws, so the parse is
-    // abandoned at the first allocation after that reader is gone again.
-    if (block && block == m_lastReader) {
-        m_lastReader = nullptr;
-        m_mustAbandon = IsExceeded();
-    }
-    m_blocks.Free(block);
-}
-
-xercesc::MemoryManager* EntityExpansionGuard::getExceptionMemoryManager()
-{
-    return xercesc::XMLPlatformUtils::fgMemoryManager;
+    Rehearsal entities(Rehearsal::Subject::Entities, m_limits);
+    entities.Run(source);
+    if (entities.GetExcess() || !entities.HasDefaultAttributes())
+        return entities.GetExcess();
+    Rehearsal defaults(Rehearsal::Subject::DefaultAttributes, m_limits);
+    defaults.Run(source);
+    return defaults.GetExcess();
 }

@@ -1,66 +1,89 @@
-// Bounding the expansion of entities.
+// The limits of what entities and default attributes may add to a document.
 #pragma once
 
-#include <cstddef>
-#include <functional>
+#include <cstdint>
+#include <optional>
 
-#include <xercesc/framework/MemoryManager.hpp>
+#include <xercesc/sax/InputSource.hpp>
+#include <xercesc/util/SecurityManager.hpp>
 
 #include "vancoreplatform/VString.h"
-#include "vancorexml/main/parser/SmallBlocks.h"
 
-// Counts the parameter entities that a document type declaration expands, and the text of all
-// the entities that a document expands. Xerces counts the general entities only, and no text:
-// a few hundred bytes of nested parameter entities keep it busy for hours, and a megabyte
-// that is used again and again becomes gigabytes. Nor does it tell when it expands a
-// parameter entity or one in an attribute. But each expansion gets a reader of its own, an
-// object larger than anything else that a declaration needs, so the memory manager that
-// Xerces is given can count them.
-//
-// Ownership: Xerces refers to it, so it must outlive the reader and what that allocated.
+// How much a document may expand. A document exactly at a limit is allowed.
+struct ExpansionLimits {
+    // References to general entities in the content. Counted separately: references to parameter and
+    // general entities in the document type declaration.
+    std::uint64_t expansions = xercesc::SecurityManager::ENTITY_EXPANSION_LIMIT;   // 50,000
+    // UTF-16 code units that replace the references.
+    std::uint64_t text = 100000000;
+    // UTF-16 code units that are read to replace them. The difference to `text` is the references
+    // within entities, which are long only in documents made to keep a parser busy.
+    std::uint64_t read = 1000000000;
+    // UTF-16 code units of names that Xerces compares because entities nest: it compares the name of
+    // an entity with the names of all entities around it. 20,000 levels with names of 200 characters
+    // need 40,000,000,000 and took 220 seconds. Names of eight characters cannot reach the limit.
+    std::uint64_t compared = 10000000000;
+    // Attributes that a document type declaration adds. A tree keeps one in 24 to 32 bytes when name
+    // and value are shared, so this many take about as much memory as the text.
+    std::uint64_t defaults = 8000000;
+    // UTF-16 code units of their values, and as many of their names.
+    std::uint64_t defaultText = 100000000;
+};
+
+// A limit that a document exceeds.
+struct ExpansionExcess {
+    VString message;
+    // From 1; 0 if unknown.
+    XMLFileLoc line = 0;
+    XMLFileLoc column = 0;
+};
+
+// Counts the attributes that a document type declaration adds to the elements of a document.
 //
 // Threads: one at a time.
-class EntityExpansionGuard : public xercesc::MemoryManager {
+class DefaultAttributeCounter {
 public:
-    // As many expansions as Xerces allows of general entities.
-    static constexpr std::size_t Limit = 50000;
-    // Two thousand UTF-16 code units for each of them.
-    static constexpr std::size_t TextLimit = 2000 * Limit;
+    explicit DefaultAttributeCounter(const ExpansionLimits& limits = {}) noexcept : m_limits(limits) {}
 
-    // Begins to count. Past a limit `abandon` is called from within the parse, with what the
-    // document has too much of; it throws.
-    void Watch(std::function<void(const VString& excess)> abandon);
-    // Ends counting.
-    void Release() noexcept;
-    // The declarations are over: Xerces counts the expansions that follow itself.
-    void EndProlog() noexcept { m_isInProlog = false; }
-
-    // An entity with that many code units is declared. Where it is not known which entity is
-    // expanded it is taken for the longest.
-    void Declare(std::size_t length) noexcept;
-    // The entity whose expansion began last has that many code units.
-    void Expand(std::size_t length);
-    // A declaration adds an attribute that is not there, with that many code units of name and
-    // value.
-    void Default(std::size_t length);
-
-    void* allocate(XMLSize_t size) override;
-    void deallocate(void* block) override;
-    xercesc::MemoryManager* getExceptionMemoryManager() override;
+    // Counts one attribute; lengths in UTF-16 code units. Returns a message if a limit is exceeded.
+    std::optional<VString> Add(std::uint64_t nameLength, std::uint64_t valueLength);
 
 private:
-    bool IsExceeded() const noexcept { return m_readers > Limit + 1 || m_text > TextLimit; }
-    void Abandon();
+    ExpansionLimits m_limits;
+    std::uint64_t m_count = 0;
+    std::uint64_t m_names = 0;
+    std::uint64_t m_values = 0;
+};
 
-    SmallBlocks m_blocks;
-    std::function<void(const VString&)> m_abandon;
-    bool m_isInProlog = true;
-    // Of the document itself and of the entities expanded in its declarations.
-    std::size_t m_readers = 0;
-    void* m_lastReader = nullptr;
-    // Of the longest entity declared, and of all that were expanded.
-    std::size_t m_longest = 0;
-    std::size_t m_text = 0;
-    // Past a limit and outside the making of a reader.
-    bool m_mustAbandon = false;
+// Finds entity bombs before a parser expands them. Xerces itself bounds only the number of general
+// entities in the content: neither their text nor any expansion in the document type declaration.
+//
+// The guard rehearses the document. A second reader goes through it and changes the value of each
+// entity when Xerces reports the declaration. A general entity gets a short mark as its value, so
+// nothing grows: the marks in texts, attributes and default values show where each entity is used, and
+// EntitySizes computes the size of its expansion. A parameter entity keeps its text, which may declare
+// more entities, and gets a processing instruction in front of it. Xerces reports the instruction at
+// each expansion, before it reads the text.
+//
+// Before the first rehearsal of the process, a sample document shows whether Xerces works that way. If
+// not, every document that declares entities exceeds the limits.
+//
+// Threads: safe.
+//
+// Cost: linear in the document and in the expansion of its parameter entities. The content is not
+// read if no number of references that Xerces allows could exceed a limit.
+class EntityExpansionGuard {
+public:
+    explicit EntityExpansionGuard(const ExpansionLimits& limits = {}) noexcept : m_limits(limits) {}
+
+    // Returns the first limit that the entities of a document exceed, if any. Does not look behind a
+    // fault that ends the parse. The caller must parse the document with a SecurityManager that allows
+    // `expansions` references, and must pass its default attributes to a DefaultAttributeCounter.
+    std::optional<ExpansionExcess> CheckDocument(const xercesc::InputSource& source) const;
+    // Likewise for a schema; also checks the number of references in the content and the default
+    // attributes.
+    std::optional<ExpansionExcess> CheckSchema(const xercesc::InputSource& source) const;
+
+private:
+    ExpansionLimits m_limits;
 };

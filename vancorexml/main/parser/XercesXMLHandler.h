@@ -14,7 +14,6 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/AttributeMap.h"
 #include "vancorexml/main/parser/ElementTaker.h"
-#include "vancorexml/main/parser/EntityExpansionGuard.h"
 #include "vancorexml/main/parser/NameTable.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/SharedTexts.h"
@@ -31,16 +30,18 @@ struct ParseAbandoned {};
 // Threads: one at a time.
 class XercesXMLHandler final : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver {
 public:
-    XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard);
+    explicit XercesXMLHandler(std::shared_ptr<SAXInterface> target);
     ~XercesXMLHandler() override;
 
-    // Forgets the text of a parse whose end was never told and bounds the entities of the next.
-    void BeginParse();
+    // Discards text left by an aborted parse. `source` is the document to parse; it must live until
+    // the parse ends.
+    void BeginParse(const xercesc::InputSource& source);
     // Frees what only a parse needs, and forgets the text of one that was abandoned.
     void EndParse() noexcept;
-    // While the schema `id` is loaded: its entities are bounded too, and what they take from
-    // elsewhere is refused.
+    // While the schema `id` is loaded, external entities are refused.
     void BeginSchema(const VString& id);
+    // Abandons the schema if it exceeds an expansion limit. `bytes` is the content of `source`.
+    void CheckSchema(const xercesc::InputSource& source, std::string_view bytes);
     void EndSchema() noexcept;
     // The reader that supplied the locator is gone.
     void ForgetLocator() noexcept { m_locator = nullptr; }
@@ -63,6 +64,10 @@ public:
         m_pendingLength += length;
     }
 
+    // Records a fatal error with that message and abandons the parse.
+    [[noreturn]] void AbandonExpansion(const VString& message);
+
+    // At the first declaration of a document, abandons the parse if its entities exceed a limit.
     void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
     // Refuses the document: throws XMLParseException.
     void externalEntityDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId) override;
@@ -87,8 +92,7 @@ private:
     void ForgetText() noexcept;
     void FlushText();
     void PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map);
-    // `excess` is what the entities of the document come to.
-    [[noreturn]] void AbandonExpansion(const VString& excess);
+    [[noreturn]] void AbandonExpansion(const VString& message, const VString& id, XMLFileLoc line, XMLFileLoc column);
     // Abandons a schema that takes an entity from elsewhere.
     [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
@@ -104,8 +108,8 @@ private:
     std::vector<VString> m_errors;
     bool m_fatallyErrored = false;
 
-    EntityExpansionGuard& m_guard;
-    bool m_isInProlog = true;
+    // The document until its entities are checked, else null.
+    const xercesc::InputSource* m_unchecked = nullptr;
     VString m_schemaId;   // of the schema that is loaded now
     NameTable m_names;
     SharedTexts m_values;

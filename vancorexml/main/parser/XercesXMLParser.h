@@ -8,10 +8,12 @@
 #include "vancorexml/main/parser/AbstractXMLParser.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Reads a document with Xerces-C. External entities are refused, and a document whose
-// entities expand without end is abandoned; the same holds for schemas. Validates once
-// schemas were loaded; a schema cannot be taken away again. Loading one takes a call stack
-// that grows with the depth of its elements.
+// Reads a document with Xerces-C. External entities are refused. A document whose entities expand
+// to more than 100,000,000 UTF-16 code units is refused before the first callback; one with more
+// than 50,000 references to entities or 8,000,000 default attributes is abandoned there. The same
+// limits hold for schemas. A document with long entities is read twice. Validates once schemas were
+// loaded; a schema cannot be taken away again. Loading one takes a call stack that grows with the
+// depth of its elements.
 //
 // Ownership: as AbstractXMLParser has it; the caller owns the parser.
 //

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <xercesc/framework/XMLAttr.hpp>
-#include <xercesc/framework/XMLEntityDecl.hpp>
 #include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/framework/XMLPScanToken.hpp>
 #include <xercesc/sax/Locator.hpp>
@@ -62,6 +61,8 @@ void DocumentReader::SetHandler(XercesXMLHandler& handler)
 void DocumentReader::resetDocument()
 {
     m_depth = 0;
+    m_hasDefaults = false;
+    m_defaults = DefaultAttributeCounter();
     m_hasNamespaces = getFeature(XMLUni::fgSAX2CoreNameSpaces);
     SAX2XMLReaderImpl::resetDocument();
 }
@@ -82,8 +83,11 @@ const XMLCh* DocumentReader::GetQName(const xercesc::XMLElementDecl& element, co
 void DocumentReader::startElement(const xercesc::XMLElementDecl& element, unsigned int, const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty, bool)
 {
     for (XMLSize_t i = 0; m_hasDefaults && i < count; ++i)
-        if (const xercesc::XMLAttr& attribute = *attributes.elementAt(i); !attribute.getSpecified())
-            m_guard.Default(xercesc::XMLString::stringLen(attribute.getQName()) + xercesc::XMLString::stringLen(attribute.getValue()));
+        if (const xercesc::XMLAttr& attribute = *attributes.elementAt(i); !attribute.getSpecified()) {
+            const XMLSize_t nameLength = xercesc::XMLString::stringLen(attribute.getQName());
+            if (const auto excess = m_defaults.Add(nameLength, xercesc::XMLString::stringLen(attribute.getValue())))
+                m_handler->AbandonExpansion(*excess);
+        }
     m_handler->startElement(GetQName(element, prefix), attributes, count);
     if (isEmpty)
         m_handler->endElement();
@@ -110,17 +114,11 @@ void DocumentReader::ignorableWhitespace(const XMLCh* text, XMLSize_t length, bo
     docCharacters(text, length, isCData);
 }
 
-void DocumentReader::startEntityReference(const xercesc::XMLEntityDecl& entity)
-{
-    m_guard.Expand(entity.getValueLen());
-    SAX2XMLReaderImpl::startEntityReference(entity);
-}
-
 XercesXMLParserImpl::XercesXMLParserImpl(InputSource& input, std::shared_ptr<SAXInterface> handler)
     : XercesXMLParser(input, handler),
       m_grammars(std::make_unique<xercesc::XMLGrammarPoolImpl>(xercesc::XMLPlatformUtils::fgMemoryManager)),
       m_securityManager(std::make_unique<xercesc::SecurityManager>()),
-      m_handler(std::make_unique<XercesXMLHandler>(std::move(handler), m_guard))
+      m_handler(std::make_unique<XercesXMLHandler>(std::move(handler)))
 {
     RequireReader();
     PrepareParserState();
@@ -132,7 +130,7 @@ void XercesXMLParserImpl::RequireReader()
 {
     if (m_reader)
         return;
-    m_reader = std::make_unique<DocumentReader>(m_guard, m_grammars.get());
+    m_reader = std::make_unique<DocumentReader>(m_memory, m_grammars.get());
     m_reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
     InstallHandler();
     InstallResolver();
@@ -216,6 +214,7 @@ void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VSt
 {
     m_handler->BeginSchema(id);
     try {
+        m_handler->CheckSchema(source.Get(), source.View());
         m_reader->loadGrammar(source.Get(), xercesc::Grammar::SchemaGrammarType, true);
     } catch (const ParseAbandoned&) {
         // Recorded by the handler.
@@ -258,7 +257,6 @@ void XercesXMLParserImpl::ReadInput()
     m_handler->resetErrors();
     auto& provider = dynamic_cast<IXercesInputSourceProvider&>(GetInput());
     const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
-    m_handler->BeginParse();
     try {
         if (Utf16InputSource::IsWellFormed(source.Get(), source.View()))
             ReadDocument(Utf16InputSource(source.Get(), source.View()));
@@ -276,6 +274,7 @@ void XercesXMLParserImpl::ReadInput()
 
 void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source)
 {
+    m_handler->BeginParse(source);
     xercesc::XMLPScanToken token;
     if (!m_reader->parseFirst(source, token))
         return;
@@ -305,7 +304,7 @@ void XercesXMLParserImpl::Reload(InputSource& input, std::shared_ptr<SAXInterfac
 {
     XercesXMLParser::Reload(input, handler);
     RequireReader();
-    auto old = std::exchange(m_handler, std::make_unique<XercesXMLHandler>(std::move(handler), m_guard));
+    auto old = std::exchange(m_handler, std::make_unique<XercesXMLHandler>(std::move(handler)));
     InstallHandler();
     // The reader must not keep the handler that dies here.
     InstallResolver();

@@ -13,17 +13,18 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
+#include "vancorexml/main/parser/XercesMemory.h"
 #include "vancorexml/main/parser/XercesPlatform.h"
 #include "vancorexml/main/parser/XercesXMLHandler.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 
-// Xerces' reader, which also says whether the document declared XML 1.1, and tells the guard
-// of the text that comes from declarations. What a document consists of it gives to the handler
+// Xerces' reader, which also says whether the document declared XML 1.1, and counts the default
+// attributes of document type declarations. What a document consists of it gives to the handler
 // itself: the way by SAX and its tables of prefixes, which nobody here asks for, is as long as
 // what the handler does.
 class DocumentReader : public xercesc::SAX2XMLReaderImpl {
 public:
-    DocumentReader(EntityExpansionGuard& guard, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(&guard, grammars), m_guard(guard) {}
+    DocumentReader(XercesMemory& memory, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(&memory, grammars) {}
 
     bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
     // It must outlive the parses that follow.
@@ -37,16 +38,15 @@ public:
     void endElement(const xercesc::XMLElementDecl& element, unsigned int uri, bool isRoot, const XMLCh* prefix) override;
     void docCharacters(const XMLCh* text, XMLSize_t length, bool isCData) override;
     void ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCData) override;
-    void startEntityReference(const xercesc::XMLEntityDecl& entity) override;
 
 private:
     // As it stands in the document. A declaration in a schema does not know the prefix.
     const XMLCh* GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix);
 
-    EntityExpansionGuard& m_guard;
     XercesXMLHandler* m_handler = nullptr;
     bool m_hasReadVersion11 = false;
     bool m_hasDefaults = false;
+    DefaultAttributeCounter m_defaults;
     bool m_hasNamespaces = false;
     XMLSize_t m_depth = 0;
     std::u16string m_qname;
@@ -84,7 +84,7 @@ private:
 
     // Before all that uses Xerces, so that they die before it.
     XercesUse m_xerces;
-    EntityExpansionGuard m_guard;
+    XercesMemory m_memory;
     std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
     // Null after a parse that left something behind, until the next use.
     std::unique_ptr<DocumentReader> m_reader;
