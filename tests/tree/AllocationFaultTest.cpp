@@ -247,6 +247,19 @@ TEST(AllocationFaultTest, TestsForErrorsSurviveAFailure)
     EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("a")->HasErrors(); }, ExpectUnchanged), 1);
 }
 
+// The failure may leave the index half built, and the move builds on that.
+TEST(AllocationFaultTest, TestsForErrorsAreRightAfterAFailureAndAMove)
+{
+    const auto check = [](Pair& pair) {
+        DOMElement& moved = *pair.one.GetElement("a");
+        DOMElement& target = *pair.one.GetElement("c");
+        moved.Move(target, nullptr);
+        EXPECT_TRUE(target.HasErrors() && target.HasUnreportedErrors() && target.HasWarnings());
+        EXPECT_FALSE(target.HasCancelErrors() || target.HasOnlyCancelErrors());
+    };
+    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("a")->HasCancelErrors(); }, check), 8);
+}
+
 TEST(AllocationFaultTest, ADeepCopyThatFailsLeavesTheSourceAlone)
 {
     const auto check = [](Pair& pair) {

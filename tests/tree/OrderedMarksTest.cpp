@@ -17,6 +17,11 @@ void ExpectGrowingLabels(const std::vector<Mark*>& order)
         ASSERT_LT(order[i - 1]->label, order[i]->label) << i;
 }
 
+bool IsBetweenItsNeighbours(const Mark& mark)
+{
+    return mark.previous->label < mark.label && mark.label < mark.next->label;
+}
+
 }  // namespace
 
 TEST(OrderedMarksTest, LabelsGrowAlongTheListAfterRandomChanges)
@@ -51,8 +56,10 @@ TEST(OrderedMarksTest, TakesAMillionMarksAtOnePlace)
     OrderedMarks list;
     std::deque<Mark> marks(1000000);
     list.Append(marks[0]);
-    for (std::size_t i = 1; i < marks.size(); ++i)
+    for (std::size_t i = 1; i < marks.size(); ++i) {
         list.InsertAfter(marks[0], marks[i]);
+        ASSERT_TRUE(IsBetweenItsNeighbours(marks[i])) << i;
+    }
     std::vector<Mark*> order{&marks[0]};
     for (std::size_t i = marks.size() - 1; i > 0; --i)
         order.push_back(&marks[i]);
@@ -66,6 +73,7 @@ TEST(OrderedMarksTest, TakesAMillionMarksAtTheEnd)
     std::vector<Mark*> order;
     for (Mark& mark : marks) {
         list.Append(mark);
+        ASSERT_TRUE(IsBetweenItsNeighbours(mark)) << order.size();
         order.push_back(&mark);
     }
     ExpectGrowingLabels(order);

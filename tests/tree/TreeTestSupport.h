@@ -26,6 +26,7 @@ public:
     static const auto& Warnings(const DOM& document) { return Diagnostics(document).m_warnings; }
     static std::size_t ErrorEntries(const DOM& document) { return Errors(document).size(); }
     static std::size_t WarningEntries(const DOM& document) { return Warnings(document).size(); }
+    static std::size_t Intervals(const DOM& document) { return Diagnostics(document).m_index.m_intervals.size(); }
     static VReadWriteLock& Lock(const DOM& document) { return document.m_lock; }
     static std::mutex& LinkedElementsMutex(const DOM& document) { return document.m_linkedElements->mutex; }
     static bool HasRecords(const DOM& document) { return Diagnostics(document).HasRecords(); }

@@ -298,3 +298,56 @@ TEST(ElementThreadTest, RemovedChildrenDieWhileTheirOldParentLosesOthers)
     other.join();
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 500u);
 }
+
+// The elements that DeepCopy drops still have records in the third document, which is locked while
+// they die.
+TEST(ElementThreadTest, DeepCopyMayDropElementsThatAThirdDocumentHasRecordsFor)
+{
+    DOM source;
+    for (int i = 0; i < 300; ++i) {
+        DOM first;
+        DOM third;
+        Fill(third);
+        DOMElement free("free");
+        free.AppendChild(third.GetRoot().RemoveChild("a"));
+        first.GetRoot().AppendChild(free.RemoveChild("a"));
+        std::thread other([&] { first.DeepCopy(source); });
+        third.DeepCopy(source);
+        other.join();
+        EXPECT_FALSE(third.HasErrors());
+    }
+}
+
+TEST(ElementThreadTest, ARemovedChildAndItsOldParentInAnotherDocumentDieAtOnce)
+{
+    for (int i = 0; i < 300; ++i) {
+        DOM document;
+        Fill(document);
+        std::unique_ptr<DOMElement> removed = document.GetDocumentRoot()->RemoveChild("b");
+        DOM to;
+        to.GetRoot().AppendChild(document.GetRoot().RemoveChild("a"));
+        std::thread other([&to] { to.GetRoot().RemoveChildren().clear(); });
+        removed.reset();
+        other.join();
+        EXPECT_FALSE(document.HasErrors());
+    }
+}
+
+// A question must not bring back what the death of a copy has removed from the index.
+TEST(ElementThreadTest, CopiesDieWhileOthersAsk)
+{
+    DOM document;
+    DOMElement& top = document.GetRoot().AddNewChild("top", nullptr);
+    Fill(document);
+    std::atomic<bool> stops{false};
+    std::thread asking([&] {
+        while (!stops)
+            EXPECT_FALSE(top.HasErrors());
+    });
+    for (int i = 0; i < 2000; ++i)
+        const DOMElement copy(*document.GetRoot().GetChild("a"));
+    stops = true;
+    asking.join();
+    EXPECT_TRUE(document.GetElement("b")->HasErrors());
+    EXPECT_EQ(DOMTestAccess::Intervals(document), 3u);  // "Document", a and b
+}

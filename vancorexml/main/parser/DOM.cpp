@@ -1,5 +1,7 @@
 #include "vancorexml/main/parser/DOM.h"
 
+#include <vector>
+
 #include "vancorexml/main/parser/DOMElementSearch.h"
 #include "vancorexml/main/parser/DocumentDiagnostics.h"
 #include "vancorexml/main/parser/ElementLinks.h"
@@ -24,7 +26,7 @@ DOM::DOM(bool restrictExternalPaths)
 
 DOM::~DOM()
 {
-    m_diagnostics->CutTies();
+    m_diagnostics->DocumentDies();
     // The elements use the other members while they die.
     m_root.reset();
     DOMElement::DocumentDies(*this);
@@ -52,13 +54,16 @@ const DOMElement* DOM::GetElement(const VString& name) const
 
 void DOM::DeepCopy(const DOM& dom)
 {
+    // The old elements die after the locks are released: their deaths may lock a third document.
+    std::vector<std::unique_ptr<DOMElement>> old;
     const TwoWriteLocks locks(m_lock, dom.m_lock);
     if (!m_root)
         ThrowLogicException(SourceFile, 38, "m_root", MakeLogicError(0xE9B29E95));
     if (!dom.m_root)
         ThrowLogicException(SourceFile, 39, "dom.m_root", MakeLogicError(0x41ACEBB0));
     m_diagnostics->ClearAllErrorsAndWarnings();
-    *m_root = *dom.m_root;
+    if (&dom != this)
+        old = m_root->Assign(*dom.m_root);
     m_fieldRenames = dom.m_fieldRenames;
     m_captionRenames = dom.m_captionRenames;
     m_dataSourceRenames = dom.m_dataSourceRenames;

@@ -76,19 +76,26 @@ DOMElement::DOMElement(const DOMElement& other) : DOMElement(other, other.m_mana
 
 DOMElement::~DOMElement()
 {
-    if (m_manager)
-        m_manager->m_diagnostics->ElementDies(*this);
     DestroyChildren();
     if (m_links)
         CutLinks();
+    // Last, so that no question of another reader can give an interval to an element whose death is
+    // already reported.
+    if (m_manager)
+        m_manager->m_diagnostics->ElementDies(*this);
 }
 
 DOMElement& DOMElement::operator=(const DOMElement& other)
 {
-    if (&other == this)
-        return *this;
-    // All that is to be is built before anything goes: `other` may be a part of what goes,
-    // or hold it, and what fails leaves this element as it was.
+    if (&other != this)
+        Assign(other);
+    return *this;
+}
+
+// Builds the new content before it drops the old: `other` may be an ancestor or a descendant, and a
+// failure must leave this element unchanged.
+DOMElement::Children DOMElement::Assign(const DOMElement& other)
+{
     AttributeMap attributes = other.m_attributes;
     Children children;
     CopyChildrenOf(other, children);
@@ -98,7 +105,7 @@ DOMElement& DOMElement::operator=(const DOMElement& other)
     SetText(other.m_text, false);
     m_attributes.swap(attributes);
     m_children.swap(children);
-    return *this;
+    return children;
 }
 
 bool DOMElement::operator!=(const DOMElement& other) const
@@ -456,16 +463,16 @@ void DOMElement::RequireNotBelow(const DOMElement& child) const
         ThrowOwnDescendant();
 }
 
-// Climbs from this element and walks the subtree of `top`, a step of each in turn, until one of them
-// decides. The walk cannot exclude that a removed child that remembers an element of the subtree is
-// above this element; where it meets such an element, the climb decides alone.
+// Climbs from this element and walks the subtree of `top`, one step of each in turn, until one of them
+// has the answer. This element may also be below `top` through a removed child that links into the
+// subtree. The walk does not see that, so it stops where an element has removed children.
 bool DOMElement::IsAtOrBelow(const DOMElement& top) const
 {
     struct Visit {
         const DOMElement* element;
         std::size_t nextChild;
     };
-    bool walks = !top.IsRemembered();
+    bool walks = !top.HasRemovedChildren();
     if (walks && top.m_children.empty())
         return this == &top;
     std::vector<Visit> path{{&top, 0}};
@@ -482,7 +489,7 @@ bool DOMElement::IsAtOrBelow(const DOMElement& top) const
         if (child == this)
             return true;
         path.push_back({child, 0});
-        walks = !child->IsRemembered();
+        walks = !child->HasRemovedChildren();
     }
     return false;
 }

@@ -20,7 +20,6 @@ class DOM;
 class DocumentDiagnostics;
 class ElementPages;
 struct ElementLinks;
-struct LinkedElements;
 
 // The node of a document tree: a name, a text, attributes, owned children.
 //
@@ -34,9 +33,10 @@ struct LinkedElements;
 // The document of an element (its manager) keeps its diagnostics and the rename tables; an
 // element made on its own has none until it is inserted into a tree that has one.
 //
-// Threads: one writer or many readers per document; no lock of its own. An element outside
-// of the tree counts as part of the document that it links to; making a copy counts as
-// reading. What an element asks of its document is guarded by the document's lock.
+// Threads: one writer or many readers per document; no lock of its own. An element outside of the
+// tree counts as part of the document that it links to, and of its old parent's when that went into
+// another document. Making a copy and destroying it count as reading. What an element asks of its
+// document is guarded by the document's lock.
 //
 // No operation uses a call stack that grows with the depth of the tree.
 //
@@ -90,7 +90,7 @@ public:
     // Has no parent.
     bool IsRootNode() const noexcept { return m_parent == nullptr; }
     bool HasChildren() const noexcept { return !m_children.empty(); }
-    // True for an element that was removed from its parent's children and still links to it.
+    // True for an element that was removed from its parent's children and still links to that parent.
     bool IsRemovedChild() const noexcept;
 
     DOMElement* GetParent() noexcept { return m_parent; }
@@ -137,8 +137,10 @@ public:
     // Takes the child over with its subtree and the diagnostics its document recorded for
     // it. A `before` that is no child of this element is logged and the child appended.
     // Raises a LogicException, before anything changes, when the child is null, this element
-    // or one of its ancestors. Constant for a new leaf at the end; else linear in the child's
-    // subtree when documents differ, and in the children when `before` is given.
+    // or one of its ancestors. Constant for a new leaf at the end. Else linear in the smaller of
+    // the child's subtree and this element's depth (the depth, while removed children still link into
+    // the subtree); in the child's subtree when documents differ; and in the distance of `before` from
+    // the nearer end of the children.
     DOMElement& InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
 
     // The first child of that name in document order; null when there is none. Linear in
@@ -253,6 +255,8 @@ private:
     // `into`; they get this element's document and this element as their parent.
     void CopyChildrenOf(const DOMElement& source, Children& into);
     void DestroyChildren() noexcept;
+    // Assigns and returns the old children. `other` is not this element.
+    Children Assign(const DOMElement& other);
     // Sets the document of the whole subtree, without allocating and without recursion.
     void SetManager(DOM* manager) noexcept;
     // Moves the subtrees, which have one document (or none), to this element's document. When it
@@ -260,16 +264,13 @@ private:
     void ChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count);
     DocumentDiagnostics& RequireDiagnostics(const char* operation, int line, std::uint32_t code) const;
 
-    // The links that the tree does not keep up to date: see ElementLinks.
     ElementLinks& GetLinks() const;
-    // Null for null.
-    static LinkedElements* LinkedElementsOf(DOM* manager) noexcept;
-    // A removed child still has this element as its parent.
-    bool IsRemembered() const;
-    // Before this element leaves its parent's children, or when it is a new copy. When it throws,
-    // nothing has changed.
+    // A removed child still links to this element as its parent.
+    bool HasRemovedChildren() const;
+    // This element is about to leave its parent's children, or is a new copy. When it throws, nothing has
+    // changed.
     void Detach();
-    // Before the element gets another parent. `manager` is its document until now.
+    // This element is about to get another parent. `manager` is its document until now.
     void EndDetachment(DOM* manager) noexcept;
     // Makes the links to this dying element null.
     void CutLinks() noexcept;

@@ -6,33 +6,17 @@
 #include "vancorexml/main/parser/DocumentDiagnostics.h"
 #include "vancorexml/main/parser/ElementLinks.h"
 
-namespace {
-
-// Locks the lists of a document and of its elements. Elements without a document need no lock: they
-// belong to one thread.
-std::unique_lock<std::mutex> Lock(LinkedElements* linked)
-{
-    return linked ? std::unique_lock<std::mutex>(linked->mutex) : std::unique_lock<std::mutex>();
-}
-
-}  // namespace
-
-LinkedElements* DOMElement::LinkedElementsOf(DOM* manager) noexcept
-{
-    return manager ? manager->m_linkedElements.get() : nullptr;
-}
-
 bool DOMElement::IsRemovedChild() const noexcept
 {
     return m_links && m_links->isListedByParent;
 }
 
-bool DOMElement::IsRemembered() const
+bool DOMElement::HasRemovedChildren() const
 {
-    if (!m_links)
+    if (!m_links || !m_links->removedChildren)
         return false;
-    const std::unique_lock<std::mutex> lock = Lock(LinkedElementsOf(m_manager));
-    return !m_links->detachedChildren.empty();
+    const std::lock_guard<std::mutex> lock(m_links->removedChildren->mutex);
+    return !m_links->removedChildren->elements.empty();
 }
 
 ElementLinks& DOMElement::GetLinks() const
@@ -48,57 +32,56 @@ void DOMElement::Detach()
         return;
     // Everything that allocates comes before everything that changes.
     ElementLinks& links = GetLinks();
-    ElementLinks* const parentLinks = m_parent ? &m_parent->GetLinks() : nullptr;
+    if (m_parent && !m_parent->GetLinks().removedChildren)
+        m_parent->m_links->removedChildren = std::make_shared<RemovedChildren>();
     std::list<DOMElement*> forDocument(m_manager ? 1 : 0, this);
     std::list<DOMElement*> forParent(m_parent ? 1 : 0, this);
-    if (m_manager && m_parent)
-        m_manager->m_diagnostics->ElementMoves(*this);
-    const std::unique_lock<std::mutex> lock = Lock(LinkedElementsOf(m_manager));
     if (m_manager) {
+        LinkedElements& linked = *m_manager->m_linkedElements;
+        const std::lock_guard<std::mutex> lock(linked.mutex);
         links.inDocument = forDocument.begin();
         links.isListedByDocument = true;
-        std::list<DOMElement*>& elements = m_manager->m_linkedElements->elements;
-        elements.splice(elements.end(), forDocument);
+        linked.elements.splice(linked.elements.end(), forDocument);
     }
-    if (parentLinks) {
+    if (m_parent) {
+        links.siblings = m_parent->m_links->removedChildren;
+        const std::lock_guard<std::mutex> lock(links.siblings->mutex);
         links.inParent = forParent.begin();
         links.isListedByParent = true;
-        parentLinks->detachedChildren.splice(parentLinks->detachedChildren.end(), forParent);
+        links.siblings->elements.splice(links.siblings->elements.end(), forParent);
     }
+    if (m_manager && m_parent)
+        m_manager->m_diagnostics->ChildIsRemoved(*this);
 }
 
 void DOMElement::EndDetachment(DOM* manager) noexcept
 {
     ElementLinks& links = *m_links;
-    const auto leaveParent = [&] {
-        if (std::exchange(links.isListedByParent, false))
-            m_parent->m_links->detachedChildren.erase(links.inParent);
-    };
-    {
-        const std::unique_lock<std::mutex> lock = Lock(LinkedElementsOf(manager));
+    if (manager) {
+        const std::lock_guard<std::mutex> lock(manager->m_linkedElements->mutex);
         if (std::exchange(links.isListedByDocument, false))
             manager->m_linkedElements->elements.erase(links.inDocument);
-        if (m_parent && m_parent->m_manager == manager)
-            leaveParent();
     }
-    // The parent is in another document by now.
-    if (links.isListedByParent) {
-        const std::unique_lock<std::mutex> lock = Lock(LinkedElementsOf(m_parent->m_manager));
-        leaveParent();
+    if (links.siblings) {
+        const std::lock_guard<std::mutex> lock(links.siblings->mutex);
+        if (std::exchange(links.isListedByParent, false))
+            links.siblings->elements.erase(links.inParent);
     }
+    links.siblings.reset();
 }
 
 void DOMElement::CutLinks() noexcept
 {
     for (const std::shared_ptr<RecordTie>& tie : m_links->ties)
         tie->ElementDies(*this);
-    {
-        const std::unique_lock<std::mutex> lock = Lock(LinkedElementsOf(m_manager));
-        for (DOMElement* const child : m_links->detachedChildren) {
-            if (child->m_manager)
-                child->m_manager->m_diagnostics->ElementMoves(*child);
+    if (m_links->removedChildren) {
+        const std::lock_guard<std::mutex> lock(m_links->removedChildren->mutex);
+        for (DOMElement* const child : m_links->removedChildren->elements) {
             child->m_parent = nullptr;
             child->m_links->isListedByParent = false;
+            // A child of another document has no interval: its parent is foreign there.
+            if (m_manager && child->m_manager == m_manager)
+                m_manager->m_diagnostics->ElementMoves(*child);
         }
     }
     EndDetachment(m_manager);
@@ -113,8 +96,8 @@ void DOMElement::DocumentDies(DOM& document) noexcept
     }
 }
 
-// An element that waits for its visit lends its first child's parent link to the list of waiting
-// elements. The visit restores that link.
+// The elements to visit form a list. An element in the list has its successor in the parent link of its
+// own first child, and the visit restores that link. So the walk needs no memory.
 void DOMElement::SetManager(DOM* manager) noexcept
 {
     m_manager = manager;

@@ -87,6 +87,21 @@ void DiagnosticsIndex::ElementMoves(const DOMElement& element) noexcept
     }
 }
 
+void DiagnosticsIndex::ChildIsRemoved(const DOMElement& element) noexcept
+{
+    if (!IsBuilt())
+        return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto interval = m_intervals.find(&element);
+    if (interval == m_intervals.end())
+        return;
+    try {
+        m_removedChildren.insert(&interval->second);
+    } catch (const std::bad_alloc&) {
+        DropLocked();
+    }
+}
+
 void DiagnosticsIndex::ElementDies(const DOMElement& element) noexcept
 {
     if (!IsBuilt())
@@ -215,8 +230,9 @@ void DiagnosticsIndex::SetPlacedKinds(Interval& interval, DiagnosticKinds kinds)
 
 void DiagnosticsIndex::Unplace(Intervals::iterator position)
 {
+    // When memory ran out while the element was placed, m_unplaced still has all of its kinds.
     if (position->second.kinds != 0)
-        m_unplaced[position->first] = position->second.kinds;
+        m_unplaced.try_emplace(position->first, position->second.kinds);
     RemoveInterval(position);
 }
 

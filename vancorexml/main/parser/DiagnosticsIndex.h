@@ -15,29 +15,30 @@
 class DOM;
 class DOMElement;
 
-// Nested intervals of one document: each element with a record, and each of its ancestors, has an
-// interval that lies within its parent's. An element has diagnostics at or below it when the sorted
-// list of elements with such records has one in the interval. So questions and changes may
-// alternate in any order, at any depth, at logarithmic cost each.
+// Nested intervals of one document: an element with a record, and each of its ancestors, has an
+// interval that lies within its parent's. Sorted lists hold the intervals of the elements with records.
+// An element has diagnostics at or below it when the list has an interval within its own. So a question
+// or a change of records costs logarithmic time, at any depth. A subtree that moves loses its intervals,
+// and the next question adds them again: linear in their number.
 //
 // "Below" follows the parent links, as DOMElement::IsChildOf does. A removed child therefore still
-// counts for the parent that it remembers.
+// counts for the parent that it links to.
 //
 // Invariants
 // 1. Only living elements of the document have intervals. An element's parent, if it has one, has
 //    an interval too, and the element's lies within it.
-// 2. An element with records is either placed (it has an interval, and m_placed holds it for each
-//    kind of its records) or listed in m_unplaced, or the index is not built.
-// 3. m_unplaced holds new records until the next question. An element whose ancestors are not all
-//    of this document stays there: its ancestors could change without this document hearing of it,
-//    so each question climbs from it anew.
-// 4. An interval stays until its element dies or moves, even without records. This keeps questions
-//    that alternate with ClearErrors from building the same intervals again and again.
+// 2. While the index is built, an element with records is placed or is in m_unplaced. Placed means that
+//    it has an interval and that m_placed holds the interval for each kind of its records.
+// 3. m_unplaced holds new records until the next question. An element with an ancestor in another
+//    document stays there, because that ancestor reports its changes to the other document. Each
+//    question climbs from such an element again.
+// 4. An interval stays until its element dies or moves, even without records. Otherwise questions that
+//    alternate with ClearErrors would add the same intervals again and again.
 //
 // Ownership: part of its document. Refers to the document's elements.
 //
-// Threads: readers of the document ask and build at the same time, so the index has a mutex. Lock
-// order: the document's lock, the mutex of LinkedElements, this mutex.
+// Threads: readers of the document ask and build at the same time, so the index has a mutex. No other
+// mutex is taken under it.
 class DiagnosticsIndex {
 public:
     using KindsByElement = std::unordered_map<const DOMElement*, DiagnosticKinds>;
@@ -50,23 +51,28 @@ public:
     // Frees everything; the next question needs a new Build.
     void Drop() noexcept;
 
-    // The following three do nothing when the index is not built. When memory runs out they drop it.
+    // The events do nothing while the index is not built. When memory runs out they drop the index.
     // `element` now has records of these kinds, 0 for none.
     void SetKinds(const DOMElement& element, DiagnosticKinds kinds) noexcept;
-    // `element` gets another parent or document, or leaves its parent's children.
+    // `element` gets, or just got, another parent or document.
     void ElementMoves(const DOMElement& element) noexcept;
+    // `element` leaves its parent's children and keeps the link to the parent.
+    void ChildIsRemoved(const DOMElement& element) noexcept;
+    // Comes after the same event of the element's children.
     void ElementDies(const DOMElement& element) noexcept;
 
-    // The three need a built index; when memory runs out they throw std::bad_alloc and the index stays
+    // Questions need a built index. When memory runs out they throw std::bad_alloc, and the index stays
     // right.
     bool Has(const DOMElement& element, DiagnosticKind kind);
     // Whether any element has such a record.
     bool HasAny(DiagnosticKind kind);
-    // Appends the elements with such a record among `element` and its descendants. Unlike Has it
-    // leaves out what hangs on a removed child. Linear in the number of elements found.
+    // Appends the elements with such a record among `element` and its descendants. Unlike Has, skips
+    // removed children with their subtrees. Linear in the number of elements found and skipped.
     void Collect(const DOMElement& element, DiagnosticKind kind, std::vector<const DOMElement*>& found);
 
 private:
+    friend class DOMTestAccess;
+
     struct BeginMark : OrderedMarks::Mark {
         const DOMElement* element = nullptr;
     };

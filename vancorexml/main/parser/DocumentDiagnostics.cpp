@@ -50,7 +50,7 @@ void ReserveInMap(Map& map, std::size_t count)
 
 // Moves `node`'s entry of `from` to `key` in `to`. An entry that is there already stays.
 template <typename Map>
-void TakeEntry(Map& to, Map& from, const DOMElement& node, const DOMElement& key) noexcept
+void MoveEntry(Map& to, Map& from, const DOMElement& node, const DOMElement& key) noexcept
 {
     if (&to == &from && &node == &key) {
         from.erase(&node);
@@ -88,6 +88,12 @@ void RecordTie::DocumentDies() noexcept
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_document = nullptr;
+}
+
+bool RecordTie::IsCut() noexcept
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return !m_document;
 }
 
 DocumentDiagnostics::DocumentDiagnostics(const DOM& document, VReadWriteLock& lock, const DOMElement& top) noexcept
@@ -212,7 +218,7 @@ void DocumentDiagnostics::AdoptErrorsAndWarningsForNode(const DOMElement& node, 
     const DOMElement& key = target ? *target : node;
     TieIfForeign(key);
     Reserve(1);
-    TakeRecords(*from, node, key);
+    MoveRecordsFrom(*from, node, key);
 }
 
 void DocumentDiagnostics::MoveErrorsAndWarningsTo(DocumentDiagnostics& other)
@@ -239,9 +245,9 @@ void DocumentDiagnostics::SubtreesChangeDocument(const std::unique_ptr<DOMElemen
         return;
     const TwoWriteLocks locks(from.m_lock, to ? to->m_lock : from.m_lock);
     std::vector<const DOMElement*> recorded;
-    bool takesRecordsOfTop = false;
+    bool movesRecordsOfTop = false;
     for (std::size_t i = 0; i < count && from.HasRecords(); ++i) {
-        takesRecordsOfTop = takesRecordsOfTop || first[i]->GetParent() == from.m_top;
+        movesRecordsOfTop = movesRecordsOfTop || first[i]->GetParent() == from.m_top;
         Walk walk(*first[i]);
         for (const DOMElement* element = walk.Next(); element; element = walk.Next())
             if (from.HasRecordsOf(*element))
@@ -259,16 +265,17 @@ void DocumentDiagnostics::SubtreesChangeDocument(const std::unique_ptr<DOMElemen
     if (!to)
         return;
     for (const DOMElement* element : recorded)
-        to->TakeRecords(from, *element, *element);
-    if (takesRecordsOfTop && from.HasRecordsOf(*from.m_top))
-        to->TakeRecords(from, *from.m_top, *to->m_top);
+        to->MoveRecordsFrom(from, *element, *element);
+    if (movesRecordsOfTop && from.HasRecordsOf(*from.m_top))
+        to->MoveRecordsFrom(from, *from.m_top, *to->m_top);
 }
 
-void DocumentDiagnostics::CutTies() noexcept
+void DocumentDiagnostics::DocumentDies() noexcept
 {
     std::unordered_map<const DOMElement*, std::shared_ptr<RecordTie>> ties;
     {
         const VWriteLocker lock(m_lock);
+        ForgetElement(*m_top);
         ties.swap(m_ties);
     }
     // Without the lock: an element that dies on another thread locks the tie, then the document.
@@ -353,10 +360,10 @@ void DocumentDiagnostics::Reserve(std::size_t count)
     ReserveInMap(m_warnings, count);
 }
 
-void DocumentDiagnostics::TakeRecords(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept
+void DocumentDiagnostics::MoveRecordsFrom(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept
 {
-    TakeEntry(m_errors, from.m_errors, node, key);
-    TakeEntry(m_warnings, from.m_warnings, node, key);
+    MoveEntry(m_errors, from.m_errors, node, key);
+    MoveEntry(m_warnings, from.m_warnings, node, key);
     from.RecordsChanged(node);
     RecordsChanged(key);
 }
@@ -374,7 +381,9 @@ void DocumentDiagnostics::Tie(const DOMElement& key)
         return;
     try {
         entry->second = std::make_shared<RecordTie>(*this);
-        key.GetLinks().ties.push_back(entry->second);
+        auto& ties = key.GetLinks().ties;
+        std::erase_if(ties, [](const std::shared_ptr<RecordTie>& tie) { return tie->IsCut(); });
+        ties.push_back(entry->second);
     } catch (...) {
         m_ties.erase(entry);
         throw;

@@ -19,8 +19,8 @@ class DOM;
 class DOMElement;
 class DocumentDiagnostics;
 
-// Joins an element to a document that has records for it without being its document. Both share the
-// tie, so that they may die on different threads.
+// Connects an element with a document that has records for it although it is not the element's document.
+// The two share the tie, so that they may die on different threads.
 class RecordTie {
 public:
     explicit RecordTie(DocumentDiagnostics& document) noexcept : m_document(&document) {}
@@ -28,6 +28,7 @@ public:
     // Erases the records of the dying element, unless the document died first.
     void ElementDies(const DOMElement& element) noexcept;
     void DocumentDies() noexcept;
+    bool IsCut() noexcept;
 
 private:
     std::mutex m_mutex;
@@ -43,9 +44,10 @@ private:
 //
 // Ownership: part of its document. Elements tell it when they die, move or change their document.
 //
-// Threads: every operation takes the document's lock, for reading or for writing. Operations over two
-// documents take both write locks, the one at the higher address first. Lock order: the mutex of a
-// RecordTie, the document's lock, the mutex of LinkedElements, the mutex of the index.
+// Threads: every operation takes the document's lock, for reading or for writing; only the events about
+// moves do without. Operations over two documents take both write locks, the one at the higher address
+// first. Lock order: the mutex of a RecordTie, the document's lock, the mutex of the index. Elements must
+// not die under a document's lock, because their ties may lock a third document.
 class DocumentDiagnostics {
 public:
     // `lock` is the document's and `top` its topmost element, whose death clears all records.
@@ -59,7 +61,8 @@ public:
     void InsertWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info);
 
     // Whether `element` or anything below it has a record of that kind; for an element without a
-    // parent, whether any element has one. Logarithmic in the number of elements with records.
+    // parent, whether any element has one. Logarithmic in the number of elements with records; see
+    // DiagnosticsIndex for elements that moved and for ancestors in another document.
     bool Has(const DOMElement& element, DiagnosticKind kind) const;
 
     // Append in document order. Linear in the subtree.
@@ -69,7 +72,8 @@ public:
     void GetMetadataForWarnings(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const;
 
     // Of the element and its descendants; of all elements when it has no parent. When memory runs
-    // out they throw std::bad_alloc and clear nothing. Near linear in the number of cleared entries.
+    // out they throw std::bad_alloc and clear nothing. Logarithmic for each cleared entry, and linear in
+    // the removed children that still link into the subtree.
     void ClearErrors(const DOMElement& element);
     void ClearWarnings(const DOMElement& element);
     void ClearAllErrorsAndWarnings();
@@ -82,22 +86,25 @@ public:
     // Replaces the records of `other` by these. Called on itself it clears.
     void MoveErrorsAndWarningsTo(DocumentDiagnostics& other);
 
-    // Elements report the following three events. Each costs a test while nothing was recorded.
+    // Elements report these events. Each costs a test while nothing was recorded. An element must die
+    // after its children, and not under a read lock of its thread: the death takes the write lock.
     void ElementDies(const DOMElement& element)
     {
         if (HasRecords() || m_index.IsBuilt())
             ForgetElement(element);
     }
-    // `element` gets another parent, or leaves its parent's children.
+    // `element` gets, or just got, another parent.
     void ElementMoves(const DOMElement& element) noexcept { m_index.ElementMoves(element); }
+    // `element` leaves its parent's children and keeps the link to the parent.
+    void ChildIsRemoved(const DOMElement& element) noexcept { m_index.ChildIsRemoved(element); }
     // The subtrees are about to leave `from` for `to`, which may be null. Their records move with them;
     // without a new document the records stay, in case the elements come back. When it throws
     // std::bad_alloc nothing has changed.
     static void SubtreesChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count,
                                        DocumentDiagnostics& from, DocumentDiagnostics* to);
 
-    // The first thing in the death of the document.
-    void CutTies() noexcept;
+    // Clears everything and cuts all ties. The elements of the document die afterwards.
+    void DocumentDies() noexcept;
 
 private:
     friend class RecordTie;
@@ -127,7 +134,7 @@ private:
     void RecordsChanged(const DOMElement& element) noexcept;
     void Reserve(std::size_t count);
     // Moves the entries of `node`, which must not need memory: see Reserve.
-    void TakeRecords(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept;
+    void MoveRecordsFrom(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept;
     // Establishes invariant 2 for an element that is about to become a key.
     void TieIfForeign(const DOMElement& key);
     void Tie(const DOMElement& key);

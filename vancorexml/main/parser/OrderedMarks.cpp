@@ -1,8 +1,5 @@
 #include "vancorexml/main/parser/OrderedMarks.h"
 
-#include <cstddef>
-#include <limits>
-
 void OrderedMarks::InsertAfter(Mark& position, Mark& mark) noexcept
 {
     if (position.next->label - position.label < 2)
@@ -24,7 +21,8 @@ void OrderedMarks::Clear() noexcept
 {
     m_front.next = &m_back;
     m_back.previous = &m_front;
-    m_back.label = std::numeric_limits<std::uint64_t>::max();
+    // Above every range of labels, so that the last mark of a range keeps a gap behind it.
+    m_back.label = std::uint64_t{1} << 63;
 }
 
 // Doubles a range of labels around the mark until the range is sparse, then spaces its marks
@@ -32,12 +30,12 @@ void OrderedMarks::Clear() noexcept
 // as ranges grow, which makes the cost of an insertion amortised logarithmic.
 void OrderedMarks::SpreadAround(Mark& mark) noexcept
 {
-    Mark* first = &mark == &m_front ? mark.next : &mark;
+    Mark* first = &mark;
     Mark* last = first;
     const std::uint64_t label = first->label;
     std::uint64_t count = 1;
     double sparse = 1;
-    for (int bits = 1; bits < 64; ++bits) {
+    for (int bits = 1; bits <= 63; ++bits) {
         sparse *= 1.5;
         const std::uint64_t size = std::uint64_t{1} << bits;
         const std::uint64_t low = label & ~(size - 1);
