@@ -15,6 +15,7 @@
 
 #include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VFormatString.h"
+#include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/XMLParseException.h"
 #include "vancorexml/main/parser/XercesColonSanitizer.h"
 #include "vancorexml/van-codegen/gen-strings/vancorexml-strings.h"
@@ -213,6 +214,14 @@ void XercesXMLHandler::AbandonExpansion(const VString& excess)
     throw ParseAbandoned();
 }
 
+void XercesXMLHandler::RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column)
+{
+    // The words of Xerces for other characters that are not allowed.
+    m_errors.push_back(FormatDiagnostic("Fatal Error", "invalid character 0x0", id, line, column));
+    m_fatallyErrored = true;
+    throw ParseAbandoned();
+}
+
 void XercesXMLHandler::RefuseEntity(const xercesc::XMLResourceIdentifier& resource)
 {
     const xercesc::Locator* const place = resource.getLocator();
@@ -245,5 +254,7 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
     static_cast<void>(bytes.release());   // now the source's, which deletes it
     source->setCopyBufToStream(false);
     source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+    if (const auto nul = NulFinder::Find(*source, text))
+        RefuseNul(path, nul->line, nul->column);
     return source.release();
 }

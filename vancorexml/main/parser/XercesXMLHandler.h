@@ -1,6 +1,7 @@
 // From Xerces' events to the callbacks of a builder.
 #pragma once
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -71,6 +72,8 @@ public:
     void error(const xercesc::SAXParseException& exception) override;
     void fatalError(const xercesc::SAXParseException& exception) override;
     void resetErrors() override;
+    // Records a NUL of the document or schema `id` as a fatal error and throws ParseAbandoned.
+    [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
     // The schemas that a schema imports or includes, where the builder finds them. Null, which
     // leaves an entity out, for everything else. A schema's entities, which Xerces would then go

@@ -6,6 +6,7 @@
 #include <xercesc/framework/XMLEntityDecl.hpp>
 #include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/framework/XMLPScanToken.hpp>
+#include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLException.hpp>
@@ -15,6 +16,7 @@
 
 #include "art-cpp/Activity.h"
 #include "metrics2/Metrics.h"
+#include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
@@ -64,6 +66,15 @@ void DocumentReader::resetDocument()
     m_depth = 0;
     m_hasNamespaces = getFeature(XMLUni::fgSAX2CoreNameSpaces);
     SAX2XMLReaderImpl::resetDocument();
+}
+
+// Behind the topmost element the scanner takes a NUL for the end of its input and stands before it.
+void DocumentReader::endDocument()
+{
+    const xercesc::Locator& locator = *m_handler->GetLocator();
+    if (dynamic_cast<const xercesc::ReaderMgr&>(locator).getCurrentReader()->charsLeftInBuffer() != 0)
+        m_handler->RefuseNul(locator.getSystemId(), locator.getLineNumber(), locator.getColumnNumber());
+    SAX2XMLReaderImpl::endDocument();
 }
 
 const XMLCh* DocumentReader::GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix)
@@ -216,6 +227,8 @@ void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VSt
 {
     m_handler->BeginSchema(id);
     try {
+        if (const auto nul = NulFinder::Find(source.Get(), source.View()))
+            m_handler->RefuseNul(id, nul->line, nul->column);
         m_reader->loadGrammar(source.Get(), xercesc::Grammar::SchemaGrammarType, true);
     } catch (const ParseAbandoned&) {
         // Recorded by the handler.
@@ -260,6 +273,8 @@ void XercesXMLParserImpl::ReadInput()
     const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
     m_handler->BeginParse();
     try {
+        if (const auto nul = NulFinder::FindInDeclaration(source.Get(), source.View()))
+            m_handler->RefuseNul(GetInput().Id(), nul->line, nul->column);
         if (Utf16InputSource::IsWellFormed(source.Get(), source.View()))
             ReadDocument(Utf16InputSource(source.Get(), source.View()));
         else

@@ -30,6 +30,7 @@ public:
     void SetHandler(XercesXMLHandler& handler);
 
     void resetDocument() override;
+    void endDocument() override;
 
     void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding) override;
     void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override;
