@@ -16,9 +16,11 @@
 
 #include "art-cpp/Activity.h"
 #include "metrics2/Metrics.h"
+#include "vancoredata/VResource.h"
 #include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
 #include "vansys/LogicException.h"
 
@@ -182,8 +184,8 @@ void XercesXMLParserImpl::PrepareParserState()
     m_reader->resetCachedGrammarPool();
     if (m_hasNoSchema == 0) {
         // What any document may carry.
-        LoadXSDResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
-        LoadXSDResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
+        LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
+        LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
     }
     SetValidation(m_hasNoSchema == 0);
 }
@@ -206,20 +208,32 @@ void XercesXMLParserImpl::SetValidation(bool validate)
 
 void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 {
+    const Work work(*this);
+    LoadSchema(xsdSource);
+}
+
+void XercesXMLParserImpl::LoadSchemaResource(const VString& name)
+{
+    StringInputSource schema(UTF8StringVResource(name).GetString(), name, false);
+    LoadSchema(schema);
+}
+
+void XercesXMLParserImpl::LoadSchema(InputSource& schema)
+{
     const Step step("XercesXMLParser_LoadXSDSource");
     RequireReader();
     if (m_hasNoSchema == 1) {
         m_hasNoSchema = 0;
         PrepareParserState();
     }
-    if (xsdSource.Id().IsEmpty())
+    if (schema.Id().IsEmpty())
         FailAssertion(203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
-    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&xsdSource);
+    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&schema);
     if (!xercesableSource)
         FailAssertion(206, "xercesableSource != nullptr", 0xAB95E4EA);
     const XercesInputSource source = xercesableSource->GetXercesInputSource(ColonProcessingNone);
-    LoadGrammar(source, xsdSource.Id());
-    m_loadedXSDs.push_back(xsdSource.Id());
+    LoadGrammar(source, schema.Id());
+    m_loadedXSDs.push_back(schema.Id());
     TakeDiagnostics();
 }
 

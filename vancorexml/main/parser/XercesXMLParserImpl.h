@@ -77,6 +77,8 @@ private:
     void InstallResolver();
     void PrepareParserState();
     void SetValidation(bool validate);
+    void LoadSchema(InputSource& schema);
+    void LoadSchemaResource(const VString& name);
     void LoadGrammar(const XercesInputSource& source, const VString& id);
     // Reads the input to its end, or until the handler or a fault stops it.
     void ReadInput();
