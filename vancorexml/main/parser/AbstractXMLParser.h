@@ -32,7 +32,8 @@ public:
     // Another document for another handler; schemas that were loaded stay.
     virtual void Reload(InputSource& input, std::shared_ptr<SAXInterface> handler);
 
-    // A parser that does not know its position leaves both as they are.
+    // A parser that does not know its position leaves both as they are, and so does one that is
+    // not parsing.
     void GetCurrentLocation(int& line, int& column) override;
 
 protected:

@@ -43,14 +43,14 @@ public:
     // elsewhere is refused.
     void BeginSchema(const VString& id);
     void EndSchema() noexcept;
-    // The reader that supplied the locator is gone.
+    // The parse that supplied the locator is over: the locator refers to what the parse has read.
     void ForgetLocator() noexcept { m_locator = nullptr; }
 
     bool IsDone() const noexcept { return m_isDone; }
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
     const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
     const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
-    // Null before the first event of a parse.
+    // Null except between the first event of a parse and its end.
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
 
     void setDocumentLocator(const xercesc::Locator* locator) override;

@@ -299,6 +299,7 @@ void XercesXMLParserImpl::ReadInput()
         DiscardReader();
         throw;
     }
+    m_handler->ForgetLocator();
     if (!m_handler->GetErrors().empty())
         TakeDiagnostics();
 }
