@@ -181,6 +181,57 @@ TEST_F(DOMParserTest, ADeclarationOfVersion11KeepsPositions)
     EXPECT_EQ(document->GetDocumentRoot()->GetStartLine(), 2);
 }
 
+// The handler's captures live until it returns. `replace` is what it does to itself.
+void ExpectCapturesOutlive(const std::function<void(DOMParser&)>& replace)
+{
+    DOMParser parser;
+    auto capture = std::make_shared<int>(7);
+    const std::weak_ptr<int> observer = capture;
+    bool wasAlive = false;
+    parser.SetStatisticsEventHandler([&, capture = std::move(capture)](const DOMParserStatistics&) {
+        const std::weak_ptr<int>& captured = observer;
+        bool& result = wasAlive;
+        replace(parser);
+        result = !captured.expired();
+    });
+    EXPECT_FALSE(parser.ParseXmlString("<a/>", "id")->HasErrors());
+    EXPECT_TRUE(wasAlive);
+    EXPECT_TRUE(observer.expired());
+}
+
+TEST_F(DOMParserTest, AStatisticsHandlerMayRemoveItself)
+{
+    ExpectCapturesOutlive([](DOMParser& used) { used.SetStatisticsEventHandler(nullptr); });
+}
+
+TEST_F(DOMParserTest, AStatisticsHandlerMayReplaceItself)
+{
+    int calls = 0;
+    ExpectCapturesOutlive([&](DOMParser& used) {
+        used.SetStatisticsEventHandler([&](const DOMParserStatistics&) { ++calls; });
+        used.ParseXmlString("<b/>", "id");
+    });
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(DOMParserTest, AStatisticsHandlerMayDestroyItsParser)
+{
+    auto owned = std::make_unique<DOMParser>();
+    owned->SetStatisticsEventHandler([&](const DOMParserStatistics&) { owned.reset(); });
+    const auto document = owned->ParseXmlString("<a/>", "id");
+    EXPECT_EQ(testsupport::TreeText(*document), "<a></a>");
+    EXPECT_FALSE(owned);
+}
+
+TEST_F(DOMParserTest, AStatisticsHandlerKeepsItsState)
+{
+    std::vector<int> counts;
+    parser.SetStatisticsEventHandler([&counts, count = 0](const DOMParserStatistics&) mutable { counts.push_back(++count); });
+    parser.ParseXmlString("<a/>", "id");
+    parser.ParseXmlString("<a/>", "id");
+    EXPECT_EQ(counts, (std::vector<int>{1, 2}));
+}
+
 TEST_F(DOMParserTest, StatisticsComeOnceBehindTheErrors)
 {
     std::vector<std::string> reports;

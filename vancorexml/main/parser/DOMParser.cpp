@@ -7,6 +7,7 @@
 #include "vancoredata/VResource.h"
 #include "vancorexml/main/parser/DOMBuilder.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
+#include "vancorexml/main/parser/StatisticsHandler.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 #include "vansys/LogicException.h"
@@ -51,7 +52,7 @@ struct DOMParser::Impl {
     std::vector<std::unique_ptr<InputSource>> xsdSources;
     bool enableLineNumbers = false;
     bool restrictExternalPaths = false;
-    std::function<void(const DOMParserStatistics&)> statisticsHandler;
+    StatisticsHandler statisticsHandler;
 };
 
 XercesXMLParser& DOMParser::Impl::PrepareDriver(InputSource& source, const std::shared_ptr<SAXInterface>& builder)
@@ -91,7 +92,7 @@ bool DOMParser::GetRestrictExternalPaths() const
 
 void DOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler)
 {
-    m_impl->statisticsHandler = std::move(handler);
+    m_impl->statisticsHandler.Set(std::move(handler));
 }
 
 void DOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
@@ -176,8 +177,7 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
     CopyErrors(driver, document->GetRoot());
     driver.Parse();
     CopyErrors(driver, document->GetRoot());
-    if (m_impl->statisticsHandler)
-        m_impl->statisticsHandler({source.Size(), source.Id()});
+    m_impl->statisticsHandler.Call(source);
     memory.Close();
     return document;
 }

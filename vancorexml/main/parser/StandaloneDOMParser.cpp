@@ -7,6 +7,7 @@
 #include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
 #include "vancorexml/main/parser/SAXInterface.h"
+#include "vancorexml/main/parser/StatisticsHandler.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 
@@ -47,7 +48,7 @@ private:
 
 struct StandaloneDOMParser::Impl {
     std::vector<std::unique_ptr<InputSource>> xsdSources;
-    std::function<void(const DOMParserStatistics&)> statisticsHandler;
+    StatisticsHandler statisticsHandler;
 };
 
 StandaloneDOMParser::StandaloneDOMParser() : m_impl(std::make_unique<Impl>()) {}
@@ -67,7 +68,7 @@ void StandaloneDOMParser::AddXSDResourceId(QtVanResourceId id)
 
 void StandaloneDOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler)
 {
-    m_impl->statisticsHandler = std::move(handler);
+    m_impl->statisticsHandler.Set(std::move(handler));
 }
 
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlBytes(const std::vector<unsigned char>& bytes) const
@@ -114,6 +115,6 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource
     parser->Parse();
     std::vector<VString> errors;
     if (parser->HasErrors()) errors.assign(parser->GetErrors().begin(), parser->GetErrors().end());
-    if (m_impl->statisticsHandler) m_impl->statisticsHandler({source.Size(), source.Id()});
+    m_impl->statisticsHandler.Call(source);
     return {builder->TakeRoot(), std::move(errors)};
 }
