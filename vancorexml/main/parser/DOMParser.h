@@ -55,6 +55,8 @@ public:
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
 
+    // Each operation with an rvalue leaves it empty.
+
     // The bytes say themselves what encoding they are in.
     std::unique_ptr<DOM> ParseXmlBytes(const std::vector<unsigned char>& bytes);
     std::unique_ptr<DOM> ParseXmlBytes(std::vector<unsigned char>&& bytes);

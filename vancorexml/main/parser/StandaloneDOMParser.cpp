@@ -107,10 +107,12 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlInputSource");
     const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
     const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
-    for (const std::unique_ptr<InputSource>& schema : m_impl->xsdSources) {
+    // By index: reading a schema may add another one.
+    for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
+        InputSource& schema = *m_impl->xsdSources[i];
         // The parse before has read it to its end.
-        schema->ResetToStart();
-        parser->LoadXSDSource(*schema);
+        schema.ResetToStart();
+        parser->LoadXSDSource(schema);
     }
     parser->Parse();
     std::vector<VString> errors;
