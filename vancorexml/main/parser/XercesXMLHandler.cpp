@@ -39,11 +39,6 @@ VString FormatDiagnostic(const char* kind, const VString& message, const VString
     return VFormatString("%1%2: %3 (id: %4)").arg(kind).arg(location).arg(message).arg(systemId);
 }
 
-VString FormatDiagnostic(const char* kind, const xercesc::SAXParseException& exception)
-{
-    return FormatDiagnostic(kind, exception.getMessage(), exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
-}
-
 VString MakeText(std::u16string_view text, SharedTexts& known)
 {
     return text.size() <= ShortTextLength ? known.Get(text) : VString(text.data(), text.size());
@@ -58,8 +53,9 @@ XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityE
 
 XercesXMLHandler::~XercesXMLHandler() = default;
 
-void XercesXMLHandler::BeginParse()
+void XercesXMLHandler::BeginParse(WrittenNames names)
 {
+    m_writtenNames = std::move(names);
     ForgetText();
     m_isInProlog = true;
     m_guard.Watch([this](const VString& excess) { AbandonExpansion(excess); });
@@ -72,6 +68,7 @@ void XercesXMLHandler::EndParse() noexcept
     m_names.Clear();
     m_values.Clear();
     m_texts.Clear();
+    m_writtenNames = WrittenNames();
 }
 
 void XercesXMLHandler::BeginSchema(const VString& id)
@@ -178,19 +175,26 @@ void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const
     throw XMLParseException(VFormatString("%1(%2,%3) '%4'").arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY)).arg(line).arg(column).arg(name));
 }
 
+VString XercesXMLHandler::Format(const char* kind, const xercesc::SAXParseException& exception)
+{
+    const VString message = m_writtenNames.Restore(exception.getMessage());
+    return FormatDiagnostic(kind, message, exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
+}
+
 void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
 {
-    m_warnings.push_back(FormatDiagnostic("Warning", exception));
+    m_warnings.push_back(Format("Warning", exception));
 }
 
 void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
 {
-    m_errors.push_back(FormatDiagnostic("Error", exception));
+    if (!m_writtenNames.IsAboutDeclaration(exception.getMessage()))
+        m_errors.push_back(Format("Error", exception));
 }
 
 void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
 {
-    m_errors.push_back(FormatDiagnostic("Fatal Error", exception));
+    m_errors.push_back(Format("Fatal Error", exception));
     m_fatallyErrored = true;
 }
 

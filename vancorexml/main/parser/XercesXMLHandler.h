@@ -19,6 +19,7 @@
 #include "vancorexml/main/parser/NameTable.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/SharedTexts.h"
+#include "vancorexml/main/parser/WrittenNames.h"
 
 // Ends a parse whose fault the handler has recorded already.
 struct ParseAbandoned {};
@@ -36,7 +37,8 @@ public:
     ~XercesXMLHandler() override;
 
     // Forgets the text of a parse whose end was never told and bounds the entities of the next.
-    void BeginParse();
+    // `names` restores the names in its messages.
+    void BeginParse(WrittenNames names);
     // Frees what only a parse needs, and forgets the text of one that was abandoned.
     void EndParse() noexcept;
     // While the schema `id` is loaded: its entities are bounded too, and what they take from
@@ -90,6 +92,7 @@ private:
     void ForgetText() noexcept;
     void FlushText();
     void PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map);
+    VString Format(const char* kind, const xercesc::SAXParseException& exception);
     // `excess` is what the entities of the document come to.
     [[noreturn]] void AbandonExpansion(const VString& excess);
     // Abandons a schema that takes an entity from elsewhere.
@@ -110,6 +113,7 @@ private:
     EntityExpansionGuard& m_guard;
     bool m_isInProlog = true;
     VString m_schemaId;   // of the schema that is loaded now
+    WrittenNames m_writtenNames;
     NameTable m_names;
     SharedTexts m_values;
     SharedTexts m_texts;

@@ -285,7 +285,7 @@ void XercesXMLParserImpl::ReadInput()
     m_handler->resetErrors();
     auto& provider = dynamic_cast<IXercesInputSourceProvider&>(GetInput());
     const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
-    m_handler->BeginParse();
+    m_handler->BeginParse(WrittenNames(source));
     try {
         if (const auto nul = NulFinder::FindInDeclaration(source.Get(), source.View()))
             m_handler->RefuseNul(GetInput().Id(), nul->line, nul->column);
