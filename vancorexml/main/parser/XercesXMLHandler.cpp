@@ -53,6 +53,14 @@ XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityE
 
 XercesXMLHandler::~XercesXMLHandler() = default;
 
+void XercesXMLHandler::SetTarget(std::shared_ptr<SAXInterface> target) noexcept
+{
+    m_taker = dynamic_cast<ElementTaker*>(target.get());
+    m_target = std::move(target);
+    m_isDone = false;
+    resetErrors();
+}
+
 void XercesXMLHandler::BeginParse(WrittenNames names)
 {
     m_writtenNames = std::move(names);

@@ -36,6 +36,8 @@ public:
     XercesXMLHandler(std::shared_ptr<SAXInterface> target, EntityExpansionGuard& guard);
     ~XercesXMLHandler() override;
 
+    // The next parse is for another builder, or none when `target` is null.
+    void SetTarget(std::shared_ptr<SAXInterface> target) noexcept;
     // Forgets the text of a parse whose end was never told and bounds the entities of the next.
     // `names` restores the names in its messages.
     void BeginParse(WrittenNames names);

@@ -334,12 +334,7 @@ void XercesXMLParserImpl::TakeDiagnostics()
 void XercesXMLParserImpl::Reload(InputSource& input, std::shared_ptr<SAXInterface> handler)
 {
     XercesXMLParser::Reload(input, handler);
-    auto old = std::exchange(m_handler, std::make_unique<XercesXMLHandler>(std::move(handler), m_guard));
-    if (!m_reader)
-        return;
-    InstallHandler();
-    // The reader must not keep the handler that dies here.
-    InstallResolver();
+    m_handler->SetTarget(std::move(handler));
 }
 
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)
