@@ -152,6 +152,34 @@ TEST(StandaloneDOMParserTest, ASchemaWithoutAnIdRaises)
     EXPECT_THROW(parser.ParseXmlString("<a/>", "id"), LogicException);
 }
 
+TEST(StandaloneDOMParserTest, AStatisticsHandlerMayReplaceItself)
+{
+    StandaloneDOMParser parser;
+    auto capture = std::make_shared<int>(7);
+    const std::weak_ptr<int> observer = capture;
+    bool wasAlive = false;
+    int calls = 0;
+    parser.SetStatisticsEventHandler([&, capture = std::move(capture)](const DOMParserStatistics&) {
+        const std::weak_ptr<int>& captured = observer;
+        bool& result = wasAlive;
+        parser.SetStatisticsEventHandler([&calls](const DOMParserStatistics&) { ++calls; });
+        result = !captured.expired();
+    });
+    parser.ParseXmlString(VString("<a/>"), "id");
+    EXPECT_TRUE(wasAlive);
+    EXPECT_TRUE(observer.expired());
+    parser.ParseXmlString(VString("<a/>"), "id");
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(StandaloneDOMParserTest, AStatisticsHandlerMayDestroyItsParser)
+{
+    auto parser = std::make_unique<StandaloneDOMParser>();
+    parser->SetStatisticsEventHandler([&](const DOMParserStatistics&) { parser.reset(); });
+    EXPECT_EQ(parser->ParseXmlString(VString("<a/>"), "id").first->GetChildren().size(), 1u);
+    EXPECT_FALSE(parser);
+}
+
 TEST(StandaloneDOMParserTest, StatisticsComeOncePerParse)
 {
     StandaloneDOMParser parser;

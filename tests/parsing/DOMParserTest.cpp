@@ -181,6 +181,123 @@ TEST_F(DOMParserTest, ADeclarationOfVersion11KeepsPositions)
     EXPECT_EQ(document->GetDocumentRoot()->GetStartLine(), 2);
 }
 
+// The handler's captures live until it returns. `replace` is what it does to itself.
+void ExpectCapturesOutlive(const std::function<void(DOMParser&)>& replace)
+{
+    DOMParser parser;
+    auto capture = std::make_shared<int>(7);
+    const std::weak_ptr<int> observer = capture;
+    bool wasAlive = false;
+    parser.SetStatisticsEventHandler([&, capture = std::move(capture)](const DOMParserStatistics&) {
+        const std::weak_ptr<int>& captured = observer;
+        bool& result = wasAlive;
+        replace(parser);
+        result = !captured.expired();
+    });
+    EXPECT_FALSE(parser.ParseXmlString("<a/>", "id")->HasErrors());
+    EXPECT_TRUE(wasAlive);
+    EXPECT_TRUE(observer.expired());
+}
+
+TEST_F(DOMParserTest, AStatisticsHandlerMayRemoveItself)
+{
+    ExpectCapturesOutlive([](DOMParser& used) { used.SetStatisticsEventHandler(nullptr); });
+}
+
+TEST_F(DOMParserTest, AStatisticsHandlerMayReplaceItself)
+{
+    int calls = 0;
+    ExpectCapturesOutlive([&](DOMParser& used) {
+        used.SetStatisticsEventHandler([&](const DOMParserStatistics&) { ++calls; });
+        used.ParseXmlString("<b/>", "id");
+    });
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(DOMParserTest, AStatisticsHandlerMayDestroyItsParser)
+{
+    auto owned = std::make_unique<DOMParser>();
+    owned->SetStatisticsEventHandler([&](const DOMParserStatistics&) { owned.reset(); });
+    const auto document = owned->ParseXmlString("<a/>", "id");
+    EXPECT_EQ(testsupport::TreeText(*document), "<a></a>");
+    EXPECT_FALSE(owned);
+}
+
+TEST_F(DOMParserTest, AStatisticsHandlerKeepsItsState)
+{
+    std::vector<int> counts;
+    parser.SetStatisticsEventHandler([&counts, count = 0](const DOMParserStatistics&) mutable { counts.push_back(++count); });
+    parser.ParseXmlString("<a/>", "id");
+    parser.ParseXmlString("<a/>", "id");
+    EXPECT_EQ(counts, (std::vector<int>{1, 2}));
+}
+
+TEST_F(DOMParserTest, RvaluesAreTakenOver)
+{
+    std::string string = std::string(1000, ' ') + "<a/>";
+    VString wide = "<b/>";
+    std::vector<unsigned char> bytes{'<', 'c', '/', '>'};
+    EXPECT_EQ(TreeText(*parser.ParseXmlString(std::move(string), "id")), "<a></a>");
+    EXPECT_EQ(TreeText(*parser.ParseXmlString(std::move(wide), "id")), "<b></b>");
+    EXPECT_EQ(TreeText(*parser.ParseXmlBytes(std::move(bytes))), "<c></c>");
+    EXPECT_TRUE(string.empty());
+    EXPECT_TRUE(wide.IsEmpty());
+    EXPECT_EQ(bytes.capacity(), 0u);
+}
+
+TEST_F(DOMParserTest, ConstantTextsStayAsTheyAre)
+{
+    std::string string = "<a/>";
+    VString wide = "<b/>";
+    std::vector<unsigned char> bytes{'<', 'c', '/', '>'};
+    parser.ParseXmlString(string, "id");
+    parser.ParseXmlString(wide, "id");
+    parser.ParseXmlBytes(bytes);
+    EXPECT_EQ(string, "<a/>");
+    EXPECT_EQ(wide, VString("<b/>"));
+    EXPECT_EQ(bytes.size(), 4u);
+}
+
+// Acts when the parser reads it first.
+struct ActingSource : StringInputSource {
+    ActingSource(const char* text, std::function<void()> act) : StringInputSource(text, "acting", false), action(std::move(act)) {}
+    XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override
+    {
+        if (action)
+            std::exchange(action, nullptr)();
+        return StringInputSource::GetXercesInputSource(mode);
+    }
+    std::function<void()> action;
+};
+
+TEST_F(DOMParserTest, ASourceMayUseTheParserThatReadsIt)
+{
+    std::string inner;
+    ActingSource source("<a><b/></a>", [&] { inner = Parse("<c/>"); });
+    EXPECT_EQ(TreeText(*parser.ParseXmlInputSource(source, false)), "<a><b></b></a>");
+    EXPECT_EQ(inner, "<c></c>");
+    EXPECT_EQ(Parse("<d/>"), "<d></d>");
+}
+
+TEST_F(DOMParserTest, ASchemaMayUseTheParserThatReadsIt)
+{
+    std::string inner;
+    parser.AddXSDInputSource(std::make_unique<ActingSource>(Schema, [&] {
+        for (int i = 0; i < 20; ++i) parser.AddXSDInputSource(SchemaSource("s.xsd"));
+        inner = Parse("<a>1</a>");
+    }));
+    EXPECT_EQ(Errors(*parser.ParseXmlString("<a>1</a>", "id")), std::vector<VString>{});
+    EXPECT_EQ(Errors(*parser.ParseXmlString("<a>x</a>", "id")).size(), 1u);
+    EXPECT_EQ(inner, "<a>1</a>");
+}
+
+TEST_F(DOMParserTest, AnExceptionOfASchemaLeavesAUsableParser)
+{
+    parser.AddXSDInputSource(std::make_unique<ActingSource>(Schema, [] { throw 7; }));
+    EXPECT_THROW(parser.ParseXmlString("<a>1</a>", "id"), int);
+    EXPECT_EQ(Errors(*parser.ParseXmlString("<a>1</a>", "id")), std::vector<VString>{});
+}
+
 TEST_F(DOMParserTest, StatisticsComeOnceBehindTheErrors)
 {
     std::vector<std::string> reports;

@@ -106,6 +106,20 @@ TEST_F(FileInputSourceTest, ANewReadSizeTakesEffectWithTheNextChunk)
     EXPECT_EQ(ReadAll(source), "bcdefghij");
 }
 
+TEST_F(FileInputSourceTest, AReadSizeOfZeroIsAnAssertion)
+{
+    FileInputSource source(Write("abc"));
+    try {
+        source.SetReadSize(0);
+        ADD_FAILURE() << "the size was not refused";
+    } catch (const LogicException& exception) {
+        EXPECT_EQ(exception.GetErrorInfo().GetKey(), VString("LogicException_LogicAssert_0x2BE7C041"));
+        EXPECT_EQ(exception.GetExpression(), VString("size != 0"));
+    }
+    EXPECT_EQ(source.GetReadSize(), 2048u);
+    EXPECT_EQ(ReadAll(source), "abc");
+}
+
 TEST_F(FileInputSourceTest, ResetStartsAgain)
 {
     FileInputSource source(Write("abcdef"));

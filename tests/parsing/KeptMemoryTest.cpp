@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vancorexml/main/parser/DOM.h"
@@ -83,5 +84,17 @@ TEST_P(KeptTextTest, NothingOfALongTextIsKeptByTheParser)
 }
 
 INSTANTIATE_TEST_SUITE_P(, KeptTextTest, testing::Values("</a>", "", "</b>", "&undeclared;</a>"));
+
+// A builder that is kept would point to the open elements of a document that is gone.
+TEST(KeptMemoryTest, TheBuilderOfADocumentIsNotKeptByTheParser)
+{
+    std::string text;
+    for (int i = 0; i < 20'000; ++i) text += "<a>";
+    DOMParser parser;
+    parser.ParseXmlString("<a>", "id");
+    const std::size_t before = liveBytes;
+    parser.ParseXmlString(std::as_const(text), "id");
+    EXPECT_LT(liveBytes, before + 50'000);
+}
 
 }  // namespace

@@ -292,6 +292,15 @@ TEST(XercesXMLParserTest, ParsingWithErrorsIsAnAssertion)
     testsupport::ExpectLogicException([&] { Exposed::CallDoParse(*parser); }, "vancorexml\\main\\parser\\XercesXMLParser", 231, "HasErrors() == false", 0xE60C9000);
 }
 
+// Whether a question leaves both values as they are.
+bool HasNoPosition(SAXFileLocation& parser)
+{
+    int line = -1;
+    int column = -2;
+    parser.GetCurrentLocation(line, column);
+    return line == -1 && column == -2;
+}
+
 TEST(XercesXMLParserTest, KnowsItsPositionDuringTheParse)
 {
     struct Locating : RecordingHandler {
@@ -317,12 +326,69 @@ TEST(XercesXMLParserTest, KnowsItsPositionDuringTheParse)
 TEST(XercesXMLParserTest, HasNoPositionBeforeAParse)
 {
     Utf8InputSource source("<a/>", "id", false);
+    EXPECT_TRUE(HasNoPosition(*XercesXMLParser::Create(source, std::make_shared<RecordingHandler>())));
+}
+
+struct EndRow {
+    const char* name;
+    std::string text;
+    std::size_t doneAfter;   // events
+};
+
+const EndRow EndRows[] = {
+    {"a good end", "<a>\n<b/></a>", 0},
+    {"a stop by the builder", "<a>\n<b/><c/></a>", 1},
+    {"a stop at the end", "<a/>", 2},
+    {"a fault", "<a>\n<b></a>", 0},
+    {"an entity that is refused", "<!DOCTYPE a [<!ENTITY e SYSTEM 'x'>]><a/>", 0},
+    {"no text", "", 0},
+    {"an encoding that is not known", "<?xml version='1.0' encoding='none'?><a/>", 0},
+    {"a NUL", std::string("<a/>\0", 5), 0},
+    {"XML 1.1", "<?xml version='1.1'?><a/>", 0},
+};
+
+TEST(XercesXMLParserTest, HasNoPositionAfterAParse)
+{
+    for (const EndRow& row : EndRows) {
+        SCOPED_TRACE(row.name);
+        Utf8InputSource source(row.text, "id", false);
+        auto handler = std::make_shared<RecordingHandler>();
+        handler->doneAfter = row.doneAfter;
+        const auto parser = XercesXMLParser::Create(source, handler);
+        for (int round = 0; round < 2; ++round) {
+            parser->Parse();
+            EXPECT_TRUE(HasNoPosition(*parser));
+        }
+        parser->Reload(source, handler);
+        EXPECT_TRUE(HasNoPosition(*parser));
+    }
+}
+
+TEST(XercesXMLParserTest, HasNoPositionAfterACallbackThatThrows)
+{
+    Utf8InputSource source("<a><b/></a>", "id", false);
+    EXPECT_TRUE(HasNoPosition(*ParseThrowing(source, std::runtime_error("x"))));
+    EXPECT_TRUE(HasNoPosition(*ParseThrowing(source, XMLParseException("x"))));
+}
+
+// What is read is the next document, before its parse begins.
+TEST(XercesXMLParserTest, HasNoPositionWhileTheInputIsRead)
+{
+    struct Asking : Utf8InputSource {
+        Asking() : Utf8InputSource("<a/>", "id", false) {}
+        XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override
+        {
+            EXPECT_TRUE(HasNoPosition(*parser));
+            return Utf8InputSource::GetXercesInputSource(mode);
+        }
+        SAXFileLocation* parser = nullptr;
+    };
+    Asking source;
     const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
-    int line = -1;
-    int column = -2;
-    parser->GetCurrentLocation(line, column);
-    EXPECT_EQ(line, -1);
-    EXPECT_EQ(column, -2);
+    source.parser = parser.get();
+    parser->Parse();
+    parser->Parse();
+    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
 TEST(XercesXMLParserTest, ReloadParsesAnotherDocumentWithAnotherHandler)

@@ -11,17 +11,20 @@ AbstractXMLParser::~AbstractXMLParser() = default;
 
 void AbstractXMLParser::LoadXSDString(const VString& xsdText, const VString& id)
 {
+    RequireIdle();
     StringInputSource source(xsdText, id, false);
     LoadXSDSource(source);
 }
 
 void AbstractXMLParser::LoadXSDFile(const VString& fileName)
 {
+    RequireIdle();
     LoadXSDString(VFile::LoadTextFile(fileName, true), fileName);
 }
 
 void AbstractXMLParser::Reload(InputSource& input, std::shared_ptr<SAXInterface> handler)
 {
+    RequireIdle();
     m_input = &input;
     m_handler = std::move(handler);
 }

@@ -20,6 +20,9 @@ class VANCOREXML_API AbstractXMLParser : public Parser, public SAXFileLocation {
 public:
     ~AbstractXMLParser() override;
 
+    // The operations below raise the LogicException of Parse() when a callback of this parser
+    // calls them.
+
     // `id` names the schema in messages; raises a LogicException when it is empty.
     virtual void LoadXSDString(const VString& xsdText, const VString& id);
     // The file's name becomes the id. Throws VIO::Exception when the file cannot be read.
@@ -29,7 +32,8 @@ public:
     // Another document for another handler; schemas that were loaded stay.
     virtual void Reload(InputSource& input, std::shared_ptr<SAXInterface> handler);
 
-    // A parser that does not know its position leaves both as they are.
+    // A parser that does not know its position leaves both as they are, and so does one that is
+    // not parsing.
     void GetCurrentLocation(int& line, int& column) override;
 
 protected:

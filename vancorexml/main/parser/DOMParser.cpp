@@ -7,6 +7,7 @@
 #include "vancoredata/VResource.h"
 #include "vancorexml/main/parser/DOMBuilder.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
+#include "vancorexml/main/parser/StatisticsHandler.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 #include "vansys/LogicException.h"
@@ -43,26 +44,40 @@ void CopyErrors(const Parser& parser, DOMElement& root)
 }  // namespace
 
 struct DOMParser::Impl {
-    // The driver for the next parse. One that has schemas cannot lose them again and is
-    // never used twice; so is one whose schemas are still to be loaded.
-    XercesXMLParser& PrepareDriver(InputSource& source, const std::shared_ptr<SAXInterface>& builder);
+    // A driver cannot drop schemas, so one that has, or is about to get, schemas is never reused.
+    // A parse holds its driver alone: a callback that starts another parse gets another driver,
+    // and a parse that throws leaves none behind.
+    std::shared_ptr<XercesXMLParser> ReleaseDriver(InputSource& source, const std::shared_ptr<SAXInterface>& builder);
+    // Keeps the driver for the next parse, without the source and the builder of the last one.
+    void AdoptDriver(std::shared_ptr<XercesXMLParser> used);
 
+    // The source of a driver that is not parsing.
+    StringInputSource nothing{VString(), VString(), false};
+    // Null before the first parse and while a parse holds it.
     std::shared_ptr<XercesXMLParser> driver;
     std::vector<std::unique_ptr<InputSource>> xsdSources;
     bool enableLineNumbers = false;
     bool restrictExternalPaths = false;
-    std::function<void(const DOMParserStatistics&)> statisticsHandler;
+    StatisticsHandler statisticsHandler;
 };
 
-XercesXMLParser& DOMParser::Impl::PrepareDriver(InputSource& source, const std::shared_ptr<SAXInterface>& builder)
+std::shared_ptr<XercesXMLParser> DOMParser::Impl::ReleaseDriver(
+    InputSource& source, const std::shared_ptr<SAXInterface>& builder)
 {
-    if (driver && xsdSources.empty() && driver->GetLoadedXSDs().empty()) {
-        driver->Reload(source, builder);
-        driver->ClearErrorsAndWarnings();
-    } else {
-        driver = XercesXMLParser::Create(source, builder);
-    }
-    return *driver;
+    std::shared_ptr<XercesXMLParser> kept = std::exchange(driver, nullptr);
+    if (!kept || !xsdSources.empty())
+        return XercesXMLParser::Create(source, builder);
+    kept->Reload(source, builder);
+    return kept;
+}
+
+void DOMParser::Impl::AdoptDriver(std::shared_ptr<XercesXMLParser> used)
+{
+    if (!used->GetLoadedXSDs().empty())
+        return;
+    used->Reload(nothing, nullptr);
+    used->ClearErrorsAndWarnings();
+    driver = std::move(used);
 }
 
 DOMParser::DOMParser() : m_impl(std::make_unique<Impl>()) {}
@@ -91,7 +106,7 @@ bool DOMParser::GetRestrictExternalPaths() const
 
 void DOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler)
 {
-    m_impl->statisticsHandler = std::move(handler);
+    m_impl->statisticsHandler.Set(std::move(handler));
 }
 
 void DOMParser::AddXSDInputSource(std::unique_ptr<InputSource> source)
@@ -114,7 +129,10 @@ std::unique_ptr<DOM> DOMParser::ParseXmlBytes(const std::vector<unsigned char>& 
 
 std::unique_ptr<DOM> DOMParser::ParseXmlBytes(std::vector<unsigned char>&& bytes)
 {
-    return ParseXmlBytes(std::as_const(bytes));
+    const Metrics::Scope metrics("DOMParser_ParseXmlBytes");
+    BinaryInputSource source(bytes, VString(), false);
+    std::vector<unsigned char>().swap(bytes);
+    return ParseXmlInputSource(source, false);
 }
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(const std::string& text, const VString& id)
@@ -127,7 +145,10 @@ std::unique_ptr<DOM> DOMParser::ParseXmlString(const std::string& text, const VS
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(std::string&& text, const VString& id)
 {
-    return ParseXmlString(std::as_const(text), id);
+    Metrics::Scope metrics("DOMParser_ParseXmlString");
+    metrics.Record("'xmls'", text.size());
+    Utf8InputSource source(std::exchange(text, std::string()), id, true);
+    return ParseXmlInputSource(source, false);
 }
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(const VString& text, const VString& id)
@@ -140,7 +161,11 @@ std::unique_ptr<DOM> DOMParser::ParseXmlString(const VString& text, const VStrin
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(VString&& text, const VString& id)
 {
-    return ParseXmlString(std::as_const(text), id);
+    Metrics::Scope metrics("DOMParser_ParseXmlString");
+    metrics.Record("'xmls'", static_cast<std::uint64_t>(text.length()));
+    StringInputSource source(text, id, true);
+    text = VString();
+    return ParseXmlInputSource(source, false);
 }
 
 std::unique_ptr<DOM> DOMParser::ParseXmlString(const char* text, const VString& id)
@@ -165,19 +190,21 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
 
     auto document = std::make_unique<DOM>(m_impl->restrictExternalPaths);
     const auto builder = std::make_shared<DOMBuilder>(*document, keepBlankText);
-    XercesXMLParser& driver = m_impl->PrepareDriver(source, builder);
+    const std::shared_ptr<XercesXMLParser> driver = m_impl->ReleaseDriver(source, builder);
     if (m_impl->enableLineNumbers)
-        builder->SetLocationProvider(driver);
-    for (const std::unique_ptr<InputSource>& schema : m_impl->xsdSources) {
+        builder->SetLocationProvider(*driver);
+    // By index: reading a schema may add another one.
+    for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
+        InputSource& schema = *m_impl->xsdSources[i];
         // The parse before has read it to its end.
-        schema->ResetToStart();
-        driver.LoadXSDSource(*schema);
+        schema.ResetToStart();
+        driver->LoadXSDSource(schema);
     }
-    CopyErrors(driver, document->GetRoot());
-    driver.Parse();
-    CopyErrors(driver, document->GetRoot());
-    if (m_impl->statisticsHandler)
-        m_impl->statisticsHandler({source.Size(), source.Id()});
+    CopyErrors(*driver, document->GetRoot());
+    driver->Parse();
+    CopyErrors(*driver, document->GetRoot());
+    m_impl->AdoptDriver(driver);
+    m_impl->statisticsHandler.Call(source);
     memory.Close();
     return document;
 }

@@ -45,7 +45,8 @@ public:
     // Given to each document, which keeps it for those who load what it refers to. Off at first.
     void SetRestrictExternalPaths(bool restrict);
     bool GetRestrictExternalPaths() const;
-    // Called once after each parse; an empty function calls nobody.
+    // Called once after each parse; an empty function calls nobody. The handler may replace or
+    // remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
     // Every later parse validates against this schema, which is not null. Its id must not be
@@ -53,6 +54,8 @@ public:
     // otherwise.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
+
+    // Each operation with an rvalue leaves it empty.
 
     // The bytes say themselves what encoding they are in.
     std::unique_ptr<DOM> ParseXmlBytes(const std::vector<unsigned char>& bytes);

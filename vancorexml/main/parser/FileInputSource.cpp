@@ -10,8 +10,15 @@
 #include "vancoreplatform/VLog.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
 #include "vancorexml/van-codegen/gen-strings/vancorexml-strings.h"
+#include "vansys/LogicException.h"
 #include "vansys/Unicode.h"
 #include "vansys/VantoraException.h"
+
+namespace {
+
+constexpr const char* const SourceFile = "vancorexml\\main\\parser\\FileInputSource";
+
+}  // namespace
 
 FileInputSource::FileInputSource(const VString& fileName) : InputSource(fileName), m_file(VPath(fileName))
 {
@@ -24,6 +31,13 @@ FileInputSource::FileInputSource(const VString& fileName) : InputSource(fileName
 }
 
 FileInputSource::~FileInputSource() = default;
+
+void FileInputSource::SetReadSize(unsigned long long size)
+{
+    if (size == 0)
+        ThrowLogicException(SourceFile, __LINE__, "size != 0", MakeLogicError(0x2BE7C041));
+    m_readSize = size;
+}
 
 bool FileInputSource::ReadChunk()
 {

@@ -23,9 +23,10 @@ public:
     explicit FileInputSource(const VString& fileName);
     ~FileInputSource() override;
 
-    // How many bytes a chunk has, from the next one on; not 0.
+    // How many bytes a chunk has, from the next one on. Raises a LogicException (code 0x2BE7C041)
+    // for 0, with which every file would read as empty.
     unsigned long long GetReadSize() const noexcept { return m_readSize; }
-    void SetReadSize(unsigned long long size) noexcept { m_readSize = size; }
+    void SetReadSize(unsigned long long size);
 
     // Line endings in the line are one line feed each.
     bool GetNextLine(std::string& line) override;

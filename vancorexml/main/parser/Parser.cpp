@@ -1,9 +1,30 @@
 #include "vancorexml/main/parser/Parser.h"
 
+#include "vansys/LogicException.h"
+
+namespace {
+
+constexpr const char* const SourceFile = "vancorexml\\main\\parser\\Parser";
+
+}  // namespace
+
 Parser::~Parser() = default;
+
+Parser::Work::Work(Parser& parser) : m_parser(parser)
+{
+    parser.RequireIdle();
+    parser.m_work.isRunning = true;
+}
+
+void Parser::RequireIdle() const
+{
+    if (m_work.isRunning)
+        ThrowLogicException(SourceFile, __LINE__, "!m_work.isRunning", MakeLogicError(0x61D3A9F5));
+}
 
 void Parser::Parse()
 {
+    const Work work(*this);
     ClearErrorsAndWarnings();
     m_fatallyErrored = false;
     DoParse();

@@ -18,6 +18,8 @@ public:
     virtual ~Parser();
 
     // Starts from empty lists: errors recorded before, while schemas were loaded, are gone.
+    // Raises a LogicException (code 0x61D3A9F5) when a callback of this parser calls it; the
+    // work that called the callback is not affected.
     void Parse();
     // Empties the lists and leaves HasFatallyErrored() as it is.
     void ClearErrorsAndWarnings();
@@ -40,6 +42,21 @@ protected:
     Parser(const Parser&) = default;
     Parser& operator=(const Parser&) = default;
 
+    // Marks the parser as at work while it lives. Raises the LogicException of Parse() when the
+    // parser is at work already.
+    class Work {
+    public:
+        explicit Work(Parser& parser);
+        ~Work() { m_parser.m_work.isRunning = false; }
+        Work(const Work&) = delete;
+        Work& operator=(const Work&) = delete;
+
+    private:
+        Parser& m_parser;
+    };
+    // Raises the LogicException of Parse() when the parser is at work.
+    void RequireIdle() const;
+
     virtual void DoParse() = 0;
 
     void Error(const VString& message, const VError::ErrorInfo& info);
@@ -48,9 +65,19 @@ protected:
     void Warning(const VString& message, const VError::ErrorInfo& info);
 
 private:
+    // Stays with its parser: a copy of a parser at work is idle.
+    struct WorkState {
+        WorkState() = default;
+        WorkState(const WorkState&) noexcept {}
+        WorkState& operator=(const WorkState&) noexcept { return *this; }
+
+        bool isRunning = false;
+    };
+
     std::vector<VString> m_warnings;
     std::vector<VError::ErrorInfo> m_warningInfos;
     std::vector<VString> m_errors;
     std::vector<VError::ErrorInfo> m_errorInfos;
     bool m_fatallyErrored = false;
+    WorkState m_work;
 };

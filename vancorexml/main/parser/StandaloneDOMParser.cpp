@@ -7,6 +7,7 @@
 #include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
 #include "vancorexml/main/parser/SAXInterface.h"
+#include "vancorexml/main/parser/StatisticsHandler.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 
@@ -47,7 +48,7 @@ private:
 
 struct StandaloneDOMParser::Impl {
     std::vector<std::unique_ptr<InputSource>> xsdSources;
-    std::function<void(const DOMParserStatistics&)> statisticsHandler;
+    StatisticsHandler statisticsHandler;
 };
 
 StandaloneDOMParser::StandaloneDOMParser() : m_impl(std::make_unique<Impl>()) {}
@@ -67,7 +68,7 @@ void StandaloneDOMParser::AddXSDResourceId(QtVanResourceId id)
 
 void StandaloneDOMParser::SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler)
 {
-    m_impl->statisticsHandler = std::move(handler);
+    m_impl->statisticsHandler.Set(std::move(handler));
 }
 
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlBytes(const std::vector<unsigned char>& bytes) const
@@ -106,14 +107,16 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlInputSource");
     const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
     const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
-    for (const std::unique_ptr<InputSource>& schema : m_impl->xsdSources) {
+    // By index: reading a schema may add another one.
+    for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
+        InputSource& schema = *m_impl->xsdSources[i];
         // The parse before has read it to its end.
-        schema->ResetToStart();
-        parser->LoadXSDSource(*schema);
+        schema.ResetToStart();
+        parser->LoadXSDSource(schema);
     }
     parser->Parse();
     std::vector<VString> errors;
     if (parser->HasErrors()) errors.assign(parser->GetErrors().begin(), parser->GetErrors().end());
-    if (m_impl->statisticsHandler) m_impl->statisticsHandler({source.Size(), source.Id()});
+    m_impl->statisticsHandler.Call(source);
     return {builder->TakeRoot(), std::move(errors)};
 }

@@ -38,7 +38,8 @@ public:
     // is not among the errors of a parse.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
-    // Called once after each parse; an empty function calls nobody.
+    // Called once after each parse; an empty function calls nobody. The handler may replace or
+    // remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
     // The bytes say themselves what encoding they are in.

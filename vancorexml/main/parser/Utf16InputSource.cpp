@@ -120,7 +120,32 @@ bool IsSpace(char byte) noexcept
     return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
 }
 
-// Whether an XML declaration, if there is one, names no other encoding.
+bool IsPlain(char byte) noexcept
+{
+    const bool isLetter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+    return isLetter || (byte >= '0' && byte <= '9') || byte == '.' || byte == '-' || byte == '_';
+}
+
+// Removes the bytes of that kind from the start of `text` and returns them.
+std::string_view Cut(std::string_view& text, bool (*isOfKind)(char)) noexcept
+{
+    const auto end = std::find_if_not(text.begin(), text.end(), isOfKind);
+    const std::string_view cut = text.substr(0, static_cast<std::size_t>(end - text.begin()));
+    text.remove_prefix(cut.size());
+    return cut;
+}
+
+bool CutByte(std::string_view& text, char byte) noexcept
+{
+    if (!text.starts_with(byte))
+        return false;
+    text.remove_prefix(1);
+    return true;
+}
+
+// Whether the text has no XML declaration, or one that names no other encoding. Everything unusual
+// counts as another encoding: Xerces checks the declaration of a text whose encoding it
+// detects more strictly.
 bool IsDeclaredUtf8(std::string_view text) noexcept
 {
     // A mark, or a first character of more than one byte, says what the encoding is.
@@ -129,18 +154,25 @@ bool IsDeclaredUtf8(std::string_view text) noexcept
     if (!text.starts_with("<?xml") || !IsSpace(text[5]))
         return true;
     constexpr std::size_t LongestDeclaration = 256;
-    const std::string_view declaration = text.substr(0, std::min(text.substr(0, LongestDeclaration).find("?>"), text.size()));
-    if (declaration.size() == text.size())
-        return false;
-    constexpr std::string_view Name = "encoding";
-    std::size_t position = declaration.find(Name);
-    if (position == std::string_view::npos)
-        return true;
-    position = declaration.find_first_of("\"'", position + Name.size());
-    if (position == std::string_view::npos)
-        return false;
-    const std::string_view value = declaration.substr(position + 1, declaration.find(declaration[position], position + 1) - position - 1);
-    return value == "UTF-8" || value == "utf-8";
+    std::string_view rest = text.substr(5, LongestDeclaration);
+    for (;;) {
+        Cut(rest, IsSpace);
+        if (rest.starts_with("?>"))
+            return true;
+        const std::string_view name = Cut(rest, IsPlain);
+        Cut(rest, IsSpace);
+        if (!CutByte(rest, '='))
+            return false;
+        Cut(rest, IsSpace);
+        const char quote = rest.starts_with('"') ? '"' : '\'';
+        if (!CutByte(rest, quote))
+            return false;
+        const std::string_view value = Cut(rest, IsPlain);
+        if (!CutByte(rest, quote))
+            return false;
+        if (name == "encoding" && value != "UTF-8" && value != "utf-8")
+            return false;
+    }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "metrics2/Metrics.h"
+#include "vancorexml/main/parser/ColonRewriting.h"
 #include "vancorexml/main/parser/XMLRangeTable.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 #include "vansys/LogicException.h"
@@ -16,11 +17,6 @@ namespace {
 constexpr std::size_t npos = std::string::npos;
 
 constexpr const char* const File = "vancorexml\\main\\parser\\XercesColonSanitizer";
-
-constexpr std::string_view Prefix = "IllegalColon:";
-constexpr std::string_view Declaration = " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'";
-constexpr std::u16string_view RestoredPrefix = u"IllegalColon:";
-constexpr std::u16string_view RestoredDeclaration = u"xmlns:IllegalColon";
 
 // The next place of one character, asked for at positions that only increase: every byte is
 // looked at once, however often it is asked.
@@ -175,22 +171,37 @@ std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_pt
         output->append(input, copied, end - copied);
         copied = end;
     };
+    const auto declare = [&] {
+        output->append(" ").append(ColonRewriting::DeclarationName);
+        output->append("='").append(ColonRewriting::Namespace).append("'");
+        isDeclared = true;
+    };
     for (; colon != npos; colon = colons.Next()) {
         if (!isDeclared && colon >= declarationPlace) {
             copyTo(declarationPlace);
-            *output += Declaration;
-            isDeclared = true;
+            declare();
         }
         copyTo(colon);
-        *output += Prefix;
+        *output += ColonRewriting::Prefix;
         copied = colon + 1;
     }
     if (!isDeclared) {
         copyTo(std::max(declarationPlace, copied));
-        *output += Declaration;
+        declare();
     }
     copyTo(input.size());
     return output;
+}
+
+std::set<std::string> ColonRewriting::FindNames(const std::string& text)
+{
+    std::set<std::string> names;
+    ColonFinder colons(text);
+    for (std::size_t colon = colons.Next(); colon != npos; colon = colons.Next()) {
+        const auto start = text.begin() + static_cast<std::ptrdiff_t>(colon + 1);
+        names.emplace(start, std::find_if_not(start, text.end(), [](char byte) { return XmlUtils::IsNameChar(byte); }));
+    }
+    return names;
 }
 
 VString XercesColonSanitizer::RestoreName(const VString& qualifiedName)
@@ -201,7 +212,8 @@ VString XercesColonSanitizer::RestoreName(const VString& qualifiedName)
 
 std::u16string_view XercesColonSanitizer::RestoreNameView(std::u16string_view qualifiedName) noexcept
 {
-    if (qualifiedName.starts_with(RestoredPrefix)) return qualifiedName.substr(RestoredPrefix.size() - 1);
-    if (qualifiedName.starts_with(RestoredDeclaration)) return {};
+    constexpr std::u16string_view prefix = ColonRewriting::ReadPrefix;
+    if (qualifiedName.starts_with(prefix)) return qualifiedName.substr(prefix.size() - 1);
+    if (qualifiedName.starts_with(ColonRewriting::ReadDeclarationName)) return {};
     return qualifiedName;
 }

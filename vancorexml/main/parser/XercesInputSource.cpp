@@ -12,7 +12,11 @@ XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes, std::si
 {
     const XercesUse xerces;
     if (mode == ColonProcessingSanitize)
-        m_bytes = XercesColonSanitizer::Sanitize(m_bytes);
+        m_given = std::exchange(m_bytes, XercesColonSanitizer::Sanitize(m_bytes));
+    m_isRewritten = m_given && m_given != m_bytes;
+    // A file's bytes are not kept twice.
+    if (!m_isRewritten || m_given.use_count() == 1)
+        m_given.reset();
     const auto* start = reinterpret_cast<const XMLByte*>(m_bytes->data()) + startOffset;
     m_source = std::make_unique<xercesc::MemBufInputSource>(start, m_bytes->size() - startOffset, id.utf16(), false, xercesc::XMLPlatformUtils::fgMemoryManager);
     // The bytes outlive the parse, so its stream reads them where they are.

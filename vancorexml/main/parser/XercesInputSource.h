@@ -38,11 +38,17 @@ public:
     const xercesc::InputSource& Get() const noexcept { return *m_source; }
     // What the view points into.
     const std::shared_ptr<std::string>& Bytes() const noexcept { return m_bytes; }
+    // Whether the bytes are a rewritten copy.
+    bool IsRewritten() const noexcept { return m_isRewritten; }
+    // The bytes that were rewritten. Null when none were, and when this object was their only owner.
+    const std::shared_ptr<std::string>& Given() const noexcept { return m_given; }
     // What the view shows of it.
     std::string_view View() const noexcept { return std::string_view(*m_bytes).substr(m_startOffset); }
 
 private:
     std::unique_ptr<xercesc::MemBufInputSource> m_source;
     std::shared_ptr<std::string> m_bytes;
+    std::shared_ptr<std::string> m_given;
+    bool m_isRewritten = false;
     std::size_t m_startOffset;
 };

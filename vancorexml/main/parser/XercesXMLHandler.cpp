@@ -16,6 +16,7 @@
 #include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
+#include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
 #include "vancorexml/main/parser/XercesColonSanitizer.h"
@@ -40,11 +41,6 @@ VString FormatDiagnostic(const char* kind, const VString& message, const VString
     return VFormatString("%1%2: %3 (id: %4)").arg(kind).arg(location).arg(message).arg(systemId);
 }
 
-VString FormatDiagnostic(const char* kind, const xercesc::SAXParseException& exception)
-{
-    return FormatDiagnostic(kind, exception.getMessage(), exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
-}
-
 VString MakeText(std::u16string_view text, SharedTexts& known)
 {
     return text.size() <= ShortTextLength ? known.Get(text) : VString(text.data(), text.size());
@@ -59,10 +55,23 @@ XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target)
 
 XercesXMLHandler::~XercesXMLHandler() = default;
 
-void XercesXMLHandler::BeginParse(const xercesc::InputSource& source)
+void XercesXMLHandler::SetTarget(std::shared_ptr<SAXInterface> target) noexcept
 {
+    m_taker = dynamic_cast<ElementTaker*>(target.get());
+    m_target = std::move(target);
+    m_isDone = false;
+    resetErrors();
+}
+
+void XercesXMLHandler::BeginParse(WrittenNames names)
+{
+    m_writtenNames = std::move(names);
     ForgetText();
-    m_unchecked = &source;
+}
+
+void XercesXMLHandler::CheckEntitiesOf(const xercesc::InputSource& document) noexcept
+{
+    m_unchecked = &document;
 }
 
 void XercesXMLHandler::EndParse() noexcept
@@ -72,6 +81,7 @@ void XercesXMLHandler::EndParse() noexcept
     m_names.Clear();
     m_values.Clear();
     m_texts.Clear();
+    m_writtenNames = WrittenNames();
 }
 
 void XercesXMLHandler::BeginSchema(const VString& id)
@@ -183,19 +193,26 @@ void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const
     throw XMLParseException(VFormatString("%1(%2,%3) '%4'").arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY)).arg(line).arg(column).arg(name));
 }
 
+VString XercesXMLHandler::Format(const char* kind, const xercesc::SAXParseException& exception)
+{
+    const VString message = m_writtenNames.Restore(exception.getMessage());
+    return FormatDiagnostic(kind, message, exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
+}
+
 void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
 {
-    m_warnings.push_back(FormatDiagnostic("Warning", exception));
+    m_warnings.push_back(Format("Warning", exception));
 }
 
 void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
 {
-    m_errors.push_back(FormatDiagnostic("Error", exception));
+    if (!m_writtenNames.IsAboutDeclaration(exception.getMessage()))
+        m_errors.push_back(Format("Error", exception));
 }
 
 void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
 {
-    m_errors.push_back(FormatDiagnostic("Fatal Error", exception));
+    m_errors.push_back(Format("Fatal Error", exception));
     m_fatallyErrored = true;
 }
 
@@ -214,6 +231,14 @@ void XercesXMLHandler::AbandonExpansion(const VString& message)
 void XercesXMLHandler::AbandonExpansion(const VString& message, const VString& id, XMLFileLoc line, XMLFileLoc column)
 {
     m_errors.push_back(FormatDiagnostic("Fatal Error", message, id, line, column));
+    m_fatallyErrored = true;
+    throw ParseAbandoned();
+}
+
+void XercesXMLHandler::RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column)
+{
+    // The words of Xerces for other characters that are not allowed.
+    m_errors.push_back(FormatDiagnostic("Fatal Error", "invalid character 0x0", id, line, column));
     m_fatallyErrored = true;
     throw ParseAbandoned();
 }
@@ -250,6 +275,8 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
     static_cast<void>(bytes.release());   // now the source's, which deletes it
     source->setCopyBufToStream(false);
     source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+    if (const auto nul = NulFinder::Find(*source, text))
+        RefuseNul(path, nul->line, nul->column);
     CheckSchema(*source, text);
     return source.release();
 }

@@ -1,6 +1,7 @@
 // From Xerces' events to the callbacks of a builder.
 #pragma once
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -17,6 +18,7 @@
 #include "vancorexml/main/parser/NameTable.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/SharedTexts.h"
+#include "vancorexml/main/parser/WrittenNames.h"
 
 // Ends a parse whose fault the handler has recorded already.
 struct ParseAbandoned {};
@@ -33,9 +35,13 @@ public:
     explicit XercesXMLHandler(std::shared_ptr<SAXInterface> target);
     ~XercesXMLHandler() override;
 
-    // Discards text left by an aborted parse. `source` is the document to parse; it must live until
-    // the parse ends.
-    void BeginParse(const xercesc::InputSource& source);
+    // The next parse is for another builder, or none when `target` is null.
+    void SetTarget(std::shared_ptr<SAXInterface> target) noexcept;
+    // Discards text left by an aborted parse. `names` restores the names in the messages of this parse.
+    void BeginParse(WrittenNames names);
+    // Checks the entities of `document` when it declares the first one. `document` must live until the
+    // parse ends.
+    void CheckEntitiesOf(const xercesc::InputSource& document) noexcept;
     // Frees what only a parse needs, and forgets the text of one that was abandoned.
     void EndParse() noexcept;
     // While the schema `id` is loaded, external entities are refused.
@@ -43,14 +49,14 @@ public:
     // Abandons the schema if it exceeds an expansion limit. `bytes` is the content of `source`.
     void CheckSchema(const xercesc::InputSource& source, std::string_view bytes);
     void EndSchema() noexcept;
-    // The reader that supplied the locator is gone.
+    // The parse that supplied the locator is over: the locator refers to what the parse has read.
     void ForgetLocator() noexcept { m_locator = nullptr; }
 
     bool IsDone() const noexcept { return m_isDone; }
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
     const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
     const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
-    // Null before the first event of a parse.
+    // Null except between the first event of a parse and its end.
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
 
     void setDocumentLocator(const xercesc::Locator* locator) override;
@@ -76,6 +82,8 @@ public:
     void error(const xercesc::SAXParseException& exception) override;
     void fatalError(const xercesc::SAXParseException& exception) override;
     void resetErrors() override;
+    // Records a NUL of the document or schema `id` as a fatal error and throws ParseAbandoned.
+    [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
     // The schemas that a schema imports or includes, where the builder finds them. Null, which
     // leaves an entity out, for everything else. A schema's entities, which Xerces would then go
@@ -92,6 +100,7 @@ private:
     void ForgetText() noexcept;
     void FlushText();
     void PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map);
+    VString Format(const char* kind, const xercesc::SAXParseException& exception);
     [[noreturn]] void AbandonExpansion(const VString& message, const VString& id, XMLFileLoc line, XMLFileLoc column);
     // Abandons a schema that takes an entity from elsewhere.
     [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
@@ -111,6 +120,7 @@ private:
     // The document until its entities are checked, else null.
     const xercesc::InputSource* m_unchecked = nullptr;
     VString m_schemaId;   // of the schema that is loaded now
+    WrittenNames m_writtenNames;
     NameTable m_names;
     SharedTexts m_values;
     SharedTexts m_texts;

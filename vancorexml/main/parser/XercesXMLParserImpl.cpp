@@ -5,6 +5,7 @@
 #include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/framework/XMLPScanToken.hpp>
+#include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLException.hpp>
@@ -14,8 +15,11 @@
 
 #include "art-cpp/Activity.h"
 #include "metrics2/Metrics.h"
+#include "vancoredata/VResource.h"
+#include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
 #include "vansys/LogicException.h"
 
@@ -65,6 +69,15 @@ void DocumentReader::resetDocument()
     m_defaults = DefaultAttributeCounter();
     m_hasNamespaces = getFeature(XMLUni::fgSAX2CoreNameSpaces);
     SAX2XMLReaderImpl::resetDocument();
+}
+
+// Behind the topmost element the scanner takes a NUL for the end of its input and stands before it.
+void DocumentReader::endDocument()
+{
+    const xercesc::Locator& locator = *m_handler->GetLocator();
+    if (dynamic_cast<const xercesc::ReaderMgr&>(locator).getCurrentReader()->charsLeftInBuffer() != 0)
+        m_handler->RefuseNul(locator.getSystemId(), locator.getLineNumber(), locator.getColumnNumber());
+    SAX2XMLReaderImpl::endDocument();
 }
 
 const XMLCh* DocumentReader::GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix)
@@ -169,8 +182,8 @@ void XercesXMLParserImpl::PrepareParserState()
     m_reader->resetCachedGrammarPool();
     if (m_hasNoSchema == 0) {
         // What any document may carry.
-        LoadXSDResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
-        LoadXSDResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
+        LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
+        LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
     }
     SetValidation(m_hasNoSchema == 0);
 }
@@ -193,20 +206,32 @@ void XercesXMLParserImpl::SetValidation(bool validate)
 
 void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 {
+    const Work work(*this);
+    LoadSchema(xsdSource);
+}
+
+void XercesXMLParserImpl::LoadSchemaResource(const VString& name)
+{
+    StringInputSource schema(UTF8StringVResource(name).GetString(), name, false);
+    LoadSchema(schema);
+}
+
+void XercesXMLParserImpl::LoadSchema(InputSource& schema)
+{
     const Step step("XercesXMLParser_LoadXSDSource");
     RequireReader();
     if (m_hasNoSchema == 1) {
         m_hasNoSchema = 0;
         PrepareParserState();
     }
-    if (xsdSource.Id().IsEmpty())
+    if (schema.Id().IsEmpty())
         FailAssertion(203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
-    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&xsdSource);
+    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&schema);
     if (!xercesableSource)
         FailAssertion(206, "xercesableSource != nullptr", 0xAB95E4EA);
     const XercesInputSource source = xercesableSource->GetXercesInputSource(ColonProcessingNone);
-    LoadGrammar(source, xsdSource.Id());
-    m_loadedXSDs.push_back(xsdSource.Id());
+    LoadGrammar(source, schema.Id());
+    m_loadedXSDs.push_back(schema.Id());
     TakeDiagnostics();
 }
 
@@ -214,6 +239,8 @@ void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VSt
 {
     m_handler->BeginSchema(id);
     try {
+        if (const auto nul = NulFinder::Find(source.Get(), source.View()))
+            m_handler->RefuseNul(id, nul->line, nul->column);
         m_handler->CheckSchema(source.Get(), source.View());
         m_reader->loadGrammar(source.Get(), xercesc::Grammar::SchemaGrammarType, true);
     } catch (const ParseAbandoned&) {
@@ -257,7 +284,10 @@ void XercesXMLParserImpl::ReadInput()
     m_handler->resetErrors();
     auto& provider = dynamic_cast<IXercesInputSourceProvider&>(GetInput());
     const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
+    m_handler->BeginParse(WrittenNames(source));
     try {
+        if (const auto nul = NulFinder::FindInDeclaration(source.Get(), source.View()))
+            m_handler->RefuseNul(GetInput().Id(), nul->line, nul->column);
         if (Utf16InputSource::IsWellFormed(source.Get(), source.View()))
             ReadDocument(Utf16InputSource(source.Get(), source.View()));
         else
@@ -268,13 +298,14 @@ void XercesXMLParserImpl::ReadInput()
         DiscardReader();
         throw;
     }
+    m_handler->ForgetLocator();
     if (!m_handler->GetErrors().empty())
         TakeDiagnostics();
 }
 
 void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source)
 {
-    m_handler->BeginParse(source);
+    m_handler->CheckEntitiesOf(source);
     xercesc::XMLPScanToken token;
     if (!m_reader->parseFirst(source, token))
         return;
@@ -303,11 +334,7 @@ void XercesXMLParserImpl::TakeDiagnostics()
 void XercesXMLParserImpl::Reload(InputSource& input, std::shared_ptr<SAXInterface> handler)
 {
     XercesXMLParser::Reload(input, handler);
-    RequireReader();
-    auto old = std::exchange(m_handler, std::make_unique<XercesXMLHandler>(std::move(handler)));
-    InstallHandler();
-    // The reader must not keep the handler that dies here.
-    InstallResolver();
+    m_handler->SetTarget(std::move(handler));
 }
 
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)

@@ -31,6 +31,7 @@ public:
     void SetHandler(XercesXMLHandler& handler);
 
     void resetDocument() override;
+    void endDocument() override;
 
     void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding) override;
     void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override;
@@ -76,6 +77,8 @@ private:
     void InstallResolver();
     void PrepareParserState();
     void SetValidation(bool validate);
+    void LoadSchema(InputSource& schema);
+    void LoadSchemaResource(const VString& name);
     void LoadGrammar(const XercesInputSource& source, const VString& id);
     // Reads the input to its end, or until the handler or a fault stops it.
     void ReadInput();

@@ -1,0 +1,175 @@
+// The library gives Xerces UTF-8 in another form where it can. What Xerces makes of a text must
+// not depend on that.
+
+#include <random>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/framework/XMLPScanToken.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/sax2/SAX2XMLReader.hpp>
+#include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "tests/parsing/ParsingTestSupport.h"
+#include "vancoreplatform/VFormatString.h"
+
+namespace {
+
+using xercesc::XMLUni;
+
+// The first fault that Xerces reports, as the library words it; empty for a good text.
+struct FirstFault : xercesc::DefaultHandler {
+    void fatalError(const xercesc::SAXParseException& fault) override
+    {
+        if (text.IsEmpty())
+            text = VFormatString("Fatal Error(%1,%2): %3 (id: id)").arg(std::uint64_t{fault.getLineNumber()}).arg(std::uint64_t{fault.getColumnNumber()}).arg(VString(fault.getMessage()));
+    }
+    VString text;
+};
+
+VString PlainVerdict(const std::string& bytes, bool isUtf8)
+{
+    FirstFault handler;
+    try {
+        const std::unique_ptr<xercesc::SAX2XMLReader> reader(xercesc::XMLReaderFactory::createXMLReader());
+        reader->setErrorHandler(&handler);
+        reader->setFeature(XMLUni::fgSAX2CoreNameSpaces, false);
+        reader->setFeature(XMLUni::fgSAX2CoreValidation, false);
+        reader->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
+        xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(), u"id");
+        if (isUtf8)
+            source.setEncoding(XMLUni::fgUTF8EncodingString);
+        xercesc::XMLPScanToken token;
+        if (reader->parseFirst(source, token)) {
+            while (handler.text.IsEmpty() && reader->parseNext(token)) continue;
+        }
+    } catch (const xercesc::XMLException& exception) {
+        return exception.getMessage();
+    }
+    return handler.text;
+}
+
+VString OwnVerdict(InputSource& source)
+{
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::RecordingHandler>());
+    parser->Parse();
+    return parser->HasErrors() ? parser->GetErrors().front() : VString();
+}
+
+void ExpectPlainVerdict(const std::string& bytes)
+{
+    SCOPED_TRACE(bytes.size() < 300 ? bytes : "a long text");
+    Utf8InputSource detected(bytes, "id", false);
+    EXPECT_EQ(OwnVerdict(detected), PlainVerdict(bytes, false));
+    const std::unique_ptr<StringInputSource> decoded = StringInputSource::FromUtf8(std::string(bytes), "id", false);
+    EXPECT_EQ(OwnVerdict(*decoded), PlainVerdict(bytes, true));
+}
+
+struct PrologRow {
+    const char* name;
+    std::string text;
+};
+
+const PrologRow PrologRows[] = {
+    {"nothing", "<a/>"},
+    {"a version", "<?xml version='1.0'?><a/>"},
+    {"an encoding", "<?xml version='1.0' encoding='UTF-8'?><a/>"},
+    {"non-ASCII in the version", "<?xml version='1.0\xC3\xA9'?><a/>"},
+    {"non-ASCII in a name", "<?xml versi\xC3\xB6n='1.0'?><a/>"},
+    {"non-ASCII for white space", "<?xml version='1.0'\xC2\xA0?><a/>"},
+    {"non-ASCII in the encoding", "<?xml version='1.0' encoding='utf-8\xC3\xA9'?><a/>"},
+    {"non-ASCII behind the encoding", "<?xml version='1.0' encoding='utf-8' \xF0\x9F\x98\x80?><a/>"},
+    {"non-ASCII in standalone", "<?xml version='1.0' standalone='y\xC3\xA9s'?><a/>"},
+    {"non-ASCII behind a line feed", "<?xml\nversion='1.0\xC3\xA9'?><a/>"},
+    {"non-ASCII behind a tabulator", "<?xml\tversion='1.0\xC3\xA9'?><a/>"},
+    {"non-ASCII behind a greater-than sign", "<?xml version='1.0>\xC3\xA9'?><a/>"},
+    {"ill-formed UTF-8", "<?xml version='1.0\xE9'?><a/>"},
+    {"an instruction that is no declaration", "<?xmlx \xC3\xA9?><a/>"},
+    {"a declaration that is not closed", "<?xml version='1.0\xC3\xA9"},
+    {"other line ends", "<?xml version='1.0'\r\nencoding='utf-8'\r?><a>\xC3\xA9</a>"},
+    {"XML 1.1", "<?xml version='1.1'?><a\xC2\x85>\xE2\x80\xA8</a>"},
+    {"XML 1.1 with its line ends in the declaration", "<?xml version='1.1'\xC2\x85?><a/>"},
+    {"another version", "<?xml version='1.2'?><a/>"},
+    {"an encoding in other letters", "<?xml version='1.0' encoding='uTf-8'?><a>\xC3\xA9</a>"},
+    {"an alias of the encoding", "<?xml version='1.0' encoding='UTF8'?><a>\xC3\xA9</a>"},
+    {"another encoding", "<?xml version='1.0' encoding='iso-8859-1'?><a>\xC3\xA9</a>"},
+    {"an encoding with units of two bytes", "<?xml version='1.0' encoding='UTF-16'?><a/>"},
+    {"an encoding of one byte order", "<?xml version='1.0' encoding='UTF-16LE'?><a/>"},
+    {"an encoding that is not known", "<?xml version='1.0' encoding='none'?><a/>"},
+    {"no encoding", "<?xml version='1.0' encoding=''?><a/>"},
+    {"an encoding without quotes", "<?xml version='1.0' encoding=UTF-8?><a/>"},
+    {"an encoding that is not closed", "<?xml version='1.0' encoding='UTF-8?><a/>"},
+    {"the encoding first", "<?xml encoding='UTF-8' version='1.0'?><a/>"},
+    {"the encoding only", "<?xml encoding='UTF-8'?><a/>"},
+    {"two encodings", "<?xml version='1.0' encoding='UTF-8' encoding='iso-8859-1'?><a/>"},
+    {"an encoding as the version", "<?xml version='encoding' encoding='iso-8859-1'?><a/>"},
+    {"a long declaration", "<?xml version='1.0'" + std::string(1000, ' ') + "encoding='UTF-8'?><a>\xC3\xA9</a>"},
+    {"a declaration longer than a buffer", "<?xml version='1.0'" + std::string(20000, ' ') + "?><a/>"},
+    {"a mark", "\xEF\xBB\xBF<?xml version='1.0'?><a>\xC3\xA9</a>"},
+    {"a mark and non-ASCII", "\xEF\xBB\xBF<?xml version='1.0\xC3\xA9'?><a/>"},
+    {"a mark only", "\xEF\xBB\xBF"},
+    {"two marks", "\xEF\xBB\xBF\xEF\xBB\xBF<a/>"},
+    {"white space first", " <?xml version='1.0'?><a/>"},
+    {"a non-ASCII document type", "<?xml version='1.0'?><!DOCTYPE \xC3\xA9><\xC3\xA9/>"},
+    {"a declaration in an entity", "<!DOCTYPE a [<!ENTITY e \"<?xml version='1.0'?>x\">]><a>&e;</a>"},
+    {"non-ASCII in a declaration in an entity", "<!DOCTYPE a [<!ENTITY e \"<?xml version='1.0\xC3\xA9'?>x\">]><a>&e;</a>"},
+    {"a declaration in a parameter entity", "<!DOCTYPE a [<!ENTITY % e \"<?xml encoding='\xC3\xA9'?>\"> %e;]><a/>"},
+    {"a non-ASCII name", "<\xC3\xA9 \xC3\xB6='1'/>"},
+    {"a supplementary name", "<\xF0\x90\x80\x80/>"},
+    {"a supplementary name in XML 1.1", "<?xml version='1.1'?><\xF0\x90\x80\x80 \xF0\x90\x80\x80='1'/>"},
+    {"a character that is no character", "<a>\xEF\xBF\xBE</a>"},
+    {"the last character", "<a>\xF4\x8F\xBF\xBF</a>"},
+    {"a control character", "<a>\x01</a>"},
+    {"a C1 control in XML 1.1", "<?xml version='1.1'?><a>\xC2\x86</a>"},
+    {"a surrogate", "<a>\xED\xA0\x80</a>"},
+    {"nothing at all", ""},
+    {"one character", "<"},
+    {"five characters", "<?xml"},
+};
+
+struct PlainXercesTest : testing::Test {
+    // Xerces is used by nobody else before the first parse.
+    PlainXercesTest() { testsupport::ParseBytes("<a/>"); }
+};
+
+TEST_F(PlainXercesTest, APrologGetsItsVerdict)
+{
+    for (const PrologRow& row : PrologRows) {
+        SCOPED_TRACE(row.name);
+        ExpectPlainVerdict(row.text);
+    }
+}
+
+// A character of two units may not come apart between two buffers of Xerces.
+TEST_F(PlainXercesTest, SupplementaryCharactersMayStandAnywhere)
+{
+    const std::string character = "\xF0\x90\x80\x80";
+    for (const char* version : {"1.0", "1.1"})
+        for (const std::size_t buffer : {16384, 24576, 49152})
+            for (std::size_t shift = 0; shift < 8; ++shift) {
+                const std::string start = "<?xml version='" + std::string(version) + "'?><a><b ";
+                const std::string space(buffer - start.size() - shift, ' ');
+                ExpectPlainVerdict(start + space + "n" + character + character + "='1'/></a>");
+                ExpectPlainVerdict(start + space + "n='" + character + character + "'/>" + character + "</a>");
+                ExpectPlainVerdict("<?xml version='" + std::string(version) + "'?><!--" + std::string(buffer - 28 - shift, 'x') + character + character + "--><a/>");
+            }
+}
+
+TEST_F(PlainXercesTest, ChangedPrologsGetItsVerdict)
+{
+    const std::string text = "<?xml version='1.0' encoding='UTF-8' standalone='no'?>\n<!-- \xC3\xA9 -->\n<!DOCTYPE a [<!ENTITY e '\xC3\xA9'>]>\n<a b='\xF0\x9F\x98\x80'>&e;\xE2\x82\xAC</a>";
+    const std::vector<std::string> pieces{"", "\xC3\xA9", "\xF0\x9F\x98\x80", "'", "\"", ">", "?", "?>", "<", "<?xml ", " ", "\n", "=", "encoding", "UTF-8", "1.1", "\xC2\x85", "\xE9", "\xEF\xBB\xBF", "-"};
+    std::mt19937 random(7);
+    for (int round = 0; round < 3000; ++round) {
+        std::string changed = text;
+        for (unsigned count = random() % 3 + 1; count > 0; --count)
+            changed.replace(random() % changed.size(), random() % 3, pieces[random() % pieces.size()]);
+        ExpectPlainVerdict(changed);
+        if (HasFailure())
+            return;
+    }
+}
+
+}  // namespace

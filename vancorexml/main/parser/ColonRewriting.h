@@ -1,0 +1,25 @@
+// What the colon sanitizer writes into a document, and what Xerces makes of it.
+#pragma once
+
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace ColonRewriting {
+
+inline constexpr std::string_view Prefix = "IllegalColon:";
+inline constexpr std::string_view Namespace = "http://vancorexml.invalid/xml/ThisShouldNotAppear";
+inline constexpr std::string_view DeclarationName = "xmlns:IllegalColon";
+
+// As Xerces reads them.
+inline constexpr std::u16string_view ReadPrefix = u"IllegalColon:";
+inline constexpr std::u16string_view ReadDeclarationName = u"xmlns:IllegalColon";
+
+// As messages of a parser that knows namespaces report them.
+inline constexpr std::u16string_view ReportedPrefix = u"{http://vancorexml.invalid/xml/ThisShouldNotAppear}";
+inline constexpr std::u16string_view ReportedDeclarationName = u"{http://www.w3.org/2000/xmlns/}IllegalColon";
+
+// The names that the sanitizer rewrites in `text`, without their colons. Linear.
+std::set<std::string> FindNames(const std::string& text);
+
+}  // namespace ColonRewriting

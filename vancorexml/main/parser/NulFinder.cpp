@@ -1,0 +1,109 @@
+#include "vancorexml/main/parser/NulFinder.h"
+
+#include <cstddef>
+
+#include <xercesc/framework/XMLRecognizer.hpp>
+
+#include "vancoreplatform/Encoding.h"
+
+namespace {
+
+using xercesc::XMLRecognizer;
+
+// The code units of a text. ASCII characters are one unit each in every encoding.
+class Units {
+public:
+    Units(std::string_view bytes, std::size_t size, bool isBigEndian) noexcept
+        : m_bytes(bytes), m_size(size), m_isBigEndian(isBigEndian)
+    {
+    }
+
+    std::size_t Count() const noexcept { return m_bytes.size() / m_size; }
+
+    char32_t At(std::size_t index) const noexcept
+    {
+        char32_t unit = 0;
+        for (std::size_t i = 0; i < m_size; ++i) {
+            const std::size_t byte = m_isBigEndian ? i : m_size - 1 - i;
+            unit = unit << 8 | static_cast<unsigned char>(m_bytes[index * m_size + byte]);
+        }
+        return unit;
+    }
+
+    // Whether the first `count` units are UTF-8.
+    bool AreUtf8(std::size_t count) const noexcept
+    {
+        return m_size == 1 && FindInvalidUtf8(m_bytes.data(), count) == count;
+    }
+
+    // Behind the byte order mark, if there is one.
+    std::size_t Begin() const noexcept
+    {
+        if (m_size == 1)
+            return m_bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+        return Count() != 0 && At(0) == 0xFEFF ? 1 : 0;
+    }
+
+private:
+    std::string_view m_bytes;
+    std::size_t m_size;
+    bool m_isBigEndian;
+};
+
+// Xerces detects the size of the units itself, and an XML declaration cannot change that.
+Units UnitsOf(const xercesc::InputSource& source, std::string_view text)
+{
+    if (source.getEncoding())
+        return Units(text, 1, false);   // UTF-8
+    switch (XMLRecognizer::basicEncodingProbe(reinterpret_cast<const XMLByte*>(text.data()), text.size())) {
+    case XMLRecognizer::UTF_16B: return Units(text, 2, true);
+    case XMLRecognizer::UTF_16L: return Units(text, 2, false);
+    case XMLRecognizer::UCS_4B: return Units(text, 4, true);
+    case XMLRecognizer::UCS_4L: return Units(text, 4, false);
+    default: return Units(text, 1, false);
+    }
+}
+
+NulFinder::Place PlaceOf(const Units& units, std::size_t index) noexcept
+{
+    NulFinder::Place place;
+    const bool isUtf8 = units.AreUtf8(index);
+    char32_t last = 0;
+    for (std::size_t i = units.Begin(); i < index; ++i) {
+        const char32_t unit = units.At(i);
+        const bool endsLine = unit == '\r' || (unit == '\n' && last != '\r');
+        const bool isTail = isUtf8 && (unit & 0xC0) == 0x80;
+        const bool isPair = isUtf8 && unit >= 0xF0;
+        if (endsLine)
+            place = {place.line + 1, 1};
+        else if (unit != '\n' && !isTail)
+            place.column += isPair ? 2 : 1;
+        last = unit;
+    }
+    return place;
+}
+
+}  // namespace
+
+std::optional<NulFinder::Place> NulFinder::Find(const xercesc::InputSource& source, std::string_view text)
+{
+    if (text.find('\0') == std::string_view::npos)
+        return std::nullopt;
+    const Units units = UnitsOf(source, text);
+    for (std::size_t i = 0; i < units.Count(); ++i)
+        if (units.At(i) == 0)
+            return PlaceOf(units, i);
+    return std::nullopt;
+}
+
+std::optional<NulFinder::Place> NulFinder::FindInDeclaration(const xercesc::InputSource& source, std::string_view text)
+{
+    const Units units = UnitsOf(source, text);
+    const std::size_t second = units.Begin() + 1;
+    if (second >= units.Count() || units.At(second) != '?')
+        return std::nullopt;
+    for (std::size_t i = second; i < units.Count() && units.At(i) != '>'; ++i)
+        if (units.At(i) == 0)
+            return PlaceOf(units, i);
+    return std::nullopt;
+}
