@@ -232,7 +232,10 @@ void XMLFormatter::WriteTree(XMLFormatter& target, const DOMElement& element, co
 
 void XMLFormatter::OutputDOMElements(const DOMElementChildren& elements)
 {
-    for (const DOMElement* element : elements) OutputDOMElement(*element);
+    std::vector<const DOMElement*> all;
+    all.reserve(elements.size());
+    for (const DOMElement* element : elements) all.push_back(element);
+    for (const DOMElement* element : all) OutputDOMElement(*element);
 }
 
 void XMLFormatter::OutputContent(const VString& text, bool verbatim)

@@ -114,6 +114,8 @@ public:
     // override, so it may bracket, replace or leave out any element; then the call stack
     // grows with the depth of the tree. Without an override it does not.
     using XMLFormatterBase::OutputDOMElement;
+    // Each of the elements that the view shows when the call begins, through OutputDOMElement:
+    // a writer that builds a tree may append to the element whose children they are.
     virtual void OutputDOMElements(const DOMElementChildren& elements);
     // `verbatim` text is written as it stands, on lines of its own, and followed by the
     // indentation; other text is escaped and nothing is added.
