@@ -124,7 +124,7 @@ public:
 
     // A view of the children; it reads them at each call and is valid while the element lives.
     DOMElementChildren GetChildren() noexcept { return DOMElementChildren(*this); }
-    const DOMElementChildren GetChildren() const noexcept { return DOMElementChildren(const_cast<DOMElement&>(*this)); }
+    DOMElementConstChildren GetChildren() const noexcept { return DOMElementConstChildren(*this); }
 
     // `before` is a child of this element, or null for the end.
     DOMElement& AddNewChild(const VString& name, const DOMElement* before);

@@ -59,7 +59,7 @@ public:
     // written are left out; otherwise writing an element into itself would never end.
     const DOMElement* NextChild()
     {
-        const auto children = m_element.GetChildren();
+        const DOMElementConstChildren children = m_element.GetChildren();
         return m_next < std::min(m_count, children.size()) ? children[m_next++] : nullptr;
     }
     void Restart() noexcept { m_next = 0; }
