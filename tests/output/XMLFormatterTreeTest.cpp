@@ -229,7 +229,10 @@ TEST(XMLFormatterTreeTest, OverrideSeesBeforeAndAfterEachChild)
 // Inherits its override.
 class InheritingWriter : public BracketWriter {
 public:
-    void OutputString(const VString& text) override { BracketWriter::OutputString(VString(text.ToQString().toUpper())); }
+    void OutputString(const VString& text) override
+    {
+        BracketWriter::OutputString(VString(text.ToQString().toUpper()));
+    }
 };
 
 TEST(XMLFormatterTreeTest, InheritedOverrideSeesEachChild)

@@ -24,7 +24,8 @@ static_assert(std::is_same_v<decltype(std::declval<DOMElement&>().GetChildren().
 
 // It yields no references, so it is more than an input iterator for std::ranges only.
 template <typename Iterator>
-constexpr bool IsClassicInputIterator = std::is_same_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag>;
+constexpr bool IsClassicInputIterator =
+    std::is_same_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag>;
 static_assert(IsClassicInputIterator<DOMElementChildren::iterator>);
 static_assert(IsClassicInputIterator<DOMElementChildren::const_iterator>);
 static_assert(IsClassicInputIterator<DOMElementChildren::reverse_iterator>);

@@ -25,7 +25,8 @@ static_assert(std::sentinel_for<Iterator, Iterator>);
 static_assert(std::is_same_v<std::iter_difference_t<Iterator>, std::ptrdiff_t>);
 // A copy cannot be moved on, which the classic algorithms need.
 template <typename T>
-constexpr bool IsClassicIterator = std::is_convertible_v<typename std::iterator_traits<T>::iterator_category, std::input_iterator_tag>;
+constexpr bool IsClassicIterator =
+    std::is_convertible_v<typename std::iterator_traits<T>::iterator_category, std::input_iterator_tag>;
 static_assert(IsClassicIterator<VString*>);
 static_assert(!IsClassicIterator<Iterator>);
 static_assert(!IsClassicIterator<ConstIterator>);

@@ -36,7 +36,8 @@ TEST(TraversalMemoryTest, RangeForKeepsTheReservedRoom)
     for (int i = 0; i < 120; ++i) wide.AddNewChild("b", nullptr);
     std::size_t elements = 0;
     const std::size_t before = allocations;
-    for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(root)) elements += element.GetName().length() == 1;
+    for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(root))
+        elements += element.GetName().length() == 1;
     // A generator and its stack for the traversal, and for the copy that begin() gives.
     EXPECT_EQ(allocations - before, 4u);
     EXPECT_EQ(elements, 122u);

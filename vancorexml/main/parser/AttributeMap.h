@@ -130,10 +130,16 @@ public:
         return {InsertNew(name, VString(std::forward<Args>(args)...)), true};
     }
     template <typename... Args>
-    iterator try_emplace(const_iterator, const VString& name, Args&&... args) { return try_emplace(name, std::forward<Args>(args)...).first; }
+    iterator try_emplace(const_iterator, const VString& name, Args&&... args)
+    {
+        return try_emplace(name, std::forward<Args>(args)...).first;
+    }
     // Inserts, or overwrites the value.
     std::pair<iterator, bool> insert_or_assign(const VString& name, VString value);
-    iterator insert_or_assign(const_iterator, const VString& name, VString value) { return insert_or_assign(name, std::move(value)).first; }
+    iterator insert_or_assign(const_iterator, const VString& name, VString value)
+    {
+        return insert_or_assign(name, std::move(value)).first;
+    }
     size_type erase(const VString& name);
     // The position now holds an entry not yet seen by a walk from the front, or is the end.
     iterator erase(const_iterator position);

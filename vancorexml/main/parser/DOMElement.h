@@ -60,8 +60,14 @@ public:
     // Null when there is no memory.
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
     static void operator delete(void* element, const std::nothrow_t&) noexcept { operator delete(element); }
-    static void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept { return ::operator new(size, alignment, tag); }
-    static void operator delete(void* element, std::align_val_t alignment, const std::nothrow_t&) noexcept { operator delete(element, alignment); }
+    static void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept
+    {
+        return ::operator new(size, alignment, tag);
+    }
+    static void operator delete(void* element, std::align_val_t alignment, const std::nothrow_t&) noexcept
+    {
+        operator delete(element, alignment);
+    }
 
     // Takes over name, text, attributes and copies of the children; keeps document, parent
     // and locations. `other` may be an ancestor or a descendant of this element. Linear.

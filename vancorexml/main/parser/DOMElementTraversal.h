@@ -73,7 +73,10 @@ public:
     {
     }
     // Leaves `other` at the end.
-    PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept : m_generator(std::move(other.m_generator)), m_current(std::exchange(other.m_current, nullptr)) {}
+    PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept
+        : m_generator(std::move(other.m_generator)), m_current(std::exchange(other.m_current, nullptr))
+    {
+    }
     PreorderIteratorTemplate& operator=(const PreorderIteratorTemplate& other)
     {
         PreorderIteratorTemplate copy(other);

@@ -18,7 +18,10 @@ VString Describe(const VString& name, std::uint32_t code)
 
 }  // namespace
 
-DOMException::DOMException(const VString& message, const VError::ErrorInfo& info) : VantoraException(message, info, Describe(message, info.GetCode())) {}
+DOMException::DOMException(const VString& message, const VError::ErrorInfo& info)
+    : VantoraException(message, info, Describe(message, info.GetCode()))
+{
+}
 
 DOMException::DOMException(const DOMException& other) = default;
 
