@@ -21,13 +21,18 @@ public:
     virtual VantoraException* Clone() const;
     // Throws a copy of this exception, of the derived type.
     [[noreturn]] virtual void Throw() const;
-    // The message as UTF-8; valid while the exception lives.
+    // The message, or the description that a derived class gives, as UTF-8; valid while the
+    // exception lives.
     const char* what() const noexcept override;
 
     const VString& GetMessage() const noexcept { return m_message; }
     // All messages of the exception, a line each; one unless a class has more.
     virtual VString GetConcatenatedMessages() const;
     const VError::ErrorInfo& GetErrorInfo() const noexcept { return m_info; }
+
+protected:
+    // For a class whose message alone does not say what went wrong: what() gives `description`.
+    VantoraException(const VString& message, const VError::ErrorInfo& info, const VString& description);
 
 private:
     VString m_message;

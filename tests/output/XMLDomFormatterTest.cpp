@@ -132,6 +132,87 @@ TEST(XMLDomFormatterTest, OutputDOMElementsAppendsACopyOfEach)
     EXPECT_EQ(writer.GetRoot().GetChildren()[1]->GetName(), VString("g"));
 }
 
+// The names of the subtree, "a(b c(d))".
+std::string NamesOf(const DOMElement& element)
+{
+    std::string names;
+    for (const DOMElement* child : element.GetChildren()) names += (names.empty() ? "" : " ") + NamesOf(*child);
+    return element.GetName().toStdString() + (names.empty() ? "" : "(" + names + ")");
+}
+
+TEST(XMLDomFormatterTest, OutputDOMElementsAppendsTheChildrenThatTheOpenElementHadBefore)
+{
+    // With so many children the list is full, and the first copy moves it.
+    constexpr std::size_t count = 127;
+    XMLDomFormatter writer;
+    writer.OutputOpenTag("a", NoAttributes);
+    for (std::size_t i = 0; i < count; ++i) writer.OutputContentTag("b", NoAttributes, VString::number(i));
+    writer.OutputDOMElements(writer.GetDocumentRoot()->GetChildren());
+    const auto children = writer.GetDocumentRoot()->GetChildren();
+    ASSERT_EQ(children.size(), 2 * count);
+    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(*children[i + count], *children[i]);
+}
+
+TEST(XMLDomFormatterTest, OutputDOMElementsOfAnAncestorAppendsToTheOpenElement)
+{
+    XMLDomFormatter writer;
+    writer.OutputOpenTag("a", NoAttributes);
+    writer.OutputTag("b", NoAttributes);
+    writer.OutputOpenTag("c", NoAttributes);
+    writer.OutputDOMElements(writer.GetDocumentRoot()->GetChildren());
+    EXPECT_EQ(NamesOf(*writer.GetDocumentRoot()), "a(b c(b c(b)))");
+}
+
+TEST(XMLDomFormatterTest, OutputDOMElementAppendsTheOpenElementToItself)
+{
+    XMLDomFormatter writer;
+    writer.OutputOpenTag("a", SomeAttributes);
+    writer.OutputTag("b", NoAttributes);
+    writer.OutputDOMElement(*writer.GetDocumentRoot());
+    EXPECT_EQ(NamesOf(*writer.GetDocumentRoot()), "a(b a(b))");
+}
+
+TEST(XMLDomFormatterTest, OutputDOMElementAppendsTheWholeDocumentToTheOpenElement)
+{
+    XMLDomFormatter writer;
+    writer.OutputOpenTag("a", NoAttributes);
+    writer.OutputOpenTag("b", NoAttributes);
+    writer.OutputDOMElement(writer.GetRoot());
+    EXPECT_EQ(NamesOf(writer.GetRoot()), "Document(a(b(Document(a(b)))))");
+}
+
+// Writes elements tag by tag, where XMLDomFormatter copies them.
+class TagWriter : public XMLDomFormatter {
+public:
+    void OutputDOMElement(const DOMElement& element) override { XMLFormatter::OutputDOMElement(element); }
+};
+
+TEST(XMLDomFormatterTest, OpenElementIsWrittenIntoItselfTagByTag)
+{
+    TagWriter writer;
+    writer.OutputOpenTag("a", NoAttributes);
+    writer.OutputTag("b", NoAttributes);
+    writer.OutputTag("c", NoAttributes);
+    writer.OutputDOMElement(*writer.GetDocumentRoot());
+    EXPECT_EQ(NamesOf(*writer.GetDocumentRoot()), "a(b c a(b c))");
+}
+
+TEST(XMLDomFormatterTest, OperationsTakeTheOpenElementsOwnNameTextAndAttributes)
+{
+    XMLDomFormatter writer;
+    writer.OutputOpenTag("a", SomeAttributes);
+    const DOMElement& a = *writer.GetDocumentRoot();
+    writer.OutputString("t");
+    writer.OutputContentTag(a.GetName(), a.GetAttributes(), a.GetText());
+    writer.OutputAttributes(a.GetAttributes());
+    writer.OutputString(a.GetText());
+    writer.OutputContent(a.GetText(), false);
+    EXPECT_EQ(a.GetText(), VString("tt"));
+    EXPECT_EQ(a.GetAttributes(), SomeAttributes);
+    EXPECT_EQ(a.GetChildren().front()->GetText(), VString("t"));
+    writer.OutputCloseTag(a.GetName());
+}
+
 TEST(XMLDomFormatterTest, OutputContentReplacesTheText)
 {
     XMLDomFormatter writer;

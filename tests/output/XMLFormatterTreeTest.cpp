@@ -226,6 +226,22 @@ TEST(XMLFormatterTreeTest, OverrideSeesBeforeAndAfterEachChild)
     EXPECT_EQ(Write<BracketWriter>(element), VString("[<a>[<b>[<c />]</b>][<d />]</a>]"));
 }
 
+// Inherits its override.
+class InheritingWriter : public BracketWriter {
+public:
+    void OutputString(const VString& text) override
+    {
+        BracketWriter::OutputString(VString(text.ToQString().toUpper()));
+    }
+};
+
+TEST(XMLFormatterTreeTest, InheritedOverrideSeesEachChild)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr).AddNewChild("c", nullptr);
+    EXPECT_EQ(Write<InheritingWriter>(element), VString("[<A>[<B>[<C />]</B>]</A>]"));
+}
+
 class Other {
 public:
     virtual ~Other() = default;
@@ -302,12 +318,11 @@ TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAString)
     EXPECT_TRUE(writer.GetOutput().endsWith("</e></e>"));
 }
 
-// A sink of its own that asks for the walk without a recursion.
+// A sink of its own, and nothing else.
 class CountingWriter : public XMLFormatter {
 public:
     CountingWriter() : XMLFormatter("", true) {}
 
-    void OutputDOMElement(const DOMElement& element) override { WriteTree(*this, element, *this); }
     void OutputString(const VString& text) override { units += static_cast<std::size_t>(text.length()); }
 
     std::size_t units = 0;
@@ -316,6 +331,23 @@ public:
 TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAnotherSink)
 {
     CountingWriter writer;
+    writer.OutputDOMElement(*DeepTree());
+    EXPECT_EQ(writer.units, DeepTextLength);
+}
+
+// The same, on top of the writer into a string.
+class CountingStringWriter : public XMLStringFormatter {
+public:
+    CountingStringWriter() : XMLStringFormatter("", true) {}
+
+    void OutputString(const VString& text) override { units += static_cast<std::size_t>(text.length()); }
+
+    std::size_t units = 0;
+};
+
+TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenByAClassThatOverridesOnlyTheSinkOfTheStringWriter)
+{
+    CountingStringWriter writer;
     writer.OutputDOMElement(*DeepTree());
     EXPECT_EQ(writer.units, DeepTextLength);
 }

@@ -22,6 +22,41 @@ static_assert(!std::is_convertible_v<DOMElementChildren::const_iterator, DOMElem
 static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChildren().begin()), DOMElementChildren::const_iterator>);
 static_assert(std::is_same_v<decltype(std::declval<DOMElement&>().GetChildren().begin()), DOMElementChildren::iterator>);
 
+// It yields no references, so it is more than an input iterator for std::ranges only.
+template <typename Iterator>
+constexpr bool IsClassicInputIterator =
+    std::is_same_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag>;
+static_assert(IsClassicInputIterator<DOMElementChildren::iterator>);
+static_assert(IsClassicInputIterator<DOMElementChildren::const_iterator>);
+static_assert(IsClassicInputIterator<DOMElementChildren::reverse_iterator>);
+
+// The children of a constant element cannot be changed through any view.
+static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChildren()), DOMElementConstChildren>);
+static_assert(!std::is_constructible_v<DOMElementChildren, DOMElementConstChildren>);
+static_assert(!std::is_constructible_v<DOMElementChildren, const DOMElement&>);
+static_assert(!std::is_convertible_v<DOMElementConstChildren, DOMElementChildren>);
+static_assert(!std::is_convertible_v<DOMElementConstChildren, DOMElementChildren&>);
+static_assert(!std::is_convertible_v<DOMElementConstChildren, DOMElementChildren&&>);
+static_assert(!std::is_assignable_v<DOMElementChildren&, DOMElementConstChildren>);
+static_assert(std::is_convertible_v<DOMElementConstChildren, const DOMElementChildren&>);
+static_assert(std::is_convertible_v<DOMElementChildren, DOMElementConstChildren>);
+static_assert(std::is_same_v<decltype(*std::declval<DOMElementConstChildren&>().begin()), const DOMElement*>);
+static_assert(std::is_same_v<decltype(std::declval<DOMElementConstChildren&>()[0]), const DOMElement*>);
+static_assert(std::is_same_v<decltype(std::declval<DOMElementConstChildren&>().at(0)), const DOMElement*>);
+static_assert(std::is_same_v<decltype(std::declval<DOMElementConstChildren&>().front()), const DOMElement*>);
+static_assert(std::is_same_v<decltype(std::declval<DOMElementConstChildren&>().back()), const DOMElement*>);
+static_assert(std::is_same_v<decltype(*std::declval<DOMElementConstChildren&>().rbegin()), const DOMElement*>);
+
+static_assert(std::is_same_v<DOMElementChildren::value_type, DOMElement*>);
+static_assert(std::is_same_v<DOMElementConstChildren::value_type, const DOMElement*>);
+static_assert(std::is_same_v<DOMElementChildren::size_type, std::size_t>);
+static_assert(std::ranges::borrowed_range<DOMElementChildren>);
+static_assert(std::ranges::borrowed_range<DOMElementConstChildren>);
+static_assert(std::ranges::random_access_range<DOMElementChildren>);
+static_assert(std::ranges::random_access_range<const DOMElementChildren>);
+static_assert(std::ranges::random_access_range<DOMElementConstChildren>);
+static_assert(std::ranges::sized_range<const DOMElementConstChildren>);
+
 namespace {
 
 // Everything a view answers, for both forms of it.
@@ -68,8 +103,25 @@ TEST(DOMElementChildrenTest, TheMutableViewShowsTheChildren)
 TEST(DOMElementChildrenTest, TheConstantViewShowsTheChildren)
 {
     const Tree tree("a(bcd)");
-    const DOMElementChildren children = std::as_const(tree[1]).GetChildren();
+    const auto children = std::as_const(tree[1]).GetChildren();
     ExpectThreeChildren(children);
+    ExpectOutOfRange(children, 3);
+    EXPECT_TRUE(std::as_const(tree[2]).GetChildren().empty());
+}
+
+// A view passed on by constant reference, as writers take it.
+std::string DescribeView(const DOMElementChildren& children)
+{
+    return Describe(children);
+}
+
+TEST(DOMElementChildrenTest, AFunctionTakesEitherViewByConstantReference)
+{
+    const Tree tree("a(bcd)");
+    EXPECT_EQ(DescribeView(tree[1].GetChildren()), "b2 c3 d4");
+    EXPECT_EQ(DescribeView(std::as_const(tree[1]).GetChildren()), "b2 c3 d4");
+    const DOMElementConstChildren children = tree[1].GetChildren();
+    EXPECT_EQ(DescribeView(children), "b2 c3 d4");
 }
 
 TEST(DOMElementChildrenTest, IsMadeFromAnElement)
@@ -170,6 +222,19 @@ TEST(DOMElementChildrenTest, AMutableIteratorBecomesAConstantOne)
     DOMElementChildren::const_iterator i = children.begin();
     EXPECT_EQ(i, children.cbegin());
     EXPECT_EQ(*i, *children.begin());
+}
+
+TEST(DOMElementChildrenTest, ServesTheRangeAlgorithms)
+{
+    const Tree tree("a(bcbd)");
+    const auto isB = [](const DOMElement* child) { return child->GetName() == VString("b"); };
+    // The iterator outlives the view that it came from.
+    const auto found = std::ranges::find_if(tree[1].GetChildren(), isB);
+    EXPECT_EQ(Describe(**found), "b2");
+    EXPECT_EQ(Describe(**std::ranges::prev(tree[1].GetChildren().end())), "d5");
+    EXPECT_EQ(std::ranges::distance(std::as_const(tree[1]).GetChildren()), 4);
+    EXPECT_EQ(std::ranges::size(std::as_const(tree[1]).GetChildren()), 4u);
+    EXPECT_EQ(Describe(**std::ranges::next(tree[1].GetChildren().begin(), 2)), "b4");
 }
 
 TEST(DOMElementChildrenTest, ServesTheStandardAlgorithms)

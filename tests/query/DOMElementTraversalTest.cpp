@@ -193,6 +193,35 @@ TYPED_TEST(DOMElementTraversalTest, TraversalsAreCopiedAndMoved)
         EXPECT_EQ(DescribeRange(each->begin(), each->end()), "r1 a2 b3");
 }
 
+TYPED_TEST(DOMElementTraversalTest, MovedFromTraversalHasNoElements)
+{
+    const Tree tree("r(ab)");
+    PreorderTraversalTemplate<TypeParam> traversal(tree[1]);
+    PreorderTraversalTemplate<TypeParam> moved(std::move(traversal));
+    EXPECT_EQ(DescribeRange(traversal.begin(), traversal.end()), "");
+    traversal = std::move(moved);
+    EXPECT_EQ(DescribeRange(traversal.begin(), traversal.end()), "r1 a2 b3");
+    EXPECT_EQ(DescribeRange(moved.begin(), moved.end()), "");
+}
+
+TYPED_TEST(DOMElementTraversalTest, MovedFromIteratorIsTheEnd)
+{
+    const Tree tree("r(ab)");
+    PreorderIteratorTemplate<TypeParam> i(tree[1]);
+    const PreorderIteratorTemplate<TypeParam> moved(std::move(i));
+    EXPECT_EQ(i, PreorderIteratorTemplate<TypeParam>());
+    EXPECT_EQ(Describe(*moved), "r1");
+}
+
+TYPED_TEST(DOMElementTraversalTest, MovedFromGeneratorIsAtItsEnd)
+{
+    const Tree tree("r(ab)");
+    PreorderGeneratorTemplate<TypeParam> generator(tree[1]);
+    PreorderGeneratorTemplate<TypeParam> moved(std::move(generator));
+    EXPECT_EQ(generator.Next(), nullptr);
+    EXPECT_EQ(DescribeRest(moved), "r1 a2 b3");
+}
+
 TYPED_TEST(DOMElementTraversalTest, ServesTheStandardAlgorithms)
 {
     const Tree tree("r(a(b)b(c))");

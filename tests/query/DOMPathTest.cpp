@@ -22,6 +22,15 @@ using Iterable = DOMPath::IterableTemplate<DOMElement>;
 static_assert(std::input_iterator<Iterator>);
 static_assert(std::input_iterator<ConstIterator>);
 static_assert(std::sentinel_for<Iterator, Iterator>);
+static_assert(std::is_same_v<std::iter_difference_t<Iterator>, std::ptrdiff_t>);
+// A copy cannot be moved on, which the classic algorithms need.
+template <typename T>
+constexpr bool IsClassicIterator =
+    std::is_convertible_v<typename std::iterator_traits<T>::iterator_category, std::input_iterator_tag>;
+static_assert(IsClassicIterator<VString*>);
+static_assert(!IsClassicIterator<Iterator>);
+static_assert(!IsClassicIterator<ConstIterator>);
+static_assert(!std::is_constructible_v<std::vector<DOMElement>, ConstIterator, ConstIterator>);
 static_assert(std::is_same_v<std::iter_reference_t<Iterator>, DOMElement&>);
 static_assert(std::is_same_v<std::iter_reference_t<ConstIterator>, const DOMElement&>);
 static_assert(std::is_same_v<decltype(std::declval<Iterable&>().begin()), Iterator>);
@@ -178,6 +187,30 @@ TEST(DOMPathTest, WalkReadsThePathWhenItBegins)
     auto walk = DOMPath::Walk(tree[1], path);
     path = "a/c";
     EXPECT_EQ(Describe(*walk.begin()), "c3");
+}
+
+TEST(DOMPathTest, WalkKeepsATemporaryPath)
+{
+    const Tree tree("a(bcb)");
+    const std::string path("a/b");
+    std::vector<DOMElement*> matches;
+    for (DOMElement& match : DOMPath::Walk(tree[1], path.c_str()))
+        matches.push_back(&match);
+    for (DOMElement& match : DOMPath::Walk(tree[1], VString("a/") + VString("c")))
+        matches.push_back(&match);
+    for (const DOMElement& match : DOMPath::Walk(std::as_const(tree[1]), std::add_const_t<VString>("//b")))
+        matches.push_back(const_cast<DOMElement*>(&match));
+    EXPECT_EQ(Describe(matches), "b2 b4 c3 b2 b4");
+}
+
+TEST(DOMPathTest, CopiedWalkKeepsATemporaryPath)
+{
+    const Tree tree("a(bcb)");
+    auto walk = std::make_unique<Iterable>(DOMPath::Walk(tree[1], "a/b"));
+    Iterable copy(*walk);
+    walk.reset();
+    EXPECT_EQ(Describe(*copy.begin()), "b2");
+    EXPECT_EQ(Describe(*copy.cbegin()), "b2");
 }
 
 TEST(DOMPathTest, AnIteratorKeepsThePathItBeganWith)

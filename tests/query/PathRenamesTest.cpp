@@ -89,6 +89,24 @@ TEST(PathRenamesTest, ReverseRenamePathGivesTheFirstOldPathInOrder)
     EXPECT_EQ(Text(renames.ReverseRenamePath("")), "");
 }
 
+TEST(PathRenamesTest, SetCRCReadsItsTargetBeforeItChangesTheEntryThatHoldsIt)
+{
+    PathRenames renames;
+    renames.SetCRC("a/first.csv", "one/first.csv", 7);
+    renames.SetRename("b/second.csv", "two/second.csv");
+    renames.SetCRC("b/second.csv", renames.GetPathMap().at("b/second.csv"), 7);
+    EXPECT_EQ(Entries(renames), "a>one b>two b/second.csv>one/first.csv");
+}
+
+TEST(PathRenamesTest, SetCRCReadsItsSourceBeforeItChangesTheEntryThatHoldsIt)
+{
+    PathRenames renames;
+    renames.SetCRC("a/first.csv", "one/first.csv", 7);
+    renames.SetRename("b/second.csv", "b/second.csv");
+    renames.SetCRC(renames.GetPathMap().at("b/second.csv"), "two/second.csv", 7);
+    EXPECT_EQ(Entries(renames), "a>one b>two b/second.csv>one/first.csv");
+}
+
 TEST_P(PathRenamesAbsoluteRows, Result)
 {
     PathRenames renames;

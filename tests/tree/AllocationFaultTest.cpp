@@ -1,7 +1,9 @@
 // Every allocation of an operation fails in turn: nothing leaks (the address sanitizer tells),
 // and what promises to stay unchanged does.
+#include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <stdexcept>
 
 #include "tests/tree/TreeTestSupport.h"
 
@@ -279,4 +281,40 @@ TEST(AllocationFaultTest, AttributesThatFailAreAsTheyWere)
     EXPECT_EQ(FailEach(make, [](AttributeMap& map) { map.reserve(40); }, check), 1);
     EXPECT_EQ(FailEach(make, [](AttributeMap& map) { const AttributeMap copy(map); }, check), 1);
     EXPECT_EQ(FailEach(make, [](AttributeMap&) { const AttributeMap list{{"a", "1"}, {"b", "2"}}; }, check), 1);
+}
+
+// Aligned beyond what the global operator new gives.
+class AlignedElement : public DOMElement {
+public:
+    using DOMElement::DOMElement;
+
+    alignas(64) char mark = 'm';
+};
+
+TEST(AllocationFaultTest, NothrowNewGivesAnElement)
+{
+    const std::unique_ptr<DOMElement> element(new (std::nothrow) DOMElement("a"));
+    EXPECT_EQ(element->GetName(), VString("a"));
+    const std::unique_ptr<AlignedElement> aligned(new (std::nothrow) AlignedElement("b"));
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(aligned.get()) % 64, 0u);
+}
+
+TEST(AllocationFaultTest, NothrowNewGivesNullWhenThereIsNoMemory)
+{
+    const VString name("a");
+    allocationsLeft = 0;
+    DOMElement* const element = new (std::nothrow) DOMElement(name);
+    allocationsLeft = -1;
+    EXPECT_EQ(element, nullptr);
+}
+
+// Takes memory, and then fails.
+class FailingElement : public DOMElement {
+public:
+    FailingElement() : DOMElement("a") { throw std::runtime_error("failed"); }
+};
+
+TEST(AllocationFaultTest, NothrowNewFreesTheMemoryOfAnElementThatFails)
+{
+    EXPECT_THROW(static_cast<void>(new (std::nothrow) FailingElement()), std::runtime_error);
 }

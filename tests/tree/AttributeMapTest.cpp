@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <iterator>
 #include <random>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <tuple>
+#include <type_traits>
 #include <unordered_map>
 
 #include "vansys/VHash32.h"
@@ -74,6 +78,107 @@ void ExpectSameAsStandardMap(unsigned seed, int names, int steps)
 }
 
 }  // namespace
+
+// What is no iterator over entries is no argument of the iterator templates.
+template <typename T>
+constexpr bool InsertsRangeOf = requires(AttributeMap map, T i) { map.insert(i, i); };
+static_assert(std::is_constructible_v<AttributeMap, Model::iterator, Model::iterator>);
+static_assert(!std::is_constructible_v<AttributeMap, int, int>);
+static_assert(!std::is_constructible_v<AttributeMap, const char*, const char*>);
+static_assert(InsertsRangeOf<Model::const_iterator>);
+static_assert(InsertsRangeOf<AttributeMap::iterator>);
+static_assert(!InsertsRangeOf<int>);
+static_assert(!InsertsRangeOf<const char*>);
+static_assert(!InsertsRangeOf<VString*>);
+
+static_assert(std::is_same_v<AttributeMap::key_equal, std::equal_to<VString>>);
+static_assert(std::is_same_v<AttributeMap::hasher, VStringHash>);
+
+// Runs on the standard's map as on ours.
+struct ChangeRow {
+    template <typename Change>
+    ChangeRow(const char* rowName, Change change) : name(rowName), ours(change), standard(change) {}
+
+    const char* name;
+    std::function<void(AttributeMap&)> ours;
+    std::function<void(Model&)> standard;
+};
+
+class AttributeMapChangeTest : public testing::TestWithParam<ChangeRow> {};
+
+TEST_P(AttributeMapChangeTest, ActsAsOnTheStandardMap)
+{
+    for (const Model& start : {Model{}, Model{{"a", "0"}}, Model{{"b", "2"}, {"c", "3"}}}) {
+        AttributeMap map(start.begin(), start.end());
+        Model model(start);
+        GetParam().ours(map);
+        GetParam().standard(model);
+        ExpectSame(map, model);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Changes, AttributeMapChangeTest, testing::Values(
+    ChangeRow("InsertBraces", [](auto& map) { map.insert({"a", "1"}).first->second += "x"; }),
+    ChangeRow("InsertEntry", [](auto& map) { map.insert(std::pair<const VString, VString>("a", "1")).first->second += "x"; }),
+    ChangeRow("InsertPair", [](auto& map) { map.insert(std::pair<VString, VString>("a", "1")).first->second += "x"; }),
+    ChangeRow("InsertPairOfLiterals", [](auto& map) { map.insert(std::make_pair("a", "1")).first->second += "x"; }),
+    ChangeRow("InsertPairObject", [](auto& map) {
+        std::pair<const VString, VString> entry("a", "1");
+        map.insert(entry);
+        map.insert(map.end(), entry)->second += entry.second;
+    }),
+    ChangeRow("InsertHint", [](auto& map) { map.insert(map.begin(), {"a", "1"})->second += "x"; }),
+    ChangeRow("InsertHintPair", [](auto& map) { map.insert(map.cend(), std::make_pair("a", "1"))->second += "x"; }),
+    ChangeRow("InsertList", [](auto& map) { map.insert({{"a", "1"}, {"d", "4"}, {"a", "5"}}); }),
+    ChangeRow("EmplaceNothing", [](auto& map) { map.emplace().first->second += "x"; }),
+    ChangeRow("EmplacePair", [](auto& map) { map.emplace(std::make_pair("a", "1")).first->second += "x"; }),
+    ChangeRow("EmplaceTwo", [](auto& map) { map.emplace("a", VString("1")).first->second += "x"; }),
+    ChangeRow("EmplacePiecewise", [](auto& map) {
+        map.emplace(std::piecewise_construct, std::forward_as_tuple("a"), std::forward_as_tuple(u"123", 2)).first->second += "x";
+    }),
+    ChangeRow("EmplaceHint", [](auto& map) { map.emplace_hint(map.begin(), "a", "1")->second += "x"; }),
+    ChangeRow("TryEmplace", [](auto& map) { map.try_emplace("a", "1").first->second += "x"; }),
+    ChangeRow("TryEmplaceNothing", [](auto& map) { map.try_emplace("a").first->second += "x"; }),
+    ChangeRow("TryEmplaceTwo", [](auto& map) { map.try_emplace("a", u"123", 2).first->second += "x"; }),
+    ChangeRow("TryEmplaceHint", [](auto& map) { map.try_emplace(map.end(), "a", u"123", 2)->second += "x"; }),
+    ChangeRow("InsertOrAssign", [](auto& map) { map.insert_or_assign("a", "1").first->second += "x"; }),
+    ChangeRow("InsertOrAssignHint", [](auto& map) { map.insert_or_assign(map.begin(), "a", "1")->second += "x"; }),
+    ChangeRow("AssignList", [](auto& map) { map = {{"a", "1"}, {"b", "2"}}; }),
+    ChangeRow("AssignNothing", [](auto& map) { map = {}; }),
+    ChangeRow("EraseIf", [](auto& map) { std::erase_if(map, [](const auto& entry) { return entry.first == VString("a"); }); })),
+    [](const auto& row) { return row.param.name; });
+
+TEST(AttributeMapTest, TryEmplaceLeavesItsArgumentsWhenTheNameIsThere)
+{
+    AttributeMap map{{"a", "1"}};
+    VString value("2");
+    EXPECT_FALSE(map.try_emplace("a", std::move(value)).second);
+    EXPECT_EQ(value, VString("2"));
+    EXPECT_TRUE(map.try_emplace("b", std::move(value)).second);
+    EXPECT_EQ(map.at("b"), VString("2"));
+}
+
+TEST(AttributeMapTest, EraseIfLooksAtEveryEntryOnce)
+{
+    AttributeMap map = MapOf(100);
+    int asked = 0;
+    const auto isOdd = [&asked](const AttributeMap::value_type& entry) {
+        ++asked;
+        return entry.first.toStdString().back() % 2 == 1;
+    };
+    EXPECT_EQ(std::erase_if(map, isOdd), 50u);
+    EXPECT_EQ(asked, 100);
+    EXPECT_EQ(map.size(), 50u);
+    EXPECT_EQ(map.count("98"), 1u);
+    EXPECT_EQ(map.count("99"), 0u);
+}
+
+TEST(AttributeMapTest, NoMoreThanMaxSizeEntriesAreMadeRoomFor)
+{
+    AttributeMap map;
+    EXPECT_GT(map.max_size(), 1000000u);
+    EXPECT_THROW(map.reserve(map.max_size() + 1), std::length_error);
+}
 
 class AttributeMapPropertyTest : public testing::TestWithParam<int> {};
 

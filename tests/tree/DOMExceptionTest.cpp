@@ -45,3 +45,25 @@ TEST(DOMExceptionTest, AssignmentTakesBoth)
     EXPECT_EQ(exception.GetMessage(), VString("missing"));
     EXPECT_EQ(exception.GetErrorInfo().GetCode(), 5u);
 }
+
+// What a failed lookup says.
+template <typename Lookup>
+std::string WhatOf(const Lookup& lookup)
+{
+    try {
+        lookup(DOMElement("settings"));
+    } catch (const DOMException& exception) {
+        EXPECT_EQ(exception.GetMessage(), VString("logging"));
+        const std::unique_ptr<VantoraException> clone(exception.Clone());
+        EXPECT_STREQ(clone->what(), exception.what());
+        return exception.what();
+    }
+    return "no exception";
+}
+
+TEST(DOMExceptionTest, WhatSaysWhatIsMissing)
+{
+    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.GetRequiredChild("logging"); }), "The element has no child \"logging\".");
+    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.GetRequiredChildByAttr("logging", "1"); }), "No child of the element has the required value of the attribute \"logging\".");
+    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.RequireAttribute("logging"); }), "The element has no attribute \"logging\".");
+}

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <stdexcept>
 
@@ -14,7 +13,6 @@ using Entry = AttributeMap::value_type;
 
 // Up to this capacity a scan is as fast as an index and costs no memory.
 constexpr std::size_t ScanLimit = 16;
-constexpr std::size_t MaxCapacity = std::numeric_limits<std::uint32_t>::max() / 4;
 
 // A power of two, at least twice the capacity: an open-addressing index stays half empty.
 std::size_t SlotCount(std::size_t capacity)
@@ -88,7 +86,7 @@ void MoveEntry(Entry* target, Entry& source) noexcept
 
 Entry* AllocateBlock(std::size_t capacity)
 {
-    if (capacity > MaxCapacity)
+    if (capacity > AttributeMap::max_size())
         throw std::length_error("AttributeMap");
     const std::size_t slots = SlotCount(capacity);
     auto* const block = static_cast<Entry*>(::operator new(capacity * sizeof(Entry) + slots * sizeof(std::uint32_t)));
@@ -186,25 +184,20 @@ AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value
     return position;
 }
 
-std::pair<AttributeMap::iterator, bool> AttributeMap::try_emplace(const VString& name, VString value)
+AttributeMap::iterator AttributeMap::InsertNew(const VString& name, VString&& value)
 {
-    if (m_size != 0) {
-        const iterator found = find(name);
-        if (found != end())
-            return {found, false};
-    }
     if (m_size != m_capacity)
-        return {Append(name, std::move(value)), true};
+        return Append(name, std::move(value));
     const VString key(name);  // `name` may be an entry, which growing moves
     Grow(2 * size() + 1);
-    return {Append(key, std::move(value)), true};
+    return Append(key, std::move(value));
 }
 
 std::pair<AttributeMap::iterator, bool> AttributeMap::insert_or_assign(const VString& name, VString value)
 {
     const iterator found = find(name);
     if (found == end())
-        return try_emplace(name, std::move(value));
+        return {InsertNew(name, std::move(value)), true};
     found->second = std::move(value);
     return {found, false};
 }

@@ -3,15 +3,21 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
+#include <iterator>
+#include <limits>
+#include <type_traits>
 #include <utility>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
+#include "vansys/VHash32.h"
 
 // The attributes of an element: an unordered map from name to value with the interface of
-// the standard's, kept flat, because an element has few attributes and a document many
-// elements: one attribute within the map itself, more of them in one block.
+// the standard's but for node handles, buckets and allocators. It is kept flat, because an
+// element has few attributes and a document many elements: one attribute within the map
+// itself, more of them in one block. A hint is accepted and not used.
 //
 // Ownership: a value. The order of iteration carries no meaning and changes with an erase.
 // Unlike the standard's map, anything that inserts, erases, moves or swaps invalidates all
@@ -29,6 +35,8 @@ public:
     using value_type = std::pair<const VString, VString>;
     using size_type = std::size_t;
     using difference_type = std::ptrdiff_t;
+    using hasher = VStringHash;
+    using key_equal = std::equal_to<VString>;
     using reference = value_type&;
     using const_reference = const value_type&;
     using pointer = value_type*;
@@ -36,10 +44,20 @@ public:
     using iterator = value_type*;
     using const_iterator = const value_type*;
 
+private:
+    // Whether an entry can be made of what the iterator yields.
+    template <typename Iterator>
+    static constexpr bool IsEntryIterator = requires {
+        requires std::is_convertible_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag>;
+        requires std::is_constructible_v<value_type, typename std::iterator_traits<Iterator>::reference>;
+    };
+
+public:
     AttributeMap() noexcept {}
     // Of equal names the first stays.
     AttributeMap(std::initializer_list<value_type> entries);
     template <typename Iterator>
+        requires(IsEntryIterator<Iterator>)
     AttributeMap(Iterator first, Iterator last) : AttributeMap() { insert(first, last); }
     AttributeMap(const AttributeMap& other);
     // Leaves `other` empty.
@@ -47,10 +65,15 @@ public:
     AttributeMap& operator=(const AttributeMap& other);
     // Nothing when `other` is this map; else `other` is left empty.
     AttributeMap& operator=(AttributeMap&& other) noexcept;
+    AttributeMap& operator=(std::initializer_list<value_type> entries) { return *this = AttributeMap(entries); }
     ~AttributeMap() { clear(); }
 
     size_type size() const noexcept { return m_size; }
     bool empty() const noexcept { return m_size == 0; }
+    // More entries throw std::length_error.
+    static size_type max_size() noexcept { return MaxSize; }
+    hasher hash_function() const { return hasher(); }
+    key_equal key_eq() const { return key_equal(); }
     iterator begin() noexcept { return IsInBlock() ? m_block : &m_entry; }
     iterator end() noexcept { return begin() + size(); }
     const_iterator begin() const noexcept { return IsInBlock() ? m_block : &m_entry; }
@@ -73,19 +96,50 @@ public:
 
     // Makes room for `count` entries in all.
     void reserve(size_type count);
-    // Inserts unless the name is there; says where it is and whether it was inserted.
+    // These insert unless the name is there; they give the entry's place and whether it was
+    // inserted, or with a hint the place alone. try_emplace leaves `args` as they are when the
+    // name is there.
     std::pair<iterator, bool> insert(const value_type& entry) { return try_emplace(entry.first, entry.second); }
+    std::pair<iterator, bool> insert(value_type&& entry) { return try_emplace(entry.first, std::move(entry.second)); }
+    template <typename Pair>
+        requires(std::is_constructible_v<value_type, Pair &&>)
+    std::pair<iterator, bool> insert(Pair&& entry) { return emplace(std::forward<Pair>(entry)); }
+    iterator insert(const_iterator, const value_type& entry) { return insert(entry).first; }
+    iterator insert(const_iterator, value_type&& entry) { return insert(std::move(entry)).first; }
+    template <typename Pair>
+        requires(std::is_constructible_v<value_type, Pair &&>)
+    iterator insert(const_iterator, Pair&& entry) { return emplace(std::forward<Pair>(entry)).first; }
     void insert(std::initializer_list<value_type> entries) { insert(entries.begin(), entries.end()); }
     template <typename Iterator>
+        requires(IsEntryIterator<Iterator>)
     void insert(Iterator first, Iterator last)
     {
         for (; first != last; ++first)
             insert(*first);
     }
-    std::pair<iterator, bool> emplace(const VString& name, const VString& value) { return try_emplace(name, value); }
-    std::pair<iterator, bool> try_emplace(const VString& name, VString value = VString());
+    template <typename... Args>
+    std::pair<iterator, bool> emplace(Args&&... args) { return insert(value_type(std::forward<Args>(args)...)); }
+    template <typename... Args>
+    iterator emplace_hint(const_iterator, Args&&... args) { return emplace(std::forward<Args>(args)...).first; }
+    template <typename... Args>
+    std::pair<iterator, bool> try_emplace(const VString& name, Args&&... args)
+    {
+        const iterator found = find(name);
+        if (found != end())
+            return {found, false};
+        return {InsertNew(name, VString(std::forward<Args>(args)...)), true};
+    }
+    template <typename... Args>
+    iterator try_emplace(const_iterator, const VString& name, Args&&... args)
+    {
+        return try_emplace(name, std::forward<Args>(args)...).first;
+    }
     // Inserts, or overwrites the value.
     std::pair<iterator, bool> insert_or_assign(const VString& name, VString value);
+    iterator insert_or_assign(const_iterator, const VString& name, VString value)
+    {
+        return insert_or_assign(name, std::move(value)).first;
+    }
     size_type erase(const VString& name);
     // The position now holds an entry not yet seen by a walk from the front, or is the end.
     iterator erase(const_iterator position);
@@ -109,6 +163,10 @@ private:
     void Grow(size_type capacity);
     // For a name that is not there, while there is room.
     iterator Append(const VString& name, VString&& value) noexcept;
+    // For a name that is not there.
+    iterator InsertNew(const VString& name, VString&& value);
+
+    static constexpr size_type MaxSize = std::numeric_limits<std::uint32_t>::max() / 4;
 
     std::uint32_t m_size = 0;
     std::uint32_t m_capacity = 1;
@@ -119,3 +177,21 @@ private:
         value_type* m_block;
     };
 };
+
+namespace std {
+
+// Erases the entries for which `predicate` is true; returns their number. Linear.
+template <typename Predicate>
+AttributeMap::size_type erase_if(AttributeMap& map, Predicate predicate)
+{
+    const AttributeMap::size_type before = map.size();
+    for (AttributeMap::iterator i = map.begin(); i != map.end();) {
+        if (predicate(*i))
+            i = map.erase(i);
+        else
+            ++i;
+    }
+    return before - map.size();
+}
+
+}  // namespace std

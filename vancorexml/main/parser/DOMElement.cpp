@@ -48,6 +48,15 @@ void* DOMElement::operator new(std::size_t size)
     return ElementPages::AllocateAlone(size);
 }
 
+void* DOMElement::operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void* DOMElement::operator new(std::size_t, ElementPages& pages)
 {
     return pages.Allocate();

@@ -60,6 +60,17 @@ public:
     // For a derived class that is aligned beyond the usual.
     static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
     static void operator delete(void* element, std::align_val_t alignment) noexcept { ::operator delete(element, alignment); }
+    // Null when there is no memory.
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void operator delete(void* element, const std::nothrow_t&) noexcept { operator delete(element); }
+    static void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept
+    {
+        return ::operator new(size, alignment, tag);
+    }
+    static void operator delete(void* element, std::align_val_t alignment, const std::nothrow_t&) noexcept
+    {
+        operator delete(element, alignment);
+    }
 
     // Takes over name, text, attributes and copies of the children; keeps document, parent
     // and locations. `other` may be an ancestor or a descendant of this element. Linear.
@@ -129,7 +140,7 @@ public:
 
     // A view of the children; it reads them at each call and is valid while the element lives.
     DOMElementChildren GetChildren() noexcept { return DOMElementChildren(*this); }
-    const DOMElementChildren GetChildren() const noexcept { return DOMElementChildren(const_cast<DOMElement&>(*this)); }
+    DOMElementConstChildren GetChildren() const noexcept { return DOMElementConstChildren(*this); }
 
     // `before` is a child of this element, or null for the end.
     DOMElement& AddNewChild(const VString& name, const DOMElement* before);

@@ -4,27 +4,32 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <string_view>  // declares std::ranges::enable_borrowed_range
 #include <type_traits>
 #include <vector>
 
 #include "vancorexml/main/parser/XMLExport.h"
 
 class DOMElement;
+class DOMElementConstChildren;
 
 // A view of an element's children in document order. It owns nothing, reads the element's
 // children at each call and so follows later changes; valid while the element lives.
-// Adding or removing a child invalidates iterators. The view of a constant element is a
-// constant one; keep it so, for a copy of it that is not yields elements to change.
+// Adding or removing a child invalidates iterators. A constant view, and the view of a
+// constant element, yield constant children.
 //
 //     for (const DOMElement* child : element.GetChildren()) Print(child->GetName());
 class VANCOREXML_API DOMElementChildren {
 public:
-    // Steps over the owning pointers and yields the elements themselves; random access.
+    // Steps over the owning pointers and yields the elements themselves; random access for
+    // std::ranges. For the classic algorithms it is an input iterator, because it yields
+    // pointers and no references to pointers: step back with -- or std::ranges::prev, not
+    // with std::prev.
     template <typename T>
     class IteratorTemplate {
     public:
         using iterator_concept = std::random_access_iterator_tag;
-        using iterator_category = std::random_access_iterator_tag;
+        using iterator_category = std::input_iterator_tag;
         using value_type = T*;
         using difference_type = std::ptrdiff_t;
         using pointer = void;
@@ -62,22 +67,30 @@ public:
         const std::unique_ptr<DOMElement>* m_position = nullptr;
     };
 
+    using value_type = DOMElement*;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using reference = DOMElement*;
+    using const_reference = const DOMElement*;
     using iterator = IteratorTemplate<DOMElement>;
     using const_iterator = IteratorTemplate<DOMElement const>;
     using reverse_iterator = std::reverse_iterator<iterator>;
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
     explicit DOMElementChildren(DOMElement& element) noexcept : m_element(&element) {}
+    // Would let a caller change the children of a constant element.
+    DOMElementChildren(const DOMElementConstChildren& children) = delete;
+    DOMElementChildren& operator=(const DOMElementConstChildren& children) = delete;
 
-    std::size_t size() const noexcept;
+    size_type size() const noexcept;
     bool empty() const noexcept;
 
     // Unchecked, as are front and back.
-    DOMElement* operator[](std::size_t position);
-    const DOMElement* operator[](std::size_t position) const;
+    DOMElement* operator[](size_type position);
+    const DOMElement* operator[](size_type position) const;
     // Throws std::out_of_range ("invalid vector subscript") at or past size().
-    DOMElement* at(std::size_t position);
-    const DOMElement* at(std::size_t position) const;
+    DOMElement* at(size_type position);
+    const DOMElement* at(size_type position) const;
     DOMElement* front() { return (*this)[0]; }
     const DOMElement* front() const { return (*this)[0]; }
     DOMElement* back() { return (*this)[size() - 1]; }
@@ -99,3 +112,48 @@ public:
 private:
     DOMElement* m_element;
 };
+
+// The view of a constant element's children; what DOMElementChildren says holds here too.
+class DOMElementConstChildren {
+public:
+    using value_type = const DOMElement*;
+    using size_type = DOMElementChildren::size_type;
+    using difference_type = DOMElementChildren::difference_type;
+    using reference = const DOMElement*;
+    using const_reference = const DOMElement*;
+    using iterator = DOMElementChildren::const_iterator;
+    using const_iterator = DOMElementChildren::const_iterator;
+    using reverse_iterator = DOMElementChildren::const_reverse_iterator;
+    using const_reverse_iterator = DOMElementChildren::const_reverse_iterator;
+
+    explicit DOMElementConstChildren(const DOMElement& element) noexcept : m_children(const_cast<DOMElement&>(element)) {}
+    DOMElementConstChildren(const DOMElementChildren& children) noexcept : m_children(children) {}
+    // For a parameter of type `const DOMElementChildren&`. The reference lives as long as this view.
+    operator const DOMElementChildren&() const noexcept { return m_children; }
+
+    size_type size() const noexcept { return m_children.size(); }
+    bool empty() const noexcept { return m_children.empty(); }
+    const DOMElement* operator[](size_type position) const { return m_children[position]; }
+    const DOMElement* at(size_type position) const { return m_children.at(position); }
+    const DOMElement* front() const { return m_children.front(); }
+    const DOMElement* back() const { return m_children.back(); }
+
+    iterator begin() const { return m_children.begin(); }
+    iterator end() const { return m_children.end(); }
+    const_iterator cbegin() const { return begin(); }
+    const_iterator cend() const { return end(); }
+    reverse_iterator rbegin() const { return m_children.rbegin(); }
+    reverse_iterator rend() const { return m_children.rend(); }
+    const_reverse_iterator crbegin() const { return rbegin(); }
+    const_reverse_iterator crend() const { return rend(); }
+
+private:
+    // Only its constant operations are used.
+    DOMElementChildren m_children;
+};
+
+// Iterators refer to the element's children and outlive the view.
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<DOMElementChildren> = true;
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<DOMElementConstChildren> = true;

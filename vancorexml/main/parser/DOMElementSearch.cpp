@@ -39,7 +39,7 @@ const DOMElement* DOMElementSearch::FindElement(const DOMElement& start, const V
     if (Matches(start, name, attrName, attrValue)) return &start;
     if (depth <= 0) return nullptr;
     std::vector<Level> levels;
-    const DOMElementChildren startChildren = start.GetChildren();
+    const DOMElementConstChildren startChildren = start.GetChildren();
     levels.push_back({startChildren.begin(), startChildren.end()});
     while (!levels.empty()) {
         Level& level = levels.back();
@@ -50,7 +50,7 @@ const DOMElement* DOMElementSearch::FindElement(const DOMElement& start, const V
         const DOMElement* const element = *level.next++;
         if (Matches(*element, name, attrName, attrValue)) return element;
         if (element->HasChildren() && levels.size() < static_cast<std::size_t>(depth)) {
-            const DOMElementChildren children = element->GetChildren();
+            const DOMElementConstChildren children = element->GetChildren();
             levels.push_back({children.begin(), children.end()});
         }
     }

@@ -1,9 +1,11 @@
 // A walk over a subtree, parents before children.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "vancorexml/main/parser/DOMElement.h"
@@ -22,10 +24,18 @@ class PreorderGeneratorTemplate {
 public:
     explicit PreorderGeneratorTemplate(T& start)
     {
-        // Ordinary documents are walked without another allocation.
-        m_stack.reserve(128);
+        m_stack.reserve(Reserved);
         m_stack.push_back(&start);
     }
+    PreorderGeneratorTemplate(const PreorderGeneratorTemplate& other)
+    {
+        m_stack.reserve(std::max(Reserved, other.m_stack.size()));
+        m_stack = other.m_stack;
+    }
+    // Leaves `other` at its end.
+    PreorderGeneratorTemplate(PreorderGeneratorTemplate&& other) noexcept = default;
+    PreorderGeneratorTemplate& operator=(const PreorderGeneratorTemplate& other) = default;
+    PreorderGeneratorTemplate& operator=(PreorderGeneratorTemplate&& other) noexcept = default;
 
     // The next element; null once all are returned, and from then on.
     T* Next()
@@ -39,6 +49,9 @@ public:
     }
 
 private:
+    // Ordinary documents are walked without another allocation.
+    static constexpr std::size_t Reserved = 128;
+
     std::vector<T*> m_stack;
 };
 
@@ -59,13 +72,23 @@ public:
         : m_generator(other.m_generator ? std::make_unique<PreorderGeneratorTemplate<T>>(*other.m_generator) : nullptr), m_current(other.m_current)
     {
     }
-    PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept = default;
+    // Leaves `other` at the end.
+    PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept
+        : m_generator(std::move(other.m_generator)), m_current(std::exchange(other.m_current, nullptr))
+    {
+    }
     PreorderIteratorTemplate& operator=(const PreorderIteratorTemplate& other)
     {
         PreorderIteratorTemplate copy(other);
         return *this = std::move(copy);
     }
-    PreorderIteratorTemplate& operator=(PreorderIteratorTemplate&& other) noexcept = default;
+    PreorderIteratorTemplate& operator=(PreorderIteratorTemplate&& other) noexcept
+    {
+        PreorderIteratorTemplate moved(std::move(other));
+        std::swap(m_generator, moved.m_generator);
+        std::swap(m_current, moved.m_current);
+        return *this;
+    }
 
     T& operator*() const { return *m_current; }
     T* operator->() const { return m_current; }
@@ -90,7 +113,8 @@ private:
     T* m_current = nullptr;
 };
 
-// The walk as something to iterate over, as often as wanted.
+// The walk as something to iterate over, as often as wanted. A traversal that was moved from
+// has no elements.
 template <typename T>
 class PreorderTraversalTemplate {
 public:

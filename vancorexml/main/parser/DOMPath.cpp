@@ -125,7 +125,7 @@ void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
     while (m_next[begin] == 0) ++begin;
     for (std::size_t i = begin; i < end; ++i) m_active.push_back(m_next[i]);
     const Span span{firstWord + begin, end - begin};
-    const DOMElementChildren children = element.GetChildren();
+    const DOMElementConstChildren children = element.GetChildren();
     m_frames.push_back({children.begin(), children.end(), span});
 }
 

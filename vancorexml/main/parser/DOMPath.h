@@ -30,8 +30,7 @@
 // Any number of threads may walk one tree that does not change. An element costs as much as
 // segments can match there, however long the path is.
 //
-//     const VString path("data-source/column");  // outlives the loop: see Walk
-//     for (const DOMElement& column : DOMPath::Walk(root, path)) Print(column.GetName());
+//     for (const DOMElement& column : DOMPath::Walk(root, "data-source/column")) Print(column.GetName());
 namespace DOMPath {
 
 // Steps through the matches of one path. Iterators below are what callers use.
@@ -78,12 +77,14 @@ private:
     std::vector<Word> m_next;            // the set for the children of the element visited last
 };
 
-// An input iterator over the matches. A copy can be read and compared but not moved on, as
-// Walker says.
+// An iterator over the matches, for range-for and the algorithms of std::ranges. A copy can be
+// read and compared but not moved on, as Walker says. The classic algorithms move copies on, so
+// for them it is no iterator: std::distance and its like do not compile.
 template <typename E>
 class IteratorTemplate {
 public:
-    using iterator_category = std::input_iterator_tag;
+    using iterator_concept = std::input_iterator_tag;
+    using iterator_category = void;
     using value_type = std::remove_const_t<E>;
     using difference_type = std::ptrdiff_t;
     using pointer = E*;
@@ -139,32 +140,40 @@ private:
     E* m_current = nullptr;
 };
 
-// What a path names, to iterate over. Refers to the element and to the path, which must live
-// until begin() has been called: a range-for over Walk(element, "a/b") would begin after the
-// text turned into a VString is gone.
+// What a path names, to iterate over. Refers to the element and to a path that is a variable:
+// both must live until begin() has been called, which reads the path. Keeps a path that is a
+// temporary.
 template <typename E>
 class IterableTemplate {
 public:
     IterableTemplate(E& element, const VString& path) : m_element(&element), m_path(&path) {}
+    IterableTemplate(E& element, const VString&& path) : m_element(&element), m_temporary(path) {}
 
-    IteratorTemplate<E> begin() { return IteratorTemplate<E>(*m_element, *m_path); }
+    IteratorTemplate<E> begin() { return IteratorTemplate<E>(*m_element, Path()); }
     IteratorTemplate<E> end() { return IteratorTemplate<E>(); }
     IteratorTemplate<E const> begin() const { return cbegin(); }
     IteratorTemplate<E const> end() const { return cend(); }
-    IteratorTemplate<E const> cbegin() const { return IteratorTemplate<E const>(*m_element, *m_path); }
+    IteratorTemplate<E const> cbegin() const { return IteratorTemplate<E const>(*m_element, Path()); }
     IteratorTemplate<E const> cend() const { return IteratorTemplate<E const>(); }
 
 private:
+    const VString& Path() const { return m_path ? *m_path : m_temporary; }
+
     E* m_element;
-    const VString* m_path;
+    const VString* m_path = nullptr;  // null for a temporary
+    VString m_temporary;
 };
 
-// Does no work until begin(), and refers to `path` until then: name the path before a
-// range-for. E is DOMElement or DOMElement const.
+// Does no work until begin(). E is DOMElement or DOMElement const.
 template <typename E>
 IterableTemplate<E> Walk(E& element, const VString& path)
 {
     return IterableTemplate<E>(element, path);
+}
+template <typename E>
+IterableTemplate<E> Walk(E& element, const VString&& path)
+{
+    return IterableTemplate<E>(element, std::move(path));
 }
 
 // Every match, in order.

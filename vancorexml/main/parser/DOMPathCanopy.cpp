@@ -20,7 +20,7 @@ void VisitNested(const DOMElement& canopy, const Visit& visit)
     std::vector<Level> levels;
     const auto enter = [&levels](const DOMElement& element) {
         if (levels.size() == DeepestLevel) return;
-        const DOMElementChildren children = element.GetChildren();
+        const DOMElementConstChildren children = element.GetChildren();
         levels.push_back({children.begin(), children.end()});
     };
     enter(canopy);

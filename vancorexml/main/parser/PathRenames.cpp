@@ -21,14 +21,15 @@ void PathRenames::SetCRC(const VPath& from, const VPath& to, int crc)
 {
     if (from.IsEmpty()) return;
 
-    const auto [known, isNew] = m_crcPaths.try_emplace(crc, to);
-    if (!isNew) m_pathMap.insert_or_assign(from, known->second);
-
+    // Before anything changes: `from` and `to` may refer to entries of the path map.
     VPath fromFolder = from;
     fromFolder.RemoveFilename();
-    if (fromFolder.IsEmpty()) return;
     VPath toFolder = to;
     toFolder.RemoveFilename();
+
+    const auto [known, isNew] = m_crcPaths.try_emplace(crc, to);
+    if (!isNew) m_pathMap.insert_or_assign(from, known->second);
+    if (fromFolder.IsEmpty()) return;
 
     if (m_seenFolders.insert(fromFolder).second) {
         m_pathMap.insert_or_assign(fromFolder, toFolder);

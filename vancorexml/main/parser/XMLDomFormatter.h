@@ -23,6 +23,11 @@ class DOMElement;
 // OutputContentTag with its `encode` flag is not taken over: it writes its markup as text
 // into the open element. Use the form without the flag.
 //
+// OutputDOMElement and OutputDOMElements copy elements of any document, the one being built
+// included. A derived class that writes elements tag by tag instead, through XMLFormatter's
+// OutputDOMElement, must not write an ancestor of the open element: the copy would contain
+// itself.
+//
 // Ownership and lifetime: owns the document until TakeDocument.
 //
 // Threads: one writer belongs to one thread at a time; rendering from any.

@@ -46,42 +46,66 @@ void WriteTextBesideChildren(XMLFormatter& target, const DOMElement& element, co
     target.OutputContent(element.GetText(), element.IsEncoded());
 }
 
-// The elements that are open during a walk, each closed when it is popped; what is open
-// when an exception ends the walk is closed from the inside out.
-class OpenElements {
+// An element with children: its open tag is written at once, its close tag at the end.
+class OpenElement {
 public:
-    explicit OpenElements(XMLFormatter& target) : m_target(target) {}
-    ~OpenElements()
+    OpenElement(XMLFormatter& target, const DOMElement& element)
+        : m_element(element), m_count(element.GetChildren().size()), m_indenter(target, element.GetName(), element.GetAttributes())
     {
-        while (!m_levels.empty()) m_levels.pop_back();
     }
-    OpenElements(const OpenElements&) = delete;
-    OpenElements& operator=(const OpenElements&) = delete;
 
-    bool IsEmpty() const noexcept { return m_levels.empty(); }
-    const DOMElement& Top() const noexcept { return m_levels.back().element; }
-    void Push(const DOMElement& element) { m_levels.emplace_back(m_target, element); }
-    void Pop() { m_levels.pop_back(); }
-    // The next child of the top element, null behind the last.
+    const DOMElement& Element() const noexcept { return m_element; }
+    // The next child, null behind the last. Children that the element gets while it is
+    // written are left out; otherwise writing an element into itself would never end.
     const DOMElement* NextChild()
     {
-        Level& level = m_levels.back();
-        const DOMElementChildren children = level.element.GetChildren();
-        return level.next < children.size() ? children[level.next++] : nullptr;
+        const DOMElementConstChildren children = m_element.GetChildren();
+        return m_next < std::min(m_count, children.size()) ? children[m_next++] : nullptr;
     }
+    void Restart() noexcept { m_next = 0; }
 
 private:
-    struct Level {
-        Level(XMLFormatter& target, const DOMElement& opened) : element(opened), indenter(target, opened.GetName(), opened.GetAttributes()) {}
-
-        const DOMElement& element;
-        std::size_t next = 0;
-        XMLFormatter::Indenter indenter;
-    };
-
-    XMLFormatter& m_target;
-    std::deque<Level> m_levels;
+    const DOMElement& m_element;
+    std::size_t m_count;
+    std::size_t m_next = 0;
+    XMLFormatter::Indenter m_indenter;
 };
+
+// The open elements of a walk. An exception that ends the walk closes them from the inside out.
+class OpenElements {
+public:
+    ~OpenElements()
+    {
+        while (!IsEmpty()) Pop();
+    }
+
+    bool IsEmpty() const noexcept { return m_elements.empty(); }
+    OpenElement& Innermost() noexcept { return m_elements.back(); }
+    void Push(XMLFormatter& target, const DOMElement& element) { m_elements.emplace_back(target, element); }
+    void Pop() { m_elements.pop_back(); }
+
+private:
+    std::deque<OpenElement> m_elements;
+};
+
+// Writes the children of `top` with their subtrees.
+void WriteChildren(XMLFormatter& target, OpenElement& top, const XMLFormatter& textIndent)
+{
+    OpenElements open;
+    for (;;) {
+        OpenElement& parent = open.IsEmpty() ? top : open.Innermost();
+        const DOMElement* const child = parent.NextChild();
+        if (child == nullptr) {
+            if (open.IsEmpty()) return;
+            WriteTextBesideChildren(target, parent.Element(), textIndent);
+            open.Pop();
+        } else if (child->HasChildren()) {
+            open.Push(target, *child);
+        } else {
+            WriteLeaf(target, *child);
+        }
+    }
+}
 
 VString FormatAttribute(const AttributeMap::value_type& attribute)
 {
@@ -109,6 +133,25 @@ void FormatNode(XMLFormatter& formatter, const Node* node, const VString* commen
 }
 
 }  // namespace
+
+XMLFormatterBase::~XMLFormatterBase() = default;
+
+void XMLFormatterBase::OutputDOMElement(const DOMElement& element)
+{
+    static_cast<XMLFormatter*>(this)->WriteElement(element);
+}
+
+bool XMLFormatterOverride::OutputThroughOverride(const DOMElement& element)
+{
+    m_hasOverride = true;
+    OutputDOMElement(element);
+    return m_hasOverride;
+}
+
+void XMLFormatterOverride::OutputDOMElement(const DOMElement&)
+{
+    m_hasOverride = false;
+}
 
 XMLFormatter::Indenter::Indenter(XMLFormatter& formatter, const VString& tag, const AttributeMap& attributes) : m_formatter(formatter), m_tag(tag)
 {
@@ -160,14 +203,19 @@ void XMLFormatter::OutputAttributes(const AttributeMap& attributes)
     for (const AttributeMap::value_type* attribute : sorted) OutputString(FormatAttribute(*attribute));
 }
 
-void XMLFormatter::OutputDOMElement(const DOMElement& element)
+void XMLFormatter::WriteElement(const DOMElement& element)
 {
     if (!element.HasChildren()) {
         WriteLeaf(*this, element);
         return;
     }
-    const Indenter indenter(*this, element.GetName(), element.GetAttributes());
-    for (const DOMElement* child : element.GetChildren()) OutputDOMElement(*child);
+    OpenElement open(*this, element);
+    if (OutputThroughOverride(*open.NextChild())) {
+        while (const DOMElement* child = open.NextChild()) OutputDOMElement(*child);
+    } else {
+        open.Restart();
+        WriteChildren(*this, open, *this);
+    }
     WriteTextBesideChildren(*this, element, *this);
 }
 
@@ -177,24 +225,17 @@ void XMLFormatter::WriteTree(XMLFormatter& target, const DOMElement& element, co
         WriteLeaf(target, element);
         return;
     }
-    OpenElements open(target);
-    open.Push(element);
-    while (!open.IsEmpty()) {
-        const DOMElement* child = open.NextChild();
-        if (child == nullptr) {
-            WriteTextBesideChildren(target, open.Top(), textIndent);
-            open.Pop();
-        } else if (child->HasChildren()) {
-            open.Push(*child);
-        } else {
-            WriteLeaf(target, *child);
-        }
-    }
+    OpenElement open(target, element);
+    WriteChildren(target, open, textIndent);
+    WriteTextBesideChildren(target, element, textIndent);
 }
 
 void XMLFormatter::OutputDOMElements(const DOMElementChildren& elements)
 {
-    for (const DOMElement* element : elements) OutputDOMElement(*element);
+    std::vector<const DOMElement*> all;
+    all.reserve(elements.size());
+    for (const DOMElement* element : elements) all.push_back(element);
+    for (const DOMElement* element : all) OutputDOMElement(*element);
 }
 
 void XMLFormatter::OutputContent(const VString& text, bool verbatim)

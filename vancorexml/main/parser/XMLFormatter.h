@@ -12,11 +12,45 @@ class DOM;
 class DOMElement;
 class DOMElementChildren;
 class QualifiedName;
+class XMLFormatter;
 
 // How XMLFormatter::OutputContent escapes.
 enum FormatMode : std::int32_t {
     FormatModeStrict = 0,   // as attribute values are
     FormatModeContent = 1,  // long text with markup becomes a CDATA section
+};
+
+// The first operations of XMLFormatter. OutputDOMElement is declared here and again in
+// XMLFormatterOverride; a declaration in XMLFormatter itself would override both.
+class VANCOREXML_API XMLFormatterBase {
+public:
+    virtual ~XMLFormatterBase();
+    virtual void Indent() = 0;
+    virtual void Undent() = 0;
+    virtual const VString& GetIndent() const = 0;
+    virtual void Flush() = 0;
+    virtual void OutputAttributes(const AttributeMap& attributes) = 0;
+    virtual void OutputDOMElement(const DOMElement& element);
+
+private:
+    friend class XMLFormatter;
+    XMLFormatterBase() = default;
+};
+
+// Tells a writer whether a derived class overrides OutputDOMElement. An override also replaces
+// the operation below, because it has the same signature; so this one runs only without one.
+class VANCOREXML_API XMLFormatterOverride {
+protected:
+    XMLFormatterOverride() = default;
+    ~XMLFormatterOverride() = default;
+
+    // Writes the element through the override and returns true; false when there is none.
+    bool OutputThroughOverride(const DOMElement& element);
+
+private:
+    virtual void OutputDOMElement(const DOMElement& element);
+
+    bool m_hasOverride = true;
 };
 
 // A streaming writer: turns open tags, attributes, content, close tags, comments, binary
@@ -39,7 +73,7 @@ enum FormatMode : std::int32_t {
 //         writer.OutputContentTag("title", AttributeMap(), "Salz & Sand");
 //     }
 //     VString text = writer.GetOutput();
-class VANCOREXML_API XMLFormatter {
+class VANCOREXML_API XMLFormatter : public XMLFormatterBase, private XMLFormatterOverride {
 public:
     // An element that is open while this lives: writes its open tag and indents; at the end
     // of the scope undents and writes the close tag. The writer must outlive it. The
@@ -66,20 +100,22 @@ public:
     // `indentUnit` is written once for each level. With `singleLine` nothing is written as
     // a line's end.
     explicit XMLFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);
-    virtual ~XMLFormatter();
+    ~XMLFormatter() override;
 
-    virtual void Indent();
-    virtual void Undent();
+    void Indent() override;
+    void Undent() override;
     // The current indentation; valid until the next Indent or Undent.
-    virtual const VString& GetIndent() const;
-    virtual void Flush();
+    const VString& GetIndent() const override;
+    void Flush() override;
     // Each with a blank before it, sorted by name, the value escaped between apostrophes.
-    virtual void OutputAttributes(const AttributeMap& attributes);
+    void OutputAttributes(const AttributeMap& attributes) override;
     // The element and its subtree; the text of an element that has children comes after
-    // them. Each child goes through this operation again, so that a derived class may bracket,
-    // replace or leave out any element, and the call stack grows with the depth. A writer
-    // that does none of this can override it with WriteTree and is safe at any depth.
-    virtual void OutputDOMElement(const DOMElement& element);
+    // them. A derived class that overrides this operation gets each child through its
+    // override, so it may bracket, replace or leave out any element; then the call stack
+    // grows with the depth of the tree. Without an override it does not.
+    using XMLFormatterBase::OutputDOMElement;
+    // Each of the elements that the view shows when the call begins, through OutputDOMElement:
+    // a writer that builds a tree may append to the element whose children they are.
     virtual void OutputDOMElements(const DOMElementChildren& elements);
     // `verbatim` text is written as it stands, on lines of its own, and followed by the
     // indentation; other text is escaped and nothing is added.
@@ -130,12 +166,16 @@ public:
     static void FormatDOM(XMLFormatter& formatter, const DOMElement& element, VString* comment, bool header);
 
 protected:
-    // Writes to `target` what OutputDOMElement writes, through the same operations but without
-    // OutputDOMElement for the children, on a call stack that does not grow with the depth.
-    // Before the text of an element that has children stands the indentation of `textIndent`.
+    // Writes to `target` what OutputDOMElement writes without an override. Before the text of
+    // an element that has children stands the indentation of `textIndent`.
     static void WriteTree(XMLFormatter& target, const DOMElement& element, const XMLFormatter& textIndent);
 
 private:
+    friend class XMLFormatterBase;
+
+    // What OutputDOMElement does unless it is overridden.
+    void WriteElement(const DOMElement& element);
+
     VString m_indent;
     FormatMode m_formatMode = FormatModeStrict;
     // Fixed after construction.

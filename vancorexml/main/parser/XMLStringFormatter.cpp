@@ -2,17 +2,10 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <typeinfo>
 
 XMLStringFormatter::XMLStringFormatter(const VString& indentUnit, bool singleLine) : XMLFormatter(indentUnit, singleLine) {}
 
 XMLStringFormatter::~XMLStringFormatter() = default;
-
-void XMLStringFormatter::OutputDOMElement(const DOMElement& element)
-{
-    if (typeid(*this) == typeid(XMLStringFormatter)) WriteTree(*this, element, *this);
-    else XMLFormatter::OutputDOMElement(element);
-}
 
 void XMLStringFormatter::OutputString(const VString& text)
 {

@@ -19,9 +19,6 @@ public:
     explicit XMLStringFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);
     ~XMLStringFormatter() override;
 
-    // Safe at any depth; only in a derived class, where each child goes through this
-    // operation again, does the call stack grow with the depth.
-    void OutputDOMElement(const DOMElement& element) override;
     void OutputString(const VString& text) override;
     // All that was written until now.
     virtual VString GetOutput() const;
