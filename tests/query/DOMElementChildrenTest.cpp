@@ -31,12 +31,12 @@ static_assert(IsClassicInputIterator<DOMElementChildren::const_iterator>);
 static_assert(IsClassicInputIterator<DOMElementChildren::reverse_iterator>);
 
 // The children of a constant element cannot be changed through any view.
-static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChildren()), DOMElementConstChildren>);
+static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChildren()), const DOMElementConstChildren>);
 static_assert(!std::is_constructible_v<DOMElementChildren, DOMElementConstChildren>);
 static_assert(!std::is_constructible_v<DOMElementChildren, const DOMElement&>);
 static_assert(!std::is_convertible_v<DOMElementConstChildren, DOMElementChildren>);
 static_assert(!std::is_convertible_v<DOMElementConstChildren, DOMElementChildren&>);
-static_assert(!std::is_convertible_v<DOMElementConstChildren, DOMElementChildren&&>);
+static_assert(!std::is_convertible_v<const DOMElementConstChildren, DOMElementChildren&&>);
 static_assert(!std::is_assignable_v<DOMElementChildren&, DOMElementConstChildren>);
 static_assert(std::is_convertible_v<DOMElementConstChildren, const DOMElementChildren&>);
 static_assert(std::is_convertible_v<DOMElementChildren, DOMElementConstChildren>);
@@ -248,4 +248,30 @@ TEST(DOMElementChildrenTest, ServesTheStandardAlgorithms)
     EXPECT_EQ(std::accumulate(children.begin(), children.end(), 0, [](int sum, const DOMElement* child) { return sum + child->GetStartLine(); }), 14);
     const auto byLine = [](const DOMElement* child, int line) { return child->GetStartLine() < line; };
     EXPECT_EQ(Describe(**std::lower_bound(children.cbegin(), children.cend(), 4, byLine)), "b4");
+}
+
+TEST(DOMElementConstChildrenTest, AConstantReferenceKeepsTheViewAlive)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr);
+    DOMElement other("c");
+    const DOMElementChildren& children = std::as_const(element).GetChildren();
+    const DOMElementChildren& none = std::as_const(other).GetChildren();
+    EXPECT_EQ(children.size(), 1u);
+    EXPECT_TRUE(none.empty());
+    EXPECT_EQ(children.front()->GetName(), VString("b"));
+}
+
+TEST(DOMElementConstChildrenTest, ACopyShowsTheSameChildren)
+{
+    DOMElement element("a");
+    element.AddNewChild("b", nullptr);
+    auto children = std::as_const(element).GetChildren();
+    const auto copy = children;
+    EXPECT_EQ(copy.front(), children.front());
+    children = std::as_const(*element.GetChild("b")).GetChildren();
+    EXPECT_TRUE(children.empty());
+    static_assert(std::is_same_v<decltype(children.front()), const DOMElement*>);
+    static_assert(!std::is_constructible_v<DOMElementChildren, const DOMElementConstChildren&>);
+    static_assert(!std::is_assignable_v<DOMElementChildren&, const DOMElementConstChildren&>);
 }

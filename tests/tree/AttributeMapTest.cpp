@@ -438,3 +438,19 @@ TEST(AttributeMapTest, ComparisonIgnoresOrderAndCapacity)
     EXPECT_NE(a, (AttributeMap{{"x", "1"}}));
     EXPECT_NE(a, (AttributeMap{{"x", "1"}, {"z", "2"}}));
 }
+
+TEST(AttributeMapTest, MergeMovesTheEntriesWhoseNamesAreNew)
+{
+    for (const int count : {1, 3, 40}) {
+        AttributeMap map{{"n0", "kept"}};
+        AttributeMap other;
+        for (int i = 0; i < count; ++i)
+            other[VString::fromStdString("n" + std::to_string(i))] = "other";
+        map.merge(other);
+        EXPECT_EQ(other, (AttributeMap{{"n0", "other"}}));
+        EXPECT_EQ(map.size(), static_cast<std::size_t>(count));
+        EXPECT_EQ(map.find("n0")->second, VString("kept"));
+        map.merge(map);
+        EXPECT_EQ(map.size(), static_cast<std::size_t>(count));
+    }
+}

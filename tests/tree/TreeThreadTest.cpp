@@ -351,3 +351,19 @@ TEST(ElementThreadTest, CopiesDieWhileOthersAsk)
     EXPECT_TRUE(document.GetElement("b")->HasErrors());
     EXPECT_EQ(DOMTestAccess::Intervals(document), 3u);  // "Document", a and b
 }
+
+TEST(ElementThreadTest, ADocumentAndTheOldParentOfItsRemovedChildDieAtOnce)
+{
+    for (int i = 0; i < 300; ++i) {
+        auto document = std::make_unique<DOM>();
+        Fill(*document);
+        const std::unique_ptr<DOMElement> removed = document->GetDocumentRoot()->RemoveChild("b");
+        DOM to;
+        to.GetRoot().AppendChild(document->GetRoot().RemoveChild("a"));
+        std::thread other([&to] { to.GetRoot().RemoveChildren().clear(); });
+        document.reset();
+        other.join();
+        EXPECT_EQ(removed->GetDOMManager(), nullptr);
+        EXPECT_EQ(removed->GetParent(), nullptr);
+    }
+}

@@ -202,6 +202,12 @@ std::pair<AttributeMap::iterator, bool> AttributeMap::insert_or_assign(const VSt
     return {found, false};
 }
 
+void AttributeMap::merge(AttributeMap& other)
+{
+    for (const_iterator i = other.begin(); i != other.end();)
+        i = try_emplace(i->first, i->second).second ? const_iterator(other.erase(i)) : i + 1;
+}
+
 AttributeMap::size_type AttributeMap::erase(const VString& name)
 {
     const const_iterator position = find(name);

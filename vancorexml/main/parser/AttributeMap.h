@@ -140,6 +140,9 @@ public:
     {
         return insert_or_assign(name, std::move(value)).first;
     }
+    // Moves the entries of `other` whose names are not there yet; the others stay in `other`. Linear.
+    void merge(AttributeMap& other);
+    void merge(AttributeMap&& other) { merge(other); }
     size_type erase(const VString& name);
     // The position now holds an entry not yet seen by a walk from the front, or is the end.
     iterator erase(const_iterator position);

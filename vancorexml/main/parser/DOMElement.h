@@ -33,10 +33,12 @@ struct ElementLinks;
 // The document of an element (its manager) keeps its diagnostics and the rename tables; an
 // element made on its own has none until it is inserted into a tree that has one.
 //
-// Threads: one writer or many readers per document; no lock of its own. An element outside of the
-// tree counts as part of the document that it links to, and of its old parent's when that went into
-// another document. Making a copy and destroying it count as reading. What an element asks of its
-// document is guarded by the document's lock.
+// Threads: one writer or many readers per document; no lock of its own. Making a copy counts as reading,
+// and so does destroying a copy that was not changed. An element outside of the tree counts as part of
+// the document that it links to. While its old parent is in another document, the element also counts as
+// part of that one: do not ask the first document about diagnostics while another thread changes the
+// second. The two may be destroyed at once on different threads. What an element asks of its document is
+// guarded by the document's lock.
 //
 // No operation uses a call stack that grows with the depth of the tree.
 //
@@ -140,7 +142,7 @@ public:
 
     // A view of the children; it reads them at each call and is valid while the element lives.
     DOMElementChildren GetChildren() noexcept { return DOMElementChildren(*this); }
-    DOMElementConstChildren GetChildren() const noexcept { return DOMElementConstChildren(*this); }
+    const DOMElementConstChildren GetChildren() const noexcept { return DOMElementConstChildren(*this); }
 
     // `before` is a child of this element, or null for the end.
     DOMElement& AddNewChild(const VString& name, const DOMElement* before);

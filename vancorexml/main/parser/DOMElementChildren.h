@@ -21,10 +21,10 @@ class DOMElementConstChildren;
 //     for (const DOMElement* child : element.GetChildren()) Print(child->GetName());
 class VANCOREXML_API DOMElementChildren {
 public:
-    // Steps over the owning pointers and yields the elements themselves; random access for
-    // std::ranges. For the classic algorithms it is an input iterator, because it yields
-    // pointers and no references to pointers: step back with -- or std::ranges::prev, not
-    // with std::prev.
+    // Steps over the owning pointers and yields the elements themselves. It is a random access iterator
+    // of C++20, and for the classic algorithms an input iterator, because it yields pointers and no
+    // references to pointers. To step back use --, - or std::ranges::prev. std::prev, like std::advance
+    // with a negative distance, needs a classic bidirectional iterator and would not end.
     template <typename T>
     class IteratorTemplate {
     public:
@@ -113,43 +113,40 @@ private:
     DOMElement* m_element;
 };
 
-// The view of a constant element's children; what DOMElementChildren says holds here too.
-class DOMElementConstChildren {
+// The view of a constant element's children: a DOMElementChildren without the operations that give
+// access to change them. Take it with `auto`. It binds to `const DOMElementChildren&`, but cannot be
+// copied into a DOMElementChildren.
+class DOMElementConstChildren : public DOMElementChildren {
 public:
     using value_type = const DOMElement*;
-    using size_type = DOMElementChildren::size_type;
-    using difference_type = DOMElementChildren::difference_type;
     using reference = const DOMElement*;
-    using const_reference = const DOMElement*;
-    using iterator = DOMElementChildren::const_iterator;
-    using const_iterator = DOMElementChildren::const_iterator;
-    using reverse_iterator = DOMElementChildren::const_reverse_iterator;
-    using const_reverse_iterator = DOMElementChildren::const_reverse_iterator;
+    using iterator = const_iterator;
+    using reverse_iterator = const_reverse_iterator;
 
-    explicit DOMElementConstChildren(const DOMElement& element) noexcept : m_children(const_cast<DOMElement&>(element)) {}
-    DOMElementConstChildren(const DOMElementChildren& children) noexcept : m_children(children) {}
-    // For a parameter of type `const DOMElementChildren&`. The reference lives as long as this view.
-    operator const DOMElementChildren&() const noexcept { return m_children; }
+    explicit DOMElementConstChildren(const DOMElement& element) noexcept
+        : DOMElementChildren(const_cast<DOMElement&>(element))
+    {
+    }
+    DOMElementConstChildren(const DOMElementChildren& children) noexcept : DOMElementChildren(children) {}
+    DOMElementConstChildren(const DOMElementConstChildren& other) noexcept : DOMElementChildren(other.View()) {}
+    DOMElementConstChildren& operator=(const DOMElementConstChildren& other) noexcept
+    {
+        DOMElementChildren::operator=(other.View());
+        return *this;
+    }
 
-    size_type size() const noexcept { return m_children.size(); }
-    bool empty() const noexcept { return m_children.empty(); }
-    const DOMElement* operator[](size_type position) const { return m_children[position]; }
-    const DOMElement* at(size_type position) const { return m_children.at(position); }
-    const DOMElement* front() const { return m_children.front(); }
-    const DOMElement* back() const { return m_children.back(); }
+    const DOMElement* operator[](size_type position) const { return View()[position]; }
+    const DOMElement* at(size_type position) const { return View().at(position); }
+    const DOMElement* front() const { return View().front(); }
+    const DOMElement* back() const { return View().back(); }
 
-    iterator begin() const { return m_children.begin(); }
-    iterator end() const { return m_children.end(); }
-    const_iterator cbegin() const { return begin(); }
-    const_iterator cend() const { return end(); }
-    reverse_iterator rbegin() const { return m_children.rbegin(); }
-    reverse_iterator rend() const { return m_children.rend(); }
-    const_reverse_iterator crbegin() const { return rbegin(); }
-    const_reverse_iterator crend() const { return rend(); }
+    iterator begin() const { return View().begin(); }
+    iterator end() const { return View().end(); }
+    reverse_iterator rbegin() const { return View().rbegin(); }
+    reverse_iterator rend() const { return View().rend(); }
 
 private:
-    // Only its constant operations are used.
-    DOMElementChildren m_children;
+    const DOMElementChildren& View() const noexcept { return *this; }
 };
 
 // Iterators refer to the element's children and outlive the view.

@@ -79,8 +79,8 @@ void DOMElement::CutLinks() noexcept
         for (DOMElement* const child : m_links->removedChildren->elements) {
             child->m_parent = nullptr;
             child->m_links->isListedByParent = false;
-            // A child of another document has no interval: its parent is foreign there.
-            if (m_manager && child->m_manager == m_manager)
+            // A child of another document has no interval, neither here nor there.
+            if (m_manager)
                 m_manager->m_diagnostics->ElementMoves(*child);
         }
     }

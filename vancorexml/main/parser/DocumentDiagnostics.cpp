@@ -80,20 +80,14 @@ bool CopyEntry(Map& to, const Map& from, const DOMElement& source, const DOMElem
 void RecordTie::ElementDies(const DOMElement& element) noexcept
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_document)
-        m_document->ForgetTied(element);
+    if (DocumentDiagnostics* const document = m_document)
+        document->ForgetTied(element);
 }
 
 void RecordTie::DocumentDies() noexcept
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_document = nullptr;
-}
-
-bool RecordTie::IsCut() noexcept
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return !m_document;
 }
 
 DocumentDiagnostics::DocumentDiagnostics(const DOM& document, VReadWriteLock& lock, const DOMElement& top) noexcept

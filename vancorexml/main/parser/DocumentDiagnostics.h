@@ -28,11 +28,13 @@ public:
     // Erases the records of the dying element, unless the document died first.
     void ElementDies(const DOMElement& element) noexcept;
     void DocumentDies() noexcept;
-    bool IsCut() noexcept;
+    // Takes no lock.
+    bool IsCut() const noexcept { return m_document.load() == nullptr; }
 
 private:
+    // Held while m_document is used or becomes null.
     std::mutex m_mutex;
-    DocumentDiagnostics* m_document;
+    std::atomic<DocumentDiagnostics*> m_document;
 };
 
 // The records of one document, by element.
