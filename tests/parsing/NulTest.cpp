@@ -229,3 +229,18 @@ TEST(NulTest, ANulInAnIncludedSchemaIsAnError)
     parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='x.xsd'/></xs:schema>", "schema");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Fatal Error(2,1): invalid character 0x0 (id: " + handler->schemaPath + ")"});
 }
+
+// <?xml version='1.0' encoding='ibm037'?><a/>
+TEST(NulTest, EveryNulInAnEbcdicDocumentIsAnError)
+{
+    const std::string document =
+        "\x4C\x6F\xA7\x94\x93\x40\xA5\x85\x99\xA2\x89\x96\x95\x7E\x7D\xF1\x4B\xF0\x7D\x40\x85\x95"
+        "\x83\x96\x84\x89\x95\x87\x7E\x7D\x89\x82\x94\xF0\xF3\xF7\x7D\x6F\x6E\x4C\x81\x61\x6E";
+    const auto hasErrors = [](const std::string& bytes) {
+        DOMParser parser;
+        return parser.ParseXmlBytes(std::vector<unsigned char>(bytes.begin(), bytes.end()))->HasErrors();
+    };
+    ASSERT_FALSE(hasErrors(document));
+    for (std::size_t i = 0; i <= document.size(); ++i)
+        EXPECT_TRUE(hasErrors(WithNul(document, i))) << i;
+}

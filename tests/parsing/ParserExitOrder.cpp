@@ -1,7 +1,9 @@
 // Exits 0 when a static parser and a static driver that are older than the first parse die
-// safely. They are made before anything uses Xerces, so they die after its exit hook.
+// safely. They are made before anything uses Xerces, so they die after its exit hook. One static
+// object parses while it dies.
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "vancorexml/main/parser/DOMParser.h"
@@ -20,6 +22,26 @@ struct Silent : SAXInterface {
     void Characters(const VString&) override {}
 };
 
+constexpr char Entities[] = "<!DOCTYPE a [<!ENTITY e 'x'><!ATTLIST a b CDATA '&e;'>]><a>&e;</a>";
+
+bool ParsesEntities()
+{
+    DOMParser parser;
+    const auto document = parser.ParseXmlString(Entities, "id");
+    return !document->HasErrors() && document->GetDocumentRoot()->GetText() == "x" &&
+           document->GetDocumentRoot()->GetAttribute("b") == "x";
+}
+
+struct ParsesLate {
+    ~ParsesLate()
+    {
+        if (ParsesEntities())
+            return;
+        std::fputs("the late parse failed\n", stderr);
+        std::_Exit(1);
+    }
+} g_parsesLate;
+
 }  // namespace
 
 int main()
@@ -28,7 +50,7 @@ int main()
     StringInputSource source("<a/>", "id", false);
     g_driver = XercesXMLParser::Create(source, std::make_shared<Silent>());
     g_driver->Parse();
-    if (g_document->HasErrors() || g_driver->HasErrors()) {
+    if (g_document->HasErrors() || g_driver->HasErrors() || !ParsesEntities()) {
         std::fputs("the documents have errors\n", stderr);
         return 1;
     }

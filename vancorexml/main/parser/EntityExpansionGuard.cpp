@@ -1,5 +1,6 @@
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 
+#include <array>
 #include <algorithm>
 #include <random>
 #include <string>
@@ -36,17 +37,18 @@ VString MakeMessage(std::uint64_t limit, const char* things)
         .arg(VString(things));
 }
 
-// 80 random bits as letters, drawn once per process, so that no document contains it by chance.
-const std::u16string& Mark()
+// 80 random bits as letters, drawn once per process, so that no document contains it by chance. The
+// array needs no destructor: static objects may parse while the process exits.
+View Mark()
 {
-    static const std::u16string mark = [] {
+    static const std::array<char16_t, 20> mark = [] {
         std::random_device random;
-        std::u16string letters;
-        for (int i = 0; i < 20; ++i)
-            letters += static_cast<char16_t>(u'a' + random() % 16);
+        std::array<char16_t, 20> letters{};
+        for (char16_t& letter : letters)
+            letter = static_cast<char16_t>(u'a' + random() % 16);
         return letters;
     }();
-    return mark;
+    return View(mark.data(), mark.size());
 }
 
 std::u16string ToDigits(std::size_t number)
@@ -217,10 +219,10 @@ void Rehearsal::entityDecl(const xercesc::DTDEntityDecl& entity, bool isParamete
     const View text(entity.getValue(), entity.getValueLen());
     std::u16string value;
     if (isParameter) {
-        value = u"<?" + Mark() + u" " + ToDigits(m_parameterEntities.Declare(entity.getName(), text)) + u"?>";
+        value = u"<?" + std::u16string(Mark()) + u" " + ToDigits(m_parameterEntities.Declare(entity.getName(), text)) + u"?>";
         value += text;
     } else {
-        value = Mark() + ToDigits(m_entities.Declare(entity.getName(), text)) + u";";
+        value = std::u16string(Mark()) + ToDigits(m_entities.Declare(entity.getName(), text)) + u";";
     }
     // The object is not constant, only this view of it: Xerces fills it while it reads the declaration.
     const_cast<xercesc::DTDEntityDecl&>(entity).setValue(value.c_str());

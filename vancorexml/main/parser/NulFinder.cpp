@@ -50,12 +50,17 @@ private:
     bool m_isBigEndian;
 };
 
+XMLRecognizer::Encodings Probe(std::string_view text)
+{
+    return XMLRecognizer::basicEncodingProbe(reinterpret_cast<const XMLByte*>(text.data()), text.size());
+}
+
 // Xerces detects the size of the units itself, and an XML declaration cannot change that.
 Units UnitsOf(const xercesc::InputSource& source, std::string_view text)
 {
     if (source.getEncoding())
         return Units(text, 1, false);   // UTF-8
-    switch (XMLRecognizer::basicEncodingProbe(reinterpret_cast<const XMLByte*>(text.data()), text.size())) {
+    switch (Probe(text)) {
     case XMLRecognizer::UTF_16B: return Units(text, 2, true);
     case XMLRecognizer::UTF_16L: return Units(text, 2, false);
     case XMLRecognizer::UCS_4B: return Units(text, 4, true);
@@ -100,9 +105,12 @@ std::optional<NulFinder::Place> NulFinder::FindInDeclaration(const xercesc::Inpu
 {
     const Units units = UnitsOf(source, text);
     const std::size_t second = units.Begin() + 1;
-    if (second >= units.Count() || units.At(second) != '?')
+    const auto isEbcdic = !source.getEncoding() && Probe(text) == XMLRecognizer::EBCDIC;
+    const char32_t questionMark = isEbcdic ? 0x6F : '?';
+    const char32_t greaterThan = isEbcdic ? 0x6E : '>';
+    if (second >= units.Count() || units.At(second) != questionMark)
         return std::nullopt;
-    for (std::size_t i = second; i < units.Count() && units.At(i) != '>'; ++i)
+    for (std::size_t i = second; i < units.Count() && units.At(i) != greaterThan; ++i)
         if (units.At(i) == 0)
             return PlaceOf(units, i);
     return std::nullopt;

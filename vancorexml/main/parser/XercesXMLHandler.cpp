@@ -100,7 +100,7 @@ void XercesXMLHandler::CheckSchema(const xercesc::InputSource& source, std::stri
     if (Utf16InputSource::IsWellFormed(source, bytes) && bytes.find("<!DOCTYPE") == std::string_view::npos)
         return;
     if (const auto excess = EntityExpansionGuard().CheckSchema(source))
-        AbandonExpansion(excess->message, m_schemaId, 0, 0);
+        AbandonExpansion(excess->message, source.getSystemId(), 0, 0);
 }
 
 void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)

@@ -247,6 +247,7 @@ void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VSt
         // Recorded by the handler.
         DiscardReader();
     } catch (...) {
+        DiscardReader();
         m_handler->EndSchema();
         throw;
     }
