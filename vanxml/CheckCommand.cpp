@@ -49,8 +49,8 @@ public:
 private:
     void Work()
     {
-        DocumentChecker checker(m_schema);
         try {
+            DocumentChecker checker(m_schema);
             for (std::size_t number = m_next++; number < m_files.size(); number = m_next++) Finish(number, checker.Check(VString::fromStdString(m_files[number])));
         } catch (...) {
             const std::lock_guard<std::mutex> lock(m_mutex);

@@ -22,6 +22,10 @@ std::vector<std::string> Arguments(int argc, char** argv);
 // Throws std::system_error when this process may not write to the existing file.
 void RequireWritable(const std::filesystem::path& file);
 
+// Whether the name, such as /dev/stdout, leads to what the standard output writes to. False on
+// Windows, which has no such names for a file.
+bool IsStandardOutput(const std::filesystem::path& file) noexcept;
+
 // Makes the renames in the folder survive a crash of the machine, on systems that can.
 void FlushFolder(const std::filesystem::path& folder) noexcept;
 

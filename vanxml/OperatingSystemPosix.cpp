@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -40,6 +41,14 @@ std::vector<std::string> Arguments(int argc, char** argv)
 void RequireWritable(const std::filesystem::path& file)
 {
     if (access(file.c_str(), W_OK) != 0) ThrowLastError("access");
+}
+
+bool IsStandardOutput(const std::filesystem::path& file) noexcept
+{
+    struct stat named;
+    struct stat output;
+    return stat(file.c_str(), &named) == 0 && fstat(STDOUT_FILENO, &output) == 0 &&
+           named.st_dev == output.st_dev && named.st_ino == output.st_ino;
 }
 
 void FlushFolder(const std::filesystem::path& folder) noexcept

@@ -92,6 +92,11 @@ void RequireWritable(const std::filesystem::path& file)
 }
 
 // The file system's journal keeps the order of renames, and folders cannot be flushed.
+bool IsStandardOutput(const std::filesystem::path&) noexcept
+{
+    return false;
+}
+
 void FlushFolder(const std::filesystem::path&) noexcept {}
 
 // A file inherits the access rights of its folder.

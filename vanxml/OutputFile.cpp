@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "vanxml/OperatingSystem.h"
+#include "vanxml/StandardStreams.h"
 #include "vanxml/ToolError.h"
 
 namespace fs = std::filesystem;
@@ -146,7 +147,8 @@ void ReplaceFile(const VString& name, std::string_view bytes)
 void WriteOutputFile(const VString& name, std::string_view bytes)
 {
     WriteTo(name, [&](const fs::path& file) {
-        if (IsDeviceOrPipe(file)) WriteDevice(file, bytes);
+        if (OperatingSystem::IsStandardOutput(file)) StandardStreams::Write(bytes);
+        else if (IsDeviceOrPipe(file)) WriteDevice(file, bytes);
         else ReplaceRegularFile(ResolveLinks(file), bytes);
     });
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-// Used by one thread at a time.
+// Used by one thread at a time, but WriteError by any number of threads: each call is one write.
 namespace StandardStreams {
 
 // Call first: bytes pass unchanged, a reader that went away is a write error instead of a

@@ -227,3 +227,15 @@ TEST(FormatCommandTest, TextLongerThanAStringIsTooLarge)
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(result.errors, HasSubstr("too large"));
 }
+
+#if defined(__linux__)
+TEST(FormatCommandTest, StandardOutputByAnotherNameIsNotReplaced)
+{
+    const testsupport::TemporaryFolder folder;
+    const std::string log = folder.Write("log", "old\n").toStdString();
+    const std::string file = folder.Write("a.xml", "<a/>").toStdString();
+    const std::string command = "'" VANXML_PATH "' format --no-header '" + file + "' -o /dev/stdout >> '" + log + "'";
+    EXPECT_EQ(RunProgram("/bin/sh", {"-c", command}).status, 0);
+    EXPECT_EQ(testsupport::TemporaryFolder::Read(VString::fromStdString(log)), "old\n<a />\n");
+}
+#endif
