@@ -8,43 +8,92 @@ install(TARGETS ${modules} EXPORT vancorexml
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
-# What only the library's own sources include.
-set(private_headers
-    AddressSanitizer.h
-    DiagnosticRecords.h
-    DiagnosticsIndex.h
-    DocumentDiagnostics.h
-    DOMBuilder.h
-    ElementLinks.h
-    ElementPages.h
-    ElementTaker.h
-    EntityExpansionGuard.h
-    EntitySizes.h
-    NameTable.h
-    OrderedMarks.h
-    SharedTexts.h
-    SmallBlocks.h
-    TwoWriteLocks.h
-    Utf16InputSource.h
-    XercesMemory.h
-    XercesPlatform.h
-    XercesXMLHandler.h
-    XercesXMLParserImpl.h)
-list(TRANSFORM private_headers REPLACE "(.+)\\.h" "/\\1\\\\.h$" OUTPUT_VARIABLE private_patterns)
-list(JOIN private_patterns "|" private_pattern)
+# The headers that callers include. A header that is not listed here is private.
+set(public_headers
+    vancoreplatform/CorePlatformUtils.h
+    vancoreplatform/CoreThreadContext.h
+    vancoreplatform/Encoding.h
+    vancoreplatform/Export.h
+    vancoreplatform/VCType.h
+    vancoreplatform/VFile.h
+    vancoreplatform/VFormatString.h
+    vancoreplatform/VIOException.h
+    vancoreplatform/VLog.h
+    vancoreplatform/VPath.h
+    vancoreplatform/VScanString.h
+    vancoreplatform/VString.h
+    vansys/Export.h
+    vansys/InitOnce.h
+    vansys/LogicException.h
+    vansys/MemoryScope.h
+    vansys/Unicode.h
+    vansys/VError.h
+    vansys/VHash32.h
+    vansys/VReadWriteLock.h
+    vansys/VRecursiveMutex.h
+    vansys/VantoraException.h
+    vancoredata/DataValue.h
+    vancoredata/Export.h
+    vancoredata/FieldName.h
+    vancoredata/Nullable.h
+    vancoredata/QualifiedName.h
+    vancoredata/Tuple.h
+    vancoredata/VLocale.h
+    vancoredata/VResource.h
+    vancoredata/VersionNumber.h
+    art-cpp/Activity.h
+    art-cpp/Export.h
+    metrics2/Export.h
+    metrics2/Metrics.h
+    vancorexml/main/parser/AbstractXMLParser.h
+    vancorexml/main/parser/AttributeMap.h
+    vancorexml/main/parser/Base64.h
+    vancorexml/main/parser/DOM.h
+    vancorexml/main/parser/DOMElement.h
+    vancorexml/main/parser/DOMElementChildren.h
+    vancorexml/main/parser/DOMElementSearch.h
+    vancorexml/main/parser/DOMElementTraversal.h
+    vancorexml/main/parser/DOMException.h
+    vancorexml/main/parser/DOMParser.h
+    vancorexml/main/parser/DOMPath.h
+    vancorexml/main/parser/DOMPathCanopy.h
+    vancorexml/main/parser/ExtensionXmlTokens.h
+    vancorexml/main/parser/FileInputSource.h
+    vancorexml/main/parser/InputSource.h
+    vancorexml/main/parser/InputSourceResetter.h
+    vancorexml/main/parser/InputSourceUtils.h
+    vancorexml/main/parser/OutputTuple.h
+    vancorexml/main/parser/Parser.h
+    vancorexml/main/parser/PathRenames.h
+    vancorexml/main/parser/QtVanResources.h
+    vancorexml/main/parser/SAXInterface.h
+    vancorexml/main/parser/StandaloneDOMElement.h
+    vancorexml/main/parser/StandaloneDOMParser.h
+    vancorexml/main/parser/Utf8InputSource.h
+    vancorexml/main/parser/VersionSniffer.h
+    vancorexml/main/parser/XMLDomFormatter.h
+    vancorexml/main/parser/XMLEscaping.h
+    vancorexml/main/parser/XMLExport.h
+    vancorexml/main/parser/XMLFormatter.h
+    vancorexml/main/parser/XMLParseException.h
+    vancorexml/main/parser/XMLRangeTable.h
+    vancorexml/main/parser/XMLStringFormatter.h
+    vancorexml/main/parser/XMLUtils.h
+    vancorexml/main/parser/XMLValueParsers.h
+    vancorexml/main/parser/XSDResourceResolver.h
+    vancorexml/main/parser/XSDResources.h
+    vancorexml/main/parser/XercesColonSanitizer.h
+    vancorexml/main/parser/XercesInputSource.h
+    vancorexml/main/parser/XercesXMLParser.h
+    vancorexml/main/parser/XmlFileType.h
+    vancorexml/van-codegen/gen-strings/vancorexml-strings.h)
 
 # Headers keep their place below the include root.
-foreach(folder vancoreplatform vansys vancoredata art-cpp metrics2 vancorexml/main vancorexml/van-codegen)
-    file(GLOB_RECURSE headers RELATIVE "${PROJECT_SOURCE_DIR}" CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.h")
-    foreach(header ${headers})
-        if(header MATCHES "${private_pattern}" OR header STREQUAL "vansys/SipHash.h")
-            continue()
-        endif()
-        get_filename_component(place "${header}" DIRECTORY)
-        install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${place}")
-        set_property(GLOBAL APPEND PROPERTY VANCOREXML_PUBLIC_HEADERS "${header}")
-    endforeach()
+foreach(header ${public_headers})
+    get_filename_component(place "${header}" DIRECTORY)
+    install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${place}")
 endforeach()
+set_property(GLOBAL PROPERTY VANCOREXML_PUBLIC_HEADERS ${public_headers})
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/vancorexml")
 install(EXPORT vancorexml NAMESPACE vancorexml:: FILE vancorexml-targets.cmake DESTINATION "${package_folder}")

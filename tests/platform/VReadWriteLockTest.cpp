@@ -46,7 +46,7 @@ void Elsewhere(Function function)
 }
 
 // Of one lock more, taken and released while the thread holds `held` others; the least of several runs.
-double NanosecondsForATake(int held)
+[[maybe_unused]] double NanosecondsForATake(int held)
 {
     std::vector<std::unique_ptr<VReadWriteLock>> locks;
     for (int i = 0; i < held; ++i) {
@@ -211,10 +211,13 @@ TEST(VReadWriteLockTest, OptionsOtherThanZeroRaiseTheAssertion)
 }
 
 // A linear search makes the larger number hundreds of times slower; memory that is not cached, two to ten times.
+// The thread sanitizer's search for deadlocks allows 64 locks.
+#if !defined(__SANITIZE_THREAD__)
 TEST(VReadWriteLockTest, ManyHeldLocksDoNotSlowATakeDown)
 {
     EXPECT_LT(NanosecondsForATake(20000), 40 * NanosecondsForATake(100));
 }
+#endif
 
 TEST(VReadWriteLockThreadTest, AnotherLockAtTheSamePlaceIsFree)
 {
