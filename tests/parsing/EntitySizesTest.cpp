@@ -35,7 +35,7 @@ TEST(EntitySizesTest, AReferenceCountsAsItsReplacement)
     for (const Row& row : rows) EXPECT_EQ(Expand(row.text).text, row.expected) << VString(row.text);
 }
 
-TEST(EntitySizesTest, WhatIsNoReferenceCountsAsItIsWritten)
+TEST(EntitySizesTest, TextThatIsNoReferenceCountsItsOwnLength)
 {
     const std::u16string texts[] = {
         u"&", u"&;", u"& x;", u"&x", u"&x<b/>;", u"&&&&", u"<",

@@ -156,7 +156,7 @@ TEST(NulTest, ABuilderThatStopsBeforeTheNulDoesNotMeetIt)
     EXPECT_FALSE(parser->HasErrors());
 }
 
-TEST(NulTest, EveryFrontDoorRefusesIt)
+TEST(NulTest, EveryParseOperationReportsANul)
 {
     const std::string text = Nuls("<a/>\n^<b/>more");
     const std::vector<unsigned char> bytes(text.begin(), text.end());

@@ -163,7 +163,7 @@ TEST_F(ReentryTest, TheAssertionNamesItself)
     parser->Parse();
 }
 
-TEST_F(ReentryTest, AnInputThatIsReadIsRefused)
+TEST_F(ReentryTest, RefusesOperationsWhileTheInputIsRead)
 {
     ActingSource acting("<c/>", TryEverything());
     parser->Reload(acting, handler);
@@ -173,7 +173,7 @@ TEST_F(ReentryTest, AnInputThatIsReadIsRefused)
     EXPECT_EQ(handler->events, (Events{"<c>", "</>"}));
 }
 
-TEST_F(ReentryTest, ASchemaThatIsReadIsRefused)
+TEST_F(ReentryTest, RefusesOperationsWhileASchemaIsRead)
 {
     ActingSource acting(Schema, TryEverything());
     parser->LoadXSDSource(acting);
@@ -182,7 +182,7 @@ TEST_F(ReentryTest, ASchemaThatIsReadIsRefused)
     EXPECT_EQ(parser->GetLoadedXSDs().size(), 3u);
 }
 
-TEST_F(ReentryTest, TheSearchForASchemaIsRefusedAndTheLoadingGoesOn)
+TEST_F(ReentryTest, RefusesOperationsDuringTheSearchForASchemaAndLoadsIt)
 {
     handler->schemaPath = folder.Write("x.xsd", Schema);
     handler->action = TryEverything();

@@ -117,7 +117,7 @@ TEST(WrittenNamesTest, EveryKindOfSourceHasThem)
     EXPECT_EQ(Messages(bytes, nullptr), Texts{"invalid character 0x1 in attribute value 'IllegalColon:y'"});
 }
 
-TEST(WrittenNamesTest, EveryFrontDoorHasThem)
+TEST(WrittenNamesTest, BothDomParsersRestoreNamesInMessages)
 {
     const std::string text = "<a :x='1' :x='1'/>";
     const StandaloneDOMParser standalone;

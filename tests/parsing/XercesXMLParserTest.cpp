@@ -371,7 +371,7 @@ TEST(XercesXMLParserTest, HasNoPositionAfterACallbackThatThrows)
     EXPECT_TRUE(HasNoPosition(*ParseThrowing(source, XMLParseException("x"))));
 }
 
-// What is read is the next document, before its parse begins.
+// The driver reads the input before the parse begins, so there is no position in it yet, nor one of the last parse.
 TEST(XercesXMLParserTest, HasNoPositionWhileTheInputIsRead)
 {
     struct Asking : Utf8InputSource {

@@ -15,8 +15,8 @@ using Segments = std::vector<VString>;
 using Active = std::set<std::size_t>;
 using Matches = std::vector<const DOMElement*>;
 
-// Visits `element`, reached with these segments alive, and what lies below it. Each element
-// closes the set for itself, once: where an empty segment is alive, so is the next.
+// Visits `element`, which is reached with these segments active, and its descendants. Each element
+// closes the set for itself, once: an active empty segment also activates the next segment.
 void Visit(const DOMElement& element, const Active& active, const Segments& segments, Matches& matches)
 {
     Active closed = active;

@@ -186,10 +186,10 @@ TEST(CommandLineTest, NameThatIsNotUtf8IsRefusedAndNoOtherFileIsTouched)
     }
 }
 
-TEST(CommandLineTest, BytesOfHalfACharacterAreNotUtf8)
+TEST(CommandLineTest, MalformedUtf8SequencesAreRefused)
 {
     const InFolder folder;
-    // A character without its end, half a surrogate pair, and a slash in two bytes.
+    // A truncated character, half a surrogate pair, and an overlong slash.
     const std::pair<std::string, std::string> names[] = {
         {"gr\\303", "gr\\xc3"}, {"\\355\\240\\200", "\\xed\\xa0\\x80"}, {"\\300\\257", "\\xc0\\xaf"}};
     for (const auto& [printed, shown] : names) {

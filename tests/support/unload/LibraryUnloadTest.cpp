@@ -114,7 +114,7 @@ TEST_F(LibraryUnloadDeathTest, NothingOfTheLibraryStaysInThePlatform)
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(LibraryUnloadDeathTest, SessionsLanguageIsAskedForAgainAfterAReload)
+TEST_F(LibraryUnloadDeathTest, ReloadedLibraryUsesTheLanguageOfTheSession)
 {
     const auto run = [] {
         CoreThreadContext::HasSessionId = [] { return true; };
