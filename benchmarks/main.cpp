@@ -14,9 +14,9 @@ void Require(bool right, const std::string& what)
     std::exit(1);
 }
 
-// With "--peer=NAME" as the first argument only that library is there, beside the bare pass that
-// its answers are held against: what others leave of the heap is no business of it. Without, all
-// answers are held against each other.
+// With "--peer=NAME" as the first argument, only that library runs, beside the bare pass that its
+// answers are compared with, so that other libraries' heap fragmentation cannot affect it. Without
+// the argument, the answers of all libraries are compared with each other.
 int main(int argc, char** argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";

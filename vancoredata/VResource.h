@@ -37,7 +37,8 @@ public:
     bool Find(const VString& name, VString* content) const;
 
 private:
-    // Of a resource: a registered text, or the path of a file. Of none: neither.
+    // The content of a resource: its registered text, or the path of its file. Both are empty when there is no
+    // such resource.
     struct Place {
         std::optional<VString> text;
         VString path;

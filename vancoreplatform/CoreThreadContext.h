@@ -21,7 +21,8 @@ public:
     SessionCheck& operator=(const SessionCheck& other);
     SessionCheck& operator=(std::function<bool()> function);
 
-    // Calls the function without a lock. Throws std::bad_function_call when it is empty, and what it throws.
+    // Calls the function without holding a lock. Throws std::bad_function_call when the function is empty;
+    // exceptions of the function propagate.
     bool operator()() const;
     explicit operator bool() const;
 

@@ -50,6 +50,6 @@ private:
     QFile m_file;
 };
 
-// In bytes. Throws VIO::Exception, with the system's reason, when the file is missing or may
-// not be looked at.
+// In bytes. Throws VIO::Exception, with the system's reason, when the file does not exist or
+// the system denies access to it.
 VANCOREPLATFORM_API unsigned long long GetFileSize(const VPath& path);

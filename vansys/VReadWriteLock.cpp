@@ -8,8 +8,8 @@
 
 namespace {
 
-// A thread's hold on one lock. The first take locks, in its mode, and the last release unlocks; the takes and releases
-// between them only count.
+// How often one thread holds one lock. Its first take acquires the lock, shared for a read and exclusive for a write,
+// and its last release unlocks it. The takes and releases between them only change the counts.
 struct Holding {
     int reads = 0;
     int writes = 0;

@@ -38,7 +38,7 @@ void DocumentChecker::CheckSource(SourceDocument& source, CheckedDocument& resul
     }
     const SchemaSelection selection = SelectSchema(source.Source());
     result.wasChecked = CheckAgainst(selection.schema, source, result);
-    // What keeps a text from being a document at all is told before what its version is.
+    // Well-formedness errors come first: a version problem is reported only for a document without them.
     if (result.errors == 0 && !selection.problem.IsEmpty()) AddError(result, FormatErrorLine(source.Name(), selection.problem));
 }
 

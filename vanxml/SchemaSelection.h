@@ -27,8 +27,8 @@ struct SchemaSelection {
 // Linear in the document.
 SchemaSelection SelectSchema(InputSource& document);
 
-// False when there is no file of that name, or a folder. True also when the system does not
-// say, for lack of a permission: reading the file tells the reason.
+// False when `name` does not exist or is a folder. True when the system does not tell, because
+// a permission is missing: reading the file then reports the reason.
 bool MayBeFile(const VString& name);
 
 // The schema that a user names: a resource, or else a file. Throws ToolError when it is

@@ -18,7 +18,7 @@ std::string ReadInput();
 // FlushOutput.
 void Write(std::string_view bytes);
 void FlushOutput();
-// To standard error, where a failure cannot be told to anybody.
+// To standard error. Ignores failures, because nowhere is left to report them.
 void WriteError(std::string_view bytes) noexcept;
 
 }  // namespace StandardStreams

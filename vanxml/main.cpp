@@ -71,7 +71,7 @@ ExitStatus EndOfParse(const CLI::App& application, const CLI::ParseError& error)
         StandardStreams::Write(output.str());
         return ExitStatus::Good;
     }
-    // A misspelt command counts as none.
+    // CLI11 takes a misspelt command for an operand: it is in remaining(), and no subcommand was parsed.
     const std::vector<std::string> rest = application.remaining();
     const bool isUnknown = application.get_subcommands().empty() && !rest.empty();
     Fail(WithoutMarks(isUnknown ? "There is no command \"" + rest.front() + "\"" : error.what()));

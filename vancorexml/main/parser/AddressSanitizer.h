@@ -1,4 +1,4 @@
-// Whether the address sanitizer watches.
+// Whether this build uses AddressSanitizer.
 #pragma once
 
 #if defined(__has_feature)
@@ -9,8 +9,8 @@
 #define VANCOREXML_ADDRESS_SANITIZER
 #endif
 
-// Memory that is kept to be given out again hides from the sanitizer that it was freed, so what
-// keeps some does not while this is true.
+// Recycled memory hides use-after-free from AddressSanitizer, so pools stop recycling when this
+// is true.
 #ifdef VANCOREXML_ADDRESS_SANITIZER
 constexpr bool HasAddressSanitizer = true;
 #else

@@ -4,7 +4,7 @@
 
 namespace {
 
-// What is missing, by the lookup that failed for `name`.
+// A sentence for what(). `code` identifies the lookup that failed and `name` is the requested name.
 VString Describe(const VString& name, std::uint32_t code)
 {
     const VString quoted = VString(u"\"") + name + VString(u"\".");

@@ -5,9 +5,10 @@
 #include "vansys/VantoraException.h"
 
 // Thrown when a child, an attribute or a version that the caller requires is missing. The
-// message is the bare name that was asked for, or says that a version is missing; what() says in
-// a sentence what is missing. The error's key says which lookup failed: the name that the lookup
-// documents, with its code behind it, as in DOMException_RequiredChildMissing_0x26487BC2.
+// message is only the requested name, or says that a version is missing. what() returns a
+// sentence, such as `The element has no child "title".` The error's key tells which lookup
+// failed. It is the key from the comment of the lookup, an underscore and the error's code, as
+// in DOMException_RequiredChildMissing_0x26487BC2.
 //
 // Its own virtual operations are the destructor, Clone and Throw, in this order. In the virtual
 // table what() stands behind the destructor, because VantoraException is a std::exception.

@@ -42,10 +42,10 @@ public:
     // colon calls for. Off at first.
     void SetEnableLineNumbersOnElements(bool enable);
     bool GetEnableLineNumbersOnElements() const;
-    // Given to each document, which keeps it for those who load what it refers to. Off at first.
+    // Passed on to each document, for the code that loads the files it refers to. Off at first.
     void SetRestrictExternalPaths(bool restrict);
     bool GetRestrictExternalPaths() const;
-    // Called once after each parse; an empty function calls nobody. The handler may replace or
+    // Called once after each parse; an empty function removes the handler. The handler may replace or
     // remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 

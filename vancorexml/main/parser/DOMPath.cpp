@@ -25,14 +25,14 @@ const DOMElement* DocumentElementOf(const DOMElement& element)
 
 }  // namespace
 
-// A set of segments is a run of words, one bit a segment: one word for paths of up to 64. It
-// says which segments are alive for the elements of a level. Only the words between its first
-// and its last alive segment are kept and looked at, so a long path costs no more than a short
-// one where few of its segments are alive.
+// A set of segments is an array of words with one bit per segment: one word for paths of up to
+// 64. It holds the segments that are active for the elements of a level. Only the words from the
+// first to the last active segment are kept and examined, so a long path with few active
+// segments costs no more than a short path.
 //
-// The set of a level is closed when it is made: where an empty segment is alive so is the one
-// behind it, because an empty segment stands for no level too. Only once, so every further
-// empty segment costs a level more.
+// The set of a level is closed when it is made: an active empty segment also activates its
+// successor, because it may match zero levels. This happens once per level, so each further
+// empty segment consumes one more level.
 DOMPath::Walker::Walker(const DOMElement& element, const VString& path) : m_segments(path.split(u'/'))
 {
     if (m_segments.back().IsEmpty()) return;
@@ -86,8 +86,8 @@ const DOMElement* DOMPath::Walker::Next()
     return nullptr;
 }
 
-// Sets m_next to what is alive for the children, from the span's first word to the one behind
-// its last; says whether the element is a match.
+// Sets m_next to the segments that are active for the children: the words from the span's first
+// to the one behind its last. Returns whether the element is a match.
 bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
 {
     const Word* const active = m_active.data() + (m_active.size() - span.words);
@@ -114,7 +114,7 @@ bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
     return true;
 }
 
-// Makes the children of `element` the next level, with the set m_next, unless none is alive.
+// Makes the children of `element` the next level, with the set m_next. Does nothing when no segment is active.
 void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
 {
     Close(m_next, firstWord);
@@ -129,7 +129,7 @@ void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
     m_frames.push_back({children.begin(), children.end(), span});
 }
 
-// What is carried out of the last word is dropped: callers leave room for what can be.
+// Drops a bit that is carried out of the last word: callers add a word when a segment could be lost.
 void DOMPath::Walker::Close(std::vector<Word>& active, std::size_t firstWord) const
 {
     Word carried = 0;

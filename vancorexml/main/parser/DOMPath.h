@@ -27,8 +27,8 @@
 //
 // The walk is lazy and enters only branches that can still match. It holds pointers into the
 // tree, which must not change while an iterator is live; Foreach and GetAll collect first.
-// Any number of threads may walk one tree that does not change. An element costs as much as
-// segments can match there, however long the path is.
+// Any number of threads may walk one tree that does not change. The cost of an element grows
+// with the number of segments that can match it, not with the length of the path.
 //
 //     for (const DOMElement& column : DOMPath::Walk(root, "data-source/column")) Print(column.GetName());
 namespace DOMPath {
@@ -42,8 +42,8 @@ public:
     Walker& operator=(const Walker&) = delete;
     ~Walker();
 
-    // Gives up what is left and begins again with the same path at another element. Not for
-    // a copy, which has no path.
+    // Abandons the current walk and starts again with the same path at another element. Must
+    // not be called on a copy, which has no path.
     void Restart(const DOMElement& element);
     // The next match; null at the end. Throws std::out_of_range ("invalid vector subscript")
     // on a copy that still has elements to visit.
@@ -52,7 +52,7 @@ public:
 private:
     using Word = std::uint64_t;
 
-    // Which words of a set are kept: those from its first word that is not zero to its last.
+    // The words of a set that are kept: from its first word that is not zero to its last.
     struct Span {
         std::size_t firstWord = 0;
         std::size_t words = 1;
@@ -131,7 +131,7 @@ public:
 private:
     void Advance()
     {
-        // The walk reads only; whoever handed in a mutable element gets mutable ones back.
+        // The walk only reads. E is mutable only when the caller passed in a mutable element.
         m_current = const_cast<E*>(m_state->Next());
         if (!m_current) m_state.reset();
     }
@@ -140,8 +140,8 @@ private:
     E* m_current = nullptr;
 };
 
-// What a path names, to iterate over. Refers to the element and to a path that is a variable:
-// both must live until begin() has been called, which reads the path. Keeps a path that is a
+// The matches of a path as a range. Refers to the element, and to a path that is a variable:
+// both must live until begin() has been called, which reads the path. Copies a path that is a
 // temporary.
 template <typename E>
 class IterableTemplate {

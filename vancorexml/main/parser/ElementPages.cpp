@@ -10,8 +10,8 @@
 
 namespace {
 
-// A small document takes little. The pages of a large one are so large that common allocators
-// merge, when one is freed, what was freed around it, while that is still in the cache.
+// A small document takes little memory. The pages of a large document are so large that common
+// allocators merge a freed page with its free neighbours, while those are still in the cache.
 constexpr std::size_t FirstCapacity = HasAddressSanitizer ? 1 : 4;
 constexpr std::size_t MaxCapacity = HasAddressSanitizer ? 1 : 1024;
 
@@ -20,7 +20,7 @@ constexpr std::size_t LoneHead = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIG
 
 }  // namespace
 
-// Where an element stands; the word before it tells Free whose it is.
+// The memory of one element. Free reads the page from the word before the element.
 struct ElementPages::Place {
     Page* page;
     alignas(DOMElement) unsigned char element[sizeof(DOMElement)];
@@ -33,7 +33,7 @@ struct ElementPages::Page {
     Place* Places() noexcept { return reinterpret_cast<Place*>(this + 1); }
     static void Drop(Page* page, std::size_t count) noexcept
     {
-        // What other threads did to the page happens before it is freed.
+        // Acquire and release: all writes of other threads to the page happen before it is freed.
         if (page->alive.fetch_sub(count, std::memory_order_acq_rel) == count)
             ::operator delete(page);
     }

@@ -3,32 +3,32 @@
 
 #include <cstddef>
 
-// Hands out places for elements, many from one allocation, because a document has many
-// elements, makes them together and destroys them together.
+// Allocates elements from pages that hold many of them, because a parse makes the elements of a
+// document together and they are usually destroyed together.
 //
-// Ownership: a page is freed with the last of its elements, wherever that has gone to
-// meanwhile, once the object has left it; so an element that outlives its document keeps at
-// most one page. What is freed within a page is not used again: this is for elements that are
-// made at once, not for those that come and go. The object itself may die before the elements.
+// Ownership: a page is freed when its last element dies, whichever document owns that element by
+// then, and this object has released the page. So an element that outlives its document keeps at
+// most one page. Freed places are not reused: use pages for elements that are made together, not
+// for elements that are made and freed one by one. The object may die before the elements.
 //
 // Threads: places are handed out by one thread; elements may be freed by any.
 class ElementPages {
 public:
     ElementPages();
-    // The first page has that many places, each that follows twice as many up to `most`.
+    // The first page has `first` places, and each further page twice as many, up to `most`.
     ElementPages(std::size_t first, std::size_t most) noexcept : m_first(first), m_most(most) {}
     ElementPages(const ElementPages&) = delete;
     ElementPages& operator=(const ElementPages&) = delete;
     ~ElementPages() { Leave(); }
 
     void* Allocate();
-    // Gives back the places that are left; the next page is a first one again.
+    // Releases the page with its unused places; the next page has the size of a first one again.
     void Leave() noexcept;
 
-    // A place of that many bytes that belongs to no page, aligned for whatever is not aligned
-    // beyond the usual.
+    // Allocates a place of `size` bytes that belongs to no page, aligned to
+    // __STDCPP_DEFAULT_NEW_ALIGNMENT__.
     static void* AllocateAlone(std::size_t size);
-    // For either.
+    // Frees a place from Allocate or AllocateAlone.
     static void Free(void* place) noexcept;
 
 private:

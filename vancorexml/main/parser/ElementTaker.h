@@ -1,4 +1,4 @@
-// Elements that change hands without a copy.
+// Handing elements to a builder without a copy.
 #pragma once
 
 #include <string_view>
@@ -7,21 +7,21 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/AttributeMap.h"
 
-// What the builders of our own trees are besides a SAXInterface: the handler puts attributes
-// and text where they are to stay. Such a builder gets them here and not from StartElement and
-// Characters, and takes a document to its end: it is not asked whether it is done.
+// A faster interface that the library's own builders implement beside SAXInterface. The handler
+// calls TakeElement and TakeText instead of StartElement and Characters, so attributes and text
+// are written straight into the tree. IsDone is never called.
 class ElementTaker {
 public:
-    // False for text that the builder would drop, which is then not handed to it: white space
-    // only, unless that is kept. Linear in the white space before the text.
+    // False for text that the builder would drop: white space only, unless the builder keeps it.
+    // The handler must not pass such text to TakeText. Linear in the leading white space.
     bool WantsText(std::u16string_view text) const noexcept
     {
         VScanString scan(text);
         scan.skipWhitespace();
         return m_keepsBlankText || !scan.IsAtEnd();
     }
-    // The attributes of the new element, none yet, for the handler to fill at once. When that
-    // fails the element keeps those that it has by then.
+    // Starts an element and returns its empty attributes, which the handler fills at once. If
+    // that fails, the element keeps the attributes added so far.
     virtual AttributeMap& TakeElement(const VString& name) = 0;
     virtual void TakeText(VString&& text) = 0;
 

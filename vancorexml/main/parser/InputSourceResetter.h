@@ -1,11 +1,11 @@
-// Handing a source back at its start.
+// Resetting a source at the end of a scope.
 #pragma once
 
 #include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Resets the source, which must outlive it, when it dies. A reset that fails is logged: the
-// source then stands where it was, and its next read tells.
+// Resets the source, which must outlive it, when it dies. A failed reset is logged; the source
+// keeps its position and its next read reports the error.
 class VANCOREXML_API InputSourceResetter {
 public:
     explicit InputSourceResetter(InputSource& source) noexcept : m_source(source) {}

@@ -9,10 +9,8 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/SharedTexts.h"
 
-// Gives each name as a string, mostly one that was made before. A parser keeps its names in
-// few places, an element's in its declaration and an attribute's where the attributes of the
-// element before stood, so what was last found at an address is tried first; only its text
-// counts.
+// Interns names. Xerces reuses a few buffers for them, so the string last returned for an address
+// is tried first; it is compared by content, never by address alone.
 //
 // Ownership: owns its strings, which share their buffers with the copies given out.
 //
@@ -32,7 +30,7 @@ public:
         return last;
     }
 
-    // A name that stands nowhere.
+    // For a name that is not in one of those buffers: always looks it up.
     VString Get(std::u16string_view name) { return m_names.Get(name); }
 
     void Clear()
@@ -43,10 +41,10 @@ public:
 
 private:
     static constexpr std::size_t Places = 256;
-    // Some times the names that most vocabularies have, so that few share a slot.
+    // Several times as many as most vocabularies have names, so that few names share a slot.
     static constexpr std::size_t NameLimit = 1 << 12;
 
-    // Reads no further than the NUL, which no known name has within.
+    // Reads `name` no further than its NUL, because `text` contains none.
     static bool IsSame(const VString& text, const char16_t* name) noexcept
     {
         const std::u16string_view units = text.View();
@@ -60,6 +58,6 @@ private:
     }
 
     SharedTexts m_names{NameLimit, SharedTexts::Repeats::Surely};
-    // None before the first name: there are parsers that read many small documents.
+    // Empty until the first name of a parse.
     std::vector<VString> m_last;
 };

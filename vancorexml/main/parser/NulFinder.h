@@ -7,9 +7,12 @@
 
 #include <xercesc/sax/InputSource.hpp>
 
-// Xerces takes a NUL for the end of its input and mostly reports a premature end. It reports
-// nothing for a NUL in the XML declaration, where it ends a name, nor for one behind the topmost
-// element of a schema.
+// Xerces treats a NUL as the end of its input. Before the end of the root element, it then reports
+// that the input ended too early. It reports nothing in two places: in the XML declaration, where
+// the NUL ends a name, and behind the root element of a document or schema.
+//
+// These functions check the XML declarations of documents, and whole schemas.
+// DocumentReader::endDocument finds a NUL behind the root element of a document.
 namespace NulFinder {
 
 // Both count from 1, columns in UTF-16 code units. In encodings other than UTF-8 and UTF-16

@@ -1,4 +1,4 @@
-// What every parse is run through.
+// The base class of the parsers.
 #pragma once
 
 #include <vector>

@@ -25,7 +25,7 @@ public:
 
     // Old path to new path.
     const std::map<VPath, VPath>& GetPathMap() const noexcept { return m_pathMap; }
-    // Inserts, or overwrites what `from` became.
+    // Inserts the rename, or overwrites the new path of `from`.
     void SetRename(const VPath& from, const VPath& to);
     // A file was gathered from `from` to `to`, and its content has the checksum `crc`: when
     // an earlier file had the same, `from` becomes that one's target. The folder of `from`
@@ -33,15 +33,16 @@ public:
     // no more. Nothing for an empty `from`.
     void SetCRC(const VPath& from, const VPath& to, int crc);
 
-    // What exactly `path` became; else `path`.
+    // The new path of `path`; `path` itself when it was not renamed.
     VPath RenamePath(const VPath& path) const;
-    // What the old path became that is `path` once it is taken below `base`; empty when there
-    // is none or when that is `path` itself. Linear in the renames, as are the two below.
+    // Finds the first old path that, resolved against `base`, equals `path`, and returns its new
+    // path. Empty when there is none or when the new path is `path` itself. Linear in the number
+    // of renames, as are the next two operations.
     VPath RenamePathAbsolute(const VPath& path, const VPath& base) const;
     // The first old path, in order, that became `path`; empty when there is none.
     VPath ReverseRenamePath(const VPath& path) const;
-    // Whether the text of `path`, written with "/", begins with that of a new path so written:
-    // also "C:/output" for "C:/out". Letter case counts.
+    // Whether `path` begins with one of the new paths. Compares their texts, both written with
+    // "/", so "C:/output" begins with "C:/out". Case-sensitive.
     bool IsValidPath(const VPath& path) const;
     // Forgets the renames and the folders seen, but not the checksums: files gathered later
     // still share the targets of earlier ones.

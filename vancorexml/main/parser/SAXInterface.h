@@ -6,10 +6,10 @@
 #include "vancorexml/main/parser/XMLExport.h"
 
 // Receives the elements and texts of a document in document order. An exception thrown from
-// a callback ends the parse and is recorded as an error, by its own message only when it is an
-// XMLParseException or one of Xerces, else as "Unexpected exception".
+// a callback ends the parse and is recorded as an error: with its own message if it is an
+// XMLParseException or a Xerces exception, otherwise as "Unexpected exception".
 //
-// Ownership: shared between the parser and whoever takes the result from it.
+// Ownership: shared between the parser and the code that reads the result.
 //
 // Threads: called on the thread that parses.
 //
@@ -21,7 +21,7 @@
 //     };
 struct VANCOREXML_API SAXInterface {
     virtual ~SAXInterface();
-    // The names as they stand in the document. Both arguments are valid during the call only.
+    // Names are those written in the document. Both arguments are valid during the call only.
     virtual void StartElement(const VString& name, const AttributeMap& attributes) = 0;
     // The innermost open element closes.
     virtual void EndElement() = 0;
@@ -40,7 +40,7 @@ struct VANCOREXML_API SAXInterfaceExtension : SAXInterface {
     virtual VString PreprocessSchemaText(const VString& systemId, const VString& text, const VString& path) = 0;
 };
 
-// Where in its input a parser stands.
+// The position of a parser in its input.
 class VANCOREXML_API SAXFileLocation {
 public:
     virtual ~SAXFileLocation();

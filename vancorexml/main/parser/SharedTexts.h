@@ -1,4 +1,4 @@
-// One copy of each text that comes again and again.
+// A cache of the strings made for repeated texts.
 #pragma once
 
 #include <cstddef>
@@ -10,16 +10,16 @@
 
 #include "vancoreplatform/VString.h"
 
-// Remembers the strings that were made for texts, each in the one slot that the hash of its
-// text names. So a text is not always made once only, but a lookup looks at one slot whatever
-// the texts are, and nobody can choose them to collide at a cost.
+// Caches the strings that were made for texts. The hash of a text selects its only slot, so texts
+// that share a slot evict each other. In return a lookup examines one slot whatever the texts
+// are: texts chosen to collide cannot make lookups slow.
 //
-// Where texts come again perhaps only, one gets a slot that comes there twice in a row, so that
-// those that come once do not drive out the others; and while hardly any comes again they are
-// looked for now and then only.
+// With Repeats::Perhaps a text is stored only after it misses the same slot twice in a row, so
+// one-off texts do not evict repeated ones. While the hit rate is too low, lookups are suspended
+// for `Pause` calls.
 //
-// Ownership: owns its strings, which share their buffers with the copies given out. Has at
-// most `limit` slots, fewer for as long as few texts come.
+// Ownership: owns its strings, which share their buffers with the copies it returns. The number
+// of slots grows with the number of misses, up to `limit`.
 //
 // Threads: one at a time.
 class SharedTexts {
@@ -64,15 +64,14 @@ public:
 
 private:
     using Word = std::uint64_t;
-    // A lookup costs a fraction of what a string does, so one in five that finds pays for all.
+    // A lookup costs a fraction of making a string, so a hit rate of one in five pays for all lookups.
     static constexpr std::size_t PatientMisses = 2000;
     static constexpr std::size_t HitWorth = 4;
     static constexpr std::size_t Pause = 16000;
     static constexpr std::size_t UnitsInWord = sizeof(Word) / sizeof(char16_t);
 
     struct Slot {
-        // The upper halves of the hashes of the text, and of the one that was looked for last
-        // and not found.
+        // Upper hash halves: of the stored text, and of the last text that missed here.
         std::uint32_t tag = 0;
         std::uint32_t candidate = 0;
         VString text;
@@ -85,13 +84,13 @@ private:
         return word;
     }
 
-    // Of one to three units, all.
+    // Reads a text of one to three units completely.
     static Word ReadFew(std::u16string_view text) noexcept
     {
         return Word{text.front()} | Word{text[text.size() / 2]} << 16 | Word{text.back()} << 32;
     }
 
-    // Short texts are most of them; a call for each would cost more than the comparison.
+    // Most texts are short: a call of memcmp would cost more than the comparison itself.
     static bool IsSame(std::u16string_view a, std::u16string_view b) noexcept
     {
         const std::size_t size = a.size();
@@ -112,7 +111,7 @@ private:
     static Word Hash(std::u16string_view text) noexcept
     {
         const std::size_t size = text.size();
-        // Spread, because a unit of another text could undo the length as it is.
+        // Mixes the length, because the first word of a text could cancel a plain length.
         Word hash = Mix(0, size);
         if (size < UnitsInWord)
             return size == 0 ? 0 : Mix(hash, ReadFew(text));
@@ -147,7 +146,7 @@ private:
     Repeats m_repeats;
     std::size_t m_hits = 0;
     std::size_t m_misses = 0;
-    std::size_t m_pause = 0;   // lookups still to be left out
+    std::size_t m_pause = 0;   // calls of Get that still skip the lookup
     // None or a power of two.
     std::vector<Slot> m_slots;
 };

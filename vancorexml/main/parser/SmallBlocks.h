@@ -1,4 +1,4 @@
-// Memory for what comes and goes in a parse.
+// A pool for the small allocations of a parse.
 #pragma once
 
 #include <array>
@@ -7,16 +7,15 @@
 
 #include "vancorexml/main/parser/AddressSanitizer.h"
 
-// Keeps small blocks that are freed and gives them out again: a validation takes and frees half
-// a dozen of them for every element, which costs a general allocator more than all that we do
-// with the element.
+// A pool of small blocks. A validation allocates and frees half a dozen of them for every element,
+// which costs a general allocator more time than all other work of the library on the element.
 //
-// Ownership: only the object that gave a block may free it. What it keeps, less than fifty
-// kilobytes, it gives back when it dies.
+// Ownership: only the pool that allocated a block may free it. The pool keeps less than fifty
+// kilobytes of freed blocks, and frees them when it dies.
 //
 // Threads: one at a time.
 //
-// Cost: constant where a kept block serves.
+// Cost: constant when the pool has a block of the size.
 class SmallBlocks {
 public:
     SmallBlocks() = default;
@@ -24,7 +23,7 @@ public:
     SmallBlocks& operator=(const SmallBlocks&) = delete;
     ~SmallBlocks();
 
-    // Aligned for whatever is not aligned beyond the usual. Throws std::bad_alloc.
+    // Aligned to __STDCPP_DEFAULT_NEW_ALIGNMENT__. Throws std::bad_alloc.
     void* Allocate(std::size_t size)
     {
         if (size <= Largest) {
@@ -57,10 +56,10 @@ public:
 private:
     // Before each block.
     struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Head {
-        std::size_t list;   // the one where it belongs; Lists for none
-        Head* next;         // of those kept
+        std::size_t list;   // the free list of the block's size; Lists for a block too large for the pool
+        Head* next;         // the next block of the free list
     };
-    // The blocks of the first list are as large as a head, those of the second as two.
+    // A free list. Blocks of the first list are as large as one head, of the second as two, and so on.
     struct Kept {
         Head* first = nullptr;
         std::size_t count = 0;

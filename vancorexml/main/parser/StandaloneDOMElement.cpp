@@ -24,9 +24,8 @@ StandaloneDOMElement::~StandaloneDOMElement()
     EraseAllChildNodes();
 }
 
-// Without recursion and without memory of its own: an element whose nodes are still to go is
-// put on a stack that is linked through the element's first node, whose own content is taken
-// in hand before.
+// Neither recurses nor allocates. Elements still to be destroyed form a stack linked through
+// their first node's `element`, whose own content is moved out first.
 void StandaloneDOMElement::DestroyTree(std::unique_ptr<StandaloneDOMElement> element) noexcept
 {
     std::unique_ptr<StandaloneDOMElement> stack;

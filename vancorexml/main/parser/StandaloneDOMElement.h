@@ -35,7 +35,7 @@ public:
 
     const VString& GetName() const noexcept { return m_name; }
     void SetName(const VString& name) { m_name = name; }
-    // Whether the text appended last was escaped already; a mark for whoever writes the element.
+    // Whether the text appended last was escaped already; a mark for code that writes the element.
     bool IsEncoded() const noexcept { return m_encoded; }
     void SetEncoded(bool encoded) noexcept { m_encoded = encoded; }
 
@@ -59,12 +59,13 @@ public:
     // A text right behind a text is merged into it. `encoded` replaces the mark.
     void AppendText(const VString& text, bool encoded);
     void AppendText(const VString& text) { AppendText(text, false); }
-    // Before the first child that is equal to `before` in depth, not identical with it. Raises a
-    // LogicException when there is none.
+    // Inserts before the first child that compares deeply equal to `before`; identity does not
+    // matter. Raises a LogicException when there is no such child.
     void InsertChildBefore(std::unique_ptr<StandaloneDOMElement> element, const StandaloneDOMElement& before);
-    // Takes out that very child; raises a LogicException when it is none.
+    // Removes `child`, found by identity, and returns it. Raises a LogicException when it is not
+    // a child of this element.
     std::unique_ptr<StandaloneDOMElement> RemoveChild(const StandaloneDOMElement& child);
-    // Takes out all children, in order; texts stay.
+    // Removes all children and returns them in order; texts stay.
     std::vector<std::unique_ptr<StandaloneDOMElement>> RemoveChildren();
     // Linear in the subtree; takes no memory.
     void EraseAllChildNodes();
@@ -74,7 +75,7 @@ public:
     const StandaloneDOMElement* GetChild(const VString& name) const;
     std::vector<std::reference_wrapper<const StandaloneDOMElement>> GetChildren() const;
     std::vector<std::reference_wrapper<const VString>> GetTextNodes() const;
-    // All texts, one behind the other.
+    // All texts, concatenated.
     VString GetAllText() const;
     bool HasChildren() const noexcept;
     bool HasText() const noexcept;
@@ -101,9 +102,9 @@ private:
     };
 
     static void DestroyTree(std::unique_ptr<StandaloneDOMElement> element) noexcept;
-    // Name, attributes and mark, and no nodes.
+    // Copies the name, the attributes and the encoded mark, but no nodes.
     std::unique_ptr<StandaloneDOMElement> CloneWithoutNodes() const;
-    // All but the elements below.
+    // Compares everything except the child elements.
     bool IsEqualWithoutChildren(const StandaloneDOMElement& other) const;
 
     VString m_name;

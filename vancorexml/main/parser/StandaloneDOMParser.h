@@ -18,7 +18,7 @@
 // is always there: an element "Document" whose only child is the document's own root, or what
 // was built of it before a fault. Faults in the XML never raise.
 //
-// Ownership: the caller owns what is returned. Every parse stands for itself; the parser keeps
+// Ownership: the caller owns the result. Parses are independent of each other: the parser keeps
 // only its configuration.
 //
 // Threads: one at a time, because the schemas are read by each parse.
@@ -34,11 +34,11 @@ public:
     StandaloneDOMParser& operator=(const StandaloneDOMParser&) = delete;
 
     // Every later parse validates against this schema, which is read anew for each. It must not
-    // be null, nor its id empty: a parse raises a LogicException for an empty id. What is wrong with a schema itself
-    // is not among the errors of a parse.
+    // be null, nor its id empty: a parse raises a LogicException for an empty id. Errors in the
+    // schema itself are not among the errors of a parse.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
-    // Called once after each parse; an empty function calls nobody. The handler may replace or
+    // Called once after each parse; an empty function removes the handler. The handler may replace or
     // remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 

@@ -7,12 +7,12 @@
 
 #include "vancorexml/main/parser/XMLExport.h"
 
-// The text of another source, which Xerces reads as UTF-16: it takes every byte of UTF-8
-// through its own decoder one by one, which costs about a tenth of a parse, and UTF-16 as it
-// comes. Piece by piece, so no second copy of the document exists.
+// Gives Xerces the text of another source as UTF-16. Xerces decodes UTF-8 byte by byte, which
+// costs about a tenth of a parse, but reads UTF-16 without decoding. The text is converted piece
+// by piece, so no second copy of the document exists.
 //
-// Only for text that IsWellFormed: what is not is left to the decoder of Xerces, which knows
-// what to say of it.
+// Only for text that IsWellFormed accepts: malformed text goes to Xerces' own decoder, whose
+// error messages are kept.
 //
 // Ownership: refers to the bytes, which must outlive it and its streams.
 //
@@ -23,8 +23,8 @@ public:
     Utf16InputSource(const xercesc::InputSource& source, std::string_view text);
 
     // Whether Xerces would read the text as UTF-8, by the encoding that `source` names or by
-    // what the text itself says, and find all of it well-formed. False where that takes more
-    // than a look at the XML declaration. Linear.
+    // what the text itself says, and find all of it well-formed. False when finding the encoding
+    // takes more than a look at the XML declaration. Linear.
     static bool IsWellFormed(const xercesc::InputSource& source, std::string_view text) noexcept;
 
     xercesc::BinInputStream* makeStream() const override;

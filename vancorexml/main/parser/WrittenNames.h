@@ -41,8 +41,8 @@ private:
     bool IsRewritten(std::u16string_view name);
 
     bool m_isRewritten = false;
-    // The document as it was given; null when nobody keeps it. Every name with the prefix then
-    // counts as rewritten.
+    // The document before the rewriting. Null when it was not kept: every name with the prefix
+    // then counts as rewritten.
     std::shared_ptr<const std::string> m_given;
     std::optional<Own> m_own;
 };

@@ -12,16 +12,16 @@
 class DOM;
 class DOMElement;
 
-// Builds a document from the calls that would write one, so that what knows how to write
-// itself through an XMLFormatter can also become a tree. Comments and the header are kept
-// beside the tree. The class also renders documents and elements as text.
+// Builds a document from the calls that would write one, so code that writes through an
+// XMLFormatter can also build a tree. Comments and the header are kept beside the tree. The
+// class also renders documents and elements as text.
 //
 // Every writing operation acts on the innermost open element. OutputCloseTag closes it; once
 // the topmost element is closed too, or the document taken, each of them raises a
 // LogicException.
 //
-// OutputContentTag with its `encode` flag is not taken over: it writes its markup as text
-// into the open element. Use the form without the flag.
+// The OutputContentTag overload with `encode` is not overridden and would write its tags as
+// text into the open element. Use the overload without the flag.
 //
 // OutputDOMElement and OutputDOMElements copy elements of any document, the one being built
 // included. A derived class that writes elements tag by tag instead, through XMLFormatter's
@@ -82,7 +82,7 @@ public:
     static VString RenderAsXMLString(const DOMElement& element, VString* comment, bool header);
 
 protected:
-    // Builds on in that document, which must not be null.
+    // Continues that document, which must not be null.
     explicit XMLDomFormatter(std::unique_ptr<DOM> document);
 
     // As XMLFormatter::OutputDOMElement on `target`, but that text beside children is

@@ -21,7 +21,8 @@ enum FormatMode : std::int32_t {
 };
 
 // The first operations of XMLFormatter. OutputDOMElement is declared here and again in
-// XMLFormatterOverride; a declaration in XMLFormatter itself would override both.
+// XMLFormatterOverride. XMLFormatter itself must not declare it: that would override both and
+// hide whether a derived class overrides it.
 class VANCOREXML_API XMLFormatterBase {
 public:
     virtual ~XMLFormatterBase();
@@ -57,11 +58,11 @@ private:
 // blobs and whole elements into text, and hands each piece to OutputString, which a derived
 // class defines. It does not check that tags are balanced or that names are well-formed.
 //
-// Everything that writes does so through virtual calls on the writer itself, so a derived
-// class that overrides one operation changes all that are composed of it.
+// The operations call each other virtually, so a derived class that overrides one of them
+// also changes the operations that use it.
 //
-// Ownership and lifetime: keeps nothing of what it is given. What OutputString throws comes
-// out of the operation, but for the closing of an element by an Indenter, which swallows.
+// Ownership and lifetime: keeps none of its arguments. Exceptions from OutputString propagate,
+// except out of ~Indenter, which swallows them.
 //
 // Threads: one writer belongs to one thread at a time; the static operations may be called
 // from any.
@@ -117,7 +118,7 @@ public:
     // Each of the elements that the view shows when the call begins, through OutputDOMElement:
     // a writer that builds a tree may append to the element whose children they are.
     virtual void OutputDOMElements(const DOMElementChildren& elements);
-    // `verbatim` text is written as it stands, on lines of its own, and followed by the
+    // `verbatim` text is written without escaping, on lines of its own, and followed by the
     // indentation; other text is escaped and nothing is added.
     virtual void OutputContent(const VString& text, bool verbatim);
     virtual void OutputContent(const VString& text);
@@ -166,14 +167,14 @@ public:
     static void FormatDOM(XMLFormatter& formatter, const DOMElement& element, VString* comment, bool header);
 
 protected:
-    // Writes to `target` what OutputDOMElement writes without an override. Before the text of
-    // an element that has children stands the indentation of `textIndent`.
+    // Writes to `target` what OutputDOMElement writes without an override. The text of an
+    // element that has children is indented by the indentation of `textIndent`.
     static void WriteTree(XMLFormatter& target, const DOMElement& element, const XMLFormatter& textIndent);
 
 private:
     friend class XMLFormatterBase;
 
-    // What OutputDOMElement does unless it is overridden.
+    // Implements OutputDOMElement for writers that do not override it.
     void WriteElement(const DOMElement& element);
 
     VString m_indent;

@@ -19,7 +19,7 @@ void XMLStringFormatter::OutputString(const VString& text)
 VString XMLStringFormatter::GetOutput() const
 {
     if (m_failure) std::rethrow_exception(m_failure);
-    // Not otherwise: a buffer that is shared already would be copied.
+    // Only when there is spare room: resize() would copy a buffer shared with an earlier result.
     if (m_buffer.size() > m_length) m_buffer.resize(m_length);
     return VString(m_buffer);
 }
@@ -38,7 +38,7 @@ void XMLStringFormatter::OutputBehindTheRoom(const VString& text)
         m_length += text.length();
     } catch (...) {
         m_failure = std::current_exception();
-        // Without room everything comes here, and fails again.
+        // Leaves no spare room, so every later write takes this slow path and rethrows.
         m_buffer.truncate(m_length);
         throw;
     }

@@ -27,7 +27,8 @@ private:
     // The slow half of OutputString, which may fail: at least doubles the buffer.
     void OutputBehindTheRoom(const VString& text);
 
-    // What is written, and room behind it; GetOutput gives it away without a copy.
+    // The text written so far, followed by spare room. GetOutput drops the spare room and shares
+    // the buffer with its result, without a copy.
     mutable QString m_buffer;
     int m_length = 0;
     std::exception_ptr m_failure;

@@ -41,9 +41,9 @@ private:
     bool m_isKnown = false;
 };
 
-// Whether the quotes from a position to a ">" match, for positions that only increase. All
-// answers to one ">" are worked out together, from the right: from a quote on they match when
-// its closing quote is there and they match behind that one.
+// Whether the quotes from a position to a ">" match, for positions that only increase. For each
+// ">" all answers are computed right to left: the quotes from position i match if the closing
+// quote of i exists and the quotes after it match.
 class QuotesUpTo {
 public:
     explicit QuotesUpTo(const std::string& text) : m_text(text) {}
@@ -66,8 +66,8 @@ private:
         m_close = close;
         m_quotes.clear();
         bool matches = true;
-        // What holds behind the nearest apostrophe and double quote to the right; false
-        // without one.
+        // Whether the quotes behind the nearest apostrophe to the right match, and the same for
+        // the nearest double quote; false when there is none.
         bool behindApostrophe = false;
         bool behindDouble = false;
         for (std::size_t i = close; i-- > from;) {

@@ -138,8 +138,8 @@ void XercesXMLHandler::FlushText()
 void XercesXMLHandler::PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map)
 {
     map.reserve(count);
-    // What stands in the tag stands there once, else Xerces refuses it. A restored name, or the
-    // default of a schema, may be that of another.
+    // Xerces rejects a tag with duplicate attributes, so the attributes of the tag are appended without a lookup.
+    // From the first restored colon name or default value on, a name may collide, so each needs a lookup.
     bool isOfTag = true;
     for (XMLSize_t i = 0; i < count; ++i) {
         const xercesc::XMLAttr& attribute = *attributes.elementAt(i);

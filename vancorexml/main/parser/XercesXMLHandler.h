@@ -42,14 +42,14 @@ public:
     // Checks the entities of `document` when it declares the first one. `document` must live until the
     // parse ends.
     void CheckEntitiesOf(const xercesc::InputSource& document) noexcept;
-    // Frees what only a parse needs, and forgets the text of one that was abandoned.
+    // Frees the caches of the parse, and discards text left by an aborted parse.
     void EndParse() noexcept;
     // While the schema `id` is loaded, external entities are refused.
     void BeginSchema(const VString& id);
     // Abandons the schema if it exceeds an expansion limit. `bytes` is the content of `source`.
     void CheckSchema(const xercesc::InputSource& source, std::string_view bytes);
     void EndSchema() noexcept;
-    // The parse that supplied the locator is over: the locator refers to what the parse has read.
+    // Call when the parse that supplied the locator is over: the locator refers to the input of that parse.
     void ForgetLocator() noexcept { m_locator = nullptr; }
 
     bool IsDone() const noexcept { return m_isDone; }
@@ -85,32 +85,33 @@ public:
     // Records a NUL of the document or schema `id` as a fatal error and throws ParseAbandoned.
     [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
-    // The schemas that a schema imports or includes, where the builder finds them. Null, which
-    // leaves an entity out, for everything else. A schema's entities, which Xerces would then go
-    // and look for itself, end its loading.
+    // The schema that a schema imports or includes, from the file that the builder names. Null
+    // when it names none, and for everything else: the parse then leaves the entity out.
+    // External entities abort the loading of a schema, because for null Xerces would fetch them
+    // itself.
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
     using xercesc::DefaultHandler::endElement;
     using xercesc::DefaultHandler::resolveEntity;
     using xercesc::DefaultHandler::startElement;
 
 private:
-    // Makes room for more than that many units of text.
+    // Grows the buffer so that more than `length` further units fit.
     void GrowText(std::size_t length);
-    // The text is handed on, or nobody wants it. A long one's buffer is given back.
+    // Empties the pending text. Frees its buffer when that is large.
     void ForgetText() noexcept;
     void FlushText();
     void PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map);
     VString Format(const char* kind, const xercesc::SAXParseException& exception);
     [[noreturn]] void AbandonExpansion(const VString& message, const VString& id, XMLFileLoc line, XMLFileLoc column);
-    // Abandons a schema that takes an entity from elsewhere.
+    // Abandons a schema that uses an external entity.
     [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
     std::shared_ptr<SAXInterface> m_target;
-    // The builder once more when it is one of ours, else null.
+    // The same object as m_target when it is one of the library's own builders, else null.
     ElementTaker* m_taker;
     bool m_isDone = false;
     const xercesc::Locator* m_locator = nullptr;
-    // Text that is still to be handed on, and behind it room for more.
+    // Text that was not handed on yet, followed by spare room.
     std::vector<XMLCh> m_pendingText;
     std::size_t m_pendingLength = 0;
     std::vector<VString> m_warnings;

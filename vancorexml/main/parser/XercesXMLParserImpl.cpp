@@ -71,7 +71,8 @@ void DocumentReader::resetDocument()
     SAX2XMLReaderImpl::resetDocument();
 }
 
-// Behind the topmost element the scanner takes a NUL for the end of its input and stands before it.
+// Behind the root element the scanner treats a NUL as the end of its input and stops in front of it, so text is left
+// in its buffer.
 void DocumentReader::endDocument()
 {
     const xercesc::Locator& locator = *m_handler->GetLocator();
@@ -114,7 +115,7 @@ void DocumentReader::endElement(const xercesc::XMLElementDecl&, unsigned int, bo
     --m_depth;
 }
 
-// What stands outside of the topmost element is no text.
+// Drops the white space outside of the root element.
 void DocumentReader::docCharacters(const XMLCh* text, XMLSize_t length, bool)
 {
     if (m_depth != 0)
@@ -181,7 +182,7 @@ void XercesXMLParserImpl::PrepareParserState()
     const Step step("XercesXMLParser_PrepareParserState");
     m_reader->resetCachedGrammarPool();
     if (m_hasNoSchema == 0) {
-        // What any document may carry.
+        // The schemas of the attributes that any document may carry.
         LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
         LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
     }
@@ -313,7 +314,7 @@ void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source)
     bool hasMore = true;
     while (hasMore && !m_handler->IsDone() && !m_handler->HasFatallyErrored())
         hasMore = m_reader->parseNext(token);
-    // Left early, the reader would go on with this input in its next parse.
+    // A reader that is left before the end would continue with this input in its next parse.
     if (hasMore)
         m_reader->parseReset(token);
 }

@@ -18,10 +18,9 @@
 #include "vancorexml/main/parser/XercesXMLHandler.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 
-// Xerces' reader, which also says whether the document declared XML 1.1, and counts the default
-// attributes of document type declarations. What a document consists of it gives to the handler
-// itself: the way by SAX and its tables of prefixes, which nobody here asks for, is as long as
-// what the handler does.
+// Xerces' reader, which also records whether the document declared XML 1.1, and counts the default
+// attributes of document type declarations. It passes elements and text straight to the handler:
+// SAX2's prefix tables, which nothing here uses, would cost as much as the handler itself.
 class DocumentReader : public xercesc::SAX2XMLReaderImpl {
 public:
     DocumentReader(XercesMemory& memory, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(&memory, grammars) {}
@@ -41,7 +40,8 @@ public:
     void ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCData) override;
 
 private:
-    // As it stands in the document. A declaration in a schema does not know the prefix.
+    // The qualified name as the document writes it. A declaration in a schema does not know the
+    // prefix.
     const XMLCh* GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix);
 
     XercesXMLHandler* m_handler = nullptr;
@@ -53,10 +53,9 @@ private:
     std::u16string m_qname;
 };
 
-// Drives Xerces' reader. The reader is kept from parse to parse as long as nothing of a
-// document stays behind in it: a fault does, and so does a declaration of XML 1.1, after
-// which the next document would be read as 1.1 too. The grammars live outside the reader
-// and stay.
+// Drives Xerces' reader. The next parse reuses the reader unless a document had an error or
+// declared XML 1.1: both leave state in the reader, which would read the next document as 1.1
+// too. The grammars live outside the reader and stay loaded.
 class XercesXMLParserImpl : public XercesXMLParser {
 public:
     XercesXMLParserImpl(InputSource& input, std::shared_ptr<SAXInterface> handler);
@@ -85,11 +84,11 @@ private:
     void ReadDocument(const xercesc::InputSource& source);
     void TakeDiagnostics();
 
-    // Before all that uses Xerces, so that they die before it.
+    // Declared before all members that use Xerces, so that those are destroyed first.
     XercesUse m_xerces;
     XercesMemory m_memory;
     std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
-    // Null after a parse that left something behind, until the next use.
+    // Null after a parse whose reader cannot be reused, until the next use.
     std::unique_ptr<DocumentReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     std::unique_ptr<XercesXMLHandler> m_handler;
