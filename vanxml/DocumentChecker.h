@@ -13,7 +13,7 @@
 
 class SourceDocument;
 
-// What became of a document.
+// The result of checking a document.
 struct CheckedDocument {
     ExitStatus status = ExitStatus::Good;
     std::size_t errors = 0;       // of the document
@@ -27,7 +27,7 @@ struct CheckedDocument {
 // Threads: one at a time; several checkers may work side by side.
 class DocumentChecker {
 public:
-    // Without a schema each document says itself which it wants.
+    // Without a schema, each document is checked against the schema for its own type and version.
     explicit DocumentChecker(std::optional<SchemaReference> schema) : m_schema(std::move(schema)) {}
 
     // Never throws for anything about the document.
@@ -35,7 +35,7 @@ public:
 
 private:
     void CheckSource(SourceDocument& source, CheckedDocument& result);
-    // False when the schema cannot be used, which the result then says.
+    // Returns false when the schema cannot be used; the result then contains the errors of the schema.
     bool CheckAgainst(const SchemaReference& schema, SourceDocument& source, CheckedDocument& result);
 
     const std::optional<SchemaReference> m_schema;

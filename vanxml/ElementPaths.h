@@ -7,10 +7,11 @@
 class DOMElement;
 
 // Writes the path of an element: the names from the document element down, each with its
-// position among the siblings of its name where there is more than one ("/a/b[2]/c").
+// position among the siblings of its name if there is more than one ("/a/b[2]/c").
 //
-// What was counted is kept, so all paths of a document together look at each list of children
-// once; a path costs the number of its steps. The tree must not change meanwhile.
+// Positions are cached, so all paths of a document together count each list of children once.
+// Apart from that, a path is linear in the number of its steps. The tree must not change while
+// this object is used.
 //
 // Threads: one at a time.
 class ElementPaths {

@@ -1,4 +1,4 @@
-// What the tool tells its caller when it ends.
+// The exit status of the tool.
 #pragma once
 
 #include <algorithm>

@@ -5,8 +5,8 @@
 
 #include "vancoreplatform/VString.h"
 
-// What keeps the text of the schema `name` from being loaded, as messages; empty when
-// nothing does. Those are its faults as an XML document, and what the loader would not
-// survive or would pass over in silence: elements nested deeper than any schema needs them,
-// and other schemas that are redefined. Linear.
+// The errors that prevent loading the text of the schema `name`, as messages; empty when there are
+// none. They are its errors as an XML document, elements nested so deep that the loader could
+// overflow the call stack, and redefinitions of other schemas, which the loader would ignore
+// silently. Linear.
 std::vector<VString> FindSchemaTextErrors(const VString& text, const VString& name);

@@ -9,8 +9,8 @@
 #include "vancorexml/main/parser/InputSource.h"
 #include "vanxml/SourcePositions.h"
 
-// A file or standard input, read and decoded, with the way back from the positions that the
-// library reports to those of the file.
+// A file or standard input, read and decoded. Maps the positions that the library reports back to
+// positions in the file.
 //
 // Ownership: owns the text; its source must not outlive it. Movable.
 //
@@ -24,8 +24,8 @@ public:
     const VString& Name() const noexcept { return m_source->Id(); }
     InputSource& Source() noexcept { return *m_source; }
 
-    // Reads and sanitizes the text once more when it is asked for first, so ask only when
-    // there is something to show.
+    // The first call reads and sanitizes the text once more, so call it only when there is a
+    // position to show.
     const SourcePositions& Positions();
 
     // The message of the library as a line for standard error, with positions of the file.

@@ -7,9 +7,9 @@
 
 #include "vancoreplatform/VString.h"
 
-// The scanner does not read a document quite as it stands: white space before it is skipped,
-// and where attribute names begin with a colon a declaration and prefixes are inserted. This
-// takes the scanner's lines and columns back to the text as it was given.
+// The scanner reads a changed document: white space before it is skipped, and a declaration and
+// prefixes are inserted if attribute names begin with a colon. This class maps the scanner's
+// lines and columns back to the original text.
 //
 // Ownership: keeps none of the texts. A value; any number of threads may ask it.
 //
@@ -25,20 +25,19 @@ public:
         friend bool operator==(const Position&, const Position&) = default;
     };
 
-    // All three are UTF-8: the white space that was skipped, what follows it in the text as
-    // given, and what the scanner reads in place of that. Linear.
+    // All three texts are UTF-8: the skipped white space, the original text after it, and the text
+    // that the scanner reads in its place. Linear.
     SourcePositions(std::string_view skipped, std::string_view given, std::string_view scanned);
 
     // Logarithmic in the number of insertions.
     Position Map(Position scanned) const;
 
-    // The message with the position that the driver wrote into it mapped, and all else as it
-    // is. Messages that do not speak of the document `id`, or have no position, come back
-    // unchanged.
+    // Returns the message with its position mapped. Returns messages that have no position, or
+    // are not about the document `id`, unchanged.
     VString MapMessage(const VString& message, const VString& id) const;
 
 private:
-    // Something that the scanner reads and the text lacks.
+    // An insertion: text that the scanner reads but the original text does not have.
     struct Insertion {
         Position start;            // in what the scanner reads
         long long length = 0;      // in UTF-16 code units, without line ends

@@ -1,4 +1,4 @@
-// What makes a command give up.
+// The exception that ends a command.
 #pragma once
 
 #include <stdexcept>

@@ -6,14 +6,14 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Appends the Base64 of `length` bytes to `lines`: lines of 72 characters, the last one
-// shorter, with `splitLines`; else one line. No bytes give no line. Threads: any.
+// Appends the Base64 of `length` bytes to `lines`. With `splitLines` each line has 72 characters
+// and the last one may be shorter; otherwise there is one line. No bytes give no line. Threads: any.
 //
 // Raises a LogicException when one line would need more than 0x3FFFFFFF groups, and throws
 // std::length_error when it would be too long for a VString; nothing is read or appended then.
 VANCOREXML_API void Base64Encode(const unsigned char* data, unsigned int length, std::vector<VString>& lines, bool splitLines);
 
-// Replaces `bytes` by what the text stands for. Never fails: characters outside the
+// Replaces `bytes` by the decoded text. Never fails: characters outside the
 // alphabet are skipped, only the low 8 bits of a unit count, and a last group that is cut
 // short without padding gives three bytes.
 VANCOREXML_API void Base64Decode(const VString& text, std::vector<unsigned char>& bytes);

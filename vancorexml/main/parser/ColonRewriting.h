@@ -1,4 +1,4 @@
-// What the colon sanitizer writes into a document, and what Xerces makes of it.
+// The names that the colon sanitizer writes into a document, and how Xerces reports them.
 #pragma once
 
 #include <set>

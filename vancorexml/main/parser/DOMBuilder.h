@@ -20,7 +20,7 @@ public:
     DOMBuilder(DOM& document, bool keepBlankText);
     ~DOMBuilder() override;
 
-    // Elements get the positions that the provider gives when they start and end.
+    // Elements get the position of the provider at their start and at their end.
     void SetLocationProvider(SAXFileLocation& provider) noexcept { m_locationProvider = &provider; }
 
     void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name) = attributes; }

@@ -49,13 +49,13 @@ public:
     }
 
 private:
-    // Ordinary documents are walked without another allocation.
+    // Enough for ordinary documents, so that the stack is allocated once.
     static constexpr std::size_t Reserved = 128;
 
     std::vector<T*> m_stack;
 };
 
-// An input iterator; a copy walks on by itself.
+// An input iterator. A copy continues independently.
 template <typename T>
 class PreorderIteratorTemplate {
 public:
@@ -104,7 +104,7 @@ public:
         return before;
     }
 
-    // By the elements alone, whatever is still to come.
+    // Compares only the current elements, not the elements still to be visited.
     friend bool operator==(const PreorderIteratorTemplate& a, const PreorderIteratorTemplate& b) { return a.m_current == b.m_current; }
     friend bool operator!=(const PreorderIteratorTemplate& a, const PreorderIteratorTemplate& b) { return !(a == b); }
 
@@ -113,8 +113,8 @@ private:
     T* m_current = nullptr;
 };
 
-// The walk as something to iterate over, as often as wanted. A traversal that was moved from
-// has no elements.
+// The walk as a range, which can be iterated over any number of times. A traversal that was moved
+// from has no elements.
 template <typename T>
 class PreorderTraversalTemplate {
 public:

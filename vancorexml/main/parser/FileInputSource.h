@@ -9,10 +9,9 @@
 #include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// The bytes of a file, read in chunks. The file must be UTF-8: the first read looks at the
-// first chunk, and it and every later one throws VantoraException
-// (VantoraException_InvalidEncoding) when that is anything else. Reads throw VIO::Exception
-// when the file fails.
+// The bytes of a file, read in chunks. The file must be UTF-8: the first read checks the first
+// chunk. If that chunk is not UTF-8, the first and every later read throw VantoraException
+// (VantoraException_InvalidEncoding). Reads throw VIO::Exception when the file cannot be read.
 //
 // Ownership: keeps the file open while it lives.
 //
@@ -23,18 +22,18 @@ public:
     explicit FileInputSource(const VString& fileName);
     ~FileInputSource() override;
 
-    // How many bytes a chunk has, from the next one on. Raises a LogicException (code 0x2BE7C041)
-    // for 0, with which every file would read as empty.
+    // The size of a chunk in bytes; a new size applies from the next chunk on. Raises a LogicException
+    // (code 0x2BE7C041) for 0, because every file would then read as empty.
     unsigned long long GetReadSize() const noexcept { return m_readSize; }
     void SetReadSize(unsigned long long size);
 
-    // Line endings in the line are one line feed each.
+    // Each line ending becomes one line feed.
     bool GetNextLine(std::string& line) override;
     bool GetBytes(std::string& bytes, unsigned int count) override;
     void ResetToStart() override;
     unsigned long long Size() const override;
 
-    // Reads the rest of the file, from where this source stands, into memory.
+    // Reads the rest of the file, from the current position, into memory.
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override;
 
 private:

@@ -10,7 +10,7 @@
 class XercesInputSource;
 
 // The bytes of one document or schema, with an id that names it in messages: the name of a
-// file, or for text in memory whatever the caller gives, nothing included.
+// file, or for text in memory any text that the caller chooses, which may be empty.
 //
 // Ownership: held by the caller; a parser only refers to it while it parses.
 //

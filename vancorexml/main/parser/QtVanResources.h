@@ -40,8 +40,8 @@ enum class QtVanResourceId : std::uint32_t {
     FileFormatXmlXsd = 0x8B50C6EA,
 };
 
-// The name the resource is registered under ("VQRC_FILEFORMAT_XML_XSD"); empty for a number
-// that is not in the catalogue. Logarithmic.
+// The registered name of the resource, such as "VQRC_FILEFORMAT_XML_XSD"; empty for a number that
+// is not in the catalogue. Logarithmic.
 VANCOREXML_API VString LookupResourceAlias(QtVanResourceId id);
 // The path under which VResource finds the resource.
 VANCOREXML_API VString LookupResource(QtVanResourceId id);

@@ -5,8 +5,8 @@
 
 #include "vansys/VReadWriteLock.h"
 
-// Holds both while it lives, the one at the higher address taken first, so that two threads
-// that lock the same two never wait for each other. Both may be one.
+// Holds both locks while it lives. Takes the lock at the higher address first, so that two threads
+// that take the same two locks cannot deadlock. `a` and `b` may be the same lock.
 class TwoWriteLocks {
 public:
     TwoWriteLocks(VReadWriteLock& a, VReadWriteLock& b) : m_first(IsHigher(a, b) ? a : b), m_second(IsHigher(a, b) ? b : a) {}

@@ -9,8 +9,7 @@
 #include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Bytes in memory. What they say of their encoding, in a byte order mark or an XML
-// declaration, is believed.
+// Bytes in memory. Their byte order mark or XML declaration determines their encoding.
 //
 // Ownership: owns the bytes and shares them with every view given to the parser, without
 // a copy.
@@ -29,7 +28,7 @@ public:
     // Skipped white space counts.
     unsigned long long Size() const override;
 
-    // Of all the bytes, wherever this source stands.
+    // A view of all bytes, whatever the current position of this source.
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override;
 
 protected:
@@ -43,11 +42,11 @@ private:
     bool m_isDecoded;
 };
 
-// A text: an encoding named in its XML declaration says nothing about it any more.
+// A decoded text: the encoding in its XML declaration is ignored.
 class VANCOREXML_API StringInputSource : public Utf8InputSource {
 public:
     StringInputSource(const VString& text, const VString& id, bool skipLeadingWhitespace);
-    // A text that is at hand as UTF-8.
+    // For a decoded text that is already UTF-8.
     static std::unique_ptr<StringInputSource> FromUtf8(std::string&& utf8, const VString& id, bool skipLeadingWhitespace);
     ~StringInputSource() override;
 
@@ -55,8 +54,8 @@ private:
     StringInputSource(std::shared_ptr<std::string> utf8, const VString& id, bool skipLeadingWhitespace);
 };
 
-// Bytes of the caller's, read where they are: they must outlive the source and every view
-// given to the parser, unchanged.
+// Borrows the caller's bytes without a copy. They must stay unchanged and outlive the source and
+// every view given to the parser.
 class VANCOREXML_API BorrowedInputSource : public Utf8InputSource {
 public:
     BorrowedInputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace);

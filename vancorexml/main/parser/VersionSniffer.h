@@ -9,9 +9,9 @@
 
 // Reads the source until the root element's start tag is complete and takes the version from
 // that attribute of the tag ("version" when the name is empty). Absent when there is no such
-// tag or attribute; ill-formed version text is VersionNumber's affair. What the source throws
-// passes through. The source is at its start afterwards in every case. Linear in what is read.
+// tag or attribute. VersionNumber decides how to read ill-formed version text. Exceptions of the
+// source propagate. The source is reset to its start in every case. Linear in the bytes read.
 //
-// Quotes in a document type declaration count also inside its comments: an apostrophe there
+// Quotes in a document type declaration also count inside its comments: an apostrophe there
 // hides the root tag, and the result is absent.
 VANCOREXML_API Nullable<VersionNumber> VersionSniffer(InputSource& source, const VString& attributeName);

@@ -16,8 +16,8 @@ class DOMElement;
 // XMLFormatter can also build a tree. Comments and the header are kept beside the tree. The
 // class also renders documents and elements as text.
 //
-// Every writing operation acts on the innermost open element. OutputCloseTag closes it; once
-// the topmost element is closed too, or the document taken, each of them raises a
+// Every writing operation acts on the innermost open element, and OutputCloseTag closes it. Once
+// the topmost element is closed or the document is taken, every writing operation raises a
 // LogicException.
 //
 // The OutputContentTag overload with `encode` is not overridden and would write its tags as
@@ -40,14 +40,14 @@ public:
     XMLDomFormatter();
     ~XMLDomFormatter() override;
 
-    // These four, GetOutput too, raise a LogicException after TakeDocument.
+    // GetDocument, GetDocumentRoot, GetRoot, GetElement and GetOutput raise a LogicException after TakeDocument.
     DOM& GetDocument();
     // Null while nothing was written.
     DOMElement* GetDocumentRoot();
     DOMElement& GetRoot();
     // The first element of that name, null when there is none. Linear.
     DOMElement* GetElement(const VString& name) const;
-    // Ends the building: no element is open afterwards.
+    // Releases the document. No element is open afterwards.
     std::unique_ptr<DOM> TakeDocument();
 
     // Replaces the attributes of the open element.

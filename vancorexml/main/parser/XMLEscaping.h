@@ -9,10 +9,10 @@
 
 namespace XMLEscaping {
 
-// What stands for each code unit from 0 to 0x3E; empty for the unit itself.
+// The replacement of each code unit from 0 to 0x3E; empty for a unit that is not replaced.
 using MappingTable = std::array<VString, 63>;
 
-// What is built for a writer.
+// The kinds of tables.
 enum MappingKind : int {
     AttributeMapping = 0,
     ContentMapping = 1,    // tabs and line feeds stay
@@ -22,7 +22,7 @@ enum MappingKind : int {
 // Fills the table. Raises a LogicException when there is no such kind.
 VANCOREXML_API void InitMappingTableType(MappingTable& table, int kind);
 
-// A table with a mask of the units it has something for, which a scan can test quickly.
+// A table with a mask of the units that it replaces, which a scan can test quickly.
 class VANCOREXML_API EscapeTable {
 public:
     explicit EscapeTable(int kind);
@@ -40,13 +40,13 @@ private:
 VANCOREXML_API const EscapeTable& AttributeTable();
 VANCOREXML_API const EscapeTable& ContentTable();
 
-// The text with everything escaped that the table maps or XML does not allow; the same
-// shared string when that is nothing. A well-formed surrogate pair stays as it is. Throws
+// Escapes the units that the table maps and those that XML does not allow. Returns the same
+// shared string when there are none. Well-formed surrogate pairs stay unchanged. Throws
 // std::length_error when the result is too long for a VString.
 VANCOREXML_API VString EncodeWithTable(const VString& text, const EscapeTable& table);
 
-// The same with another test of single units above 0x80. A test that does not answer alike
-// in both passes raises a LogicException.
+// The same with another test of single units above 0x80. Calls the test in two passes, and raises
+// a LogicException when its answers differ between them.
 VANCOREXML_API VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t));
 
 // The text as a CDATA section; the quotes of a quoted text stay outside of it.

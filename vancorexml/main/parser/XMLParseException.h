@@ -5,8 +5,8 @@
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vansys/VantoraException.h"
 
-// Thrown by a callback of a parse to abandon it: the message becomes an error of the parse,
-// and once more its fatal error.
+// Thrown by a callback of a parse to abandon it. The message is recorded twice: as an error of the
+// parse and as its fatal error.
 class VANCOREXML_API XMLParseException : public VantoraException {
 public:
     explicit XMLParseException(const VString& message);

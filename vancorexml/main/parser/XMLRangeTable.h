@@ -1,4 +1,4 @@
-// Where the "<!" constructs of a text lie.
+// The positions of the "<!" constructs in a text.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +15,8 @@ enum XMLRangeType : std::uint32_t {
     XMLRangeTypeNone = 0xFFFFFFFF,
 };
 
-// The "<!" constructs of a UTF-8 text, in order and without overlap. One without its end
-// reaches to the end of the text.
+// The "<!" constructs of a UTF-8 text, in order and without overlap. A construct that is not
+// closed reaches to the end of the text.
 //
 // Ownership: a value; it keeps positions, not the text. Threads: one at a time, because a
 // lookup moves a cursor.
@@ -33,9 +33,9 @@ public:
     XMLRangeTable& operator=(XMLRangeTable&& other) noexcept;
     ~XMLRangeTable();
 
-    // The type of the range that holds the byte at `pos`, and one past its end; without a
-    // range `rangeEnd` stays as it is. Positions must not decrease from call to call: a
-    // LogicException otherwise. Calls are linear over a whole scan.
+    // Returns the type of the range that holds the byte at `pos`, and sets `rangeEnd` to one past
+    // its end; leaves `rangeEnd` unchanged when there is no range. Raises a LogicException when
+    // `pos` is lower than in the last call. All calls of one scan together are linear.
     XMLRangeType GetRangeTypeAt(std::size_t pos, std::size_t& rangeEnd);
 
 private:

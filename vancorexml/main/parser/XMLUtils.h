@@ -8,9 +8,10 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Small functions over raw UTF-8 text, for what has to be known before a parse. Positions and
-// lengths are in bytes (in UTF-16 code units for VString); `npos`, all bits set, is "not
-// found". None keeps anything; all are linear.
+// Small functions over raw UTF-8 text, for questions that must be answered before a parse.
+// Positions and lengths are in bytes (in UTF-16 code units for VString); `npos`, all bits set,
+// means "not found". No function keeps state or refers to its arguments afterwards; all are
+// linear.
 namespace XmlUtils {
 
 inline constexpr std::size_t npos = std::string::npos;
@@ -30,7 +31,7 @@ VANCOREXML_API std::size_t Find(const VString& text, char16_t character, std::si
 VANCOREXML_API bool ContainsSubstringAt(const std::string& text, const std::string& pattern, std::size_t pos) noexcept;
 VANCOREXML_API bool ContainsSubstringAt(const VString& text, const VString& pattern, std::size_t pos) noexcept;
 
-// Whether every quote from `start` to `end`, both included, finds its closing quote there.
+// Whether every quote between `start` and `end`, both included, is closed within that range.
 VANCOREXML_API bool AreQuotesMatchingInRange(const std::string& text, std::size_t start, std::size_t end) noexcept;
 
 // The character classes of XML 1.0. Every byte of a non-ASCII UTF-8 character is a name
@@ -50,7 +51,7 @@ constexpr bool IsWhitespace(char byte) noexcept
 
 // The position of the ">" that ends the construct whose "<" is at `start`: "?>" ends "<?",
 // "-->" ends "<!--", "]]>" ends "<![", and a ">" outside of quotes ends everything else.
-// npos when it does not end, or when fewer than three bytes are left. Raises a
+// npos when the construct is not closed, or when fewer than three bytes are left. Raises a
 // LogicException when there is no "<" at `start`.
 VANCOREXML_API std::size_t FindTagEnd(const std::string& text, std::size_t start);
 

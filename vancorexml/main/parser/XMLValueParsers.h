@@ -1,4 +1,4 @@
-// Attribute texts back into values.
+// Parsing attribute texts.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The check that a schema is where it must be.
+// The check that the resource of a schema exists.
 #pragma once
 
 #include "vancoreplatform/VString.h"

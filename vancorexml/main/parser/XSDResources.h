@@ -20,13 +20,13 @@ namespace XSDResources {
 VANCOREXML_API const VersionNumber& GetCurrentVersion();
 
 // The name of the schema's resource; empty when there is no schema for the type in that
-// version. Of an older version only major and minor count; the current one is 18.1 (and 18.1.0)
-// alone. Raises a LogicException when the current schema of a
-// type that has schemas is missing.
+// version. For older versions only the major and minor numbers are compared; the current version
+// is matched only by 18.1 and 18.1.0. Raises a LogicException when a type has schemas but its
+// current schema is missing.
 VANCOREXML_API VString GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version);
 
-// Whether the type has a schema in that version, by the list of versions and without a look
-// at the resources: true for KXE and KXF in every version, also where there is no resource.
+// Whether the type has a schema in that version. Looks only at the list of versions, not at the
+// resources: true for KXE and KXF in every version, even when there is no resource.
 VANCOREXML_API bool IsThereAnXSDResource(XmlFileType type, const VersionNumber& version);
 
 // The schema, its resource name as its id; null when there is none.
@@ -34,8 +34,8 @@ VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSource(XmlFileTy
 
 // The schema for the version that the document declares in that attribute of its root element
 // ("version" when the name is empty). Throws DOMException
-// (DOMException_MissingVersionAttribute) when it declares none, and what reading the document
-// throws. The document is at its start afterwards.
+// (DOMException_MissingVersionAttribute) when it declares none; exceptions from reading the
+// document propagate. The document is reset to its start.
 VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSourceForDocument(XmlFileType type, InputSource& document, const VString& attributeName);
 
 }  // namespace XSDResources

@@ -14,10 +14,10 @@ enum ColonProcessingMode {
     ColonProcessingSanitize = 1,  // names that begin with a colon are rewritten: documents
 };
 
-// Documents carry attributes whose names begin with a colon, which a parser that knows
-// namespaces refuses. Before a parse such a colon becomes the prefix "IllegalColon:", which
-// the document element is made to declare; while attributes are delivered the names are
-// given back.
+// Documents have attributes whose names begin with a colon, which a namespace-aware parser
+// rejects. Before a parse, the sanitizer replaces each such colon by the prefix "IllegalColon:"
+// and adds a declaration of the prefix to the document element. When the handler passes on the
+// attributes, it restores the names.
 namespace XercesColonSanitizer {
 
 // The rewritten UTF-8 text; the very same object when there is nothing to rewrite. Raises a
@@ -27,7 +27,7 @@ VANCOREXML_API std::shared_ptr<std::string> Sanitize(const std::shared_ptr<std::
 // The name as it stood in the document; empty for the declaration of the prefix itself, which
 // is no attribute of the document.
 VANCOREXML_API VString RestoreName(const VString& qualifiedName);
-// The same as a part of the name given.
+// The same without a copy: the result is a part of `qualifiedName`.
 VANCOREXML_API std::u16string_view RestoreNameView(std::u16string_view qualifiedName) noexcept;
 
 }  // namespace XercesColonSanitizer

@@ -25,8 +25,8 @@ enum class TextEncoding {
 class VANCOREXML_API XercesInputSource {
 public:
     // A view of `bytes` from `startOffset` (bytes, at most their number) to the end, with `id`
-    // as its system id. With ColonProcessingSanitize the view is of a rewritten copy where
-    // there is something to rewrite; `bytes` themselves never change.
+    // as its system id. With ColonProcessingSanitize the view shows a rewritten copy if there is
+    // something to rewrite; `bytes` themselves never change.
     XercesInputSource(std::shared_ptr<std::string> bytes, std::size_t startOffset, const VString& id, ColonProcessingMode mode, TextEncoding encoding);
     XercesInputSource(XercesInputSource&& other) noexcept;
     XercesInputSource& operator=(XercesInputSource&& other) noexcept;
@@ -36,13 +36,13 @@ public:
 
     // Valid while this object lives, also when it is moved.
     const xercesc::InputSource& Get() const noexcept { return *m_source; }
-    // What the view points into.
+    // The bytes that the view points into.
     const std::shared_ptr<std::string>& Bytes() const noexcept { return m_bytes; }
     // Whether the bytes are a rewritten copy.
     bool IsRewritten() const noexcept { return m_isRewritten; }
-    // The bytes that were rewritten. Null when none were, and when this object was their only owner.
+    // The bytes before the rewriting. Null when they were not rewritten, and when this object was their only owner.
     const std::shared_ptr<std::string>& Given() const noexcept { return m_given; }
-    // What the view shows of it.
+    // The part of the bytes that the view shows.
     std::string_view View() const noexcept { return std::string_view(*m_bytes).substr(m_startOffset); }
 
 private:

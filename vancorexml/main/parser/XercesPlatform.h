@@ -1,9 +1,9 @@
 // The life of Xerces in the process.
 #pragma once
 
-// Xerces is initialised when it is first used and terminated when the process exits. A
-// parser may die later still, when it is a static object older than the first parse: Xerces
-// stays while anybody holds a XercesUse.
+// Keeps Xerces initialised while it lives. Xerces is initialised on first use. It is terminated by
+// an exit handler of the process, or when the last XercesUse dies after that: a static parser that
+// is older than the first parse is destroyed after the exit handler runs.
 //
 // Threads: safe.
 class XercesUse {

@@ -11,8 +11,8 @@
 // Reads a document with Xerces-C. External entities are refused. A document whose entities expand
 // to more than 100,000,000 UTF-16 code units is refused before the first callback; one with more
 // than 50,000 references to entities or 8,000,000 default attributes is abandoned there. The same
-// limits hold for schemas. A document with long entities is read twice. Validates once schemas were
-// loaded; a schema cannot be taken away again. Loading one takes a call stack that grows with the
+// limits hold for schemas. A document with long entities is read twice. Validates once a schema was
+// loaded; a loaded schema cannot be removed. Loading a schema takes a call stack that grows with the
 // depth of its elements.
 //
 // Ownership: as AbstractXMLParser has it; the caller owns the parser.
@@ -29,10 +29,10 @@ public:
     static std::unique_ptr<XercesXMLParser> Create(InputSource& input, std::shared_ptr<SAXInterface> handler);
     ~XercesXMLParser() override;
 
-    // Loads the schema that is the resource of that name, which becomes its id.
+    // Loads the schema from the resource of that name. The name becomes the id of the schema.
     void LoadXSDResource(const VString& resourceName);
-    // The ids of the schemas in the order they were loaded. Two of the library's own, for the
-    // attributes that any document may carry, come before the first.
+    // The ids of the schemas in the order they were loaded. The first two are schemas of the
+    // library for the attributes that any document may carry; the first load adds them.
     virtual std::vector<VString> GetLoadedXSDs() const = 0;
 
 protected:
