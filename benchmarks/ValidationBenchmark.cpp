@@ -47,7 +47,7 @@ public:
     int errors = 0;
 };
 
-// What a validation leaves behind.
+// The result of a validation.
 struct Validated {
     virtual ~Validated() = default;
     bool isValid = false;

@@ -1,10 +1,10 @@
-// What a fuzzer promises of every input.
+// The check of a promise that holds for every input.
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
 
-// Ends the program, which is what a fuzzer takes for a finding.
+// Aborts when the promise is broken. The fuzzer reports an abort as a finding.
 inline void Require(bool holds, const char* promise)
 {
     if (holds) return;

@@ -1,4 +1,4 @@
-// What a library offers that a user could pick for the same work.
+// The interface of the compared libraries: the tasks that each of them can do.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-// What every tree of one document must agree on before it is timed: how many elements and
-// attributes there are, and the names of the elements in document order.
+// A summary of a tree: the numbers of elements and attributes, and the names of the elements in
+// document order. The trees of one document must have equal digests before they are timed.
 struct Digest {
     std::size_t elements = 0;
     std::size_t attributes = 0;

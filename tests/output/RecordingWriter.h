@@ -47,7 +47,7 @@ public:
 
     // Each call as its name and what tells it apart, in order.
     mutable std::vector<std::string> calls;
-    // What the sink was given.
+    // The texts passed to OutputString.
     std::vector<std::string> pieces;
 
 protected:

@@ -31,7 +31,7 @@ std::u16string NumericEscape(char16_t unit)
     return std::u16string(text.begin(), text.end());
 }
 
-// What stands for a unit of the table, said once more in a plain form.
+// The expected replacement of a unit, in a simple second implementation.
 std::u16string PlainEntry(char16_t unit, int kind)
 {
     const bool keepsLines = kind == ContentMapping;

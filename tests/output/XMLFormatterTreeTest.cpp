@@ -132,7 +132,7 @@ TEST(XMLFormatterTreeTest, WalkMakesTheSameCallsAsTheRecursion)
     EXPECT_EQ(WithoutElementCalls(recursing.calls), walking.calls);
 }
 
-// What a writer was called with when its sink fails at a call, or from then on.
+// The calls of a writer whose sink fails once at call number `call`, or at it and every later call.
 template <typename Writer>
 std::vector<std::string> CallsUntilFailure(std::size_t call, bool once, bool& thrown)
 {

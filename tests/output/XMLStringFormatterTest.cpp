@@ -77,7 +77,7 @@ TEST(XMLStringFormatterTest, OwnOutputCanBeWrittenAgain)
     EXPECT_EQ(writer.GetOutput(), VString("abababababababab"));
 }
 
-TEST(XMLStringFormatterTest, WhatIsWrittenStaysWithItsOwner)
+TEST(XMLStringFormatterTest, WritingLaterTextLeavesTheCallersStringUnchanged)
 {
     const VString text = "abc";
     XMLStringFormatter writer;

@@ -1,4 +1,4 @@
-// What a document must not be able to do: crash, hang, read other files, or pass for sound.
+// Bad documents must not crash or hang the parser, make it read other files, or be accepted.
 
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancoreplatform/VIOException.h"

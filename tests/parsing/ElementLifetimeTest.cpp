@@ -73,7 +73,7 @@ TEST(ElementLifetimeTest, CopiesOutliveWhatTheyWereCopiedFrom)
     for (int i = 0; i < Count; ++i) ExpectElement(*copy->GetChildren()[static_cast<std::size_t>(i)], i);
 }
 
-// What a class of its own derives from an element is as large as it is.
+// Code outside the library may derive from DOMElement; its objects are larger than an element.
 TEST(ElementLifetimeTest, LargerElementsThanOursAreElements)
 {
     struct Marked : DOMElement {

@@ -1,5 +1,6 @@
-// What is kept between parses, by the bytes that are allocated: also by the library, where a
-// program's operator new serves its shared libraries.
+// The memory that a parser keeps between parses, measured in allocated bytes. Includes the
+// allocations of the library on systems where a program's operator new replaces that of its
+// shared libraries.
 #include <gtest/gtest.h>
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// Xerces takes a NUL for the end of its input. A document that goes on behind one must not
-// pass for a good one, because whoever writes it back loses the rest.
+// Xerces treats a NUL as the end of its input. A document with text behind a NUL must be an error:
+// a program that accepted it and wrote it back would lose that text.
 
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
@@ -132,7 +132,7 @@ TEST(NulTest, ANulInAnXmlDeclarationIsFoundWhereItStands)
     }
 }
 
-TEST(NulTest, WhatStandsBeforeTheNulIsBuilt)
+TEST(NulTest, BuildsTheElementsBeforeTheNul)
 {
     EXPECT_EQ(ParseBytes(Nuls("<a>1<b/></a>^<c/>")).events, (Events{"<a>", "1", "<b>", "</>", "</>"}));
 }

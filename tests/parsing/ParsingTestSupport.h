@@ -1,5 +1,4 @@
-// What the tests of parsing share: a handler that writes down what it is told, and sources
-// that misbehave.
+// Helpers of the parsing tests: a handler that records its callbacks, and sources that misbehave.
 #pragma once
 
 #include <algorithm>
@@ -90,7 +89,7 @@ public:
     }
 };
 
-// What a parse of `bytes` as they are tells the handler.
+// The callbacks and errors of a parse of unchanged `bytes`.
 struct ParseResult {
     std::vector<std::string> events;
     std::vector<VString> errors;

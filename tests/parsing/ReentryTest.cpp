@@ -1,5 +1,5 @@
-// A parser's own callbacks cannot use it for something else: they are told so, and the
-// operation that called them goes on.
+// A callback of a parser cannot start another operation of the same parser: that raises a
+// LogicException, and the operation that called the callback continues.
 
 #include <functional>
 

@@ -135,7 +135,7 @@ TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptForAWhile)
     SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
     for (int i = 0; i < 2500; ++i) texts.Get(VString::number(std::int32_t{i}).View());
     EXPECT_EQ(CountShared(texts, 3, 10), 0);
-    // What follows the texts that came once is found in the end.
+    // After the pause, repeated texts are shared again.
     EXPECT_EQ(CountShared(texts, 3, 10000), 3);
 }
 

@@ -35,7 +35,7 @@ TEST(SmallBlocksTest, ABlockThatWasFreedIsGivenOutAgainForItsSize)
 }
 
 // Of every size, in any order, more than are kept: none lies in another.
-TEST(SmallBlocksTest, BlocksInUseKeepWhatIsInThem)
+TEST(SmallBlocksTest, BlocksInUseKeepTheirContent)
 {
     SmallBlocks blocks;
     std::mt19937 random(1);
@@ -63,7 +63,7 @@ TEST(SmallBlocksTest, NullIsFreedAlready)
     SmallBlocks().Free(nullptr);
 }
 
-TEST(SmallBlocksTest, WhatNoMemoryHoldsIsRefused)
+TEST(SmallBlocksTest, SizesThatOverflowThrowBadAlloc)
 {
     SmallBlocks blocks;
     for (std::size_t less = 0; less < 16; ++less) EXPECT_THROW(blocks.Allocate(std::numeric_limits<std::size_t>::max() - less), std::bad_alloc) << less;

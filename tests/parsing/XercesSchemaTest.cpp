@@ -58,7 +58,7 @@ TEST_F(XercesSchemaTest, NamesAreThoseOfTheDocument)
 }
 
 // The schema knows no prefix for its default, so it comes by the local name; the tag's stays.
-TEST_F(XercesSchemaTest, ADefaultDoesNotDoubleWhatStandsInTheTag)
+TEST_F(XercesSchemaTest, ADefaultDoesNotRepeatAnAttributeOfTheTag)
 {
     const auto parser = Create("<x:a xmlns:x='u' k='1'/>");
     parser->LoadXSDString(

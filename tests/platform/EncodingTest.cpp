@@ -132,7 +132,7 @@ TEST(DetectEncodingTest, ASequenceCutAtTheEndIsValid)
     for (const char* cut : {"a\xC3", "a\xE2", "a\xE2\x82", "a\xF0", "a\xF0\x9F", "a\xF0\x9F\x98", "\xEF\xBB"}) EXPECT_EQ(Detect(cut), Encoding::Utf8) << cut;
 }
 
-TEST(DetectEncodingTest, WhatNoContinuationMakesValidIsUnknown)
+TEST(DetectEncodingTest, BytesThatNoContinuationMakesValidAreUnknown)
 {
     for (const char* bytes : {"a\x80", "a\xC0", "a\xED\xA0", "a\xE0\x80", "a\xF4\x90", "a\xF8", "\xE4rger", "\xC3 "}) EXPECT_EQ(Detect(bytes), Encoding::Unknown) << bytes;
 }

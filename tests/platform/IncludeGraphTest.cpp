@@ -32,7 +32,7 @@ std::string ReadText(const std::filesystem::path& file)
     return text.str();
 }
 
-// What the file includes of the project, as paths from the root.
+// The files of the project that `file` includes, as paths from the root.
 std::set<std::string> IncludesOf(const std::filesystem::path& file)
 {
     static const QRegularExpression include(QStringLiteral(R"re(^[ \t]*#[ \t]*include[ \t]*["<]([^">\n]+)[">])re"), QRegularExpression::MultilineOption);

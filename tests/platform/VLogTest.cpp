@@ -29,7 +29,7 @@ void KeepMessage(QtMsgType type, const QMessageLogContext& context, const QStrin
     s_messages->push_back({type, context.category, text.toStdString()});
 }
 
-// What goes to Qt's log while it lives.
+// Collects the messages of Qt's log while it lives.
 class QtLog {
 public:
     QtLog() : m_before(qInstallMessageHandler(KeepMessage)) { s_messages = &messages; }

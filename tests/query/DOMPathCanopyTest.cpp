@@ -94,7 +94,7 @@ TEST(DOMPathCanopyTest, WithinIsCutAfter1024Levels)
     EXPECT_EQ(found.back(), &level1024);
 }
 
-TEST(DOMPathCanopyTest, WithinGoesOnBesideWhatIsCut)
+TEST(DOMPathCanopyTest, WithinContinuesWithTheSiblingsOfABranchThatIsTooDeep)
 {
     DOM document;
     DOMElement& canopy = document.GetRoot().AddNewChild("c", nullptr);

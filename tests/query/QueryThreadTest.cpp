@@ -1,4 +1,4 @@
-// What many threads may do to one document at once; run under the thread sanitizer.
+// Operations that many threads may call at once on one document. Run under the thread sanitizer.
 #include <atomic>
 #include <functional>
 #include <list>

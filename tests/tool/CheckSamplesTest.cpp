@@ -14,8 +14,8 @@ std::vector<std::string> SamplesIn(const char* folder, const char* pattern)
     return files;
 }
 
-// What the tool is to print for the errors recorded beside a document. Those of the parser
-// end with the document's name, which the record leaves out.
+// The output that the tool must print for the errors recorded beside a document. The tool ends
+// errors of the parser with the document's name, which the record leaves out.
 std::string Expected(const std::string& file, int& count)
 {
     std::istringstream recorded(TemporaryFolder::Read(VString::fromStdString(file + ".errors")));

@@ -210,7 +210,7 @@ TEST_F(CheckSchemaTest, AutoSaysThatATypeIsUnknown)
     EXPECT_THAT(result.errors, HasSubstr("\"book\""));
 }
 
-TEST_F(CheckSchemaTest, AutoTellsFirstWhatKeepsATextFromBeingADocument)
+TEST_F(CheckSchemaTest, AutoReportsWellFormednessErrorsBeforeVersionProblems)
 {
     for (const char* text : {"", "<analysis><b></analysis>"}) {
         const ToolResult result = Check("auto", {Write("a.kxa", text)});

@@ -76,7 +76,7 @@ TEST(InPlaceTest, KeepsThePermissions)
     EXPECT_EQ(QFile::permissions(file.ToQString()) & ~user, permissions);
 }
 
-TEST(InPlaceTest, ReplacesWhatALinkLeadsToAndKeepsTheLink)
+TEST(InPlaceTest, ReplacesTheTargetOfALinkAndKeepsTheLink)
 {
     const TemporaryFolder folder;
     const VString file = folder.Write("a.xml", "<a/>");

@@ -46,7 +46,7 @@ TEST(DOMExceptionTest, AssignmentTakesBoth)
     EXPECT_EQ(exception.GetErrorInfo().GetCode(), 5u);
 }
 
-// What a failed lookup says.
+// The text of what() after a failed lookup.
 template <typename Lookup>
 std::string WhatOf(const Lookup& lookup)
 {
@@ -61,7 +61,7 @@ std::string WhatOf(const Lookup& lookup)
     return "no exception";
 }
 
-TEST(DOMExceptionTest, WhatSaysWhatIsMissing)
+TEST(DOMExceptionTest, WhatNamesTheMissingChildOrAttribute)
 {
     EXPECT_EQ(WhatOf([](const DOMElement& e) { e.GetRequiredChild("logging"); }), "The element has no child \"logging\".");
     EXPECT_EQ(WhatOf([](const DOMElement& e) { e.GetRequiredChildByAttr("logging", "1"); }), "No child of the element has the required value of the attribute \"logging\".");

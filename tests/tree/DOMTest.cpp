@@ -33,7 +33,7 @@ void RegisterRenames(DOM& document, const VString& from, const VString& to)
     document.SetPathRenames(paths);
 }
 
-// What became of `name`, kind by kind.
+// The new names of `name`, one for each kind of rename.
 Texts RenamesOf(const DOM& document, const VString& name)
 {
     const VString names[] = {document.GetCaptionRenameIfItExists(name), document.RenameDataSource(name), document.RenameDataConnection(name), document.RenameMapSource(name),

@@ -13,7 +13,7 @@ std::unique_ptr<DOMElement> Take(DOMElement& element)
     return element.GetParent()->RemoveChild(element);
 }
 
-// What an element's links lead to, looked at as the library does.
+// Follows the links of an element as the library does.
 void UseLinks(const DOMElement& element)
 {
     element.GetParentAttr("n");

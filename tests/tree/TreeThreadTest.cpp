@@ -1,5 +1,5 @@
-// What several threads may do to documents and their trees at once; run under the thread
-// sanitizer.
+// Operations that several threads may call at once on documents and their trees. Run under the
+// thread sanitizer.
 #include <atomic>
 #include <thread>
 
@@ -121,7 +121,7 @@ TEST_P(DocumentPairThreadTest, GoesBothWaysAtOnce)
 
 INSTANTIATE_TEST_SUITE_P(Of, DocumentPairThreadTest, testing::ValuesIn(pairRows), [](const auto& row) { return row.param.name; });
 
-// Where no diagnostics are copied, nothing else would take the lock of the source.
+// When no diagnostics are copied, no other operation takes the lock of the source.
 TEST(DocumentThreadTest, DeepCopyTakesBothWriteLocksWithoutDiagnosticsToo)
 {
     DOM document;
