@@ -9,7 +9,7 @@ int main()
     DOMParser parser;
     const auto report = parser.ParseXmlString("<report><sheet><field name='[sales].[City]'/><field name='[staff].[City]'/></sheet></report>", "report");
 
-    // What was called "sales" is called "orders" now, and there the field has a new name.
+    // The data source "sales" is renamed to "orders", and its field "City" to "Town".
     report->AddDataSourceRename("sales", "orders");
     report->AddFieldRename(FieldName("orders", "City"), FieldName("orders", "Town"));
     const VString path("/report/sheet/field");

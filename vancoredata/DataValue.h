@@ -34,7 +34,7 @@ private:
 namespace DataValueFormatter {
 
 struct FormatOptions {
-    // What nothing is written as.
+    // The text for an absent value.
     VString null = "%null%";
 };
 

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* SupportedCodes[] = {"de_DE", "it_IT", "ko_KR", "es_ES", "fr_FR", "zh_TW", "ar_YE", "pt_BR", "ja_JP", "en_GB", "ga_IE", "zh_CN", "fr_CA", "en_US"};
 
-// What stands in for a language in the countries that have no text of their own.
+// The supported codes that replace a language in countries without a supported code of their own.
 struct Substitute {
     const char* language;
     const char* alone;

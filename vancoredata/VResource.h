@@ -9,7 +9,7 @@
 #include "vancoredata/Export.h"
 #include "vancoreplatform/VString.h"
 
-// Where the resources of each module lie. One per process; thread-safe.
+// The registry of the resources of all modules. One per process; thread-safe.
 class VANCOREDATA_API ResourceRegistrationCache {
 public:
     static ResourceRegistrationCache& GetInstance();
@@ -18,8 +18,8 @@ public:
     // "qualifier/alias" with a qualifier.
     VString GetResourcePath(const VString& alias, const VString& qualifier) const;
 
-    // Adds and takes away a folder of Qt's resources (":/vancorexml") in which names are
-    // looked up. A folder added twice is taken away twice.
+    // Adds or removes a folder of Qt's resources (":/vancorexml") in which names are looked up.
+    // A folder that was added twice must be removed twice.
     void AddFolder(const VString& folder);
     void RemoveFolder(const VString& folder);
 

@@ -29,7 +29,7 @@ std::size_t SkipElement(std::u16string_view text, std::size_t position) noexcept
     return std::min(text.find_first_of(Separators, position), text.size());
 }
 
-// Where "\\server\share", or "\\server" alone, ends.
+// The end of "\\server\share", or of "\\server" alone.
 std::size_t UncRootEnd(std::u16string_view text) noexcept
 {
     const std::size_t serverEnd = SkipElement(text, 2);

@@ -4,8 +4,9 @@
 
 #include "vansys/LogicException.h"
 
-// Belongs to the thread that opened the scope, and is taken off that thread's list by
-// that thread only; whoever closes the scope marks it, last of all.
+// An entry in the list of the thread that opened the scope. Only that thread removes it from the
+// list. A scope may be destroyed by another thread, which only marks the entry and must not use it
+// afterwards.
 struct MemoryScope::Entry {
     const char* name;
     Entry* outer;

@@ -13,8 +13,8 @@ struct SipKey {
 };
 
 // SipHash by J.-P. Aumasson and D. J. Bernstein, with `CompressionRounds` for every eight
-// bytes and `FinalRounds` at the end. Without the key nobody can choose bytes that
-// collide. Linear.
+// bytes and `FinalRounds` at the end. Colliding bytes cannot be constructed without the key.
+// Linear.
 template <int CompressionRounds, int FinalRounds>
 class SipHash {
 public:

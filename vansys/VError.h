@@ -27,7 +27,7 @@ enum class ErrorSource : int { Unspecified = 0, Caller = 1, Product = 2 };
 // The numbers of the gRPC status codes that the product uses.
 enum class StatusCode : int { Ok = 0, Cancelled = 1, Unknown = 2, InvalidArgument = 3, NotFound = 5, Internal = 13 };
 
-// What every diagnostic and exception carries beside its message. A value.
+// The identity, source and status of a diagnostic or an exception. A value.
 class VANSYS_API ErrorInfo {
 public:
     ErrorInfo() = default;

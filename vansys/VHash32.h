@@ -8,8 +8,8 @@
 #include "vancoreplatform/VString.h"
 #include "vansys/Export.h"
 
-// The hash of the code units, the same in every run. For keys that nobody hostile
-// chooses.
+// The hash of the code units, the same in every run. Only for trusted keys: hostile input can
+// construct collisions.
 VANSYS_API std::uint32_t VHash32(const VString& text, std::uint32_t seed = 0xDEADBEEF) noexcept;
 
 // A keyed hash of the code units whose key is drawn once per process, so that texts

@@ -16,7 +16,7 @@ struct SchemaReference {
     friend bool operator<(const SchemaReference& a, const SchemaReference& b) { return a.kind != b.kind ? a.kind < b.kind : a.name < b.name; }
 };
 
-// What was found for a document: a schema, or why there is none.
+// The result of selecting a schema for a document: a schema, or the reason why there is none.
 struct SchemaSelection {
     SchemaReference schema;
     VString problem;   // empty when a schema was found

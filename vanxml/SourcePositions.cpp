@@ -74,7 +74,7 @@ std::optional<WrittenPosition> ReadPosition(const VString& text, int at)
     return WrittenPosition{{*line, *column}, at};
 }
 
-// Where the position of a message begins, -1 for a message without.
+// The index in `message` where its position begins; -1 when it has no position.
 int FindPosition(const VString& message, const VString& id)
 {
     for (const char* kind : {"Warning(", "Error(", "Fatal Error("}) {

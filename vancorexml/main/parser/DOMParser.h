@@ -12,7 +12,7 @@
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// What was parsed.
+// The size and the id of a parsed source.
 struct DOMParserStatistics {
     unsigned long long sourceSize = 0;   // in bytes
     VString sourceId;

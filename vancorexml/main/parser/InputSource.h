@@ -1,4 +1,4 @@
-// Where the bytes of a document come from.
+// The interface of sources that supply the bytes of a document.
 #pragma once
 
 #include <string>

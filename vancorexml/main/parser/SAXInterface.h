@@ -1,4 +1,4 @@
-// What a parser tells a builder, and what a builder may ask.
+// The interfaces between a parser and a builder.
 #pragma once
 
 #include "vancoreplatform/VString.h"

@@ -83,7 +83,7 @@ BinaryInputSource::BinaryInputSource(const std::vector<unsigned char>& bytes, co
 
 BinaryInputSource::~BinaryInputSource() = default;
 
-// Shared with nobody, and never written to.
+// The shared pointer owns nothing, and the bytes are never written to, so the cast is safe.
 BorrowedInputSource::BorrowedInputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace)
     : Utf8InputSource(std::shared_ptr<std::string>(std::shared_ptr<void>(), const_cast<std::string*>(&bytes)), id, skipLeadingWhitespace, false)
 {

@@ -85,7 +85,7 @@ public:
         return position;
     }
 
-    // What stands for the unit at a position found; valid until the next call.
+    // The replacement of the unit at a position that the search found; valid until the next call.
     std::u16string_view Replacement(std::size_t position)
     {
         const char16_t unit = m_text[position];
