@@ -33,7 +33,7 @@ struct LinkedElements;
 class VANCOREXML_API DOM {
 public:
     DOM() : DOM(false) {}
-    // The flag is kept for those who load what the document refers to; nothing here reads it.
+    // The library only stores the flag. Clients that load the files a document refers to read it.
     explicit DOM(bool restrictExternalPaths);
     virtual ~DOM();
     DOM(const DOM&) = delete;
@@ -54,10 +54,10 @@ public:
     bool operator==(const DOM& other) const { return *m_root == *other.m_root; }
     bool operator!=(const DOM& other) const { return *m_root != *other.m_root; }
 
-    // Makes this document a copy of `other`: tree, diagnostics, renames and flags, in this
-    // order; like every copy of elements without the marks of encoded texts. A copy of itself
-    // only clears its diagnostics. When memory runs out this document has lost its diagnostics,
-    // and what was not reached yet is as it was. Linear.
+    // Makes this document a copy of `other`: tree, diagnostics, renames and flags, in this order.
+    // Encoded flags are not copied. Copying a document onto itself only clears its diagnostics. If an
+    // allocation fails, the diagnostics are already gone and the parts not yet copied are unchanged.
+    // Linear.
     void DeepCopy(const DOM& other);
 
     bool GetRestrictExternalPaths() const;
@@ -116,7 +116,8 @@ protected:
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:
-    // An element forwards what concerns its document, and the records of two documents are used together.
+    // DOMElement forwards operations to m_diagnostics and m_linkedElements. DocumentDiagnostics moves
+    // records between two documents.
     friend class DOMElement;
     friend class DocumentDiagnostics;
     friend class DOMTestAccess;

@@ -35,7 +35,7 @@ void LogMissingBefore()
                VError::ErrorInfo(VantoraError::MakeError(0xD78DE10E, "LogSite_MissingDomElement_0xD78DE10E"), VError::ErrorSource::Product, VError::StatusCode::Unknown));
 }
 
-// Everything but the children's own content, which is compared in its turn.
+// Compares name, text, attributes and number of children; the caller compares the children.
 bool DiffersInItself(const DOMElement& a, const DOMElement& b)
 {
     return a.GetName() != b.GetName() || a.GetText() != b.GetText() || a.GetAttributes() != b.GetAttributes() || a.GetChildren().size() != b.GetChildren().size();
@@ -505,8 +505,7 @@ bool DOMElement::IsAtOrBelow(const DOMElement& top) const
 
 void DOMElement::Grow(std::size_t count)
 {
-    // From three up, one less than a power of two: with the allocator's word, exactly what its
-    // size classes hold.
+    // Capacities 3, 7, 15, …: with the allocator's one-word header each block fills a size class exactly.
     m_children.reserve(std::max({m_children.size() + count, 2 * m_children.size() + 1, std::size_t{3}}));
 }
 
@@ -547,7 +546,7 @@ void DOMElement::PlaceAll(Children&& children, const DOMElement* before)
     const bool isMissing = before && position == m_children.end();
     std::size_t missed = isMissing ? children.size() : 0;
     if (isMissing) {
-        // When `before` is one of those that come, it is there for those behind it only.
+        // If `before` is itself one of the adopted children, only the children after it can find it.
         const auto own = std::find_if(children.begin(), children.end(), [before](const std::unique_ptr<DOMElement>& i) { return i.get() == before; });
         if (own != children.end()) {
             missed = static_cast<std::size_t>(own - children.begin()) + 1;

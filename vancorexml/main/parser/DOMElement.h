@@ -37,8 +37,8 @@ struct ElementLinks;
 // and so does destroying a copy that was not changed. An element outside of the tree counts as part of
 // the document that it links to. While its old parent is in another document, the element also counts as
 // part of that one: do not ask the first document about diagnostics while another thread changes the
-// second. The two may be destroyed at once on different threads. What an element asks of its document is
-// guarded by the document's lock.
+// second. The two may be destroyed at once on different threads. The document's lock guards the
+// operations that an element forwards to its document.
 //
 // No operation uses a call stack that grows with the depth of the tree.
 //
@@ -55,7 +55,7 @@ public:
     // Erases the diagnostics of every element of the subtree from their document; the
     // document's own topmost element clears all. Linear.
     ~DOMElement();
-    // An element knows where its memory came from: those of one parse or copy share some.
+    // Elements made by one parse or copy share memory pages; each element records its page.
     static void* operator new(std::size_t size);
     static void operator delete(void* element) noexcept;
     static void* operator new(std::size_t, void* place) noexcept { return place; }
@@ -89,7 +89,7 @@ public:
     const VString& GetText() const noexcept { return m_text; }
     void SetText(const VString& text) { SetText(text, false); }
     void SetText(VString&& text) noexcept;
-    // `encoded`: the text is escaped already and is written as it stands.
+    // `encoded`: the text is escaped already, so writers write it unchanged.
     void SetText(const VString& text, bool encoded);
     void AppendText(const VString& text) { AppendText(text, false); }
     // The whole stays marked encoded only while every piece is. Amortised linear in `text`.
@@ -181,8 +181,8 @@ public:
     std::unique_ptr<DOMElement> RemoveIfEmpty(DOMElement& child);
     std::unique_ptr<DOMElement> RemoveIfEmpty(const VString& name);
 
-    // Met when climbing from this element's parent; an element is no child of itself.
-    // Linear in the depth.
+    // True when `ancestor` is this element's parent or any ancestor above it; never true for the
+    // element itself. Linear in the depth.
     bool IsChildOf(const DOMElement& ancestor) const noexcept;
 
     // The four take elements from where they are to before `before`, with the costs of
@@ -206,12 +206,12 @@ public:
     // `other` is this element.
     void AdoptAttributes(DOMElement& other, bool overwrite);
 
-    // Diagnostics of this element and, for the tests and collectors, its subtree, kept by
-    // its document. Each raises a LogicException when the element has no document. On an
-    // element without a parent the tests speak, and the clears act, for the whole document.
+    // Diagnostics, which the document keeps. The Has… queries, Get… and Clear… cover this element and its
+    // subtree; on an element without a parent, Has… and Clear… cover the whole document. Each operation
+    // raises a LogicException when the element has no document.
     void Error(const VString& message, const VError::ErrorInfo& info, bool reported, bool cancel) const;
     void Warning(const VString& message, const VError::ErrorInfo& info) const;
-    // Stand before what was recorded for the element until now. Constant.
+    // These insert before the element's other records. Constant.
     void PrefixError(const VString& message, const VError::ErrorInfo& info, bool reported) const;
     void PrefixWarning(const VString& message, const VError::ErrorInfo& info) const;
     void ClearErrors();
