@@ -244,3 +244,23 @@ TEST(NulTest, EveryNulInAnEbcdicDocumentIsAnError)
     for (std::size_t i = 0; i <= document.size(); ++i)
         EXPECT_TRUE(hasErrors(WithNul(document, i))) << i;
 }
+
+// Xerces drops the bytes of a character that the end of the input cuts off, and the text among them.
+TEST(IncompleteEndTest, ADocumentThatEndsWithinACharacterIsAnError)
+{
+    for (const std::string end : {"\xE2\x82", "\xC3", "\xF0\x9F\x98", "\xFF<b/>", "\n\xFD<b>x"})
+        for (const std::string document : {"<a/>", "<!DOCTYPE a [<!ENTITY e 'v'>]><a>&e;</a>"}) {
+            const std::string text = document + end;
+            DOMParser parser;
+            EXPECT_TRUE(parser.ParseXmlString(text, "id")->HasErrors()) << text;
+            EXPECT_TRUE(parser.ParseXmlBytes({text.begin(), text.end()})->HasErrors()) << text;
+            EXPECT_FALSE(parser.ParseXmlString(document, "id")->HasErrors()) << text;
+        }
+}
+
+TEST(IncompleteEndTest, OtherEncodingsMayEndLikeThat)
+{
+    const std::string latin = "<?xml version='1.0' encoding='iso-8859-1'?><a/><!--\xE9-->";
+    DOMParser parser;
+    EXPECT_FALSE(parser.ParseXmlBytes({latin.begin(), latin.end()})->HasErrors());
+}

@@ -235,12 +235,17 @@ void XercesXMLHandler::AbandonExpansion(const VString& message, const VString& i
     throw ParseAbandoned();
 }
 
+void XercesXMLHandler::Refuse(const char* message, const VString& id, std::uint64_t line, std::uint64_t column)
+{
+    m_errors.push_back(FormatDiagnostic("Fatal Error", message, id, line, column));
+    m_fatallyErrored = true;
+    throw ParseAbandoned();
+}
+
 void XercesXMLHandler::RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column)
 {
     // The words of Xerces for other characters that are not allowed.
-    m_errors.push_back(FormatDiagnostic("Fatal Error", "invalid character 0x0", id, line, column));
-    m_fatallyErrored = true;
-    throw ParseAbandoned();
+    Refuse("invalid character 0x0", id, line, column);
 }
 
 void XercesXMLHandler::RefuseEntity(const xercesc::XMLResourceIdentifier& resource)

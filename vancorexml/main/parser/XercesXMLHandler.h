@@ -82,7 +82,9 @@ public:
     void error(const xercesc::SAXParseException& exception) override;
     void fatalError(const xercesc::SAXParseException& exception) override;
     void resetErrors() override;
-    // Records a NUL of the document or schema `id` as a fatal error and throws ParseAbandoned.
+    // Records a fatal error of the document or schema `id` and throws ParseAbandoned.
+    [[noreturn]] void Refuse(const char* message, const VString& id, std::uint64_t line, std::uint64_t column);
+    // Likewise for a NUL.
     [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
     // The schema that a schema imports or includes, from the file that the builder names. Null

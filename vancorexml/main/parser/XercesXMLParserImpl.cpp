@@ -1,5 +1,7 @@
 #include "vancorexml/main/parser/XercesXMLParserImpl.h"
 
+#include <algorithm>
+#include <bit>
 #include <utility>
 
 #include <xercesc/framework/XMLAttr.hpp>
@@ -16,6 +18,7 @@
 #include "art-cpp/Activity.h"
 #include "metrics2/Metrics.h"
 #include "vancoredata/VResource.h"
+#include "vancoreplatform/Encoding.h"
 #include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
@@ -62,6 +65,26 @@ void DocumentReader::SetHandler(XercesXMLHandler& handler)
     setDeclarationHandler(&handler);
 }
 
+namespace {
+
+bool IsUtf8(const XMLCh* encoding)
+{
+    return xercesc::XMLString::equals(encoding, XMLUni::fgUTF8EncodingString) ||
+           xercesc::XMLString::equals(encoding, XMLUni::fgUTF8EncodingString2);
+}
+
+// Xerces counts the bytes that the first one announces, up to six, before it looks at them.
+bool EndsWithinUtf8Character(std::string_view text) noexcept
+{
+    const std::size_t invalid = FindInvalidUtf8(text.data(), text.size());
+    if (invalid == text.size())
+        return false;
+    const int leadingOnes = std::countl_one(static_cast<unsigned char>(text[invalid]));
+    return leadingOnes >= 2 && text.size() - invalid < static_cast<std::size_t>(std::min(leadingOnes, 6));
+}
+
+}  // namespace
+
 void DocumentReader::resetDocument()
 {
     m_depth = 0;
@@ -72,12 +95,16 @@ void DocumentReader::resetDocument()
 }
 
 // Behind the root element the scanner treats a NUL as the end of its input and stops in front of it, so text is left
-// in its buffer.
+// in its buffer. It drops the bytes of an incomplete character at the end.
 void DocumentReader::endDocument()
 {
     const xercesc::Locator& locator = *m_handler->GetLocator();
-    if (dynamic_cast<const xercesc::ReaderMgr&>(locator).getCurrentReader()->charsLeftInBuffer() != 0)
+    const xercesc::XMLReader& reader = *dynamic_cast<const xercesc::ReaderMgr&>(locator).getCurrentReader();
+    if (reader.charsLeftInBuffer() != 0)
         m_handler->RefuseNul(locator.getSystemId(), locator.getLineNumber(), locator.getColumnNumber());
+    if (IsUtf8(reader.getEncodingStr()) && EndsWithinUtf8Character(m_uncheckedEnd))
+        m_handler->Refuse("invalid bytes at the end of the document", locator.getSystemId(), locator.getLineNumber(),
+                          locator.getColumnNumber());
     SAX2XMLReaderImpl::endDocument();
 }
 
@@ -293,7 +320,7 @@ void XercesXMLParserImpl::ReadInput()
         if (Utf16InputSource::IsWellFormed(source.Get(), source.View()))
             ReadDocument(Utf16InputSource(source.Get(), source.View()));
         else
-            ReadDocument(source.Get());
+            ReadDocument(source.Get(), source.View());
     } catch (const ParseAbandoned&) {
         // Recorded by the handler like any other fatal error.
     } catch (...) {
@@ -305,8 +332,9 @@ void XercesXMLParserImpl::ReadInput()
         TakeDiagnostics();
 }
 
-void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source)
+void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source, std::string_view uncheckedEnd)
 {
+    m_reader->SetUncheckedEnd(uncheckedEnd);
     m_handler->CheckEntitiesOf(source);
     xercesc::XMLPScanToken token;
     if (!m_reader->parseFirst(source, token))

@@ -28,6 +28,8 @@ public:
     bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
     // It must outlive the parses that follow.
     void SetHandler(XercesXMLHandler& handler);
+    // The bytes of the next document if they may end within a character, else empty.
+    void SetUncheckedEnd(std::string_view text) noexcept { m_uncheckedEnd = text; }
 
     void resetDocument() override;
     void endDocument() override;
@@ -45,6 +47,7 @@ private:
     const XMLCh* GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix);
 
     XercesXMLHandler* m_handler = nullptr;
+    std::string_view m_uncheckedEnd;
     bool m_hasReadVersion11 = false;
     bool m_hasDefaults = false;
     DefaultAttributeCounter m_defaults;
@@ -81,7 +84,8 @@ private:
     void LoadGrammar(const XercesInputSource& source, const VString& id);
     // Reads the input to its end, or until the handler or a fault stops it.
     void ReadInput();
-    void ReadDocument(const xercesc::InputSource& source);
+    // `uncheckedEnd`: see DocumentReader::SetUncheckedEnd.
+    void ReadDocument(const xercesc::InputSource& source, std::string_view uncheckedEnd = {});
     void TakeDiagnostics();
 
     // Declared before all members that use Xerces, so that those are destroyed first.
