@@ -12,7 +12,7 @@
 
 namespace outputtest {
 
-// Notes every virtual call but those that write whole elements, then does what the base does.
+// Records each virtual call, except for the ones that write whole elements, and then calls the base.
 // Can fail when its sink is called for the nth time, or from then on.
 class RecordingWriter : public XMLFormatter {
 public:

@@ -318,7 +318,7 @@ TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAString)
     EXPECT_TRUE(writer.GetOutput().endsWith("</e></e>"));
 }
 
-// A sink of its own, and nothing else.
+// Overrides only the sink.
 class CountingWriter : public XMLFormatter {
 public:
     CountingWriter() : XMLFormatter("", true) {}

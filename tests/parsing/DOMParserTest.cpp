@@ -181,7 +181,7 @@ TEST_F(DOMParserTest, ADeclarationOfVersion11KeepsPositions)
     EXPECT_EQ(document->GetDocumentRoot()->GetStartLine(), 2);
 }
 
-// The handler's captures live until it returns. `replace` is what it does to itself.
+// The handler's captures live until the handler returns. It calls `replace`, which replaces or removes it.
 void ExpectCapturesOutlive(const std::function<void(DOMParser&)>& replace)
 {
     DOMParser parser;

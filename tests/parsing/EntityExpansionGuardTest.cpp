@@ -111,7 +111,7 @@ private:
     std::set<int> m_open;
 };
 
-// A random document, built together with what it comes to.
+// A random document and the size of its expansion, built together.
 class RandomDocument {
 public:
     RandomDocument(unsigned seed, const ExpansionLimits& limits, bool mustCount)

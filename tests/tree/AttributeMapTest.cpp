@@ -79,7 +79,7 @@ void ExpectSameAsStandardMap(unsigned seed, int names, int steps)
 
 }  // namespace
 
-// What is no iterator over entries is no argument of the iterator templates.
+// The iterator templates accept only iterators over entries.
 template <typename T>
 constexpr bool InsertsRangeOf = requires(AttributeMap map, T i) { map.insert(i, i); };
 static_assert(std::is_constructible_v<AttributeMap, Model::iterator, Model::iterator>);
