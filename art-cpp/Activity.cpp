@@ -11,7 +11,7 @@ std::atomic<bool> s_enabled{false};
 
 struct SinkHolder {
     std::mutex mutex;
-    std::function<void(const ActivityRecord&)> sink;   // guarded by mutex
+    std::function<void(const ActivityRecord&)> sink;  // guarded by mutex
 };
 
 SinkHolder& GetSinkHolder()
@@ -37,20 +37,24 @@ Activity::Activity(const char* name) : m_open(s_enabled.load(std::memory_order_r
 
 Activity::~Activity()
 {
-    if (!m_open) return;
+    if (!m_open)
+        return;
     SinkHolder& holder = GetSinkHolder();
     const std::lock_guard lock(holder.mutex);
-    if (holder.sink) holder.sink(m_record);
+    if (holder.sink)
+        holder.sink(m_record);
 }
 
 void Activity::Tag(const char* key, const VString& value)
 {
-    if (m_open) m_record.tags.emplace_back(key, value);
+    if (m_open)
+        m_record.tags.emplace_back(key, value);
 }
 
 void Activity::Tag(const char* key, std::uint64_t value)
 {
-    if (m_open) m_record.tags.emplace_back(key, VString::number(value));
+    if (m_open)
+        m_record.tags.emplace_back(key, VString::number(value));
 }
 
 }  // namespace art

@@ -16,7 +16,8 @@ CorpusFile Load(const std::string& path)
         std::fprintf(stderr, "missing corpus file %s: run scripts/bench, which installs it\n", path.c_str());
         std::exit(2);
     }
-    return {std::filesystem::path(path).filename().string(), path, std::string(std::istreambuf_iterator<char>(file), {})};
+    return {
+        std::filesystem::path(path).filename().string(), path, std::string(std::istreambuf_iterator<char>(file), {})};
 }
 
 }  // namespace
@@ -36,17 +37,22 @@ const std::vector<CorpusFile>& SmallDocuments()
     static const std::vector<CorpusFile> files = [] {
         std::vector<std::string> paths;
         std::error_code error;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator("/usr/share/unicode/cldr", error))
-            if (entry.path().extension() == ".xml") paths.push_back(entry.path().string());
+        for (const auto& entry : std::filesystem::recursive_directory_iterator("/usr/share/unicode/cldr", error)) {
+            if (entry.path().extension() == ".xml")
+                paths.push_back(entry.path().string());
+        }
         std::sort(paths.begin(), paths.end());
         if (paths.size() < 2000) {
-            std::fprintf(stderr, "only %zu documents of unicode-cldr-core: run scripts/bench, which installs it\n", paths.size());
+            std::fprintf(stderr,
+                "only %zu documents of unicode-cldr-core: run scripts/bench, which installs it\n",
+                paths.size());
             std::exit(2);
         }
         paths.resize(2000);
         std::vector<CorpusFile> loaded;
         loaded.reserve(paths.size());
-        for (const std::string& path : paths) loaded.push_back(Load(path));
+        for (const std::string& path : paths)
+            loaded.push_back(Load(path));
         return loaded;
     }();
     return files;
@@ -58,7 +64,8 @@ std::string MakeDocument(std::size_t bytes)
     text.reserve(bytes + 256);
     for (std::size_t i = 0; text.size() < bytes; ++i) {
         const std::string id = std::to_string(i);
-        text += "  <record id='" + id + "' kind='" + (i % 3 ? "plain" : "special") + "'>\n    <name>Record " + id + "</name>\n    <value unit='mm'>" + std::to_string(i * 7919 % 10007) + "</value>\n  </record>\n";
+        text += "  <record id='" + id + "' kind='" + (i % 3 ? "plain" : "special") + "'>\n    <name>Record " + id +
+            "</name>\n    <value unit='mm'>" + std::to_string(i * 7919 % 10007) + "</value>\n  </record>\n";
     }
     return text + "</records>\n";
 }

@@ -21,18 +21,22 @@ void RegisterHeapTasks(const Peers& peers)
     for (const CorpusFile& file : LargeDocuments()) {
         for (const auto& owned : peers) {
             Peer* peer = owned.get();
-            if (!peer->BuildsTree()) continue;
-            benchmark::RegisterBenchmark(("heap/" + file.name + "/" + peer->Name()).c_str(), [=, &file](benchmark::State& state) {
-                std::size_t held = 0;
-                for (auto _ : state) {
-                    peer->Parse(file.bytes).reset();  // what the parser keeps for itself is there already
-                    const std::size_t before = HeapInUse();
-                    const auto document = peer->Parse(file.bytes);
-                    held = HeapInUse() - before;
-                }
-                state.counters["bytes"] = static_cast<double>(held);
-                state.counters["per_file_byte"] = static_cast<double>(held) / static_cast<double>(file.bytes.size());
-            })->Iterations(1);
+            if (!peer->BuildsTree())
+                continue;
+            benchmark::RegisterBenchmark(("heap/" + file.name + "/" + peer->Name()).c_str(),
+                [=, &file](benchmark::State& state) {
+                    std::size_t held = 0;
+                    for (auto _ : state) {
+                        peer->Parse(file.bytes).reset();  // what the parser keeps for itself is there already
+                        const std::size_t before = HeapInUse();
+                        const auto document = peer->Parse(file.bytes);
+                        held = HeapInUse() - before;
+                    }
+                    state.counters["bytes"] = static_cast<double>(held);
+                    state.counters["per_file_byte"] =
+                        static_cast<double>(held) / static_cast<double>(file.bytes.size());
+                })
+                ->Iterations(1);
         }
     }
 }

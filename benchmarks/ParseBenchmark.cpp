@@ -47,14 +47,25 @@ void RegisterParseTasks(const Peers& peers)
         const Digest reference = MakeXercesSaxPeer()->Parse(file.bytes)->GetDigest();
         for (const auto& owned : peers) {
             Peer* peer = owned.get();
-            Require(IsSameTree(peer->Parse(file.bytes)->GetDigest(), reference, file.bytes), peer->Name() + " parses " + file.name);
-            Require(IsSameTree(peer->ParseFile(file.path)->GetDigest(), reference, file.bytes), peer->Name() + " parses the file " + file.name);
+            Require(IsSameTree(peer->Parse(file.bytes)->GetDigest(), reference, file.bytes),
+                peer->Name() + " parses " + file.name);
+            Require(IsSameTree(peer->ParseFile(file.path)->GetDigest(), reference, file.bytes),
+                peer->Name() + " parses the file " + file.name);
             const auto fromBytes = [peer, &file] { return peer->Parse(file.bytes); };
             const auto fromFile = [peer, &file] { return peer->ParseFile(file.path); };
             const std::string end = "/" + file.name + "/" + peer->Name();
-            benchmark::RegisterBenchmark(("parse" + end).c_str(), [=, &file](benchmark::State& state) { TimeParse(state, file.bytes.size(), fromBytes); })->UseManualTime()->Unit(benchmark::kMillisecond);
-            benchmark::RegisterBenchmark(("parse-destroy" + end).c_str(), [=, &file](benchmark::State& state) { TimeParseAndDestroy(state, file.bytes.size(), fromBytes); })->UseManualTime()->Unit(benchmark::kMillisecond);
-            benchmark::RegisterBenchmark(("parse-file" + end).c_str(), [=, &file](benchmark::State& state) { TimeParse(state, file.bytes.size(), fromFile); })->UseManualTime()->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark(("parse" + end).c_str(),
+                [=, &file](benchmark::State& state) { TimeParse(state, file.bytes.size(), fromBytes); })
+                ->UseManualTime()
+                ->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark(("parse-destroy" + end).c_str(),
+                [=, &file](benchmark::State& state) { TimeParseAndDestroy(state, file.bytes.size(), fromBytes); })
+                ->UseManualTime()
+                ->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark(("parse-file" + end).c_str(),
+                [=, &file](benchmark::State& state) { TimeParse(state, file.bytes.size(), fromFile); })
+                ->UseManualTime()
+                ->Unit(benchmark::kMillisecond);
         }
     }
 }

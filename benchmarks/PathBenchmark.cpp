@@ -13,7 +13,10 @@ struct Paths {
 
 // For each document: a name anywhere, a named path, a path with any name in it.
 const std::vector<Paths> Table = {
-    {"ssg-debian11-ds.xml", {"//xccdf-1.2:Rule", "/ds:data-stream-collection/ds:component/xccdf-1.2:Benchmark", "/ds:data-stream-collection/*/xccdf-1.2:Benchmark"}},
+    {"ssg-debian11-ds.xml",
+        {"//xccdf-1.2:Rule",
+            "/ds:data-stream-collection/ds:component/xccdf-1.2:Benchmark",
+            "/ds:data-stream-collection/*/xccdf-1.2:Benchmark"}},
     {"freedesktop.org.xml", {"//glob", "/mime-info/mime-type/glob", "/mime-info/*/glob"}},
     {"vk.xml", {"//name", "/registry/types/type", "/registry/*/type"}},
 };
@@ -29,15 +32,23 @@ void RegisterPathTasks(const Peers& peers)
             const std::string path = Table[i].paths[k];
             std::size_t reference = std::string::npos;
             for (const auto& peer : peers) {
-                if (!peer->BuildsTree()) continue;
+                if (!peer->BuildsTree())
+                    continue;
                 std::shared_ptr<PeerDocument> document = peer->Parse(file.bytes);
                 const std::size_t count = document->CountPath(path);
-                if (count == std::string::npos) continue;
-                if (reference == std::string::npos) reference = count;
-                Require(count == reference && count > 0, peer->Name() + " finds " + path + ": " + std::to_string(count) + ", the reference " + std::to_string(reference));
-                benchmark::RegisterBenchmark((std::string(kinds[k]) + "/" + file.name + "/" + peer->Name()).c_str(), [document, path](benchmark::State& state) {
-                    for (auto _ : state) benchmark::DoNotOptimize(document->CountPath(path));
-                })->Unit(benchmark::kMicrosecond);
+                if (count == std::string::npos)
+                    continue;
+                if (reference == std::string::npos)
+                    reference = count;
+                Require(count == reference && count > 0,
+                    peer->Name() + " finds " + path + ": " + std::to_string(count) + ", the reference " +
+                        std::to_string(reference));
+                benchmark::RegisterBenchmark((std::string(kinds[k]) + "/" + file.name + "/" + peer->Name()).c_str(),
+                    [document, path](benchmark::State& state) {
+                        for (auto _ : state)
+                            benchmark::DoNotOptimize(document->CountPath(path));
+                    })
+                    ->Unit(benchmark::kMicrosecond);
             }
         }
     }

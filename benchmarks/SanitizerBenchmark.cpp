@@ -16,10 +16,13 @@ std::string WithAttribute(const std::string& text, const std::string& attribute,
     std::string result;
     std::size_t tags = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool atName = text[i] == '<' && i + 1 < text.size() && ((text[i + 1] | 0x20) >= 'a' && (text[i + 1] | 0x20) <= 'z');
+        const bool atName =
+            text[i] == '<' && i + 1 < text.size() && ((text[i + 1] | 0x20) >= 'a' && (text[i + 1] | 0x20) <= 'z');
         result += text[i];
-        if (!atName || ++tags % every) continue;
-        while (i + 1 < text.size() && std::strchr(" \t\r\n/>", text[i + 1]) == nullptr) result += text[++i];
+        if (!atName || ++tags % every)
+            continue;
+        while (i + 1 < text.size() && std::strchr(" \t\r\n/>", text[i + 1]) == nullptr)
+            result += text[++i];
         result += attribute;
     }
     return result;
@@ -29,12 +32,16 @@ void Register(const std::string& name, const std::shared_ptr<std::string>& text,
 {
     Require((XercesColonSanitizer::Sanitize(text) != text) == rewritten, "the sanitizer on " + name);
     benchmark::RegisterBenchmark(("sanitize/" + name + "/vancorexml").c_str(), [text](benchmark::State& state) {
-        for (auto _ : state) benchmark::DoNotOptimize(XercesColonSanitizer::Sanitize(text));
-        state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(text->size()));
+        for (auto _ : state)
+            benchmark::DoNotOptimize(XercesColonSanitizer::Sanitize(text));
+        state.SetBytesProcessed(
+            static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(text->size()));
     })->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(("sanitize/" + name + "/memcpy").c_str(), [text](benchmark::State& state) {
-        for (auto _ : state) benchmark::DoNotOptimize(std::make_shared<std::string>(*text));
-        state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(text->size()));
+        for (auto _ : state)
+            benchmark::DoNotOptimize(std::make_shared<std::string>(*text));
+        state.SetBytesProcessed(
+            static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(text->size()));
     })->Unit(benchmark::kMillisecond);
 }
 
@@ -47,6 +54,8 @@ void RegisterSanitizerTasks()
         Register(file.name + "+few", std::make_shared<std::string>(WithAttribute(file.bytes, " :mark='1'", 100)), true);
         Register(file.name + "+many", std::make_shared<std::string>(WithAttribute(file.bytes, " :mark='1'", 1)), true);
         // Colons that stay: one in every tag's value.
-        Register(file.name + "+colons", std::make_shared<std::string>(WithAttribute(file.bytes, " mark=' :a: b :c'", 1)), false);
+        Register(file.name + "+colons",
+            std::make_shared<std::string>(WithAttribute(file.bytes, " mark=' :a: b :c'", 1)),
+            false);
     }
 }

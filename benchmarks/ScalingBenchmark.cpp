@@ -7,14 +7,18 @@
 void RegisterScalingTasks()
 {
     for (const std::size_t megabytes : {1, 10, 50, 200}) {
-        benchmark::RegisterBenchmark(("scaling/" + std::to_string(megabytes) + "MB/vancorexml").c_str(), [megabytes](benchmark::State& state) {
-            const std::string text = MakeDocument(megabytes * 1000000);
-            const auto peer = MakeVancoreXmlPeer();
-            const std::size_t elements = peer->Parse(text)->GetDigest().elements;
-            Require(elements > megabytes * 1000000 / 60, "the generated document");
-            for (auto _ : state) benchmark::DoNotOptimize(peer->Parse(text));
-            // Nanoseconds per element, parse and destruction.
-            state.counters["per_element"] = benchmark::Counter(static_cast<double>(elements), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-        })->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("scaling/" + std::to_string(megabytes) + "MB/vancorexml").c_str(),
+            [megabytes](benchmark::State& state) {
+                const std::string text = MakeDocument(megabytes * 1000000);
+                const auto peer = MakeVancoreXmlPeer();
+                const std::size_t elements = peer->Parse(text)->GetDigest().elements;
+                Require(elements > megabytes * 1000000 / 60, "the generated document");
+                for (auto _ : state)
+                    benchmark::DoNotOptimize(peer->Parse(text));
+                // Nanoseconds per element, parse and destruction.
+                state.counters["per_element"] = benchmark::Counter(static_cast<double>(elements),
+                    benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+            })
+            ->Unit(benchmark::kMillisecond);
     }
 }

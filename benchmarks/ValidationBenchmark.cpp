@@ -31,11 +31,17 @@ constexpr const char* const SchemaName = "VQRC_FILEFORMAT_KXA_XSD";
 // parser takes it too.
 std::string MakeAnalysis(int views)
 {
-    std::string text = "<?xml version='1.0' encoding='utf-8' ?>\n<analysis version='18.1'>\n  <data-sources>\n    <data-source name='orders'>\n      <connection class='text-file' filename='orders.csv' />\n";
-    for (int i = 0; i < 20; ++i) text += "      <column name='Column " + std::to_string(i) + "' caption='Spalte " + std::to_string(i) + "' data-type='real' role='measure' />\n";
+    std::string text =
+        "<?xml version='1.0' encoding='utf-8' ?>\n<analysis version='18.1'>\n  <data-sources>\n    <data-source name='orders'>\n      <connection class='text-file' filename='orders.csv' />\n";
+    for (int i = 0; i < 20; ++i) {
+        text += "      <column name='Column " + std::to_string(i) + "' caption='Spalte " + std::to_string(i) +
+            "' data-type='real' role='measure' />\n";
+    }
     text += "    </data-source>\n  </data-sources>\n  <views>\n";
-    for (int i = 0; i < views; ++i)
-        text += "    <view name='View " + std::to_string(i) + "' data-source='orders' mark='bar'>\n      <title>Umsatz nach Größe</title>\n      <rows>[orders].[Column 1]</rows>\n      <columns>[orders].[Column 2]</columns>\n      <filter class='quantitative' field='[orders].[Column 3]' min='0' max='100.5' />\n      <encoding channel='color' field='[orders].[Column 4]' />\n    </view>\n";
+    for (int i = 0; i < views; ++i) {
+        text += "    <view name='View " + std::to_string(i) +
+            "' data-source='orders' mark='bar'>\n      <title>Umsatz nach Größe</title>\n      <rows>[orders].[Column 1]</rows>\n      <columns>[orders].[Column 2]</columns>\n      <filter class='quantitative' field='[orders].[Column 3]' min='0' max='100.5' />\n      <encoding channel='color' field='[orders].[Column 4]' />\n    </view>\n";
+    }
     return text + "  </views>\n</analysis>\n";
 }
 
@@ -69,7 +75,8 @@ public:
         xercessession::SetSchemaFeatures(*m_reader);
         for (const char* name : {"VQRC_FILEFORMAT_XML_XSD", "VQRC_FILEFORMAT_USER_XSD", SchemaName}) {
             const std::string schema = UTF8StringVResource(VString(name)).GetString().toStdString();
-            const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(schema.data()), schema.size(), name, false);
+            const xercesc::MemBufInputSource source(
+                reinterpret_cast<const XMLByte*>(schema.data()), schema.size(), name, false);
             m_reader->loadGrammar(source, xercesc::Grammar::SchemaGrammarType, true);
         }
     }
@@ -143,7 +150,11 @@ public:
     std::unique_ptr<Validated> Validate(const std::string& text) override
     {
         auto result = std::make_unique<Tree>();
-        result->document = xmlReadMemory(text.data(), static_cast<int>(text.size()), "memory", nullptr, XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOBLANKS);
+        result->document = xmlReadMemory(text.data(),
+            static_cast<int>(text.size()),
+            "memory",
+            nullptr,
+            XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOBLANKS);
         result->isValid = result->document && xmlSchemaValidateDoc(m_context, result->document) == 0;
         return result;
     }
@@ -168,11 +179,14 @@ void TimeValidation(benchmark::State& state, Validator& validator, const std::st
     std::vector<std::unique_ptr<Validated>> results(count);
     for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();
-        for (std::unique_ptr<Validated>& result : results) result = validator.Validate(text);
+        for (std::unique_ptr<Validated>& result : results)
+            result = validator.Validate(text);
         state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-        for (std::unique_ptr<Validated>& result : results) result.reset();
+        for (std::unique_ptr<Validated>& result : results)
+            result.reset();
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(text.size() * count));
+    state.SetBytesProcessed(
+        static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(text.size() * count));
 }
 
 }  // namespace
@@ -184,16 +198,26 @@ void RegisterValidationTasks(const std::string& only)
     std::string invalid = *small;
     invalid.replace(invalid.find("measure"), 7, "nothing");
     std::vector<std::pair<std::string, std::shared_ptr<Validator>>> validators;
-    if (only.empty() || only == "libxml2") validators.emplace_back("libxml2", std::make_shared<LibxmlValidator>());
-    if (only.empty() || only == "xerces-sax") validators.emplace_back("xerces-sax", std::make_shared<BareValidator>());
-    if (only.empty() || only == "vancorexml") validators.emplace_back("vancorexml", std::make_shared<DriverValidator>());
+    if (only.empty() || only == "libxml2")
+        validators.emplace_back("libxml2", std::make_shared<LibxmlValidator>());
+    if (only.empty() || only == "xerces-sax")
+        validators.emplace_back("xerces-sax", std::make_shared<BareValidator>());
+    if (only.empty() || only == "vancorexml")
+        validators.emplace_back("vancorexml", std::make_shared<DriverValidator>());
     for (const auto& [name, validator] : validators) {
-        Require(validator->Validate(*large)->isValid && validator->Validate(*small)->isValid, name + " finds the analysis valid");
+        Require(validator->Validate(*large)->isValid && validator->Validate(*small)->isValid,
+            name + " finds the analysis valid");
         Require(!validator->Validate(invalid)->isValid, name + " finds the fault");
         const std::unique_ptr<Validated> result = validator->Validate(*small);
         if (const auto* tree = dynamic_cast<const DriverValidator::Tree*>(result.get()))
             Require(tree->document == *ParseAgainstSchema(*small), "the tree of the driver");
-        benchmark::RegisterBenchmark(("validate/large.kxa/" + name).c_str(), [=, v = validator](benchmark::State& state) { TimeValidation(state, *v, *large, 1); })->UseManualTime()->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark(("validate/1000-small.kxa/" + name).c_str(), [=, v = validator](benchmark::State& state) { TimeValidation(state, *v, *small, 1000); })->UseManualTime()->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("validate/large.kxa/" + name).c_str(),
+            [=, v = validator](benchmark::State& state) { TimeValidation(state, *v, *large, 1); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("validate/1000-small.kxa/" + name).c_str(),
+            [=, v = validator](benchmark::State& state) { TimeValidation(state, *v, *small, 1000); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
     }
 }

@@ -28,15 +28,22 @@ void RegisterWriteTasks(const Peers& peers)
         for (const auto& peer : peers) {
             std::shared_ptr<PeerDocument> document = peer->Parse(file.bytes);
             const std::string text = document->Write();
-            if (text.empty()) continue;
+            if (text.empty())
+                continue;
             if (!ReadsBack(text, document->GetDigest(), file.bytes)) {
                 Require(peer->Name() != "vancorexml", "what the library writes reads back: " + file.name);
-                std::fprintf(stderr, "not timed: what %s writes of %s does not read back\n", peer->Name().c_str(), file.name.c_str());
+                std::fprintf(stderr,
+                    "not timed: what %s writes of %s does not read back\n",
+                    peer->Name().c_str(),
+                    file.name.c_str());
                 continue;
             }
-            benchmark::RegisterBenchmark(("write/" + file.name + "/" + peer->Name()).c_str(), [document](benchmark::State& state) {
-                for (auto _ : state) benchmark::DoNotOptimize(document->Write());
-            })->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark(("write/" + file.name + "/" + peer->Name()).c_str(),
+                [document](benchmark::State& state) {
+                    for (auto _ : state)
+                        benchmark::DoNotOptimize(document->Write());
+                })
+                ->Unit(benchmark::kMillisecond);
         }
     }
 }

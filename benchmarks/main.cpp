@@ -9,7 +9,8 @@
 
 void Require(bool right, const std::string& what)
 {
-    if (right) return;
+    if (right)
+        return;
     std::fprintf(stderr, "wrong answer: %s\n", what.c_str());
     std::exit(1);
 }
@@ -26,7 +27,8 @@ int main(int argc, char** argv)
         --argc;
     }
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 2;
     const Peers peers = MakePeers(peer);
     RegisterParseTasks(peers);
     RegisterSmallDocumentTasks(peers);

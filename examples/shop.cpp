@@ -7,8 +7,11 @@
 int main()
 {
     DOMParser parser;
-    const auto shop = parser.ParseXmlString("<shop><item price='3'>Tea</item><item price='5'>Jam</item></shop>", "shop");
-    if (shop->HasErrors()) return 1;
-    for (DOMElement* item : DOMPath::GetAll(*shop->GetDocumentRoot(), "shop/item")) item->SetAttribute("currency", "EUR");
+    const auto shop =
+        parser.ParseXmlString("<shop><item price='3'>Tea</item><item price='5'>Jam</item></shop>", "shop");
+    if (shop->HasErrors())
+        return 1;
+    for (DOMElement* item : DOMPath::GetAll(*shop->GetDocumentRoot(), "shop/item"))
+        item->SetAttribute("currency", "EUR");
     std::cout << XMLDomFormatter::RenderAsXMLString(*shop, nullptr, true);
 }

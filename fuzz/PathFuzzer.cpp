@@ -10,7 +10,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const auto document = DOMParser().ParseXmlString("<a><b><a/><c><b/></c></b><a><b><b/></b></a><c/></a>", "tree");
+    static const auto document =
+        DOMParser().ParseXmlString("<a><b><a/><c><b/></c></b><a><b><b/></b></a><c/></a>", "tree");
     const DOMElement& root = *document->GetDocumentRoot();
     const VString path = VString::fromUtf8(reinterpret_cast<const char*>(data), size);
     const std::vector<const DOMElement*> all = DOMPath::GetAll(root, path);

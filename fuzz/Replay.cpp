@@ -30,7 +30,8 @@ int main(int argc, char** argv)
         Run(bytes);
         Run(bytes.substr(0, bytes.size() / 2));
         for (const char byte : {'<', '&', '\0', '\xFF'}) {
-            if (bytes.empty()) break;
+            if (bytes.empty())
+                break;
             bytes[bytes.size() / 3] = byte;
             Run(bytes);
         }

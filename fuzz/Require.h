@@ -7,7 +7,8 @@
 // Aborts when the promise is broken. The fuzzer reports an abort as a finding.
 inline void Require(bool holds, const char* promise)
 {
-    if (holds) return;
+    if (holds)
+        return;
     std::fprintf(stderr, "broken promise: %s\n", promise);
     std::abort();
 }

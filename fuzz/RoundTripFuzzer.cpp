@@ -16,7 +16,8 @@ std::string Describe(const DOM& document)
 {
     std::string description;
     for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(document.GetRoot())) {
-        description += element.GetName().toStdString() + " " + std::to_string(element.GetChildren().size()) + " " + std::to_string(element.GetAttributes().size()) + "\n";
+        description += element.GetName().toStdString() + " " + std::to_string(element.GetChildren().size()) + " " +
+            std::to_string(element.GetAttributes().size()) + "\n";
     }
     return description;
 }
@@ -27,7 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     DOMParser parser;
     const auto document = parser.ParseXmlString(std::string(reinterpret_cast<const char*>(data), size), "input");
-    if (document->HasErrors()) return 0;
+    if (document->HasErrors())
+        return 0;
     const VString text = XMLDomFormatter::RenderAsXMLString(*document, nullptr, true);
     const auto again = parser.ParseXmlString(text, "written");
     Require(!again->HasErrors(), "what is written has no errors");

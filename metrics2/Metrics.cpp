@@ -12,7 +12,7 @@ std::atomic<std::uint64_t> s_enabledBits{0};
 
 struct SinkHolder {
     std::mutex mutex;
-    std::function<void(const ScopeRecord&)> sink;   // guarded by mutex
+    std::function<void(const ScopeRecord&)> sink;  // guarded by mutex
 };
 
 SinkHolder& GetSinkHolder()
@@ -45,26 +45,31 @@ bool TestBitsAndContext(std::uint64_t bits) noexcept
 Scope::Scope(const char* name, std::uint64_t bits) : m_open(TestBitsAndContext(bits))
 {
     m_record.name = name;
-    if (m_open) m_start = Now();
+    if (m_open)
+        m_start = Now();
 }
 
 Scope::~Scope()
 {
-    if (!m_open) return;
+    if (!m_open)
+        return;
     m_record.nanoseconds = Now() - m_start;
     SinkHolder& holder = GetSinkHolder();
     const std::lock_guard lock(holder.mutex);
-    if (holder.sink) holder.sink(m_record);
+    if (holder.sink)
+        holder.sink(m_record);
 }
 
 void Scope::Record(const char* key, const VString& value)
 {
-    if (m_open) m_record.values.emplace_back(key, value);
+    if (m_open)
+        m_record.values.emplace_back(key, value);
 }
 
 void Scope::Record(const char* key, std::uint64_t value)
 {
-    if (m_open) m_record.values.emplace_back(key, VString::number(value));
+    if (m_open)
+        m_record.values.emplace_back(key, VString::number(value));
 }
 
 }  // namespace Metrics

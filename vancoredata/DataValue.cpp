@@ -8,7 +8,8 @@ VString Quote(const VString& text)
 {
     VString result = u"\"";
     for (const char16_t unit : text) {
-        if (unit == u'"' || unit == u'\\') result += u'\\';
+        if (unit == u'"' || unit == u'\\')
+            result += u'\\';
         result += unit;
     }
     result += u'"';

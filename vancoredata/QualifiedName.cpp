@@ -10,7 +10,8 @@ void AppendPart(VString& text, const VString& part)
     text += u'[';
     for (const char16_t unit : part) {
         text += unit;
-        if (unit == u']') text += u']';
+        if (unit == u']')
+            text += u']';
     }
     text += u']';
 }
@@ -19,7 +20,8 @@ void AppendPart(VString& text, const VString& part)
 // stands there whole.
 std::optional<VString> TakePart(std::u16string_view& text)
 {
-    if (!text.starts_with(u'[')) return std::nullopt;
+    if (!text.starts_with(u'['))
+        return std::nullopt;
     VString part;
     for (std::size_t i = 1; i < text.size(); ++i) {
         if (text[i] == u']') {
@@ -42,9 +44,12 @@ QualifiedName QualifiedName::Parse(const VString& text)
     const QualifiedName whole(VString(), text);
     std::u16string_view rest = text.View();
     const std::optional<VString> first = TakePart(rest);
-    if (!first) return whole;
-    if (rest.empty()) return QualifiedName(VString(), *first);
-    if (!rest.starts_with(u'.')) return whole;
+    if (!first)
+        return whole;
+    if (rest.empty())
+        return QualifiedName(VString(), *first);
+    if (!rest.starts_with(u'.'))
+        return whole;
     rest.remove_prefix(1);
     const std::optional<VString> second = TakePart(rest);
     return second && rest.empty() ? QualifiedName(*first, *second) : whole;
@@ -53,7 +58,8 @@ QualifiedName QualifiedName::Parse(const VString& text)
 VString QualifiedName::GetFullValue() const
 {
     VString text;
-    if (IsEmpty()) return text;
+    if (IsEmpty())
+        return text;
     if (!m_root.IsEmpty()) {
         AppendPart(text, m_root);
         text += u'.';

@@ -25,7 +25,10 @@ public:
     // Neither a root nor a local part.
     bool IsEmpty() const noexcept { return m_root.IsEmpty() && m_local.IsEmpty(); }
 
-    friend bool operator==(const QualifiedName& a, const QualifiedName& b) noexcept { return a.m_root == b.m_root && a.m_local == b.m_local; }
+    friend bool operator==(const QualifiedName& a, const QualifiedName& b) noexcept
+    {
+        return a.m_root == b.m_root && a.m_local == b.m_local;
+    }
     friend bool operator!=(const QualifiedName& a, const QualifiedName& b) noexcept { return !(a == b); }
     // By root, then by local part.
     friend bool operator<(const QualifiedName& a, const QualifiedName& b) noexcept

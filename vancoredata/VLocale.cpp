@@ -8,7 +8,20 @@ namespace LanguageUtils {
 
 namespace {
 
-constexpr const char* SupportedCodes[] = {"de_DE", "it_IT", "ko_KR", "es_ES", "fr_FR", "zh_TW", "ar_YE", "pt_BR", "ja_JP", "en_GB", "ga_IE", "zh_CN", "fr_CA", "en_US"};
+constexpr const char* SupportedCodes[] = {"de_DE",
+    "it_IT",
+    "ko_KR",
+    "es_ES",
+    "fr_FR",
+    "zh_TW",
+    "ar_YE",
+    "pt_BR",
+    "ja_JP",
+    "en_GB",
+    "ga_IE",
+    "zh_CN",
+    "fr_CA",
+    "en_US"};
 
 // The supported codes that replace a language in countries without a supported code of their own.
 struct Substitute {
@@ -18,8 +31,17 @@ struct Substitute {
 };
 
 constexpr Substitute Substitutes[] = {
-    {"ar", "ar_YE", "ar_YE"}, {"de", "de_DE", "de_DE"}, {"en", "en_US", "en_GB"}, {"es", "es_ES", "es_ES"}, {"fr", "fr_FR", "fr_FR"}, {"ga", "ga_IE", "ga_IE"},
-    {"it", "it_IT", "it_IT"}, {"ja", "ja_JP", "ja_JP"}, {"ko", "ko_KR", "ko_KR"}, {"pt", "pt_BR", "pt_BR"}, {"zh", "zh_CN", "zh_CN"},
+    {"ar", "ar_YE", "ar_YE"},
+    {"de", "de_DE", "de_DE"},
+    {"en", "en_US", "en_GB"},
+    {"es", "es_ES", "es_ES"},
+    {"fr", "fr_FR", "fr_FR"},
+    {"ga", "ga_IE", "ga_IE"},
+    {"it", "it_IT", "it_IT"},
+    {"ja", "ja_JP", "ja_JP"},
+    {"ko", "ko_KR", "ko_KR"},
+    {"pt", "pt_BR", "pt_BR"},
+    {"zh", "zh_CN", "zh_CN"},
 };
 
 // "de_DE" as language "de" and subtags {"DE"}: the language in small letters, the rest
@@ -28,7 +50,10 @@ struct Code {
     VString language;
     std::vector<VString> subtags;
 
-    bool Has(const char* subtag) const { return std::find(subtags.begin(), subtags.end(), VString(subtag)) != subtags.end(); }
+    bool Has(const char* subtag) const
+    {
+        return std::find(subtags.begin(), subtags.end(), VString(subtag)) != subtags.end();
+    }
 };
 
 Code ReadCode(const VString& isoString)
@@ -36,7 +61,8 @@ Code ReadCode(const VString& isoString)
     // Behind "." and "@" stand encodings and variants, as in "de_DE.UTF-8@euro".
     const VString plain = isoString.replace(u"-", u"_").split(u'.')[0].split(u'@')[0];
     Code code;
-    for (const VString& part : plain.split(u'_')) code.subtags.push_back(part.ToQString().toUpper());
+    for (const VString& part : plain.split(u'_'))
+        code.subtags.push_back(part.ToQString().toUpper());
     code.language = code.subtags[0].ToQString().toLower();
     code.subtags.erase(code.subtags.begin());
     return code;
@@ -44,20 +70,25 @@ Code ReadCode(const VString& isoString)
 
 bool IsTraditionalChinese(const Code& code)
 {
-    if (code.language != VString("zh") || code.Has("HANS")) return false;
+    if (code.language != VString("zh") || code.Has("HANS"))
+        return false;
     return code.Has("HANT") || code.Has("TW") || code.Has("HK") || code.Has("MO");
 }
 
 VString FindSupported(const Code& code)
 {
-    if (IsTraditionalChinese(code)) return "zh_TW";
+    if (IsTraditionalChinese(code))
+        return "zh_TW";
     for (const VString& subtag : code.subtags) {
         const VString candidate = code.language + "_" + subtag;
-        const bool supported = std::find(std::begin(SupportedCodes), std::end(SupportedCodes), candidate) != std::end(SupportedCodes);
-        if (supported && candidate != VString("zh_TW")) return candidate;
+        const bool supported =
+            std::find(std::begin(SupportedCodes), std::end(SupportedCodes), candidate) != std::end(SupportedCodes);
+        if (supported && candidate != VString("zh_TW"))
+            return candidate;
     }
     for (const Substitute& substitute : Substitutes) {
-        if (code.language == VString(substitute.language)) return code.subtags.empty() ? substitute.alone : substitute.elsewhere;
+        if (code.language == VString(substitute.language))
+            return code.subtags.empty() ? substitute.alone : substitute.elsewhere;
     }
     return GetDefaultISOString();
 }

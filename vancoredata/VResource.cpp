@@ -13,7 +13,8 @@ namespace {
 // another spelling.
 bool IsResourceName(const VString& name)
 {
-    if (name.startsWith(":")) return false;
+    if (name.startsWith(":"))
+        return false;
     const std::vector<VString> parts = name.replace(u"\\", u"/").split(u'/');
     const auto leadsElsewhere = [](const VString& part) { return part.IsEmpty() || part == "." || part == ".."; };
     return std::none_of(parts.begin(), parts.end(), leadsElsewhere);
@@ -22,7 +23,8 @@ bool IsResourceName(const VString& name)
 std::optional<VString> ReadResource(const VString& path)
 {
     QFile file(path.ToQString());
-    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
     const QByteArray bytes = file.readAll();
     return VString::fromUtf8(bytes.constData(), static_cast<std::size_t>(bytes.size()));
 }
@@ -50,7 +52,8 @@ void ResourceRegistrationCache::RemoveFolder(const VString& folder)
 {
     const std::lock_guard lock(m_mutex);
     const auto found = m_folders.find(folder);
-    if (found != m_folders.end()) m_folders.erase(found);
+    if (found != m_folders.end())
+        m_folders.erase(found);
 }
 
 void ResourceRegistrationCache::RegisterText(const VString& name, const VString& text)
@@ -67,13 +70,16 @@ void ResourceRegistrationCache::UnregisterText(const VString& name)
 
 ResourceRegistrationCache::Place ResourceRegistrationCache::Locate(const VString& name) const
 {
-    if (!IsResourceName(name)) return {};
+    if (!IsResourceName(name))
+        return {};
     const std::lock_guard lock(m_mutex);
     const auto text = m_texts.find(name);
-    if (text != m_texts.end()) return {text->second, VString()};
+    if (text != m_texts.end())
+        return {text->second, VString()};
     for (const VString& folder : m_folders) {
         const VString path = folder + "/" + name;
-        if (QFileInfo(path.ToQString()).isFile()) return {std::nullopt, path};
+        if (QFileInfo(path.ToQString()).isFile())
+            return {std::nullopt, path};
     }
     return {};
 }
@@ -87,8 +93,10 @@ bool ResourceRegistrationCache::Contains(const VString& name) const
 bool ResourceRegistrationCache::Find(const VString& name, VString* content) const
 {
     Place place = Locate(name);
-    if (!place.text && !place.path.IsEmpty()) place.text = ReadResource(place.path);
-    if (place.text) *content = *place.text;
+    if (!place.text && !place.path.IsEmpty())
+        place.text = ReadResource(place.path);
+    if (place.text)
+        *content = *place.text;
     return place.text.has_value();
 }
 

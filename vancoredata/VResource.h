@@ -49,8 +49,8 @@ private:
     Place Locate(const VString& name) const;
 
     mutable std::mutex m_mutex;
-    std::multiset<VString> m_folders;     // guarded by m_mutex
-    std::map<VString, VString> m_texts;   // guarded by m_mutex
+    std::multiset<VString> m_folders;    // guarded by m_mutex
+    std::map<VString, VString> m_texts;  // guarded by m_mutex
 };
 
 // A resource of the product, by the path that LookupResource gives.

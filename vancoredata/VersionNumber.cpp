@@ -11,9 +11,11 @@ int ReadPart(const VString& part)
 {
     std::int64_t value = 0;
     for (const char16_t unit : part) {
-        if (unit < u'0' || unit > u'9') return 0;
+        if (unit < u'0' || unit > u'9')
+            return 0;
         value = value * 10 + (unit - u'0');
-        if (value > std::numeric_limits<int>::max()) return 0;
+        if (value > std::numeric_limits<int>::max())
+            return 0;
     }
     return static_cast<int>(value);
 }
@@ -27,14 +29,17 @@ int PartAt(const std::vector<int>& parts, std::size_t position) noexcept
 
 VersionNumber::VersionNumber() : m_text(u"0.0.0") {}
 
-VersionNumber::VersionNumber(const VString& text, char16_t separator, char16_t suffixSeparator, int options) : m_text(text)
+VersionNumber::VersionNumber(const VString& text, char16_t separator, char16_t suffixSeparator, int options)
+    : m_text(text)
 {
     if (options != 0)
         ThrowLogicException("vancoredata\\VersionNumber", __LINE__, "options == 0", MakeLogicError(0xB7419C2E));
     const int suffix = text.indexOf(suffixSeparator);
-    for (const VString& part : text.mid(0, suffix).split(separator)) m_parts.push_back(ReadPart(part));
+    for (const VString& part : text.mid(0, suffix).split(separator))
+        m_parts.push_back(ReadPart(part));
     // Without zeros at the end, equal versions have equal parts.
-    while (!m_parts.empty() && m_parts.back() == 0) m_parts.pop_back();
+    while (!m_parts.empty() && m_parts.back() == 0)
+        m_parts.pop_back();
 }
 
 VString VersionNumber::GetMajorAndMinorAsString(char16_t separator) const

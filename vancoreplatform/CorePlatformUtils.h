@@ -8,7 +8,8 @@ namespace CorePlatformUtils {
 // is none.
 constexpr bool IsValidCharacter(char16_t unit) noexcept
 {
-    return unit == 0x09 || unit == 0x0A || unit == 0x0D || (unit >= 0x20 && unit <= 0xD7FF) || (unit >= 0xE000 && unit <= 0xFFFD);
+    return unit == 0x09 || unit == 0x0A || unit == 0x0D || (unit >= 0x20 && unit <= 0xD7FF) ||
+        (unit >= 0xE000 && unit <= 0xFFFD);
 }
 
 }  // namespace CorePlatformUtils

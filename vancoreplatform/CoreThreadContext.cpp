@@ -17,7 +17,7 @@ ObjectMap& ThreadObjects()
 
 struct ProcessObjects {
     std::mutex mutex;
-    ObjectMap objects;   // guarded by mutex
+    ObjectMap objects;  // guarded by mutex
 };
 
 ProcessObjects& GetProcessObjects()
@@ -30,8 +30,7 @@ ProcessObjects& GetProcessObjects()
 
 SessionCheck::SessionCheck(std::function<bool()> function)
     : m_function(std::make_shared<const std::function<bool()>>(std::move(function)))
-{
-}
+{}
 
 SessionCheck::SessionCheck(const SessionCheck& other) : m_function(other.Function()) {}
 
@@ -83,14 +82,15 @@ boost::any GetProcessObject(const VString& name, const std::function<boost::any(
     ProcessObjects& store = GetProcessObjects();
     const std::lock_guard lock(store.mutex);
     const auto found = store.objects.find(name);
-    if (found != store.objects.end()) return found->second;
+    if (found != store.objects.end())
+        return found->second;
     return store.objects.emplace(name, create()).first->second;
 }
 
 void RemoveProcessObject(const VString& name)
 {
     ProcessObjects& store = GetProcessObjects();
-    ObjectMap::node_type removed;   // destroyed without the lock
+    ObjectMap::node_type removed;  // destroyed without the lock
     const std::lock_guard lock(store.mutex);
     removed = store.objects.extract(name);
 }

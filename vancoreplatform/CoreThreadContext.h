@@ -30,7 +30,7 @@ private:
     std::shared_ptr<const std::function<bool()>> Function() const;
 
     mutable std::mutex m_mutex;
-    std::shared_ptr<const std::function<bool()>> m_function;   // guarded by m_mutex; never null
+    std::shared_ptr<const std::function<bool()>> m_function;  // guarded by m_mutex; never null
 };
 
 // Whether the calling thread works for a session. Answers false until the host sets another function.

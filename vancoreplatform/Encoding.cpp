@@ -20,14 +20,22 @@ struct Lead {
 
 constexpr Lead ReadLead(unsigned char byte) noexcept
 {
-    if (byte < 0x80) return {1};
-    if (byte < 0xC2) return {0};
-    if (byte < 0xE0) return {2};
-    if (byte == 0xE0) return {3, 0xA0, 0xBF};
-    if (byte == 0xED) return {3, 0x80, 0x9F};
-    if (byte < 0xF0) return {3};
-    if (byte == 0xF0) return {4, 0x90, 0xBF};
-    if (byte == 0xF4) return {4, 0x80, 0x8F};
+    if (byte < 0x80)
+        return {1};
+    if (byte < 0xC2)
+        return {0};
+    if (byte < 0xE0)
+        return {2};
+    if (byte == 0xE0)
+        return {3, 0xA0, 0xBF};
+    if (byte == 0xED)
+        return {3, 0x80, 0x9F};
+    if (byte < 0xF0)
+        return {3};
+    if (byte == 0xF0)
+        return {4, 0x90, 0xBF};
+    if (byte == 0xF4)
+        return {4, 0x80, 0x8F};
     return {byte < 0xF4 ? 4 : 0};
 }
 
@@ -37,10 +45,12 @@ int SequenceLength(const unsigned char* bytes, std::size_t available) noexcept
 {
     const Lead lead = ReadLead(bytes[0]);
     for (int i = 1; i < lead.length; ++i) {
-        if (static_cast<std::size_t>(i) == available) return Cut;
+        if (static_cast<std::size_t>(i) == available)
+            return Cut;
         const unsigned char min = i == 1 ? lead.secondMin : 0x80;
         const unsigned char max = i == 1 ? lead.secondMax : 0xBF;
-        if (bytes[i] < min || bytes[i] > max) return IllFormed;
+        if (bytes[i] < min || bytes[i] > max)
+            return IllFormed;
     }
     return lead.length;
 }
@@ -55,16 +65,23 @@ std::size_t SkipAscii(const unsigned char* bytes, std::size_t position, std::siz
     std::uint64_t words[4];
     while (length - position >= sizeof words) {
         std::memcpy(words, bytes + position, sizeof words);
-        if (((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080) != 0) break;
+        if (((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080) != 0)
+            break;
         position += sizeof words;
     }
     while (length - position >= sizeof words[0]) {
         std::memcpy(words, bytes + position, sizeof words[0]);
         const std::uint64_t high = words[0] & 0x8080808080808080;
-        if (high != 0) return position + static_cast<std::size_t>(std::endian::native == std::endian::little ? std::countr_zero(high) : std::countl_zero(high)) / 8;
+        if (high != 0) {
+            return position +
+                static_cast<std::size_t>(
+                    std::endian::native == std::endian::little ? std::countr_zero(high) : std::countl_zero(high)) /
+                8;
+        }
         position += sizeof words[0];
     }
-    while (position < length && bytes[position] < 0x80) ++position;
+    while (position < length && bytes[position] < 0x80)
+        ++position;
     return position;
 }
 
@@ -92,7 +109,8 @@ std::size_t FindInvalidUtf8(const char* bytes, std::size_t length) noexcept
             }
         }
         const int sequence = SequenceLength(data + position, length - position);
-        if (sequence <= 0) return position;
+        if (sequence <= 0)
+            return position;
         position += static_cast<std::size_t>(sequence);
     }
     return length;
@@ -101,10 +119,13 @@ std::size_t FindInvalidUtf8(const char* bytes, std::size_t length) noexcept
 Encoding DetectEncoding(const char* bytes, std::size_t length) noexcept
 {
     const std::string_view text(bytes, length);
-    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) return Encoding::Utf16;
-    if (text.find('\0') != std::string_view::npos) return Encoding::Unknown;
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
+        return Encoding::Utf16;
+    if (text.find('\0') != std::string_view::npos)
+        return Encoding::Unknown;
     const std::size_t invalid = FindInvalidUtf8(bytes, length);
-    if (invalid == length) return Encoding::Utf8;
+    if (invalid == length)
+        return Encoding::Utf8;
     const auto* rest = reinterpret_cast<const unsigned char*>(bytes) + invalid;
     return SequenceLength(rest, length - invalid) == Cut ? Encoding::Utf8 : Encoding::Unknown;
 }

@@ -26,7 +26,9 @@ constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";
 
 [[noreturn]] void ThrowBadByte(const VString& name, const VString& encoding, std::size_t offset)
 {
-    const VString reason = VFormatString("not valid %1, the first bad byte is at offset %2").arg(encoding).arg(static_cast<std::uint64_t>(offset));
+    const VString reason = VFormatString("not valid %1, the first bad byte is at offset %2")
+                               .arg(encoding)
+                               .arg(static_cast<std::uint64_t>(offset));
     ThrowReadError(name, reason);
 }
 
@@ -40,16 +42,20 @@ QString NativeName(const VPath& path)
 // Why the path cannot be a file that is read; nothing when it may be one.
 std::optional<VString> ReasonAgainst(const VPath& path)
 {
-    if (path.IsEmpty()) return VString("the file name is empty");
-    if (path.String().contains(u'\0')) return VString("the file name contains a NUL");
-    if (QFileInfo(NativeName(path)).isDir()) return VString("it is a directory");
+    if (path.IsEmpty())
+        return VString("the file name is empty");
+    if (path.String().contains(u'\0'))
+        return VString("the file name contains a NUL");
+    if (QFileInfo(NativeName(path)).isDir())
+        return VString("it is a directory");
     return std::nullopt;
 }
 
 unsigned ReadUnit(const unsigned char* bytes, std::size_t size, bool bigEndian) noexcept
 {
     unsigned value = 0;
-    for (std::size_t i = 0; i < size; ++i) value = value << 8 | bytes[bigEndian ? i : size - 1 - i];
+    for (std::size_t i = 0; i < size; ++i)
+        value = value << 8 | bytes[bigEndian ? i : size - 1 - i];
     return value;
 }
 
@@ -62,7 +68,8 @@ struct Input {
 VString DecodeUtf8(const Input& input, std::size_t start)
 {
     const std::size_t invalid = FindInvalidUtf8(input.bytes + start, input.length - start);
-    if (invalid != input.length - start) ThrowBadByte(input.name, "UTF-8", start + invalid);
+    if (invalid != input.length - start)
+        ThrowBadByte(input.name, "UTF-8", start + invalid);
     return VString::fromUtf8(input.bytes + start, input.length - start);
 }
 
@@ -71,16 +78,18 @@ VString DecodeUtf16(const Input& input, bool bigEndian)
     const auto* data = reinterpret_cast<const unsigned char*>(input.bytes);
     std::u16string units;
     units.reserve(input.length / 2);
-    std::size_t high = 0;   // where a high surrogate waits for its low one; 0 for none
+    std::size_t high = 0;  // where a high surrogate waits for its low one; 0 for none
     std::size_t position = 2;
     for (; input.length - position >= 2; position += 2) {
         const char16_t unit = static_cast<char16_t>(ReadUnit(data + position, 2, bigEndian));
         const bool isLow = (unit & 0xFC00) == 0xDC00;
-        if (isLow != (high != 0)) ThrowBadByte(input.name, "UTF-16", high != 0 ? high : position);
+        if (isLow != (high != 0))
+            ThrowBadByte(input.name, "UTF-16", high != 0 ? high : position);
         high = (unit & 0xFC00) == 0xD800 ? position : 0;
         units.push_back(unit);
     }
-    if (high != 0 || position != input.length) ThrowBadByte(input.name, "UTF-16", high != 0 ? high : position);
+    if (high != 0 || position != input.length)
+        ThrowBadByte(input.name, "UTF-16", high != 0 ? high : position);
     return VString(units.data(), units.size());
 }
 
@@ -92,11 +101,14 @@ VString DecodeUtf32(const Input& input, bool bigEndian)
     std::size_t position = 4;
     for (; input.length - position >= 4; position += 4) {
         const unsigned codePoint = ReadUnit(data + position, 4, bigEndian);
-        if (codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF)) ThrowBadByte(input.name, "UTF-32", position);
-        if (codePoint > 0xFFFF) units.push_back(static_cast<char16_t>(0xD7C0 + (codePoint >> 10)));
+        if (codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF))
+            ThrowBadByte(input.name, "UTF-32", position);
+        if (codePoint > 0xFFFF)
+            units.push_back(static_cast<char16_t>(0xD7C0 + (codePoint >> 10)));
         units.push_back(static_cast<char16_t>(codePoint > 0xFFFF ? 0xDC00 | (codePoint & 0x3FF) : codePoint));
     }
-    if (position != input.length) ThrowBadByte(input.name, "UTF-32", position);
+    if (position != input.length)
+        ThrowBadByte(input.name, "UTF-32", position);
     return VString(units.data(), units.size());
 }
 
@@ -105,11 +117,16 @@ std::optional<VString> DecodeByMark(const Input& input)
 {
     using namespace std::string_view_literals;
     const std::string_view text(input.bytes, input.length);
-    if (text.starts_with(Utf8Mark)) return DecodeUtf8(input, Utf8Mark.size());
-    if (text.starts_with("\0\0\xFE\xFF"sv)) return DecodeUtf32(input, true);
-    if (text.starts_with("\xFF\xFE\0\0"sv)) return DecodeUtf32(input, false);
-    if (text.starts_with("\xFE\xFF"sv)) return DecodeUtf16(input, true);
-    if (text.starts_with("\xFF\xFE"sv)) return DecodeUtf16(input, false);
+    if (text.starts_with(Utf8Mark))
+        return DecodeUtf8(input, Utf8Mark.size());
+    if (text.starts_with("\0\0\xFE\xFF"sv))
+        return DecodeUtf32(input, true);
+    if (text.starts_with("\xFF\xFE\0\0"sv))
+        return DecodeUtf32(input, false);
+    if (text.starts_with("\xFE\xFF"sv))
+        return DecodeUtf16(input, true);
+    if (text.starts_with("\xFF\xFE"sv))
+        return DecodeUtf16(input, false);
     return std::nullopt;
 }
 
@@ -127,7 +144,10 @@ QByteArray DeclaredEncoding(const Input& input)
 // Decodes the bytes piece by piece and stops at the first that do not fit.
 class CodecReader {
 public:
-    explicit CodecReader(const QTextCodec& codec) : m_codec(codec), m_state(QTextCodec::ConvertInvalidToNull | QTextCodec::IgnoreHeader) {}
+    explicit CodecReader(const QTextCodec& codec)
+        : m_codec(codec),
+          m_state(QTextCodec::ConvertInvalidToNull | QTextCodec::IgnoreHeader)
+    {}
 
     // False when the piece holds bytes that do not fit. Some codecs say so only by the
     // replacement character.
@@ -138,10 +158,7 @@ public:
     }
     // False when the bytes so far end inside a character: then it swallows or spoils a
     // line feed.
-    bool IsComplete()
-    {
-        return Read("\n", 1) && m_piece == QLatin1String("\n");
-    }
+    bool IsComplete() { return Read("\n", 1) && m_piece == QLatin1String("\n"); }
     const QString& Piece() const noexcept { return m_piece; }
 
 private:
@@ -158,11 +175,14 @@ std::size_t FindBadByte(const Input& input, const QTextCodec& codec, std::size_t
 {
     CodecReader reader(codec);
     const std::size_t start = piece == 0 ? 0 : piece - PieceBytes;
-    for (std::size_t position = 0; position < start; position += PieceBytes) reader.Read(input.bytes + position, PieceBytes);
-    std::size_t character = start;   // where the character that is being read began
+    for (std::size_t position = 0; position < start; position += PieceBytes)
+        reader.Read(input.bytes + position, PieceBytes);
+    std::size_t character = start;  // where the character that is being read began
     for (std::size_t position = start; position < input.length; ++position) {
-        if (!reader.Read(input.bytes + position, 1)) break;
-        if (!reader.Piece().isEmpty()) character = position + 1;
+        if (!reader.Read(input.bytes + position, 1))
+            break;
+        if (!reader.Piece().isEmpty())
+            character = position + 1;
     }
     return character;
 }
@@ -173,25 +193,30 @@ VString DecodeWithCodec(const Input& input, const QTextCodec& codec)
     CodecReader reader(codec);
     VString text;
     for (std::size_t position = 0; position < input.length; position += PieceBytes) {
-        if (!reader.Read(input.bytes + position, std::min(PieceBytes, input.length - position))) ThrowBadByte(input.name, encoding, FindBadByte(input, codec, position));
+        if (!reader.Read(input.bytes + position, std::min(PieceBytes, input.length - position)))
+            ThrowBadByte(input.name, encoding, FindBadByte(input, codec, position));
         text.append(VString(reader.Piece()));
     }
     const std::size_t lastPiece = (input.length - 1) / PieceBytes * PieceBytes;
-    if (!reader.IsComplete()) ThrowBadByte(input.name, encoding, FindBadByte(input, codec, lastPiece));
+    if (!reader.IsComplete())
+        ThrowBadByte(input.name, encoding, FindBadByte(input, codec, lastPiece));
     return text;
 }
 
 VString DecodeUnmarked(const Input& input, bool useXmlDeclaration)
 {
     const std::size_t invalid = FindInvalidUtf8(input.bytes, input.length);
-    if (invalid == input.length) return VString::fromUtf8(input.bytes, input.length);
+    if (invalid == input.length)
+        return VString::fromUtf8(input.bytes, input.length);
     const QByteArray declared = useXmlDeclaration ? DeclaredEncoding(input) : QByteArray();
     const QTextCodec* codec = declared.isEmpty() ? nullptr : QTextCodec::codecForName(declared);
     // A declaration that was read as ASCII cannot be right about an encoding in which it
     // would read otherwise, as UTF-16.
     constexpr std::string_view opening = "<?xml";
-    const bool fits = codec != nullptr && CodecReader(*codec).Read(opening.data(), opening.size()) && codec->toUnicode(opening.data(), static_cast<int>(opening.size())) == QLatin1String("<?xml");
-    if (!fits || codec->name() == "UTF-8") ThrowBadByte(input.name, "UTF-8", invalid);
+    const bool fits = codec != nullptr && CodecReader(*codec).Read(opening.data(), opening.size()) &&
+        codec->toUnicode(opening.data(), static_cast<int>(opening.size())) == QLatin1String("<?xml");
+    if (!fits || codec->name() == "UTF-8")
+        ThrowBadByte(input.name, "UTF-8", invalid);
     return DecodeWithCodec(input, *codec);
 }
 
@@ -204,8 +229,10 @@ VFile::~VFile() = default;
 void VFile::OpenForReading()
 {
     m_file.close();
-    if (const std::optional<VString> reason = ReasonAgainst(m_path)) ThrowReadError(m_path.String(), *reason);
-    if (!m_file.open(QIODevice::ReadOnly)) ThrowReadError(m_path.String(), m_file.errorString());
+    if (const std::optional<VString> reason = ReasonAgainst(m_path))
+        ThrowReadError(m_path.String(), *reason);
+    if (!m_file.open(QIODevice::ReadOnly))
+        ThrowReadError(m_path.String(), m_file.errorString());
 }
 
 std::size_t VFile::Read(char* buffer, std::size_t count)
@@ -214,8 +241,10 @@ std::size_t VFile::Read(char* buffer, std::size_t count)
     while (done < count) {
         const std::size_t most = std::min<std::size_t>(count - done, std::numeric_limits<int>::max());
         const qint64 read = m_file.read(buffer + done, static_cast<qint64>(most));
-        if (read < 0) ThrowReadError(m_path.String(), m_file.errorString());
-        if (read == 0) break;
+        if (read < 0)
+            ThrowReadError(m_path.String(), m_file.errorString());
+        if (read == 0)
+            break;
         done += static_cast<std::size_t>(read);
     }
     return done;
@@ -224,7 +253,8 @@ std::size_t VFile::Read(char* buffer, std::size_t count)
 void VFile::Seek(unsigned long long offset)
 {
     const bool inRange = offset <= static_cast<unsigned long long>(std::numeric_limits<qint64>::max());
-    if (!inRange || !m_file.seek(static_cast<qint64>(offset))) ThrowReadError(m_path.String(), "cannot move to the position");
+    if (!inRange || !m_file.seek(static_cast<qint64>(offset)))
+        ThrowReadError(m_path.String(), "cannot move to the position");
 }
 
 unsigned long long VFile::Size() const
@@ -253,7 +283,8 @@ std::string ReadAll(const VString& fileName)
             bytes.resize(done);
             return bytes;
         }
-        if (done > mostBytes) ThrowReadError(fileName, "the text is too long");
+        if (done > mostBytes)
+            ThrowReadError(fileName, "the text is too long");
     }
 }
 
@@ -268,7 +299,8 @@ VString VFile::LoadTextFile(const VString& fileName, bool useXmlDeclaration)
 std::string VFile::LoadTextFileAsUtf8(const VString& fileName, bool useXmlDeclaration)
 {
     std::string bytes = ReadAll(fileName);
-    if (!bytes.starts_with(Utf8Mark) && FindInvalidUtf8(bytes.data(), bytes.size()) == bytes.size()) return bytes;
+    if (!bytes.starts_with(Utf8Mark) && FindInvalidUtf8(bytes.data(), bytes.size()) == bytes.size())
+        return bytes;
     return DecodeText(bytes.data(), bytes.size(), fileName, useXmlDeclaration).toStdString();
 }
 
@@ -276,7 +308,8 @@ VString VFile::DecodeText(const char* bytes, std::size_t length, const VString& 
 {
     const Input input{bytes, length, name};
     try {
-        if (std::optional<VString> text = DecodeByMark(input)) return *text;
+        if (std::optional<VString> text = DecodeByMark(input))
+            return *text;
         return DecodeUnmarked(input, useXmlDeclaration);
     } catch (const std::length_error&) {
         ThrowReadError(name, "the text is too long");
@@ -285,9 +318,11 @@ VString VFile::DecodeText(const char* bytes, std::size_t length, const VString& 
 
 unsigned long long GetFileSize(const VPath& path)
 {
-    if (const std::optional<VString> reason = ReasonAgainst(path)) ThrowReadError(path.String(), *reason);
+    if (const std::optional<VString> reason = ReasonAgainst(path))
+        ThrowReadError(path.String(), *reason);
     const QFileInfo info(NativeName(path));
-    if (info.exists()) return static_cast<unsigned long long>(info.size());
+    if (info.exists())
+        return static_cast<unsigned long long>(info.size());
     // Qt does not tell why it sees no file. An attempt to open it does.
     VFile file(path);
     file.OpenForReading();

@@ -32,9 +32,11 @@ VString VFormatString::ToString() const
     VString result;
     std::size_t copied = 0;
     for (std::size_t i = 0; i + 1 < format.size(); ++i) {
-        if (format[i] != u'%' || format[i + 1] < u'1' || format[i + 1] > u'9') continue;
+        if (format[i] != u'%' || format[i + 1] < u'1' || format[i + 1] > u'9')
+            continue;
         const std::size_t argument = static_cast<std::size_t>(format[i + 1] - u'1');
-        if (argument >= m_arguments.size()) continue;
+        if (argument >= m_arguments.size())
+            continue;
         result.append(format.data() + copied, i - copied).append(m_arguments[argument]);
         copied = i + 2;
         ++i;

@@ -14,7 +14,8 @@ Q_LOGGING_CATEGORY(Category, "vancorexml", QtInfoMsg)
 
 struct Captures {
     std::mutex mutex;
-    std::vector<std::pair<const VLog::Capture*, const std::function<void(const VLog::Record&)>*>> stack;   // guarded by mutex
+    std::vector<std::pair<const VLog::Capture*, const std::function<void(const VLog::Record&)>*>>
+        stack;  // guarded by mutex
 };
 
 Captures& GetCaptures()
@@ -27,16 +28,19 @@ bool PassToCapture(const VLog::Record& record)
 {
     Captures& captures = GetCaptures();
     const std::lock_guard lock(captures.mutex);
-    if (captures.stack.empty()) return false;
+    if (captures.stack.empty())
+        return false;
     const auto& sink = *captures.stack.back().second;
-    if (sink) sink(record);
+    if (sink)
+        sink(record);
     return true;
 }
 
 void PassToQt(const VLog::Record& record)
 {
     QString text = record.message.ToQString();
-    if (!record.key.IsEmpty()) text += QLatin1String(" [") + record.key.ToQString() + QLatin1Char(']');
+    if (!record.key.IsEmpty())
+        text += QLatin1String(" [") + record.key.ToQString() + QLatin1Char(']');
     switch (record.severity) {
     case VLog::Debug: qCDebug(Category).noquote() << text; break;
     case VLog::Info: qCInfo(Category).noquote() << text; break;
@@ -60,7 +64,8 @@ Capture::~Capture()
 {
     Captures& captures = GetCaptures();
     const std::lock_guard lock(captures.mutex);
-    const auto mine = std::find_if(captures.stack.begin(), captures.stack.end(), [this](const auto& entry) { return entry.first == this; });
+    const auto mine = std::find_if(
+        captures.stack.begin(), captures.stack.end(), [this](const auto& entry) { return entry.first == this; });
     captures.stack.erase(mine);
 }
 
@@ -68,7 +73,8 @@ Capture::~Capture()
 
 void LogMessage(const VLog::Record& record)
 {
-    if (!PassToCapture(record)) PassToQt(record);
+    if (!PassToCapture(record))
+        PassToQt(record);
 }
 
 void LogMessage(VLog::Severity severity, const VString& message)

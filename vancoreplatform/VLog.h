@@ -15,8 +15,8 @@ enum Severity { Debug, Info, Warn, Error };
 struct Record {
     Severity severity = Info;
     VString message;
-    VString key;              // empty without an identity
-    std::uint32_t code = 0;   // of the identity
+    VString key;             // empty without an identity
+    std::uint32_t code = 0;  // of the identity
     int errorSource = 0;
     int statusCode = 0;
 };

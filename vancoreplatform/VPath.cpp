@@ -40,8 +40,10 @@ std::size_t UncRootEnd(std::u16string_view text) noexcept
 // How many code units the root takes; 0 when the path has none.
 std::size_t RootEnd(std::u16string_view text) noexcept
 {
-    if (text.size() >= 2 && IsDriveLetter(text[0]) && text[1] == u':') return text.size() > 2 && IsSeparator(text[2]) ? 3 : 2;
-    if (text.empty() || !IsSeparator(text[0])) return 0;
+    if (text.size() >= 2 && IsDriveLetter(text[0]) && text[1] == u':')
+        return text.size() > 2 && IsSeparator(text[2]) ? 3 : 2;
+    if (text.empty() || !IsSeparator(text[0]))
+        return 0;
     const bool unc = text.size() > 2 && IsSeparator(text[1]) && !IsSeparator(text[2]);
     return unc ? UncRootEnd(text) : 1;
 }
@@ -60,7 +62,8 @@ Parts Split(std::u16string_view text)
         // "//" before a server tells a UNC root from a plain one; further down, runs of
         // separators count as one.
         const bool repeated = i > 1 && IsSeparator(text[i]) && IsSeparator(text[i - 1]);
-        if (!repeated) parts.root.push_back(IsSeparator(text[i]) ? u'/' : text[i]);
+        if (!repeated)
+            parts.root.push_back(IsSeparator(text[i]) ? u'/' : text[i]);
     }
     for (std::size_t begin = SkipSeparators(text, rootEnd); begin < text.size();) {
         const std::size_t end = SkipElement(text, begin);
@@ -74,7 +77,8 @@ Parts Split(std::u16string_view text)
 std::u16string_view DropTrailingSeparators(std::u16string_view text, std::size_t rootEnd) noexcept
 {
     std::size_t end = text.size();
-    while (end > rootEnd && IsSeparator(text[end - 1])) --end;
+    while (end > rootEnd && IsSeparator(text[end - 1]))
+        --end;
     return text.substr(0, end);
 }
 
@@ -82,7 +86,8 @@ std::u16string_view DropTrailingSeparators(std::u16string_view text, std::size_t
 char16_t ChooseSeparator(std::u16string_view left, std::u16string_view right) noexcept
 {
     const std::size_t inLeft = left.find_last_of(Separators);
-    if (inLeft != std::u16string_view::npos) return left[inLeft];
+    if (inLeft != std::u16string_view::npos)
+        return left[inLeft];
     const std::size_t inRight = right.find_first_of(Separators);
     return inRight != std::u16string_view::npos ? right[inRight] : u'/';
 }
@@ -110,23 +115,28 @@ void VPath::RemoveFilename()
     const std::size_t rootEnd = RootEnd(text);
     const std::u16string_view trimmed = DropTrailingSeparators(text, rootEnd);
     std::size_t end = trimmed.size();
-    while (end > rootEnd && !IsSeparator(trimmed[end - 1])) --end;
+    while (end > rootEnd && !IsSeparator(trimmed[end - 1]))
+        --end;
     m_text = ToVString(DropTrailingSeparators(trimmed.substr(0, end), rootEnd));
 }
 
 VPath operator/(const VPath& left, const VPath& right)
 {
-    if (left.IsEmpty() || right.IsAbsolute()) return right;
-    if (right.IsEmpty()) return left;
+    if (left.IsEmpty() || right.IsAbsolute())
+        return right;
+    if (right.IsEmpty())
+        return left;
     const std::u16string_view leftText = left.m_text.View();
     VString text = ToVString(DropTrailingSeparators(leftText, RootEnd(leftText)));
-    if (!IsSeparator(text[text.length() - 1])) text += ChooseSeparator(leftText, right.m_text.View());
+    if (!IsSeparator(text[text.length() - 1]))
+        text += ChooseSeparator(leftText, right.m_text.View());
     return VPath(text + right.m_text);
 }
 
 bool operator==(const VPath& a, const VPath& b)
 {
-    if (a.m_text == b.m_text) return true;
+    if (a.m_text == b.m_text)
+        return true;
     const Parts left = Split(a.m_text.View());
     const Parts right = Split(b.m_text.View());
     return left.root == right.root && left.elements == right.elements;

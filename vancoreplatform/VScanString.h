@@ -13,7 +13,8 @@
 class VScanString {
 public:
     explicit VScanString(const VString& text) noexcept : VScanString(text.View()) {}
-    explicit VScanString(std::u16string_view text) noexcept : m_position(text.data()), m_end(text.data() + text.size()) {}
+    explicit VScanString(std::u16string_view text) noexcept : m_position(text.data()), m_end(text.data() + text.size())
+    {}
 
     // Moves past white space as VCType::isSpace has it. Linear in what it skips.
     void skipWhitespace() noexcept
@@ -21,7 +22,9 @@ public:
         while (m_position != m_end && VCType::isSpace(*m_position)) {
             ++m_position;
             // An indent is blanks, four at once.
-            while (static_cast<std::size_t>(m_end - m_position) >= 4 && std::memcmp(m_position, u"    ", 4 * sizeof(char16_t)) == 0) m_position += 4;
+            while (static_cast<std::size_t>(m_end - m_position) >= 4 &&
+                std::memcmp(m_position, u"    ", 4 * sizeof(char16_t)) == 0)
+                m_position += 4;
         }
     }
     bool IsAtEnd() const noexcept { return m_position == m_end; }

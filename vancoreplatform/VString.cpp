@@ -19,7 +19,8 @@ constexpr char16_t ReplacementCharacter = 0xFFFD;
 // Qt counts in int without a check, so nothing that grows may reach it unchecked.
 void CheckGrowth(std::size_t length, std::size_t added)
 {
-    if (added > MaxUnits || length > MaxUnits - added) throw std::length_error("VString: the text is too long");
+    if (added > MaxUnits || length > MaxUnits - added)
+        throw std::length_error("VString: the text is too long");
 }
 
 const QChar* AsQChars(const char16_t* text) noexcept
@@ -52,17 +53,20 @@ using UnitBlock = std::array<char16_t, AsciiBlock>;
 // False also when less than a block is left.
 bool TakeAsciiBlock(std::u16string_view text, std::size_t position, UnitBlock& block) noexcept
 {
-    if (text.size() - position < AsciiBlock) return false;
+    if (text.size() - position < AsciiBlock)
+        return false;
     std::memcpy(block.data(), text.data() + position, sizeof block);
     char16_t all = 0;
-    for (const char16_t unit : block) all |= unit;
+    for (const char16_t unit : block)
+        all |= unit;
     return all < 0x80;
 }
 
 void WriteAsciiBlock(char* out, const UnitBlock& block) noexcept
 {
     std::array<char, AsciiBlock> bytes;
-    for (std::size_t i = 0; i < AsciiBlock; ++i) bytes[i] = static_cast<char>(block[i]);
+    for (std::size_t i = 0; i < AsciiBlock; ++i)
+        bytes[i] = static_cast<char>(block[i]);
     std::memcpy(out, bytes.data(), AsciiBlock);
 }
 
@@ -70,16 +74,20 @@ void WriteAsciiBlock(char* out, const UnitBlock& block) noexcept
 inline char32_t NextCodePoint(std::u16string_view text, std::size_t& position) noexcept
 {
     const char16_t unit = text[position++];
-    if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) return unit;
-    if (IsLowSurrogate(unit) || position == text.size() || !IsLowSurrogate(text[position])) return ReplacementCharacter;
+    if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit))
+        return unit;
+    if (IsLowSurrogate(unit) || position == text.size() || !IsLowSurrogate(text[position]))
+        return ReplacementCharacter;
     const char16_t low = text[position++];
     return 0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) + (static_cast<char32_t>(low) - 0xDC00);
 }
 
 constexpr std::size_t Utf8Length(char32_t codePoint) noexcept
 {
-    if (codePoint < 0x80) return 1;
-    if (codePoint < 0x800) return 2;
+    if (codePoint < 0x80)
+        return 1;
+    if (codePoint < 0x800)
+        return 2;
     return codePoint < 0x10000 ? 3 : 4;
 }
 
@@ -114,7 +122,8 @@ std::size_t CountUtf8(std::u16string_view text) noexcept
             bytes += AsciiBlock;
         } else {
             const std::size_t end = std::min(position + AsciiBlock, text.size());
-            while (position < end) bytes += Utf8Length(NextCodePoint(text, position));
+            while (position < end)
+                bytes += Utf8Length(NextCodePoint(text, position));
         }
     }
     return bytes;
@@ -125,22 +134,26 @@ std::size_t CountMarks(const char* utf8, std::size_t length) noexcept
 {
     constexpr std::string_view mark = "\xEF\xBB\xBF";
     std::size_t count = 0;
-    while (std::string_view(utf8, length).substr(count * mark.size()).starts_with(mark)) ++count;
+    while (std::string_view(utf8, length).substr(count * mark.size()).starts_with(mark))
+        ++count;
     return count;
 }
 
 // At least one code unit comes of each.
 std::size_t CountCharacters(const char* utf8, std::size_t length) noexcept
 {
-    return static_cast<std::size_t>(std::count_if(utf8, utf8 + length, [](char byte) { return (byte & 0xC0) != 0x80; }));
+    return static_cast<std::size_t>(
+        std::count_if(utf8, utf8 + length, [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
 // The end of a piece of about `limit` bytes that cuts no sequence.
 std::size_t CutUtf8(const char* utf8, std::size_t begin, std::size_t length, std::size_t limit) noexcept
 {
-    if (length - begin <= limit) return length;
+    if (length - begin <= limit)
+        return length;
     std::size_t end = begin + limit;
-    for (int back = 0; back < 3 && (utf8[end] & 0xC0) == 0x80; ++back) --end;
+    for (int back = 0; back < 3 && (utf8[end] & 0xC0) == 0x80; ++back)
+        --end;
     return end;
 }
 
@@ -148,20 +161,24 @@ std::size_t CutUtf8(const char* utf8, std::size_t begin, std::size_t length, std
 
 VString::VString(const char* utf8)
 {
-    if (utf8 != nullptr) *this = fromUtf8(utf8, std::char_traits<char>::length(utf8));
+    if (utf8 != nullptr)
+        *this = fromUtf8(utf8, std::char_traits<char>::length(utf8));
 }
 
 VString::VString(const char16_t* text)
 {
-    if (text != nullptr) m_text = ::ToQString(text, std::char_traits<char16_t>::length(text));
+    if (text != nullptr)
+        m_text = ::ToQString(text, std::char_traits<char16_t>::length(text));
 }
 
 VString::VString(const char16_t* text, std::size_t length) : m_text(::ToQString(text, length)) {}
 
 VString VString::fromUtf8(const char* utf8, std::size_t length)
 {
-    if (length <= MaxUnits && CountMarks(utf8, length) == 0) return QString::fromUtf8(utf8, static_cast<int>(length));
-    if (length > MaxUnits) CheckGrowth(0, CountCharacters(utf8, length));
+    if (length <= MaxUnits && CountMarks(utf8, length) == 0)
+        return QString::fromUtf8(utf8, static_cast<int>(length));
+    if (length > MaxUnits)
+        CheckGrowth(0, CountCharacters(utf8, length));
     VString result;
     // Pieces, because Qt counts bytes in int and drops a mark at the start of each.
     constexpr std::size_t pieceBytes = 0x100000;
@@ -207,7 +224,8 @@ VString VString::number(double value, int precision)
     // No double has more significant digits than this.
     constexpr int mostDigits = 767;
     char buffer[mostDigits + 32];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, std::min(precision, mostDigits));
+    const auto result = std::to_chars(
+        buffer, buffer + sizeof buffer, value, std::chars_format::general, std::min(precision, mostDigits));
     return QString::fromLatin1(buffer, static_cast<int>(result.ptr - buffer));
 }
 
@@ -215,7 +233,8 @@ VString VString::join(const std::vector<VString>& parts, const VString& separato
 {
     VString result;
     for (std::size_t i = 0; i < parts.size(); ++i) {
-        if (i > 0) result.append(separator);
+        if (i > 0)
+            result.append(separator);
         result.append(parts[i]);
     }
     return result;
@@ -239,7 +258,8 @@ std::string VString::toStdString() const
             out += AsciiBlock;
         } else {
             const std::size_t end = std::min(position + AsciiBlock, text.size());
-            while (position < end) out = WriteUtf8(out, NextCodePoint(text, position));
+            while (position < end)
+                out = WriteUtf8(out, NextCodePoint(text, position));
         }
         if (out > full) {
             result.append(buffer, static_cast<std::size_t>(out - buffer));
@@ -270,7 +290,8 @@ VString& VString::append(const char16_t* text, std::size_t length)
     const std::less<const char16_t*> before;
     const bool ownText = !before(text, begin()) && before(text, end());
     // Growing may move the buffer away from under a piece of itself.
-    if (ownText) return append(VString(text, length));
+    if (ownText)
+        return append(VString(text, length));
     m_text.append(AsQChars(text), static_cast<int>(length));
     return *this;
 }
@@ -278,7 +299,8 @@ VString& VString::append(const char16_t* text, std::size_t length)
 VString VString::replace(const VString& before, const VString& after) const
 {
     int found = before.IsEmpty() ? -1 : indexOf(before);
-    if (found < 0) return *this;
+    if (found < 0)
+        return *this;
     VString result;
     int done = 0;
     while (found >= 0) {
@@ -311,7 +333,8 @@ VString VString::trimmed() const
 {
     const VString text = trimLeft();
     int length = text.length();
-    while (length > 0 && VCType::isSpace(text[length - 1])) --length;
+    while (length > 0 && VCType::isSpace(text[length - 1]))
+        --length;
     return text.left(length);
 }
 

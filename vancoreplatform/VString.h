@@ -72,7 +72,10 @@ public:
     const_iterator begin() const noexcept { return utf16(); }
     const_iterator end() const noexcept { return utf16() + m_text.size(); }
     // True when both strings are one shared buffer, so equal without a look at the text.
-    bool IsSharedWith(const VString& other) const noexcept { return m_text.constData() == other.m_text.constData() && length() == other.length(); }
+    bool IsSharedWith(const VString& other) const noexcept
+    {
+        return m_text.constData() == other.m_text.constData() && length() == other.length();
+    }
 
     VString& operator+=(const VString& other) { return append(other); }
     VString& operator+=(char16_t unit);
@@ -109,7 +112,10 @@ public:
     double toDouble(bool* ok = nullptr) const;
     int toInt(bool* ok = nullptr, int base = 10) const;
 
-    friend bool operator==(const VString& a, const VString& b) noexcept { return a.IsSharedWith(b) || a.View() == b.View(); }
+    friend bool operator==(const VString& a, const VString& b) noexcept
+    {
+        return a.IsSharedWith(b) || a.View() == b.View();
+    }
     friend bool operator!=(const VString& a, const VString& b) noexcept { return !(a == b); }
     // By code units, not by code points or by language.
     friend bool operator<(const VString& a, const VString& b) noexcept { return a.View() < b.View(); }

@@ -14,9 +14,11 @@ public:
     template <typename Function>
     void operator()(Function&& initialise)
     {
-        if (m_done.load(std::memory_order_acquire)) return;
+        if (m_done.load(std::memory_order_acquire))
+            return;
         const std::lock_guard lock(m_mutex);
-        if (m_done.load(std::memory_order_relaxed)) return;
+        if (m_done.load(std::memory_order_relaxed))
+            return;
         std::forward<Function>(initialise)();
         m_done.store(true, std::memory_order_release);
     }

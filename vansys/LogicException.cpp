@@ -1,6 +1,10 @@
 #include "vansys/LogicException.h"
 
-LogicException::LogicException(const VString& file, int line, const VString& expression, const VError::ErrorInfo& info) : VantoraException(expression, info), m_file(file), m_line(line) {}
+LogicException::LogicException(const VString& file, int line, const VString& expression, const VError::ErrorInfo& info)
+    : VantoraException(expression, info),
+      m_file(file),
+      m_line(line)
+{}
 
 LogicException::LogicException(const LogicException& other) = default;
 
@@ -20,13 +24,15 @@ void LogicException::Throw() const
 
 void ThrowLogicException(const VString& file, int line, const VString& expression, const VantoraError::ErrorCode& error)
 {
-    throw LogicException(file, line, expression, VError::ErrorInfo(error, VError::ErrorSource::Product, VError::StatusCode::Internal));
+    throw LogicException(
+        file, line, expression, VError::ErrorInfo(error, VError::ErrorSource::Product, VError::StatusCode::Internal));
 }
 
 VantoraError::ErrorCode MakeLogicError(std::uint32_t code)
 {
     constexpr char16_t digits[] = u"0123456789ABCDEF";
     VString key = "LogicException_LogicAssert_0x";
-    for (int shift = 28; shift >= 0; shift -= 4) key += digits[(code >> shift) & 0xF];
+    for (int shift = 28; shift >= 0; shift -= 4)
+        key += digits[(code >> shift) & 0xF];
     return VantoraError::MakeError(code, key);
 }

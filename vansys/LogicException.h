@@ -31,7 +31,8 @@ private:
 };
 
 // Throws LogicException.
-[[noreturn]] VANSYS_API void ThrowLogicException(const VString& file, int line, const VString& expression, const VantoraError::ErrorCode& error);
+[[noreturn]] VANSYS_API void ThrowLogicException(
+    const VString& file, int line, const VString& expression, const VantoraError::ErrorCode& error);
 
 // The error of a logic assertion: the code and the key "LogicException_LogicAssert_0x"
 // with the code in eight upper-case hexadecimal digits.

@@ -35,22 +35,32 @@ MemoryScope::Entry* MemoryScope::Entry::Innermost() noexcept
     return entry;
 }
 
-MemoryScope::MemoryScope(const char* name) : m_thread(std::this_thread::get_id()), m_entry(new Entry{name, Entry::Innermost()})
+MemoryScope::MemoryScope(const char* name)
+    : m_thread(std::this_thread::get_id()),
+      m_entry(new Entry{name, Entry::Innermost()})
 {
     t_innermost = m_entry;
 }
 
 MemoryScope::~MemoryScope()
 {
-    if (m_entry == nullptr) return;
+    if (m_entry == nullptr)
+        return;
     m_entry->closed.store(true, std::memory_order_release);
-    if (m_thread == std::this_thread::get_id()) Entry::Innermost();
+    if (m_thread == std::this_thread::get_id())
+        Entry::Innermost();
 }
 
 void MemoryScope::Close()
 {
-    if (m_entry == nullptr) return;
-    if (m_thread != std::this_thread::get_id()) ThrowLogicException("vansys\\MemoryScope", __LINE__, "MemoryScope can only be used on single thread", MakeLogicError(0x3C6E9D12));
+    if (m_entry == nullptr)
+        return;
+    if (m_thread != std::this_thread::get_id()) {
+        ThrowLogicException("vansys\\MemoryScope",
+            __LINE__,
+            "MemoryScope can only be used on single thread",
+            MakeLogicError(0x3C6E9D12));
+    }
     m_entry->closed.store(true, std::memory_order_release);
     m_entry = nullptr;
     Entry::Innermost();

@@ -27,5 +27,5 @@ private:
     struct Entry;
 
     std::thread::id m_thread;
-    Entry* m_entry;   // of the opening thread's list; null once closed
+    Entry* m_entry;  // of the opening thread's list; null once closed
 };

@@ -23,7 +23,8 @@ public:
         SipHash state(key);
         const auto* data = static_cast<const unsigned char*>(bytes);
         const std::size_t whole = length / 8 * 8;
-        for (std::size_t position = 0; position < whole; position += 8) state.Compress(Load(data + position, 8));
+        for (std::size_t position = 0; position < whole; position += 8)
+            state.Compress(Load(data + position, 8));
         state.Compress(Load(data + whole, length - whole) | static_cast<std::uint64_t>(length) << 56);
         return state.Finish();
     }
@@ -34,17 +35,19 @@ private:
           m_v1(key.high ^ 0x646F72616E646F6D),
           m_v2(key.low ^ 0x6C7967656E657261),
           m_v3(key.high ^ 0x7465646279746573)
-    {
-    }
+    {}
 
     // Up to eight bytes, the first lowest.
     static std::uint64_t Load(const unsigned char* bytes, std::size_t count) noexcept
     {
         std::uint64_t word = 0;
         if constexpr (std::endian::native == std::endian::little) {
-            if (count > 0) std::memcpy(&word, bytes, count);
+            if (count > 0) {
+                std::memcpy(&word, bytes, count);
+            }
         } else {
-            for (std::size_t i = 0; i < count; ++i) word |= static_cast<std::uint64_t>(bytes[i]) << (8 * i);
+            for (std::size_t i = 0; i < count; ++i)
+                word |= static_cast<std::uint64_t>(bytes[i]) << (8 * i);
         }
         return word;
     }
@@ -66,14 +69,16 @@ private:
     void Compress(std::uint64_t word) noexcept
     {
         m_v3 ^= word;
-        for (int i = 0; i < CompressionRounds; ++i) Round();
+        for (int i = 0; i < CompressionRounds; ++i)
+            Round();
         m_v0 ^= word;
     }
 
     std::uint64_t Finish() noexcept
     {
         m_v2 ^= 0xFF;
-        for (int i = 0; i < FinalRounds; ++i) Round();
+        for (int i = 0; i < FinalRounds; ++i)
+            Round();
         return m_v0 ^ m_v1 ^ m_v2 ^ m_v3;
     }
 

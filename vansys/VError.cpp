@@ -13,11 +13,16 @@ namespace VError {
 
 const ErrorInfo ErrorInfo::NoError;
 
-ErrorInfo::ErrorInfo(const VantoraError::ErrorCode& error, ErrorSource source, StatusCode status) : m_error(error), m_source(source), m_status(status) {}
+ErrorInfo::ErrorInfo(const VantoraError::ErrorCode& error, ErrorSource source, StatusCode status)
+    : m_error(error),
+      m_source(source),
+      m_status(status)
+{}
 
 bool operator==(const ErrorInfo& a, const ErrorInfo& b)
 {
-    return a.m_error.code == b.m_error.code && a.m_error.key == b.m_error.key && a.m_source == b.m_source && a.m_status == b.m_status;
+    return a.m_error.code == b.m_error.code && a.m_error.key == b.m_error.key && a.m_source == b.m_source &&
+        a.m_status == b.m_status;
 }
 
 }  // namespace VError

@@ -31,7 +31,9 @@ enum class StatusCode : int { Ok = 0, Cancelled = 1, Unknown = 2, InvalidArgumen
 class VANSYS_API ErrorInfo {
 public:
     ErrorInfo() = default;
-    explicit ErrorInfo(const VantoraError::ErrorCode& error, ErrorSource source = ErrorSource::Unspecified, StatusCode status = StatusCode::Unknown);
+    explicit ErrorInfo(const VantoraError::ErrorCode& error,
+        ErrorSource source = ErrorSource::Unspecified,
+        StatusCode status = StatusCode::Unknown);
 
     // For messages that have no identity of their own: code 0, empty key.
     static const ErrorInfo NoError;

@@ -28,7 +28,8 @@ constexpr std::uint32_t Mix(std::uint32_t hash) noexcept
 std::uint32_t VHash32(const VString& text, std::uint32_t seed) noexcept
 {
     std::uint32_t hash = seed;
-    for (const char16_t unit : text) hash = std::rotl(hash ^ unit * 0xCC9E2D51, 13) * 5 + 0xE6546B64;
+    for (const char16_t unit : text)
+        hash = std::rotl(hash ^ unit * 0xCC9E2D51, 13) * 5 + 0xE6546B64;
     return Mix(hash ^ static_cast<std::uint32_t>(text.length()));
 }
 

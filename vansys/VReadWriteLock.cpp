@@ -19,7 +19,7 @@ struct Holding {
 using HoldingMap = std::unordered_map<const VReadWriteLock*, Holding>;
 
 struct Place {
-    const VReadWriteLock* lock = nullptr;   // null when the place is free
+    const VReadWriteLock* lock = nullptr;  // null when the place is free
     Holding holding;
 };
 
@@ -27,7 +27,7 @@ struct Place {
 // There is no destructor on purpose: documents are also destroyed while the process ends, after the thread's objects.
 struct Holdings {
     Place places[4];
-    HoldingMap* more = nullptr;   // owned; deleted with the thread's last holding
+    HoldingMap* more = nullptr;  // owned; deleted with the thread's last holding
 };
 
 constinit thread_local Holdings t_holdings;
@@ -35,15 +35,18 @@ constinit thread_local Holdings t_holdings;
 Place* FindPlace(const VReadWriteLock* lock) noexcept
 {
     for (Place& place : t_holdings.places) {
-        if (place.lock == lock) return &place;
+        if (place.lock == lock)
+            return &place;
     }
     return nullptr;
 }
 
 Holding* FindHolding(const VReadWriteLock* lock) noexcept
 {
-    if (Place* const place = FindPlace(lock)) return &place->holding;
-    if (t_holdings.more == nullptr) return nullptr;
+    if (Place* const place = FindPlace(lock))
+        return &place->holding;
+    if (t_holdings.more == nullptr)
+        return nullptr;
     const auto found = t_holdings.more->find(lock);
     return found == t_holdings.more->end() ? nullptr : &found->second;
 }
@@ -61,7 +64,8 @@ void RemoveHolding(const VReadWriteLock* lock) noexcept
     } else {
         t_holdings.more->erase(lock);
     }
-    if (t_holdings.more == nullptr || !HoldsNothing()) return;
+    if (t_holdings.more == nullptr || !HoldsNothing())
+        return;
     delete t_holdings.more;
     t_holdings.more = nullptr;
 }
@@ -72,7 +76,8 @@ Holding& AddHolding(const VReadWriteLock* lock, bool exclusive)
         *place = Place{lock, {0, 0, exclusive}};
         return place->holding;
     }
-    if (t_holdings.more == nullptr) t_holdings.more = new HoldingMap;
+    if (t_holdings.more == nullptr)
+        t_holdings.more = new HoldingMap;
     return t_holdings.more->emplace(lock, Holding{0, 0, exclusive}).first->second;
 }
 
@@ -103,32 +108,41 @@ VReadWriteLock::~VReadWriteLock() = default;
 void VReadWriteLock::LockForRead()
 {
     Holding* holding = FindHolding(this);
-    if (holding == nullptr) holding = &TakeFirst(this, false, [this] { m_lock.lock_shared(); });
+    if (holding == nullptr)
+        holding = &TakeFirst(this, false, [this] { m_lock.lock_shared(); });
     ++holding->reads;
 }
 
 void VReadWriteLock::UnlockRead() noexcept
 {
     Holding* const holding = FindHolding(this);
-    if (holding == nullptr || holding->reads == 0) return;
+    if (holding == nullptr || holding->reads == 0)
+        return;
     --holding->reads;
-    if (holding->reads + holding->writes == 0) Unlock(holding->exclusive);
+    if (holding->reads + holding->writes == 0)
+        Unlock(holding->exclusive);
 }
 
 void VReadWriteLock::LockForWrite()
 {
     Holding* holding = FindHolding(this);
-    if (holding != nullptr && !holding->exclusive) ThrowLogicException("vansys\\VReadWriteLock", __LINE__, "no write lock under a read lock", MakeLogicError(0x5D1E7A60));
-    if (holding == nullptr) holding = &TakeFirst(this, true, [this] { m_lock.lock(); });
+    if (holding != nullptr && !holding->exclusive) {
+        ThrowLogicException(
+            "vansys\\VReadWriteLock", __LINE__, "no write lock under a read lock", MakeLogicError(0x5D1E7A60));
+    }
+    if (holding == nullptr)
+        holding = &TakeFirst(this, true, [this] { m_lock.lock(); });
     ++holding->writes;
 }
 
 void VReadWriteLock::UnlockWrite() noexcept
 {
     Holding* const holding = FindHolding(this);
-    if (holding == nullptr || holding->writes == 0) return;
+    if (holding == nullptr || holding->writes == 0)
+        return;
     --holding->writes;
-    if (holding->reads + holding->writes == 0) Unlock(holding->exclusive);
+    if (holding->reads + holding->writes == 0)
+        Unlock(holding->exclusive);
 }
 
 void VReadWriteLock::Unlock(bool exclusive) noexcept

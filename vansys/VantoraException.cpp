@@ -1,11 +1,14 @@
 #include "vansys/VantoraException.h"
 
-VantoraException::VantoraException(const VString& message, const VError::ErrorInfo& info) : VantoraException(message, info, message) {}
+VantoraException::VantoraException(const VString& message, const VError::ErrorInfo& info)
+    : VantoraException(message, info, message)
+{}
 
 VantoraException::VantoraException(const VString& message, const VError::ErrorInfo& info, const VString& description)
-    : m_message(message), m_info(info), m_utf8(description.toStdString())
-{
-}
+    : m_message(message),
+      m_info(info),
+      m_utf8(description.toStdString())
+{}
 
 VantoraException::VantoraException(const VantoraException& other) = default;
 

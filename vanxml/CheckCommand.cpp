@@ -19,20 +19,25 @@ namespace {
 class CheckQueue {
 public:
     CheckQueue(const std::vector<std::string>& files, const std::optional<SchemaReference>& schema, std::size_t jobs)
-        : m_files(files), m_schema(schema), m_results(files.size())
+        : m_files(files),
+          m_schema(schema),
+          m_results(files.size())
     {
         try {
-            for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i) m_threads.emplace_back([this] { Work(); });
+            for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i)
+                m_threads.emplace_back([this] { Work(); });
         } catch (const std::system_error&) {
             // The machine gives no more threads; those there are do all the work.
-            if (m_threads.empty()) Work();
+            if (m_threads.empty())
+                Work();
         }
     }
 
     ~CheckQueue()
     {
         m_next = m_files.size();
-        for (std::thread& thread : m_threads) thread.join();
+        for (std::thread& thread : m_threads)
+            thread.join();
     }
 
     // Waits until the document of that number was checked.
@@ -40,7 +45,8 @@ public:
     {
         std::unique_lock<std::mutex> lock(m_mutex);
         m_finished.wait(lock, [&] { return m_results[number] || m_failure; });
-        if (!m_results[number]) std::rethrow_exception(m_failure);
+        if (!m_results[number])
+            std::rethrow_exception(m_failure);
         CheckedDocument result = std::move(*m_results[number]);
         m_results[number].reset();
         return result;
@@ -51,7 +57,8 @@ private:
     {
         try {
             DocumentChecker checker(m_schema);
-            for (std::size_t number = m_next++; number < m_files.size(); number = m_next++) Finish(number, checker.Check(VString::fromStdString(m_files[number])));
+            for (std::size_t number = m_next++; number < m_files.size(); number = m_next++)
+                Finish(number, checker.Check(VString::fromStdString(m_files[number])));
         } catch (...) {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_failure = std::current_exception();
@@ -73,8 +80,8 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_finished;
-    std::vector<std::optional<CheckedDocument>> m_results;   // guarded by m_mutex
-    std::exception_ptr m_failure;                            // guarded by m_mutex
+    std::vector<std::optional<CheckedDocument>> m_results;  // guarded by m_mutex
+    std::exception_ptr m_failure;                           // guarded by m_mutex
 };
 
 std::string Counted(std::size_t count, const char* what)
@@ -85,7 +92,8 @@ std::string Counted(std::size_t count, const char* what)
 // "auto" leaves the choice to each document.
 std::optional<SchemaReference> WantedSchema(const std::string& name)
 {
-    if (name == "auto") return std::nullopt;
+    if (name == "auto")
+        return std::nullopt;
     return name == "none" ? SchemaReference() : FindSchema(VString::fromStdString(name));
 }
 
@@ -95,10 +103,20 @@ void CheckCommand::AddTo(CLI::App& application)
 {
     CLI::App* command = application.add_subcommand("check", "Parse documents and print their errors");
     command->add_option("FILE", m_files, "The documents; - is standard input")->required();
-    command->add_option("--schema", m_schema, "Check against a schema: none; auto, by each document's type and version; the name of one that comes with the library; or a file")->capture_default_str()->type_name("auto|none|NAME|FILE.xsd");
-    command->add_option("--jobs", m_jobs, "How many documents to check at a time; as many as the machine has cores when not given")->check(CLI::Range(1u, 1024u))->type_name("N");
+    command
+        ->add_option("--schema",
+            m_schema,
+            "Check against a schema: none; auto, by each document's type and version; the name of one that comes with the library; or a file")
+        ->capture_default_str()
+        ->type_name("auto|none|NAME|FILE.xsd");
+    command
+        ->add_option(
+            "--jobs", m_jobs, "How many documents to check at a time; as many as the machine has cores when not given")
+        ->check(CLI::Range(1u, 1024u))
+        ->type_name("N");
     command->callback([this] {
-        if (std::count(m_files.begin(), m_files.end(), "-") > 1) throw CLI::ValidationError("FILE", "standard input can be read only once");
+        if (std::count(m_files.begin(), m_files.end(), "-") > 1)
+            throw CLI::ValidationError("FILE", "standard input can be read only once");
     });
     m_command = command;
 }
@@ -120,11 +138,14 @@ ExitStatus CheckCommand::Run()
         const CheckedDocument document = queue.Take(number);
         status = Worse(status, document.status);
         errors += document.errors;
-        if (document.wasChecked) ++documents;
+        if (document.wasChecked)
+            ++documents;
         // A schema's own errors are shown once, not for each of its documents.
-        if (document.brokenSchema.empty() || brokenSchemas.insert(document.brokenSchema).second) StandardStreams::WriteError(document.lines);
+        if (document.brokenSchema.empty() || brokenSchemas.insert(document.brokenSchema).second)
+            StandardStreams::WriteError(document.lines);
     }
     const std::size_t unchecked = m_files.size() - documents;
-    StandardStreams::Write(Counted(documents, "document") + ", " + Counted(errors, "error") + (unchecked > 0 ? ", " + std::to_string(unchecked) + " not checked" : "") + "\n");
+    StandardStreams::Write(Counted(documents, "document") + ", " + Counted(errors, "error") +
+        (unchecked > 0 ? ", " + std::to_string(unchecked) + " not checked" : "") + "\n");
     return status;
 }

@@ -39,19 +39,23 @@ void DocumentChecker::CheckSource(SourceDocument& source, CheckedDocument& resul
     const SchemaSelection selection = SelectSchema(source.Source());
     result.wasChecked = CheckAgainst(selection.schema, source, result);
     // Well-formedness errors come first: a version problem is reported only for a document without them.
-    if (result.errors == 0 && !selection.problem.IsEmpty()) AddError(result, FormatErrorLine(source.Name(), selection.problem));
+    if (result.errors == 0 && !selection.problem.IsEmpty())
+        AddError(result, FormatErrorLine(source.Name(), selection.problem));
 }
 
 bool DocumentChecker::CheckAgainst(const SchemaReference& schema, SourceDocument& source, CheckedDocument& result)
 {
     std::unique_ptr<SchemaDriver>& driver = m_drivers[schema];
-    if (!driver) driver = std::make_unique<SchemaDriver>(schema);
+    if (!driver)
+        driver = std::make_unique<SchemaDriver>(schema);
     if (!driver->SchemaErrors().empty()) {
-        for (const VString& message : driver->SchemaErrors()) result.lines += FormatErrorLine(schema.name, message);
+        for (const VString& message : driver->SchemaErrors())
+            result.lines += FormatErrorLine(schema.name, message);
         result.brokenSchema = schema.name.toStdString();
         result.status = ExitStatus::Failed;
         return false;
     }
-    for (const VString& message : driver->Check(source.Source())) AddError(result, source.ErrorLine(message));
+    for (const VString& message : driver->Check(source.Source()))
+        AddError(result, source.ErrorLine(message));
     return true;
 }

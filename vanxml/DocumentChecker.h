@@ -16,10 +16,10 @@ class SourceDocument;
 // The result of checking a document.
 struct CheckedDocument {
     ExitStatus status = ExitStatus::Good;
-    std::size_t errors = 0;       // of the document
-    bool wasChecked = false;      // it could be read, and its schema used
-    std::string lines;            // for standard error
-    std::string brokenSchema;     // the schema that could not be used; its errors are the lines
+    std::size_t errors = 0;    // of the document
+    bool wasChecked = false;   // it could be read, and its schema used
+    std::string lines;         // for standard error
+    std::string brokenSchema;  // the schema that could not be used; its errors are the lines
 };
 
 // Checks documents and keeps, for each schema it has met, the parser that has it loaded.

@@ -17,7 +17,8 @@ bool IsTerminalControl(char16_t unit)
 VString Hexadecimal(unsigned number, int digits)
 {
     VString text;
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) text += u"0123456789abcdef"[number >> shift & 0xF];
+    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+        text += u"0123456789abcdef"[number >> shift & 0xF];
     return text;
 }
 
@@ -40,11 +41,14 @@ std::string EscapeControlCharacters(std::string_view text)
         const std::size_t valid = FindInvalidUtf8(text.data() + position, text.size() - position);
         const VString run = VString::fromUtf8(text.data() + position, valid);
         for (const char16_t unit : run.View()) {
-            if (IsTerminalControl(unit)) escaped += Escape(unit);
-            else escaped += unit;
+            if (IsTerminalControl(unit))
+                escaped += Escape(unit);
+            else
+                escaped += unit;
         }
         position += valid;
-        if (position < text.size()) escaped += "\\x" + Hexadecimal(static_cast<unsigned char>(text[position++]), 2);
+        if (position < text.size())
+            escaped += "\\x" + Hexadecimal(static_cast<unsigned char>(text[position++]), 2);
     }
     return escaped.toStdString();
 }

@@ -11,14 +11,17 @@
 
 void FormatCommand::AddTo(CLI::App& application)
 {
-    CLI::App* command = application.add_subcommand("format", "Write a document, indented and escaped as the library does it");
+    CLI::App* command =
+        application.add_subcommand("format", "Write a document, indented and escaped as the library does it");
     command->add_option("FILE", m_file, "The document; - is standard input")->required();
-    CLI::Option* output = command->add_option("-o,--output", m_output, "Write to this file; - is standard output")->type_name("OUT");
+    CLI::Option* output =
+        command->add_option("-o,--output", m_output, "Write to this file; - is standard output")->type_name("OUT");
     command->add_flag("--in-place", m_inPlace, "Replace the file")->excludes(output);
     command->add_flag("--no-header", m_noHeader, "Leave out the XML declaration");
     command->add_flag("--strict", m_strict, "Escape all text as attribute values are, without CDATA sections");
     command->callback([this] {
-        if (m_inPlace && m_file == "-") throw CLI::ValidationError("--in-place", "standard input cannot be replaced");
+        if (m_inPlace && m_file == "-")
+            throw CLI::ValidationError("--in-place", "standard input cannot be replaced");
     });
     m_command = command;
 }
@@ -34,19 +37,24 @@ ExitStatus FormatCommand::Run()
     DOMParser parser;
     const std::unique_ptr<DOM> document = parser.ParseXmlInputSource(source.Source(), false);
     if (document->HasErrors()) {
-        for (const VString& message : document->GetErrors()) StandardStreams::WriteError(source.ErrorLine(message));
+        for (const VString& message : document->GetErrors())
+            StandardStreams::WriteError(source.ErrorLine(message));
         return ExitStatus::Faulty;
     }
     const std::string bytes = Render(*document).toStdString();
-    if (m_inPlace) ReplaceFile(source.Name(), bytes);
-    else if (m_output == "-") StandardStreams::Write(bytes);
-    else WriteOutputFile(VString::fromStdString(m_output), bytes);
+    if (m_inPlace)
+        ReplaceFile(source.Name(), bytes);
+    else if (m_output == "-")
+        StandardStreams::Write(bytes);
+    else
+        WriteOutputFile(VString::fromStdString(m_output), bytes);
     return ExitStatus::Good;
 }
 
 VString FormatCommand::Render(const DOM& document) const
 {
-    if (!m_strict) return XMLDomFormatter::RenderAsXMLString(document, nullptr, !m_noHeader);
+    if (!m_strict)
+        return XMLDomFormatter::RenderAsXMLString(document, nullptr, !m_noHeader);
     XMLStringFormatter formatter("  ", false);
     formatter.SetFormatMode(FormatModeStrict);
     XMLFormatter::FormatDOM(formatter, document, nullptr, !m_noHeader);

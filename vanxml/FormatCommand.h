@@ -20,7 +20,7 @@ private:
 
     const CLI::App* m_command = nullptr;
     std::string m_file;
-    std::string m_output = "-";   // standard output
+    std::string m_output = "-";  // standard output
     bool m_inPlace = false;
     bool m_noHeader = false;
     bool m_strict = false;

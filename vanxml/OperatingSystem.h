@@ -37,7 +37,7 @@ void FlushFolder(const std::filesystem::path& folder) noexcept;
 // Threads: one at a time.
 class OutputHandle {
 public:
-    enum class Access { Owner, Everybody };   // Everybody: as far as the user's settings allow
+    enum class Access { Owner, Everybody };  // Everybody: as far as the user's settings allow
 
     // Makes a new file; fails with std::errc::file_exists when there is anything of that name.
     static OutputHandle Create(const std::filesystem::path& file, Access access);
@@ -59,7 +59,7 @@ public:
 private:
     explicit OutputHandle(std::intptr_t handle) noexcept : m_handle(handle) {}
 
-    std::intptr_t m_handle;   // the system's; -1 when closed
+    std::intptr_t m_handle;  // the system's; -1 when closed
 };
 
 }  // namespace OperatingSystem

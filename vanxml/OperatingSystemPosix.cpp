@@ -20,7 +20,8 @@ namespace {
 int OpenFile(const std::filesystem::path& file, int flags, mode_t mode = 0)
 {
     const int handle = open(file.c_str(), O_WRONLY | O_CLOEXEC | flags, mode);
-    if (handle < 0) ThrowLastError("open");
+    if (handle < 0)
+        ThrowLastError("open");
     return handle;
 }
 
@@ -40,15 +41,16 @@ std::vector<std::string> Arguments(int argc, char** argv)
 
 void RequireWritable(const std::filesystem::path& file)
 {
-    if (access(file.c_str(), W_OK) != 0) ThrowLastError("access");
+    if (access(file.c_str(), W_OK) != 0)
+        ThrowLastError("access");
 }
 
 bool IsStandardOutput(const std::filesystem::path& file) noexcept
 {
     struct stat named;
     struct stat output;
-    return stat(file.c_str(), &named) == 0 && fstat(STDOUT_FILENO, &output) == 0 &&
-           named.st_dev == output.st_dev && named.st_ino == output.st_ino;
+    return stat(file.c_str(), &named) == 0 && fstat(STDOUT_FILENO, &output) == 0 && named.st_dev == output.st_dev &&
+        named.st_ino == output.st_ino;
 }
 
 void FlushFolder(const std::filesystem::path& folder) noexcept
@@ -56,7 +58,8 @@ void FlushFolder(const std::filesystem::path& folder) noexcept
     // Not every file system flushes folders, and not every folder may be read. Without this
     // flush a crash can bring the old file back, but whole.
     const int handle = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (handle < 0) return;
+    if (handle < 0)
+        return;
     fsync(handle);
     close(handle);
 }
@@ -73,7 +76,8 @@ OutputHandle OutputHandle::Open(const std::filesystem::path& file)
 
 OutputHandle::~OutputHandle()
 {
-    if (m_handle >= 0) close(static_cast<int>(m_handle));
+    if (m_handle >= 0)
+        close(static_cast<int>(m_handle));
 }
 
 OutputHandle::OutputHandle(OutputHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, -1)) {}
@@ -82,19 +86,23 @@ void OutputHandle::Write(std::string_view bytes)
 {
     while (!bytes.empty()) {
         const ssize_t count = write(static_cast<int>(m_handle), bytes.data(), bytes.size());
-        if (count >= 0) bytes.remove_prefix(static_cast<std::size_t>(count));
-        else if (errno != EINTR) ThrowLastError("write");
+        if (count >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        else if (errno != EINTR)
+            ThrowLastError("write");
     }
 }
 
 void OutputHandle::Flush()
 {
-    if (fsync(static_cast<int>(m_handle)) != 0) ThrowLastError("fsync");
+    if (fsync(static_cast<int>(m_handle)) != 0)
+        ThrowLastError("fsync");
 }
 
 void OutputHandle::Close()
 {
-    if (close(static_cast<int>(std::exchange(m_handle, -1))) != 0) ThrowLastError("close");
+    if (close(static_cast<int>(std::exchange(m_handle, -1))) != 0)
+        ThrowLastError("close");
 }
 
 }  // namespace OperatingSystem

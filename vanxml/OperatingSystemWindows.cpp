@@ -8,8 +8,8 @@
 #include <fcntl.h>
 #include <io.h>
 // windows.h comes first: shellapi.h needs it.
-#include <windows.h>
 #include <shellapi.h>
+#include <windows.h>
 
 namespace {
 
@@ -29,7 +29,8 @@ std::intptr_t OpenFile(const std::filesystem::path& file, DWORD disposition)
     constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_DELETE;
     const HANDLE handle =
         CreateFileW(file.c_str(), GENERIC_WRITE, sharing, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) ThrowLastError("CreateFileW");
+    if (handle == INVALID_HANDLE_VALUE)
+        ThrowLastError("CreateFileW");
     return reinterpret_cast<std::intptr_t>(handle);
 }
 
@@ -68,7 +69,8 @@ namespace OperatingSystem {
 
 void PrepareStreams()
 {
-    for (std::FILE* stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+    for (std::FILE* stream : {stdin, stdout, stderr})
+        _setmode(_fileno(stream), _O_BINARY);
 }
 
 std::vector<std::string> Arguments(int, char**)
@@ -76,9 +78,11 @@ std::vector<std::string> Arguments(int, char**)
     // The arguments of `main` went through the machine's code page.
     int count = 0;
     wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
-    if (!wide) ThrowLastError("CommandLineToArgvW");
+    if (!wide)
+        ThrowLastError("CommandLineToArgvW");
     std::vector<std::string> arguments;
-    for (int i = 1; i < count; ++i) arguments.push_back(ToUtf8(wide[i]));
+    for (int i = 1; i < count; ++i)
+        arguments.push_back(ToUtf8(wide[i]));
     LocalFree(wide);
     return arguments;
 }
@@ -86,9 +90,11 @@ std::vector<std::string> Arguments(int, char**)
 void RequireWritable(const std::filesystem::path& file)
 {
     const DWORD attributes = GetFileAttributesW(file.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) ThrowLastError("GetFileAttributesW");
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        ThrowLastError("GetFileAttributesW");
     const bool isReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-    if (isReadOnly) throw std::system_error(ERROR_ACCESS_DENIED, std::system_category());
+    if (isReadOnly)
+        throw std::system_error(ERROR_ACCESS_DENIED, std::system_category());
 }
 
 // The file system's journal keeps the order of renames, and folders cannot be flushed.
@@ -112,7 +118,8 @@ OutputHandle OutputHandle::Open(const std::filesystem::path& file)
 
 OutputHandle::~OutputHandle()
 {
-    if (m_handle != -1) CloseHandle(ToHandle(m_handle));
+    if (m_handle != -1)
+        CloseHandle(ToHandle(m_handle));
 }
 
 OutputHandle::OutputHandle(OutputHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, -1)) {}
@@ -123,19 +130,22 @@ void OutputHandle::Write(std::string_view bytes)
         const std::size_t most = std::min<std::size_t>(bytes.size(), 1u << 30);
         DWORD count = 0;
         const BOOL isDone = WriteFile(ToHandle(m_handle), bytes.data(), static_cast<DWORD>(most), &count, nullptr);
-        if (!isDone) ThrowLastError("WriteFile");
+        if (!isDone)
+            ThrowLastError("WriteFile");
         bytes.remove_prefix(count);
     }
 }
 
 void OutputHandle::Flush()
 {
-    if (!FlushFileBuffers(ToHandle(m_handle))) ThrowLastError("FlushFileBuffers");
+    if (!FlushFileBuffers(ToHandle(m_handle)))
+        ThrowLastError("FlushFileBuffers");
 }
 
 void OutputHandle::Close()
 {
-    if (!CloseHandle(ToHandle(std::exchange(m_handle, -1)))) ThrowLastError("CloseHandle");
+    if (!CloseHandle(ToHandle(std::exchange(m_handle, -1))))
+        ThrowLastError("CloseHandle");
 }
 
 }  // namespace OperatingSystem

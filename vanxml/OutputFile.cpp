@@ -33,9 +33,10 @@ bool IsDeviceOrPipe(const fs::path& file)
 // The file that a link leads to, also when it does not exist yet.
 fs::path ResolveLinks(fs::path file)
 {
-    constexpr int mostLinks = 40;   // Linux follows as many
+    constexpr int mostLinks = 40;  // Linux follows as many
     for (int links = 0; fs::is_symlink(fs::symlink_status(file)); ++links) {
-        if (links == mostLinks) ThrowError(std::errc::too_many_symbolic_link_levels);
+        if (links == mostLinks)
+            ThrowError(std::errc::too_many_symbolic_link_levels);
         file = file.parent_path() / fs::read_symlink(file);
     }
     return file;
@@ -47,7 +48,8 @@ std::string RandomName()
     static constexpr char digits[] = "0123456789abcdef";
     std::random_device random;
     std::string name = ".vanxml-";
-    for (int i = 0; i < 12; ++i) name += digits[random() % 16];
+    for (int i = 0; i < 12; ++i)
+        name += digits[random() % 16];
     return name;
 }
 
@@ -58,7 +60,8 @@ public:
     ~TemporaryName()
     {
         std::error_code ignored;
-        if (!m_name.empty()) fs::remove(m_name, ignored);
+        if (!m_name.empty())
+            fs::remove(m_name, ignored);
     }
     TemporaryName(const TemporaryName&) = delete;
     TemporaryName& operator=(const TemporaryName&) = delete;
@@ -75,13 +78,14 @@ private:
 
 std::pair<OutputHandle, fs::path> CreateTemporaryFile(const fs::path& folder, OutputHandle::Access access)
 {
-    constexpr int mostTries = 100;   // a second is rare: there are 2^48 names
+    constexpr int mostTries = 100;  // a second is rare: there are 2^48 names
     for (int tries = 1;; ++tries) {
         fs::path name = folder / RandomName();
         try {
             return {OutputHandle::Create(name, access), std::move(name)};
         } catch (const std::system_error& error) {
-            if (error.code() != std::errc::file_exists || tries == mostTries) throw;
+            if (error.code() != std::errc::file_exists || tries == mostTries)
+                throw;
         }
     }
 }
@@ -90,23 +94,28 @@ std::pair<OutputHandle, fs::path> CreateTemporaryFile(const fs::path& folder, Ou
 // files and refuse to change it.
 void SetPermissions(const fs::path& file, fs::perms permissions)
 {
-    if (fs::status(file).permissions() != permissions) fs::permissions(file, permissions);
+    if (fs::status(file).permissions() != permissions)
+        fs::permissions(file, permissions);
 }
 
 void ReplaceRegularFile(const fs::path& file, std::string_view bytes)
 {
-    if (file.empty()) ThrowError(std::errc::no_such_file_or_directory);
+    if (file.empty())
+        ThrowError(std::errc::no_such_file_or_directory);
     const fs::file_status old = fs::status(file);
     const bool isNew = !fs::exists(old);
-    if (fs::is_directory(old) || !file.has_filename()) ThrowError(std::errc::is_a_directory);
-    if (!isNew) OperatingSystem::RequireWritable(file);
+    if (fs::is_directory(old) || !file.has_filename())
+        ThrowError(std::errc::is_a_directory);
+    if (!isNew)
+        OperatingSystem::RequireWritable(file);
 
     const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
     // Nobody else may read a private document while it is being written.
     const auto access = isNew ? OutputHandle::Access::Everybody : OutputHandle::Access::Owner;
     auto [handle, name] = CreateTemporaryFile(folder, access);
     TemporaryName temporary(name);
-    if (!isNew) SetPermissions(name, (old.permissions() & fs::perms::all) | fs::perms::owner_write);
+    if (!isNew)
+        SetPermissions(name, (old.permissions() & fs::perms::all) | fs::perms::owner_write);
     handle.Write(bytes);
     // Only a file whose bytes are on the disk may take the old one's place: the disk may turn
     // out to be full as late as here.
@@ -139,7 +148,8 @@ void WriteTo(const VString& name, const Write& write)
 void ReplaceFile(const VString& name, std::string_view bytes)
 {
     WriteTo(name, [&](const fs::path& file) {
-        if (IsDeviceOrPipe(file)) ThrowWriteError(name, "it is not a regular file");
+        if (IsDeviceOrPipe(file))
+            ThrowWriteError(name, "it is not a regular file");
         ReplaceRegularFile(ResolveLinks(file), bytes);
     });
 }
@@ -147,8 +157,11 @@ void ReplaceFile(const VString& name, std::string_view bytes)
 void WriteOutputFile(const VString& name, std::string_view bytes)
 {
     WriteTo(name, [&](const fs::path& file) {
-        if (OperatingSystem::IsStandardOutput(file)) StandardStreams::Write(bytes);
-        else if (IsDeviceOrPipe(file)) WriteDevice(file, bytes);
-        else ReplaceRegularFile(ResolveLinks(file), bytes);
+        if (OperatingSystem::IsStandardOutput(file))
+            StandardStreams::Write(bytes);
+        else if (IsDeviceOrPipe(file))
+            WriteDevice(file, bytes);
+        else
+            ReplaceRegularFile(ResolveLinks(file), bytes);
     });
 }

@@ -17,19 +17,31 @@ void QueryCommand::AddTo(CLI::App& application)
 {
     CLI::App* command = application.add_subcommand("query", "Print the elements that a path names");
     command->add_option("FILE", m_file, "The document; - is standard input")->required();
-    command->add_option("PATH", m_path, "Element names between slashes, from the document element: a/b, /a/b, //b, a/*")->required();
+    command->add_option("PATH", m_path, "Element names between slashes, from the document element: a/b, /a/b, //b, a/*")
+        ->required();
 
     CLI::Option* count = command->add_flag("--count", m_count, "Print how many there are");
     command->add_flag("--first", m_first, "Stop at the first");
-    CLI::Option* attribute = command->add_option("--attribute", m_attribute, "Print the value of this attribute of each that has it")->type_name("NAME");
+    CLI::Option* attribute =
+        command->add_option("--attribute", m_attribute, "Print the value of this attribute of each that has it")
+            ->type_name("NAME");
     CLI::Option* text = command->add_flag("--text", m_text, "Print the text of each");
     CLI::Option* xml = command->add_flag("--xml", m_xml, "Print each as XML");
     count->excludes(attribute)->excludes(text)->excludes(xml);
     attribute->excludes(text)->excludes(xml);
     text->excludes(xml);
 
-    CLI::Option* within = command->add_option("--within", m_within, "Take PATH as canopies, and print what is called NAME in them, nested to any depth")->type_name("NAME");
-    CLI::Option* underneath = command->add_option("--underneath", m_underneath, "Take PATH as canopies, and print what SUBPATH names under them and the canopies nested in them")->type_name("SUBPATH");
+    CLI::Option* within = command
+                              ->add_option("--within",
+                                  m_within,
+                                  "Take PATH as canopies, and print what is called NAME in them, nested to any depth")
+                              ->type_name("NAME");
+    CLI::Option* underneath =
+        command
+            ->add_option("--underneath",
+                m_underneath,
+                "Take PATH as canopies, and print what SUBPATH names under them and the canopies nested in them")
+            ->type_name("SUBPATH");
     within->excludes(underneath);
 
     m_command = command;
@@ -50,13 +62,15 @@ ExitStatus QueryCommand::Run()
     parser.SetEnableLineNumbersOnElements(true);
     const std::unique_ptr<const DOM> document = parser.ParseXmlInputSource(source.Source(), false);
     if (document->HasErrors()) {
-        for (const VString& message : document->GetErrors()) StandardStreams::WriteError(source.ErrorLine(message));
+        for (const VString& message : document->GetErrors())
+            StandardStreams::WriteError(source.ErrorLine(message));
         return ExitStatus::Faulty;
     }
     std::size_t count = 0;
     const Visitor print = m_count ? [&count](const DOMElement&) { ++count; } : MakePrinter(source);
     ForEachMatch(*document->GetDocumentRoot(), print);
-    if (m_count) StandardStreams::Write(std::to_string(count) + "\n");
+    if (m_count)
+        StandardStreams::Write(std::to_string(count) + "\n");
     return ExitStatus::Good;
 }
 
@@ -69,30 +83,42 @@ void QueryCommand::ForEachMatch(const DOMElement& root, const Visitor& visit) co
     } else if (m_underneathOption->count() > 0) {
         matches = DOMPathCanopy::UnderneathCanopy(root, path, VString::fromStdString(m_underneath));
     } else if (m_first) {
-        if (const DOMElement* match = DOMPath::GetFirst(root, path)) matches.push_back(match);
+        if (const DOMElement* match = DOMPath::GetFirst(root, path)) {
+            matches.push_back(match);
+        }
     } else {
-        for (const DOMElement& match : DOMPath::Walk(root, path)) visit(match);
+        for (const DOMElement& match : DOMPath::Walk(root, path))
+            visit(match);
     }
-    if (m_first && matches.size() > 1) matches.resize(1);
-    for (const DOMElement* match : matches) visit(*match);
+    if (m_first && matches.size() > 1)
+        matches.resize(1);
+    for (const DOMElement* match : matches)
+        visit(*match);
 }
 
 QueryCommand::Visitor QueryCommand::MakePrinter(SourceDocument& source) const
 {
     if (m_attributeOption->count() > 0) {
         return [name = VString::fromStdString(m_attribute)](const DOMElement& element) {
-            if (element.HasAttribute(name)) StandardStreams::Write(element.GetAttribute(name).toStdString() + "\n");
+            if (element.HasAttribute(name))
+                StandardStreams::Write(element.GetAttribute(name).toStdString() + "\n");
         };
     }
-    if (m_text) return [](const DOMElement& element) { StandardStreams::Write(element.GetText().toStdString() + "\n"); };
-    if (m_xml) return [](const DOMElement& element) { StandardStreams::Write(XMLDomFormatter::RenderAsXMLString(element, nullptr, false).toStdString()); };
+    if (m_text)
+        return [](const DOMElement& element) { StandardStreams::Write(element.GetText().toStdString() + "\n"); };
+    if (m_xml) {
+        return [](const DOMElement& element) {
+            StandardStreams::Write(XMLDomFormatter::RenderAsXMLString(element, nullptr, false).toStdString());
+        };
+    }
     return MakePlacePrinter(source);
 }
 
 QueryCommand::Visitor QueryCommand::MakePlacePrinter(SourceDocument& source) const
 {
     return [&source, paths = std::make_shared<ElementPaths>()](const DOMElement& element) {
-        const SourcePositions::Position place = source.Positions().Map({element.GetStartLine(), element.GetStartColumn()});
+        const SourcePositions::Position place =
+            source.Positions().Map({element.GetStartLine(), element.GetStartColumn()});
         const std::string path = EscapeControlCharacters(paths->PathOf(element));
         StandardStreams::Write(std::to_string(place.line) + ":" + std::to_string(place.column) + "\t" + path + "\n");
     };

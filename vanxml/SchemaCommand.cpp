@@ -26,12 +26,14 @@ bool SchemaCommand::IsChosen() const
 ExitStatus SchemaCommand::Run()
 {
     if (m_list->parsed()) {
-        for (const VString& name : ListSchemaResources()) StandardStreams::Write((name + "\n").toStdString());
+        for (const VString& name : ListSchemaResources())
+            StandardStreams::Write((name + "\n").toStdString());
         return ExitStatus::Good;
     }
     const std::vector<VString> names = ListSchemaResources();
     const VString name = VString::fromStdString(m_name);
-    if (std::find(names.begin(), names.end(), name) == names.end()) throw ToolError("There is no schema \"" + m_name + "\"; \"vanxml schema list\" names them");
+    if (std::find(names.begin(), names.end(), name) == names.end())
+        throw ToolError("There is no schema \"" + m_name + "\"; \"vanxml schema list\" names them");
     StandardStreams::Write(UTF8StringVResource(name).GetString().toStdString());
     return ExitStatus::Good;
 }

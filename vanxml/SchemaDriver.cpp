@@ -27,7 +27,8 @@ bool IsXmlNamespaceSchema(const VString& systemId)
 VString Decoded(const VString& systemId)
 {
     const QUrl url(systemId.ToQString());
-    return url.isLocalFile() ? VString(url.toLocalFile()) : VString(QUrl::fromPercentEncoding(systemId.ToQString().toUtf8()));
+    return url.isLocalFile() ? VString(url.toLocalFile())
+                             : VString(QUrl::fromPercentEncoding(systemId.ToQString().toUtf8()));
 }
 
 // The place of a schema relative to the one that names it; empty when there is no such file.
@@ -36,7 +37,8 @@ VString FindBeside(const VString& baseUri, const VString& systemId)
     VPath folder(baseUri);
     folder.RemoveFilename();
     const VPath plain = folder / VPath(systemId);
-    if (MayBeFile(plain.String())) return plain.String();
+    if (MayBeFile(plain.String()))
+        return plain.String();
     const VPath decoded = folder / VPath(Decoded(systemId));
     return MayBeFile(decoded.String()) ? decoded.String() : VString();
 }
@@ -52,10 +54,13 @@ public:
 
     void ResolveSchemaPath(VString& pathOut, const VString& baseUri, const VString& systemId) override
     {
-        if (systemId.IsEmpty()) return;   // named by its namespace alone
+        if (systemId.IsEmpty())
+            return;  // named by its namespace alone
         pathOut = FindBeside(baseUri, systemId);
         if (pathOut.IsEmpty() && !IsXmlNamespaceSchema(systemId)) {
-            problems.push_back(VFormatString("Cannot find the schema \"%1\", which \"%2\" imports or includes").arg(systemId).arg(baseUri));
+            problems.push_back(VFormatString("Cannot find the schema \"%1\", which \"%2\" imports or includes")
+                                   .arg(systemId)
+                                   .arg(baseUri));
         }
     }
 
@@ -70,10 +75,11 @@ public:
     {
         const std::vector<VString> errors = FindSchemaTextErrors(text, name);
         problems.insert(problems.end(), errors.begin(), errors.end());
-        if (!errors.empty()) throw SchemaRefused();
+        if (!errors.empty())
+            throw SchemaRefused();
     }
 
-    std::vector<VString> problems;   // with the schema and those it names
+    std::vector<VString> problems;  // with the schema and those it names
 };
 
 SchemaDriver::SchemaDriver(const SchemaReference& schema)
@@ -87,7 +93,7 @@ SchemaDriver::SchemaDriver(const SchemaReference& schema)
     } catch (const SchemaRefused&) {
         // The problems tell.
     } catch (const LogicException&) {
-        throw;   // no fault of the schema
+        throw;  // no fault of the schema
     } catch (const VIO::Exception& exception) {
         m_schemaErrors.push_back(exception.GetMessage());
     } catch (const VantoraException& exception) {
@@ -100,8 +106,10 @@ SchemaDriver::~SchemaDriver() = default;
 
 void SchemaDriver::Load(const SchemaReference& schema)
 {
-    if (schema.kind == SchemaReference::Kind::Resource) m_parser->LoadXSDResource(schema.name);
-    if (schema.kind != SchemaReference::Kind::File) return;
+    if (schema.kind == SchemaReference::Kind::Resource)
+        m_parser->LoadXSDResource(schema.name);
+    if (schema.kind != SchemaReference::Kind::File)
+        return;
     const VString text = VFile::LoadTextFile(schema.name, true);
     m_handler->RequireLoadable(text, schema.name);
     m_parser->LoadXSDString(text, schema.name);

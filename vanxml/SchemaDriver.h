@@ -35,7 +35,7 @@ private:
     void Load(const SchemaReference& schema);
 
     std::shared_ptr<Handler> m_handler;
-    std::unique_ptr<InputSource> m_nothing;   // the empty input that the parser is created with
+    std::unique_ptr<InputSource> m_nothing;  // the empty input that the parser is created with
     std::unique_ptr<class XercesXMLParser> m_parser;
     std::vector<VString> m_schemaErrors;
 };

@@ -43,24 +43,31 @@ std::string FirstElementName(InputSource& document)
     const InputSourceResetter resetter(document);
     std::string text;
     std::string chunk;
-    while (document.GetBytes(chunk, 1u << 20) && !chunk.empty()) text += chunk;
+    while (document.GetBytes(chunk, 1u << 20) && !chunk.empty())
+        text += chunk;
     const auto range = XmlUtils::FindFirstElementTag(text);
-    if (range.start == std::string::npos) return std::string();
+    if (range.start == std::string::npos)
+        return std::string();
     std::size_t end = range.start + 1;
-    while (end < text.size() && XmlUtils::IsNameChar(text[end])) ++end;
+    while (end < text.size() && XmlUtils::IsNameChar(text[end]))
+        ++end;
     return text.substr(range.start + 1, end - range.start - 1);
 }
 
 const DocumentType* FindByExtension(const VString& name)
 {
     const VString extension(QFileInfo(name.ToQString()).suffix().toLower());
-    const auto found = std::find_if(std::begin(documentTypes), std::end(documentTypes), [&](const DocumentType& type) { return extension == type.extension; });
+    const auto found = std::find_if(std::begin(documentTypes), std::end(documentTypes), [&](const DocumentType& type) {
+        return extension == type.extension;
+    });
     return found == std::end(documentTypes) ? nullptr : found;
 }
 
 const DocumentType* FindByElement(const std::string& name)
 {
-    const auto found = std::find_if(std::begin(documentTypes), std::end(documentTypes), [&](const DocumentType& type) { return name == type.firstElement; });
+    const auto found = std::find_if(std::begin(documentTypes), std::end(documentTypes), [&](const DocumentType& type) {
+        return name == type.firstElement;
+    });
     return found == std::end(documentTypes) ? nullptr : found;
 }
 
@@ -69,7 +76,8 @@ VString ListVersions(XmlFileType type)
 {
     std::vector<VString> versions;
     for (const char* version : schemaVersions) {
-        if (!XSDResources::GetVersionedXsdResourceName(type, VersionNumber(version, u'.', u'-', 0)).IsEmpty()) versions.emplace_back(version);
+        if (!XSDResources::GetVersionedXsdResourceName(type, VersionNumber(version, u'.', u'-', 0)).IsEmpty())
+            versions.emplace_back(version);
     }
     return VString::join(versions, ", ");
 }
@@ -87,13 +95,21 @@ SchemaSelection SelectSchema(InputSource& document)
     if (!type) {
         const std::string element = FirstElementName(document);
         type = FindByElement(element);
-        if (!type) return Problem(VFormatString("Neither the extension nor the first element \"%1\" names a type of document that has schemas").arg(VString::fromStdString(element)));
+        if (!type) {
+            return Problem(VFormatString(
+                "Neither the extension nor the first element \"%1\" names a type of document that has schemas")
+                               .arg(VString::fromStdString(element)));
+        }
     }
     const Nullable<VersionNumber> version = VersionSniffer(document, VString());
-    if (!version.IsPresent()) return Problem("The document declares no version; there are schemas for " + ListVersions(type->type));
+    if (!version.IsPresent())
+        return Problem("The document declares no version; there are schemas for " + ListVersions(type->type));
     const VString schema = XSDResources::GetVersionedXsdResourceName(type->type, version.GetValue());
-    if (!schema.IsEmpty()) return {{SchemaReference::Kind::Resource, schema}, VString()};
-    return Problem(VFormatString("There is no schema for version %1; there are schemas for %2").arg(version.GetValue().GetAsString()).arg(ListVersions(type->type)));
+    if (!schema.IsEmpty())
+        return {{SchemaReference::Kind::Resource, schema}, VString()};
+    return Problem(VFormatString("There is no schema for version %1; there are schemas for %2")
+                       .arg(version.GetValue().GetAsString())
+                       .arg(ListVersions(type->type)));
 }
 
 bool MayBeFile(const VString& name)
@@ -105,14 +121,19 @@ bool MayBeFile(const VString& name)
 
 SchemaReference FindSchema(const VString& nameOrFile)
 {
-    if (VResource(nameOrFile).isValid()) return {SchemaReference::Kind::Resource, nameOrFile};
-    if (MayBeFile(nameOrFile)) return {SchemaReference::Kind::File, nameOrFile};
-    throw ToolError("There is no schema \"" + nameOrFile.toStdString() + "\": it is no file, and not among those that \"vanxml schema list\" names");
+    if (VResource(nameOrFile).isValid())
+        return {SchemaReference::Kind::Resource, nameOrFile};
+    if (MayBeFile(nameOrFile))
+        return {SchemaReference::Kind::File, nameOrFile};
+    throw ToolError("There is no schema \"" + nameOrFile.toStdString() +
+        "\": it is no file, and not among those that \"vanxml schema list\" names");
 }
 
 std::vector<VString> ListSchemaResources()
 {
     std::vector<VString> names;
-    for (const QString& name : QDir(QStringLiteral(":/vancorexml")).entryList({QStringLiteral("VQRC_FILEFORMAT_*")}, QDir::Files, QDir::Name)) names.emplace_back(name);
+    for (const QString& name :
+        QDir(QStringLiteral(":/vancorexml")).entryList({QStringLiteral("VQRC_FILEFORMAT_*")}, QDir::Files, QDir::Name))
+        names.emplace_back(name);
     return names;
 }

@@ -13,13 +13,16 @@ struct SchemaReference {
     Kind kind = Kind::None;
     VString name;
 
-    friend bool operator<(const SchemaReference& a, const SchemaReference& b) { return a.kind != b.kind ? a.kind < b.kind : a.name < b.name; }
+    friend bool operator<(const SchemaReference& a, const SchemaReference& b)
+    {
+        return a.kind != b.kind ? a.kind < b.kind : a.name < b.name;
+    }
 };
 
 // The result of selecting a schema for a document: a schema, or the reason why there is none.
 struct SchemaSelection {
     SchemaReference schema;
-    VString problem;   // empty when a schema was found
+    VString problem;  // empty when a schema was found
 };
 
 // The schema for the document's type, which its extension (".kxa" to ".kxf") or else its

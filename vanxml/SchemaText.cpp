@@ -40,7 +40,11 @@ std::vector<VString> FindSchemaTextErrors(const VString& text, const VString& na
     const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, reader);
     parser->Parse();
     std::vector<VString> errors = parser->GetErrors();
-    if (reader->isTooDeep) errors.push_back(VFormatString("The schema \"%1\" nests elements in more than %2 levels").arg(name).arg(depthLimit));
-    if (reader->redefines) errors.push_back(VFormatString("The schema \"%1\" redefines another, which is not supported").arg(name));
+    if (reader->isTooDeep) {
+        errors.push_back(
+            VFormatString("The schema \"%1\" nests elements in more than %2 levels").arg(name).arg(depthLimit));
+    }
+    if (reader->redefines)
+        errors.push_back(VFormatString("The schema \"%1\" redefines another, which is not supported").arg(name));
     return errors;
 }

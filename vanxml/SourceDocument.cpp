@@ -19,7 +19,8 @@ constexpr unsigned long long streamedSize = 0x40000000;
 std::string LeadingWhitespace(const VString& text)
 {
     int length = 0;
-    while (length < text.length() && VCType::isSpace(text[length])) ++length;
+    while (length < text.length() && VCType::isSpace(text[length]))
+        ++length;
     return text.left(length).toStdString();
 }
 
@@ -29,7 +30,8 @@ std::shared_ptr<std::string> ReadAll(InputSource& source)
     auto bytes = std::make_shared<std::string>();
     std::string chunk;
     source.ResetToStart();
-    while (source.GetBytes(chunk, 1u << 20) && !chunk.empty()) *bytes += chunk;
+    while (source.GetBytes(chunk, 1u << 20) && !chunk.empty())
+        *bytes += chunk;
     source.ResetToStart();
     return bytes;
 }
@@ -47,9 +49,9 @@ SourcePositions FindPositions(std::string_view skipped, const std::shared_ptr<st
 }  // namespace
 
 SourceDocument::SourceDocument(std::unique_ptr<InputSource> source, std::string skipped)
-    : m_source(std::move(source)), m_skipped(std::move(skipped))
-{
-}
+    : m_source(std::move(source)),
+      m_skipped(std::move(skipped))
+{}
 
 SourceDocument SourceDocument::Read(const VString& name)
 {
@@ -67,7 +69,8 @@ SourceDocument SourceDocument::Read(const VString& name)
 
 const SourcePositions& SourceDocument::Positions()
 {
-    if (!m_positions) m_positions = FindPositions(m_skipped, ReadAll(*m_source));
+    if (!m_positions)
+        m_positions = FindPositions(m_skipped, ReadAll(*m_source));
     return *m_positions;
 }
 

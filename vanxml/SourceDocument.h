@@ -35,6 +35,6 @@ private:
     SourceDocument(std::unique_ptr<InputSource> source, std::string skipped);
 
     std::unique_ptr<InputSource> m_source;
-    std::string m_skipped;   // the white space before what the source gives
+    std::string m_skipped;  // the white space before what the source gives
     std::optional<SourcePositions> m_positions;
 };

@@ -20,19 +20,24 @@ public:
     void Step(std::string_view text, std::size_t offset)
     {
         const auto byte = static_cast<unsigned char>(text[offset]);
-        if (byte >= 0x80 && byte < 0xC0) return;   // inside a character
+        if (byte >= 0x80 && byte < 0xC0)
+            return;  // inside a character
         const bool isNextLine = m_hasMoreLineEnds && text.compare(offset, 2, "\xC2\x85") == 0;
         const bool isLineSeparator = m_hasMoreLineEnds && text.compare(offset, 3, "\xE2\x80\xA8") == 0;
         const bool endsReturn = m_afterReturn && (byte == '\n' || isNextLine);
         m_afterReturn = byte == '\r';
-        if (endsReturn) return;
-        if (byte == '\n' || byte == '\r' || isNextLine || isLineSeparator) m_position = {m_position.line + 1, 1};
-        else m_position.column += byte >= 0xF0 ? 2 : 1;
+        if (endsReturn)
+            return;
+        if (byte == '\n' || byte == '\r' || isNextLine || isLineSeparator)
+            m_position = {m_position.line + 1, 1};
+        else
+            m_position.column += byte >= 0xF0 ? 2 : 1;
     }
 
     void Take(std::string_view text)
     {
-        for (std::size_t i = 0; i < text.size(); ++i) Step(text, i);
+        for (std::size_t i = 0; i < text.size(); ++i)
+            Step(text, i);
     }
 
     SourcePositions::Position Get() const { return m_position; }
@@ -45,7 +50,8 @@ private:
 
 bool IsVersion11(std::string_view text)
 {
-    if (text.compare(0, 5, "<?xml") != 0) return false;
+    if (text.compare(0, 5, "<?xml") != 0)
+        return false;
     return text.substr(0, text.find("?>")).find("1.1") != std::string_view::npos;
 }
 
@@ -59,18 +65,22 @@ std::optional<long long> ReadNumber(const VString& text, int& at)
 {
     const int start = at;
     long long value = 0;
-    for (; at < text.length() && at - start < 18 && text[at] >= u'0' && text[at] <= u'9'; ++at) value = value * 10 + (text[at] - u'0');
+    for (; at < text.length() && at - start < 18 && text[at] >= u'0' && text[at] <= u'9'; ++at)
+        value = value * 10 + (text[at] - u'0');
     return at > start ? std::optional<long long>(value) : std::nullopt;
 }
 
 std::optional<WrittenPosition> ReadPosition(const VString& text, int at)
 {
     const auto expect = [&](char16_t unit) { return at < text.length() && text[at++] == unit; };
-    if (!expect(u'(')) return std::nullopt;
+    if (!expect(u'('))
+        return std::nullopt;
     const std::optional<long long> line = ReadNumber(text, at);
-    if (!line || !expect(u',')) return std::nullopt;
+    if (!line || !expect(u','))
+        return std::nullopt;
     const std::optional<long long> column = ReadNumber(text, at);
-    if (!column || !expect(u')')) return std::nullopt;
+    if (!column || !expect(u')'))
+        return std::nullopt;
     return WrittenPosition{{*line, *column}, at};
 }
 
@@ -78,10 +88,12 @@ std::optional<WrittenPosition> ReadPosition(const VString& text, int at)
 int FindPosition(const VString& message, const VString& id)
 {
     for (const char* kind : {"Warning(", "Error(", "Fatal Error("}) {
-        if (message.startsWith(kind)) return message.endsWith("(id: " + id + ")") ? message.indexOf(u'(') : -1;
+        if (message.startsWith(kind))
+            return message.endsWith("(id: " + id + ")") ? message.indexOf(u'(') : -1;
     }
     // A refused entity: a text in the user's language, the position, the quoted name.
-    if (!message.endsWith("'")) return -1;
+    if (!message.endsWith("'"))
+        return -1;
     const int quote = static_cast<int>(message.View().rfind(u") '"));
     return quote < 0 ? -1 : static_cast<int>(message.View().rfind(u'(', static_cast<std::size_t>(quote)));
 }
@@ -94,7 +106,8 @@ SourcePositions::SourcePositions(std::string_view skipped, std::string_view give
     counter.Take(skipped);
     m_skippedLines = counter.Get().line - 1;
     m_skippedColumns = counter.Get().column - 1;
-    if (given.size() != scanned.size()) FindInsertions(given, scanned);
+    if (given.size() != scanned.size())
+        FindInsertions(given, scanned);
 }
 
 // The declaration comes first, behind the name of the first element; everything else that was
@@ -103,11 +116,14 @@ SourcePositions::SourcePositions(std::string_view skipped, std::string_view give
 void SourcePositions::FindInsertions(std::string_view given, std::string_view scanned)
 {
     const auto end = given.begin() + static_cast<std::ptrdiff_t>(std::min(given.size(), scanned.size()));
-    const auto common = static_cast<std::size_t>(std::mismatch(given.begin(), end, scanned.begin()).first - given.begin());
+    const auto common =
+        static_cast<std::size_t>(std::mismatch(given.begin(), end, scanned.begin()).first - given.begin());
     const std::size_t declaration = scanned.rfind(declarationStart, common);
-    if (declaration == std::string_view::npos) return;
+    if (declaration == std::string_view::npos)
+        return;
     const std::size_t quote = scanned.find('\'', declaration + declarationStart.size());
-    if (quote == std::string_view::npos) return;
+    if (quote == std::string_view::npos)
+        return;
 
     PositionCounter counter(IsVersion11(scanned));
     counter.Take(scanned.substr(0, declaration));
@@ -119,7 +135,8 @@ void SourcePositions::FindInsertions(std::string_view given, std::string_view sc
     std::size_t to = quote + 1;
     for (std::size_t from = declaration; from < given.size() && to < scanned.size(); ++from, ++to) {
         if (given[from] != scanned[to]) {
-            if (given[from] != ':' || scanned.compare(to, attributePrefix.size(), attributePrefix) != 0) return;
+            if (given[from] != ':' || scanned.compare(to, attributePrefix.size(), attributePrefix) != 0)
+                return;
             insert(to, attributePrefix.size());
             to += attributePrefix.size();
         }
@@ -137,14 +154,16 @@ SourcePositions::Position SourcePositions::Map(Position scanned) const
 {
     Position mapped = scanned;
     const auto isBefore = [](const Position& position, const Insertion& insertion) {
-        return position.line != insertion.start.line ? position.line < insertion.start.line : position.column < insertion.start.column;
+        return position.line != insertion.start.line ? position.line < insertion.start.line
+                                                     : position.column < insertion.start.column;
     };
     const auto next = std::upper_bound(m_insertions.begin(), m_insertions.end(), scanned, isBefore);
     if (next != m_insertions.begin() && std::prev(next)->start.line == scanned.line) {
         const Insertion& last = *std::prev(next);
         mapped.column -= last.before + std::min(last.length, scanned.column - last.start.column);
     }
-    if (scanned.line == 1) mapped.column += m_skippedColumns;
+    if (scanned.line == 1)
+        mapped.column += m_skippedColumns;
     mapped.line += m_skippedLines;
     return mapped;
 }
@@ -152,10 +171,14 @@ SourcePositions::Position SourcePositions::Map(Position scanned) const
 VString SourcePositions::MapMessage(const VString& message, const VString& id) const
 {
     const int start = FindPosition(message, id);
-    if (start < 0) return message;
+    if (start < 0)
+        return message;
     const std::optional<WrittenPosition> written = ReadPosition(message, start);
-    if (!written) return message;
+    if (!written)
+        return message;
     const Position mapped = Map(written->position);
-    const VString position = VFormatString("(%1,%2)").arg(static_cast<std::int64_t>(mapped.line)).arg(static_cast<std::int64_t>(mapped.column));
+    const VString position = VFormatString("(%1,%2)")
+                                 .arg(static_cast<std::int64_t>(mapped.line))
+                                 .arg(static_cast<std::int64_t>(mapped.column));
     return message.left(start) + position + message.mid(written->end);
 }

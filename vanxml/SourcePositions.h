@@ -39,15 +39,15 @@ public:
 private:
     // An insertion: text that the scanner reads but the original text does not have.
     struct Insertion {
-        Position start;            // in what the scanner reads
-        long long length = 0;      // in UTF-16 code units, without line ends
-        long long before = 0;      // units inserted on the same line before it
+        Position start;        // in what the scanner reads
+        long long length = 0;  // in UTF-16 code units, without line ends
+        long long before = 0;  // units inserted on the same line before it
     };
 
     void FindInsertions(std::string_view given, std::string_view scanned);
     void Insert(Position start, long long length);
 
     long long m_skippedLines = 0;
-    long long m_skippedColumns = 0;   // on the last line of the skipped white space
+    long long m_skippedColumns = 0;  // on the last line of the skipped white space
     std::vector<Insertion> m_insertions;
 };

@@ -41,21 +41,25 @@ std::string ReadInput()
     std::string bytes;
     std::array<char, 1 << 16> chunk;
     errno = 0;
-    while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), stdin)) bytes.append(chunk.data(), count);
-    if (std::ferror(stdin)) ThrowStreamError("Cannot read standard input", errno);
+    while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), stdin))
+        bytes.append(chunk.data(), count);
+    if (std::ferror(stdin))
+        ThrowStreamError("Cannot read standard input", errno);
     return bytes;
 }
 
 void Write(std::string_view bytes)
 {
     errno = 0;
-    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size()) ThrowStreamError("Cannot write standard output", errno);
+    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size())
+        ThrowStreamError("Cannot write standard output", errno);
 }
 
 void FlushOutput()
 {
     errno = 0;
-    if (std::fflush(stdout) != 0 || std::ferror(stdout)) ThrowStreamError("Cannot write standard output", errno);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+        ThrowStreamError("Cannot write standard output", errno);
 }
 
 void WriteError(std::string_view bytes) noexcept

@@ -9,9 +9,12 @@
 
 void VersionCommand::AddTo(CLI::App& application)
 {
-    CLI::App* command = application.add_subcommand("version", "Print the version that a document declares, without parsing it");
+    CLI::App* command =
+        application.add_subcommand("version", "Print the version that a document declares, without parsing it");
     command->add_option("FILE", m_file, "The document; - is standard input")->required();
-    command->add_option("--attribute", m_attribute, "The attribute of the first element that holds the version")->capture_default_str()->type_name("NAME");
+    command->add_option("--attribute", m_attribute, "The attribute of the first element that holds the version")
+        ->capture_default_str()
+        ->type_name("NAME");
     m_command = command;
 }
 
@@ -26,7 +29,8 @@ ExitStatus VersionCommand::Run()
     const VString attribute = VString::fromStdString(m_attribute);
     const Nullable<VersionNumber> version = VersionSniffer(source.Source(), attribute);
     if (!version.IsPresent()) {
-        StandardStreams::WriteError(FormatErrorLine(source.Name(), "The first element has no attribute \"" + attribute + "\"."));
+        StandardStreams::WriteError(
+            FormatErrorLine(source.Name(), "The first element has no attribute \"" + attribute + "\"."));
         return ExitStatus::Faulty;
     }
     StandardStreams::Write((version.GetValue().GetAsString() + "\n").toStdString());

@@ -46,7 +46,8 @@ void RequireUtf8(const std::vector<std::string>& arguments)
 {
     for (const std::string& argument : arguments) {
         const bool isUtf8 = FindInvalidUtf8(argument.data(), argument.size()) == argument.size();
-        if (!isUtf8) throw ToolError("The argument \"" + argument + "\" is not UTF-8");
+        if (!isUtf8)
+            throw ToolError("The argument \"" + argument + "\" is not UTF-8");
     }
 }
 
@@ -84,9 +85,12 @@ std::vector<std::string> MarkOperands(const std::vector<std::string>& arguments)
     std::vector<std::string> marked;
     bool areOperands = false;
     for (const std::string& argument : arguments) {
-        if (areOperands || argument.starts_with("[")) marked.push_back(operandMark + argument);
-        else if (argument == "--") areOperands = true;
-        else marked.push_back(argument);
+        if (areOperands || argument.starts_with("["))
+            marked.push_back(operandMark + argument);
+        else if (argument == "--")
+            areOperands = true;
+        else
+            marked.push_back(argument);
     }
     return marked;
 }
@@ -95,8 +99,10 @@ void UnmarkOperands(CLI::App& command)
 {
     const auto takesValues = [](const CLI::Option* option) { return option->get_items_expected_max() > 0; };
     const auto unmark = [](std::string value) { return value.starts_with(operandMark) ? value.substr(1) : value; };
-    for (CLI::Option* option : command.get_options(takesValues)) option->transform(unmark);
-    for (CLI::App* each : command.get_subcommands([](const CLI::App*) { return true; })) UnmarkOperands(*each);
+    for (CLI::Option* option : command.get_options(takesValues))
+        option->transform(unmark);
+    for (CLI::App* each : command.get_subcommands([](const CLI::App*) { return true; }))
+        UnmarkOperands(*each);
 }
 
 ExitStatus Run(const std::vector<std::string>& arguments)
@@ -105,20 +111,22 @@ ExitStatus Run(const std::vector<std::string>& arguments)
     const Commands commands = MakeCommands();
     CLI::App application("Reads, checks, queries and writes XML documents", "vanxml");
     application.require_subcommand(1);
-    application.allow_windows_style_options(false);   // "/a" is a path
+    application.allow_windows_style_options(false);  // "/a" is a path
     application.set_version_flag("--version", "vanxml " VANXML_VERSION);
-    for (const std::unique_ptr<Command>& command : commands) command->AddTo(application);
+    for (const std::unique_ptr<Command>& command : commands)
+        command->AddTo(application);
     UnmarkOperands(application);
 
     std::vector<std::string> marked = MarkOperands(arguments);
-    std::reverse(marked.begin(), marked.end());   // CLI11 reads from the end
+    std::reverse(marked.begin(), marked.end());  // CLI11 reads from the end
     try {
         application.parse(std::move(marked));
     } catch (const CLI::ParseError& error) {
         return EndOfParse(application, error);
     }
     for (const std::unique_ptr<Command>& command : commands) {
-        if (command->IsChosen()) return command->Run();
+        if (command->IsChosen())
+            return command->Run();
     }
     return ExitStatus::Failed;
 }

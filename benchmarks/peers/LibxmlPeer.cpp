@@ -24,7 +24,8 @@ public:
             xmlNodePtr next = xmlFirstElementChild(at);
             while (!next && at && at != root) {
                 next = xmlNextElementSibling(at);
-                if (!next) at = at->parent;
+                if (!next)
+                    at = at->parent;
             }
             at = next;
         }
@@ -47,24 +48,31 @@ public:
         // a prefix is one of the default namespace.
         bool hasDefault = false;
         for (xmlNsPtr at = context->node->nsDef; at; at = at->next) {
-            xmlXPathRegisterNs(context, at->prefix ? at->prefix : reinterpret_cast<const xmlChar*>("default"), at->href);
+            xmlXPathRegisterNs(
+                context, at->prefix ? at->prefix : reinterpret_cast<const xmlChar*>("default"), at->href);
             hasDefault = hasDefault || !at->prefix;
         }
         const std::string expression = hasDefault ? WithDefaultPrefix(path) : path;
-        xmlXPathObjectPtr result = xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expression.c_str()), context);
-        const std::size_t count = result && result->nodesetval ? static_cast<std::size_t>(result->nodesetval->nodeNr) : 0;
+        xmlXPathObjectPtr result =
+            xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expression.c_str()), context);
+        const std::size_t count =
+            result && result->nodesetval ? static_cast<std::size_t>(result->nodesetval->nodeNr) : 0;
         xmlXPathFreeObject(result);
         xmlXPathFreeContext(context);
         return count;
     }
-    std::unique_ptr<PeerDocument> Copy() const override { return std::make_unique<Document>(xmlCopyDoc(m_document, 1)); }
+    std::unique_ptr<PeerDocument> Copy() const override
+    {
+        return std::make_unique<Document>(xmlCopyDoc(m_document, 1));
+    }
 
 private:
     static std::string WithDefaultPrefix(const std::string& path)
     {
         std::string expression;
         for (std::size_t i = 0; i < path.size(); ++i) {
-            if ((i == 0 || path[i - 1] == '/') && path[i] != '/' && path[i] != '*') expression += "default:";
+            if ((i == 0 || path[i - 1] == '/') && path[i] != '/' && path[i] != '*')
+                expression += "default:";
             expression += path[i];
         }
         return expression;
@@ -78,8 +86,10 @@ private:
     static std::size_t CountAttributes(xmlNodePtr node)
     {
         std::size_t count = 0;
-        for (xmlAttrPtr at = node->properties; at; at = at->next) ++count;
-        for (xmlNsPtr at = node->nsDef; at; at = at->next) ++count;
+        for (xmlAttrPtr at = node->properties; at; at = at->next)
+            ++count;
+        for (xmlNsPtr at = node->nsDef; at; at = at->next)
+            ++count;
         return count;
     }
 
@@ -94,7 +104,8 @@ public:
     std::string Name() const override { return "libxml2"; }
     std::unique_ptr<PeerDocument> Parse(const std::string& bytes) override
     {
-        return std::make_unique<Document>(xmlCtxtReadMemory(m_context, bytes.data(), static_cast<int>(bytes.size()), "memory", nullptr, Options));
+        return std::make_unique<Document>(
+            xmlCtxtReadMemory(m_context, bytes.data(), static_cast<int>(bytes.size()), "memory", nullptr, Options));
     }
     std::unique_ptr<PeerDocument> ParseFile(const std::string& path) override
     {

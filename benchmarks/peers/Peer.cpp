@@ -10,6 +10,7 @@ std::vector<std::unique_ptr<Peer>> MakePeers(const std::string& name)
     peers.push_back(MakeLibxmlPeer());
     peers.push_back(MakeTinyxmlPeer());
     peers.push_back(MakePugixmlPeer());
-    if (!name.empty()) std::erase_if(peers, [&name](const std::unique_ptr<Peer>& peer) { return peer->Name() != name; });
+    if (!name.empty())
+        std::erase_if(peers, [&name](const std::unique_ptr<Peer>& peer) { return peer->Name() != name; });
     return peers;
 }

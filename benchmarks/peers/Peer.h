@@ -19,7 +19,8 @@ struct Digest {
     {
         ++elements;
         attributes += attributeCount;
-        for (const char c : name) names = (names ^ static_cast<unsigned char>(c)) * 1099511628211u;
+        for (const char c : name)
+            names = (names ^ static_cast<unsigned char>(c)) * 1099511628211u;
         names = (names ^ 0xFF) * 1099511628211u;
     }
     friend bool operator==(const Digest&, const Digest&) = default;
@@ -29,7 +30,8 @@ struct Digest {
 // none of its own: not every peer adds the defaults of a document type declaration.
 inline bool IsSameTree(const Digest& a, const Digest& b, std::string_view bytes)
 {
-    return a.elements == b.elements && a.names == b.names && (a.attributes == b.attributes || bytes.find("<!ATTLIST") != std::string_view::npos);
+    return a.elements == b.elements && a.names == b.names &&
+        (a.attributes == b.attributes || bytes.find("<!ATTLIST") != std::string_view::npos);
 }
 
 // A parsed document of a peer.

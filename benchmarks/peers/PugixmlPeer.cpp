@@ -23,12 +23,14 @@ public:
         for (pugi::xml_node at = root; at;) {
             if (at.type() == pugi::node_element) {
                 const auto attributes = at.attributes();
-                digest.Element(at.name(), static_cast<std::size_t>(std::distance(attributes.begin(), attributes.end())));
+                digest.Element(
+                    at.name(), static_cast<std::size_t>(std::distance(attributes.begin(), attributes.end())));
             }
             pugi::xml_node next = at.first_child();
             while (!next && at && at != root) {
                 next = at.next_sibling();
-                if (!next) at = at.parent();
+                if (!next)
+                    at = at.parent();
             }
             at = next;
         }
@@ -40,7 +42,10 @@ public:
         document.save(writer, "  ", pugi::format_default, pugi::encoding_utf8);
         return std::move(writer.text);
     }
-    std::size_t CountPath(const std::string& path) const override { return document.document_element().select_nodes(path.c_str()).size(); }
+    std::size_t CountPath(const std::string& path) const override
+    {
+        return document.document_element().select_nodes(path.c_str()).size();
+    }
     std::unique_ptr<PeerDocument> Copy() const override
     {
         auto copy = std::make_unique<Document>();

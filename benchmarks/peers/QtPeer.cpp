@@ -21,7 +21,8 @@ public:
             QDomElement next = at.firstChildElement();
             while (next.isNull() && !at.isNull() && at != root) {
                 next = at.nextSiblingElement();
-                if (next.isNull()) at = at.parentNode().toElement();
+                if (next.isNull())
+                    at = at.parentNode().toElement();
             }
             at = next;
         }

@@ -15,12 +15,14 @@ public:
         const tinyxml2::XMLElement* root = document.RootElement();
         for (const tinyxml2::XMLElement* at = root; at;) {
             std::size_t attributes = 0;
-            for (const tinyxml2::XMLAttribute* a = at->FirstAttribute(); a; a = a->Next()) ++attributes;
+            for (const tinyxml2::XMLAttribute* a = at->FirstAttribute(); a; a = a->Next())
+                ++attributes;
             digest.Element(at->Name(), attributes);
             const tinyxml2::XMLElement* next = at->FirstChildElement();
             while (!next && at && at != root) {
                 next = at->NextSiblingElement();
-                if (!next) at = at->Parent()->ToElement();
+                if (!next)
+                    at = at->Parent()->ToElement();
             }
             at = next;
         }

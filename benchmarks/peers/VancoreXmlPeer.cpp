@@ -18,18 +18,23 @@ public:
     {
         Digest digest;
         const DOMElement* root = m_dom->GetDocumentRoot();
-        if (!root) return digest;
+        if (!root)
+            return digest;
         for (const DOMElement& element : DOMElementTraversal::PreorderTraversalTemplate<DOMElement const>(*root))
             digest.Element(element.GetName().toStdString(), element.GetAttributes().size());
         return digest;
     }
-    std::string Write() const override { return XMLDomFormatter::RenderAsXMLString(*m_dom, nullptr, true).toStdString(); }
+    std::string Write() const override
+    {
+        return XMLDomFormatter::RenderAsXMLString(*m_dom, nullptr, true).toStdString();
+    }
     std::size_t CountPath(const std::string& path) const override
     {
         const VString text = VString::fromStdString(path);
         const DOMElement& root = *m_dom->GetDocumentRoot();
         std::size_t count = 0;
-        for (auto it = DOMPath::Walk(root, text).begin(), end = DOMPath::Walk(root, text).end(); it != end; ++it) ++count;
+        for (auto it = DOMPath::Walk(root, text).begin(), end = DOMPath::Walk(root, text).end(); it != end; ++it)
+            ++count;
         return count;
     }
     std::unique_ptr<PeerDocument> Copy() const override
@@ -39,7 +44,10 @@ public:
         return std::make_unique<Document>(std::move(copy));
     }
     bool CanCompare() const override { return true; }
-    bool Equals(const PeerDocument& other) const override { return *m_dom == *static_cast<const Document&>(other).m_dom; }
+    bool Equals(const PeerDocument& other) const override
+    {
+        return *m_dom == *static_cast<const Document&>(other).m_dom;
+    }
 
 private:
     std::unique_ptr<DOM> m_dom;
@@ -48,8 +56,14 @@ private:
 class VancoreXmlPeer : public Peer {
 public:
     std::string Name() const override { return "vancorexml"; }
-    std::unique_ptr<PeerDocument> Parse(const std::string& bytes) override { return std::make_unique<Document>(m_parser.ParseXmlString(bytes, VString("memory"))); }
-    std::unique_ptr<PeerDocument> ParseFile(const std::string& path) override { return std::make_unique<Document>(m_parser.ParseXmlFile(VString::fromStdString(path))); }
+    std::unique_ptr<PeerDocument> Parse(const std::string& bytes) override
+    {
+        return std::make_unique<Document>(m_parser.ParseXmlString(bytes, VString("memory")));
+    }
+    std::unique_ptr<PeerDocument> ParseFile(const std::string& path) override
+    {
+        return std::make_unique<Document>(m_parser.ParseXmlFile(VString::fromStdString(path)));
+    }
 
 private:
     DOMParser m_parser;

@@ -28,7 +28,8 @@ public:
             const xercesc::DOMElement* next = at->getFirstElementChild();
             while (!next && at && at != root) {
                 next = at->getNextElementSibling();
-                if (!next) at = static_cast<const xercesc::DOMElement*>(at->getParentNode());
+                if (!next)
+                    at = static_cast<const xercesc::DOMElement*>(at->getParentNode());
             }
             at = next;
         }
@@ -36,7 +37,8 @@ public:
     }
     std::string Write() const override
     {
-        xercesc::DOMLSSerializer* serializer = static_cast<xercesc::DOMImplementationLS&>(Implementation()).createLSSerializer();
+        xercesc::DOMLSSerializer* serializer =
+            static_cast<xercesc::DOMImplementationLS&>(Implementation()).createLSSerializer();
         xercesc::DOMLSOutput* output = static_cast<xercesc::DOMImplementationLS&>(Implementation()).createLSOutput();
         static const XMLCh utf8[] = {'U', 'T', 'F', '-', '8', 0};
         output->setEncoding(utf8);
@@ -48,11 +50,15 @@ public:
         serializer->release();
         return text;
     }
-    std::unique_ptr<PeerDocument> Copy() const override { return std::make_unique<Document>(static_cast<xercesc::DOMDocument*>(m_document->cloneNode(true))); }
+    std::unique_ptr<PeerDocument> Copy() const override
+    {
+        return std::make_unique<Document>(static_cast<xercesc::DOMDocument*>(m_document->cloneNode(true)));
+    }
     bool CanCompare() const override { return true; }
     bool Equals(const PeerDocument& other) const override
     {
-        return m_document->getDocumentElement()->isEqualNode(static_cast<const Document&>(other).m_document->getDocumentElement());
+        return m_document->getDocumentElement()->isEqualNode(
+            static_cast<const Document&>(other).m_document->getDocumentElement());
     }
 
 private:
@@ -72,7 +78,8 @@ public:
     std::string Name() const override { return "xerces-dom"; }
     std::unique_ptr<PeerDocument> Parse(const std::string& bytes) override
     {
-        xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(), "memory", false);
+        xercesc::MemBufInputSource source(
+            reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(), "memory", false);
         source.setCopyBufToStream(false);
         m_parser->parse(source);
         return std::make_unique<Document>(m_parser->adoptDocument());

@@ -16,7 +16,8 @@ public:
     {
         struct Counter : xercesc::DefaultHandler {
             Digest digest;
-            void startElement(const XMLCh*, const XMLCh*, const XMLCh* name, const xercesc::Attributes& attributes) override
+            void startElement(
+                const XMLCh*, const XMLCh*, const XMLCh* name, const xercesc::Attributes& attributes) override
             {
                 digest.Element(xercessession::ToUtf8(name), attributes.getLength());
             }

@@ -55,7 +55,8 @@ void ParseProgressively(xercesc::SAX2XMLReader& reader, const std::string& bytes
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(), "memory", false);
     source.setCopyBufToStream(false);
     xercesc::XMLPScanToken token;
-    if (!reader.parseFirst(source, token)) return;
+    if (!reader.parseFirst(source, token))
+        return;
     while (reader.parseNext(token)) {
     }
 }

@@ -29,7 +29,8 @@ namespace testsupport {
 
 // `run` raises the logic assertion with this file, line, expression text and code, and the
 // key that belongs to the code.
-inline void ExpectLogicException(const std::function<void()>& run, const char* file, int line, const char* text, std::uint32_t code)
+inline void ExpectLogicException(
+    const std::function<void()>& run, const char* file, int line, const char* text, std::uint32_t code)
 {
     try {
         run();
@@ -85,7 +86,10 @@ private:
 class CpuTimeLimit {
 public:
     explicit CpuTimeLimit(double seconds) : m_seconds(seconds) {}
-    ~CpuTimeLimit() { EXPECT_LT(static_cast<double>(std::clock() - m_start) / CLOCKS_PER_SEC, m_seconds) << "seconds of CPU time"; }
+    ~CpuTimeLimit()
+    {
+        EXPECT_LT(static_cast<double>(std::clock() - m_start) / CLOCKS_PER_SEC, m_seconds) << "seconds of CPU time";
+    }
     CpuTimeLimit(const CpuTimeLimit&) = delete;
     CpuTimeLimit& operator=(const CpuTimeLimit&) = delete;
 

@@ -27,7 +27,9 @@ StandaloneDOMElement& Append(StandaloneDOMElement& parent, const char* name)
 std::string Nodes(const StandaloneDOMElement& element)
 {
     std::string nodes;
-    element.WalkNodes([&nodes](const StandaloneDOMElement& child) { nodes += "[" + child.GetName().toStdString() + "]"; }, [&nodes](const VString& text) { nodes += "(" + text.toStdString() + ")"; });
+    element.WalkNodes(
+        [&nodes](const StandaloneDOMElement& child) { nodes += "[" + child.GetName().toStdString() + "]"; },
+        [&nodes](const VString& text) { nodes += "(" + text.toStdString() + ")"; });
     return nodes;
 }
 
@@ -58,7 +60,8 @@ TEST(StandaloneDOMElementTest, NewElementHasOnlyItsName)
     for (const StandaloneDOMElement* element : {&copied, &moved}) {
         EXPECT_EQ(element->GetName(), VString("b"));
         EXPECT_TRUE(element->IsEmpty());
-        EXPECT_FALSE(element->HasAttributes() || element->HasTextOrChildren() || element->HasText() || element->HasChildren() || element->IsEncoded());
+        EXPECT_FALSE(element->HasAttributes() || element->HasTextOrChildren() || element->HasText() ||
+            element->HasChildren() || element->IsEncoded());
     }
 }
 
@@ -113,7 +116,8 @@ TEST(StandaloneDOMElementTest, TryGetAttributeLeavesTheValueWhenThereIsNone)
 TEST(StandaloneDOMElementTest, GetAttributeRaisesWhenThereIsNone)
 {
     const StandaloneDOMElement element("a");
-    testsupport::ExpectLogicException([&] { element.GetAttribute("x"); }, File, 224, "it != m_attributes.end()", 0x16A1A876);
+    testsupport::ExpectLogicException(
+        [&] { element.GetAttribute("x"); }, File, 224, "it != m_attributes.end()", 0x16A1A876);
 }
 
 TEST(StandaloneDOMElementTest, TextsSideBySideAreOne)
@@ -155,7 +159,8 @@ TEST(StandaloneDOMElementTest, AnElementWithAttributesIsNotEmpty)
 TEST(StandaloneDOMElementTest, AppendChildRaisesForNull)
 {
     StandaloneDOMElement element("a");
-    testsupport::ExpectLogicException([&] { element.AppendChild(nullptr); }, File, 293, "element != nullptr", 0xE9519449);
+    testsupport::ExpectLogicException(
+        [&] { element.AppendChild(nullptr); }, File, 293, "element != nullptr", 0xE9519449);
     EXPECT_TRUE(element.IsEmpty());
 }
 
@@ -177,8 +182,10 @@ TEST(StandaloneDOMElementTest, InsertChildBeforeRaises)
     StandaloneDOMElement element("a");
     Append(element, "b");
     const StandaloneDOMElement other("c");
-    testsupport::ExpectLogicException([&] { element.InsertChildBefore(nullptr, other); }, File, 300, "element != nullptr", 0x41228A24);
-    testsupport::ExpectLogicException([&] { element.InsertChildBefore(Make("new"), other); }, File, 316, "false", 0xAD7AC3BE);
+    testsupport::ExpectLogicException(
+        [&] { element.InsertChildBefore(nullptr, other); }, File, 300, "element != nullptr", 0x41228A24);
+    testsupport::ExpectLogicException(
+        [&] { element.InsertChildBefore(Make("new"), other); }, File, 316, "false", 0xAD7AC3BE);
     EXPECT_EQ(Nodes(element), "[b]");
 }
 
@@ -292,11 +299,19 @@ TEST(StandaloneDOMElementTest, EveryDifferenceCounts)
         [](auto& e) { e.SetName("b"); },
         [](auto& e) { e.SetAttribute("x", "2"); },
         [](auto& e) { e.SetAttribute("z", "2"); },
-        [](auto& e) { e.RemoveAttribute("x"); e.SetAttribute("z", "1"); },
+        [](auto& e) {
+            e.RemoveAttribute("x");
+            e.SetAttribute("z", "1");
+        },
         [](auto& e) { e.AppendText("u"); },
         [](auto& e) { e.GetChild("b")->SetAttribute("y", "3"); },
         [](auto& e) { e.GetChild("b")->AppendText(""); },
-        [](auto& e) { auto child = e.RemoveChild(*e.GetChild("b")); e.EraseAllChildNodes(); e.AppendChild(std::move(child)); e.AppendText("t"); },
+        [](auto& e) {
+            auto child = e.RemoveChild(*e.GetChild("b"));
+            e.EraseAllChildNodes();
+            e.AppendChild(std::move(child));
+            e.AppendText("t");
+        },
     };
     for (const auto& change : changes) {
         const auto changed = base();
@@ -333,9 +348,11 @@ TEST(StandaloneDOMElementTest, AMillionLevelsNeedNoDeepStack)
         auto top = Make("a");
         for (int i = 0; i < 1000000; ++i) {
             auto parent = Make("a");
-            if (i % 3 == 0) parent->AppendText("t");
+            if (i % 3 == 0)
+                parent->AppendText("t");
             parent->AppendChild(std::move(top));
-            if (i % 5 == 0) parent->AppendChild(Make("b"));
+            if (i % 5 == 0)
+                parent->AppendChild(Make("b"));
             top = std::move(parent);
         }
         return top;

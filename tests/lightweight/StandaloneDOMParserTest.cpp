@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr const char* const Schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:attribute name='n' type='xs:int' default='7'/></xs:complexType></xs:element></xs:schema>";
+constexpr const char* const Schema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:attribute name='n' type='xs:int' default='7'/></xs:complexType></xs:element></xs:schema>";
 
 std::unique_ptr<InputSource> SchemaSource()
 {
@@ -83,10 +84,12 @@ TEST(StandaloneDOMParserTest, AFaultGivesTheTreeBuiltSoFarAndItsMessage)
 TEST(StandaloneDOMParserTest, ADocumentThatBlowsUpIsRefused)
 {
     std::string start = "<!DOCTYPE a [<!ENTITY e '" + std::string(1000000, 'x') + "'>]><a b='";
-    const auto [sound, noErrors] = StandaloneDOMParser().ParseXmlString(VString::fromStdString(start + "&e;&e;'/>"), "id");
+    const auto [sound, noErrors] =
+        StandaloneDOMParser().ParseXmlString(VString::fromStdString(start + "&e;&e;'/>"), "id");
     EXPECT_TRUE(noErrors.empty());
     EXPECT_EQ(sound->GetChildren()[0].get().GetAttribute("b").length(), 2000000);
-    for (int i = 0; i < 120; ++i) start += "&e;";
+    for (int i = 0; i < 120; ++i)
+        start += "&e;";
     const auto [tree, errors] = StandaloneDOMParser().ParseXmlString(VString::fromStdString(start + "'/>"), "id");
     ASSERT_EQ(errors.size(), 1u);
     EXPECT_TRUE(errors[0].contains("characters of entities"));
@@ -139,10 +142,12 @@ TEST(StandaloneDOMParserTest, AResourceServesAsASchema)
 TEST(StandaloneDOMParserTest, ABrokenSchemaSaysOnlyThatNothingIsDeclared)
 {
     StandaloneDOMParser parser;
-    parser.AddXSDInputSource(std::make_unique<StringInputSource>("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element", "broken.xsd", false));
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element", "broken.xsd", false));
     const auto errors = parser.ParseXmlString("<a/>", "id").second;
     ASSERT_FALSE(errors.empty());
-    for (const VString& error : errors) EXPECT_FALSE(error.contains("broken.xsd")) << error;
+    for (const VString& error : errors)
+        EXPECT_FALSE(error.contains("broken.xsd")) << error;
 }
 
 TEST(StandaloneDOMParserTest, ASchemaWithoutAnIdRaises)
@@ -184,7 +189,9 @@ TEST(StandaloneDOMParserTest, StatisticsComeOncePerParse)
 {
     StandaloneDOMParser parser;
     std::vector<std::pair<unsigned long long, VString>> seen;
-    parser.SetStatisticsEventHandler([&seen](const DOMParserStatistics& statistics) { seen.emplace_back(statistics.sourceSize, statistics.sourceId); });
+    parser.SetStatisticsEventHandler([&seen](const DOMParserStatistics& statistics) {
+        seen.emplace_back(statistics.sourceSize, statistics.sourceId);
+    });
     parser.ParseXmlString("  <ä/>", "first");
     parser.ParseXmlBytes({'<', 'a', '/', '>'});
     const std::vector<std::pair<unsigned long long, VString>> expected{{5, "first"}, {4, ""}};
@@ -203,7 +210,8 @@ TEST(StandaloneDOMParserTest, EveryEntryHasAScope)
     parser.ParseXmlBytes({'<', 'a', '/', '>'});
     parser.ParseXmlFile(folder.Write("a.xml", "<a/>"));
     Metrics::SetSink({});
-    for (const char* name : {"StandaloneDOMParser_ParseXmlString", "StandaloneDOMParser_ParseXmlBytes", "StandaloneDOMParser_ParseXmlFile"})
+    for (const char* name :
+        {"StandaloneDOMParser_ParseXmlString", "StandaloneDOMParser_ParseXmlBytes", "StandaloneDOMParser_ParseXmlFile"})
         EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << name;
     EXPECT_EQ(std::count(names.begin(), names.end(), "StandaloneDOMParser_ParseXmlInputSource"), 3);
 }
@@ -213,11 +221,14 @@ TEST(StandaloneDOMParserTest, AMillionLevelsParse)
     constexpr int depth = 1000000;
     std::string text;
     text.reserve(7 * depth);
-    for (int i = 0; i < depth; ++i) text += "<a>";
-    for (int i = 0; i < depth; ++i) text += "</a>";
+    for (int i = 0; i < depth; ++i)
+        text += "<a>";
+    for (int i = 0; i < depth; ++i)
+        text += "</a>";
     const auto [tree, errors] = StandaloneDOMParser().ParseXmlString(text, "deep");
     EXPECT_TRUE(errors.empty());
     int levels = 0;
-    for (const StandaloneDOMElement* at = tree->GetChild("a"); at; at = at->GetChild("a")) ++levels;
+    for (const StandaloneDOMElement* at = tree->GetChild("a"); at; at = at->GetChild("a"))
+        ++levels;
     EXPECT_EQ(levels, depth);
 }

@@ -22,7 +22,10 @@ const unsigned char* const NoBytes = reinterpret_cast<const unsigned char*>(std:
 std::vector<VString> Encode(const std::string& bytes, bool splitLines)
 {
     std::vector<VString> lines;
-    Base64Encode(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()), lines, splitLines);
+    Base64Encode(reinterpret_cast<const unsigned char*>(bytes.data()),
+        static_cast<unsigned int>(bytes.size()),
+        lines,
+        splitLines);
     return lines;
 }
 
@@ -36,14 +39,16 @@ std::string Decode(const VString& text)
 VString Repeat(const std::string& piece, int count)
 {
     std::string result;
-    for (int i = 0; i < count; ++i) result += piece;
+    for (int i = 0; i < count; ++i)
+        result += piece;
     return VString::fromStdString(result);
 }
 
 std::string RandomBytes(std::mt19937& random, std::size_t length)
 {
     std::string bytes(length, '\0');
-    for (char& byte : bytes) byte = static_cast<char>(random());
+    for (char& byte : bytes)
+        byte = static_cast<char>(random());
     return bytes;
 }
 
@@ -61,12 +66,13 @@ TEST_P(Base64EncodeTest, GivesOneLine)
     EXPECT_THAT(Encode(GetParam().bytes, false), ElementsAre(VString(GetParam().text)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, Base64EncodeTest, testing::Values(
-    EncodeRow{"OneByte", "M", "TQ=="},
-    EncodeRow{"TwoBytes", "Ma", "TWE="},
-    EncodeRow{"ThreeBytes", "Man", "TWFu"},
-    EncodeRow{"FourBytes", "ManM", "TWFuTQ=="},
-    EncodeRow{"LastOfTheAlphabet", "\xFB\xFF\xFE", "+//+"}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    Base64EncodeTest,
+    testing::Values(EncodeRow{"OneByte", "M", "TQ=="},
+        EncodeRow{"TwoBytes", "Ma", "TWE="},
+        EncodeRow{"ThreeBytes", "Man", "TWFu"},
+        EncodeRow{"FourBytes", "ManM", "TWFuTQ=="},
+        EncodeRow{"LastOfTheAlphabet", "\xFB\xFF\xFE", "+//+"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Base64EncodeLinesTest, NothingGivesNoLine)
@@ -112,7 +118,8 @@ TEST(Base64EncodeLinesTest, TooManyGroupsForOneLineAssert)
 {
     std::vector<VString> lines;
     const auto encode = [&lines] { Base64Encode(NoBytes, 0xBFFFFFFE, lines, false); };
-    testsupport::ExpectLogicException(encode, "vancorexml\\main\\parser\\Base64", 49, "onethird <= 0x3FFFFFFF", 0xD5E47E3E);
+    testsupport::ExpectLogicException(
+        encode, "vancorexml\\main\\parser\\Base64", 49, "onethird <= 0x3FFFFFFF", 0xD5E47E3E);
     EXPECT_THAT(lines, IsEmpty());
 }
 
@@ -139,27 +146,28 @@ TEST_P(Base64DecodeTest, Decodes)
 
 using namespace std::string_literals;
 
-INSTANTIATE_TEST_SUITE_P(Rows, Base64DecodeTest, testing::Values(
-    DecodeRow{"Empty", u"", ""},
-    DecodeRow{"WhiteSpaceOnly", u" \n\t", ""},
-    DecodeRow{"Whole", u"TWFu", "Man"},
-    DecodeRow{"OnePadding", u"TWE=", "Ma"},
-    DecodeRow{"TwoPaddings", u"TQ==", "M"},
-    DecodeRow{"ThreePaddings", u"T===", "L"},
-    DecodeRow{"Trimmed", u"  TWFu\r\n", "Man"},
-    DecodeRow{"LineFeedBetweenGroups", u"TWFu\nTQ==", "ManM"},
-    DecodeRow{"CharactersInsideAGroupAreSkipped", u"T-W.F u", "Man"},
-    DecodeRow{"CutWithoutPadding", u"TQ", "M\0\0"s},
-    DecodeRow{"OneCharacter", u"T", "L\0\0"s},
-    DecodeRow{"NothingValid", u"-", "\0\0\0"s},
-    DecodeRow{"InvalidBehindAGroup", u"TWFu-", "Man\0\0\0"s},
-    DecodeRow{"PaddingBehindAWholeGroup", u"TWFu==", "Man\0"s},
-    DecodeRow{"OnePaddingBehindAWholeGroup", u"TWFu=", "Man\0\0"s},
-    DecodeRow{"PaddingInsideAGroup", u"TQ==TWFu", "M\x16\xE0\0"s},
-    DecodeRow{"OnlyTheLowByteCounts", u"\u0154\u2657\u0646\u0175", "Man"},
-    DecodeRow{"LowByteIsPadding", u"TQ\u013D\u023D", "M"},
-    DecodeRow{"LastOfTheAlphabet", u"+//+", "\xFB\xFF\xFE"},
-    DecodeRow{"BesideTheAlphabet", u"*TW{F:@[`,.u", "Man"}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    Base64DecodeTest,
+    testing::Values(DecodeRow{"Empty", u"", ""},
+        DecodeRow{"WhiteSpaceOnly", u" \n\t", ""},
+        DecodeRow{"Whole", u"TWFu", "Man"},
+        DecodeRow{"OnePadding", u"TWE=", "Ma"},
+        DecodeRow{"TwoPaddings", u"TQ==", "M"},
+        DecodeRow{"ThreePaddings", u"T===", "L"},
+        DecodeRow{"Trimmed", u"  TWFu\r\n", "Man"},
+        DecodeRow{"LineFeedBetweenGroups", u"TWFu\nTQ==", "ManM"},
+        DecodeRow{"CharactersInsideAGroupAreSkipped", u"T-W.F u", "Man"},
+        DecodeRow{"CutWithoutPadding", u"TQ", "M\0\0"s},
+        DecodeRow{"OneCharacter", u"T", "L\0\0"s},
+        DecodeRow{"NothingValid", u"-", "\0\0\0"s},
+        DecodeRow{"InvalidBehindAGroup", u"TWFu-", "Man\0\0\0"s},
+        DecodeRow{"PaddingBehindAWholeGroup", u"TWFu==", "Man\0"s},
+        DecodeRow{"OnePaddingBehindAWholeGroup", u"TWFu=", "Man\0\0"s},
+        DecodeRow{"PaddingInsideAGroup", u"TQ==TWFu", "M\x16\xE0\0"s},
+        DecodeRow{"OnlyTheLowByteCounts", u"\u0154\u2657\u0646\u0175", "Man"},
+        DecodeRow{"LowByteIsPadding", u"TQ\u013D\u023D", "M"},
+        DecodeRow{"LastOfTheAlphabet", u"+//+", "\xFB\xFF\xFE"},
+        DecodeRow{"BesideTheAlphabet", u"*TW{F:@[`,.u", "Man"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Base64DecodeTextTest, ReplacesTheBytes)
@@ -192,17 +200,21 @@ std::string PlainDecode(const VString& text)
         int padding = 0;
         while (count < 4 && position + count < trimmed.length()) {
             const char character = static_cast<char>(trimmed[position + count] & 0xFF);
-            const std::size_t value = character >= '+' && character <= 'z' ? alphabet.find(character) : std::string::npos;
+            const std::size_t value =
+                character >= '+' && character <= 'z' ? alphabet.find(character) : std::string::npos;
             if (value != std::string::npos) {
                 values[count++] = static_cast<int>(value);
                 continue;
             }
-            if (character == '=') ++padding;
+            if (character == '=')
+                ++padding;
             ++position;
         }
         bytes += static_cast<char>(values[0] * 4 + values[1] / 16);
-        if (padding < 2) bytes += static_cast<char>(values[1] % 16 * 16 + values[2] / 4);
-        if (padding < 1) bytes += static_cast<char>(values[2] % 4 * 64 + values[3]);
+        if (padding < 2)
+            bytes += static_cast<char>(values[1] % 16 * 16 + values[2] / 4);
+        if (padding < 1)
+            bytes += static_cast<char>(values[2] % 4 * 64 + values[3]);
         position += 4;
     }
     return bytes;
@@ -211,7 +223,8 @@ std::string PlainDecode(const VString& text)
 VString RandomText(std::mt19937& random, const std::u16string& alphabet, std::size_t longest)
 {
     std::u16string text(random() % (longest + 1), u' ');
-    for (char16_t& unit : text) unit = alphabet[random() % alphabet.size()];
+    for (char16_t& unit : text)
+        unit = alphabet[random() % alphabet.size()];
     return VString(text.data(), text.size());
 }
 
@@ -238,22 +251,23 @@ TEST_P(Base64IsTest, Answers)
     EXPECT_EQ(IsBase64(GetParam().text), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, Base64IsTest, testing::Values(
-    IsBase64Row{"Empty", u"", true},
-    IsBase64Row{"Whole", u"TWFu", true},
-    IsBase64Row{"TwoGroups", u"TWFuTWFu", true},
-    IsBase64Row{"OnePadding", u"TWE=", true},
-    IsBase64Row{"TwoPaddings", u"TWFuTQ==", true},
-    IsBase64Row{"LastOfTheAlphabet", u"+/+/", true},
-    IsBase64Row{"ThreeCharacters", u"TQ=", false},
-    IsBase64Row{"NoPadding", u"TQ", false},
-    IsBase64Row{"ThreePaddings", u"T===", false},
-    IsBase64Row{"OnlyPadding", u"====", false},
-    IsBase64Row{"PaddingInside", u"TQ==TWFu", false},
-    IsBase64Row{"PaddingBeforeTheEnd", u"TQ=T", false},
-    IsBase64Row{"LineFeedInside", u"TWF\n", false},
-    IsBase64Row{"OtherCharacter", u"TW-u", false},
-    IsBase64Row{"OnlyTheLowByteFits", u"\u0154WFu", false}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    Base64IsTest,
+    testing::Values(IsBase64Row{"Empty", u"", true},
+        IsBase64Row{"Whole", u"TWFu", true},
+        IsBase64Row{"TwoGroups", u"TWFuTWFu", true},
+        IsBase64Row{"OnePadding", u"TWE=", true},
+        IsBase64Row{"TwoPaddings", u"TWFuTQ==", true},
+        IsBase64Row{"LastOfTheAlphabet", u"+/+/", true},
+        IsBase64Row{"ThreeCharacters", u"TQ=", false},
+        IsBase64Row{"NoPadding", u"TQ", false},
+        IsBase64Row{"ThreePaddings", u"T===", false},
+        IsBase64Row{"OnlyPadding", u"====", false},
+        IsBase64Row{"PaddingInside", u"TQ==TWFu", false},
+        IsBase64Row{"PaddingBeforeTheEnd", u"TQ=T", false},
+        IsBase64Row{"LineFeedInside", u"TWF\n", false},
+        IsBase64Row{"OtherCharacter", u"TW-u", false},
+        IsBase64Row{"OnlyTheLowByteFits", u"\u0154WFu", false}),
     [](const auto& row) { return row.param.name; });
 
 // The same language without an expression.

@@ -24,13 +24,14 @@ TEST(OutputTupleTest, EachValueIsAnElementWithTheFormattedValue)
 {
     XMLStringFormatter writer;
     OutputTuple(writer, Tuple{DataValue(), DataValue(true), DataValue(12), DataValue(0.5), DataValue("a<b")});
-    EXPECT_EQ(writer.GetOutput(), VString("<tuple>\n"
-                                          "  <value>%null%</value>\n"
-                                          "  <value>true</value>\n"
-                                          "  <value>12</value>\n"
-                                          "  <value>0.5</value>\n"
-                                          "  <value>&quot;a&lt;b&quot;</value>\n"
-                                          "</tuple>\n"));
+    EXPECT_EQ(writer.GetOutput(),
+        VString("<tuple>\n"
+                "  <value>%null%</value>\n"
+                "  <value>true</value>\n"
+                "  <value>12</value>\n"
+                "  <value>0.5</value>\n"
+                "  <value>&quot;a&lt;b&quot;</value>\n"
+                "</tuple>\n"));
 }
 
 TEST(OutputTupleTest, ValuesGoThroughTheContentTagOfThreeArguments)
@@ -61,7 +62,8 @@ public:
     void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content) override
     {
         XMLStringFormatter::OutputContentTag(tag, attributes, content);
-        if (m_tuple.GetSize() < 2) m_tuple.Append(DataValue(2));
+        if (m_tuple.GetSize() < 2)
+            m_tuple.Append(DataValue(2));
     }
 
 private:

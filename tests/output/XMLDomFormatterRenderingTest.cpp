@@ -29,7 +29,8 @@ TEST(XMLDomFormatterRenderingTest, GetOutputOfHeaderAndCommentsHasNoElement)
     writer.OutputComment("first");
     writer.OutputHeader();
     writer.OutputComment("second");
-    EXPECT_EQ(writer.GetOutput(FormatModeContent), VString("<?xml version='1.0' encoding='utf-8' ?>\n\n<!-- first -->\n<!-- second -->\n"));
+    EXPECT_EQ(writer.GetOutput(FormatModeContent),
+        VString("<?xml version='1.0' encoding='utf-8' ?>\n\n<!-- first -->\n<!-- second -->\n"));
 }
 
 TEST(XMLDomFormatterRenderingTest, GetOutputWritesTheFirstElementOnly)
@@ -61,8 +62,10 @@ TEST(XMLDomFormatterRenderingTest, GetOutputTakesTheMode)
 {
     XMLDomFormatter writer;
     writer.OutputContentTag("a", NoAttributes, LongMarkup);
-    EXPECT_EQ(writer.GetOutput(FormatModeStrict), VString("<a>a text with &lt;markup&gt; &amp; more, over 32 units</a>\n"));
-    EXPECT_EQ(writer.GetOutput(FormatModeContent), VString("<a><![CDATA[a text with <markup> & more, over 32 units]]></a>\n"));
+    EXPECT_EQ(
+        writer.GetOutput(FormatModeStrict), VString("<a>a text with &lt;markup&gt; &amp; more, over 32 units</a>\n"));
+    EXPECT_EQ(writer.GetOutput(FormatModeContent),
+        VString("<a><![CDATA[a text with <markup> & more, over 32 units]]></a>\n"));
 }
 
 TEST(XMLDomFormatterRenderingTest, GetOutputWritesBinaryVerbatim)
@@ -88,12 +91,13 @@ TEST(XMLDomFormatterRenderingTest, FormatWritesTextBesideChildrenWithoutTheTarge
 {
     XMLStringFormatter target;
     TestFormatter().Format(target, *MixedTree());
-    EXPECT_EQ(target.GetOutput(), VString("<a>\n"
-                                          "  <b>\n"
-                                          "    <c>\n&amp;\n    </c>\n"
-                                          "    <d />\n"
-                                          "inner  </b>\n"
-                                          "outer</a>\n"));
+    EXPECT_EQ(target.GetOutput(),
+        VString("<a>\n"
+                "  <b>\n"
+                "    <c>\n&amp;\n    </c>\n"
+                "    <d />\n"
+                "inner  </b>\n"
+                "outer</a>\n"));
 }
 
 TEST(XMLDomFormatterRenderingTest, FormatWritesThisWritersIndentationBeforeTextBesideChildren)
@@ -130,7 +134,8 @@ TEST(XMLDomFormatterRenderingTest, FormatWritesAMillionLevels)
 {
     DOMElement root(u"e");
     DOMElement* last = &root;
-    for (int level = 1; level < 1000000; ++level) last = &last->AddNewChild(u"e", nullptr);
+    for (int level = 1; level < 1000000; ++level)
+        last = &last->AddNewChild(u"e", nullptr);
     XMLStringFormatter target("", true);
     TestFormatter().Format(target, root);
     EXPECT_EQ(target.GetOutput().length(), 999999 * 7 + 5);
@@ -141,29 +146,34 @@ TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringWritesTheDocumentElementInCo
     DOM document;
     document.GetRoot().AddNewChild("a", nullptr).AddNewChild("b", nullptr).SetText(LongMarkup);
     VString comment = "c";
-    EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(document, &comment, true), VString("<?xml version='1.0' encoding='utf-8' ?>\n\n<!-- c -->\n<a>\n  <b><![CDATA[a text with <markup> & more, over 32 units]]></b>\n</a>\n"));
+    EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(document, &comment, true),
+        VString(
+            "<?xml version='1.0' encoding='utf-8' ?>\n\n<!-- c -->\n<a>\n  <b><![CDATA[a text with <markup> & more, over 32 units]]></b>\n</a>\n"));
 }
 
 TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringOfAnEmptyDocumentIsTheHeader)
 {
-    EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(DOM(), nullptr, true), VString("<?xml version='1.0' encoding='utf-8' ?>\n\n"));
+    EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(DOM(), nullptr, true),
+        VString("<?xml version='1.0' encoding='utf-8' ?>\n\n"));
     EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(DOM(), nullptr, false), VString());
 }
 
 TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringWritesAnElement)
 {
-    EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(*MixedTree(), nullptr, false), VString("<a>\n"
-                                                                                       "  <b>\n"
-                                                                                       "    <c>\n&amp;\n    </c>\n"
-                                                                                       "    <d />\n"
-                                                                                       "    inner  </b>\n"
-                                                                                       "  outer</a>\n"));
+    EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(*MixedTree(), nullptr, false),
+        VString("<a>\n"
+                "  <b>\n"
+                "    <c>\n&amp;\n    </c>\n"
+                "    <d />\n"
+                "    inner  </b>\n"
+                "  outer</a>\n"));
 }
 
 TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringOfAnElementHasHeaderAndComment)
 {
     VString comment = "c";
-    EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(DOMElement("a"), &comment, true), VString("<?xml version='1.0' encoding='utf-8' ?>\n\n<!-- c -->\n<a />\n"));
+    EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(DOMElement("a"), &comment, true),
+        VString("<?xml version='1.0' encoding='utf-8' ?>\n\n<!-- c -->\n<a />\n"));
 }
 
 }  // namespace

@@ -94,7 +94,8 @@ TEST(XMLDomFormatterTest, OutputCloseTagOfAnotherNameAssertsAndClosesNothing)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
-    testsupport::ExpectLogicException([&writer] { writer.OutputCloseTag("b"); }, SourceFile, 158, "e->GetName() == tag", 0x956FC18E);
+    testsupport::ExpectLogicException(
+        [&writer] { writer.OutputCloseTag("b"); }, SourceFile, 158, "e->GetName() == tag", 0x956FC18E);
     writer.OutputTag("c", NoAttributes);
     EXPECT_NE(writer.GetDocumentRoot()->GetChild("c"), nullptr);
 }
@@ -136,7 +137,8 @@ TEST(XMLDomFormatterTest, OutputDOMElementsAppendsACopyOfEach)
 std::string NamesOf(const DOMElement& element)
 {
     std::string names;
-    for (const DOMElement* child : element.GetChildren()) names += (names.empty() ? "" : " ") + NamesOf(*child);
+    for (const DOMElement* child : element.GetChildren())
+        names += (names.empty() ? "" : " ") + NamesOf(*child);
     return element.GetName().toStdString() + (names.empty() ? "" : "(" + names + ")");
 }
 
@@ -146,11 +148,13 @@ TEST(XMLDomFormatterTest, OutputDOMElementsAppendsTheChildrenThatTheOpenElementH
     constexpr std::size_t count = 127;
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
-    for (std::size_t i = 0; i < count; ++i) writer.OutputContentTag("b", NoAttributes, VString::number(i));
+    for (std::size_t i = 0; i < count; ++i)
+        writer.OutputContentTag("b", NoAttributes, VString::number(i));
     writer.OutputDOMElements(writer.GetDocumentRoot()->GetChildren());
     const auto children = writer.GetDocumentRoot()->GetChildren();
     ASSERT_EQ(children.size(), 2 * count);
-    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(*children[i + count], *children[i]);
+    for (std::size_t i = 0; i < count; ++i)
+        EXPECT_EQ(*children[i + count], *children[i]);
 }
 
 TEST(XMLDomFormatterTest, OutputDOMElementsOfAnAncestorAppendsToTheOpenElement)
@@ -306,7 +310,8 @@ TEST(XMLDomFormatterTest, OutputBinaryBesideATextAsserts)
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
     writer.OutputString("t");
-    testsupport::ExpectLogicException([&writer] { writer.OutputBinary(nullptr, 0); }, SourceFile, 139, "!e->HasText()", 0x9C70B807);
+    testsupport::ExpectLogicException(
+        [&writer] { writer.OutputBinary(nullptr, 0); }, SourceFile, 139, "!e->HasText()", 0x9C70B807);
     EXPECT_EQ(writer.GetDocumentRoot()->GetText(), VString("t"));
 }
 
@@ -348,7 +353,11 @@ class XMLDomFormatterClosedTest : public testing::TestWithParam<OperationRow> {
 protected:
     void ExpectAssertion(XMLDomFormatter& writer) const
     {
-        testsupport::ExpectLogicException([this, &writer] { GetParam().run(writer); }, SourceFile, GetParam().line, "m_stack.top() != nullptr", GetParam().code);
+        testsupport::ExpectLogicException([this, &writer] { GetParam().run(writer); },
+            SourceFile,
+            GetParam().line,
+            "m_stack.top() != nullptr",
+            GetParam().code);
     }
 };
 
@@ -369,20 +378,28 @@ TEST_P(XMLDomFormatterClosedTest, AssertsOnceTheDocumentIsTaken)
     EXPECT_TRUE(document->GetDocumentRoot()->IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Operations, XMLDomFormatterClosedTest, testing::Values(
-    OperationRow{"OutputAttributes", [](XMLDomFormatter& w) { w.OutputAttributes(SomeAttributes); }, 0x5619328D, 128},
-    OperationRow{"OutputDOMElement", [](XMLDomFormatter& w) { w.OutputDOMElement(DOMElement("e")); }, 0xD26E62DD, 191},
-    OperationRow{"OutputContent", [](XMLDomFormatter& w) { w.OutputContent("t", false); }, 0xCE4F4D17, 173},
-    OperationRow{"OutputContentOfAText", [](XMLDomFormatter& w) { w.OutputContent("t"); }, 0xCE4F4D17, 173},
-    OperationRow{"OutputContentTag", [](XMLDomFormatter& w) { w.OutputContentTag("e", SomeAttributes, "t"); }, 0x2AF5921A, 181},
-    OperationRow{"OutputComment", [](XMLDomFormatter& w) { w.OutputComment("c"); }, 0xBA49C527, 165},
-    OperationRow{"OutputCloseTag", [](XMLDomFormatter& w) { w.OutputCloseTag("Document"); }, 0x5C6709A4, 155},
-    OperationRow{"OutputOpenTag", [](XMLDomFormatter& w) { w.OutputOpenTag("e", SomeAttributes); }, 0xE04AB21E, 215},
-    OperationRow{"OutputTag", [](XMLDomFormatter& w) { w.OutputTag("e", SomeAttributes); }, 0xE6086904, 233},
-    OperationRow{"OutputHeader", [](XMLDomFormatter& w) { w.OutputHeader(); }, 0x968B6274, 200},
-    OperationRow{"OutputLine", [](XMLDomFormatter& w) { w.OutputLine("t"); }, 0x0F7E4CE7, 206},
-    OperationRow{"OutputString", [](XMLDomFormatter& w) { w.OutputString("t"); }, 0x32368D81, 225},
-    OperationRow{"OutputBinary", [](XMLDomFormatter& w) { w.OutputBinary(nullptr, 0); }, 0xE813A351, 136}),
+INSTANTIATE_TEST_SUITE_P(Operations,
+    XMLDomFormatterClosedTest,
+    testing::Values(
+        OperationRow{
+            "OutputAttributes", [](XMLDomFormatter& w) { w.OutputAttributes(SomeAttributes); }, 0x5619328D, 128},
+        OperationRow{
+            "OutputDOMElement", [](XMLDomFormatter& w) { w.OutputDOMElement(DOMElement("e")); }, 0xD26E62DD, 191},
+        OperationRow{"OutputContent", [](XMLDomFormatter& w) { w.OutputContent("t", false); }, 0xCE4F4D17, 173},
+        OperationRow{"OutputContentOfAText", [](XMLDomFormatter& w) { w.OutputContent("t"); }, 0xCE4F4D17, 173},
+        OperationRow{"OutputContentTag",
+            [](XMLDomFormatter& w) { w.OutputContentTag("e", SomeAttributes, "t"); },
+            0x2AF5921A,
+            181},
+        OperationRow{"OutputComment", [](XMLDomFormatter& w) { w.OutputComment("c"); }, 0xBA49C527, 165},
+        OperationRow{"OutputCloseTag", [](XMLDomFormatter& w) { w.OutputCloseTag("Document"); }, 0x5C6709A4, 155},
+        OperationRow{
+            "OutputOpenTag", [](XMLDomFormatter& w) { w.OutputOpenTag("e", SomeAttributes); }, 0xE04AB21E, 215},
+        OperationRow{"OutputTag", [](XMLDomFormatter& w) { w.OutputTag("e", SomeAttributes); }, 0xE6086904, 233},
+        OperationRow{"OutputHeader", [](XMLDomFormatter& w) { w.OutputHeader(); }, 0x968B6274, 200},
+        OperationRow{"OutputLine", [](XMLDomFormatter& w) { w.OutputLine("t"); }, 0x0F7E4CE7, 206},
+        OperationRow{"OutputString", [](XMLDomFormatter& w) { w.OutputString("t"); }, 0x32368D81, 225},
+        OperationRow{"OutputBinary", [](XMLDomFormatter& w) { w.OutputBinary(nullptr, 0); }, 0xE813A351, 136}),
     [](const auto& row) { return row.param.name; });
 
 TEST(XMLDomFormatterTest, FailedCommentAndHeaderAreNotKept)

@@ -78,7 +78,8 @@ TEST_P(XMLEscapingKindTest, TableHasTheEntryOfEveryUnit)
     table.fill(VString("left over"));
     InitMappingTableType(table, GetParam());
     ASSERT_EQ(table.size(), 63u);
-    for (char16_t unit = 0; unit < 0x3F; ++unit) EXPECT_EQ(table[unit].View(), PlainEntry(unit, GetParam())) << "unit " << static_cast<int>(unit);
+    for (char16_t unit = 0; unit < 0x3F; ++unit)
+        EXPECT_EQ(table[unit].View(), PlainEntry(unit, GetParam())) << "unit " << static_cast<int>(unit);
 }
 
 TEST_P(XMLEscapingKindTest, EveryUnitAloneIsEncodedAsInThePlainForm)
@@ -86,19 +87,23 @@ TEST_P(XMLEscapingKindTest, EveryUnitAloneIsEncodedAsInThePlainForm)
     const EscapeTable table(GetParam());
     for (int unit = 0; unit <= 0xFFFF; ++unit) {
         const std::u16string text(1, static_cast<char16_t>(unit));
-        ASSERT_EQ(EncodeWithTable(VString(text.data(), 1), table).View(), PlainEncode(text, GetParam())) << "unit " << unit;
+        ASSERT_EQ(EncodeWithTable(VString(text.data(), 1), table).View(), PlainEncode(text, GetParam()))
+            << "unit " << unit;
     }
 }
 
 TEST_P(XMLEscapingKindTest, RandomTextsAreEncodedAsInThePlainForm)
 {
     const EscapeTable table(GetParam());
-    const std::u16string alphabet = u"&<>'\"\t\n\r\x01\x1F a?@Z\x7F\x80\x81\u00E4\u65E5\uE000\uFFFD\uFFFE\uFFFF" + std::u16string{0, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF};
+    const std::u16string alphabet = u"&<>'\"\t\n\r\x01\x1F a?@Z\x7F\x80\x81\u00E4\u65E5\uE000\uFFFD\uFFFE\uFFFF" +
+        std::u16string{0, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF};
     std::mt19937 random(1);
     for (int round = 0; round < 100000; ++round) {
         std::u16string text(random() % 12, u' ');
-        for (char16_t& unit : text) unit = alphabet[random() % alphabet.size()];
-        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam())) << "round " << round;
+        for (char16_t& unit : text)
+            unit = alphabet[random() % alphabet.size()];
+        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam()))
+            << "round " << round;
     }
 }
 
@@ -108,7 +113,8 @@ TEST_P(XMLEscapingKindTest, EveryUnitAmongPlainOnesIsEncodedAsInThePlainForm)
     for (int unit = 0; unit <= 0xFFFF; ++unit) {
         std::u16string text(19, u'a');
         text[static_cast<std::size_t>(unit) % text.size()] = static_cast<char16_t>(unit);
-        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam())) << "unit " << unit;
+        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam()))
+            << "unit " << unit;
     }
 }
 
@@ -119,12 +125,15 @@ TEST_P(XMLEscapingKindTest, RandomPlainRunsAreEncodedAsInThePlainForm)
     std::mt19937 random(2);
     for (int round = 0; round < 50000; ++round) {
         std::u16string text;
-        for (int run = 0; run < 4; ++run) text.append(random() % 20, u'a').append(1 + random() % 2, others[random() % others.size()]);
-        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam())) << "round " << round;
+        for (int run = 0; run < 4; ++run)
+            text.append(random() % 20, u'a').append(1 + random() % 2, others[random() % others.size()]);
+        ASSERT_EQ(EncodeWithTable(VString(text.data(), text.size()), table).View(), PlainEncode(text, GetParam()))
+            << "round " << round;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, XMLEscapingKindTest, testing::Values(AttributeMapping, ContentMapping, ApostropheMapping));
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, XMLEscapingKindTest, testing::Values(AttributeMapping, ContentMapping, ApostropheMapping));
 
 TEST(XMLEscapingTest, KindsAreNumberedFromZero)
 {
@@ -138,7 +147,11 @@ class XMLEscapingUnknownKindTest : public testing::TestWithParam<int> {};
 TEST_P(XMLEscapingUnknownKindTest, InitMappingTableTypeAsserts)
 {
     MappingTable table;
-    testsupport::ExpectLogicException([&table] { InitMappingTableType(table, GetParam()); }, SourceFile, 120, "Unknown type passed to InitMappingTableType", 0xF6AD402C);
+    testsupport::ExpectLogicException([&table] { InitMappingTableType(table, GetParam()); },
+        SourceFile,
+        120,
+        "Unknown type passed to InitMappingTableType",
+        0xF6AD402C);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, XMLEscapingUnknownKindTest, testing::Values(-1, 3, 1000));
@@ -157,26 +170,29 @@ TEST_P(XMLEscapingAttributeTest, IsEncoded)
     EXPECT_EQ(XMLFormatter::EncodeAttributeString(VString(text.data(), text.size())).View(), GetParam().encoded);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, XMLEscapingAttributeTest, testing::Values(
-    EncodeRow{"Empty", u"", u""},
-    EncodeRow{"Markup", u"<a b='c' d=\"e\">&", u"&lt;a b=&apos;c&apos; d=&quot;e&quot;&gt;&amp;"},
-    EncodeRow{"WhiteSpace", u"a\n\t\rb c", u"a&#10;&#9;&#13;b c"},
-    EncodeRow{"Control", u"a\u0001b", u"a\\x1;b"},
-    EncodeRow{"ControlOfTwoDigits", u"\u001B", u"\\x1B;"},
-    EncodeRow{"Nul", std::u16string(1, u'\0'), u"\\x0;"},
-    EncodeRow{"QuestionMark", u"?", u"?"},
-    EncodeRow{"Delete", u"\u007F", u"\u007F"},
-    EncodeRow{"FirstBehindAscii", std::u16string(1, 0x80), std::u16string(1, 0x80)},
-    EncodeRow{"Pair", u"\U0001F600", u"\U0001F600"},
-    EncodeRow{"LastPair", u"\U0010FFFF", u"\U0010FFFF"},
-    EncodeRow{"PairBesideMarkup", u"<\U0001F600>", u"&lt;\U0001F600&gt;"},
-    EncodeRow{"HighHalfAtTheEnd", {u'a', 0xD800}, u"a\\xD800;"},
-    EncodeRow{"HighHalfBeforeText", {0xDBFF, u'a'}, u"\\xDBFF;a"},
-    EncodeRow{"LowHalf", {0xDC00, u'a'}, u"\\xDC00;a"},
-    EncodeRow{"TwoHighHalvesAndALow", {0xD800, 0xD83D, 0xDE00}, {u'\\', u'x', u'D', u'8', u'0', u'0', u';', 0xD83D, 0xDE00}},
-    EncodeRow{"SwappedHalves", {0xDE00, 0xD83D}, u"\\xDE00;\\xD83D;"},
-    EncodeRow{"NoCharacters", u"\uFFFE\uFFFF", u"\\xFFFE;\\xFFFF;"},
-    EncodeRow{"LastCharacter", u"\uFFFD", u"\uFFFD"}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    XMLEscapingAttributeTest,
+    testing::Values(EncodeRow{"Empty", u"", u""},
+        EncodeRow{"Markup", u"<a b='c' d=\"e\">&", u"&lt;a b=&apos;c&apos; d=&quot;e&quot;&gt;&amp;"},
+        EncodeRow{"WhiteSpace", u"a\n\t\rb c", u"a&#10;&#9;&#13;b c"},
+        EncodeRow{"Control", u"a\u0001b", u"a\\x1;b"},
+        EncodeRow{"ControlOfTwoDigits", u"\u001B", u"\\x1B;"},
+        EncodeRow{"Nul", std::u16string(1, u'\0'), u"\\x0;"},
+        EncodeRow{"QuestionMark", u"?", u"?"},
+        EncodeRow{"Delete", u"\u007F", u"\u007F"},
+        EncodeRow{"FirstBehindAscii", std::u16string(1, 0x80), std::u16string(1, 0x80)},
+        EncodeRow{"Pair", u"\U0001F600", u"\U0001F600"},
+        EncodeRow{"LastPair", u"\U0010FFFF", u"\U0010FFFF"},
+        EncodeRow{"PairBesideMarkup", u"<\U0001F600>", u"&lt;\U0001F600&gt;"},
+        EncodeRow{"HighHalfAtTheEnd", {u'a', 0xD800}, u"a\\xD800;"},
+        EncodeRow{"HighHalfBeforeText", {0xDBFF, u'a'}, u"\\xDBFF;a"},
+        EncodeRow{"LowHalf", {0xDC00, u'a'}, u"\\xDC00;a"},
+        EncodeRow{"TwoHighHalvesAndALow",
+            {0xD800, 0xD83D, 0xDE00},
+            {u'\\', u'x', u'D', u'8', u'0', u'0', u';', 0xD83D, 0xDE00}},
+        EncodeRow{"SwappedHalves", {0xDE00, 0xD83D}, u"\\xDE00;\\xD83D;"},
+        EncodeRow{"NoCharacters", u"\uFFFE\uFFFF", u"\\xFFFE;\\xFFFF;"},
+        EncodeRow{"LastCharacter", u"\uFFFD", u"\uFFFD"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(XMLEscapingTest, NothingToEscapeGivesTheSharedText)
@@ -187,12 +203,24 @@ TEST(XMLEscapingTest, NothingToEscapeGivesTheSharedText)
 }
 
 // Tests of units that answer with what they were told.
-bool NoUnit(char16_t) { return false; }
-bool AnyUnit(char16_t) { return true; }
+bool NoUnit(char16_t)
+{
+    return false;
+}
+bool AnyUnit(char16_t)
+{
+    return true;
+}
 
 int questions = 0;
-bool FirstThreeOnly(char16_t) { return ++questions <= 3; }
-bool AllButTheFirstThree(char16_t) { return ++questions > 3; }
+bool FirstThreeOnly(char16_t)
+{
+    return ++questions <= 3;
+}
+bool AllButTheFirstThree(char16_t)
+{
+    return ++questions > 3;
+}
 
 struct NumericRow {
     char16_t unit;
@@ -206,7 +234,14 @@ TEST_P(XMLEscapingNumericTest, HexadecimalHasNoLeadingZeros)
     EXPECT_EQ(EncodeWithTable(Unit(GetParam().unit), AttributeTable(), NoUnit), VString(GetParam().escape));
 }
 
-INSTANTIATE_TEST_SUITE_P(Lengths, XMLEscapingNumericTest, testing::Values(NumericRow{0x81, u"\\x81;"}, NumericRow{0xFF, u"\\xFF;"}, NumericRow{0x100, u"\\x100;"}, NumericRow{0xFFF, u"\\xFFF;"}, NumericRow{0x1000, u"\\x1000;"}, NumericRow{0xABCD, u"\\xABCD;"}));
+INSTANTIATE_TEST_SUITE_P(Lengths,
+    XMLEscapingNumericTest,
+    testing::Values(NumericRow{0x81, u"\\x81;"},
+        NumericRow{0xFF, u"\\xFF;"},
+        NumericRow{0x100, u"\\x100;"},
+        NumericRow{0xFFF, u"\\xFFF;"},
+        NumericRow{0x1000, u"\\x1000;"},
+        NumericRow{0xABCD, u"\\xABCD;"}));
 
 TEST(XMLEscapingTest, ValidityIsNotAskedUpTo0x80)
 {
@@ -245,9 +280,14 @@ TEST(XMLEscapingTest, TablesCanBeFirstUsedByManyThreads)
 {
     std::vector<VString> results(4);
     std::vector<std::thread> threads;
-    for (VString& result : results) threads.emplace_back([&result] { result = XMLFormatter::EncodeContentString("a & b, in a text that is longer than 32\n"); });
-    for (std::thread& thread : threads) thread.join();
-    for (const VString& result : results) EXPECT_EQ(result, VString("a &amp; b, in a text that is longer than 32\n"));
+    for (VString& result : results) {
+        threads.emplace_back(
+            [&result] { result = XMLFormatter::EncodeContentString("a & b, in a text that is longer than 32\n"); });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const VString& result : results)
+        EXPECT_EQ(result, VString("a &amp; b, in a text that is longer than 32\n"));
 }
 
 class XMLEscapingContentTest : public testing::TestWithParam<EncodeRow> {};
@@ -260,21 +300,24 @@ TEST_P(XMLEscapingContentTest, IsEncoded)
 
 const std::u16string X28(28, u'x');
 
-INSTANTIATE_TEST_SUITE_P(Rows, XMLEscapingContentTest, testing::Values(
-    EncodeRow{"Empty", u"", u""},
-    EncodeRow{"Of31IsEscapedAsAnAttribute", X28 + u"\n\t<", X28 + u"&#10;&#9;&lt;"},
-    EncodeRow{"Of31Quoted", u"\"" + X28 + u"<\"", u"&quot;" + X28 + u"&lt;&quot;"},
-    EncodeRow{"Of32KeepsLinesAndTabs", X28 + u"\n\tab", X28 + u"\n\tab"},
-    EncodeRow{"Of32EscapesTheRest", X28 + u">&'\"\r\u0001", X28 + u"&gt;&amp;&apos;&quot;&#13;\\x1;"},
-    EncodeRow{"Of32WithMarkupIsCData", X28 + u"\n<&>", u"<![CDATA[" + X28 + u"\n<&>]]>"},
-    EncodeRow{"CDataEndIsSplit", X28 + u"<]]>y", u"<![CDATA[" + X28 + u"<]]]]><![CDATA[>y]]>"},
-    EncodeRow{"CDataEndsAreSplit", X28 + u"<]]>]]>", u"<![CDATA[" + X28 + u"<]]]]><![CDATA[>]]]]><![CDATA[>]]>"},
-    EncodeRow{"CDataMayEndInBrackets", X28 + u"<]]]", u"<![CDATA[" + X28 + u"<]]]]]>"},
-    EncodeRow{"QuotesStayOutsideOfCData", u"\"" + X28 + u"<]]>\"", u"&quot;<![CDATA[" + X28 + u"<]]]]><![CDATA[>]]>&quot;"},
-    EncodeRow{"InnerQuotesStayInside", u"\"\"" + X28 + u"<\"\"", u"&quot;<![CDATA[\"" + X28 + u"<\"]]>&quot;"},
-    EncodeRow{"LeadingQuoteOnlyStaysInside", u"\"" + X28 + u"<<<", u"<![CDATA[\"" + X28 + u"<<<]]>"},
-    EncodeRow{"TrailingQuoteOnlyStaysInside", X28 + u"<<<\"", u"<![CDATA[" + X28 + u"<<<\"]]>"},
-    EncodeRow{"CDataKeepsControls", X28 + u"<\u0001\r\t", u"<![CDATA[" + X28 + u"<\u0001\r\t]]>"}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    XMLEscapingContentTest,
+    testing::Values(EncodeRow{"Empty", u"", u""},
+        EncodeRow{"Of31IsEscapedAsAnAttribute", X28 + u"\n\t<", X28 + u"&#10;&#9;&lt;"},
+        EncodeRow{"Of31Quoted", u"\"" + X28 + u"<\"", u"&quot;" + X28 + u"&lt;&quot;"},
+        EncodeRow{"Of32KeepsLinesAndTabs", X28 + u"\n\tab", X28 + u"\n\tab"},
+        EncodeRow{"Of32EscapesTheRest", X28 + u">&'\"\r\u0001", X28 + u"&gt;&amp;&apos;&quot;&#13;\\x1;"},
+        EncodeRow{"Of32WithMarkupIsCData", X28 + u"\n<&>", u"<![CDATA[" + X28 + u"\n<&>]]>"},
+        EncodeRow{"CDataEndIsSplit", X28 + u"<]]>y", u"<![CDATA[" + X28 + u"<]]]]><![CDATA[>y]]>"},
+        EncodeRow{"CDataEndsAreSplit", X28 + u"<]]>]]>", u"<![CDATA[" + X28 + u"<]]]]><![CDATA[>]]]]><![CDATA[>]]>"},
+        EncodeRow{"CDataMayEndInBrackets", X28 + u"<]]]", u"<![CDATA[" + X28 + u"<]]]]]>"},
+        EncodeRow{"QuotesStayOutsideOfCData",
+            u"\"" + X28 + u"<]]>\"",
+            u"&quot;<![CDATA[" + X28 + u"<]]]]><![CDATA[>]]>&quot;"},
+        EncodeRow{"InnerQuotesStayInside", u"\"\"" + X28 + u"<\"\"", u"&quot;<![CDATA[\"" + X28 + u"<\"]]>&quot;"},
+        EncodeRow{"LeadingQuoteOnlyStaysInside", u"\"" + X28 + u"<<<", u"<![CDATA[\"" + X28 + u"<<<]]>"},
+        EncodeRow{"TrailingQuoteOnlyStaysInside", X28 + u"<<<\"", u"<![CDATA[" + X28 + u"<<<\"]]>"},
+        EncodeRow{"CDataKeepsControls", X28 + u"<\u0001\r\t", u"<![CDATA[" + X28 + u"<\u0001\r\t]]>"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(XMLEscapingTest, OneQuoteIsNoQuotedText)

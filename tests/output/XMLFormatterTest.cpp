@@ -49,15 +49,26 @@ std::size_t SlotOf(Operation operation)
 TEST(XMLFormatterTest, VirtualOperationsKeepTheirSlots)
 {
     using F = XMLFormatter;
-    const std::vector<std::size_t> slots = {
-        SlotOf(&F::Indent), SlotOf(&F::Undent), SlotOf(&F::GetIndent), SlotOf(&F::Flush), SlotOf(&F::OutputAttributes),
-        SlotOf(&F::OutputDOMElement), SlotOf(&F::OutputDOMElements),
+    const std::vector<std::size_t> slots = {SlotOf(&F::Indent),
+        SlotOf(&F::Undent),
+        SlotOf(&F::GetIndent),
+        SlotOf(&F::Flush),
+        SlotOf(&F::OutputAttributes),
+        SlotOf(&F::OutputDOMElement),
+        SlotOf(&F::OutputDOMElements),
         SlotOf(static_cast<void (F::*)(const VString&, bool)>(&F::OutputContent)),
         SlotOf(static_cast<void (F::*)(const VString&)>(&F::OutputContent)),
-        SlotOf(static_cast<void (F::*)(const VString&, const AttributeMap&, const VString&, bool)>(&F::OutputContentTag)),
+        SlotOf(
+            static_cast<void (F::*)(const VString&, const AttributeMap&, const VString&, bool)>(&F::OutputContentTag)),
         SlotOf(static_cast<void (F::*)(const VString&, const AttributeMap&, const VString&)>(&F::OutputContentTag)),
-        SlotOf(&F::OutputComment), SlotOf(&F::OutputCloseTag), SlotOf(&F::OutputOpenTag), SlotOf(&F::OutputTag),
-        SlotOf(&F::OutputHeader), SlotOf(&F::OutputLine), SlotOf(&F::OutputString), SlotOf(&F::OutputBinary),
+        SlotOf(&F::OutputComment),
+        SlotOf(&F::OutputCloseTag),
+        SlotOf(&F::OutputOpenTag),
+        SlotOf(&F::OutputTag),
+        SlotOf(&F::OutputHeader),
+        SlotOf(&F::OutputLine),
+        SlotOf(&F::OutputString),
+        SlotOf(&F::OutputBinary),
         SlotOf(&XMLStringFormatter::GetOutput)};
     EXPECT_THAT(slots, ElementsAre(2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21));
 }
@@ -117,7 +128,14 @@ TEST(XMLFormatterTest, OutputHeaderIsTheDeclarationAndAnEmptyLine)
 {
     RecordingWriter writer;
     writer.OutputHeader();
-    EXPECT_THAT(writer.calls, ElementsAre("OutputHeader", "OutputLine(<?xml version='1.0' encoding='utf-8' ?>)", "emit(<?xml version='1.0' encoding='utf-8' ?>)", "emit(\n)", "OutputLine()", "emit()", "emit(\n)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputHeader",
+            "OutputLine(<?xml version='1.0' encoding='utf-8' ?>)",
+            "emit(<?xml version='1.0' encoding='utf-8' ?>)",
+            "emit(\n)",
+            "OutputLine()",
+            "emit()",
+            "emit(\n)"));
 }
 
 TEST(XMLFormatterTest, OutputHeaderOfASingleLineWriterIsTheDeclarationAlone)
@@ -133,14 +151,32 @@ TEST(XMLFormatterTest, OutputOpenTagGoesThroughAttributesAndLine)
     writer.Indent();
     writer.calls.clear();
     writer.OutputOpenTag("a", {{"y", "2"}, {"x", "1"}});
-    EXPECT_THAT(writer.calls, ElementsAre("OutputOpenTag(a)", "emit(  )", "emit(<)", "emit(a)", "OutputAttributes(2)", "emit( x='1')", "emit( y='2')", "OutputLine(>)", "emit(>)", "emit(\n)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputOpenTag(a)",
+            "emit(  )",
+            "emit(<)",
+            "emit(a)",
+            "OutputAttributes(2)",
+            "emit( x='1')",
+            "emit( y='2')",
+            "OutputLine(>)",
+            "emit(>)",
+            "emit(\n)"));
 }
 
 TEST(XMLFormatterTest, OutputTagEndsWithABlankAndASlash)
 {
     RecordingWriter writer;
     writer.OutputTag("a", NoAttributes);
-    EXPECT_THAT(writer.calls, ElementsAre("OutputTag(a)", "emit()", "emit(<)", "emit(a)", "OutputAttributes(0)", "OutputLine( />)", "emit( />)", "emit(\n)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputTag(a)",
+            "emit()",
+            "emit(<)",
+            "emit(a)",
+            "OutputAttributes(0)",
+            "OutputLine( />)",
+            "emit( />)",
+            "emit(\n)"));
 }
 
 TEST(XMLFormatterTest, OutputCloseTagGoesThroughLine)
@@ -149,7 +185,8 @@ TEST(XMLFormatterTest, OutputCloseTagGoesThroughLine)
     writer.Indent();
     writer.calls.clear();
     writer.OutputCloseTag("a");
-    EXPECT_THAT(writer.calls, ElementsAre("OutputCloseTag(a)", "emit(  )", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)", "emit(\n)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputCloseTag(a)", "emit(  )", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)", "emit(\n)"));
 }
 
 TEST(XMLFormatterTest, OutputAttributesOfAnEmptyMapEmitsNothing)
@@ -170,10 +207,14 @@ TEST(XMLFormatterTest, OutputAttributesSortsByCodeUnitsOfTheName)
 {
     AttributeMap attributes;
     std::vector<std::string> expected;
-    for (int i = 99; i >= 10; --i) attributes.insert_or_assign(VString::number(i), "v");
-    for (int i = 10; i <= 99; ++i) expected.push_back(" " + std::to_string(i) + "='v'");
-    for (const char* name : {"\xC3\xA4", "a", "Z"}) attributes.insert_or_assign(name, "v");
-    for (const char* name : {"Z", "a", "\xC3\xA4"}) expected.push_back(" " + std::string(name) + "='v'");
+    for (int i = 99; i >= 10; --i)
+        attributes.insert_or_assign(VString::number(i), "v");
+    for (int i = 10; i <= 99; ++i)
+        expected.push_back(" " + std::to_string(i) + "='v'");
+    for (const char* name : {"\xC3\xA4", "a", "Z"})
+        attributes.insert_or_assign(name, "v");
+    for (const char* name : {"Z", "a", "\xC3\xA4"})
+        expected.push_back(" " + std::string(name) + "='v'");
     RecordingWriter writer;
     writer.OutputAttributes(attributes);
     EXPECT_EQ(writer.pieces, expected);
@@ -235,21 +276,36 @@ TEST_P(XMLFormatterVerbatimTest, TextStandsOnLinesOfItsOwnBeforeTheIndentation)
     EXPECT_EQ(writer.calls, GetParam().calls);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, XMLFormatterVerbatimTest, testing::Values(
-    VerbatimRow{"Bare", "<&'>", false, {"emit(\n)", "emit(<&'>)", "emit(\n)", "GetIndent", "emit(  )"}},
-    VerbatimRow{"StartsWithALineFeed", "\nx", false, {"emit(\nx)", "emit(\n)", "GetIndent", "emit(  )"}},
-    VerbatimRow{"EndsWithALineFeed", "x\n", false, {"emit(\n)", "emit(x\n)", "GetIndent", "emit(  )"}},
-    VerbatimRow{"OneLineFeed", "\n", false, {"emit(\n)", "GetIndent", "emit(  )"}},
-    VerbatimRow{"Empty", "", false, {"emit(\n)", "emit()", "emit(\n)", "GetIndent", "emit(  )"}},
-    VerbatimRow{"SingleLine", "x", true, {"emit(x)", "GetIndent", "emit(  )"}}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    XMLFormatterVerbatimTest,
+    testing::Values(VerbatimRow{"Bare", "<&'>", false, {"emit(\n)", "emit(<&'>)", "emit(\n)", "GetIndent", "emit(  )"}},
+        VerbatimRow{"StartsWithALineFeed", "\nx", false, {"emit(\nx)", "emit(\n)", "GetIndent", "emit(  )"}},
+        VerbatimRow{"EndsWithALineFeed", "x\n", false, {"emit(\n)", "emit(x\n)", "GetIndent", "emit(  )"}},
+        VerbatimRow{"OneLineFeed", "\n", false, {"emit(\n)", "GetIndent", "emit(  )"}},
+        VerbatimRow{"Empty", "", false, {"emit(\n)", "emit()", "emit(\n)", "GetIndent", "emit(  )"}},
+        VerbatimRow{"SingleLine", "x", true, {"emit(x)", "GetIndent", "emit(  )"}}),
     [](const auto& row) { return row.param.name; });
 
 TEST(XMLFormatterTest, OutputContentTagGoesThroughAttributesContentAndLine)
 {
     RecordingWriter writer;
     writer.OutputContentTag("a", {{"x", "1"}}, "<", true);
-    EXPECT_THAT(writer.calls, ElementsAre("OutputContentTag encode(a)", "GetIndent", "emit()", "emit(<)", "emit(a)", "OutputAttributes(1)", "emit( x='1')", "emit(>)",
-                                          "OutputContent escaped(<)", "emit(&lt;)", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)", "emit(\n)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputContentTag encode(a)",
+            "GetIndent",
+            "emit()",
+            "emit(<)",
+            "emit(a)",
+            "OutputAttributes(1)",
+            "emit( x='1')",
+            "emit(>)",
+            "OutputContent escaped(<)",
+            "emit(&lt;)",
+            "emit(</)",
+            "emit(a)",
+            "OutputLine(>)",
+            "emit(>)",
+            "emit(\n)"));
 }
 
 TEST(XMLFormatterTest, OutputContentTagWithoutEncodeIsVerbatim)
@@ -264,7 +320,8 @@ TEST(XMLFormatterTest, OutputContentTagOfThreeArgumentsEncodes)
 {
     RecordingWriter writer;
     writer.OutputContentTag("a", NoAttributes, "x");
-    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3), ElementsAre("OutputContentTag(a)", "OutputContentTag encode(a)", "GetIndent"));
+    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3),
+        ElementsAre("OutputContentTag(a)", "OutputContentTag encode(a)", "GetIndent"));
 }
 
 TEST(XMLFormatterTest, OutputCommentGoesThroughIndentAndLine)
@@ -273,7 +330,15 @@ TEST(XMLFormatterTest, OutputCommentGoesThroughIndentAndLine)
     writer.Indent();
     writer.calls.clear();
     writer.OutputComment("a--b");
-    EXPECT_THAT(writer.calls, ElementsAre("OutputComment(a--b)", "GetIndent", "emit(  )", "emit(<!--)", "emit( a-&45;b )", "OutputLine(-->)", "emit(-->)", "emit(\n)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputComment(a--b)",
+            "GetIndent",
+            "emit(  )",
+            "emit(<!--)",
+            "emit( a-&45;b )",
+            "OutputLine(-->)",
+            "emit(-->)",
+            "emit(\n)"));
 }
 
 struct CommentRow {
@@ -291,14 +356,15 @@ TEST_P(XMLFormatterCommentTest, EveryPairOfHyphensIsBroken)
     EXPECT_EQ(writer.GetOutput(), VString(GetParam().written));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, XMLFormatterCommentTest, testing::Values(
-    CommentRow{"Empty", "", "<!--  -->\n"},
-    CommentRow{"Pair", "a--b", "<!-- a-&45;b -->\n"},
-    CommentRow{"TwoPairs", "--a--", "<!-- -&45;a-&45; -->\n"},
-    CommentRow{"ThreeHyphens", "---", "<!-- -&45;- -->\n"},
-    CommentRow{"FourHyphens", "----", "<!-- -&45;-&45; -->\n"},
-    CommentRow{"LastHyphen", "a-", "<!-- a- -->\n"},
-    CommentRow{"NothingElseIsEscaped", "<&\n", "<!-- <&\n -->\n"}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    XMLFormatterCommentTest,
+    testing::Values(CommentRow{"Empty", "", "<!--  -->\n"},
+        CommentRow{"Pair", "a--b", "<!-- a-&45;b -->\n"},
+        CommentRow{"TwoPairs", "--a--", "<!-- -&45;a-&45; -->\n"},
+        CommentRow{"ThreeHyphens", "---", "<!-- -&45;- -->\n"},
+        CommentRow{"FourHyphens", "----", "<!-- -&45;-&45; -->\n"},
+        CommentRow{"LastHyphen", "a-", "<!-- a- -->\n"},
+        CommentRow{"NothingElseIsEscaped", "<&\n", "<!-- <&\n -->\n"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(XMLFormatterTest, OutputBinaryWritesIndentedLinesOfBase64)
@@ -309,7 +375,16 @@ TEST(XMLFormatterTest, OutputBinaryWritesIndentedLinesOfBase64)
     const std::vector<unsigned char> bytes(55, 0);
     writer.OutputBinary(bytes.data(), 55);
     const std::string full(72, 'A');
-    EXPECT_THAT(writer.calls, ElementsAre("OutputBinary(55)", "emit(  )", "OutputLine(" + full + ")", "emit(" + full + ")", "emit(\n)", "emit(  )", "OutputLine(AA==)", "emit(AA==)", "emit(\n)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputBinary(55)",
+            "emit(  )",
+            "OutputLine(" + full + ")",
+            "emit(" + full + ")",
+            "emit(\n)",
+            "emit(  )",
+            "OutputLine(AA==)",
+            "emit(AA==)",
+            "emit(\n)"));
 }
 
 TEST(XMLFormatterTest, OutputBinaryOfNothingWritesNothing)
@@ -328,7 +403,9 @@ TEST(XMLFormatterTest, IndenterOpensAndIndentsThenUndentsAndCloses)
         EXPECT_EQ(writer.calls.back(), "Indent");
         writer.calls.clear();
     }
-    EXPECT_THAT(writer.calls, ElementsAre("Undent", "OutputCloseTag(a)", "emit()", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)", "emit(\n)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre(
+            "Undent", "OutputCloseTag(a)", "emit()", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)", "emit(\n)"));
 }
 
 TEST(XMLFormatterTest, IndenterKeepsACopyOfTheTag)

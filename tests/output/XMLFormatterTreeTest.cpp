@@ -23,7 +23,8 @@ std::unique_ptr<DOMElement> DeepTree()
 {
     auto root = std::make_unique<DOMElement>(u"e");
     DOMElement* last = root.get();
-    for (int level = 1; level < DeepLevels; ++level) last = &last->AddNewChild(u"e", nullptr);
+    for (int level = 1; level < DeepLevels; ++level)
+        last = &last->AddNewChild(u"e", nullptr);
     return root;
 }
 
@@ -56,7 +57,8 @@ TEST(XMLFormatterTreeTest, EmptyElementIsATag)
 {
     RecordingTreeWriter writer;
     writer.OutputDOMElement(DOMElement("a"));
-    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3), ElementsAre("OutputDOMElement(a)", "OutputTag(a)", "emit()"));
+    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3),
+        ElementsAre("OutputDOMElement(a)", "OutputTag(a)", "emit()"));
 }
 
 TEST(XMLFormatterTreeTest, ElementWithTextIsAnEncodedContentTag)
@@ -65,7 +67,8 @@ TEST(XMLFormatterTreeTest, ElementWithTextIsAnEncodedContentTag)
     element.SetText("t");
     RecordingTreeWriter writer;
     writer.OutputDOMElement(element);
-    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3), ElementsAre("OutputDOMElement(a)", "OutputContentTag encode(a)", "GetIndent"));
+    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3),
+        ElementsAre("OutputDOMElement(a)", "OutputContentTag encode(a)", "GetIndent"));
 }
 
 TEST(XMLFormatterTreeTest, ElementWithEncodedTextIsAVerbatimContentTag)
@@ -74,18 +77,20 @@ TEST(XMLFormatterTreeTest, ElementWithEncodedTextIsAVerbatimContentTag)
     element.SetText("&amp;", true);
     RecordingTreeWriter writer;
     writer.OutputDOMElement(element);
-    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3), ElementsAre("OutputDOMElement(a)", "OutputContentTag verbatim(a)", "GetIndent"));
+    EXPECT_THAT(std::vector<std::string>(writer.calls.begin(), writer.calls.begin() + 3),
+        ElementsAre("OutputDOMElement(a)", "OutputContentTag verbatim(a)", "GetIndent"));
 }
 
 TEST(XMLFormatterTreeTest, ChildrenComeBeforeTheText)
 {
-    EXPECT_EQ(Write<XMLStringFormatter>(*SmallTree()), VString("<a x='1'>\n"
-                                                              "  <b />\n"
-                                                              "  <c>&lt;</c>\n"
-                                                              "  <d>\n"
-                                                              "    <e>\n<f />\n    </e>\n"
-                                                              "    \n&amp;\n      </d>\n"
-                                                              "  t &amp; u</a>\n"));
+    EXPECT_EQ(Write<XMLStringFormatter>(*SmallTree()),
+        VString("<a x='1'>\n"
+                "  <b />\n"
+                "  <c>&lt;</c>\n"
+                "  <d>\n"
+                "    <e>\n<f />\n    </e>\n"
+                "    \n&amp;\n      </d>\n"
+                "  t &amp; u</a>\n"));
 }
 
 TEST(XMLFormatterTreeTest, ElementWithChildrenGoesThroughIndenterChildrenAndText)
@@ -95,11 +100,35 @@ TEST(XMLFormatterTreeTest, ElementWithChildrenGoesThroughIndenterChildrenAndText
     element.SetText("t");
     RecordingTreeWriter writer("", true);
     writer.OutputDOMElement(element);
-    EXPECT_THAT(writer.calls, ElementsAre(
-        "OutputDOMElement(a)", "OutputOpenTag(a)", "emit()", "emit(<)", "emit(a)", "OutputAttributes(0)", "OutputLine(>)", "emit(>)", "Indent",
-        "OutputDOMElement(b)", "OutputTag(b)", "emit()", "emit(<)", "emit(b)", "OutputAttributes(0)", "OutputLine( />)", "emit( />)",
-        "GetIndent", "emit()", "OutputContent escaped(t)", "emit(t)",
-        "Undent", "OutputCloseTag(a)", "emit()", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputDOMElement(a)",
+            "OutputOpenTag(a)",
+            "emit()",
+            "emit(<)",
+            "emit(a)",
+            "OutputAttributes(0)",
+            "OutputLine(>)",
+            "emit(>)",
+            "Indent",
+            "OutputDOMElement(b)",
+            "OutputTag(b)",
+            "emit()",
+            "emit(<)",
+            "emit(b)",
+            "OutputAttributes(0)",
+            "OutputLine( />)",
+            "emit( />)",
+            "GetIndent",
+            "emit()",
+            "OutputContent escaped(t)",
+            "emit(t)",
+            "Undent",
+            "OutputCloseTag(a)",
+            "emit()",
+            "emit(</)",
+            "emit(a)",
+            "OutputLine(>)",
+            "emit(>)"));
 }
 
 TEST(XMLFormatterTreeTest, OutputDOMElementsWritesEachInOrder)
@@ -109,15 +138,32 @@ TEST(XMLFormatterTreeTest, OutputDOMElementsWritesEachInOrder)
     element.AddNewChild("c", nullptr);
     RecordingTreeWriter writer("", true);
     writer.OutputDOMElements(element.GetChildren());
-    EXPECT_THAT(writer.calls, ElementsAre(
-        "OutputDOMElements(2)",
-        "OutputDOMElement(b)", "OutputTag(b)", "emit()", "emit(<)", "emit(b)", "OutputAttributes(0)", "OutputLine( />)", "emit( />)",
-        "OutputDOMElement(c)", "OutputTag(c)", "emit()", "emit(<)", "emit(c)", "OutputAttributes(0)", "OutputLine( />)", "emit( />)"));
+    EXPECT_THAT(writer.calls,
+        ElementsAre("OutputDOMElements(2)",
+            "OutputDOMElement(b)",
+            "OutputTag(b)",
+            "emit()",
+            "emit(<)",
+            "emit(b)",
+            "OutputAttributes(0)",
+            "OutputLine( />)",
+            "emit( />)",
+            "OutputDOMElement(c)",
+            "OutputTag(c)",
+            "emit()",
+            "emit(<)",
+            "emit(c)",
+            "OutputAttributes(0)",
+            "OutputLine( />)",
+            "emit( />)"));
 }
 
 std::vector<std::string> WithoutElementCalls(std::vector<std::string> calls)
 {
-    calls.erase(std::remove_if(calls.begin(), calls.end(), [](const std::string& call) { return call.rfind("OutputDOMElement(", 0) == 0; }), calls.end());
+    calls.erase(std::remove_if(calls.begin(),
+                    calls.end(),
+                    [](const std::string& call) { return call.rfind("OutputDOMElement(", 0) == 0; }),
+        calls.end());
     return calls;
 }
 
@@ -137,8 +183,10 @@ template <typename Writer>
 std::vector<std::string> CallsUntilFailure(std::size_t call, bool once, bool& thrown)
 {
     Writer writer;
-    if (once) writer.FailOnce(call);
-    else writer.FailFrom(call);
+    if (once)
+        writer.FailOnce(call);
+    else
+        writer.FailFrom(call);
     thrown = false;
     try {
         writer.OutputDOMElement(*SmallTree());
@@ -165,7 +213,9 @@ TEST_P(XMLFormatterTreeFailureTest, EverySinkFailureClosesTheSameElements)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Failures, XMLFormatterTreeFailureTest, testing::Bool(), [](const auto& row) { return row.param ? "Once" : "FromThenOn"; });
+INSTANTIATE_TEST_SUITE_P(Failures, XMLFormatterTreeFailureTest, testing::Bool(), [](const auto& row) {
+    return row.param ? "Once" : "FromThenOn";
+});
 
 TEST(XMLFormatterTreeTest, FailureInTheDepthClosesFromTheInsideOut)
 {
@@ -176,10 +226,23 @@ TEST(XMLFormatterTreeTest, FailureInTheDepthClosesFromTheInsideOut)
     EXPECT_THROW(writer.OutputDOMElement(element), std::runtime_error);
     const auto failed = std::find(writer.calls.begin(), writer.calls.end(), "OutputTag(c)");
     ASSERT_NE(failed, writer.calls.end());
-    EXPECT_THAT(std::vector<std::string>(failed, writer.calls.end()), ElementsAre(
-        "OutputTag(c)", "emit()",
-        "Undent", "OutputCloseTag(b)", "emit()", "emit(</)", "emit(b)", "OutputLine(>)", "emit(>)",
-        "Undent", "OutputCloseTag(a)", "emit()", "emit(</)", "emit(a)", "OutputLine(>)", "emit(>)"));
+    EXPECT_THAT(std::vector<std::string>(failed, writer.calls.end()),
+        ElementsAre("OutputTag(c)",
+            "emit()",
+            "Undent",
+            "OutputCloseTag(b)",
+            "emit()",
+            "emit(</)",
+            "emit(b)",
+            "OutputLine(>)",
+            "emit(>)",
+            "Undent",
+            "OutputCloseTag(a)",
+            "emit()",
+            "emit(</)",
+            "emit(a)",
+            "OutputLine(>)",
+            "emit(>)"));
 }
 
 TEST(XMLFormatterTreeTest, FailureInACloseTagIsSwallowedAndTheWalkGoesOn)
@@ -196,7 +259,10 @@ TEST(XMLFormatterTreeTest, FailureInACloseTagIsSwallowedAndTheWalkGoesOn)
 // A derived class that overrides nothing around whole elements.
 class UpperWriter : public XMLStringFormatter {
 public:
-    void OutputString(const VString& text) override { XMLStringFormatter::OutputString(VString(text.ToQString().toUpper())); }
+    void OutputString(const VString& text) override
+    {
+        XMLStringFormatter::OutputString(VString(text.ToQString().toUpper()));
+    }
 };
 
 TEST(XMLFormatterTreeTest, DerivedClassWritesTheSame)
@@ -275,7 +341,8 @@ public:
 
     void OutputDOMElement(const DOMElement& element) override
     {
-        if (!element.HasAttribute("hidden")) XMLStringFormatter::OutputDOMElement(element);
+        if (!element.HasAttribute("hidden"))
+            XMLStringFormatter::OutputDOMElement(element);
     }
 };
 
@@ -295,7 +362,8 @@ public:
     void OutputTag(const VString& tag, const AttributeMap& attributes) override
     {
         XMLStringFormatter::OutputTag(tag, attributes);
-        if (tag != VString("b")) return;
+        if (tag != VString("b"))
+            return;
         DOMElement inner("i");
         inner.AddNewChild("j", nullptr);
         OutputDOMElement(inner);
@@ -357,7 +425,8 @@ class FullWriter : public CountingWriter {
 public:
     void OutputString(const VString&) override
     {
-        if (++pieces > 4 * (DeepLevels - 1)) throw std::length_error("full");
+        if (++pieces > 4 * (DeepLevels - 1))
+            throw std::length_error("full");
     }
 
     int pieces = 0;
@@ -407,12 +476,13 @@ TEST_P(XMLFormatterDocumentTest, FormatDOMOfAnElementWritesIt)
     EXPECT_EQ(Format(DOMElement("a")), VString(GetParam().expected) + VString("<a />"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, XMLFormatterDocumentTest, testing::Values(
-    DocumentRow{"Bare", nullptr, false, ""},
-    DocumentRow{"Header", nullptr, true, "<?xml version='1.0' encoding='utf-8' ?>"},
-    DocumentRow{"Comment", "c--d", false, "<!-- c-&45;d -->"},
-    DocumentRow{"EmptyComment", "", false, "<!--  -->"},
-    DocumentRow{"HeaderAndComment", "c", true, "<?xml version='1.0' encoding='utf-8' ?><!-- c -->"}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    XMLFormatterDocumentTest,
+    testing::Values(DocumentRow{"Bare", nullptr, false, ""},
+        DocumentRow{"Header", nullptr, true, "<?xml version='1.0' encoding='utf-8' ?>"},
+        DocumentRow{"Comment", "c--d", false, "<!-- c-&45;d -->"},
+        DocumentRow{"EmptyComment", "", false, "<!--  -->"},
+        DocumentRow{"HeaderAndComment", "c", true, "<?xml version='1.0' encoding='utf-8' ?><!-- c -->"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(XMLFormatterTreeTest, FormatDOMGoesThroughVirtualCalls)

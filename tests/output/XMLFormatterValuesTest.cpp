@@ -40,20 +40,21 @@ TEST_P(XMLFormatterNumberTest, FloatHas6Digits)
 
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 
-INSTANTIATE_TEST_SUITE_P(Rows, XMLFormatterNumberTest, testing::Values(
-    NumberRow{"Zero", 0.0, "0", "0"},
-    NumberRow{"NegativeZero", -0.0, "-0", "-0"},
-    NumberRow{"Whole", 12.0, "12", "12"},
-    NumberRow{"Half", -0.5, "-0.5", "-0.5"},
-    NumberRow{"Tenth", 0.1, "0.10000000000000001", "0.1"},
-    NumberRow{"Third", 1.0 / 3, "0.33333333333333331", "0.333333"},
-    NumberRow{"Million", 1e6, "1000000", "1e+06"},
-    NumberRow{"Large", 1e20, "1e+20", "1e+20"},
-    NumberRow{"LastFixed", 1e16, "10000000000000000", "1e+16"},
-    NumberRow{"Small", 0.0001, "0.0001", "0.0001"},
-    NumberRow{"Smaller", 0.00001, "1.0000000000000001e-05", "1e-05"},
-    NumberRow{"Infinity", Infinity, "inf", "inf"},
-    NumberRow{"NegativeInfinity", -Infinity, "-inf", "-inf"}),
+INSTANTIATE_TEST_SUITE_P(Rows,
+    XMLFormatterNumberTest,
+    testing::Values(NumberRow{"Zero", 0.0, "0", "0"},
+        NumberRow{"NegativeZero", -0.0, "-0", "-0"},
+        NumberRow{"Whole", 12.0, "12", "12"},
+        NumberRow{"Half", -0.5, "-0.5", "-0.5"},
+        NumberRow{"Tenth", 0.1, "0.10000000000000001", "0.1"},
+        NumberRow{"Third", 1.0 / 3, "0.33333333333333331", "0.333333"},
+        NumberRow{"Million", 1e6, "1000000", "1e+06"},
+        NumberRow{"Large", 1e20, "1e+20", "1e+20"},
+        NumberRow{"LastFixed", 1e16, "10000000000000000", "1e+16"},
+        NumberRow{"Small", 0.0001, "0.0001", "0.0001"},
+        NumberRow{"Smaller", 0.00001, "1.0000000000000001e-05", "1e-05"},
+        NumberRow{"Infinity", Infinity, "inf", "inf"},
+        NumberRow{"NegativeInfinity", -Infinity, "-inf", "-inf"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(XMLFormatterValuesTest, DoublesComeBack)
@@ -63,15 +64,18 @@ TEST(XMLFormatterValuesTest, DoublesComeBack)
         const std::uint64_t bits = random();
         double value;
         std::memcpy(&value, &bits, sizeof value);
-        if (!std::isfinite(value)) continue;
+        if (!std::isfinite(value))
+            continue;
         ASSERT_EQ(std::strtod(XMLFormatter::FormatDoubleAttribute(value).toStdString().c_str(), nullptr), value);
     }
 }
 
 TEST(XMLFormatterValuesTest, Int64IsDecimal)
 {
-    EXPECT_EQ(XMLFormatter::FormatInt64Attribute(std::numeric_limits<std::int64_t>::min()), VString("-9223372036854775808"));
-    EXPECT_EQ(XMLFormatter::FormatInt64Attribute(std::numeric_limits<std::int64_t>::max()), VString("9223372036854775807"));
+    EXPECT_EQ(
+        XMLFormatter::FormatInt64Attribute(std::numeric_limits<std::int64_t>::min()), VString("-9223372036854775808"));
+    EXPECT_EQ(
+        XMLFormatter::FormatInt64Attribute(std::numeric_limits<std::int64_t>::max()), VString("9223372036854775807"));
 }
 
 TEST(XMLFormatterValuesTest, IntegerIsDecimal)

@@ -73,7 +73,8 @@ TEST(XMLStringFormatterTest, OwnOutputCanBeWrittenAgain)
 {
     XMLStringFormatter writer;
     writer.OutputString("ab");
-    for (int round = 0; round < 3; ++round) writer.OutputString(writer.GetOutput());
+    for (int round = 0; round < 3; ++round)
+        writer.OutputString(writer.GetOutput());
     EXPECT_EQ(writer.GetOutput(), VString("abababababababab"));
 }
 

@@ -9,7 +9,9 @@ namespace {
 // Remembers the schemas it is given instead of loading them.
 class SchemaCollector : public AbstractXMLParser {
 public:
-    SchemaCollector(InputSource& input, std::shared_ptr<SAXInterface> handler) : AbstractXMLParser(input, std::move(handler)) {}
+    SchemaCollector(InputSource& input, std::shared_ptr<SAXInterface> handler)
+        : AbstractXMLParser(input, std::move(handler))
+    {}
 
     using AbstractXMLParser::GetHandler;
     using AbstractXMLParser::GetInput;

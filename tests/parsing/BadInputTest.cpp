@@ -15,7 +15,7 @@ using Events = std::vector<std::string>;
 struct FaultRow {
     const char* name;
     std::string bytes;
-    const char* message;   // how the last error begins
+    const char* message;  // how the last error begins
 };
 
 const FaultRow FaultRows[] = {
@@ -52,7 +52,8 @@ TEST(BadInputTest, AFaultyDocumentIsAnError)
 
 TEST(BadInputTest, BytesCutInsideACharacterAreAnError)
 {
-    for (const char* bytes : {"<a>\xC3", "<a>\xC3</a>", "<a>\xE2\x82", "<a>\xF0\x9F\x98</a>", "<a b='\xC3'/>", "<\xC3"}) {
+    for (const char* bytes :
+        {"<a>\xC3", "<a>\xC3</a>", "<a>\xE2\x82", "<a>\xF0\x9F\x98</a>", "<a b='\xC3'/>", "<\xC3"}) {
         SCOPED_TRACE(bytes);
         const ParseResult result = ParseBytes(bytes);
         EXPECT_FALSE(result.errors.empty());
@@ -61,7 +62,8 @@ TEST(BadInputTest, BytesCutInsideACharacterAreAnError)
 
 TEST(BadInputTest, EveryCutOfADocumentIsAnError)
 {
-    const std::string text = "<?xml version='1.0'?><!DOCTYPE a [<!ENTITY e 'x'>]><a b='1'>&e;\xC3\xA4<![CDATA[y]]><!-- c --><?p i?></a>";
+    const std::string text =
+        "<?xml version='1.0'?><!DOCTYPE a [<!ENTITY e 'x'>]><a b='1'>&e;\xC3\xA4<![CDATA[y]]><!-- c --><?p i?></a>";
     for (std::size_t length = 0; length < text.size(); ++length) {
         SCOPED_TRACE(length);
         EXPECT_FALSE(ParseBytes(text.substr(0, length)).errors.empty());
@@ -118,7 +120,8 @@ TEST(BadInputTest, TheExternalDtdSubsetIsPassedOver)
     EXPECT_EQ(result.events, (Events{"<a>", "</>"}));
 }
 
-const VString ExpansionLimit = "parser has encountered more than '50000' entity expansions in the document; this is the limit imposed by the application (id: id)";
+const VString ExpansionLimit =
+    "parser has encountered more than '50000' entity expansions in the document; this is the limit imposed by the application (id: id)";
 
 TEST(BadInputTest, GeneralEntityBombEnds)
 {
@@ -143,9 +146,11 @@ TEST(BadInputTest, ParameterEntityBombEnds)
 TEST(BadInputTest, ManyUsesOfAParameterEntityCountToo)
 {
     std::string text = "<!DOCTYPE r [<!ENTITY % e0 ''><!ENTITY % e1 '";
-    for (int i = 0; i < 300; ++i) text += "&#37;e0;";
+    for (int i = 0; i < 300; ++i)
+        text += "&#37;e0;";
     text += "'>";
-    for (int i = 0; i < 300; ++i) text += "%e1;";
+    for (int i = 0; i < 300; ++i)
+        text += "%e1;";
     const ParseResult result = ParseBytes(text + "]><r/>");
     ASSERT_EQ(result.errors.size(), 1u);
     EXPECT_TRUE(result.errors[0].endsWith(ExpansionLimit));
@@ -155,7 +160,8 @@ TEST(BadInputTest, ManyUsesOfAParameterEntityCountToo)
 std::string Expanding(int count)
 {
     std::string text = "<!DOCTYPE r [<!ENTITY % e ''>";
-    for (int i = 0; i < count; ++i) text += "%e;";
+    for (int i = 0; i < count; ++i)
+        text += "%e;";
     return text + "]><r/>";
 }
 
@@ -168,9 +174,11 @@ TEST(BadInputTest, FiftyThousandExpansionsAreAllowed)
 TEST(BadInputTest, GeneralEntitiesOfTheContentDoNotCountAsParameterEntities)
 {
     std::string text = "<!DOCTYPE r [<!ENTITY % p ''><!ENTITY g 'x'>";
-    for (int i = 0; i < 30000; ++i) text += "%p;";
+    for (int i = 0; i < 30000; ++i)
+        text += "%p;";
     text += "]><r>";
-    for (int i = 0; i < 30000; ++i) text += "&g;";
+    for (int i = 0; i < 30000; ++i)
+        text += "&g;";
     EXPECT_EQ(ParseBytes(text + "</r>").errors, std::vector<VString>{});
 }
 
@@ -184,7 +192,8 @@ struct AmplifierRow {
 std::string Numbered(int count, const std::string& before, const std::string& behind)
 {
     std::string text;
-    for (int i = 0; i < count; ++i) text += before + std::to_string(i) + behind;
+    for (int i = 0; i < count; ++i)
+        text += before + std::to_string(i) + behind;
     return text;
 }
 
@@ -192,7 +201,8 @@ std::string Numbered(int count, const std::string& before, const std::string& be
 std::string Levels(int count)
 {
     std::string text;
-    for (int i = 1; i < count; ++i) text += "<!ENTITY e" + std::to_string(i) + " '" + Repeat("&e" + std::to_string(i - 1) + ";", 10) + "'>";
+    for (int i = 1; i < count; ++i)
+        text += "<!ENTITY e" + std::to_string(i) + " '" + Repeat("&e" + std::to_string(i - 1) + ";", 10) + "'>";
     return text;
 }
 
@@ -200,20 +210,39 @@ std::string Levels(int count)
 const std::string Megabyte(1000000, 'x');
 const AmplifierRow AmplifierRows[] = {
     {"text", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r>" + Repeat("&e;", 120) + "</r>"},
-    {"nested", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ENTITY f '&e;&e;&e;&e;&e;&e;'>]><r>" + Repeat("&f;", 20) + "</r>"},
+    {"nested",
+        "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ENTITY f '&e;&e;&e;&e;&e;&e;'>]><r>" + Repeat("&f;", 20) +
+            "</r>"},
     {"a comment", "<!DOCTYPE r [<!ENTITY e '<!--" + Megabyte + "-->'>]><r>" + Repeat("&e;", 120) + "</r>"},
     {"one attribute", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r a='" + Repeat("&e;", 120) + "'/>"},
     {"many attributes", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'>]><r>" + Repeat("<a a='&e;'/>", 120) + "</r>"},
-    {"an attribute's default", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ATTLIST r a CDATA '" + Repeat("&e;", 120) + "'>]><r/>"},
-    {"the default of many attributes", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 120) + "</r>", "'100000000' characters of default attributes"},
-    {"many empty defaults", "<!DOCTYPE r [<!ATTLIST a " + Numbered(3000, " b", " CDATA ''") + ">]><r>" + Repeat("<a/>", 3000) + "</r>", "'8000000' default attributes"},
+    {"an attribute's default",
+        "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ATTLIST r a CDATA '" + Repeat("&e;", 120) + "'>]><r/>"},
+    {"the default of many attributes",
+        "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 120) + "</r>",
+        "'100000000' characters of default attributes"},
+    {"many empty defaults",
+        "<!DOCTYPE r [<!ATTLIST a " + Numbered(3000, " b", " CDATA ''") + ">]><r>" + Repeat("<a/>", 3000) + "</r>",
+        "'8000000' default attributes"},
     {"a parameter entity", "<!DOCTYPE r [<!ENTITY % e '<!--" + Megabyte + "-->'>" + Repeat("%e;", 120) + "]><r/>"},
-    {"all together", "<!DOCTYPE r [<!ENTITY % p '<!--" + Megabyte + "-->'>" + Repeat("%p;", 30) + "<!ENTITY e '" + Megabyte + "'><!ATTLIST r d CDATA '" + Repeat("&e;", 30) + "'>]><r a='" + Repeat("&e;", 30) + "'>" + Repeat("&e;", 30) + "</r>"},
-    {"blanks that an attribute drops", "<!DOCTYPE r [<!ENTITY e '" + std::string(1000000, ' ') + "'><!ATTLIST r a NMTOKENS #IMPLIED>]><r a='" + Repeat("&e;", 120) + "'/>"},
-    {"a circle behind it", "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ENTITY f '" + Repeat("&e;", 120) + "&g;'><!ENTITY g '&f;'>]><r a='&g;'/>"},
-    {"five levels in one attribute", "<!DOCTYPE r [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + Levels(5) + "]><r a='&e4;'/>"},
-    {"more levels than are counted", "<!DOCTYPE r [<!ENTITY e0 'x'>" + Levels(30) + "]><r a='&e29;'/>", "'50000' entity expansions"},
-    {"the same in a default", "<!DOCTYPE r [<!ENTITY e0 'x'>" + Levels(30) + "<!ATTLIST r a CDATA '&e29;'>]><r/>", "'50000' entity expansions"},
+    {"all together",
+        "<!DOCTYPE r [<!ENTITY % p '<!--" + Megabyte + "-->'>" + Repeat("%p;", 30) + "<!ENTITY e '" + Megabyte +
+            "'><!ATTLIST r d CDATA '" + Repeat("&e;", 30) + "'>]><r a='" + Repeat("&e;", 30) + "'>" +
+            Repeat("&e;", 30) + "</r>"},
+    {"blanks that an attribute drops",
+        "<!DOCTYPE r [<!ENTITY e '" + std::string(1000000, ' ') + "'><!ATTLIST r a NMTOKENS #IMPLIED>]><r a='" +
+            Repeat("&e;", 120) + "'/>"},
+    {"a circle behind it",
+        "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ENTITY f '" + Repeat("&e;", 120) +
+            "&g;'><!ENTITY g '&f;'>]><r a='&g;'/>"},
+    {"five levels in one attribute",
+        "<!DOCTYPE r [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + Levels(5) + "]><r a='&e4;'/>"},
+    {"more levels than are counted",
+        "<!DOCTYPE r [<!ENTITY e0 'x'>" + Levels(30) + "]><r a='&e29;'/>",
+        "'50000' entity expansions"},
+    {"the same in a default",
+        "<!DOCTYPE r [<!ENTITY e0 'x'>" + Levels(30) + "<!ATTLIST r a CDATA '&e29;'>]><r/>",
+        "'50000' entity expansions"},
 };
 
 TEST(BadInputTest, AMegabyteUsedAgainAndAgainEnds)
@@ -223,7 +252,9 @@ TEST(BadInputTest, AMegabyteUsedAgainAndAgainEnds)
         const ParseResult result = ParseBytes(row.text);
         ASSERT_EQ(result.errors.size(), 1u);
         EXPECT_TRUE(result.errors[0].startsWith("Fatal Error(1,")) << result.errors[0];
-        EXPECT_TRUE(result.errors[0].endsWith(VString("): parser has encountered more than ") + row.excess + " in the document; this is the limit imposed by the application (id: id)")) << result.errors[0];
+        EXPECT_TRUE(result.errors[0].endsWith(VString("): parser has encountered more than ") + row.excess +
+            " in the document; this is the limit imposed by the application (id: id)"))
+            << result.errors[0];
         EXPECT_TRUE(result.fatal);
     }
 }
@@ -231,7 +262,7 @@ TEST(BadInputTest, AMegabyteUsedAgainAndAgainEnds)
 struct SoundRow {
     const char* name;
     std::string text;
-    std::size_t length;   // of all texts and attributes together
+    std::size_t length;  // of all texts and attributes together
 };
 
 TEST(BadInputTest, LongTextsAndManyEntitiesAreSound)
@@ -239,15 +270,35 @@ TEST(BadInputTest, LongTextsAndManyEntitiesAreSound)
     const std::string entities = "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY e 'xy'>]>";
     const SoundRow rows[] = {
         {"one long entity among short ones", entities + "<r>&long;" + Repeat("&e;", 40000) + "</r>", 1080000},
-        {"short entities in attributes", "<!DOCTYPE r [<!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 40000) + "</r>", 80000},
-        {"a long default for few", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 20) + "</r>", 20000000},
-        {"a long entity that is not used", "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 200) + Repeat("&e;", 200) + "</r>", 800},
-        {"many short entities beside a longer one", "<!DOCTYPE r [<!ENTITY longer '" + std::string(10000, 'x') + "'><!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 12000) + "</r>", 24000},
-        {"short entities in defaults beside a long one", "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY e 'xy'><!ATTLIST r a CDATA '" + Repeat("&e;", 200) + "'>]><r/>", 400},
-        {"parameter entities beside a long entity", "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY % p ''>" + Repeat("%p;", 200) + "]><r/>", 0},
+        {"short entities in attributes",
+            "<!DOCTYPE r [<!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 40000) + "</r>",
+            80000},
+        {"a long default for few",
+            "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a/>", 20) + "</r>",
+            20000000},
+        {"a long entity that is not used",
+            "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY e 'xy'>]><r>" + Repeat("<a b='&e;'/>", 200) +
+                Repeat("&e;", 200) + "</r>",
+            800},
+        {"many short entities beside a longer one",
+            "<!DOCTYPE r [<!ENTITY longer '" + std::string(10000, 'x') + "'><!ENTITY e 'xy'>]><r>" +
+                Repeat("<a b='&e;'/>", 12000) + "</r>",
+            24000},
+        {"short entities in defaults beside a long one",
+            "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY e 'xy'><!ATTLIST r a CDATA '" + Repeat("&e;", 200) +
+                "'>]><r/>",
+            400},
+        {"parameter entities beside a long entity",
+            "<!DOCTYPE r [<!ENTITY long '" + Megabyte + "'><!ENTITY % p ''>" + Repeat("%p;", 200) + "]><r/>",
+            0},
         {"an endless entity that is not used", "<!DOCTYPE r [<!ENTITY e0 'x'>" + Levels(30) + "]><r a='&e1;'/>", 10},
-        {"two million defaults", "<!DOCTYPE r [<!ATTLIST a " + Numbered(1000, " attribute", " CDATA 'the default value of an attribute'") + ">]><r>" + Repeat("<a/>", 2000) + "</r>", 66000000},
-        {"a default that is not used", "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a a='x'/>", 120) + "</r>", 120},
+        {"two million defaults",
+            "<!DOCTYPE r [<!ATTLIST a " + Numbered(1000, " attribute", " CDATA 'the default value of an attribute'") +
+                ">]><r>" + Repeat("<a/>", 2000) + "</r>",
+            66000000},
+        {"a default that is not used",
+            "<!DOCTYPE r [<!ATTLIST a a CDATA '" + Megabyte + "'>]><r>" + Repeat("<a a='x'/>", 120) + "</r>",
+            120},
     };
     for (const SoundRow& row : rows) {
         SCOPED_TRACE(row.name);
@@ -262,20 +313,27 @@ TEST(BadInputTest, LongTextsAndManyEntitiesAreSound)
 
 TEST(BadInputTest, AHundredMillionCharactersOfEntitiesAreAllowed)
 {
-    const std::string start = "<!DOCTYPE r [<!ENTITY e '" + Megabyte + "'><!ENTITY f '&e;&e;&e;&e;&e;'><!ENTITY one 'x'>]><r>" + Repeat("<a b='&f;'/>", 10) + Repeat("&e;", 49) + "<a b='&e;'/>";
+    const std::string start = "<!DOCTYPE r [<!ENTITY e '" + Megabyte +
+        "'><!ENTITY f '&e;&e;&e;&e;&e;'><!ENTITY one 'x'>]><r>" + Repeat("<a b='&f;'/>", 10) + Repeat("&e;", 49) +
+        "<a b='&e;'/>";
     Utf8InputSource source(start + "</r>", "id", false);
     const auto handler = std::make_shared<testsupport::MeasuringHandler>();
     const auto parser = XercesXMLParser::Create(source, handler);
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     EXPECT_EQ(handler->length, 100000000u);
-    for (const char* more : {"&one;", "<a b='&one;'/>"}) EXPECT_EQ(ParseBytes(start + more + "</r>").errors.size(), 1u);
+    for (const char* more : {"&one;", "<a b='&one;'/>"})
+        EXPECT_EQ(ParseBytes(start + more + "</r>").errors.size(), 1u);
 }
 
 TEST(BadInputTest, ABombEndsInEveryEncoding)
 {
-    const std::string bomb = "<!DOCTYPE r [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + Levels(5) + "]><r a='&e4;'/>";
-    for (const std::string& bytes : {testsupport::Utf16(bomb), "<?xml version='1.0' encoding='iso-8859-1'?><!--\xE4-->" + bomb, "<?xml version='1.1'?>" + bomb, "\xEF\xBB\xBF" + bomb}) {
+    const std::string bomb =
+        "<!DOCTYPE r [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + Levels(5) + "]><r a='&e4;'/>";
+    for (const std::string& bytes : {testsupport::Utf16(bomb),
+             "<?xml version='1.0' encoding='iso-8859-1'?><!--\xE4-->" + bomb,
+             "<?xml version='1.1'?>" + bomb,
+             "\xEF\xBB\xBF" + bomb}) {
         Utf8InputSource source(bytes, "id", false);
         const auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::MeasuringHandler>());
         parser->Parse();
@@ -287,7 +345,8 @@ TEST(BadInputTest, ABombEndsInEveryEncoding)
 TEST(BadInputTest, ManyElementsAreNoExpansions)
 {
     std::string text = "<r>";
-    for (int i = 0; i < 60000; ++i) text += "<a/>";
+    for (int i = 0; i < 60000; ++i)
+        text += "<a/>";
     EXPECT_EQ(ParseBytes(text + "</r>").errors, std::vector<VString>{});
 }
 
@@ -301,12 +360,15 @@ TEST(BadInputTest, ADeepDocumentIsParsed)
 {
     constexpr int Depth = 1000000;
     std::string text;
-    for (int i = 0; i < Depth; ++i) text += "<a>";
-    for (int i = 0; i < Depth; ++i) text += "</a>";
+    for (int i = 0; i < Depth; ++i)
+        text += "<a>";
+    for (int i = 0; i < Depth; ++i)
+        text += "</a>";
     const std::unique_ptr<DOM> document = DOMParser().ParseXmlString(std::move(text), "deep");
     EXPECT_FALSE(document->HasErrors());
     int depth = 0;
-    for (const DOMElement* element = document->GetDocumentRoot(); element; element = element->GetChild("a")) ++depth;
+    for (const DOMElement* element = document->GetDocumentRoot(); element; element = element->GetChild("a"))
+        ++depth;
     EXPECT_EQ(depth, Depth);
 }
 
@@ -328,7 +390,8 @@ TEST_F(BadFileTest, ADirectoryThrows)
 TEST_F(BadFileTest, AFileThatIsNoUtf8ThrowsUnlessItSaysWhatItIs)
 {
     EXPECT_THROW(parser.ParseXmlFile(folder.Write("a.xml", "<a>\xE4</a>")), VIO::Exception);
-    const auto document = parser.ParseXmlFile(folder.Write("a.xml", "<?xml version='1.0' encoding='iso-8859-1'?><a>\xE4</a>"));
+    const auto document =
+        parser.ParseXmlFile(folder.Write("a.xml", "<?xml version='1.0' encoding='iso-8859-1'?><a>\xE4</a>"));
     EXPECT_FALSE(document->HasErrors());
     EXPECT_EQ(document->GetDocumentRoot()->GetText(), VString("\xC3\xA4"));
 }
@@ -337,7 +400,8 @@ TEST_F(BadFileTest, AnEmptyFileIsAnError)
 {
     const VString file = folder.Write("a.xml", "");
     const auto document = parser.ParseXmlFile(file);
-    EXPECT_EQ(testsupport::Errors(*document), std::vector<VString>{VString("Fatal Error(1,1): invalid document structure (id: ") + file + ")"});
+    EXPECT_EQ(testsupport::Errors(*document),
+        std::vector<VString>{VString("Fatal Error(1,1): invalid document structure (id: ") + file + ")"});
     EXPECT_EQ(document->GetDocumentRoot(), nullptr);
 }
 
@@ -356,8 +420,10 @@ public:
     bool GetNextLine(std::string&) override { return false; }
     bool GetBytes(std::string& bytes, unsigned int) override
     {
-        if (m_read == m_failingRead) throw VantoraException("cannot read", VError::ErrorInfo::NoError);
-        if (m_read == static_cast<int>(m_text.size())) return false;
+        if (m_read == m_failingRead)
+            throw VantoraException("cannot read", VError::ErrorInfo::NoError);
+        if (m_read == static_cast<int>(m_text.size()))
+            return false;
         bytes = m_text[static_cast<std::size_t>(m_read++)];
         return true;
     }
@@ -367,7 +433,8 @@ public:
     {
         auto all = std::make_shared<std::string>();
         std::string bytes;
-        while (GetBytes(bytes, 1)) *all += bytes;
+        while (GetBytes(bytes, 1))
+            *all += bytes;
         return XercesInputSource(all, 0, Id(), mode, TextEncoding::Detected);
     }
 

@@ -54,9 +54,12 @@ const DocumentRow Bombs[] = {
 std::string Describe(const DOMElement& element)
 {
     std::string text = element.GetName().toStdString();
-    for (const int position : {element.GetStartLine(), element.GetStartColumn(), element.GetEndLine(), element.GetEndColumn()}) text += " " + std::to_string(position);
+    for (const int position :
+        {element.GetStartLine(), element.GetStartColumn(), element.GetEndLine(), element.GetEndColumn()})
+        text += " " + std::to_string(position);
     text += "{" + element.GetText().toStdString();
-    for (const DOMElement* child : element.GetChildren()) text += Describe(*child);
+    for (const DOMElement* child : element.GetChildren())
+        text += Describe(*child);
     return text + "}";
 }
 
@@ -64,7 +67,8 @@ std::string ParseWith(DOMParser& parser, const DocumentRow& row)
 {
     parser.SetEnableLineNumbersOnElements(true);
     const auto document = parser.ParseXmlString(row.bytes, row.name);
-    return testsupport::TreeText(*document) + Describe(document->GetRoot()) + document->GetConcatenatedErrors().toStdString();
+    return testsupport::TreeText(*document) + Describe(document->GetRoot()) +
+        document->GetConcatenatedErrors().toStdString();
 }
 
 TEST(DOMParserSequenceTest, EveryDocumentReadsTheSameAfterEveryOther)
@@ -96,12 +100,13 @@ TEST(DOMParserSequenceTest, ABombLeavesNothingBehind)
 TEST(DOMParserSequenceTest, OneParserReadsThemAll)
 {
     DOMParser used;
-    for (int round = 0; round < 2; ++round)
+    for (int round = 0; round < 2; ++round) {
         for (const DocumentRow& row : Documents) {
             SCOPED_TRACE(row.name);
             DOMParser fresh;
             EXPECT_EQ(ParseWith(used, row), ParseWith(fresh, row));
         }
+    }
 }
 
 struct StopRow {
@@ -123,13 +128,15 @@ const StopRow StopRows[] = {
 // One driver for the stopped parse and the next, whose result must be that of a new one.
 TEST(DOMParserSequenceTest, AnEarlyStopLeavesNothingBehind)
 {
-    std::string longText = "<a>";   // more than the reader looks at in one go
-    for (int i = 0; i < 20000; ++i) longText += "<b>text</b>";
+    std::string longText = "<a>";  // more than the reader looks at in one go
+    for (int i = 0; i < 20000; ++i)
+        longText += "<b>text</b>";
     longText += "</a>";
-    for (const StopRow& stop : StopRows)
+    for (const StopRow& stop : StopRows) {
         for (const DocumentRow& next : Documents) {
             SCOPED_TRACE(std::string(stop.name) + ", then " + next.name);
-            auto stopped = std::make_unique<Utf8InputSource>(stop.text ? std::string(stop.text) : longText, "stopped", false);
+            auto stopped =
+                std::make_unique<Utf8InputSource>(stop.text ? std::string(stop.text) : longText, "stopped", false);
             auto first = std::make_shared<testsupport::RecordingHandler>();
             first->doneAfter = stop.events;
             const auto parser = XercesXMLParser::Create(*stopped, first);
@@ -146,6 +153,7 @@ TEST(DOMParserSequenceTest, AnEarlyStopLeavesNothingBehind)
             ASSERT_EQ(parser->GetErrors(), fresh.errors);
             ASSERT_EQ(parser->HasFatallyErrored(), fresh.fatal);
         }
+    }
 }
 
 TEST(DOMParserSequenceTest, ParsingAgainGivesTheSameAgain)

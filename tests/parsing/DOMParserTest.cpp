@@ -14,9 +14,8 @@ namespace {
 using testsupport::Errors;
 using testsupport::TreeText;
 
-const char* const Schema =
-    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
-    "<xs:element name='a' type='xs:int'/></xs:schema>";
+const char* const Schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                           "<xs:element name='a' type='xs:int'/></xs:schema>";
 
 std::unique_ptr<InputSource> SchemaSource(const VString& id)
 {
@@ -106,7 +105,8 @@ TEST_F(DOMParserTest, AllEntriesGiveTheSameDocument)
     documents.push_back(parser.ParseXmlString(text.c_str(), "id"));
     documents.push_back(parser.ParseXmlFile(folder.Write("a.xml", text)));
     documents.push_back(parser.ParseXmlInputSource(source, false));
-    for (const auto& document : documents) EXPECT_EQ(TreeText(*document), "<a b='1'>\xC3\xA4</a>");
+    for (const auto& document : documents)
+        EXPECT_EQ(TreeText(*document), "<a b='1'>\xC3\xA4</a>");
 }
 
 TEST_F(DOMParserTest, NullTextIsAnEmptyDocument)
@@ -153,7 +153,9 @@ TEST_F(DOMParserTest, AnIllFormedDocumentKeepsWhatWasBuilt)
 {
     const auto document = parser.ParseXmlString("<a><b>x</b><c>", "f.xml");
     EXPECT_EQ(TreeText(*document), "<a><b>x</b><c></c></a>");
-    EXPECT_EQ(Errors(*document), std::vector<VString>{"Fatal Error(1,15): input ended before all started tags were ended; last tag started is 'c' (id: f.xml)"});
+    EXPECT_EQ(Errors(*document),
+        std::vector<VString>{
+            "Fatal Error(1,15): input ended before all started tags were ended; last tag started is 'c' (id: f.xml)"});
 }
 
 TEST_F(DOMParserTest, PositionsAreThoseBehindTheTags)
@@ -226,7 +228,8 @@ TEST_F(DOMParserTest, AStatisticsHandlerMayDestroyItsParser)
 TEST_F(DOMParserTest, AStatisticsHandlerKeepsItsState)
 {
     std::vector<int> counts;
-    parser.SetStatisticsEventHandler([&counts, count = 0](const DOMParserStatistics&) mutable { counts.push_back(++count); });
+    parser.SetStatisticsEventHandler(
+        [&counts, count = 0](const DOMParserStatistics&) mutable { counts.push_back(++count); });
     parser.ParseXmlString("<a/>", "id");
     parser.ParseXmlString("<a/>", "id");
     EXPECT_EQ(counts, (std::vector<int>{1, 2}));
@@ -260,7 +263,10 @@ TEST_F(DOMParserTest, ConstantTextsStayAsTheyAre)
 
 // Acts when the parser reads it first.
 struct ActingSource : StringInputSource {
-    ActingSource(const char* text, std::function<void()> act) : StringInputSource(text, "acting", false), action(std::move(act)) {}
+    ActingSource(const char* text, std::function<void()> act)
+        : StringInputSource(text, "acting", false),
+          action(std::move(act))
+    {}
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override
     {
         if (action)
@@ -283,7 +289,8 @@ TEST_F(DOMParserTest, ASchemaMayUseTheParserThatReadsIt)
 {
     std::string inner;
     parser.AddXSDInputSource(std::make_unique<ActingSource>(Schema, [&] {
-        for (int i = 0; i < 20; ++i) parser.AddXSDInputSource(SchemaSource("s.xsd"));
+        for (int i = 0; i < 20; ++i)
+            parser.AddXSDInputSource(SchemaSource("s.xsd"));
         inner = Parse("<a>1</a>");
     }));
     EXPECT_EQ(Errors(*parser.ParseXmlString("<a>1</a>", "id")), std::vector<VString>{});
@@ -301,7 +308,9 @@ TEST_F(DOMParserTest, AnExceptionOfASchemaLeavesAUsableParser)
 TEST_F(DOMParserTest, StatisticsComeOnceBehindTheErrors)
 {
     std::vector<std::string> reports;
-    parser.SetStatisticsEventHandler([&](const DOMParserStatistics& statistics) { reports.push_back(std::to_string(statistics.sourceSize) + " " + statistics.sourceId.toStdString()); });
+    parser.SetStatisticsEventHandler([&](const DOMParserStatistics& statistics) {
+        reports.push_back(std::to_string(statistics.sourceSize) + " " + statistics.sourceId.toStdString());
+    });
     parser.ParseXmlString("  <a/>", "name");
     parser.ParseXmlBytes({'<', 'a'});
     EXPECT_EQ(reports, (std::vector<std::string>{"6 name", "2 "}));
@@ -345,7 +354,11 @@ TEST_F(DOMParserTest, SchemaErrorsComeBeforeTheParsesOwn)
 TEST_F(DOMParserTest, ASchemaWithoutAnIdIsAnAssertion)
 {
     parser.AddXSDInputSource(SchemaSource(VString()));
-    testsupport::ExpectLogicException([&] { parser.ParseXmlString("<a/>", "id"); }, "vancorexml\\main\\parser\\XercesXMLParser", 203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
+    testsupport::ExpectLogicException([&] { parser.ParseXmlString("<a/>", "id"); },
+        "vancorexml\\main\\parser\\XercesXMLParser",
+        203,
+        "!xsdSource.Id().IsEmpty()",
+        0xC83A570E);
 }
 
 TEST_F(DOMParserTest, ASchemaResourceValidates)
@@ -370,7 +383,8 @@ std::vector<Metrics::ScopeRecord> Measure(const std::function<void()>& run)
 
 int Count(const std::vector<Metrics::ScopeRecord>& records, const std::string& name)
 {
-    return static_cast<int>(std::count_if(records.begin(), records.end(), [&](const Metrics::ScopeRecord& record) { return record.name == name; }));
+    return static_cast<int>(std::count_if(
+        records.begin(), records.end(), [&](const Metrics::ScopeRecord& record) { return record.name == name; }));
 }
 
 TEST_F(DOMParserTest, KeepsItsDriverUntilThereAreSchemas)
@@ -379,7 +393,8 @@ TEST_F(DOMParserTest, KeepsItsDriverUntilThereAreSchemas)
     parse();
     EXPECT_EQ(Count(Measure(parse), "XercesXMLParser_PrepareParserState"), 0);
     parser.AddXSDInputSource(SchemaSource("s.xsd"));
-    for (int round = 0; round < 2; ++round) EXPECT_EQ(Count(Measure(parse), "XercesXMLParser_PrepareParserState"), 2);
+    for (int round = 0; round < 2; ++round)
+        EXPECT_EQ(Count(Measure(parse), "XercesXMLParser_PrepareParserState"), 2);
 }
 
 TEST_F(DOMParserTest, RecordsSizeAndBeginningOfTheSource)
@@ -443,13 +458,17 @@ TEST_F(DOMParserTest, ParsersOfSeveralThreadsDoNotMeet)
 {
     std::vector<std::thread> threads;
     std::vector<std::string> trees(4);
-    for (std::string& tree : trees)
+    for (std::string& tree : trees) {
         threads.emplace_back([&tree] {
             DOMParser own;
-            for (int i = 0; i < 50; ++i) tree = TreeText(*own.ParseXmlString("<a :b='1'>x</a>", "id"));
+            for (int i = 0; i < 50; ++i)
+                tree = TreeText(*own.ParseXmlString("<a :b='1'>x</a>", "id"));
         });
-    for (std::thread& thread : threads) thread.join();
-    for (const std::string& tree : trees) EXPECT_EQ(tree, "<a :b='1'>x</a>");
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const std::string& tree : trees)
+        EXPECT_EQ(tree, "<a :b='1'>x</a>");
 }
 
 }  // namespace

@@ -16,8 +16,10 @@ constexpr int Count = 5000;
 std::unique_ptr<DOM> ParseMany()
 {
     VString text = "<all>";
-    for (int i = 0; i < Count; ++i)
-        text += VString("<e n='") + VString::number(std::int32_t{i}) + "'>text of " + VString::number(std::int32_t{i}) + "</e>";
+    for (int i = 0; i < Count; ++i) {
+        text += VString("<e n='") + VString::number(std::int32_t{i}) + "'>text of " + VString::number(std::int32_t{i}) +
+            "</e>";
+    }
     return DOMParser().ParseXmlString(text + "</all>", "many");
 }
 
@@ -37,8 +39,10 @@ TEST(ElementLifetimeTest, SomeElementsOutliveTheirDocument)
     std::unique_ptr<DOM> document = ParseMany();
     std::vector<std::unique_ptr<DOMElement>> elements = TakeAll(*document);
     ASSERT_EQ(elements.size(), std::size_t{Count});
-    for (int i = 0; i < Count; ++i)
-        if (i % 100 != 0) elements[static_cast<std::size_t>(i)].reset();
+    for (int i = 0; i < Count; ++i) {
+        if (i % 100 != 0)
+            elements[static_cast<std::size_t>(i)].reset();
+    }
     document.reset();
     for (int i = 0; i < Count; i += 100) {
         EXPECT_EQ(elements[static_cast<std::size_t>(i)]->GetDOMManager(), nullptr);
@@ -51,7 +55,8 @@ TEST(ElementLifetimeTest, ElementsOfTwoParsesAndNewOnesMix)
     const std::unique_ptr<DOM> first = ParseMany();
     std::unique_ptr<DOM> second = ParseMany();
     DOMElement& top = *first->GetDocumentRoot();
-    for (std::unique_ptr<DOMElement>& element : TakeAll(*second)) top.AppendChild(std::move(element));
+    for (std::unique_ptr<DOMElement>& element : TakeAll(*second))
+        top.AppendChild(std::move(element));
     second.reset();
     top.AddNewChild("new", nullptr).SetText("n");
     auto own = std::make_unique<DOMElement>("own");
@@ -61,7 +66,8 @@ TEST(ElementLifetimeTest, ElementsOfTwoParsesAndNewOnesMix)
         ExpectElement(*top.GetChildren()[static_cast<std::size_t>(i) + 1], i);
         ExpectElement(*top.GetChildren()[static_cast<std::size_t>(i) + 1 + Count], i);
     }
-    for (std::size_t i = 0; i < Count; ++i) top.RemoveChild(*top.GetChildren()[i / 2]);
+    for (std::size_t i = 0; i < Count; ++i)
+        top.RemoveChild(*top.GetChildren()[i / 2]);
     EXPECT_EQ(top.GetChildren().size(), std::size_t{Count + 2});
 }
 
@@ -70,7 +76,8 @@ TEST(ElementLifetimeTest, CopiesOutliveWhatTheyWereCopiedFrom)
     std::unique_ptr<DOM> document = ParseMany();
     const auto copy = std::make_unique<DOMElement>(*document->GetDocumentRoot());
     document.reset();
-    for (int i = 0; i < Count; ++i) ExpectElement(*copy->GetChildren()[static_cast<std::size_t>(i)], i);
+    for (int i = 0; i < Count; ++i)
+        ExpectElement(*copy->GetChildren()[static_cast<std::size_t>(i)], i);
 }
 
 // Code outside the library may derive from DOMElement; its objects are larger than an element.
@@ -110,18 +117,24 @@ TEST(ElementLifetimeThreadTest, ElementsOfOneParseDieOnSeveralThreads)
     constexpr std::size_t ThreadCount = 4;
     std::unique_ptr<DOM> document = ParseMany();
     std::vector<std::unique_ptr<DOM>> documents;
-    for (std::size_t i = 0; i < ThreadCount; ++i) documents.push_back(std::make_unique<DOM>());
+    for (std::size_t i = 0; i < ThreadCount; ++i)
+        documents.push_back(std::make_unique<DOM>());
     std::vector<std::unique_ptr<DOMElement>> elements = TakeAll(*document);
-    for (std::size_t i = 0; i < elements.size(); ++i) documents[i % ThreadCount]->GetRoot().AppendChild(std::move(elements[i]));
+    for (std::size_t i = 0; i < elements.size(); ++i)
+        documents[i % ThreadCount]->GetRoot().AppendChild(std::move(elements[i]));
     document.reset();
     std::vector<std::thread> threads;
-    for (std::unique_ptr<DOM>& own : documents)
+    for (std::unique_ptr<DOM>& own : documents) {
         threads.emplace_back([&own] {
-            while (own->GetRoot().HasChildren()) own->GetRoot().RemoveChild(*own->GetRoot().GetChildren().back());
+            while (own->GetRoot().HasChildren())
+                own->GetRoot().RemoveChild(*own->GetRoot().GetChildren().back());
             own.reset();
         });
-    for (std::thread& thread : threads) thread.join();
-    for (const std::unique_ptr<DOM>& own : documents) EXPECT_EQ(own, nullptr);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const std::unique_ptr<DOM>& own : documents)
+        EXPECT_EQ(own, nullptr);
 }
 
 }  // namespace

@@ -29,16 +29,16 @@ std::string Check(Subject subject, const std::string& text, const ExpansionLimit
 
 std::string MessageOf(std::uint64_t limit, const std::string& things)
 {
-    return "parser has encountered more than '" + std::to_string(limit) + "' " + things
-        + " in the document; this is the limit imposed by the application";
+    return "parser has encountered more than '" + std::to_string(limit) + "' " + things +
+        " in the document; this is the limit imposed by the application";
 }
 
 // A piece of an entity, a value or the content.
 struct Piece {
     std::string written;
-    std::size_t read = 0;   // units of it in the replacement text
-    std::size_t text = 0;   // units that it comes to
-    int entity = -1;        // that it refers to, if any
+    std::size_t read = 0;  // units of it in the replacement text
+    std::size_t text = 0;  // units that it comes to
+    int entity = -1;       // that it refers to, if any
 };
 
 struct Entity {
@@ -53,13 +53,14 @@ public:
 
     std::vector<Entity> entities;
     std::set<int> declared;
-    std::string message;      // of the first limit exceeded
-    bool isFaulty = false;    // as an entity contains itself
+    std::string message;    // of the first limit exceeded
+    bool isFaulty = false;  // as an entity contains itself
     std::uint64_t text = 0;
 
     void Refer(int entity, std::uint64_t& count, bool mustCount)
     {
-        if (!message.empty() || isFaulty) return;
+        if (!message.empty() || isFaulty)
+            return;
         Expand(entity, count);
         Judge(count, mustCount);
     }
@@ -71,17 +72,19 @@ public:
             m_read += piece.read;
         }
         Judge(count, true);
-        for (const Piece& piece : entity.pieces)
+        for (const Piece& piece : entity.pieces) {
             if (piece.entity >= 0 && message.empty()) {
                 const Entity& inner = parameterEntities[static_cast<std::size_t>(piece.entity)];
                 ExpandParameterEntity(inner, parameterEntities, count);
             }
+        }
     }
 
 private:
     void Judge(std::uint64_t count, bool mustCount)
     {
-        if (!message.empty()) return;
+        if (!message.empty())
+            return;
         if (mustCount && count > m_limits.expansions)
             message = MessageOf(m_limits.expansions, "entity expansions");
         else if (text > m_limits.text)
@@ -91,7 +94,8 @@ private:
     }
     void Expand(int entity, std::uint64_t& count)
     {
-        if (isFaulty || !declared.contains(entity)) return;
+        if (isFaulty || !declared.contains(entity))
+            return;
         if (!m_open.insert(entity).second) {
             isFaulty = true;
             return;
@@ -101,8 +105,10 @@ private:
             text += piece.text;
             m_read += piece.read;
         }
-        for (const Piece& piece : entities[static_cast<std::size_t>(entity)].pieces)
-            if (piece.entity >= 0) Expand(piece.entity, count);
+        for (const Piece& piece : entities[static_cast<std::size_t>(entity)].pieces) {
+            if (piece.entity >= 0)
+                Expand(piece.entity, count);
+        }
         m_open.erase(entity);
     }
 
@@ -115,23 +121,28 @@ private:
 class RandomDocument {
 public:
     RandomDocument(unsigned seed, const ExpansionLimits& limits, bool mustCount)
-        : expander(limits), m_random(seed), m_mustCount(mustCount)
+        : expander(limits),
+          m_random(seed),
+          m_mustCount(mustCount)
     {
         MakeEntities();
         text = "<!DOCTYPE r [";
-        for (std::size_t step = 0; step < 14; ++step) WriteDeclaration();
-        while (m_written < expander.entities.size()) DeclareNext();
+        for (std::size_t step = 0; step < 14; ++step)
+            WriteDeclaration();
+        while (m_written < expander.entities.size())
+            DeclareNext();
         prologText = expander.text;
         text += "]><r>";
-        while (Below(12) != 0) WriteContent();
+        while (Below(12) != 0)
+            WriteContent();
         text += "</r>";
     }
 
     std::string text;
     Expander expander;
-    std::size_t length = 0;   // of texts and attributes that are written, without what expands
+    std::size_t length = 0;  // of texts and attributes that are written, without what expands
     std::uint64_t contentCount = 0;
-    std::uint64_t prologText = 0;   // of the expander, before the content
+    std::uint64_t prologText = 0;  // of the expander, before the content
 
     bool HasMarkupInEntities() const
     {
@@ -151,8 +162,14 @@ private:
     Piece RandomText()
     {
         const Piece texts[] = {
-            {"abc", 3, 3}, {"\xC3\xA9", 1, 1}, {"\xF0\x9F\x98\x80", 2, 2}, {"&lt;", 4, 1},
-            {"&#65;", 1, 1}, {"&#38;#65;", 5, 1}, {"&#38;#x1F600;", 9, 2}, {"&#38;amp;", 5, 1},
+            {"abc", 3, 3},
+            {"\xC3\xA9", 1, 1},
+            {"\xF0\x9F\x98\x80", 2, 2},
+            {"&lt;", 4, 1},
+            {"&#65;", 1, 1},
+            {"&#38;#65;", 5, 1},
+            {"&#38;#x1F600;", 9, 2},
+            {"&#38;amp;", 5, 1},
         };
         return texts[Below(std::size(texts))];
     }
@@ -162,10 +179,12 @@ private:
         const std::size_t count = 1 + Below(6);
         // Most documents have no circles.
         const bool mayCircle = Below(6) == 0;
-        for (std::size_t i = 0; i < count; ++i) expander.entities.push_back({{}, Below(3) == 0});
         for (std::size_t i = 0; i < count; ++i)
+            expander.entities.push_back({{}, Below(3) == 0});
+        for (std::size_t i = 0; i < count; ++i) {
             for (std::size_t k = Below(4); k > 0; --k)
                 AddPiece(expander.entities[i], mayCircle ? Below(count) : Below(i + 1), i);
+        }
     }
 
     // Refers to the entity `inner`, or to none where that is `self` or has markup where none may be.
@@ -187,7 +206,10 @@ private:
     Piece RandomMarkup()
     {
         const Piece markup[] = {
-            {"<!--&e0;-->", 11, 11}, {"<b>x</b>", 8, 8}, {"<?p &e0;?>", 10, 10}, {"<![CDATA[&e0;]]>", 16, 16},
+            {"<!--&e0;-->", 11, 11},
+            {"<b>x</b>", 8, 8},
+            {"<?p &e0;?>", 10, 10},
+            {"<![CDATA[&e0;]]>", 16, 16},
         };
         return markup[Below(std::size(markup))];
     }
@@ -196,10 +218,12 @@ private:
     {
         const Entity& entity = expander.entities[m_written];
         text += "<!ENTITY e" + std::to_string(m_written) + " \"";
-        for (const Piece& piece : entity.pieces) text += piece.written;
+        for (const Piece& piece : entity.pieces)
+            text += piece.written;
         text += "\">";
         // A second declaration changes nothing.
-        if (Below(4) == 0) text += "<!ENTITY e" + std::to_string(m_written) + " 'a value that nobody sees'>";
+        if (Below(4) == 0)
+            text += "<!ENTITY e" + std::to_string(m_written) + " 'a value that nobody sees'>";
         expander.declared.insert(static_cast<int>(m_written++));
     }
 
@@ -207,7 +231,8 @@ private:
     {
         switch (Below(4)) {
         case 0:
-            if (m_written < expander.entities.size()) DeclareNext();
+            if (m_written < expander.entities.size())
+                DeclareNext();
             break;
         case 1: DeclareParameterEntity(); break;
         case 2:
@@ -235,13 +260,17 @@ private:
                 entity.pieces.push_back({"&#37;" + name, name.size() + 1, 0, inner});
             } else {
                 const Piece markup[] = {
-                    {"<!--c-->", 8, 8}, {"<!--&#37;p0;-->", 11, 11}, {" ", 1, 1}, {"<!ENTITY late 'x'>", 18, 18},
+                    {"<!--c-->", 8, 8},
+                    {"<!--&#37;p0;-->", 11, 11},
+                    {" ", 1, 1},
+                    {"<!ENTITY late 'x'>", 18, 18},
                 };
                 entity.pieces.push_back(markup[Below(std::size(markup))]);
             }
         }
         text += "<!ENTITY % p" + std::to_string(m_parameterEntities.size()) + " \"";
-        for (const Piece& piece : entity.pieces) text += piece.written;
+        for (const Piece& piece : entity.pieces)
+            text += piece.written;
         text += "\">";
         m_parameterEntities.push_back(entity);
     }
@@ -271,8 +300,14 @@ private:
             text += "'/>";
             break;
         }
-        case 1: text += "<![CDATA[&e0;]]>"; length += 4; break;
-        case 2: text += "<!--&e0;--><?p &e0;?>z"; length += 1; break;
+        case 1:
+            text += "<![CDATA[&e0;]]>";
+            length += 4;
+            break;
+        case 2:
+            text += "<!--&e0;--><?p &e0;?>z";
+            length += 1;
+            break;
         default: {
             const int entity = static_cast<int>(Below(expander.entities.size()));
             text += Reference(entity).written;
@@ -308,12 +343,14 @@ TEST(EntityExpansionGuardTest, TheExpanderAgreesWithTheParser)
     int compared = 0;
     for (unsigned seed = 0; seed < RandomDocuments; ++seed) {
         const RandomDocument document(seed, ExpansionLimits{}, true);
-        if (document.HasMarkupInEntities()) continue;
+        if (document.HasMarkupInEntities())
+            continue;
         Utf8InputSource source(document.text, "id", false);
         const auto handler = std::make_shared<testsupport::MeasuringHandler>();
         const auto parser = XercesXMLParser::Create(source, handler);
         parser->Parse();
-        if (parser->HasErrors()) continue;
+        if (parser->HasErrors())
+            continue;
         ++compared;
         const std::uint64_t expanded = document.expander.text - document.prologText;
         ASSERT_EQ(handler->length, document.length + expanded) << document.text;
@@ -337,7 +374,8 @@ TEST(EntityExpansionGuardTest, AgreesWithAnExpanderOnRandomDocuments)
         const ExpansionLimits limits = RandomLimits(seed);
         const RandomDocument document(seed, limits, false);
         // The parser of the document stops there.
-        if (document.contentCount > limits.expansions) continue;
+        if (document.contentCount > limits.expansions)
+            continue;
         ++compared;
         ASSERT_EQ(Check(Subject::Document, document.text, limits), document.expander.message) << document.text;
     }
@@ -352,7 +390,8 @@ struct SizeRow {
 
 // Entities of 10, 20 and 0 units.
 const std::string Entities = "<!ENTITY ten '0123456789'><!ENTITY twice '&ten;&ten;'><!ENTITY none ''>"
-                             "<!ENTITY unused '" + std::string(1000, 'x') + "'>";
+                             "<!ENTITY unused '" +
+    std::string(1000, 'x') + "'>";
 
 const SizeRow TextRows[] = {
     {"nothing used", "<!DOCTYPE r [" + Entities + "]><r/>", 0},
@@ -360,39 +399,46 @@ const SizeRow TextRows[] = {
     {"an attribute", "<!DOCTYPE r [" + Entities + "]><r a='&ten;b' c='&none;&ten;'/>", 20},
     {"a default value", "<!DOCTYPE r [" + Entities + "<!ATTLIST r a CDATA 'x&ten;' b CDATA #FIXED '&ten;'>]><r/>", 20},
     {"a second default value that is ignored",
-     "<!DOCTYPE r [" + Entities + "<!ATTLIST r a CDATA ''><!ATTLIST r a CDATA '&ten;'>]><r/>", 10},
+        "<!DOCTYPE r [" + Entities + "<!ATTLIST r a CDATA ''><!ATTLIST r a CDATA '&ten;'>]><r/>",
+        10},
     {"nested entities", "<!DOCTYPE r [" + Entities + "]><r a='&twice;'>&twice;</r>", 40},
     {"an entity declared twice", "<!DOCTYPE r [" + Entities + "<!ENTITY ten '&unused;'>]><r>&ten;</r>", 10},
     {"blanks that an attribute drops",
-     "<!DOCTYPE r [<!ENTITY e '          '><!ATTLIST r a NMTOKENS #IMPLIED>]><r a='&e;b'/>", 10},
+        "<!DOCTYPE r [<!ENTITY e '          '><!ATTLIST r a NMTOKENS #IMPLIED>]><r a='&e;b'/>",
+        10},
     {"an attribute within an entity", "<!DOCTYPE r [" + Entities + "<!ENTITY e \"<a b='&ten;'/>\">]><r>&e;</r>", 19},
     {"a comment within an entity", "<!DOCTYPE r [<!ENTITY e '<!--&e;-->'>]><r>&e;</r>", 10},
     {"a parameter entity", "<!DOCTYPE r [<!ENTITY % p '<!--xyz-->'>%p;%p;]><r/>", 20},
     {"nested parameter entities", "<!DOCTYPE r [<!ENTITY % p '<!--xyz-->'><!ENTITY % q '&#37;p;&#37;p;'>%q;]><r/>", 20},
     {"an entity that a parameter entity declares",
-     "<!DOCTYPE r [<!ENTITY % p \"<!ENTITY e '123456789012'>\">%p;]><r a='&e;'>&e;</r>", 50},
+        "<!DOCTYPE r [<!ENTITY % p \"<!ENTITY e '123456789012'>\">%p;]><r a='&e;'>&e;</r>",
+        50},
     {"all together",
-     "<!DOCTYPE r [" + Entities + "<!ENTITY % p '<!--xyz-->'>%p;<!ATTLIST r d CDATA '&ten;'>]>"
-     "<r a='&ten;'>&ten;</r>", 40},
+        "<!DOCTYPE r [" + Entities +
+            "<!ENTITY % p '<!--xyz-->'>%p;<!ATTLIST r d CDATA '&ten;'>]>"
+            "<r a='&ten;'>&ten;</r>",
+        40},
     {"behind an entity that is not parsed",
-     "<!DOCTYPE r [<!NOTATION n SYSTEM 'n'><!ENTITY u SYSTEM 'u' NDATA n>" + Entities + "]><r a='&ten;'/>", 10},
-    {"in a document with an outer part",
-     "<!DOCTYPE r SYSTEM 'r.dtd' [" + Entities + "]><r a='&ten;&unknown;'/>", 10},
+        "<!DOCTYPE r [<!NOTATION n SYSTEM 'n'><!ENTITY u SYSTEM 'u' NDATA n>" + Entities + "]><r a='&ten;'/>",
+        10},
+    {"in a document with an outer part", "<!DOCTYPE r SYSTEM 'r.dtd' [" + Entities + "]><r a='&ten;&unknown;'/>", 10},
     {"no entities", "<!DOCTYPE r [<!ATTLIST r a CDATA '0123456789'>]><r>&amp;&#65;</r>", 0},
 };
 
 TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfText)
 {
-    for (const SizeRow& row : TextRows)
+    for (const SizeRow& row : TextRows) {
         for (const Subject subject : {Subject::Document, Subject::Schema}) {
             SCOPED_TRACE(row.name);
             ExpansionLimits limits;
             limits.text = row.size;
             EXPECT_EQ(Check(subject, row.text, limits), "");
-            if (row.size == 0) continue;
+            if (row.size == 0)
+                continue;
             --limits.text;
             EXPECT_EQ(Check(subject, row.text, limits), MessageOf(limits.text, "characters of entities"));
         }
+    }
 }
 
 const SizeRow CountRows[] = {
@@ -403,7 +449,7 @@ const SizeRow CountRows[] = {
 
 TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfExpansionsInDeclarations)
 {
-    for (const SizeRow& row : CountRows)
+    for (const SizeRow& row : CountRows) {
         for (const Subject subject : {Subject::Document, Subject::Schema}) {
             SCOPED_TRACE(row.name);
             ExpansionLimits limits;
@@ -412,6 +458,7 @@ TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfExpansionsInDeclarations)
             --limits.expansions;
             EXPECT_EQ(Check(subject, row.text, limits), MessageOf(limits.expansions, "entity expansions"));
         }
+    }
 }
 
 TEST(EntityExpansionGuardTest, CountsTheExpansionsInTheContentOfSchemasOnly)
@@ -441,8 +488,9 @@ TEST(EntityExpansionGuardTest, NestingWithLongNamesIsBounded)
 {
     const std::string name(100, 'n');
     const std::string general = "<!ENTITY " + name + " 'x'><!ENTITY e '&" + name + ";'><!ENTITY f '&e;'>";
-    const std::string parameter = "<!ENTITY % " + name + " ''><!ENTITY % e '&#37;" + name + ";'>"
-                                  "<!ENTITY % f '&#37;e;'>%f; %f;";
+    const std::string parameter = "<!ENTITY % " + name + " ''><!ENTITY % e '&#37;" + name +
+        ";'>"
+        "<!ENTITY % f '&#37;e;'>%f; %f;";
     const std::string documents[] = {
         "<!DOCTYPE r [" + general + "]><r a='&f;'>&f;</r>",
         "<!DOCTYPE r [" + parameter + "]><r/>",

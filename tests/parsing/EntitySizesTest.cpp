@@ -28,20 +28,40 @@ TEST(EntitySizesTest, AReferenceCountsAsItsReplacement)
         std::uint64_t expected;
     };
     const Row rows[] = {
-        {u"&x;", 5}, {u"a&x;b&x;", 12}, {u"&unknown;", 0}, {u"&lt;&gt;&amp;&apos;&quot;", 5},
-        {u"&#65;", 1}, {u"&#00000065;", 1}, {u"&#x41;", 1}, {u"&#xFFFD;", 1},
-        {u"&#65536;", 2}, {u"&#x1F600;", 2}, {u"&#x10ffff;", 2},
+        {u"&x;", 5},
+        {u"a&x;b&x;", 12},
+        {u"&unknown;", 0},
+        {u"&lt;&gt;&amp;&apos;&quot;", 5},
+        {u"&#65;", 1},
+        {u"&#00000065;", 1},
+        {u"&#x41;", 1},
+        {u"&#xFFFD;", 1},
+        {u"&#65536;", 2},
+        {u"&#x1F600;", 2},
+        {u"&#x10ffff;", 2},
     };
-    for (const Row& row : rows) EXPECT_EQ(Expand(row.text).text, row.expected) << VString(row.text);
+    for (const Row& row : rows)
+        EXPECT_EQ(Expand(row.text).text, row.expected) << VString(row.text);
 }
 
 TEST(EntitySizesTest, TextThatIsNoReferenceCountsItsOwnLength)
 {
     const std::u16string texts[] = {
-        u"&", u"&;", u"& x;", u"&x", u"&x<b/>;", u"&&&&", u"<",
-        u"<!--&x;-->", u"<?p &x;?>", u"<![CDATA[&x;]]>", u"<!--&x;", u"<![CDATA[&x;",
+        u"&",
+        u"&;",
+        u"& x;",
+        u"&x",
+        u"&x<b/>;",
+        u"&&&&",
+        u"<",
+        u"<!--&x;-->",
+        u"<?p &x;?>",
+        u"<![CDATA[&x;]]>",
+        u"<!--&x;",
+        u"<![CDATA[&x;",
     };
-    for (const std::u16string& text : texts) EXPECT_EQ(Expand(text).text, text.size()) << VString(text.c_str());
+    for (const std::u16string& text : texts)
+        EXPECT_EQ(Expand(text).text, text.size()) << VString(text.c_str());
     EXPECT_EQ(Expand(u"<!--&x;-->&x;").text, 15u);
     EXPECT_EQ(Expand(u"<a b='&x;'>&x;</a>").text, 22u);
     EXPECT_EQ(Expand(u"&&x;").text, 6u);
@@ -62,7 +82,8 @@ std::size_t DeclareLevels(EntitySizes& sizes, int levels, int fan)
     for (int level = 1; level < levels; ++level) {
         const std::string name = "e" + std::to_string(level - 1);
         std::u16string text;
-        for (int i = 0; i < fan; ++i) text += u"&" + std::u16string(name.begin(), name.end()) + u";";
+        for (int i = 0; i < fan; ++i)
+            text += u"&" + std::u16string(name.begin(), name.end()) + u";";
         const std::string own = "e" + std::to_string(level);
         last = sizes.Declare(std::u16string(own.begin(), own.end()), text);
     }

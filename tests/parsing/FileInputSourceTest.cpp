@@ -16,7 +16,8 @@ std::string ReadAll(InputSource& source)
 {
     std::string all;
     std::string bytes;
-    while (source.GetBytes(bytes, 7)) all += bytes;
+    while (source.GetBytes(bytes, 7))
+        all += bytes;
     return all;
 }
 
@@ -39,7 +40,8 @@ TEST_F(FileInputSourceTest, UnopenableFileIsLoggedAndThrown)
     } catch (const VIO::Exception& exception) {
         ASSERT_EQ(log.records.size(), 1u);
         EXPECT_EQ(log.records[0].severity, VLog::Warn);
-        EXPECT_EQ(log.records[0].message, VString("FileInputSource::FileInputSource( \"") + file + "\" ) error: " + exception.GetMessage());
+        EXPECT_EQ(log.records[0].message,
+            VString("FileInputSource::FileInputSource( \"") + file + "\" ) error: " + exception.GetMessage());
     }
 }
 
@@ -87,7 +89,7 @@ TEST_F(FileInputSourceTest, GetNextLineJoinsTheChunksOfALine)
 TEST_F(FileInputSourceTest, GetNextLineNormalizesLineEndings)
 {
     FileInputSource source(Write("one\r\ntwo\rthree\nfour\r"));
-    source.SetReadSize(4);   // between the carriage return and its line feed
+    source.SetReadSize(4);  // between the carriage return and its line feed
     std::string line;
     for (const char* expected : {"one\n", "two\nthree\n", "four\n"}) {
         EXPECT_TRUE(source.GetNextLine(line));
@@ -158,7 +160,7 @@ TEST_F(FileInputSourceTest, RefusesAnEncodingInTheLanguageOfTheSession)
 #ifdef __linux__
 TEST_F(FileInputSourceTest, AReadThatFailsLeavesNoBytesBehind)
 {
-    FileInputSource source("/proc/self/mem");   // opens, and has nothing at its start
+    FileInputSource source("/proc/self/mem");  // opens, and has nothing at its start
     for (int round = 0; round < 2; ++round) {
         std::string bytes = "kept";
         EXPECT_THROW(source.GetBytes(bytes, 3), VIO::Exception);
@@ -182,7 +184,7 @@ TEST_F(FileInputSourceTest, AResetKeepsTheVerdict)
     std::string bytes;
     ExpectInvalidEncoding([&] { source.GetBytes(bytes, 3); });
     source.ResetToStart();
-    source.SetReadSize(3);   // these bytes alone would pass
+    source.SetReadSize(3);  // these bytes alone would pass
     ExpectInvalidEncoding([&] { source.GetBytes(bytes, 3); });
 }
 

@@ -27,7 +27,8 @@ struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Head {
 void* Allocate(std::size_t size)
 {
     auto* const head = static_cast<Head*>(std::malloc(sizeof(Head) + size));
-    if (!head) throw std::bad_alloc();
+    if (!head)
+        throw std::bad_alloc();
     head->size = size;
     liveBytes += size;
     ++liveBlocks;
@@ -36,7 +37,8 @@ void* Allocate(std::size_t size)
 
 void Free(void* memory) noexcept
 {
-    if (!memory) return;
+    if (!memory)
+        return;
     Head* const head = static_cast<Head*>(memory) - 1;
     liveBytes -= head->size;
     --liveBlocks;
@@ -45,12 +47,30 @@ void Free(void* memory) noexcept
 
 }  // namespace
 
-void* operator new(std::size_t size) { return Allocate(size); }
-void* operator new[](std::size_t size) { return Allocate(size); }
-void operator delete(void* memory) noexcept { Free(memory); }
-void operator delete[](void* memory) noexcept { Free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { Free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { Free(memory); }
+void* operator new(std::size_t size)
+{
+    return Allocate(size);
+}
+void* operator new[](std::size_t size)
+{
+    return Allocate(size);
+}
+void operator delete(void* memory) noexcept
+{
+    Free(memory);
+}
+void operator delete[](void* memory) noexcept
+{
+    Free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    Free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    Free(memory);
+}
 
 namespace {
 
@@ -61,8 +81,10 @@ TEST(KeptMemoryTest, SmallBlocksKeepSomeAndGiveThemBack)
         std::vector<void*> used(20000);
         const std::size_t beforeUse = liveBlocks;
         SmallBlocks blocks;
-        for (std::size_t i = 0; i < used.size(); ++i) used[i] = blocks.Allocate(i % 200);
-        for (void* const block : used) blocks.Free(block);
+        for (std::size_t i = 0; i < used.size(); ++i)
+            used[i] = blocks.Allocate(i % 200);
+        for (void* const block : used)
+            blocks.Free(block);
         const std::size_t kept = liveBlocks - beforeUse;
         EXPECT_LE(kept, HasAddressSanitizer ? 0 : 600);
         EXPECT_GE(kept, HasAddressSanitizer ? 0 : 100);
@@ -90,7 +112,8 @@ INSTANTIATE_TEST_SUITE_P(, KeptTextTest, testing::Values("</a>", "", "</b>", "&u
 TEST(KeptMemoryTest, TheBuilderOfADocumentIsNotKeptByTheParser)
 {
     std::string text;
-    for (int i = 0; i < 20'000; ++i) text += "<a>";
+    for (int i = 0; i < 20'000; ++i)
+        text += "<a>";
     DOMParser parser;
     parser.ParseXmlString("<a>", "id");
     const std::size_t before = liveBytes;

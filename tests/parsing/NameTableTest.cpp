@@ -22,7 +22,8 @@ TEST(NameTableTest, ANameAtManyPlacesIsMadeOnce)
     NameTable names;
     const std::vector<std::u16string> places(1000, u"name, longer than a string keeps in itself");
     const VString first = names.Get(places[0].c_str());
-    for (const std::u16string& place : places) EXPECT_TRUE(names.Get(place.c_str()).IsSharedWith(first));
+    for (const std::u16string& place : places)
+        EXPECT_TRUE(names.Get(place.c_str()).IsSharedWith(first));
 }
 
 // As many as a wide table has columns.
@@ -30,7 +31,8 @@ TEST(NameTableTest, MostOfAThousandNamesStayShared)
 {
     NameTable names;
     std::vector<std::u16string> all;
-    for (int i = 0; i < 1000; ++i) all.emplace_back((VString("column-") + VString::number(std::int32_t{i})).View());
+    for (int i = 0; i < 1000; ++i)
+        all.emplace_back((VString("column-") + VString::number(std::int32_t{i})).View());
     std::vector<VString> last(all.size());
     std::size_t shared = 0;
     for (int round = 0; round < 10; ++round) {
@@ -51,20 +53,24 @@ TEST(NameTableTest, AnotherNameAtTheSamePlaceIsAnotherName)
     NameTable names;
     const std::u16string all[] = {u"", u"a", u"ab", u"abc", u"ab", u"abd", u"a", u"", u"b"};
     char16_t place[8] = {};
-    for (int round = 0; round < 3; ++round)
+    for (int round = 0; round < 3; ++round) {
         for (const std::u16string& name : all) {
             std::memcpy(place, name.c_str(), (name.size() + 1) * sizeof(char16_t));
             ASSERT_EQ(names.Get(place).View(), name);
         }
+    }
 }
 
 TEST(NameTableTest, GivesManyNames)
 {
     NameTable names;
     std::vector<std::u16string> all;
-    for (int i = 0; i < 20000; ++i) all.emplace_back(VString::number(std::int32_t{i}).View());
-    for (int round = 0; round < 2; ++round)
-        for (const std::u16string& name : all) ASSERT_EQ(names.Get(name.c_str()).View(), name);
+    for (int i = 0; i < 20000; ++i)
+        all.emplace_back(VString::number(std::int32_t{i}).View());
+    for (int round = 0; round < 2; ++round) {
+        for (const std::u16string& name : all)
+            ASSERT_EQ(names.Get(name.c_str()).View(), name);
+    }
 }
 
 TEST(NameTableTest, ClearForgets)

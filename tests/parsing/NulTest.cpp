@@ -12,7 +12,8 @@ using testsupport::ParseBytes;
 using testsupport::ParseResult;
 using Events = std::vector<std::string>;
 
-constexpr const char* Schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>";
+constexpr const char* Schema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>";
 
 // Markup of every kind.
 const std::string RichDocument =
@@ -35,7 +36,8 @@ std::string WithNul(std::string text, std::size_t position)
 std::string Utf32(const std::string& ascii)
 {
     std::string bytes("\xFF\xFE\0\0", 4);
-    for (const char unit : ascii) bytes += unit + std::string(3, '\0');
+    for (const char unit : ascii)
+        bytes += unit + std::string(3, '\0');
     return bytes;
 }
 
@@ -84,9 +86,11 @@ TEST(NulTest, EveryNulIsAnErrorInEveryEncoding)
     for (std::size_t i = 0; i <= RichDocument.size(); ++i) {
         SCOPED_TRACE(i);
         EXPECT_FALSE(ParseBytes(WithNul(Rich("iso-8859-1"), std::min(i, Rich("iso-8859-1").size()))).errors.empty());
-        EXPECT_FALSE(ParseBytes(testsupport::Utf16(WithNul(Rich("utf-16"), std::min(i, Rich("utf-16").size())))).errors.empty());
+        EXPECT_FALSE(
+            ParseBytes(testsupport::Utf16(WithNul(Rich("utf-16"), std::min(i, Rich("utf-16").size())))).errors.empty());
         EXPECT_FALSE(ParseBytes(Utf32(WithNul(Rich("ucs-4"), std::min(i, Rich("ucs-4").size())))).errors.empty());
-        EXPECT_FALSE(ParseBytes("\xEF\xBB\xBF" + WithNul(Rich("utf-8"), std::min(i, Rich("utf-8").size()))).errors.empty());
+        EXPECT_FALSE(
+            ParseBytes("\xEF\xBB\xBF" + WithNul(Rich("utf-8"), std::min(i, Rich("utf-8").size()))).errors.empty());
     }
 }
 
@@ -102,27 +106,39 @@ TEST(NulTest, EveryNulIsAnErrorToAValidatingParser)
 
 TEST(NulTest, DocumentsWithoutNulAreGoodInEveryEncoding)
 {
-    for (const std::string& bytes : {Rich("utf-8"), "\xEF\xBB\xBF" + Rich("utf-8"), Rich("iso-8859-1"), testsupport::Utf16(Rich("utf-16")), Utf32(Rich("ucs-4"))})
+    for (const std::string& bytes : {Rich("utf-8"),
+             "\xEF\xBB\xBF" + Rich("utf-8"),
+             Rich("iso-8859-1"),
+             testsupport::Utf16(Rich("utf-16")),
+             Utf32(Rich("ucs-4"))})
         EXPECT_EQ(ParseBytes(bytes).errors, std::vector<VString>{});
 }
 
 TEST(NulTest, ANulBehindTheDocumentElementIsFoundWhereItStands)
 {
-    for (const auto& [text, place] : std::vector<std::pair<std::string, std::string>>{
-             {"<a/>^", "(1,5)"}, {"<a/>^<b/>more", "(1,5)"}, {"<a/>\r\n\n ^", "(3,2)"}, {"<a/>\n<!-- c -->^\n", "(2,11)"}, {"<a/><?p i?>^", "(1,12)"}, {"<a>\xC3\xA4\xF0\x9F\x98\x80</a>^", "(1,11)"}}) {
+    for (const auto& [text, place] : std::vector<std::pair<std::string, std::string>>{{"<a/>^", "(1,5)"},
+             {"<a/>^<b/>more", "(1,5)"},
+             {"<a/>\r\n\n ^", "(3,2)"},
+             {"<a/>\n<!-- c -->^\n", "(2,11)"},
+             {"<a/><?p i?>^", "(1,12)"},
+             {"<a>\xC3\xA4\xF0\x9F\x98\x80</a>^", "(1,11)"}}) {
         SCOPED_TRACE(text);
         const ParseResult result = ParseBytes(Nuls(text));
-        EXPECT_EQ(result.errors, std::vector<VString>{VString(("Fatal Error" + place + ": invalid character 0x0 (id: id)").c_str())});
+        EXPECT_EQ(result.errors,
+            std::vector<VString>{VString(("Fatal Error" + place + ": invalid character 0x0 (id: id)").c_str())});
         EXPECT_TRUE(result.fatal);
     }
 }
 
 TEST(NulTest, ANulInAnXmlDeclarationIsFoundWhereItStands)
 {
-    for (const auto& [text, place] : std::vector<std::pair<std::string, std::string>>{
-             {"<?xml version^='1.0'?><a/>", "(1,14)"}, {"<?xml version^other='1.0'?><a/>", "(1,14)"}, {"<?xml version='1.0'\r\nencoding^='utf-8'?><a/>", "(2,9)"}}) {
+    for (const auto& [text, place] :
+        std::vector<std::pair<std::string, std::string>>{{"<?xml version^='1.0'?><a/>", "(1,14)"},
+            {"<?xml version^other='1.0'?><a/>", "(1,14)"},
+            {"<?xml version='1.0'\r\nencoding^='utf-8'?><a/>", "(2,9)"}}) {
         SCOPED_TRACE(text);
-        const std::vector<VString> expected{VString(("Fatal Error" + place + ": invalid character 0x0 (id: id)").c_str())};
+        const std::vector<VString> expected{
+            VString(("Fatal Error" + place + ": invalid character 0x0 (id: id)").c_str())};
         EXPECT_EQ(ParseBytes(Nuls(text)).errors, expected);
         EXPECT_EQ(ParseBytes("\xEF\xBB\xBF" + Nuls(text)).errors, expected);
         if (text.find("utf-8") == std::string::npos) {
@@ -194,7 +210,8 @@ TEST(NulTest, AFileReadInChunksMayHoldTheNulInALaterOne)
 
 TEST(NulTest, EveryNulOfASchemaIsAnErrorWithAPlace)
 {
-    const std::string text = std::string("<?xml version='1.0' encoding='utf-8'?>\n<!-- c -->") + Schema + "\n<!-- d --> ";
+    const std::string text =
+        std::string("<?xml version='1.0' encoding='utf-8'?>\n<!-- c -->") + Schema + "\n<!-- d --> ";
     ASSERT_EQ(SchemaErrors(text), std::vector<VString>{});
     for (std::size_t i = 0; i <= text.size(); ++i) {
         SCOPED_TRACE(text.substr(0, i) + "^");
@@ -209,7 +226,9 @@ TEST(NulTest, EveryNulOfASchemaIsAnErrorInEveryEncoding)
 {
     const std::vector<VString> expected{"Fatal Error(2,2): invalid character 0x0 (id: schema)"};
     const std::string text = std::string(Schema) + "\n ";
-    const auto declared = [](const std::string& encoding) { return "<?xml version='1.0' encoding='" + encoding + "'?>"; };
+    const auto declared = [](const std::string& encoding) {
+        return "<?xml version='1.0' encoding='" + encoding + "'?>";
+    };
     EXPECT_EQ(SchemaErrors(text), std::vector<VString>{});
     EXPECT_EQ(SchemaErrors(testsupport::Utf16(text)), std::vector<VString>{});
     EXPECT_EQ(SchemaErrors(Utf32(declared("ucs-4") + text)), std::vector<VString>{});
@@ -226,8 +245,11 @@ TEST(NulTest, ANulInAnIncludedSchemaIsAnError)
     auto handler = std::make_shared<testsupport::RecordingHandler>();
     handler->schemaPath = folder.Write("included.xsd", Nuls(std::string(Schema) + "\n^more"));
     const auto parser = XercesXMLParser::Create(document, handler);
-    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='x.xsd'/></xs:schema>", "schema");
-    EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Fatal Error(2,1): invalid character 0x0 (id: " + handler->schemaPath + ")"});
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='x.xsd'/></xs:schema>",
+        "schema");
+    EXPECT_EQ(parser->GetErrors(),
+        std::vector<VString>{"Fatal Error(2,1): invalid character 0x0 (id: " + handler->schemaPath + ")"});
 }
 
 // <?xml version='1.0' encoding='ibm037'?><a/>
@@ -248,7 +270,7 @@ TEST(NulTest, EveryNulInAnEbcdicDocumentIsAnError)
 // Xerces drops the bytes of a character that the end of the input cuts off, and the text among them.
 TEST(IncompleteEndTest, ADocumentThatEndsWithinACharacterIsAnError)
 {
-    for (const std::string end : {"\xE2\x82", "\xC3", "\xF0\x9F\x98", "\xFF<b/>", "\n\xFD<b>x"})
+    for (const std::string end : {"\xE2\x82", "\xC3", "\xF0\x9F\x98", "\xFF<b/>", "\n\xFD<b>x"}) {
         for (const std::string document : {"<a/>", "<!DOCTYPE a [<!ENTITY e 'v'>]><a>&e;</a>"}) {
             const std::string text = document + end;
             DOMParser parser;
@@ -256,6 +278,7 @@ TEST(IncompleteEndTest, ADocumentThatEndsWithinACharacterIsAnError)
             EXPECT_TRUE(parser.ParseXmlBytes({text.begin(), text.end()})->HasErrors()) << text;
             EXPECT_FALSE(parser.ParseXmlString(document, "id")->HasErrors()) << text;
         }
+    }
 }
 
 TEST(IncompleteEndTest, OtherEncodingsMayEndLikeThat)

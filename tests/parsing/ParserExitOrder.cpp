@@ -29,7 +29,7 @@ bool ParsesEntities()
     DOMParser parser;
     const auto document = parser.ParseXmlString(Entities, "id");
     return !document->HasErrors() && document->GetDocumentRoot()->GetText() == "x" &&
-           document->GetDocumentRoot()->GetAttribute("b") == "x";
+        document->GetDocumentRoot()->GetAttribute("b") == "x";
 }
 
 struct ParsesLate {

@@ -64,8 +64,10 @@ TEST(ParserTest, MessagesAndIdentitiesStayAsLong)
     ScriptedParser parser;
     for (int i = 0; i < 7; ++i) {
         parser.Error("e", Info);
-        if (i % 2 == 0) parser.FatalError("f", Info);
-        if (i % 3 == 0) parser.Warning("w", Info);
+        if (i % 2 == 0)
+            parser.FatalError("f", Info);
+        if (i % 3 == 0)
+            parser.Warning("w", Info);
         EXPECT_EQ(parser.GetErrors().size(), parser.GetMetadataForErrors().size());
         EXPECT_EQ(parser.GetWarnings().size(), parser.GetMetadataForWarnings().size());
     }

@@ -23,10 +23,12 @@ public:
     void StartElement(const VString& name, const AttributeMap& attributes) override
     {
         std::vector<std::string> parts;
-        for (const auto& [attribute, value] : attributes) parts.push_back(" " + attribute.toStdString() + "='" + value.toStdString() + "'");
+        for (const auto& [attribute, value] : attributes)
+            parts.push_back(" " + attribute.toStdString() + "='" + value.toStdString() + "'");
         std::sort(parts.begin(), parts.end());
         std::string event = "<" + name.toStdString();
-        for (const std::string& part : parts) event += part;
+        for (const std::string& part : parts)
+            event += part;
         events.push_back(event + ">");
     }
     void EndElement() override { events.push_back("</>"); }
@@ -44,8 +46,8 @@ public:
     }
 
     std::vector<std::string> events;
-    std::size_t doneAfter = 0;   // events; 0 for never
-    VString schemaPath;          // of every import
+    std::size_t doneAfter = 0;  // events; 0 for never
+    VString schemaPath;         // of every import
     std::vector<std::string> resolved;
     std::vector<std::string> preprocessed;
 };
@@ -55,7 +57,8 @@ class MeasuringHandler : public SAXInterface {
 public:
     void StartElement(const VString&, const AttributeMap& attributes) override
     {
-        for (const auto& [name, value] : attributes) length += static_cast<std::size_t>(value.length());
+        for (const auto& [name, value] : attributes)
+            length += static_cast<std::size_t>(value.length());
     }
     void EndElement() override {}
     void Characters(const VString& text) override { length += static_cast<std::size_t>(text.length()); }
@@ -121,7 +124,8 @@ inline std::string TreeText(const DOMElement& element)
     for (const DOMElement* child : element.GetChildren()) {
         RecordingHandler tag;
         tag.StartElement(child->GetName(), child->GetAttributes());
-        text += tag.events[0] + child->GetText().toStdString() + TreeText(*child) + "</" + child->GetName().toStdString() + ">";
+        text += tag.events[0] + child->GetText().toStdString() + TreeText(*child) + "</" +
+            child->GetName().toStdString() + ">";
     }
     return text;
 }
@@ -134,7 +138,8 @@ inline std::string TreeText(const DOM& document)
 inline std::string Repeat(const std::string& piece, int count)
 {
     std::string text;
-    for (int i = 0; i < count; ++i) text += piece;
+    for (int i = 0; i < count; ++i)
+        text += piece;
     return text;
 }
 
@@ -145,7 +150,8 @@ inline std::string ParameterEntityBomb(int levels, int fan, const std::string& l
     std::string text = "<!DOCTYPE r [\n<!ENTITY % e0 \"" + leaf + "\">\n";
     for (int level = 1; level < levels; ++level) {
         text += "<!ENTITY % e" + std::to_string(level) + " \"";
-        for (int i = 0; i < fan; ++i) text += "&#37;e" + std::to_string(level - 1) + ";";
+        for (int i = 0; i < fan; ++i)
+            text += "&#37;e" + std::to_string(level - 1) + ";";
         text += "\">\n";
     }
     return text + "%e" + std::to_string(levels - 1) + ";\n]>\n<r/>";
@@ -157,7 +163,8 @@ inline std::string GeneralEntityBomb(int levels, int fan)
     std::string text = "<!DOCTYPE r [\n<!ENTITY e0 \"x\">\n";
     for (int level = 1; level < levels; ++level) {
         text += "<!ENTITY e" + std::to_string(level) + " \"";
-        for (int i = 0; i < fan; ++i) text += "&e" + std::to_string(level - 1) + ";";
+        for (int i = 0; i < fan; ++i)
+            text += "&e" + std::to_string(level - 1) + ";";
         text += "\">\n";
     }
     return text + "]>\n<r>&e" + std::to_string(levels - 1) + ";</r>";

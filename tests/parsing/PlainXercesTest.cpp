@@ -23,8 +23,12 @@ using xercesc::XMLUni;
 struct FirstFault : xercesc::DefaultHandler {
     void fatalError(const xercesc::SAXParseException& fault) override
     {
-        if (text.IsEmpty())
-            text = VFormatString("Fatal Error(%1,%2): %3 (id: id)").arg(std::uint64_t{fault.getLineNumber()}).arg(std::uint64_t{fault.getColumnNumber()}).arg(VString(fault.getMessage()));
+        if (text.IsEmpty()) {
+            text = VFormatString("Fatal Error(%1,%2): %3 (id: id)")
+                       .arg(std::uint64_t{fault.getLineNumber()})
+                       .arg(std::uint64_t{fault.getColumnNumber()})
+                       .arg(VString(fault.getMessage()));
+        }
     }
     VString text;
 };
@@ -43,7 +47,8 @@ VString PlainVerdict(const std::string& bytes, bool isUtf8)
             source.setEncoding(XMLUni::fgUTF8EncodingString);
         xercesc::XMLPScanToken token;
         if (reader->parseFirst(source, token)) {
-            while (handler.text.IsEmpty() && reader->parseNext(token)) continue;
+            while (handler.text.IsEmpty() && reader->parseNext(token))
+                continue;
         }
     } catch (const xercesc::XMLException& exception) {
         return exception.getMessage();
@@ -114,7 +119,8 @@ const PrologRow PrologRows[] = {
     {"white space first", " <?xml version='1.0'?><a/>"},
     {"a non-ASCII document type", "<?xml version='1.0'?><!DOCTYPE \xC3\xA9><\xC3\xA9/>"},
     {"a declaration in an entity", "<!DOCTYPE a [<!ENTITY e \"<?xml version='1.0'?>x\">]><a>&e;</a>"},
-    {"non-ASCII in a declaration in an entity", "<!DOCTYPE a [<!ENTITY e \"<?xml version='1.0\xC3\xA9'?>x\">]><a>&e;</a>"},
+    {"non-ASCII in a declaration in an entity",
+        "<!DOCTYPE a [<!ENTITY e \"<?xml version='1.0\xC3\xA9'?>x\">]><a>&e;</a>"},
     {"a declaration in a parameter entity", "<!DOCTYPE a [<!ENTITY % e \"<?xml encoding='\xC3\xA9'?>\"> %e;]><a/>"},
     {"a non-ASCII name", "<\xC3\xA9 \xC3\xB6='1'/>"},
     {"a supplementary name", "<\xF0\x90\x80\x80/>"},
@@ -146,21 +152,44 @@ TEST_F(PlainXercesTest, APrologGetsItsVerdict)
 TEST_F(PlainXercesTest, SupplementaryCharactersMayStandAnywhere)
 {
     const std::string character = "\xF0\x90\x80\x80";
-    for (const char* version : {"1.0", "1.1"})
-        for (const std::size_t buffer : {16384, 24576, 49152})
+    for (const char* version : {"1.0", "1.1"}) {
+        for (const std::size_t buffer : {16384, 24576, 49152}) {
             for (std::size_t shift = 0; shift < 8; ++shift) {
                 const std::string start = "<?xml version='" + std::string(version) + "'?><a><b ";
                 const std::string space(buffer - start.size() - shift, ' ');
                 ExpectPlainVerdict(start + space + "n" + character + character + "='1'/></a>");
                 ExpectPlainVerdict(start + space + "n='" + character + character + "'/>" + character + "</a>");
-                ExpectPlainVerdict("<?xml version='" + std::string(version) + "'?><!--" + std::string(buffer - 28 - shift, 'x') + character + character + "--><a/>");
+                ExpectPlainVerdict("<?xml version='" + std::string(version) + "'?><!--" +
+                    std::string(buffer - 28 - shift, 'x') + character + character + "--><a/>");
             }
+        }
+    }
 }
 
 TEST_F(PlainXercesTest, ChangedPrologsGetItsVerdict)
 {
-    const std::string text = "<?xml version='1.0' encoding='UTF-8' standalone='no'?>\n<!-- \xC3\xA9 -->\n<!DOCTYPE a [<!ENTITY e '\xC3\xA9'>]>\n<a b='\xF0\x9F\x98\x80'>&e;\xE2\x82\xAC</a>";
-    const std::vector<std::string> pieces{"", "\xC3\xA9", "\xF0\x9F\x98\x80", "'", "\"", ">", "?", "?>", "<", "<?xml ", " ", "\n", "=", "encoding", "UTF-8", "1.1", "\xC2\x85", "\xE9", "\xEF\xBB\xBF", "-"};
+    const std::string text =
+        "<?xml version='1.0' encoding='UTF-8' standalone='no'?>\n<!-- \xC3\xA9 -->\n<!DOCTYPE a [<!ENTITY e '\xC3\xA9'>]>\n<a b='\xF0\x9F\x98\x80'>&e;\xE2\x82\xAC</a>";
+    const std::vector<std::string> pieces{"",
+        "\xC3\xA9",
+        "\xF0\x9F\x98\x80",
+        "'",
+        "\"",
+        ">",
+        "?",
+        "?>",
+        "<",
+        "<?xml ",
+        " ",
+        "\n",
+        "=",
+        "encoding",
+        "UTF-8",
+        "1.1",
+        "\xC2\x85",
+        "\xE9",
+        "\xEF\xBB\xBF",
+        "-"};
     std::mt19937 random(7);
     for (int round = 0; round < 3000; ++round) {
         std::string changed = text;

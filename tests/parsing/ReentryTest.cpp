@@ -13,8 +13,10 @@ using testsupport::RecordingHandler;
 using Events = std::vector<std::string>;
 using Action = std::function<void()>;
 
-constexpr const char* Schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>";
-constexpr const char* IncludingSchema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='x.xsd'/></xs:schema>";
+constexpr const char* Schema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>";
+constexpr const char* IncludingSchema =
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='x.xsd'/></xs:schema>";
 constexpr std::uint32_t Code = 0x61D3A9F5;
 
 // Acts in every callback.
@@ -57,7 +59,10 @@ public:
 // Acts when the parser reads it.
 class ActingSource : public StringInputSource {
 public:
-    ActingSource(const VString& text, Action action) : StringInputSource(text, "acting", false), m_action(std::move(action)) {}
+    ActingSource(const VString& text, Action action)
+        : StringInputSource(text, "acting", false),
+          m_action(std::move(action))
+    {}
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override
     {
         m_action();
@@ -125,7 +130,9 @@ TEST_F(ReentryTest, TheErrorsOfTheOuterParseStay)
 
 TEST_F(ReentryTest, ACallbackDuringValidationIsRefused)
 {
-    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType/></xs:element></xs:schema>", "schema");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType/></xs:element></xs:schema>",
+        "schema");
     parser->Parse();
     const std::vector<VString> errors = parser->GetErrors();
     ASSERT_FALSE(errors.empty());

@@ -32,26 +32,29 @@ TEST(SharedTextsTest, TextsThatComeOnceDoNotDriveOutAnother)
 TEST(SharedTextsTest, TellsManyTextsApart)
 {
     SharedTexts texts(1 << 16, SharedTexts::Repeats::Surely);
-    for (int round = 0; round < 2; ++round)
+    for (int round = 0; round < 2; ++round) {
         for (int i = 0; i < 20000; ++i) {
             const VString text = VString::number(std::int32_t{i});
             ASSERT_EQ(texts.Get(text.View()), text);
         }
+    }
 }
 
 // Neither by their length nor by where in them they differ.
 TEST(SharedTextsTest, ShortTextsHaveSlotsOfTheirOwn)
 {
     SharedTexts texts(1 << 16, SharedTexts::Repeats::Surely);
-    for (std::int32_t i = 0; i < 40000; ++i) texts.Get((VString("grow") + VString::number(i)).View());
+    for (std::int32_t i = 0; i < 40000; ++i)
+        texts.Get((VString("grow") + VString::number(i)).View());
     int drivenOut = 0;
-    for (std::int32_t a = 0; a < 128; ++a)
+    for (std::int32_t a = 0; a < 128; ++a) {
         for (std::int32_t b = 0; b < a; ++b) {
             const VString kept = texts.Get(VString::number(a).View());
             texts.Get(VString::number(b).View());
             drivenOut += !texts.Get(VString::number(a).View()).IsSharedWith(kept);
         }
-    EXPECT_LE(drivenOut, 1);   // of 8,128 pairs, by chance
+    }
+    EXPECT_LE(drivenOut, 1);  // of 8,128 pairs, by chance
 }
 
 TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
@@ -67,8 +70,10 @@ TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
     SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
     texts.Get(u"first");
     const VString first = texts.Get(u"first");
-    for (int i = 0; i < 500; ++i)
-        for (int round = 0; round < 2; ++round) texts.Get(VString::number(std::int32_t{i}).View());
+    for (int i = 0; i < 500; ++i) {
+        for (int round = 0; round < 2; ++round)
+            texts.Get(VString::number(std::int32_t{i}).View());
+    }
     EXPECT_EQ(texts.Get(u"first"), first);
     EXPECT_FALSE(texts.Get(u"first").IsSharedWith(first));
 }
@@ -79,14 +84,21 @@ TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
     std::vector<VString> made;
     const auto name = [](int i) { return VString("name") + VString::number(std::int32_t{i}); };
     // The first lookups make the table as large as it gets.
-    for (int i = 0; i < 600; ++i) texts.Get(VString::number(std::int32_t{i}).View());
-    for (int i = 0; i < 500; ++i) texts.Get(name(i).View());
-    for (int round = 0; round < 2; ++round)
+    for (int i = 0; i < 600; ++i)
+        texts.Get(VString::number(std::int32_t{i}).View());
+    for (int i = 0; i < 500; ++i)
+        texts.Get(name(i).View());
+    for (int round = 0; round < 2; ++round) {
         for (int i = 0; i < 500; ++i) {
             const VString text = texts.Get(name(i).View());
-            if (round == 0) made.push_back(text);
-            else made[static_cast<std::size_t>(i)] = text.IsSharedWith(made[static_cast<std::size_t>(i)]) ? VString("kept") : VString();
+            if (round == 0) {
+                made.push_back(text);
+            } else {
+                made[static_cast<std::size_t>(i)] =
+                    text.IsSharedWith(made[static_cast<std::size_t>(i)]) ? VString("kept") : VString();
+            }
         }
+    }
     EXPECT_GT(std::count(made.begin(), made.end(), VString("kept")), 250);
 }
 
@@ -133,7 +145,8 @@ TEST(SharedTextsTest, ManyTextsThatComeAgainSurelyAreMostlyShared)
 TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptForAWhile)
 {
     SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
-    for (int i = 0; i < 2500; ++i) texts.Get(VString::number(std::int32_t{i}).View());
+    for (int i = 0; i < 2500; ++i)
+        texts.Get(VString::number(std::int32_t{i}).View());
     EXPECT_EQ(CountShared(texts, 3, 10), 0);
     // After the pause, repeated texts are shared again.
     EXPECT_EQ(CountShared(texts, 3, 10000), 3);
@@ -142,7 +155,8 @@ TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptForAWhile)
 TEST(SharedTextsTest, ClearEndsThePause)
 {
     SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
-    for (int i = 0; i < 2500; ++i) texts.Get(VString::number(std::int32_t{i}).View());
+    for (int i = 0; i < 2500; ++i)
+        texts.Get(VString::number(std::int32_t{i}).View());
     texts.Clear();
     EXPECT_EQ(CountShared(texts, 3, 10), 3);
 }
@@ -150,12 +164,13 @@ TEST(SharedTextsTest, ClearEndsThePause)
 TEST(SharedTextsTest, TextsThatDifferInOneUnitAreToldApart)
 {
     SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
-    for (std::size_t length = 1; length < 20; ++length)
+    for (std::size_t length = 1; length < 20; ++length) {
         for (std::size_t i = 0; i < length; ++i) {
             std::u16string text(length, u'a');
             text[i] = u'b';
             ASSERT_EQ(texts.Get(text).View(), text);
         }
+    }
 }
 
 }  // namespace

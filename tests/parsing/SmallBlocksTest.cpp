@@ -51,11 +51,14 @@ TEST(SmallBlocksTest, BlocksInUseKeepTheirContent)
             std::swap(used[random() % used.size()], used.back());
             const auto [block, size] = used.back();
             used.pop_back();
-            ASSERT_TRUE(std::all_of(block, block + size, [expected = size](unsigned char byte) { return byte == expected; })) << size;
+            ASSERT_TRUE(std::all_of(block, block + size, [expected = size](unsigned char byte) {
+                return byte == expected;
+            })) << size;
             blocks.Free(block);
         }
     }
-    for (const auto& [block, size] : used) blocks.Free(block);
+    for (const auto& [block, size] : used)
+        blocks.Free(block);
 }
 
 TEST(SmallBlocksTest, NullIsFreedAlready)
@@ -66,7 +69,8 @@ TEST(SmallBlocksTest, NullIsFreedAlready)
 TEST(SmallBlocksTest, SizesThatOverflowThrowBadAlloc)
 {
     SmallBlocks blocks;
-    for (std::size_t less = 0; less < 16; ++less) EXPECT_THROW(blocks.Allocate(std::numeric_limits<std::size_t>::max() - less), std::bad_alloc) << less;
+    for (std::size_t less = 0; less < 16; ++less)
+        EXPECT_THROW(blocks.Allocate(std::numeric_limits<std::size_t>::max() - less), std::bad_alloc) << less;
 }
 
 }  // namespace

@@ -21,12 +21,16 @@ class Utf16InputSourceTest : public testing::Test {
 protected:
     std::unique_ptr<xercesc::InputSource> Plain(std::string_view text, const XMLCh* encoding = nullptr) const
     {
-        auto source = std::make_unique<xercesc::MemBufInputSource>(reinterpret_cast<const XMLByte*>(text.data()), text.size(), u"id");
+        auto source = std::make_unique<xercesc::MemBufInputSource>(
+            reinterpret_cast<const XMLByte*>(text.data()), text.size(), u"id");
         source->setEncoding(encoding);
         return source;
     }
 
-    bool IsWellFormed(std::string_view text, const XMLCh* encoding = nullptr) const { return Utf16InputSource::IsWellFormed(*Plain(text, encoding), text); }
+    bool IsWellFormed(std::string_view text, const XMLCh* encoding = nullptr) const
+    {
+        return Utf16InputSource::IsWellFormed(*Plain(text, encoding), text);
+    }
 
     // All that the stream gives when it is asked for `count` bytes at a time.
     std::u16string Read(std::string_view text, std::size_t count) const
@@ -45,7 +49,8 @@ protected:
 
 private:
     // The first source starts Xerces.
-    const XercesInputSource m_first{std::make_shared<std::string>(), 0, VString(), ColonProcessingNone, TextEncoding::Detected};
+    const XercesInputSource m_first{
+        std::make_shared<std::string>(), 0, VString(), ColonProcessingNone, TextEncoding::Detected};
 };
 
 // Runs of ASCII of every length around a block, between characters of two, three and four bytes.
@@ -54,7 +59,14 @@ std::string MixedText()
     std::string text;
     for (int run = 0; run < 40; ++run) {
         text.append(static_cast<std::size_t>(run), static_cast<char>('a' + run % 26));
-        for (const char* character : {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEF\xBF\xBD", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) text += character;
+        for (const char* character : {"\xC2\x80",
+                 "\xDF\xBF",
+                 "\xE0\xA0\x80",
+                 "\xED\x9F\xBF",
+                 "\xEF\xBF\xBD",
+                 "\xF0\x90\x80\x80",
+                 "\xF4\x8F\xBF\xBF"})
+            text += character;
     }
     return text;
 }
@@ -63,13 +75,17 @@ TEST_F(Utf16InputSourceTest, GivesTheTextWhateverThePieces)
 {
     const std::string text = MixedText();
     const std::u16string expected(VString::fromStdString(text).View());
-    for (std::size_t count = 2; count < 100; ++count) EXPECT_EQ(Read(text, count), expected) << count;
+    for (std::size_t count = 2; count < 100; ++count)
+        EXPECT_EQ(Read(text, count), expected) << count;
     EXPECT_EQ(Read(text, 49152), expected);
 }
 
 TEST_F(Utf16InputSourceTest, ASurrogatePairMaySpanTwoReads)
 {
-    EXPECT_EQ(Read("a\xF0\x9F\x98\x80" "b", 2), u"a\U0001F600b");
+    EXPECT_EQ(Read("a\xF0\x9F\x98\x80"
+                   "b",
+                  2),
+        u"a\U0001F600b");
 }
 
 TEST_F(Utf16InputSourceTest, AnEmptyTextEndsAtOnce)
@@ -86,15 +102,29 @@ TEST_F(Utf16InputSourceTest, KeepsTheSystemIdAndNamesItsEncoding)
 
 TEST_F(Utf16InputSourceTest, TextIsWellFormed)
 {
-    for (const std::string_view text : {"<abcd/>"sv, "<?xml version=\"1.0\"?><a/>"sv, "<?xml version='1.0' encoding='UTF-8'?><a/>"sv, "<?xml version='1.0' encoding = \"utf-8\" ?><a/>"sv, "<?xmlish x?><a/>"sv,
-                                        "<!-- encoding='latin1' --><a/>"sv, "<abcd>\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80</abcd>"sv})
+    for (const std::string_view text : {"<abcd/>"sv,
+             "<?xml version=\"1.0\"?><a/>"sv,
+             "<?xml version='1.0' encoding='UTF-8'?><a/>"sv,
+             "<?xml version='1.0' encoding = \"utf-8\" ?><a/>"sv,
+             "<?xmlish x?><a/>"sv,
+             "<!-- encoding='latin1' --><a/>"sv,
+             "<abcd>\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80</abcd>"sv})
         EXPECT_TRUE(IsWellFormed(text)) << text;
 }
 
 TEST_F(Utf16InputSourceTest, LeavesOtherEncodingsToXerces)
 {
-    for (const std::string_view text : {""sv, "<a/>"sv, "\xEF\xBB\xBF<abcd/>"sv, " <abcd/>"sv, "<\0a\0b\0/\0>\0"sv, "\0<\0a\0/\0>"sv, "\xFE\xFF\0<\0a\0/\0>"sv, "<?xml version='1.0' encoding='ISO-8859-1'?><a/>"sv,
-                                        "<?xml version='1.0' encoding='UTF-16'?><a/>"sv, "<?xml version='1.0' encoding?><a/>"sv, "<?xml version='1.0' encoding='UTF-8'"sv})
+    for (const std::string_view text : {""sv,
+             "<a/>"sv,
+             "\xEF\xBB\xBF<abcd/>"sv,
+             " <abcd/>"sv,
+             "<\0a\0b\0/\0>\0"sv,
+             "\0<\0a\0/\0>"sv,
+             "\xFE\xFF\0<\0a\0/\0>"sv,
+             "<?xml version='1.0' encoding='ISO-8859-1'?><a/>"sv,
+             "<?xml version='1.0' encoding='UTF-16'?><a/>"sv,
+             "<?xml version='1.0' encoding?><a/>"sv,
+             "<?xml version='1.0' encoding='UTF-8'"sv})
         EXPECT_FALSE(IsWellFormed(text)) << text;
 }
 
@@ -112,7 +142,8 @@ TEST_F(Utf16InputSourceTest, AnEncodingThatTheSourceNamesOverrulesTheText)
 
 TEST_F(Utf16InputSourceTest, LeavesIllFormedBytesToXerces)
 {
-    for (const std::string_view bytes : {"\x80"sv, "\xC3"sv, "\xC0\x80"sv, "\xE2\x82"sv, "\xED\xA0\x80"sv, "\xF5\x80\x80\x80"sv, "\xFF"sv}) {
+    for (const std::string_view bytes :
+        {"\x80"sv, "\xC3"sv, "\xC0\x80"sv, "\xE2\x82"sv, "\xED\xA0\x80"sv, "\xF5\x80\x80\x80"sv, "\xFF"sv}) {
         EXPECT_FALSE(IsWellFormed("<abcd>" + std::string(bytes) + "</abcd>"));
         EXPECT_FALSE(IsWellFormed("<abcd>" + std::string(bytes), xercesc::XMLUni::fgUTF8EncodingString));
     }

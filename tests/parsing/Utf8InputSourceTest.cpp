@@ -122,14 +122,22 @@ TEST(Utf8InputSourceTest, CopiesOrTakesItsBytes)
 
 TEST(StringInputSourceTest, GivesUtf8)
 {
-    StringInputSource source("gr\xC3\xB6\xC3\x9F" "e", "id", false);
+    StringInputSource source("gr\xC3\xB6\xC3\x9F"
+                             "e",
+        "id",
+        false);
     EXPECT_EQ(source.Size(), 7u);
-    EXPECT_EQ(ReadAll(source), "gr\xC3\xB6\xC3\x9F" "e");
+    EXPECT_EQ(ReadAll(source),
+        "gr\xC3\xB6\xC3\x9F"
+        "e");
 }
 
 TEST(StringInputSourceTest, TakesUtf8)
 {
-    const std::unique_ptr<StringInputSource> source = StringInputSource::FromUtf8(" gr\xC3\xB6\xC3\x9F" "e", "an id", true);
+    const std::unique_ptr<StringInputSource> source = StringInputSource::FromUtf8(" gr\xC3\xB6\xC3\x9F"
+                                                                                  "e",
+        "an id",
+        true);
     EXPECT_EQ(source->Id(), VString("an id"));
     EXPECT_EQ(ReadAll(*source), "größe");
     EXPECT_EQ(VString(source->GetXercesInputSource(ColonProcessingNone).Get().getEncoding()), VString("UTF-8"));

@@ -50,25 +50,54 @@ const Row WellFormednessRows[] = {
     {"an attribute that comes twice", "<a :x='1' :x='2'/>", {"attribute ':x' is already specified for element 'a'"}},
     {"a character that is not allowed", "<a :x='\x01'/>", {"invalid character 0x1 in attribute value ':x'"}},
     {"a name outside of ASCII", "<a :\xC3\xA9='\x01'/>", {"invalid character 0x1 in attribute value ':\xC3\xA9'"}},
-    {"a name that the document itself writes", "<IllegalColon:a IllegalColon:x='\x01'/>", {"invalid character 0x1 in attribute value 'IllegalColon:x'"}},
-    {"such a name beside a rewritten one", "<a :y='1' IllegalColon:x='\x01'/>", {"invalid character 0x1 in attribute value 'IllegalColon:x'"}},
-    {"such an element", "<IllegalColon:x :y='1'>", {"input ended before all started tags were ended; last tag started is 'IllegalColon:x'"}},
+    {"a name that the document itself writes",
+        "<IllegalColon:a IllegalColon:x='\x01'/>",
+        {"invalid character 0x1 in attribute value 'IllegalColon:x'"}},
+    {"such a name beside a rewritten one",
+        "<a :y='1' IllegalColon:x='\x01'/>",
+        {"invalid character 0x1 in attribute value 'IllegalColon:x'"}},
+    {"such an element",
+        "<IllegalColon:x :y='1'>",
+        {"input ended before all started tags were ended; last tag started is 'IllegalColon:x'"}},
 };
 
 const Row ValidityRows[] = {
     {"an attribute that is not declared", "<a :x='1'/>", {"attribute ':x' is not declared for element 'a'"}},
-    {"several", "<a :x='1'><b :y='1'/></a>", {"attribute ':x' is not declared for element 'a'", "attribute ':y' is not declared for element 'b'"}},
-    {"an attribute that comes twice", "<a :x='1' :x='1'/>", {"attribute ':x' is not declared for element 'a'", "attribute ':x' is already specified for element 'a'"}},
+    {"several",
+        "<a :x='1'><b :y='1'/></a>",
+        {"attribute ':x' is not declared for element 'a'", "attribute ':y' is not declared for element 'b'"}},
+    {"an attribute that comes twice",
+        "<a :x='1' :x='1'/>",
+        {"attribute ':x' is not declared for element 'a'", "attribute ':x' is already specified for element 'a'"}},
     {"a name that is not valid", "<a ::x='1'/>", {"invalid attribute name ':'"}},
-    {"an element that is not declared", "<c :x='1'/>", {"no declaration found for element 'c'", "attribute ':x' is not declared for element 'c'"}},
-    {"a name that the document itself writes", "<a :x='1'><b IllegalColon:y='1'/></a>", {"attribute ':x' is not declared for element 'a'", "attribute 'IllegalColon:y' is not declared for element 'b'"}},
-    {"such an element", "<a :x='1'><IllegalColon:x/></a>", {"attribute ':x' is not declared for element 'a'", "no declaration found for element 'IllegalColon:x'", "element 'IllegalColon:x' is not allowed for content model '(b?)'"}},
-    {"such a value", "<a k='IllegalColon:x' :x='1'/>", {"value 'IllegalColon:x' not in enumeration", "attribute ':x' is not declared for element 'a'"}},
-    {"a value like a message", "<a k=\"attribute 'IllegalColon:x'\" :x='1'/>", {"value 'attribute 'IllegalColon:x'' not in enumeration", "attribute ':x' is not declared for element 'a'"}},
-    {"the prefix declared and nothing to rewrite", "<a xmlns:IllegalColon='u' IllegalColon:x='1'/>", {"attribute '{u}x' is not declared for element 'a'"}},
-    {"the namespace and nothing to rewrite", "<a xmlns:n='http://vancorexml.invalid/xml/ThisShouldNotAppear' n:x='1'/>", {"attribute '{http://vancorexml.invalid/xml/ThisShouldNotAppear}x' is not declared for element 'a'"}},
-    {"the namespace beside a rewritten name", "<a :y='1'><b xmlns:n='http://vancorexml.invalid/xml/ThisShouldNotAppear' n:x='1'/></a>",
-     {"attribute ':y' is not declared for element 'a'", "attribute '{http://vancorexml.invalid/xml/ThisShouldNotAppear}x' is not declared for element 'b'"}},
+    {"an element that is not declared",
+        "<c :x='1'/>",
+        {"no declaration found for element 'c'", "attribute ':x' is not declared for element 'c'"}},
+    {"a name that the document itself writes",
+        "<a :x='1'><b IllegalColon:y='1'/></a>",
+        {"attribute ':x' is not declared for element 'a'",
+            "attribute 'IllegalColon:y' is not declared for element 'b'"}},
+    {"such an element",
+        "<a :x='1'><IllegalColon:x/></a>",
+        {"attribute ':x' is not declared for element 'a'",
+            "no declaration found for element 'IllegalColon:x'",
+            "element 'IllegalColon:x' is not allowed for content model '(b?)'"}},
+    {"such a value",
+        "<a k='IllegalColon:x' :x='1'/>",
+        {"value 'IllegalColon:x' not in enumeration", "attribute ':x' is not declared for element 'a'"}},
+    {"a value like a message",
+        "<a k=\"attribute 'IllegalColon:x'\" :x='1'/>",
+        {"value 'attribute 'IllegalColon:x'' not in enumeration", "attribute ':x' is not declared for element 'a'"}},
+    {"the prefix declared and nothing to rewrite",
+        "<a xmlns:IllegalColon='u' IllegalColon:x='1'/>",
+        {"attribute '{u}x' is not declared for element 'a'"}},
+    {"the namespace and nothing to rewrite",
+        "<a xmlns:n='http://vancorexml.invalid/xml/ThisShouldNotAppear' n:x='1'/>",
+        {"attribute '{http://vancorexml.invalid/xml/ThisShouldNotAppear}x' is not declared for element 'a'"}},
+    {"the namespace beside a rewritten name",
+        "<a :y='1'><b xmlns:n='http://vancorexml.invalid/xml/ThisShouldNotAppear' n:x='1'/></a>",
+        {"attribute ':y' is not declared for element 'a'",
+            "attribute '{http://vancorexml.invalid/xml/ThisShouldNotAppear}x' is not declared for element 'b'"}},
 };
 
 TEST(WrittenNamesTest, ErrorsOfWellFormednessHaveTheNamesOfTheDocument)
@@ -92,7 +121,8 @@ TEST(WrittenNamesTest, AnIdStaysAsItIs)
     StringInputSource source("<a :x='1' :x='1'/>", "attribute 'IllegalColon:x'", false);
     const auto document = DOMParser().ParseXmlInputSource(source, false);
     ASSERT_EQ(testsupport::Errors(*document).size(), 1u);
-    EXPECT_THAT(testsupport::Errors(*document)[0].toStdString(), testing::EndsWith("attribute ':x' is already specified for element 'a' (id: attribute 'IllegalColon:x')"));
+    EXPECT_THAT(testsupport::Errors(*document)[0].toStdString(),
+        testing::EndsWith("attribute ':x' is already specified for element 'a' (id: attribute 'IllegalColon:x')"));
 }
 
 TEST(WrittenNamesTest, ErrorsOfASchemaHaveItsNames)
@@ -100,9 +130,12 @@ TEST(WrittenNamesTest, ErrorsOfASchemaHaveItsNames)
     StringInputSource source("<a :x='1'/>", "id", false);
     const auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::RecordingHandler>());
     parser->Parse();
-    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:IllegalColon='u' IllegalColon:x='1' IllegalColon:x='2'/>", "schema");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:IllegalColon='u' IllegalColon:x='1' IllegalColon:x='2'/>",
+        "schema");
     ASSERT_FALSE(parser->GetErrors().empty());
-    EXPECT_THAT(parser->GetErrors().front().toStdString(), HasSubstr("attribute 'IllegalColon:x' is already specified"));
+    EXPECT_THAT(
+        parser->GetErrors().front().toStdString(), HasSubstr("attribute 'IllegalColon:x' is already specified"));
 }
 
 TEST(WrittenNamesTest, EveryKindOfSourceHasThem)
@@ -121,17 +154,20 @@ TEST(WrittenNamesTest, BothDomParsersRestoreNamesInMessages)
 {
     const std::string text = "<a :x='1' :x='1'/>";
     const StandaloneDOMParser standalone;
-    EXPECT_THAT(testsupport::Errors(*DOMParser().ParseXmlString(text, "id"))[0].toStdString(), HasSubstr("attribute ':x'"));
+    EXPECT_THAT(
+        testsupport::Errors(*DOMParser().ParseXmlString(text, "id"))[0].toStdString(), HasSubstr("attribute ':x'"));
     EXPECT_THAT(standalone.ParseXmlString(text, "id").second[0].toStdString(), HasSubstr("attribute ':x'"));
 }
 
 TEST(WrittenNamesTest, ManyErrorsOfALongDocumentStayLinear)
 {
     std::string text = "<a>";
-    for (int i = 0; i < 20'000; ++i) text += "<b :x='1' IllegalColon:y='1'/>";
+    for (int i = 0; i < 20'000; ++i)
+        text += "<b :x='1' IllegalColon:y='1'/>";
     const Texts messages = Messages(text + "</a>", Schema);
     EXPECT_GE(messages.size(), 40'000u);
-    for (const std::string& message : messages) ASSERT_THAT(message, Not(HasSubstr("ThisShouldNotAppear")));
+    for (const std::string& message : messages)
+        ASSERT_THAT(message, Not(HasSubstr("ThisShouldNotAppear")));
 }
 
 }  // namespace

@@ -14,7 +14,8 @@ std::string Read(const XercesInputSource& source)
     return bytes;
 }
 
-XercesInputSource View(const std::shared_ptr<std::string>& bytes, std::size_t start, ColonProcessingMode mode = ColonProcessingNone)
+XercesInputSource View(
+    const std::shared_ptr<std::string>& bytes, std::size_t start, ColonProcessingMode mode = ColonProcessingNone)
 {
     return XercesInputSource(bytes, start, "id", mode, TextEncoding::Detected);
 }
@@ -91,7 +92,8 @@ TEST(XercesInputSourceTest, MemorySourcesGiveTheirOwnBytesFromTheirStart)
     std::string bytes;
     source.GetBytes(bytes, 2);
     EXPECT_EQ(Read(source.GetXercesInputSource(ColonProcessingNone)), "<a/>");
-    EXPECT_EQ(source.GetXercesInputSource(ColonProcessingNone).Bytes(), source.GetXercesInputSource(ColonProcessingSanitize).Bytes());
+    EXPECT_EQ(source.GetXercesInputSource(ColonProcessingNone).Bytes(),
+        source.GetXercesInputSource(ColonProcessingSanitize).Bytes());
 }
 
 }  // namespace

@@ -11,11 +11,10 @@ using testsupport::Repeat;
 using Events = std::vector<std::string>;
 
 // <a> with any number of <n>, each an integer.
-const char* const Schema =
-    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
-    "<xs:element name='a'><xs:complexType><xs:sequence>"
-    "<xs:element name='n' type='xs:int' minOccurs='0' maxOccurs='unbounded'/>"
-    "</xs:sequence><xs:attribute name='k'/></xs:complexType></xs:element></xs:schema>";
+const char* const Schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                           "<xs:element name='a'><xs:complexType><xs:sequence>"
+                           "<xs:element name='n' type='xs:int' minOccurs='0' maxOccurs='unbounded'/>"
+                           "</xs:sequence><xs:attribute name='k'/></xs:complexType></xs:element></xs:schema>";
 
 struct XercesSchemaTest : testing::Test {
     std::unique_ptr<XercesXMLParser> Create(const std::string& text)
@@ -47,12 +46,25 @@ TEST_F(XercesSchemaTest, NamesAreThoseOfTheDocument)
         "<xs:attribute name='k'/>"
         "<xs:element name='a'><xs:complexType mixed='true'><xs:sequence><xs:element ref='p:b' maxOccurs='9'/></xs:sequence></xs:complexType></xs:element>"
         "<xs:element name='b'><xs:complexType><xs:sequence><xs:element ref='p:b' minOccurs='0'/></xs:sequence><xs:attribute ref='p:k'/></xs:complexType></xs:element>"
-        "</xs:schema>", "schema.xsd");
+        "</xs:schema>",
+        "schema.xsd");
     for (int round = 0; round < 2; ++round) {
         handler->events.clear();
         parser->Parse();
         EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
-        EXPECT_EQ(handler->events, (Events{"<x:a xmlns:x='u'>", "\n", "<x:b>", "</>", "t", "<y:b xmlns:y='u' y:k='1'>", "<y:b>", "</>", "</>", "<b xmlns='u'>", "</>", "</>"}));
+        EXPECT_EQ(handler->events,
+            (Events{"<x:a xmlns:x='u'>",
+                "\n",
+                "<x:b>",
+                "</>",
+                "t",
+                "<y:b xmlns:y='u' y:k='1'>",
+                "<y:b>",
+                "</>",
+                "</>",
+                "<b xmlns='u'>",
+                "</>",
+                "</>"}));
         source->ResetToStart();
     }
 }
@@ -65,7 +77,8 @@ TEST_F(XercesSchemaTest, ADefaultDoesNotRepeatAnAttributeOfTheTag)
         "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='u' xmlns:p='u'>"
         "<xs:attribute name='k'/>"
         "<xs:element name='a'><xs:complexType><xs:attribute name='k'/><xs:attribute ref='p:k' default='d'/><xs:attribute name='l' default='e'/></xs:complexType></xs:element>"
-        "</xs:schema>", "schema.xsd");
+        "</xs:schema>",
+        "schema.xsd");
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     EXPECT_EQ(handler->events, (Events{"<x:a k='1' l='e' xmlns:x='u'>", "</>"}));
@@ -73,7 +86,12 @@ TEST_F(XercesSchemaTest, ADefaultDoesNotRepeatAnAttributeOfTheTag)
 
 TEST_F(XercesSchemaTest, AnAttributeThatStandsTwiceIsAFatalError)
 {
-    for (const char* const attributes : {"k='1' k='2'", "z='1' z='2'", "xmlns:p='u' xmlns:p='u'", "xmlns='' xmlns=''", "xml:lang='' xml:lang=''", "xmlns:p='u' p:z='1' p:z='2'"}) {
+    for (const char* const attributes : {"k='1' k='2'",
+             "z='1' z='2'",
+             "xmlns:p='u' xmlns:p='u'",
+             "xmlns='' xmlns=''",
+             "xml:lang='' xml:lang=''",
+             "xmlns:p='u' p:z='1' p:z='2'"}) {
         handler->events.clear();
         const auto parser = Create("<a " + std::string(attributes) + "/>");
         parser->LoadXSDString(Schema, "schema.xsd");
@@ -125,8 +143,10 @@ TEST_F(XercesSchemaTest, TheTwoFixedSchemasComeFirst)
     const auto parser = Create("<a/>");
     EXPECT_TRUE(parser->GetLoadedXSDs().empty());
     parser->LoadXSDString(Schema, "one.xsd");
-    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:two'/>", "two.xsd");
-    EXPECT_EQ(parser->GetLoadedXSDs(), (std::vector<VString>{"VQRC_FILEFORMAT_XML_XSD", "VQRC_FILEFORMAT_USER_XSD", "one.xsd", "two.xsd"}));
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:two'/>", "two.xsd");
+    EXPECT_EQ(parser->GetLoadedXSDs(),
+        (std::vector<VString>{"VQRC_FILEFORMAT_XML_XSD", "VQRC_FILEFORMAT_USER_XSD", "one.xsd", "two.xsd"}));
 }
 
 TEST_F(XercesSchemaTest, LoadXSDResourceTakesTheNameForTheId)
@@ -143,7 +163,8 @@ TEST_F(XercesSchemaTest, LoadXSDResourceTakesTheNameForTheId)
 TEST_F(XercesSchemaTest, FaultsOfASchemaAreErrorsUntilTheParse)
 {
     const auto parser = Create("<a/>");
-    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a' type='missing'/>", "bad.xsd");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a' type='missing'/>", "bad.xsd");
     ASSERT_TRUE(parser->HasErrors());
     EXPECT_TRUE(parser->GetErrors()[0].contains("(id: bad.xsd)"));
     EXPECT_EQ(parser->GetLoadedXSDs().back(), VString("bad.xsd"));
@@ -202,7 +223,8 @@ TEST_F(XercesSchemaTest, SchemasSurviveFaultsAndOtherVersions)
 {
     const auto parser = Create("<a/>");
     parser->LoadXSDString(Schema, "schema.xsd");
-    for (const char* text : {"<a><n>1</n>", "<?xml version='1.1'?><a><n>1</n></a>", "<!DOCTYPE a [<!ENTITY e SYSTEM 'x'>]><a/>"}) {
+    for (const char* text :
+        {"<a><n>1</n>", "<?xml version='1.1'?><a><n>1</n></a>", "<!DOCTYPE a [<!ENTITY e SYSTEM 'x'>]><a/>"}) {
         SCOPED_TRACE(text);
         Utf8InputSource before(text, "before.xml", false);
         parser->Reload(before, std::make_shared<RecordingHandler>());
@@ -222,7 +244,11 @@ TEST_F(XercesSchemaTest, SchemasSurviveFaultsAndOtherVersions)
 TEST_F(XercesSchemaTest, AnEmptyIdIsAnAssertion)
 {
     const auto parser = Create("<a/>");
-    testsupport::ExpectLogicException([&] { parser->LoadXSDString(Schema, VString()); }, "vancorexml\\main\\parser\\XercesXMLParser", 203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
+    testsupport::ExpectLogicException([&] { parser->LoadXSDString(Schema, VString()); },
+        "vancorexml\\main\\parser\\XercesXMLParser",
+        203,
+        "!xsdSource.Id().IsEmpty()",
+        0xC83A570E);
 }
 
 struct PlainSource : InputSource {
@@ -237,16 +263,18 @@ TEST_F(XercesSchemaTest, ASchemaSourceWithoutAViewIsAnAssertion)
 {
     const auto parser = Create("<a/>");
     PlainSource plain;
-    testsupport::ExpectLogicException([&] { parser->LoadXSDSource(plain); }, "vancorexml\\main\\parser\\XercesXMLParser", 206, "xercesableSource != nullptr", 0xAB95E4EA);
+    testsupport::ExpectLogicException([&] { parser->LoadXSDSource(plain); },
+        "vancorexml\\main\\parser\\XercesXMLParser",
+        206,
+        "xercesableSource != nullptr",
+        0xAB95E4EA);
 }
 
-const char* const Importing =
-    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:t='urn:t'>"
-    "<xs:import namespace='urn:t' schemaLocation='types.xsd'/>"
-    "<xs:element name='a' type='t:number'/></xs:schema>";
-const char* const Imported =
-    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:t'>"
-    "<xs:simpleType name='number'><xs:restriction base='@TYPE@'/></xs:simpleType></xs:schema>";
+const char* const Importing = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:t='urn:t'>"
+                              "<xs:import namespace='urn:t' schemaLocation='types.xsd'/>"
+                              "<xs:element name='a' type='t:number'/></xs:schema>";
+const char* const Imported = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:t'>"
+                             "<xs:simpleType name='number'><xs:restriction base='@TYPE@'/></xs:simpleType></xs:schema>";
 
 TEST_F(XercesSchemaTest, AnExtensionFindsAndRewritesWhatASchemaImports)
 {
@@ -264,9 +292,12 @@ TEST_F(XercesSchemaTest, AnExtensionFindsAndRewritesWhatASchemaImports)
 TEST_F(XercesSchemaTest, AnExtensionFindsWhatASchemaIncludes)
 {
     const testsupport::TemporaryFolder folder;
-    handler->schemaPath = folder.Write("found.xsd", "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:simpleType name='number'><xs:restriction base='xs:int'/></xs:simpleType></xs:schema>");
+    handler->schemaPath = folder.Write("found.xsd",
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:simpleType name='number'><xs:restriction base='xs:int'/></xs:simpleType></xs:schema>");
     const auto parser = Create("<a>1</a>");
-    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='types.xsd'/><xs:element name='a' type='number'/></xs:schema>", "main.xsd");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='types.xsd'/><xs:element name='a' type='number'/></xs:schema>",
+        "main.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
@@ -275,7 +306,9 @@ TEST_F(XercesSchemaTest, AnExtensionFindsWhatASchemaIncludes)
 TEST_F(XercesSchemaTest, AnImportWithoutLocationIsAskedForWithoutSystemId)
 {
     const auto parser = Create("<a/>");
-    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:import namespace='urn:t'/><xs:element name='a'/></xs:schema>", "main.xsd");
+    parser->LoadXSDString(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:import namespace='urn:t'/><xs:element name='a'/></xs:schema>",
+        "main.xsd");
     EXPECT_EQ(handler->resolved, Events{"main.xsd|"});
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
@@ -288,7 +321,7 @@ TEST_F(XercesSchemaTest, AnEmptyPathLeavesTheImportOut)
     parser->LoadXSDString(Importing, "main.xsd");
     EXPECT_EQ(handler->resolved.size(), 1u);
     EXPECT_TRUE(handler->preprocessed.empty());
-    EXPECT_TRUE(parser->HasErrors());   // the imported type is missing
+    EXPECT_TRUE(parser->HasErrors());  // the imported type is missing
 }
 
 TEST_F(XercesSchemaTest, AHandlerWithoutTheExtensionIsNotAsked)
@@ -328,7 +361,8 @@ TEST_F(XercesSchemaTest, TheDocumentsSchemaLocationIsNotLoaded)
 {
     const testsupport::TemporaryFolder folder;
     handler->schemaPath = folder.Write("found.xsd", Imported);
-    const auto parser = Create("<a xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:schemaLocation='urn:t types.xsd'/>");
+    const auto parser =
+        Create("<a xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:schemaLocation='urn:t types.xsd'/>");
     parser->LoadXSDString(Schema, "schema.xsd");
     parser->Parse();
     EXPECT_TRUE(handler->resolved.empty());
@@ -347,15 +381,18 @@ TEST_F(XercesSchemaTest, AnExternalDtdSubsetCannotBeOpened)
 TEST_F(XercesSchemaTest, TheEntitiesOfASchemaAreRefused)
 {
     const testsupport::TemporaryFolder folder;
-    const std::string file = folder.Write("outside.txt", "<xs:element xmlns:xs='http://www.w3.org/2001/XMLSchema' name='b'/>").toStdString();
-    const std::string body = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>&e;<xs:element name='a'/></xs:schema>";
+    const std::string file =
+        folder.Write("outside.txt", "<xs:element xmlns:xs='http://www.w3.org/2001/XMLSchema' name='b'/>").toStdString();
+    const std::string body =
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>&e;<xs:element name='a'/></xs:schema>";
     const auto parser = Create("<b/>");
-    parser->LoadXSDString(VString::fromStdString("<!DOCTYPE xs:schema [<!ENTITY e SYSTEM '" + file + "'>]>" + body), "main.xsd");
+    parser->LoadXSDString(
+        VString::fromStdString("<!DOCTYPE xs:schema [<!ENTITY e SYSTEM '" + file + "'>]>" + body), "main.xsd");
     ASSERT_EQ(parser->GetErrors().size(), 1u);
     EXPECT_TRUE(parser->GetErrors()[0].startsWith("Fatal Error(1,"));
     EXPECT_TRUE(parser->GetErrors()[0].contains("not allowed. '" + VString::fromStdString(file) + "' (id: main.xsd)"));
     parser->Parse();
-    EXPECT_TRUE(parser->HasErrors());   // what the file declares is not known
+    EXPECT_TRUE(parser->HasErrors());  // what the file declares is not known
 }
 
 TEST_F(XercesSchemaTest, TheExternalDtdSubsetOfASchemaIsRefused)
@@ -374,11 +411,16 @@ TEST_F(XercesSchemaTest, TheExternalDtdSubsetOfASchemaIsRefused)
 
 TEST_F(XercesSchemaTest, EntitiesThatExpandWithoutEndAbandonTheSchema)
 {
-    const VString entities = "<!ENTITY a ''><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'><!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'><!ENTITY d '&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'><!ENTITY e '&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;'><!ENTITY f '&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>";
+    const VString entities =
+        "<!ENTITY a ''><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'><!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'><!ENTITY d '&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'><!ENTITY e '&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;'><!ENTITY f '&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>";
     const auto parser = Create("<a/>");
-    parser->LoadXSDString("<!DOCTYPE xs:schema [" + entities + "]><xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>&f;</xs:schema>", "bomb.xsd");
+    parser->LoadXSDString(
+        "<!DOCTYPE xs:schema [" + entities + "]><xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>&f;</xs:schema>",
+        "bomb.xsd");
     EXPECT_TRUE(parser->HasFatallyErrored());
-    EXPECT_EQ(parser->GetErrors().back(), VString("Fatal Error: parser has encountered more than '50000' entity expansions in the document; this is the limit imposed by the application (id: bomb.xsd)"));
+    EXPECT_EQ(parser->GetErrors().back(),
+        VString(
+            "Fatal Error: parser has encountered more than '50000' entity expansions in the document; this is the limit imposed by the application (id: bomb.xsd)"));
     parser->LoadXSDString(Schema, "schema.xsd");
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
@@ -389,14 +431,24 @@ const std::string SchemaStart = "<xs:schema xmlns:xs='http://www.w3.org/2001/XML
 TEST_F(XercesSchemaTest, ASchemaThatBlowsUpIsRefused)
 {
     std::string levels;
-    for (int i = 1; i < 5; ++i) levels += "<!ENTITY e" + std::to_string(i) + " '" + Repeat("&e" + std::to_string(i - 1) + ";", 10) + "'>";
+    for (int i = 1; i < 5; ++i)
+        levels += "<!ENTITY e" + std::to_string(i) + " '" + Repeat("&e" + std::to_string(i - 1) + ";", 10) + "'>";
     std::string defaults;
-    for (int i = 0; i < 3000; ++i) defaults += " b" + std::to_string(i) + " CDATA ''";
+    for (int i = 0; i < 3000; ++i)
+        defaults += " b" + std::to_string(i) + " CDATA ''";
     const std::pair<std::string, const char*> rows[] = {
-        {"<!DOCTYPE xs:schema [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + levels + "]>" + SchemaStart + " id='&e4;'/>", "characters of entities"},
-        {"<!DOCTYPE xs:schema [<!ENTITY % p '<!--" + std::string(1000000, 'x') + "-->'>" + Repeat("%p;", 120) + "]>" + SchemaStart + "/>", "characters of entities"},
-        {"<!DOCTYPE xs:schema [<!ENTITY e '" + std::string(1000000, 'x') + "'><!ATTLIST xs:schema id CDATA '" + Repeat("&e;", 120) + "'>]>" + SchemaStart + "/>", "characters of entities"},
-        {"<!DOCTYPE xs:schema [<!ATTLIST xs:annotation" + defaults + ">]>" + SchemaStart + ">" + Repeat("<xs:annotation/>", 3000) + "</xs:schema>", "'8000000' default attributes"},
+        {"<!DOCTYPE xs:schema [<!ENTITY e0 '" + std::string(50000, 'x') + "'>" + levels + "]>" + SchemaStart +
+                " id='&e4;'/>",
+            "characters of entities"},
+        {"<!DOCTYPE xs:schema [<!ENTITY % p '<!--" + std::string(1000000, 'x') + "-->'>" + Repeat("%p;", 120) + "]>" +
+                SchemaStart + "/>",
+            "characters of entities"},
+        {"<!DOCTYPE xs:schema [<!ENTITY e '" + std::string(1000000, 'x') + "'><!ATTLIST xs:schema id CDATA '" +
+                Repeat("&e;", 120) + "'>]>" + SchemaStart + "/>",
+            "characters of entities"},
+        {"<!DOCTYPE xs:schema [<!ATTLIST xs:annotation" + defaults + ">]>" + SchemaStart + ">" +
+                Repeat("<xs:annotation/>", 3000) + "</xs:schema>",
+            "'8000000' default attributes"},
     };
     for (const auto& [text, message] : rows) {
         const auto parser = Create("<a/>");
@@ -421,7 +473,9 @@ TEST_F(XercesSchemaTest, ADocumentThatIsValidatedMayNotBlowUpEither)
 TEST_F(XercesSchemaTest, ASchemaThatIsImportedMayNotBlowUpEither)
 {
     const testsupport::TemporaryFolder folder;
-    handler->schemaPath = folder.Write("bomb.xsd", "<!DOCTYPE xs:schema [<!ENTITY e '" + std::string(1000000, 'x') + "'>]>" + SchemaStart + " id='" + Repeat("&e;", 120) + "'/>");
+    handler->schemaPath = folder.Write("bomb.xsd",
+        "<!DOCTYPE xs:schema [<!ENTITY e '" + std::string(1000000, 'x') + "'>]>" + SchemaStart + " id='" +
+            Repeat("&e;", 120) + "'/>");
     const auto parser = Create("<a><n>x</n></a>");
     parser->LoadXSDString(Importing, "main.xsd");
     ASSERT_EQ(parser->GetErrors().size(), 1u);
@@ -433,7 +487,10 @@ TEST_F(XercesSchemaTest, ASchemaMayUseEntitiesAndDefaults)
 {
     const auto parser = Create("<a k='1'><n>1</n></a>");
     const VString unused = VString::fromStdString("<!ENTITY unused '" + std::string(1000000, 'x') + "'>");
-    parser->LoadXSDString("<!DOCTYPE xs:schema [" + unused + "<!ENTITY id 'i'><!ATTLIST xs:element id CDATA #IMPLIED version CDATA #IMPLIED><!ATTLIST xs:schema id CDATA '&id;'>]>" + VString(Schema), "schema.xsd");
+    parser->LoadXSDString("<!DOCTYPE xs:schema [" + unused +
+            "<!ENTITY id 'i'><!ATTLIST xs:element id CDATA #IMPLIED version CDATA #IMPLIED><!ATTLIST xs:schema id CDATA '&id;'>]>" +
+            VString(Schema),
+        "schema.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
@@ -471,7 +528,8 @@ TEST_F(XercesSchemaTest, UndeclaredPrefixesAreErrors)
 TEST_F(XercesSchemaTest, IdentityConstraintsAreChecked)
 {
     const auto parser = Create("<a><n>1</n><n>1</n></a>");
-    const VString unique = "<xs:unique name='u'><xs:selector xpath='n'/><xs:field xpath='.'/></xs:unique></xs:element></xs:schema>";
+    const VString unique =
+        "<xs:unique name='u'><xs:selector xpath='n'/><xs:field xpath='.'/></xs:unique></xs:element></xs:schema>";
     parser->LoadXSDString(VString(Schema).replace("</xs:element></xs:schema>", unique), "schema.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     parser->Parse();
@@ -492,11 +550,17 @@ TEST_F(XercesSchemaTest, AmbiguousContentOfASchemaIsAnError)
 TEST_F(XercesSchemaTest, ANamespaceMayBeImportedFromSeveralPlaces)
 {
     struct Finding : RecordingHandler {
-        void ResolveSchemaPath(VString& pathOut, const VString&, const VString& systemId) override { pathOut = folder.Path(systemId); }
+        void ResolveSchemaPath(VString& pathOut, const VString&, const VString& systemId) override
+        {
+            pathOut = folder.Path(systemId);
+        }
         testsupport::TemporaryFolder folder;
     };
     const auto finding = std::make_shared<Finding>();
-    for (const char* name : {"one", "two"}) finding->folder.Write(VString(name) + ".xsd", VString(Imported).replace("@TYPE@", "xs:int").replace("number", name).toStdString());
+    for (const char* name : {"one", "two"}) {
+        finding->folder.Write(VString(name) + ".xsd",
+            VString(Imported).replace("@TYPE@", "xs:int").replace("number", name).toStdString());
+    }
     Utf8InputSource input("<a/>", "doc.xml", false);
     const auto parser = XercesXMLParser::Create(input, finding);
     parser->LoadXSDString(

@@ -30,8 +30,12 @@ const EventRow EventRows[] = {
     {"text comes whole", "<a>x&amp;y<![CDATA[<z>]]>&#65;<!-- c -->w</a>", {"<a>", "x&y<z>Aw", "</>"}},
     {"text before and behind children", "<a>1<b>2</b>3</a>", {"<a>", "1", "<b>", "2", "</>", "3", "</>"}},
     {"white space between elements", "<a>\n <b/>\n</a>", {"<a>", "\n ", "<b>", "</>", "\n", "</>"}},
-    {"ignorable white space is text", "<!DOCTYPE a [<!ELEMENT a (b)><!ELEMENT b EMPTY>]><a> <b/></a>", {"<a>", " ", "<b>", "</>", "</>"}},
-    {"nothing outside of the topmost element is text", "<?xml version='1.0'?>\n <!-- c -->\n<?p i?> <!DOCTYPE a>\n\n<a>1</a>\n <!-- c --> <?p i?>\n", {"<a>", "1", "</>"}},
+    {"ignorable white space is text",
+        "<!DOCTYPE a [<!ELEMENT a (b)><!ELEMENT b EMPTY>]><a> <b/></a>",
+        {"<a>", " ", "<b>", "</>", "</>"}},
+    {"nothing outside of the topmost element is text",
+        "<?xml version='1.0'?>\n <!-- c -->\n<?p i?> <!DOCTYPE a>\n\n<a>1</a>\n <!-- c --> <?p i?>\n",
+        {"<a>", "1", "</>"}},
     {"prefixes stay", "<x:a xmlns:x='u' x:b='1'/>", {"<x:a x:b='1' xmlns:x='u'>", "</>"}},
     {"undeclared prefixes pass", "<x:a y:b='1'/>", {"<x:a y:b='1'>", "</>"}},
     {"leading colons are restored", "<a :b='1' c='2'/>", {"<a :b='1' c='2'>", "</>"}},
@@ -116,7 +120,8 @@ TEST(XercesXMLParserTest, DecodedTextIsUtf8WhateverItDeclares)
 {
     for (const char* encoding : {"iso-8859-1", "UTF-16LE", "UTF-16", "windows-1252", "UTF-8", "no-such-encoding"}) {
         SCOPED_TRACE(encoding);
-        StringInputSource source(VString("<?xml version='1.0' encoding='") + encoding + "'?><a>\xC3\xA4</a>", "id", false);
+        StringInputSource source(
+            VString("<?xml version='1.0' encoding='") + encoding + "'?><a>\xC3\xA4</a>", "id", false);
         auto handler = std::make_shared<RecordingHandler>();
         const auto parser = XercesXMLParser::Create(source, handler);
         parser->Parse();
@@ -209,7 +214,8 @@ TEST(XercesXMLParserTest, ADoneHandlerStaysDone)
 template <typename Exception>
 std::unique_ptr<XercesXMLParser> ParseThrowing(InputSource& source, Exception exception)
 {
-    auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::ThrowingHandler<Exception>>(std::move(exception)));
+    auto parser = XercesXMLParser::Create(
+        source, std::make_shared<testsupport::ThrowingHandler<Exception>>(std::move(exception)));
     parser->Parse();
     return parser;
 }
@@ -226,7 +232,10 @@ TEST(XercesXMLParserTest, ParseExceptionIsRecordedTwice)
 TEST(XercesXMLParserTest, OtherExceptionsAreUnexpected)
 {
     Utf8InputSource source("<a><b/></a>", "id", false);
-    for (const auto& parser : {ParseThrowing(source, std::runtime_error("x")), ParseThrowing(source, std::bad_alloc()), ParseThrowing(source, VantoraException("x", VError::ErrorInfo::NoError)), ParseThrowing(source, 7)}) {
+    for (const auto& parser : {ParseThrowing(source, std::runtime_error("x")),
+             ParseThrowing(source, std::bad_alloc()),
+             ParseThrowing(source, VantoraException("x", VError::ErrorInfo::NoError)),
+             ParseThrowing(source, 7)}) {
         EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Unexpected exception"});
         EXPECT_FALSE(parser->HasFatallyErrored());
     }
@@ -245,7 +254,10 @@ TEST(XercesXMLParserTest, AnExceptionOfXercesIsRecordedByItsText)
 {
     struct Unreadable : Utf8InputSource {
         Unreadable() : Utf8InputSource("<a/>", "id", false) {}
-        XercesInputSource GetXercesInputSource(ColonProcessingMode) override { throw xercesc::MalformedURLException(__FILE__, __LINE__, xercesc::XMLExcepts::URL_MalformedURL); }
+        XercesInputSource GetXercesInputSource(ColonProcessingMode) override
+        {
+            throw xercesc::MalformedURLException(__FILE__, __LINE__, xercesc::XMLExcepts::URL_MalformedURL);
+        }
     };
     Unreadable source;
     const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
@@ -284,12 +296,19 @@ TEST(XercesXMLParserTest, ParsingWithErrorsIsAnAssertion)
     struct Exposed : XercesXMLParser {
         using XercesXMLParser::XercesXMLParser;
         static void CallDoParse(XercesXMLParser& parser) { (parser.*(&Exposed::DoParse))(); }
-        static void CallError(XercesXMLParser& parser) { (parser.*(&Exposed::Error))("bad", VError::ErrorInfo::NoError); }
+        static void CallError(XercesXMLParser& parser)
+        {
+            (parser.*(&Exposed::Error))("bad", VError::ErrorInfo::NoError);
+        }
     };
     Utf8InputSource source("<a/>", "id", false);
     const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
     Exposed::CallError(*parser);
-    testsupport::ExpectLogicException([&] { Exposed::CallDoParse(*parser); }, "vancorexml\\main\\parser\\XercesXMLParser", 231, "HasErrors() == false", 0xE60C9000);
+    testsupport::ExpectLogicException([&] { Exposed::CallDoParse(*parser); },
+        "vancorexml\\main\\parser\\XercesXMLParser",
+        231,
+        "HasErrors() == false",
+        0xE60C9000);
 }
 
 // Whether a question leaves both values as they are.
@@ -332,7 +351,7 @@ TEST(XercesXMLParserTest, HasNoPositionBeforeAParse)
 struct EndRow {
     const char* name;
     std::string text;
-    std::size_t doneAfter;   // events
+    std::size_t doneAfter;  // events
 };
 
 const EndRow EndRows[] = {

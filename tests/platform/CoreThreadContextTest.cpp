@@ -41,12 +41,14 @@ TEST(CoreThreadContextThreadTest, SessionCheckIsReplacedWhileOthersCallIt)
         threads.emplace_back([t] {
             for (int i = 0; i < 1000; ++i) {
                 const std::string large = "a state that a function keeps on the heap";
-                if (t % 2 == 0) CoreThreadContext::HasSessionId = [large] { return !large.empty(); };
+                if (t % 2 == 0)
+                    CoreThreadContext::HasSessionId = [large] { return !large.empty(); };
                 CoreThreadContext::HasSessionId();
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_TRUE(CoreThreadContext::HasSessionId());
     CoreThreadContext::HasSessionId = before;
 }
@@ -92,11 +94,14 @@ TEST(CoreThreadContextTest, AProcessObjectIsMadeOnceForAllThreads)
 {
     std::atomic<int> made{0};
     const auto ask = [&made] {
-        return CoreThreadContext::GetProcessObject("CoreThreadContextTest.process", [&made] { return boost::any(++made); });
+        return CoreThreadContext::GetProcessObject(
+            "CoreThreadContextTest.process", [&made] { return boost::any(++made); });
     };
     std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) threads.emplace_back(ask);
-    for (std::thread& thread : threads) thread.join();
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back(ask);
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(boost::any_cast<int>(ask()), 1);
     EXPECT_EQ(made, 1);
 }
@@ -104,7 +109,10 @@ TEST(CoreThreadContextTest, AProcessObjectIsMadeOnceForAllThreads)
 TEST(CoreThreadContextTest, ARemovedProcessObjectIsDestroyedAndMadeAgain)
 {
     const auto create = [] { return boost::any(std::make_shared<int>(5)); };
-    const auto ask = [&] { return boost::any_cast<std::shared_ptr<int>>(CoreThreadContext::GetProcessObject("CoreThreadContextTest.removed", create)); };
+    const auto ask = [&] {
+        return boost::any_cast<std::shared_ptr<int>>(
+            CoreThreadContext::GetProcessObject("CoreThreadContextTest.removed", create));
+    };
     const std::weak_ptr<int> first = ask();
     EXPECT_FALSE(first.expired());
     CoreThreadContext::RemoveProcessObject("CoreThreadContextTest.removed");
@@ -121,6 +129,7 @@ TEST(CoreThreadContextTest, AProcessObjectThatFailedIsTriedAgain)
 {
     const auto fail = []() -> boost::any { throw std::runtime_error("not yet"); };
     EXPECT_THROW(CoreThreadContext::GetProcessObject("CoreThreadContextTest.failed", fail), std::runtime_error);
-    const boost::any object = CoreThreadContext::GetProcessObject("CoreThreadContextTest.failed", [] { return boost::any(5); });
+    const boost::any object =
+        CoreThreadContext::GetProcessObject("CoreThreadContextTest.failed", [] { return boost::any(5); });
     EXPECT_EQ(boost::any_cast<int>(object), 5);
 }

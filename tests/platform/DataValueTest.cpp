@@ -21,10 +21,12 @@ class DataValueFormatterCaseTest : public testing::TestWithParam<FormatCase> {};
 
 TEST_P(DataValueFormatterCaseTest, WritesTheValue)
 {
-    EXPECT_EQ(DataValueFormatter::Format(GetParam().value, DataValueFormatter::FormatOptions()), VString(GetParam().text));
+    EXPECT_EQ(
+        DataValueFormatter::Format(GetParam().value, DataValueFormatter::FormatOptions()), VString(GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(Values, DataValueFormatterCaseTest,
+INSTANTIATE_TEST_SUITE_P(Values,
+    DataValueFormatterCaseTest,
     testing::Values(FormatCase{"Nothing", DataValue(), "%null%"},
         FormatCase{"True", DataValue(true), "true"},
         FormatCase{"False", DataValue(false), "false"},

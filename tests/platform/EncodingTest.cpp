@@ -24,15 +24,18 @@ std::size_t FirstInvalidNaively(const std::string& bytes)
     while (position < bytes.size()) {
         const unsigned lead = static_cast<unsigned char>(bytes[position]);
         const std::size_t length = lead < 0x80 ? 1 : lead >> 5 == 6 ? 2 : lead >> 4 == 14 ? 3 : lead >> 3 == 30 ? 4 : 0;
-        if (length == 0 || bytes.size() - position < length) return position;
+        if (length == 0 || bytes.size() - position < length)
+            return position;
         unsigned value = length == 1 ? lead : lead & (0x7F >> length);
         for (std::size_t i = 1; i < length; ++i) {
             const unsigned next = static_cast<unsigned char>(bytes[position + i]);
-            if (next >> 6 != 2) return position;
+            if (next >> 6 != 2)
+                return position;
             value = value << 6 | (next & 0x3F);
         }
         constexpr unsigned least[] = {0, 0, 0x80, 0x800, 0x10000};
-        if (value < least[length] || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return position;
+        if (value < least[length] || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
+            return position;
         position += length;
     }
     return bytes.size();
@@ -53,7 +56,8 @@ TEST_P(FindInvalidUtf8CaseTest, NamesTheStartOfTheBadSequence)
     EXPECT_EQ(FirstInvalid(GetParam().bytes), GetParam().offset);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sequences, FindInvalidUtf8CaseTest,
+INSTANTIATE_TEST_SUITE_P(Sequences,
+    FindInvalidUtf8CaseTest,
     testing::Values(InvalidCase{"LoneContinuation", "a\x80", 1},
         InvalidCase{"OverlongOfTwo", "ab\xC0\xAF", 2},
         InvalidCase{"OverlongSlashC1", "\xC1\xBF", 0},
@@ -76,7 +80,8 @@ INSTANTIATE_TEST_SUITE_P(Sequences, FindInvalidUtf8CaseTest,
 
 TEST(FindInvalidUtf8Test, TheEdgesOfEveryRangeAreValid)
 {
-    const std::string bytes = std::string("\0\x7F", 2) + "\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
+    const std::string bytes = std::string("\0\x7F", 2) +
+        "\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
     EXPECT_EQ(FirstInvalid(bytes), bytes.size());
     EXPECT_EQ(FirstInvalid(""), 0u);
 }
@@ -106,11 +111,21 @@ TEST(FindInvalidUtf8Test, AgreesWithThePlainFormOnEveryShortSequence)
 
 TEST(FindInvalidUtf8Test, AgreesWithThePlainFormOnRandomBytes)
 {
-    const std::string pieces[] = {"a", "abcdefghij", "\xC3\xA4", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xED\xA0", "\xC0", "\x80", "\xF4\x90", "\xE0\x80"};
+    const std::string pieces[] = {"a",
+        "abcdefghij",
+        "\xC3\xA4",
+        "\xE2\x82\xAC",
+        "\xF0\x9F\x98\x80",
+        "\xED\xA0",
+        "\xC0",
+        "\x80",
+        "\xF4\x90",
+        "\xE0\x80"};
     std::mt19937 random(7);
     for (int run = 0; run < 20000; ++run) {
         std::string bytes;
-        for (int i = 0; i < 12; ++i) bytes += pieces[random() % (i < 9 ? 5 : 10)];
+        for (int i = 0; i < 12; ++i)
+            bytes += pieces[random() % (i < 9 ? 5 : 10)];
         ASSERT_EQ(FirstInvalid(bytes), FirstInvalidNaively(bytes)) << run;
     }
 }
@@ -129,12 +144,14 @@ TEST(DetectEncodingTest, ValidUtf8IsUtf8WithAndWithoutItsMark)
 
 TEST(DetectEncodingTest, ASequenceCutAtTheEndIsValid)
 {
-    for (const char* cut : {"a\xC3", "a\xE2", "a\xE2\x82", "a\xF0", "a\xF0\x9F", "a\xF0\x9F\x98", "\xEF\xBB"}) EXPECT_EQ(Detect(cut), Encoding::Utf8) << cut;
+    for (const char* cut : {"a\xC3", "a\xE2", "a\xE2\x82", "a\xF0", "a\xF0\x9F", "a\xF0\x9F\x98", "\xEF\xBB"})
+        EXPECT_EQ(Detect(cut), Encoding::Utf8) << cut;
 }
 
 TEST(DetectEncodingTest, BytesThatNoContinuationMakesValidAreUnknown)
 {
-    for (const char* bytes : {"a\x80", "a\xC0", "a\xED\xA0", "a\xE0\x80", "a\xF4\x90", "a\xF8", "\xE4rger", "\xC3 "}) EXPECT_EQ(Detect(bytes), Encoding::Unknown) << bytes;
+    for (const char* bytes : {"a\x80", "a\xC0", "a\xED\xA0", "a\xE0\x80", "a\xF4\x90", "a\xF8", "\xE4rger", "\xC3 "})
+        EXPECT_EQ(Detect(bytes), Encoding::Unknown) << bytes;
 }
 
 TEST(DetectEncodingTest, NulsAreNotUtf8)

@@ -12,7 +12,8 @@ namespace {
 
 VError::ErrorInfo SomeInfo()
 {
-    return VError::ErrorInfo(VantoraError::MakeError(0x12, "VantoraException_Some_0x00000012"), VError::ErrorSource::Caller);
+    return VError::ErrorInfo(
+        VantoraError::MakeError(0x12, "VantoraException_Some_0x00000012"), VError::ErrorSource::Caller);
 }
 
 }  // namespace

@@ -35,12 +35,15 @@ std::string ReadText(const std::filesystem::path& file)
 // The files of the project that `file` includes, as paths from the root.
 std::set<std::string> IncludesOf(const std::filesystem::path& file)
 {
-    static const QRegularExpression include(QStringLiteral(R"re(^[ \t]*#[ \t]*include[ \t]*["<]([^">\n]+)[">])re"), QRegularExpression::MultilineOption);
+    static const QRegularExpression include(
+        QStringLiteral(R"re(^[ \t]*#[ \t]*include[ \t]*["<]([^">\n]+)[">])re"), QRegularExpression::MultilineOption);
     std::set<std::string> includes;
     for (auto matches = include.globalMatch(QString::fromStdString(ReadText(file))); matches.hasNext();) {
         const std::string name = matches.next().captured(1).toStdString();
-        if (std::filesystem::exists(Root / name)) includes.insert(name);
-        if (std::filesystem::exists(file.parent_path() / name)) includes.insert((file.parent_path() / name).lexically_relative(Root).generic_string());
+        if (std::filesystem::exists(Root / name))
+            includes.insert(name);
+        if (std::filesystem::exists(file.parent_path() / name))
+            includes.insert((file.parent_path() / name).lexically_relative(Root).generic_string());
     }
     return includes;
 }
@@ -55,7 +58,8 @@ const Graph& Files()
         for (const std::string& module : modules) {
             for (const auto& entry : std::filesystem::recursive_directory_iterator(Root / module)) {
                 const std::string extension = entry.path().extension().string();
-                if (extension == ".h" || extension == ".cpp") graph[entry.path().lexically_relative(Root).generic_string()] = IncludesOf(entry.path());
+                if (extension == ".h" || extension == ".cpp")
+                    graph[entry.path().lexically_relative(Root).generic_string()] = IncludesOf(entry.path());
             }
         }
         return graph;
@@ -68,7 +72,8 @@ Graph Modules()
     Graph modules;
     for (const auto& [file, includes] : Files()) {
         for (const std::string& included : includes) {
-            if (ModuleOf(included) != ModuleOf(file)) modules[ModuleOf(file)].insert(ModuleOf(included));
+            if (ModuleOf(included) != ModuleOf(file))
+                modules[ModuleOf(file)].insert(ModuleOf(included));
         }
     }
     return modules;
@@ -81,13 +86,16 @@ std::set<std::string> LeadingToCircles(Graph graph)
     for (bool changed = true; changed;) {
         changed = false;
         for (auto node = graph.begin(); node != graph.end();) {
-            const bool stays = std::any_of(node->second.begin(), node->second.end(), [&graph](const std::string& next) { return graph.count(next) > 0; });
+            const bool stays = std::any_of(node->second.begin(), node->second.end(), [&graph](const std::string& next) {
+                return graph.count(next) > 0;
+            });
             node = stays ? std::next(node) : graph.erase(node);
             changed = changed || !stays;
         }
     }
     std::set<std::string> names;
-    for (const auto& node : graph) names.insert(node.first);
+    for (const auto& node : graph)
+        names.insert(node.first);
     return names;
 }
 
@@ -97,9 +105,11 @@ std::set<std::string> Violations(const std::set<std::string>& from, Allowed allo
 {
     std::set<std::string> violations;
     for (const auto& [file, includes] : Files()) {
-        if (from.count(ModuleOf(file)) == 0) continue;
+        if (from.count(ModuleOf(file)) == 0)
+            continue;
         for (const std::string& included : includes) {
-            if (ModuleOf(included) != ModuleOf(file) && !allowed(ModuleOf(included))) violations.insert(file + " includes " + included);
+            if (ModuleOf(included) != ModuleOf(file) && !allowed(ModuleOf(included)))
+                violations.insert(file + " includes " + included);
         }
     }
     return violations;
@@ -117,7 +127,8 @@ TEST(IncludeGraphTest, SeesTheSources)
 TEST(IncludeGraphTest, ACircleWouldBeSeen)
 {
     EXPECT_TRUE(LeadingToCircles({{"a", {"b"}}, {"b", {"c"}}, {"c", {}}}).empty());
-    EXPECT_EQ(LeadingToCircles({{"a", {"b"}}, {"b", {"c"}}, {"c", {"b"}}, {"d", {}}}), (std::set<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(LeadingToCircles({{"a", {"b"}}, {"b", {"c"}}, {"c", {"b"}}, {"d", {}}}),
+        (std::set<std::string>{"a", "b", "c"}));
     EXPECT_EQ(LeadingToCircles({{"a", {"a"}}}), (std::set<std::string>{"a"}));
 }
 
@@ -138,10 +149,12 @@ TEST(IncludeGraphTest, TheGroundIncludesNoOtherModule)
 
 TEST(IncludeGraphTest, ThePlatformIncludesOnlyThePlatform)
 {
-    EXPECT_EQ(Violations(PlatformModules, [](const std::string& module) { return PlatformModules.count(module) > 0; }), std::set<std::string>());
+    EXPECT_EQ(Violations(PlatformModules, [](const std::string& module) { return PlatformModules.count(module) > 0; }),
+        std::set<std::string>());
 }
 
 TEST(IncludeGraphTest, TheLibraryIncludesOnlyThePlatform)
 {
-    EXPECT_EQ(Violations({"vancorexml"}, [](const std::string& module) { return PlatformModules.count(module) > 0; }), std::set<std::string>());
+    EXPECT_EQ(Violations({"vancorexml"}, [](const std::string& module) { return PlatformModules.count(module) > 0; }),
+        std::set<std::string>());
 }

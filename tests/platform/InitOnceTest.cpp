@@ -20,7 +20,8 @@ TEST(InitOnceTest, RunsOnceForAllThreads)
             EXPECT_EQ(runs, 1);
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(runs, 1);
 }
 

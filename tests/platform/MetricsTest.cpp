@@ -94,9 +94,11 @@ TEST(MetricsTest, EveryThreadReachesTheSink)
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([] {
-            for (int round = 0; round < 100; ++round) Metrics::Scope scope("work");
+            for (int round = 0; round < 100; ++round)
+                Metrics::Scope scope("work");
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(collection.records.size(), 400u);
 }

@@ -28,8 +28,10 @@ std::vector<VString> ManyTexts(int length)
     std::vector<VString> texts{""};
     for (std::size_t i = 0; i < texts.size(); ++i) {
         const VString text = texts[i];
-        if (text.length() == length) break;
-        for (const char* unit : {"[", "]", ".", "a"}) texts.push_back(text + unit);
+        if (text.length() == length)
+            break;
+        for (const char* unit : {"[", "]", ".", "a"})
+            texts.push_back(text + unit);
     }
     return texts;
 }
@@ -45,7 +47,8 @@ TEST_P(QualifiedNameFormTest, WritesAndReads)
     EXPECT_EQ(QualifiedName::Parse(GetParam().full), name);
 }
 
-INSTANTIATE_TEST_SUITE_P(Names, QualifiedNameFormTest,
+INSTANTIATE_TEST_SUITE_P(Names,
+    QualifiedNameFormTest,
     testing::Values(NameCase{"Both", "source", "field", "[source].[field]"},
         NameCase{"LocalOnly", "", "field", "[field]"},
         NameCase{"RootOnly", "source", "", "[source].[]"},
@@ -63,7 +66,8 @@ TEST_P(QualifiedNameOneLocalTest, IsOneLocalPartAsItStands)
     EXPECT_EQ(QualifiedName::Parse(GetParam().text), QualifiedName("", GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, QualifiedNameOneLocalTest,
+INSTANTIATE_TEST_SUITE_P(Texts,
+    QualifiedNameOneLocalTest,
     testing::Values(OneLocalCase{"NoBrackets", "field"},
         OneLocalCase{"Dot", "source.field"},
         OneLocalCase{"NotClosed", "[field"},
@@ -95,7 +99,8 @@ TEST(QualifiedNameTest, RandomNamesComeBack)
     std::mt19937 random(11);
     const auto draw = [&] {
         VString text;
-        for (unsigned length = random() % 12; length > 0; --length) text += units[random() % std::size(units)];
+        for (unsigned length = random() % 12; length > 0; --length)
+            text += units[random() % std::size(units)];
         return text;
     };
     for (int i = 0; i < 20000; ++i) {

@@ -55,7 +55,8 @@ TEST_P(VFileDecodedTest, GivesTheText)
     EXPECT_EQ(Decode(GetParam().bytes), GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Encodings, VFileDecodedTest,
+INSTANTIATE_TEST_SUITE_P(Encodings,
+    VFileDecodedTest,
     testing::Values(DecodedCase{"Empty", "", ""},
         DecodedCase{"Utf8", "gr\xC3\xB6\xC3\x9F", "größ"},
         DecodedCase{"Utf8Mark", "\xEF\xBB\xBFgr\xC3\xB6", "grö"},
@@ -67,14 +68,23 @@ INSTANTIATE_TEST_SUITE_P(Encodings, VFileDecodedTest,
         DecodedCase{"Utf32LittleEndian", "\xFF\xFE\0\0\xF6\0\0\0\0\xF6\x01\0"s, u"ö\U0001F600"},
         DecodedCase{"Utf32BigEndian", "\0\0\xFE\xFF\0\0\0\xF6\0\x01\xF6\0"s, u"ö\U0001F600"},
         DecodedCase{"NulIsACharacter", "a\0b"s, VString(u"a\0b", 3)},
-        DecodedCase{"Utf8DespiteAnotherDeclaration", Declared("iso-8859-1") + "\xC3\xB6", "<?xml version='1.0' encoding='iso-8859-1'?>ö"},
-        DecodedCase{"MarkDespiteADeclaration", "\xEF\xBB\xBF" + Declared("utf-16") + "\xC3\xB6", "<?xml version='1.0' encoding='utf-16'?>ö"},
-        DecodedCase{"Latin1", Declared("iso-8859-1") + "\xF6\x80", u"<?xml version='1.0' encoding='iso-8859-1'?>ö\u0080"},
-        DecodedCase{"Windows1252", Declared("windows-1252") + "\x80", u"<?xml version='1.0' encoding='windows-1252'?>€"},
+        DecodedCase{"Utf8DespiteAnotherDeclaration",
+            Declared("iso-8859-1") + "\xC3\xB6",
+            "<?xml version='1.0' encoding='iso-8859-1'?>ö"},
+        DecodedCase{"MarkDespiteADeclaration",
+            "\xEF\xBB\xBF" + Declared("utf-16") + "\xC3\xB6",
+            "<?xml version='1.0' encoding='utf-16'?>ö"},
+        DecodedCase{
+            "Latin1", Declared("iso-8859-1") + "\xF6\x80", u"<?xml version='1.0' encoding='iso-8859-1'?>ö\u0080"},
+        DecodedCase{
+            "Windows1252", Declared("windows-1252") + "\x80", u"<?xml version='1.0' encoding='windows-1252'?>€"},
         DecodedCase{"ShiftJis", Declared("Shift_JIS") + "\x82\xA0", u"<?xml version='1.0' encoding='Shift_JIS'?>あ"},
         DecodedCase{"EucJp", Declared("EUC-JP") + "\xA4\xA2", u"<?xml version='1.0' encoding='EUC-JP'?>あ"},
-        DecodedCase{"Gb18030", Declared("GB18030") + "\x94\x39\xFC\x36", u"<?xml version='1.0' encoding='GB18030'?>\U0001F600"},
-        DecodedCase{"DoubleQuotesAndBlanks", "<?xml\n version = \"1.0\"\tencoding\r\n= \"latin1\" ?>\xF6", u"<?xml\n version = \"1.0\"\tencoding\r\n= \"latin1\" ?>ö"},
+        DecodedCase{
+            "Gb18030", Declared("GB18030") + "\x94\x39\xFC\x36", u"<?xml version='1.0' encoding='GB18030'?>\U0001F600"},
+        DecodedCase{"DoubleQuotesAndBlanks",
+            "<?xml\n version = \"1.0\"\tencoding\r\n= \"latin1\" ?>\xF6",
+            u"<?xml\n version = \"1.0\"\tencoding\r\n= \"latin1\" ?>ö"},
         DecodedCase{"DeclarationWithoutVersion", "<?xml encoding='latin1'?>\xF6", u"<?xml encoding='latin1'?>ö"}),
     [](const auto& test) { return std::string(test.param.name); });
 
@@ -82,17 +92,31 @@ class VFileBadByteTest : public testing::TestWithParam<BadCase> {};
 
 TEST_P(VFileBadByteTest, NamesTheFileTheEncodingAndTheOffset)
 {
-    const std::string expected = "Cannot read \"doc.xml\": not valid "s + GetParam().encoding + ", the first bad byte is at offset " + std::to_string(GetParam().offset);
+    const std::string expected = "Cannot read \"doc.xml\": not valid "s + GetParam().encoding +
+        ", the first bad byte is at offset " + std::to_string(GetParam().offset);
     EXPECT_EQ(FailureOf(GetParam().bytes), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Bytes, VFileBadByteTest,
+INSTANTIATE_TEST_SUITE_P(Bytes,
+    VFileBadByteTest,
     testing::Values(BadCase{"NoUtf8", "ab\xF6 ", "UTF-8", 2},
         BadCase{"CutInsideACharacter", "ab\xE2\x82", "UTF-8", 2},
-        BadCase{"BehindAUtf8Mark", "\xEF\xBB\xBF" "a\xFF", "UTF-8", 4},
+        BadCase{"BehindAUtf8Mark",
+            "\xEF\xBB\xBF"
+            "a\xFF",
+            "UTF-8",
+            4},
         BadCase{"MarkedUtf8IgnoresTheDeclaration", "\xEF\xBB\xBF" + Declared("latin1") + "\xF6", "UTF-8", 42},
-        BadCase{"Utf16OddByte", "\xFF\xFE" "a\0b"s, "UTF-16", 4},
-        BadCase{"Utf16LoneHighHalf", "\xFF\xFE\x3D\xD8" "a\0"s, "UTF-16", 2},
+        BadCase{"Utf16OddByte",
+            "\xFF\xFE"
+            "a\0b"s,
+            "UTF-16",
+            4},
+        BadCase{"Utf16LoneHighHalf",
+            "\xFF\xFE\x3D\xD8"
+            "a\0"s,
+            "UTF-16",
+            2},
         BadCase{"Utf16HighHalfAtTheEnd", "\xFE\xFF\0a\xD8\x3D"s, "UTF-16", 4},
         BadCase{"Utf16HighHalfBeforeAnOddByte", "\xFE\xFF\xD8\x3D\xDE"s, "UTF-16", 2},
         BadCase{"Utf16LoneLowHalf", "\xFE\xFF\0a\xDE\0"s, "UTF-16", 4},
@@ -132,7 +156,8 @@ TEST(VFileDecodingTest, LongTextsOfADeclaredEncodingAreDecodedWhole)
 TEST(VFileDecodingTest, ABadByteIsNamedAlsoFarBehind)
 {
     std::string bytes = Declared("Shift_JIS");
-    for (int i = 0; i < 30000; ++i) bytes += "abc\x82\xA0\x82\xA0";
+    for (int i = 0; i < 30000; ++i)
+        bytes += "abc\x82\xA0\x82\xA0";
     const std::size_t offset = bytes.size();
     bytes += "\xFFmore";
     EXPECT_THAT(FailureOf(bytes), HasSubstr("offset " + std::to_string(offset)));
@@ -142,6 +167,8 @@ TEST(VFileDecodingTest, ACharacterCutByAPieceIsNamedWhereItBegins)
 {
     constexpr std::size_t pieceBytes = 0x10000;
     std::string bytes = Declared("Shift_JIS");
-    bytes += std::string(pieceBytes - 1 - bytes.size(), 'a') + "\x82\xFF" "aaa";
+    bytes += std::string(pieceBytes - 1 - bytes.size(), 'a') +
+        "\x82\xFF"
+        "aaa";
     EXPECT_THAT(FailureOf(bytes), HasSubstr("offset " + std::to_string(pieceBytes - 1)));
 }

@@ -208,16 +208,24 @@ TEST(VFileTest, LoadsTextFilesAsUtf8)
     const TemporaryFolder folder;
     EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("a.txt", "größe"), true), "größe");
     EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("b.txt", ""), true), "");
-    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("c.txt", "\xEF\xBB\xBFgrö\xC3\x9F" "e"), true), "größe");
-    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("d.xml", "<?xml version='1.0' encoding='ISO-8859-1'?><\xE4/>"), true), "<?xml version='1.0' encoding='ISO-8859-1'?><ä/>");
-    EXPECT_THAT(FailureOf([&] { VFile::LoadTextFileAsUtf8(folder.Write("e.xml", "ab\xFF"), true); }), HasSubstr("offset 2"));
+    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("c.txt",
+                                            "\xEF\xBB\xBFgrö\xC3\x9F"
+                                            "e"),
+                  true),
+        "größe");
+    EXPECT_EQ(
+        VFile::LoadTextFileAsUtf8(folder.Write("d.xml", "<?xml version='1.0' encoding='ISO-8859-1'?><\xE4/>"), true),
+        "<?xml version='1.0' encoding='ISO-8859-1'?><ä/>");
+    EXPECT_THAT(
+        FailureOf([&] { VFile::LoadTextFileAsUtf8(folder.Write("e.xml", "ab\xFF"), true); }), HasSubstr("offset 2"));
 }
 
 TEST(VFileTest, LoadsFilesThatAreLargerThanOneRead)
 {
     const TemporaryFolder folder;
     std::string bytes;
-    for (int i = 0; i < 400000; ++i) bytes += std::to_string(i) + "\n";
+    for (int i = 0; i < 400000; ++i)
+        bytes += std::to_string(i) + "\n";
     EXPECT_EQ(VFile::LoadTextFile(folder.Write("a.txt", bytes), true).toStdString(), bytes);
 }
 

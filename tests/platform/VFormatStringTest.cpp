@@ -46,7 +46,8 @@ TEST(VFormatStringTest, PlacesHaveOneDigit)
 TEST(VFormatStringTest, TenthArgumentHasNoPlace)
 {
     VFormatString format("%9%10");
-    for (int i = 1; i <= 10; ++i) format.arg(i);
+    for (int i = 1; i <= 10; ++i)
+        format.arg(i);
     EXPECT_EQ(format.ToString(), VString("910"));
 }
 

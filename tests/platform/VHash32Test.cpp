@@ -33,9 +33,15 @@ TEST(SipHashTest, GivesThePublishedHashes)
 {
     const SipKey key{0x0706050403020100, 0x0F0E0D0C0B0A0908};
     unsigned char bytes[64];
-    for (unsigned char i = 0; i < sizeof bytes; ++i) bytes[i] = i;
+    for (unsigned char i = 0; i < sizeof bytes; ++i)
+        bytes[i] = i;
     // Of the reference's table for two and four rounds, with the bytes 0, 1, 2, ...
-    for (const Vector& vector : {Vector{0, 0x726FDB47DD0E0E31}, Vector{1, 0x74F839C593DC67FD}, Vector{7, 0xAB0200F58B01D137}, Vector{8, 0x93F5F5799A932462}, Vector{15, 0xA129CA6149BE45E5}, Vector{63, 0x958A324CEB064572}}) {
+    for (const Vector& vector : {Vector{0, 0x726FDB47DD0E0E31},
+             Vector{1, 0x74F839C593DC67FD},
+             Vector{7, 0xAB0200F58B01D137},
+             Vector{8, 0x93F5F5799A932462},
+             Vector{15, 0xA129CA6149BE45E5},
+             Vector{63, 0x958A324CEB064572}}) {
         EXPECT_EQ((SipHash<2, 4>::Hash(key, bytes, vector.length)), vector.hash) << vector.length;
     }
 }

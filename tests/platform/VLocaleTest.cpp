@@ -27,7 +27,20 @@ TEST(LanguageUtilsTest, TheDefaultIsAmericanEnglish)
 
 TEST(LanguageUtilsTest, SupportedCodesStandForThemselves)
 {
-    for (const char* code : {"de_DE", "it_IT", "ko_KR", "es_ES", "fr_FR", "zh_TW", "ar_YE", "pt_BR", "ja_JP", "en_GB", "ga_IE", "zh_CN", "fr_CA", "en_US"}) {
+    for (const char* code : {"de_DE",
+             "it_IT",
+             "ko_KR",
+             "es_ES",
+             "fr_FR",
+             "zh_TW",
+             "ar_YE",
+             "pt_BR",
+             "ja_JP",
+             "en_GB",
+             "ga_IE",
+             "zh_CN",
+             "fr_CA",
+             "en_US"}) {
         EXPECT_EQ(LanguageUtils::GetClosestSupportedLanguageCode(code).GetISOString(), VString(code));
     }
 }
@@ -36,10 +49,12 @@ class ClosestLanguageTest : public testing::TestWithParam<LanguageCase> {};
 
 TEST_P(ClosestLanguageTest, StandsIn)
 {
-    EXPECT_EQ(LanguageUtils::GetClosestSupportedLanguageCode(GetParam().asked).GetISOString(), VString(GetParam().given));
+    EXPECT_EQ(
+        LanguageUtils::GetClosestSupportedLanguageCode(GetParam().asked).GetISOString(), VString(GetParam().given));
 }
 
-INSTANTIATE_TEST_SUITE_P(Codes, ClosestLanguageTest,
+INSTANTIATE_TEST_SUITE_P(Codes,
+    ClosestLanguageTest,
     testing::Values(LanguageCase{"de", "de_DE"},
         LanguageCase{"de_AT", "de_DE"},
         LanguageCase{"de-AT", "de_DE"},

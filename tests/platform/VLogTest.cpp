@@ -60,7 +60,8 @@ TEST(VLogTest, ACaptureReceivesSeverityAndMessage)
 TEST(VLogTest, ACaptureReceivesTheIdentityOfTheSite)
 {
     LogCapture log;
-    const VError::ErrorInfo site(VantoraError::MakeError(7, "LogSite_X_0x00000007"), VError::ErrorSource::Product, VError::StatusCode::NotFound);
+    const VError::ErrorInfo site(
+        VantoraError::MakeError(7, "LogSite_X_0x00000007"), VError::ErrorSource::Product, VError::StatusCode::NotFound);
     LogMessage(VLog::Error, "broken", site);
     ASSERT_EQ(log.records.size(), 1u);
     EXPECT_EQ(log.records[0].key, VString("LogSite_X_0x00000007"));
@@ -97,10 +98,12 @@ TEST(VLogTest, ACaptureReceivesFromEveryThread)
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([] {
-            for (int n = 0; n < 100; ++n) LogMessage(VLog::Info, "from a thread");
+            for (int n = 0; n < 100; ++n)
+                LogMessage(VLog::Info, "from a thread");
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(log.records.size(), 400u);
 }
 

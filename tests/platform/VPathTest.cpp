@@ -21,11 +21,14 @@ std::vector<VPath> ManyPaths(int length)
     std::vector<std::u16string> texts{u""};
     for (std::size_t i = 0; i < texts.size(); ++i) {
         const std::u16string text = texts[i];
-        if (static_cast<int>(text.size()) == length) break;
-        for (const char16_t unit : std::u16string_view(u"/\\C:a")) texts.push_back(text + unit);
+        if (static_cast<int>(text.size()) == length)
+            break;
+        for (const char16_t unit : std::u16string_view(u"/\\C:a"))
+            texts.push_back(text + unit);
     }
     std::vector<VPath> paths;
-    for (const std::u16string& text : texts) paths.emplace_back(VString(text.data(), text.size()));
+    for (const std::u16string& text : texts)
+        paths.emplace_back(VString(text.data(), text.size()));
     return paths;
 }
 
@@ -86,7 +89,8 @@ TEST_P(VPathRootTest, IsAbsoluteWithARoot)
     EXPECT_EQ(VPath(GetParam().path).IsAbsolute(), GetParam().absolute);
 }
 
-INSTANTIATE_TEST_SUITE_P(Roots, VPathRootTest,
+INSTANTIATE_TEST_SUITE_P(Roots,
+    VPathRootTest,
     testing::Values(RootCase{"Empty", "", false},
         RootCase{"Name", "a", false},
         RootCase{"Relative", "a/b", false},
@@ -113,7 +117,8 @@ TEST_P(VPathFolderTest, DropsTheLastElement)
     EXPECT_EQ(Folder(GetParam().path).String(), VString(GetParam().folder));
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, VPathFolderTest,
+INSTANTIATE_TEST_SUITE_P(Paths,
+    VPathFolderTest,
     testing::Values(FolderCase{"Empty", "", ""},
         FolderCase{"BareName", "a.txt", ""},
         FolderCase{"BareNameWithSeparator", "a/", ""},
@@ -144,7 +149,8 @@ TEST_P(VPathJoinTest, PutsTheRightBelowTheLeft)
     EXPECT_EQ((VPath(GetParam().left) / VPath(GetParam().right)).String(), VString(GetParam().joined));
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, VPathJoinTest,
+INSTANTIATE_TEST_SUITE_P(Paths,
+    VPathJoinTest,
     testing::Values(JoinCase{"Names", "a", "b", "a/b"},
         JoinCase{"LeftWithSeparator", "a/", "b", "a/b"},
         JoinCase{"LeftWithSeparators", "a\\\\", "b", "a\\b"},
@@ -175,7 +181,8 @@ TEST_P(VPathEqualityTest, GoesElementByElement)
     EXPECT_EQ(!(a < b) && !(b < a), GetParam().equal);
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, VPathEqualityTest,
+INSTANTIATE_TEST_SUITE_P(Paths,
+    VPathEqualityTest,
     testing::Values(EqualityCase{"Same", "a/b", "a/b", true},
         EqualityCase{"KindOfSeparator", "a/b", "a\\b", true},
         EqualityCase{"NumberOfSeparators", "a//b", "a/b", true},
@@ -217,7 +224,8 @@ TEST(VPathTest, OrderIsTransitiveOverManyPaths)
     std::vector<VPath> paths = ManyPaths(5);
     std::sort(paths.begin(), paths.end());
     for (std::size_t i = 0; i < paths.size(); ++i) {
-        for (const VPath& later : Adjoining(paths, i)) ASSERT_FALSE(later < paths[i]) << later.String() << " " << paths[i].String();
+        for (const VPath& later : Adjoining(paths, i))
+            ASSERT_FALSE(later < paths[i]) << later.String() << " " << paths[i].String();
         ASSERT_FALSE(paths.back() < paths[i]);
         ASSERT_FALSE(paths[i] < paths.front());
     }
@@ -228,7 +236,8 @@ TEST(VPathTest, EqualPathsHaveEqualFolders)
     std::vector<VPath> paths = ManyPaths(4);
     for (VPath& path : paths) {
         VPath other(path.GenericString() + "/");
-        if (!(other == path)) continue;
+        if (!(other == path))
+            continue;
         path.RemoveFilename();
         other.RemoveFilename();
         ASSERT_EQ(path, other) << path.String() << " " << other.String();

@@ -18,7 +18,8 @@ bool s_fails = false;
 
 int TakeUnlessItFails(const char* function, pthread_rwlock_t* lock)
 {
-    if (s_fails) return EDEADLK;
+    if (s_fails)
+        return EDEADLK;
     return reinterpret_cast<int (*)(pthread_rwlock_t*)>(dlsym(RTLD_NEXT, function))(lock);
 }
 
@@ -66,18 +67,22 @@ TEST(VReadWriteLockFailureTest, AWriteThatFailsIsNotCounted)
 TEST(VReadWriteLockFailureTest, AFailedTakeOfManyLeavesTheOthersHeld)
 {
     std::deque<VReadWriteLock> locks;
-    for (int i = 0; i < 6; ++i) locks.emplace_back(0);
-    for (int i = 0; i < 5; ++i) locks[i].LockForWrite();
+    for (int i = 0; i < 6; ++i)
+        locks.emplace_back(0);
+    for (int i = 0; i < 5; ++i)
+        locks[i].LockForWrite();
     {
         const Refusal refusal;
         EXPECT_THROW(locks[5].LockForRead(), std::system_error);
-        for (int i = 0; i < 5; ++i) EXPECT_NO_THROW(locks[i].LockForWrite()) << "lock " << i << " is held already";
+        for (int i = 0; i < 5; ++i)
+            EXPECT_NO_THROW(locks[i].LockForWrite()) << "lock " << i << " is held already";
     }
     for (int i = 0; i < 5; ++i) {
         locks[i].UnlockWrite();
         locks[i].UnlockWrite();
     }
     std::thread([&locks] {
-        for (VReadWriteLock& lock : locks) const VWriteLocker there(lock);
+        for (VReadWriteLock& lock : locks)
+            const VWriteLocker there(lock);
     }).join();
 }

@@ -57,11 +57,13 @@ void Elsewhere(Function function)
     double least = std::numeric_limits<double>::max();
     for (int run = 0; run < 20; ++run) {
         const auto start = std::chrono::steady_clock::now();
-        for (int i = 0; i < 100; ++i) const VReadLocker locker(oneMore);
+        for (int i = 0; i < 100; ++i)
+            const VReadLocker locker(oneMore);
         const std::chrono::duration<double, std::nano> elapsed = std::chrono::steady_clock::now() - start;
         least = std::min(least, elapsed.count() / 100);
     }
-    for (const auto& lock : locks) lock->UnlockRead();
+    for (const auto& lock : locks)
+        lock->UnlockRead();
     return least;
 }
 
@@ -190,10 +192,13 @@ TEST(VReadWriteLockThreadTest, AThreadHoldsManyLocks)
         EXPECT_THROW(lock->LockForWrite(), LogicException);
         lock->UnlockRead();
     }
-    for (std::size_t i = 0; i < locks.size(); i += 2) locks[i]->UnlockRead();
-    for (std::size_t i = 1; i < locks.size(); i += 2) locks[i]->UnlockRead();
+    for (std::size_t i = 0; i < locks.size(); i += 2)
+        locks[i]->UnlockRead();
+    for (std::size_t i = 1; i < locks.size(); i += 2)
+        locks[i]->UnlockRead();
     Elsewhere([&locks] {
-        for (const auto& lock : locks) const VWriteLocker there(*lock);
+        for (const auto& lock : locks)
+            const VWriteLocker there(*lock);
     });
 }
 
@@ -236,16 +241,20 @@ TEST(VReadWriteLockThreadTest, ManyThreadsSeeNoHalfWrites)
         for (int round = 0; round < 500; ++round) {
             if (writes) {
                 const VWriteLocker writer(lock);
-                for (int& value : values) ++value;
+                for (int& value : values)
+                    ++value;
             }
             const VReadLocker reader(lock);
             const VReadLocker again(lock);
-            for (const int value : values) faults += value != values[0];
+            for (const int value : values)
+                faults += value != values[0];
         }
     };
     std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) threads.emplace_back(work, i % 2 == 0);
-    for (std::thread& thread : threads) thread.join();
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back(work, i % 2 == 0);
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(faults, 0);
     EXPECT_EQ(values[0], 2000);
 }

@@ -73,11 +73,24 @@ TEST(VResourceTest, NamesThatLeadElsewhereAreNoResources)
 {
     const RegisteredFolder folder;
     const char* const names[] = {
-        "", "/greeting", ":/platform-tests/greeting", "..", "inner/../greeting", "inner\\..\\greeting",
-        "../platform-tests-outside/secret", "/../platform-tests-outside/secret",
-        "greeting/", "./greeting", "inner//greeting", "inner/./greeting", "inner\\.\\greeting", ".", "/",
+        "",
+        "/greeting",
+        ":/platform-tests/greeting",
+        "..",
+        "inner/../greeting",
+        "inner\\..\\greeting",
+        "../platform-tests-outside/secret",
+        "/../platform-tests-outside/secret",
+        "greeting/",
+        "./greeting",
+        "inner//greeting",
+        "inner/./greeting",
+        "inner\\.\\greeting",
+        ".",
+        "/",
     };
-    for (const char* name : names) EXPECT_FALSE(VResource(name).isValid()) << name;
+    for (const char* name : names)
+        EXPECT_FALSE(VResource(name).isValid()) << name;
 }
 
 TEST(VResourceTest, RegisteredTextsComeBeforeFolders)
@@ -133,5 +146,6 @@ TEST(VResourceTest, ThreadsRegisterAndFindAtOnce)
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
 }

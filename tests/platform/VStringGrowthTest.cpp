@@ -24,7 +24,8 @@ int CountGrowths(VString text, int count)
     int capacity = text.ToQString().capacity();
     for (int i = 0; i < count; ++i) {
         text += u'x';
-        if (text.ToQString().capacity() != capacity) ++growths;
+        if (text.ToQString().capacity() != capacity)
+            ++growths;
         capacity = text.ToQString().capacity();
     }
     return growths;

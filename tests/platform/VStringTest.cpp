@@ -77,7 +77,8 @@ TEST(VStringTest, KeepsTextBehindANul)
 
 TEST(VStringTest, IllFormedUtf8BecomesReplacementCharacters)
 {
-    const VString text = VString::fromStdString("a\xFF" "b");
+    const VString text = VString::fromStdString("a\xFF"
+                                                "b");
     EXPECT_EQ(text, VString(u"a\uFFFDb"));
 }
 
@@ -103,7 +104,9 @@ TEST(VStringTest, LongTextsBehindAMarkAreDecodedWhole)
 TEST(VStringTest, UnpairedSurrogatesBecomeReplacementCharactersInUtf8)
 {
     const std::u16string units = {u'a', HighHalf, u'b', LowHalf, HighHalf, LowHalf, HighHalf};
-    EXPECT_EQ(Units(units).toStdString(), "a\xEF\xBF\xBD" "b\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
+    EXPECT_EQ(Units(units).toStdString(),
+        "a\xEF\xBF\xBD"
+        "b\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
 }
 
 TEST(VStringTest, EveryCodePointComesBackFromUtf8)
@@ -120,9 +123,14 @@ TEST(VStringTest, EveryCodePointComesBackFromUtf8)
 // its UTF-8.
 std::pair<std::u16string, std::string> RandomRuns(std::mt19937& random, int pieces)
 {
-    const std::pair<std::u16string, std::string> others[] = {
-        {u"\u007F", "\x7F"}, {u"\u0080", "\xC2\x80"}, {u"\u07FF", "\xDF\xBF"}, {u"\u0800", "\xE0\xA0\x80"}, {u"\uFFFD", "\xEF\xBF\xBD"},
-        {u"\U0001F600", "\xF0\x9F\x98\x80"}, {std::u16string(1, LowHalf), "\xEF\xBF\xBD"}, {std::u16string{HighHalf, u'x'}, "\xEF\xBF\xBDx"}};
+    const std::pair<std::u16string, std::string> others[] = {{u"\u007F", "\x7F"},
+        {u"\u0080", "\xC2\x80"},
+        {u"\u07FF", "\xDF\xBF"},
+        {u"\u0800", "\xE0\xA0\x80"},
+        {u"\uFFFD", "\xEF\xBF\xBD"},
+        {u"\U0001F600", "\xF0\x9F\x98\x80"},
+        {std::u16string(1, LowHalf), "\xEF\xBF\xBD"},
+        {std::u16string{HighHalf, u'x'}, "\xEF\xBF\xBDx"}};
     std::pair<std::u16string, std::string> result;
     for (int piece = 0; piece < pieces; ++piece) {
         const std::size_t run = random() % 40;
@@ -145,7 +153,8 @@ TEST(VStringTest, RunsOfAsciiBetweenOtherCharactersBecomeUtf8)
 TEST(VStringTest, LongTextsOfTheLongestCharactersBecomeUtf8)
 {
     std::string expected;
-    for (int i = 0; i < 10000; ++i) expected += "\xEF\xBF\xBD";
+    for (int i = 0; i < 10000; ++i)
+        expected += "\xEF\xBF\xBD";
     EXPECT_EQ(Units(std::u16string(10000, 0xFFFD)).toStdString(), expected);
 }
 
@@ -282,7 +291,8 @@ TEST_P(VStringDoubleTest, WritesAsPrintfG)
     EXPECT_EQ(VString::number(GetParam().value, GetParam().precision), VString(GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(Values, VStringDoubleTest,
+INSTANTIATE_TEST_SUITE_P(Values,
+    VStringDoubleTest,
     testing::Values(DoubleCase{"Zero", 0.0, 17, "0"},
         DoubleCase{"NegativeZero", -0.0, 17, "-0"},
         DoubleCase{"Tenth", 0.1, 17, "0.10000000000000001"},
@@ -310,7 +320,7 @@ TEST(VStringTest, NumbersFollowNoLocale)
 {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::German));
-    std::setlocale(LC_ALL, "de_DE.UTF-8");   // where the machine has it
+    std::setlocale(LC_ALL, "de_DE.UTF-8");  // where the machine has it
     const VString text = VString::number(0.5, 17);
     const double value = VString("0.5").toDouble();
     std::setlocale(LC_ALL, "C");
@@ -322,7 +332,8 @@ TEST(VStringTest, NumbersFollowNoLocale)
 TEST(VCTypeTest, SpaceIsTabToCarriageReturnAndTheBlank)
 {
     for (int character = -130; character < 0x3001; ++character) {
-        const bool expected = character == ' ' || character == '\t' || character == '\n' || character == '\v' || character == '\f' || character == '\r';
+        const bool expected = character == ' ' || character == '\t' || character == '\n' || character == '\v' ||
+            character == '\f' || character == '\r';
         ASSERT_EQ(VCType::isSpace(character), expected) << character;
     }
 }
@@ -332,6 +343,8 @@ TEST(CorePlatformUtilsTest, ValidCharactersAreThoseOfXml)
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
         const bool control = unit < 0x20 && unit != '\t' && unit != '\n' && unit != '\r';
         const bool surrogate = unit >= 0xD800 && unit <= 0xDFFF;
-        ASSERT_EQ(CorePlatformUtils::IsValidCharacter(static_cast<char16_t>(unit)), !control && !surrogate && unit < 0xFFFE) << unit;
+        ASSERT_EQ(
+            CorePlatformUtils::IsValidCharacter(static_cast<char16_t>(unit)), !control && !surrogate && unit < 0xFFFE)
+            << unit;
     }
 }

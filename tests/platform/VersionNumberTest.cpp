@@ -46,7 +46,8 @@ TEST_P(VersionNumberTextTest, ReadsItsParts)
     EXPECT_EQ(version.GetAsString(), VString(GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, VersionNumberTextTest,
+INSTANTIATE_TEST_SUITE_P(Texts,
+    VersionNumberTextTest,
     testing::Values(VersionCase{"Plain", "18.1", "18.1.0", "18_1"},
         VersionCase{"MissingPartsAreZero", "18", "18.0.0.0", "18_0"},
         VersionCase{"MoreParts", "10.5.2", "10.5.2", "10_5"},

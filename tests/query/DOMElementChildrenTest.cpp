@@ -19,8 +19,10 @@ static_assert(std::is_same_v<std::iter_reference_t<DOMElementChildren::iterator>
 static_assert(std::is_same_v<std::iter_reference_t<DOMElementChildren::const_iterator>, const DOMElement*>);
 static_assert(std::is_convertible_v<DOMElementChildren::iterator, DOMElementChildren::const_iterator>);
 static_assert(!std::is_convertible_v<DOMElementChildren::const_iterator, DOMElementChildren::iterator>);
-static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChildren().begin()), DOMElementChildren::const_iterator>);
-static_assert(std::is_same_v<decltype(std::declval<DOMElement&>().GetChildren().begin()), DOMElementChildren::iterator>);
+static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChildren().begin()),
+    DOMElementChildren::const_iterator>);
+static_assert(
+    std::is_same_v<decltype(std::declval<DOMElement&>().GetChildren().begin()), DOMElementChildren::iterator>);
 
 // It yields no references, so it is more than an input iterator for std::ranges only.
 template <typename Iterator>
@@ -245,7 +247,11 @@ TEST(DOMElementChildrenTest, ServesTheStandardAlgorithms)
     EXPECT_EQ(std::count_if(children.begin(), children.end(), isB), 2);
     EXPECT_EQ(Describe(**std::find_if(children.rbegin(), children.rend(), isB)), "b4");
     EXPECT_EQ(std::distance(children.cbegin(), children.cend()), 4);
-    EXPECT_EQ(std::accumulate(children.begin(), children.end(), 0, [](int sum, const DOMElement* child) { return sum + child->GetStartLine(); }), 14);
+    EXPECT_EQ(std::accumulate(children.begin(),
+                  children.end(),
+                  0,
+                  [](int sum, const DOMElement* child) { return sum + child->GetStartLine(); }),
+        14);
     const auto byLine = [](const DOMElement* child, int line) { return child->GetStartLine() < line; };
     EXPECT_EQ(Describe(**std::lower_bound(children.cbegin(), children.cend(), 4, byLine)), "b4");
 }

@@ -138,7 +138,11 @@ TEST_F(DOMElementRenamesTest, AddsReachTheDocument)
     element.AddFieldRename(FieldName("a", "b"), FieldName("c", "d"));
     EXPECT_EQ(document.GetCaptionRenameIfItExists("old"), VString("newCaption"));
     EXPECT_EQ(document.RenameField(FieldName("a", "b")), FieldName("c", "d"));
-    ExpectLogicException([&] { element.AddCaptionRename("old", "x"); }, "vancorexml\\main\\parser\\DOM", 95, "m_captionRenames.find(oldCaption) == m_captionRenames.end()", 0xA2CD6EBC);
+    ExpectLogicException([&] { element.AddCaptionRename("old", "x"); },
+        "vancorexml\\main\\parser\\DOM",
+        95,
+        "m_captionRenames.find(oldCaption) == m_captionRenames.end()",
+        0xA2CD6EBC);
 }
 
 TEST_F(DOMElementRenamesTest, CaptionsAreLookedUpByTheAttributesValue)
@@ -175,8 +179,16 @@ TEST_F(DetachedRenamesTest, FieldNamesAreParsedAllTheSame)
 
 TEST_F(DetachedRenamesTest, AddsRequireADocument)
 {
-    ExpectLogicException([&] { element.AddFieldRename(FieldName("a", "b"), FieldName("c", "d")); }, File, 677, "DOMElement::AddFieldRename can only be called on a DOMElement that is attached to a DOM", 0x7BB9AD71);
-    ExpectLogicException([&] { element.AddCaptionRename("old", "new"); }, File, 686, "DOMElement::AddCaptionRename can only be called on a DOMElement that is attached to a DOM", 0xFFF990FC);
+    ExpectLogicException([&] { element.AddFieldRename(FieldName("a", "b"), FieldName("c", "d")); },
+        File,
+        677,
+        "DOMElement::AddFieldRename can only be called on a DOMElement that is attached to a DOM",
+        0x7BB9AD71);
+    ExpectLogicException([&] { element.AddCaptionRename("old", "new"); },
+        File,
+        686,
+        "DOMElement::AddCaptionRename can only be called on a DOMElement that is attached to a DOM",
+        0xFFF990FC);
 }
 
 TEST_F(DetachedRenamesTest, CaptionLookupsRequireADocument)

@@ -62,9 +62,9 @@ TEST_P(FindChildRows, Found)
     EXPECT_EQ(DescribeFound(DOMElementSearch::FindChild(std::as_const(tree[1]), child, attribute, value)), found);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMElementSearchTest, FindChildRows,
-    testing::Values(
-        ChildRow{"ByValue", "a", "k", "one", "a6"},
+INSTANTIATE_TEST_SUITE_P(DOMElementSearchTest,
+    FindChildRows,
+    testing::Values(ChildRow{"ByValue", "a", "k", "one", "a6"},
         ChildRow{"ByNameToo", "b", "k", "one", "b7"},
         ChildRow{"DirectChildrenOnly", "a", "k", "two", "a8"},
         ChildRow{"NoGrandchild", "a", "k", "three", "none"},
@@ -83,12 +83,14 @@ TEST_P(FindElementRows, Found)
     const Searched tree;
     const auto& [name, start, element, depth, attribute, value, found] = GetParam();
     EXPECT_EQ(DescribeFound(DOMElementSearch::FindElement(tree[start], element, depth, attribute, value)), found);
-    EXPECT_EQ(DescribeFound(DOMElementSearch::FindElement(std::as_const(tree[start]), element, depth, attribute, value)), found);
+    EXPECT_EQ(
+        DescribeFound(DOMElementSearch::FindElement(std::as_const(tree[start]), element, depth, attribute, value)),
+        found);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMElementSearchTest, FindElementRows,
-    testing::Values(
-        ElementRow{"TheStartItself", 1, "r", 0, "", "", "r1"},
+INSTANTIATE_TEST_SUITE_P(DOMElementSearchTest,
+    FindElementRows,
+    testing::Values(ElementRow{"TheStartItself", 1, "r", 0, "", "", "r1"},
         ElementRow{"TheStartAtANegativeDepth", 1, "r", -1, "", "", "r1"},
         ElementRow{"TheStartAtTheLeastDepth", 1, "r", INT_MIN, "", "", "r1"},
         ElementRow{"NoChildAtDepthZero", 1, "a", 0, "", "", "none"},
@@ -114,10 +116,15 @@ INSTANTIATE_TEST_SUITE_P(DOMElementSearchTest, FindElementRows,
 
 TEST(DOMElementSearchTest, BothFormsKeepConstness)
 {
-    static_assert(std::is_same_v<decltype(DOMElementSearch::FindChild(std::declval<DOMElement&>(), "", "", "")), DOMElement*>);
-    static_assert(std::is_same_v<decltype(DOMElementSearch::FindChild(std::declval<const DOMElement&>(), "", "", "")), const DOMElement*>);
-    static_assert(std::is_same_v<decltype(DOMElementSearch::FindElement(std::declval<DOMElement&>(), "", 0, "", "")), DOMElement*>);
-    static_assert(std::is_same_v<decltype(DOMElementSearch::FindElement(std::declval<const DOMElement&>(), "", 0, "", "")), const DOMElement*>);
+    static_assert(
+        std::is_same_v<decltype(DOMElementSearch::FindChild(std::declval<DOMElement&>(), "", "", "")), DOMElement*>);
+    static_assert(std::is_same_v<decltype(DOMElementSearch::FindChild(std::declval<const DOMElement&>(), "", "", "")),
+        const DOMElement*>);
+    static_assert(std::is_same_v<decltype(DOMElementSearch::FindElement(std::declval<DOMElement&>(), "", 0, "", "")),
+        DOMElement*>);
+    static_assert(
+        std::is_same_v<decltype(DOMElementSearch::FindElement(std::declval<const DOMElement&>(), "", 0, "", "")),
+            const DOMElement*>);
     const Tree tree("a(b)");
     DOMElementSearch::FindElement(tree[1], "b", 1, "", "")->SetText("t");
     EXPECT_EQ(tree[2].GetText(), VString("t"));
@@ -127,7 +134,9 @@ TEST(DOMElementSearchTest, FindsTheFirstInDocumentOrder)
 {
     const Tree tree("r(a(bc(d))b(d(e)))");
     for (const char* name : {"a", "b", "c", "d", "e", "r"}) {
-        const auto first = std::find_if(tree.elements.begin(), tree.elements.end(), [name](const DOMElement* element) { return element->GetName() == VString(name); });
+        const auto first = std::find_if(tree.elements.begin(), tree.elements.end(), [name](const DOMElement* element) {
+            return element->GetName() == VString(name);
+        });
         EXPECT_EQ(tree.document.GetElement(name), *first) << name;
         EXPECT_EQ(DOMElementSearch::FindElement(tree[1], name, 3, "", ""), *first) << name;
     }

@@ -7,10 +7,14 @@
 
 using namespace querytest;
 
-static_assert(std::is_same_v<decltype(DOMPathCanopy::WithinCanopy(std::declval<DOMElement&>(), "", "")), std::vector<DOMElement*>>);
-static_assert(std::is_same_v<decltype(DOMPathCanopy::WithinCanopy(std::declval<const DOMElement&>(), "", "")), std::vector<const DOMElement*>>);
-static_assert(std::is_same_v<decltype(DOMPathCanopy::UnderneathCanopy(std::declval<DOMElement&>(), "", "")), std::vector<DOMElement*>>);
-static_assert(std::is_same_v<decltype(DOMPathCanopy::UnderneathCanopy(std::declval<const DOMElement&>(), "", "")), std::vector<const DOMElement*>>);
+static_assert(std::is_same_v<decltype(DOMPathCanopy::WithinCanopy(std::declval<DOMElement&>(), "", "")),
+    std::vector<DOMElement*>>);
+static_assert(std::is_same_v<decltype(DOMPathCanopy::WithinCanopy(std::declval<const DOMElement&>(), "", "")),
+    std::vector<const DOMElement*>>);
+static_assert(std::is_same_v<decltype(DOMPathCanopy::UnderneathCanopy(std::declval<DOMElement&>(), "", "")),
+    std::vector<DOMElement*>>);
+static_assert(std::is_same_v<decltype(DOMPathCanopy::UnderneathCanopy(std::declval<const DOMElement&>(), "", "")),
+    std::vector<const DOMElement*>>);
 
 namespace {
 
@@ -31,12 +35,13 @@ TEST_P(WithinCanopyRows, Found)
 {
     const Tree tree(GetParam().tree);
     EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(tree[1], GetParam().canopyPath, GetParam().what)), GetParam().found);
-    EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(std::as_const(tree[1]), GetParam().canopyPath, GetParam().what)), GetParam().found);
+    EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(std::as_const(tree[1]), GetParam().canopyPath, GetParam().what)),
+        GetParam().found);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest, WithinCanopyRows,
-    testing::Values(
-        CanopyRow{"Children", "a(c(nxn))", "a/c", "n", "n3 n5"},
+INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest,
+    WithinCanopyRows,
+    testing::Values(CanopyRow{"Children", "a(c(nxn))", "a/c", "n", "n3 n5"},
         CanopyRow{"NestedOnesParentsFirst", "a(c(n(n(n)xn)n))", "a/c", "n", "n3 n4 n5 n7 n8"},
         CanopyRow{"OtherChildrenAreNotEntered", "a(c(x(n)n))", "a/c", "n", "n5"},
         CanopyRow{"OfEveryCanopyInOrder", "a(c(n)xc(n))", "a/c", "n", "n3 n6"},
@@ -54,13 +59,15 @@ INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest, WithinCanopyRows,
 TEST_P(UnderneathCanopyRows, Found)
 {
     const Tree tree(GetParam().tree);
-    EXPECT_EQ(Describe(DOMPathCanopy::UnderneathCanopy(tree[1], GetParam().canopyPath, GetParam().what)), GetParam().found);
-    EXPECT_EQ(Describe(DOMPathCanopy::UnderneathCanopy(std::as_const(tree[1]), GetParam().canopyPath, GetParam().what)), GetParam().found);
+    EXPECT_EQ(
+        Describe(DOMPathCanopy::UnderneathCanopy(tree[1], GetParam().canopyPath, GetParam().what)), GetParam().found);
+    EXPECT_EQ(Describe(DOMPathCanopy::UnderneathCanopy(std::as_const(tree[1]), GetParam().canopyPath, GetParam().what)),
+        GetParam().found);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest, UnderneathCanopyRows,
-    testing::Values(
-        CanopyRow{"Children", "a(c(xyx))", "a/c", "x", "x3 x5"},
+INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest,
+    UnderneathCanopyRows,
+    testing::Values(CanopyRow{"Children", "a(c(xyx))", "a/c", "x", "x3 x5"},
         CanopyRow{"BelowTheChildren", "a(c(x(y)x(zy)))", "a/c", "x/y", "y4 y7"},
         CanopyRow{"InNestedCanopies", "a(c(xc(xc(x))x))", "a/c", "x", "x3 x5 x7 x8"},
         CanopyRow{"NestedCanopyIsNotMatchedByItsName", "a(c(c(x)))", "a/c", "c", ""},

@@ -20,15 +20,21 @@ using Matches = std::vector<const DOMElement*>;
 void Visit(const DOMElement& element, const Active& active, const Segments& segments, Matches& matches)
 {
     Active closed = active;
-    for (const std::size_t i : active)
-        if (segments[i].IsEmpty()) closed.insert(i + 1);
+    for (const std::size_t i : active) {
+        if (segments[i].IsEmpty())
+            closed.insert(i + 1);
+    }
     Active below;
     for (const std::size_t i : closed) {
-        if (segments[i].IsEmpty()) below.insert(i);
-        else if (segments[i] == VString("*") || segments[i] == element.GetName()) below.insert(i + 1);
+        if (segments[i].IsEmpty())
+            below.insert(i);
+        else if (segments[i] == VString("*") || segments[i] == element.GetName())
+            below.insert(i + 1);
     }
-    if (below.erase(segments.size()) != 0) matches.push_back(&element);
-    if (below.empty()) return;
+    if (below.erase(segments.size()) != 0)
+        matches.push_back(&element);
+    if (below.empty())
+        return;
     for (const DOMElement* child : element.GetChildren())
         Visit(*child, below, segments, matches);
 }
@@ -36,7 +42,8 @@ void Visit(const DOMElement& element, const Active& active, const Segments& segm
 Matches Reference(const DOMElement& element, const Segments& segments)
 {
     Matches matches;
-    if (segments.back().IsEmpty()) return matches;
+    if (segments.back().IsEmpty())
+        return matches;
     const bool startsWithSlash = segments.front().IsEmpty();
     const bool isAbsolute = startsWithSlash && !segments[1].IsEmpty();
     const DOMElement* const start = isAbsolute ? element.GetDOMManager()->GetDocumentRoot() : &element;
@@ -48,21 +55,26 @@ Matches Reference(const DOMElement& element, const Segments& segments)
 std::vector<std::string> Forests(int elements)
 {
     std::vector<std::string> forests;
-    if (elements == 0) forests.emplace_back();
-    for (int below = 0; below < elements; ++below)
-        for (const std::string& children : Forests(below))
-            for (const std::string& siblings : Forests(elements - 1 - below))
+    if (elements == 0)
+        forests.emplace_back();
+    for (int below = 0; below < elements; ++below) {
+        for (const std::string& children : Forests(below)) {
+            for (const std::string& siblings : Forests(elements - 1 - below)) {
                 for (const char* name : {"a", "b"})
                     forests.push_back(name + (below > 0 ? "(" + children + ")" : "") + siblings);
+            }
+        }
+    }
     return forests;
 }
 
 std::vector<std::string> Trees(int elements)
 {
     std::vector<std::string> trees;
-    for (const std::string& children : Forests(elements - 1))
+    for (const std::string& children : Forests(elements - 1)) {
         for (const char* name : {"a", "b"})
             trees.push_back(name + (children.empty() ? "" : "(" + children + ")"));
+    }
     return trees;
 }
 
@@ -73,11 +85,12 @@ std::vector<Segments> ShortPaths()
     std::vector<Segments> longest{{}};
     for (int length = 1; length <= 4; ++length) {
         std::vector<Segments> longer;
-        for (const Segments& path : longest)
+        for (const Segments& path : longest) {
             for (const char* segment : {"a", "b", "*", ""}) {
                 longer.push_back(path);
                 longer.back().push_back(segment);
             }
+        }
         paths.insert(paths.end(), longer.begin(), longer.end());
         longest = std::move(longer);
     }
@@ -88,10 +101,13 @@ std::vector<Segments> ShortPaths()
 bool AgreesWithReference(DOMElement& element, const VString& path, const Matches& expected)
 {
     const DOMElement& constant = element;
-    if (DOMPath::GetAll(constant, path) != expected) return false;
-    if (DOMPath::GetFirst(constant, path) != (expected.empty() ? nullptr : expected.front())) return false;
+    if (DOMPath::GetAll(constant, path) != expected)
+        return false;
+    if (DOMPath::GetFirst(constant, path) != (expected.empty() ? nullptr : expected.front()))
+        return false;
     const std::vector<DOMElement*> all = DOMPath::GetAll(element, path);
-    if (Matches(all.begin(), all.end()) != expected) return false;
+    if (Matches(all.begin(), all.end()) != expected)
+        return false;
     Matches walked;
     for (const DOMElement& match : DOMPath::Walk(element, path))
         walked.push_back(&match);
@@ -119,13 +135,17 @@ TEST_P(DOMPathAllTrees, AgreeForAllShortPathsFromEveryElement)
         const Tree tree(text);
         for (const Segments& segments : paths) {
             const VString path = VString::join(segments, "/");
-            for (DOMElement* element : tree.elements)
-                ASSERT_TRUE(AgreesWithReference(*element, path, Reference(*element, segments))) << text << " from " << element->GetStartLine() << ", path " << path;
+            for (DOMElement* element : tree.elements) {
+                ASSERT_TRUE(AgreesWithReference(*element, path, Reference(*element, segments)))
+                    << text << " from " << element->GetStartLine() << ", path " << path;
+            }
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMPathReferenceTest, DOMPathAllTrees, testing::Range(1, 6), [](const auto& row) { return "OfSize" + std::to_string(row.param); });
+INSTANTIATE_TEST_SUITE_P(DOMPathReferenceTest, DOMPathAllTrees, testing::Range(1, 6), [](const auto& row) {
+    return "OfSize" + std::to_string(row.param);
+});
 
 // A chain that branches on every level; paths follow it, with stars and empty segments among
 // the names, also where one machine word ends and the next begins.
@@ -149,7 +169,9 @@ TEST_P(DOMPathLongPaths, Agree)
         for (std::size_t i = 0; i < length; ++i) {
             const unsigned kind = random() % kinds;
             const bool isForcedEmpty = round % 5 == 1 && (i % 64 == 62 || i % 64 == 63 || i % 64 == 0);
-            segments.push_back(kind == 0 || isForcedEmpty ? VString() : kind == 1 ? VString("*") : chain[start + i]->GetName());
+            segments.push_back(kind == 0 || isForcedEmpty ? VString()
+                    : kind == 1                           ? VString("*")
+                                                          : chain[start + i]->GetName());
         }
         const VString path = VString::join(segments, "/");
         const Matches expected = Reference(*chain[start], segments);
@@ -159,7 +181,10 @@ TEST_P(DOMPathLongPaths, Agree)
     EXPECT_GT(matching, 50);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMPathReferenceTest, DOMPathLongPaths, testing::Values(63, 64, 65, 127, 128, 129, 130), [](const auto& row) { return "OfSegments" + std::to_string(row.param); });
+INSTANTIATE_TEST_SUITE_P(
+    DOMPathReferenceTest, DOMPathLongPaths, testing::Values(63, 64, 65, 127, 128, 129, 130), [](const auto& row) {
+        return "OfSegments" + std::to_string(row.param);
+    });
 
 TEST_P(DOMPathLongPaths, OfNamesAloneMatchTheirElement)
 {
@@ -167,7 +192,8 @@ TEST_P(DOMPathLongPaths, OfNamesAloneMatchTheirElement)
     const VString name("n");
     const DOMElement& low = AddChain(document.GetRoot(), name, GetParam());
     const VString path = VString::join(std::vector<VString>(static_cast<std::size_t>(GetParam()), name), "/");
-    EXPECT_EQ(DOMPath::GetAll(*document.GetDocumentRoot(), path), std::vector<DOMElement*>{const_cast<DOMElement*>(&low)});
+    EXPECT_EQ(
+        DOMPath::GetAll(*document.GetDocumentRoot(), path), std::vector<DOMElement*>{const_cast<DOMElement*>(&low)});
     EXPECT_EQ(DOMPath::GetAll(low, "/" + path), Matches{&low});
     EXPECT_TRUE(DOMPath::GetAll(*document.GetDocumentRoot(), path + "/n").empty());
 }

@@ -39,7 +39,8 @@ static_assert(std::is_same_v<decltype(std::declval<const Iterable&>().begin()), 
 static_assert(std::is_same_v<decltype(std::declval<const Iterable&>().end()), ConstIterator>);
 static_assert(std::is_same_v<decltype(std::declval<Iterable&>().cbegin()), ConstIterator>);
 static_assert(std::is_same_v<decltype(std::declval<Iterable&>().cend()), ConstIterator>);
-static_assert(std::is_same_v<decltype(DOMPath::GetAll(std::declval<const DOMElement&>(), "")), std::vector<const DOMElement*>>);
+static_assert(
+    std::is_same_v<decltype(DOMPath::GetAll(std::declval<const DOMElement&>(), "")), std::vector<const DOMElement*>>);
 static_assert(std::is_same_v<decltype(DOMPath::GetAll(std::declval<DOMElement&>(), "")), std::vector<DOMElement*>>);
 static_assert(std::is_same_v<decltype(DOMPath::GetFirst(std::declval<const DOMElement&>(), "")), const DOMElement*>);
 static_assert(std::is_same_v<decltype(DOMPath::GetFirst(std::declval<DOMElement&>(), "")), DOMElement*>);
@@ -92,9 +93,9 @@ TEST_P(DOMPathRows, Matches)
     ExpectMatches(std::as_const(tree[GetParam().start]), GetParam().path, GetParam().matches);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMPathTest, DOMPathRows,
-    testing::Values(
-        PathRow{"EmptyPath", "a(a)", 1, "", ""},
+INSTANTIATE_TEST_SUITE_P(DOMPathTest,
+    DOMPathRows,
+    testing::Values(PathRow{"EmptyPath", "a(a)", 1, "", ""},
         PathRow{"Slash", "a(a)", 1, "/", ""},
         PathRow{"TwoSlashes", "a(a)", 1, "//", ""},
         PathRow{"EndsWithASlash", "a(a)", 1, "a/", ""},
@@ -375,7 +376,10 @@ TEST(DOMPathIteratorTest, ServesAlgorithmsThatDoNotCopyIt)
     std::vector<DOMElement*> matches;
     std::for_each(walk.begin(), walk.end(), [&matches](DOMElement& match) { matches.push_back(&match); });
     EXPECT_EQ(Describe(matches), "b2 b4");
-    EXPECT_EQ(std::accumulate(walk.begin(), walk.end(), 0, [](int sum, const DOMElement& match) { return sum + match.GetStartLine(); }), 6);
+    EXPECT_EQ(
+        std::accumulate(
+            walk.begin(), walk.end(), 0, [](int sum, const DOMElement& match) { return sum + match.GetStartLine(); }),
+        6);
 }
 
 TEST(DOMPathWalkerTest, RestartBeginsAgainAtAnotherElement)

@@ -61,14 +61,15 @@ TEST_P(DOMRenameTables, AreSeparate)
     DOM document;
     (document.*GetParam().add)("old", "new");
     int renamed = 0;
-    for (const auto rename : {&DOM::RenameDataSource, &DOM::RenameDataConnection, &DOM::RenameMapSource, &DOM::GetCaptionRenameIfItExists})
+    for (const auto rename :
+        {&DOM::RenameDataSource, &DOM::RenameDataConnection, &DOM::RenameMapSource, &DOM::GetCaptionRenameIfItExists})
         renamed += (document.*rename)("old") == VString("new");
     EXPECT_EQ(renamed, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMRenamesTest, DOMRenameTables,
-    testing::Values(
-        TableRow{"DataSource", &DOM::AddDataSourceRename, &DOM::RenameDataSource},
+INSTANTIATE_TEST_SUITE_P(DOMRenamesTest,
+    DOMRenameTables,
+    testing::Values(TableRow{"DataSource", &DOM::AddDataSourceRename, &DOM::RenameDataSource},
         TableRow{"DataConnection", &DOM::AddDataConnectionRename, &DOM::RenameDataConnection},
         TableRow{"MapSource", &DOM::AddMapSourceRename, &DOM::RenameMapSource}),
     [](const auto& row) { return row.param.name; });
@@ -87,7 +88,11 @@ TEST(DOMRenamesTest, ACaptionIsRenamedOnlyOnce)
     DOM document;
     document.AddCaptionRename("old", "new");
     const auto expect = [&document](const VString& newCaption) {
-        ExpectLogicException([&] { document.AddCaptionRename("old", newCaption); }, "vancorexml\\main\\parser\\DOM", 95, "m_captionRenames.find(oldCaption) == m_captionRenames.end()", 0xA2CD6EBC);
+        ExpectLogicException([&] { document.AddCaptionRename("old", newCaption); },
+            "vancorexml\\main\\parser\\DOM",
+            95,
+            "m_captionRenames.find(oldCaption) == m_captionRenames.end()",
+            0xA2CD6EBC);
     };
     expect("newer");
     expect("new");

@@ -117,9 +117,9 @@ TEST_P(PathRenamesAbsoluteRows, Result)
     EXPECT_EQ(Text(renames.RenamePathAbsolute(GetParam().path, GetParam().base)), GetParam().result);
 }
 
-INSTANTIATE_TEST_SUITE_P(PathRenamesTest, PathRenamesAbsoluteRows,
-    testing::Values(
-        AbsoluteRow{"BelowTheBase", "C:/base/in/a.csv", "C:/base", "out/a.csv"},
+INSTANTIATE_TEST_SUITE_P(PathRenamesTest,
+    PathRenamesAbsoluteRows,
+    testing::Values(AbsoluteRow{"BelowTheBase", "C:/base/in/a.csv", "C:/base", "out/a.csv"},
         AbsoluteRow{"BaseWithASeparator", "C:\\base\\in\\a.csv", "C:\\base\\", "out/a.csv"},
         AbsoluteRow{"RenamedToItself", "C:/base/in/same.csv", "C:/base", ""},
         AbsoluteRow{"AnOldPathThatIsAbsolute", "D:/abs.csv", "C:/base", "out/abs.csv"},
@@ -161,9 +161,9 @@ TEST_P(PathRenamesValidRows, Valid)
     EXPECT_EQ(renames.IsValidPath(GetParam().path), GetParam().valid);
 }
 
-INSTANTIATE_TEST_SUITE_P(PathRenamesTest, PathRenamesValidRows,
-    testing::Values(
-        ValidRow{"TheNewPath", "C:/out", "C:/out", true},
+INSTANTIATE_TEST_SUITE_P(PathRenamesTest,
+    PathRenamesValidRows,
+    testing::Values(ValidRow{"TheNewPath", "C:/out", "C:/out", true},
         ValidRow{"BelowIt", "C:/out", "C:/out/a.csv", true},
         ValidRow{"OtherSeparators", "C:\\out\\x", "C:/out/x/a.csv", true},
         ValidRow{"OtherSeparatorsInThePath", "C:/out/x", "C:\\out\\x\\a.csv", true},

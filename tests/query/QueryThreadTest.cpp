@@ -99,7 +99,10 @@ TEST(RenamesThreadTest, NamesAreRegisteredWhileOthersLookThemUp)
                 document.SetPathRenames(PathRenames());
                 continue;
             }
-            for (const VString& name : {document.GetCaptionRenameIfItExists(from), document.RenameDataSource(from), element.RenameDataConnection(from), element.RenameMapSource(from)})
+            for (const VString& name : {document.GetCaptionRenameIfItExists(from),
+                     document.RenameDataSource(from),
+                     element.RenameDataConnection(from),
+                     element.RenameMapSource(from)})
                 wrong += name != from && name != to;
             const VString old = document.UnRenameDataSource(to);
             wrong += old != from && old != to;
@@ -134,8 +137,10 @@ TEST(DiagnosticsThreadTest, ManyThreadsAskForErrorsAtOnce)
         OnThreads([&](int) {
             for (int i = 0; i < 20; ++i) {
                 wrong += !tree.document.HasErrors();
-                wrong += !tree[2].HasErrors() || !tree[4].HasUnreportedErrors() || !tree[5].HasErrors() || !tree[6].HasErrors();
-                wrong += tree[3].HasErrors() || tree[7].HasErrors() || tree[8].HasErrors() || tree[2].HasCancelErrors() || tree[2].HasWarnings();
+                wrong += !tree[2].HasErrors() || !tree[4].HasUnreportedErrors() || !tree[5].HasErrors() ||
+                    !tree[6].HasErrors();
+                wrong += tree[3].HasErrors() || tree[7].HasErrors() || tree[8].HasErrors() ||
+                    tree[2].HasCancelErrors() || tree[2].HasWarnings();
                 wrong += tree.document.GetErrors().size() != 2;
             }
         });
@@ -149,8 +154,10 @@ TEST(DiagnosticsThreadTest, ErrorsAreRecordedWhileOthersAsk)
     std::atomic<int> wrong{0};
     OnThreads([&](int thread) {
         for (int i = 0; i < Rounds; ++i) {
-            if (thread == 0) AddError(tree[4]);
-            else wrong += tree[5].HasErrors() || (tree[4].HasErrors() && !tree[2].HasErrors());
+            if (thread == 0)
+                AddError(tree[4]);
+            else
+                wrong += tree[5].HasErrors() || (tree[4].HasErrors() && !tree[2].HasErrors());
         }
     });
     EXPECT_EQ(wrong, 0);

@@ -14,18 +14,37 @@ std::size_t allocations = 0;
 void* Allocate(std::size_t size)
 {
     ++allocations;
-    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    if (void* memory = std::malloc(size != 0 ? size : 1))
+        return memory;
     throw std::bad_alloc();
 }
 
 }  // namespace
 
-void* operator new(std::size_t size) { return Allocate(size); }
-void* operator new[](std::size_t size) { return Allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new(std::size_t size)
+{
+    return Allocate(size);
+}
+void* operator new[](std::size_t size)
+{
+    return Allocate(size);
+}
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
 
 namespace {
 
@@ -33,7 +52,8 @@ TEST(TraversalMemoryTest, RangeForKeepsTheReservedRoom)
 {
     DOMElement root("r");
     DOMElement& wide = root.AddNewChild("a", nullptr);
-    for (int i = 0; i < 120; ++i) wide.AddNewChild("b", nullptr);
+    for (int i = 0; i < 120; ++i)
+        wide.AddNewChild("b", nullptr);
     std::size_t elements = 0;
     const std::size_t before = allocations;
     for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(root))

@@ -73,9 +73,9 @@ TEST_P(ParseBoolRows, Value)
     EXPECT_EQ(XMLValueParsers::ParseBool(GetParam().text, false), GetParam().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest, ParseBoolRows,
-    testing::Values(
-        BoolRow{"True", "true", true, true},
+INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest,
+    ParseBoolRows,
+    testing::Values(BoolRow{"True", "true", true, true},
         BoolRow{"False", "false", false, false},
         BoolRow{"Empty", "", false, true},
         BoolRow{"One", "1", false, false},
@@ -99,9 +99,9 @@ TEST_P(ParseIntRows, Value)
     EXPECT_EQ(XMLValueParsers::ParseInt(GetParam().text), GetParam().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest, ParseIntRows,
-    testing::Values(
-        IntRow{"Zero", "0", 0},
+INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest,
+    ParseIntRows,
+    testing::Values(IntRow{"Zero", "0", 0},
         IntRow{"Number", "42", 42},
         IntRow{"Negative", "-42", -42},
         IntRow{"Plus", "+42", 42},
@@ -123,7 +123,8 @@ INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest, ParseIntRows,
 
 TEST(XMLValueParsersTest, ParseIntReadsWhatIsFormatted)
 {
-    for (const std::int32_t value : {0, 1, -1, 123456789, std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()})
+    for (const std::int32_t value :
+        {0, 1, -1, 123456789, std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()})
         EXPECT_EQ(XMLValueParsers::ParseInt(XMLFormatter::FormatIntegerAttribute(value)), value);
 }
 
@@ -132,9 +133,9 @@ TEST_P(ParseFloatRows, Value)
     EXPECT_EQ(Bits(XMLValueParsers::ParseFloat(GetParam().text)), Bits(GetParam().value));
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest, ParseFloatRows,
-    testing::Values(
-        FloatRow{"Whole", "12", 12.0},
+INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest,
+    ParseFloatRows,
+    testing::Values(FloatRow{"Whole", "12", 12.0},
         FloatRow{"Fraction", "-0.5", -0.5},
         FloatRow{"Exponent", "1e3", 1000.0},
         FloatRow{"CapitalExponent", "1E-2", 0.01},
@@ -154,9 +155,9 @@ TEST_P(RoundTripRows, ComesBackBitForBit)
     EXPECT_EQ(Bits(RoundTrip(GetParam().value)), Bits(GetParam().value));
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest, RoundTripRows,
-    testing::Values(
-        DoubleRow{"Zero", 0.0},
+INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest,
+    RoundTripRows,
+    testing::Values(DoubleRow{"Zero", 0.0},
         DoubleRow{"NegativeZero", -0.0},
         DoubleRow{"Tenth", 0.1},
         DoubleRow{"Third", 1.0 / 3},
@@ -182,7 +183,8 @@ TEST(XMLValueParsersTest, RandomDoublesComeBackBitForBit)
     std::mt19937_64 random(17);
     for (int round = 0; round < 100000; ++round) {
         const double value = FromBits(random());
-        if (std::isnan(value)) continue;
+        if (std::isnan(value))
+            continue;
         ASSERT_EQ(Bits(RoundTrip(value)), Bits(value)) << XMLFormatter::FormatDoubleAttribute(value);
     }
 }

@@ -17,7 +17,8 @@ std::string Repeat(const std::string& piece, std::size_t bytes)
 {
     std::string text;
     text.reserve(bytes + piece.size());
-    while (text.size() < bytes) text += piece;
+    while (text.size() < bytes)
+        text += piece;
     return text;
 }
 
@@ -44,13 +45,14 @@ TEST_P(LargeRows, TenMegabytes)
         return;
     }
     const std::size_t pieces = body.size() / row.piece.size();
-    const std::string expected = row.before + Declared + Repeat(row.rewrittenPiece, pieces * row.rewrittenPiece.size()) + row.behind;
+    const std::string expected =
+        row.before + Declared + Repeat(row.rewrittenPiece, pieces * row.rewrittenPiece.size()) + row.behind;
     EXPECT_TRUE(*output == expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(LargeInputTest, LargeRows,
-    testing::Values(
-        LargeRow{"ColonsWithoutValues", "<a", " :a=", "", ""},
+INSTANTIATE_TEST_SUITE_P(LargeInputTest,
+    LargeRows,
+    testing::Values(LargeRow{"ColonsWithoutValues", "<a", " :a=", "", ""},
         LargeRow{"ColonsInOneTag", "<a", " :a='1'", "/>", " IllegalColon:a='1'"},
         LargeRow{"ColonsWithoutValuesInOneTag", "<a", " :a=", "/>", " IllegalColon:a="},
         LargeRow{"ColonsBeforeAQuoteThatStaysOpen", "<a", " :a=", "'/>", ""},

@@ -13,15 +13,41 @@
 
 namespace {
 
-const std::vector<std::string> Letters = {"<", ">", "!", "?", "/", "-", "[", "]", "&", "\"", "'", ":", "=", " ", "a", "\xC3\xA9"};
-const std::vector<std::string> Pieces = {"<a", "<b", " :b='", " :c=\"", "'", "\"", ">", "/>", "</a>", "<!--", "-->", "<![CDATA[", "]]>", "<?p", "?>", "<!D", " :d = ", ":", "=", " ", "\n", "x", " version='1.2'", "version", "\xC3\xA9"};
+const std::vector<std::string> Letters = {
+    "<", ">", "!", "?", "/", "-", "[", "]", "&", "\"", "'", ":", "=", " ", "a", "\xC3\xA9"};
+const std::vector<std::string> Pieces = {"<a",
+    "<b",
+    " :b='",
+    " :c=\"",
+    "'",
+    "\"",
+    ">",
+    "/>",
+    "</a>",
+    "<!--",
+    "-->",
+    "<![CDATA[",
+    "]]>",
+    "<?p",
+    "?>",
+    "<!D",
+    " :d = ",
+    ":",
+    "=",
+    " ",
+    "\n",
+    "x",
+    " version='1.2'",
+    "version",
+    "\xC3\xA9"};
 
 class Texts {
 public:
     std::string Make(const std::vector<std::string>& parts, std::size_t most)
     {
         std::string text;
-        for (std::size_t n = m_random() % (most + 1); n > 0; --n) text += parts[m_random() % parts.size()];
+        for (std::size_t n = m_random() % (most + 1); n > 0; --n)
+            text += parts[m_random() % parts.size()];
         return text;
     }
     std::size_t Below(std::size_t bound) { return m_random() % bound; }
@@ -94,7 +120,9 @@ TEST(LinearScannersTest, GetAttributeValueInTagGivesWhatThePlainFormGives)
         // A tag in the middle of other text.
         const std::string around = "x='" + text + "' a='1'>";
         const XmlUtils::TagRange inner{3, text.size()};
-        EXPECT_EQ(XmlUtils::GetAttributeValueInTag(around, "a", inner), wordforword::GetAttributeValueInTag(around, "a", inner)) << texts.Below(2);
+        EXPECT_EQ(XmlUtils::GetAttributeValueInTag(around, "a", inner),
+            wordforword::GetAttributeValueInTag(around, "a", inner))
+            << texts.Below(2);
     });
     EXPECT_GT(found, 1000);
 }
@@ -102,10 +130,13 @@ TEST(LinearScannersTest, GetAttributeValueInTagGivesWhatThePlainFormGives)
 TEST(LinearScannersTest, AreQuotesMatchingInRangeGivesWhatThePlainFormGives)
 {
     ForRandomTexts(100000, [](const std::string& text, Texts& texts) {
-        if (text.empty()) return;
+        if (text.empty())
+            return;
         const std::size_t start = texts.Below(text.size());
         const std::size_t end = start + texts.Below(text.size() - start);
-        EXPECT_EQ(XmlUtils::AreQuotesMatchingInRange(text, start, end), wordforword::AreQuotesMatching(text, start, end)) << start << " to " << end;
+        EXPECT_EQ(
+            XmlUtils::AreQuotesMatchingInRange(text, start, end), wordforword::AreQuotesMatching(text, start, end))
+            << start << " to " << end;
     });
 }
 
@@ -117,7 +148,9 @@ TEST(LinearScannersTest, RangeTableGivesWhatThePlainFormGives)
         for (std::size_t position = 0; position <= text.size(); position += 1 + texts.Below(3)) {
             std::size_t end = 12345;
             const XMLRangeType type = table.GetRangeTypeAt(position, end);
-            const auto range = std::find_if(ranges.begin(), ranges.end(), [position](const wordforword::Range& r) { return r.start <= position && position < r.end; });
+            const auto range = std::find_if(ranges.begin(), ranges.end(), [position](const wordforword::Range& r) {
+                return r.start <= position && position < r.end;
+            });
             EXPECT_EQ(type, range == ranges.end() ? XMLRangeTypeNone : range->type) << position;
             EXPECT_EQ(end, range == ranges.end() ? 12345 : range->end) << position;
         }
@@ -131,14 +164,16 @@ TEST(LinearScannersTest, SniffingGivesWhatASearchOfTheWholeBufferGives)
         // Enough blanks in some places that constructs lie across the ends of runs.
         std::string spread;
         for (const char byte : text) {
-            if (byte == ' ') spread.append(texts.Below(400), ' ');
+            if (byte == ' ')
+                spread.append(texts.Below(400), ' ');
             spread += byte;
         }
         Utf8InputSource source(spread, "sniffed", false);
         const Nullable<VersionNumber> version = VersionSniffer(source, VString());
         const std::optional<std::string> expected = wordforword::Sniff(spread, 512);
         ASSERT_EQ(version.IsPresent(), expected.has_value());
-        if (!expected) return;
+        if (!expected)
+            return;
         EXPECT_EQ(version.GetValue().GetAsString(), VString::fromStdString(*expected));
         ++found;
     });

@@ -27,11 +27,16 @@ public:
     bool GetNextLine(std::string&) override { return false; }
     bool GetBytes(std::string& bytes, unsigned int count) override
     {
-        if (m_reads++ > 0) throw std::runtime_error("the disk is gone");
+        if (m_reads++ > 0)
+            throw std::runtime_error("the disk is gone");
         bytes.assign(count, ' ');
         return true;
     }
-    void ResetToStart() override { m_reads = 0; ++resets; }
+    void ResetToStart() override
+    {
+        m_reads = 0;
+        ++resets;
+    }
     unsigned long long Size() const override { return 1024; }
 
     int resets = 0;
@@ -72,8 +77,10 @@ TEST_P(SniffRows, Version)
     Utf8InputSource source(GetParam().text, "sniffed", false);
     const Nullable<VersionNumber> version = VersionSniffer(source, GetParam().attribute);
     ASSERT_EQ(version.IsPresent(), GetParam().version != nullptr);
-    if (GetParam().version) EXPECT_EQ(version.GetValue().GetAsString(), VString(GetParam().version));
-    else EXPECT_EQ(version.GetValue(), VersionNumber("0.0.0", u'.', u'-', 0));
+    if (GetParam().version)
+        EXPECT_EQ(version.GetValue().GetAsString(), VString(GetParam().version));
+    else
+        EXPECT_EQ(version.GetValue(), VersionNumber("0.0.0", u'.', u'-', 0));
     std::string first;
     if (!GetParam().text.empty()) {
         ASSERT_TRUE(source.GetBytes(first, 4));
@@ -81,11 +88,14 @@ TEST_P(SniffRows, Version)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(VersionSnifferTest, SniffRows,
-    testing::Values(
-        SniffRow{"Plain", "<a version='18.1'/>", "", "18.1"},
+INSTANTIATE_TEST_SUITE_P(VersionSnifferTest,
+    SniffRows,
+    testing::Values(SniffRow{"Plain", "<a version='18.1'/>", "", "18.1"},
         SniffRow{"AnotherAttribute", "<a version='18.1' format=\"2.0\"/>", "format", "2.0"},
-        SniffRow{"BehindEverything", "<?xml version='1.0'?>\n<!-- version='3' --><!DOCTYPE a [<!ELEMENT a ANY>]>\n<a version='18.1'>", "", "18.1"},
+        SniffRow{"BehindEverything",
+            "<?xml version='1.0'?>\n<!-- version='3' --><!DOCTYPE a [<!ELEMENT a ANY>]>\n<a version='18.1'>",
+            "",
+            "18.1"},
         SniffRow{"PartOfAName", "<a build_version='1'/>", "", nullptr},
         SniffRow{"OnlyOnAChild", "<a><b version='1'/></a>", "", nullptr},
         SniffRow{"Empty", "", "", nullptr},
@@ -94,7 +104,8 @@ INSTANTIATE_TEST_SUITE_P(VersionSnifferTest, SniffRows,
         SniffRow{"LongTag", "<a b='" + std::string(2000, 'x') + "' version='10.5'/>", "", "10.5"},
         SniffRow{"AcrossTheEndOfARun", std::string(508, ' ') + "<a version='10.4'/>", "", "10.4"},
         SniffRow{"CommentAcrossTheEndOfARun", "<!--" + std::string(506, ' ') + "--><a version='10.3'/>", "", "10.3"},
-        SniffRow{"OpenAtTheEndOfARun", std::string(510, ' ') + "<!-- <b version='1'> --><a version='10.2'/>", "", "10.2"},
+        SniffRow{
+            "OpenAtTheEndOfARun", std::string(510, ' ') + "<!-- <b version='1'> --><a version='10.2'/>", "", "10.2"},
         SniffRow{"ApostropheInACommentOfADoctype", "<!DOCTYPE a [<!-- don't -->]><a version='18.1'/>", "", nullptr}),
     [](const auto& row) { return row.param.name; });
 

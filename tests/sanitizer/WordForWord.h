@@ -24,9 +24,11 @@ inline bool IsQuote(char byte)
 inline bool AreQuotesMatching(const std::string& text, std::size_t start, std::size_t end)
 {
     for (std::size_t i = start; i <= end && i < text.size(); ++i) {
-        if (!IsQuote(text[i])) continue;
+        if (!IsQuote(text[i]))
+            continue;
         const std::size_t close = text.find(text[i], i + 1);
-        if (close == npos || close > end) return false;
+        if (close == npos || close > end)
+            return false;
         i = close;
     }
     return true;
@@ -35,14 +37,20 @@ inline bool AreQuotesMatching(const std::string& text, std::size_t start, std::s
 // npos also where there is no "<" at `start`, which the library refuses.
 inline std::size_t FindTagEnd(const std::string& text, std::size_t start)
 {
-    if (start + 2 >= text.size()) return npos;
+    if (start + 2 >= text.size())
+        return npos;
     std::string terminator = ">";
-    if (text.compare(start, 2, "<?") == 0) terminator = "?>";
-    else if (text.compare(start, 4, "<!--") == 0) terminator = "-->";
-    else if (text.compare(start, 3, "<![") == 0) terminator = "]]>";
+    if (text.compare(start, 2, "<?") == 0)
+        terminator = "?>";
+    else if (text.compare(start, 4, "<!--") == 0)
+        terminator = "-->";
+    else if (text.compare(start, 3, "<![") == 0)
+        terminator = "]]>";
     std::size_t found = text.find(terminator, start + 1);
-    if (terminator == ">")
-        while (found != npos && !AreQuotesMatching(text, start, found)) found = text.find(">", found + 1);
+    if (terminator == ">") {
+        while (found != npos && !AreQuotesMatching(text, start, found))
+            found = text.find(">", found + 1);
+    }
     return found == npos ? npos : found + terminator.size() - 1;
 }
 
@@ -50,26 +58,36 @@ inline XmlUtils::TagRange FindFirstElementTag(const std::string& text)
 {
     for (std::size_t open = text.find('<'); open != npos;) {
         const std::size_t end = FindTagEnd(text, open);
-        if (end == npos) return {};
-        if (text[open + 1] != '?' && text[open + 1] != '!') return {open, end - open + 1};
+        if (end == npos)
+            return {};
+        if (text[open + 1] != '?' && text[open + 1] != '!')
+            return {open, end - open + 1};
         open = text.find('<', end + 1);
     }
     return {};
 }
 
-inline std::optional<std::string> GetAttributeValueInTag(const std::string& text, const std::string& name, const XmlUtils::TagRange& range)
+inline std::optional<std::string> GetAttributeValueInTag(
+    const std::string& text, const std::string& name, const XmlUtils::TagRange& range)
 {
     const std::size_t end = range.start + range.length - 1;
-    for (std::size_t at = text.find(name, range.start); at != npos && at <= end; at = text.find(name, at + name.size())) {
-        if (!AreQuotesMatching(text, range.start, at) || !XmlUtils::IsWhitespace(text[at - 1])) continue;
+    for (std::size_t at = text.find(name, range.start); at != npos && at <= end;
+         at = text.find(name, at + name.size())) {
+        if (!AreQuotesMatching(text, range.start, at) || !XmlUtils::IsWhitespace(text[at - 1]))
+            continue;
         std::size_t i = at + name.size();
-        while (i < text.size() && XmlUtils::IsWhitespace(text[i])) ++i;
-        if (i >= end || text[i] != '=') continue;
+        while (i < text.size() && XmlUtils::IsWhitespace(text[i]))
+            ++i;
+        if (i >= end || text[i] != '=')
+            continue;
         ++i;
-        while (i < text.size() && XmlUtils::IsWhitespace(text[i])) ++i;
-        if (i >= end || !IsQuote(text[i])) continue;
+        while (i < text.size() && XmlUtils::IsWhitespace(text[i]))
+            ++i;
+        if (i >= end || !IsQuote(text[i]))
+            continue;
         const std::size_t close = text.find(text[i], i + 1);
-        if (close == npos || close > end) return std::nullopt;
+        if (close == npos || close > end)
+            return std::nullopt;
         return text.substr(i + 1, close - i - 1);
     }
     return std::nullopt;
@@ -86,7 +104,8 @@ inline std::vector<Range> FindRanges(const std::string& text)
     std::vector<Range> ranges;
     for (std::size_t position = 0; position < text.size();) {
         const std::size_t bang = text.find('!', position);
-        if (bang == npos || bang == 0) break;
+        if (bang == npos || bang == 0)
+            break;
         if (text[bang - 1] != '<') {
             position = bang + 1;
             continue;
@@ -115,12 +134,16 @@ inline std::vector<std::size_t> FindColons(const std::string& text)
     std::vector<std::size_t> colons;
     for (std::size_t position = 0;;) {
         const std::size_t colon = text.find(':', position);
-        if (colon == npos) return colons;
+        if (colon == npos)
+            return colons;
         position = colon + 1;
-        if (colon == 0 || !XmlUtils::IsWhitespace(text[colon - 1])) continue;
+        if (colon == 0 || !XmlUtils::IsWhitespace(text[colon - 1]))
+            continue;
         std::size_t i = colon + 1;
-        while (i < text.size() && XmlUtils::IsNameChar(text[i])) ++i;
-        while (i < text.size() && XmlUtils::IsWhitespace(text[i])) ++i;
+        while (i < text.size() && XmlUtils::IsNameChar(text[i]))
+            ++i;
+        while (i < text.size() && XmlUtils::IsWhitespace(text[i]))
+            ++i;
         if (i >= text.size() || text[i] != '=') {
             position = i;
             continue;
@@ -132,12 +155,15 @@ inline std::vector<std::size_t> FindColons(const std::string& text)
                 isInRange = true;
             }
         }
-        if (isInRange) continue;
+        if (isInRange)
+            continue;
         const std::size_t close = text.find('>', colon + 1);
-        if (close == npos) continue;
+        if (close == npos)
+            continue;
         const std::size_t open = text.find('<', colon + 1);
         const bool mayEnd = open == npos ? text[close - 1] == '/' : open >= close;
-        if (mayEnd && AreQuotesMatching(text, colon, close)) colons.push_back(colon);
+        if (mayEnd && AreQuotesMatching(text, colon, close))
+            colons.push_back(colon);
     }
 }
 
@@ -145,21 +171,27 @@ inline std::vector<std::size_t> FindColons(const std::string& text)
 inline std::optional<std::string> Sanitize(const std::string& text)
 {
     const std::vector<std::size_t> colons = FindColons(text);
-    if (colons.empty()) return text;
+    if (colons.empty())
+        return text;
     const XmlUtils::TagRange tag = wordforword::FindFirstElementTag(text);
-    if (tag.start == npos) return std::nullopt;
+    if (tag.start == npos)
+        return std::nullopt;
     std::size_t place = tag.start + 1;
-    while (XmlUtils::IsWhitespace(text[place])) ++place;
-    while (XmlUtils::IsNameChar(text[place])) ++place;
+    while (XmlUtils::IsWhitespace(text[place]))
+        ++place;
+    while (XmlUtils::IsNameChar(text[place]))
+        ++place;
     // From the back, so that the places before stay valid.
     std::string result = text;
     bool isDeclared = false;
     const auto declare = [&] {
-        if (!isDeclared) result.insert(place, " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'");
+        if (!isDeclared)
+            result.insert(place, " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'");
         isDeclared = true;
     };
     for (auto colon = colons.rbegin(); colon != colons.rend(); ++colon) {
-        if (*colon < place) declare();
+        if (*colon < place)
+            declare();
         result.replace(*colon, 1, "IllegalColon:");
     }
     declare();
@@ -172,8 +204,10 @@ inline std::optional<std::string> Sniff(const std::string& text, std::size_t run
     for (std::size_t length = std::min(runSize, text.size());; length = std::min(length + runSize, text.size())) {
         const std::string buffer = text.substr(0, length);
         const XmlUtils::TagRange range = wordforword::FindFirstElementTag(buffer);
-        if (range.start != npos) return wordforword::GetAttributeValueInTag(buffer, "version", range);
-        if (length == text.size()) return std::nullopt;
+        if (range.start != npos)
+            return wordforword::GetAttributeValueInTag(buffer, "version", range);
+        if (length == text.size())
+            return std::nullopt;
     }
 }
 

@@ -28,9 +28,9 @@ TEST_P(XMLRangeTableRows, TypeAndEnd)
     EXPECT_EQ(end, GetParam().end);
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLRangeTableTest, XMLRangeTableRows,
-    testing::Values(
-        RangeRow{"EmptyText", "", 0, XMLRangeTypeNone, Untouched},
+INSTANTIATE_TEST_SUITE_P(XMLRangeTableTest,
+    XMLRangeTableRows,
+    testing::Values(RangeRow{"EmptyText", "", 0, XMLRangeTypeNone, Untouched},
         RangeRow{"NoBang", "<a/>", 1, XMLRangeTypeNone, Untouched},
         RangeRow{"BangAtTheStartEndsTheSearch", "!<!-- -->", 3, XMLRangeTypeNone, Untouched},
         RangeRow{"BangWithoutOpen", "a!<!--b-->", 4, XMLRangeTypeComment, 10},
@@ -76,7 +76,11 @@ TEST(XMLRangeTableTest, DecreasingPositionsRaise)
     XMLRangeTable table("<!--b-->");
     std::size_t end = 0;
     table.GetRangeTypeAt(3, end);
-    testsupport::ExpectLogicException([&] { table.GetRangeTypeAt(2, end); }, "vancorexml\\main\\parser\\XMLRangeTable", 104, "GetRangeTypeAt must be called with increasing positions", 0x1A238B43);
+    testsupport::ExpectLogicException([&] { table.GetRangeTypeAt(2, end); },
+        "vancorexml\\main\\parser\\XMLRangeTable",
+        104,
+        "GetRangeTypeAt must be called with increasing positions",
+        0x1A238B43);
 }
 
 TEST(XMLRangeTableTest, CopiesHaveACursorOfTheirOwn)
@@ -107,7 +111,10 @@ TEST(XMLRangeTableTest, CopyingWhatWasMovedFromRaises)
     XMLRangeTable table("<!--b-->");
     const XMLRangeTable moved(std::move(table));
     XMLRangeTable target;
-    const auto expect = [](const std::function<void()>& run) { testsupport::ExpectLogicException(run, "vancorexml\\main\\parser\\XMLRangeTable", 141, "other.m_pImpl != nullptr", 0x7DE85DF8); };
+    const auto expect = [](const std::function<void()>& run) {
+        testsupport::ExpectLogicException(
+            run, "vancorexml\\main\\parser\\XMLRangeTable", 141, "other.m_pImpl != nullptr", 0x7DE85DF8);
+    };
     expect([&] { XMLRangeTable copy(table); });
     expect([&] { target = table; });
 }

@@ -48,9 +48,9 @@ TEST_P(FindTagEndRows, End)
     EXPECT_EQ(XmlUtils::FindTagEnd(GetParam().text, GetParam().start), GetParam().end);
 }
 
-INSTANTIATE_TEST_SUITE_P(XmlUtilsTest, FindTagEndRows,
-    testing::Values(
-        TagEndRow{"PlainTag", "<a>", 0, 2},
+INSTANTIATE_TEST_SUITE_P(XmlUtilsTest,
+    FindTagEndRows,
+    testing::Values(TagEndRow{"PlainTag", "<a>", 0, 2},
         TagEndRow{"InTheMiddle", "x<a>y>", 1, 3},
         TagEndRow{"Instruction", "<?a > ?>", 0, 7},
         TagEndRow{"Comment", "<!-- > -->", 0, 9},
@@ -68,18 +68,21 @@ INSTANTIATE_TEST_SUITE_P(XmlUtilsTest, FindTagEndRows,
 
 TEST(XmlUtilsTest, FindTagEndRaisesWithoutAnOpenBrace)
 {
-    testsupport::ExpectLogicException([] { XmlUtils::FindTagEnd("a<b>", 0); }, File, 208, "xml[start] == c_openBrace", 0x92C7E05B);
-    testsupport::ExpectLogicException([] { XmlUtils::FindTagEnd("a<b>", 4); }, File, 208, "xml[start] == c_openBrace", 0x92C7E05B);
+    testsupport::ExpectLogicException(
+        [] { XmlUtils::FindTagEnd("a<b>", 0); }, File, 208, "xml[start] == c_openBrace", 0x92C7E05B);
+    testsupport::ExpectLogicException(
+        [] { XmlUtils::FindTagEnd("a<b>", 4); }, File, 208, "xml[start] == c_openBrace", 0x92C7E05B);
 }
 
 TEST_P(AttributeValueRows, Value)
 {
-    EXPECT_EQ(XmlUtils::GetAttributeValueInTag(GetParam().tag, GetParam().attribute, {0, GetParam().tag.size()}), GetParam().value);
+    EXPECT_EQ(XmlUtils::GetAttributeValueInTag(GetParam().tag, GetParam().attribute, {0, GetParam().tag.size()}),
+        GetParam().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(XmlUtilsTest, AttributeValueRows,
-    testing::Values(
-        ValueRow{"Apostrophes", "<a b='1'>", "b", "1"},
+INSTANTIATE_TEST_SUITE_P(XmlUtilsTest,
+    AttributeValueRows,
+    testing::Values(ValueRow{"Apostrophes", "<a b='1'>", "b", "1"},
         ValueRow{"DoubleQuotes", "<a b=\"1'2\">", "b", "1'2"},
         ValueRow{"BlanksAroundTheSign", "<a b \t=\n '1'>", "b", "1"},
         ValueRow{"EmptyValue", "<a b=''>", "b", ""},
@@ -104,7 +107,11 @@ TEST(XmlUtilsTest, AttributeValueBehindTheTagIsNotSeen)
 TEST(XmlUtilsTest, GetAttributeValueInTagRaisesOutsideOfTheText)
 {
     const auto expect = [](const XmlUtils::TagRange& range) {
-        testsupport::ExpectLogicException([&] { XmlUtils::GetAttributeValueInTag("<a>", "b", range); }, File, 358, "idx < xml.size() && end < xml.size()", 0xA3E88D2C);
+        testsupport::ExpectLogicException([&] { XmlUtils::GetAttributeValueInTag("<a>", "b", range); },
+            File,
+            358,
+            "idx < xml.size() && end < xml.size()",
+            0xA3E88D2C);
     };
     expect({3, 1});
     expect({0, 4});
@@ -115,7 +122,11 @@ TEST(XmlUtilsTest, GetAttributeValueInTagRaisesOutsideOfTheText)
 TEST(XmlUtilsTest, GetAttributeValueInTagRaisesForWhatIsNoTag)
 {
     const auto expect = [](const XmlUtils::TagRange& range) {
-        testsupport::ExpectLogicException([&] { XmlUtils::GetAttributeValueInTag("x<a>y", "b", range); }, File, 359, "xml[idx] == c_openBrace && xml[end] == c_closeBrace", 0xC2D03F8A);
+        testsupport::ExpectLogicException([&] { XmlUtils::GetAttributeValueInTag("x<a>y", "b", range); },
+            File,
+            359,
+            "xml[idx] == c_openBrace && xml[end] == c_closeBrace",
+            0xC2D03F8A);
     };
     expect({0, 4});
     expect({1, 4});
@@ -128,9 +139,9 @@ TEST_P(FirstElementTagRows, Range)
     EXPECT_EQ(range.length, GetParam().length);
 }
 
-INSTANTIATE_TEST_SUITE_P(XmlUtilsTest, FirstElementTagRows,
-    testing::Values(
-        FirstTagRow{"OnlyAnElement", "<a b='1'/>", 0, 10},
+INSTANTIATE_TEST_SUITE_P(XmlUtilsTest,
+    FirstElementTagRows,
+    testing::Values(FirstTagRow{"OnlyAnElement", "<a b='1'/>", 0, 10},
         FirstTagRow{"BehindEverything", "<?xml?><!-- <b> --><!DOCTYPE a><a>", 31, 3},
         FirstTagRow{"BehindText", "text <a>", 5, 3},
         FirstTagRow{"Empty", "", XmlUtils::npos, 0},
@@ -144,9 +155,9 @@ TEST_P(QuotesRows, Match)
     EXPECT_EQ(XmlUtils::AreQuotesMatchingInRange(GetParam().text, 0, GetParam().text.size() - 1), GetParam().match);
 }
 
-INSTANTIATE_TEST_SUITE_P(XmlUtilsTest, QuotesRows,
-    testing::Values(
-        QuotesRow{"None", "abc", true},
+INSTANTIATE_TEST_SUITE_P(XmlUtilsTest,
+    QuotesRows,
+    testing::Values(QuotesRow{"None", "abc", true},
         QuotesRow{"Pair", "a'b'c", true},
         QuotesRow{"OtherInside", "'\"'", true},
         QuotesRow{"Open", "a'b", false},
@@ -185,11 +196,13 @@ TEST(XmlUtilsTest, ContainsSubstringAtStaysInTheText)
 
 TEST(XmlUtilsTest, CharacterClassesOfBytesAndUnits)
 {
-    EXPECT_TRUE(XmlUtils::IsNameChar('a') && XmlUtils::IsNameChar('-') && XmlUtils::IsNameChar(':') && XmlUtils::IsNameChar(u'é'));
+    EXPECT_TRUE(XmlUtils::IsNameChar('a') && XmlUtils::IsNameChar('-') && XmlUtils::IsNameChar(':') &&
+        XmlUtils::IsNameChar(u'é'));
     EXPECT_FALSE(XmlUtils::IsNameChar(' ') || XmlUtils::IsNameChar('=') || XmlUtils::IsNameChar(u'<'));
     EXPECT_TRUE(XmlUtils::IsFirstNameChar('a') && XmlUtils::IsFirstNameChar('_') && XmlUtils::IsFirstNameChar(u'é'));
     EXPECT_FALSE(XmlUtils::IsFirstNameChar('-') || XmlUtils::IsFirstNameChar('1') || XmlUtils::IsFirstNameChar(u'.'));
-    EXPECT_TRUE(XmlUtils::IsWhitespace(' ') && XmlUtils::IsWhitespace('\t') && XmlUtils::IsWhitespace('\n') && XmlUtils::IsWhitespace('\r') && XmlUtils::IsWhitespace(u' '));
+    EXPECT_TRUE(XmlUtils::IsWhitespace(' ') && XmlUtils::IsWhitespace('\t') && XmlUtils::IsWhitespace('\n') &&
+        XmlUtils::IsWhitespace('\r') && XmlUtils::IsWhitespace(u' '));
     EXPECT_FALSE(XmlUtils::IsWhitespace('\v') || XmlUtils::IsWhitespace('a') || XmlUtils::IsWhitespace(u'\u00A0'));
 }
 

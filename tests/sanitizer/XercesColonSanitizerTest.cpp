@@ -27,10 +27,12 @@ TEST_P(SanitizeRows, Rewritten)
     EXPECT_EQ(*XercesColonSanitizer::Sanitize(std::make_shared<std::string>(GetParam().input)), GetParam().output);
 }
 
-INSTANTIATE_TEST_SUITE_P(XercesColonSanitizerTest, SanitizeRows,
-    testing::Values(
-        SanitizeRow{"EmptyElement", "<a :b='1'/>", "<a" + Declared + " IllegalColon:b='1'/>"},
-        SanitizeRow{"SeveralInOneTag", "<a :b='1' c='2' :d='3'/>", "<a" + Declared + " IllegalColon:b='1' c='2' IllegalColon:d='3'/>"},
+INSTANTIATE_TEST_SUITE_P(XercesColonSanitizerTest,
+    SanitizeRows,
+    testing::Values(SanitizeRow{"EmptyElement", "<a :b='1'/>", "<a" + Declared + " IllegalColon:b='1'/>"},
+        SanitizeRow{"SeveralInOneTag",
+            "<a :b='1' c='2' :d='3'/>",
+            "<a" + Declared + " IllegalColon:b='1' c='2' IllegalColon:d='3'/>"},
         SanitizeRow{"InAChild", "<a><b :c='1'/></a>", "<a" + Declared + "><b IllegalColon:c='1'/></a>"},
         SanitizeRow{"NonAsciiName", "<a :größe='1'/>", "<a" + Declared + " IllegalColon:größe='1'/>"},
         SanitizeRow{"NonAsciiElement", "<größe :b='1'/>", "<größe" + Declared + " IllegalColon:b='1'/>"},
@@ -38,11 +40,16 @@ INSTANTIATE_TEST_SUITE_P(XercesColonSanitizerTest, SanitizeRows,
         SanitizeRow{"LineBreakBeforeTheColon", "<a\n:b='1'/>", "<a" + Declared + "\nIllegalColon:b='1'/>"},
         SanitizeRow{"ColonAlone", "<a :='1'/>", "<a" + Declared + " IllegalColon:='1'/>"},
         SanitizeRow{"NameWithColons", "<a :b:c='1'/>", "<a" + Declared + " IllegalColon:b:c='1'/>"},
-        SanitizeRow{"BehindADeclaration", "<?xml version='1.0'?><!-- c --><a :b='1'/>", "<?xml version='1.0'?><!-- c --><a" + Declared + " IllegalColon:b='1'/>"},
+        SanitizeRow{"BehindADeclaration",
+            "<?xml version='1.0'?><!-- c --><a :b='1'/>",
+            "<?xml version='1.0'?><!-- c --><a" + Declared + " IllegalColon:b='1'/>"},
         SanitizeRow{"BlankBeforeTheElementName", "< a :b='1'/>", "< a" + Declared + " IllegalColon:b='1'/>"},
         SanitizeRow{"LooksLikeAnAttributeInText", "<a> :b='1'></a>", "<a" + Declared + "> IllegalColon:b='1'></a>"},
-        SanitizeRow{"InAnInstructionBeforeTheElement", "<?p :b='1'?><a/>", "<?p IllegalColon:b='1'?><a" + Declared + "/>"},
-        SanitizeRow{"BeforeAndInTheElement", "<?p :b='1'?><a :c='1'/>", "<?p IllegalColon:b='1'?><a" + Declared + " IllegalColon:c='1'/>"}),
+        SanitizeRow{
+            "InAnInstructionBeforeTheElement", "<?p :b='1'?><a/>", "<?p IllegalColon:b='1'?><a" + Declared + "/>"},
+        SanitizeRow{"BeforeAndInTheElement",
+            "<?p :b='1'?><a :c='1'/>",
+            "<?p IllegalColon:b='1'?><a" + Declared + " IllegalColon:c='1'/>"}),
     [](const auto& row) { return row.param.name; });
 
 TEST_P(UntouchedRows, TheSameObjectComesBack)
@@ -51,9 +58,9 @@ TEST_P(UntouchedRows, TheSameObjectComesBack)
     EXPECT_EQ(XercesColonSanitizer::Sanitize(input), input);
 }
 
-INSTANTIATE_TEST_SUITE_P(XercesColonSanitizerTest, UntouchedRows,
-    testing::Values(
-        SanitizeRow{"Empty", "", ""},
+INSTANTIATE_TEST_SUITE_P(XercesColonSanitizerTest,
+    UntouchedRows,
+    testing::Values(SanitizeRow{"Empty", "", ""},
         SanitizeRow{"NoColon", "<a b='1'/>", ""},
         SanitizeRow{"ColonAtTheStart", ":a='1'/>", ""},
         SanitizeRow{"PrefixedAttribute", "<a b:c='1'/>", ""},
@@ -72,7 +79,12 @@ INSTANTIATE_TEST_SUITE_P(XercesColonSanitizerTest, UntouchedRows,
 
 TEST(XercesColonSanitizerTest, TextWithoutAnElementRaises)
 {
-    testsupport::ExpectLogicException([] { XercesColonSanitizer::Sanitize(std::make_shared<std::string>("<?p :b='1'/>")); }, "vancorexml\\main\\parser\\XercesColonSanitizer", 188, "range.start != string::npos", 0x6FFE1D79);
+    testsupport::ExpectLogicException(
+        [] { XercesColonSanitizer::Sanitize(std::make_shared<std::string>("<?p :b='1'/>")); },
+        "vancorexml\\main\\parser\\XercesColonSanitizer",
+        188,
+        "range.start != string::npos",
+        0x6FFE1D79);
 }
 
 TEST(XercesColonSanitizerTest, TheInputStaysAsItIs)

@@ -33,7 +33,8 @@ XmlFileType TypeOf(const QFileInfo& file)
 std::vector<Sample> SamplesIn(const char* folder)
 {
     std::vector<Sample> samples;
-    for (const QFileInfo& file : QDir(QStringLiteral(SAMPLES_FOLDER) + QString::fromLatin1(folder)).entryInfoList({QStringLiteral("*.kx?")}, QDir::Files, QDir::Name))
+    for (const QFileInfo& file : QDir(QStringLiteral(SAMPLES_FOLDER) + QString::fromLatin1(folder))
+                                     .entryInfoList({QStringLiteral("*.kx?")}, QDir::Files, QDir::Name))
         samples.push_back({VString(file.filePath()), TypeOf(file)});
     return samples;
 }
@@ -53,14 +54,16 @@ std::list<VString> Validate(const VString& path, std::unique_ptr<InputSource> sc
 std::list<VString> ValidateAgainstItsOwn(const Sample& sample)
 {
     const auto document = InputSourceUtils::InputSourceFromFileName(sample.path, true);
-    return Validate(sample.path, XSDResources::GetVersionedXsdInputSourceForDocument(sample.type, *document, VString()));
+    return Validate(
+        sample.path, XSDResources::GetVersionedXsdInputSourceForDocument(sample.type, *document, VString()));
 }
 
 // The sample's text with another version on its root.
 VString Renumbered(const VString& path, const char* version)
 {
     VString text = VString::fromStdString(testsupport::TemporaryFolder::Read(path));
-    for (const char* known : Versions) text = text.replace(VString(" version='") + known + "'", VString(" version='") + version + "'");
+    for (const char* known : Versions)
+        text = text.replace(VString(" version='") + known + "'", VString(" version='") + version + "'");
     return text;
 }
 
@@ -68,7 +71,8 @@ VString Renumbered(const VString& path, const char* version)
 // the prefix is declared.
 VString WithoutColumns(const VString& messages)
 {
-    return VString(QString(messages.ToQString()).replace(QRegularExpression(QStringLiteral("\\(([0-9]+),[0-9]+\\)")), QStringLiteral("(\\1)")));
+    return VString(QString(messages.ToQString())
+                       .replace(QRegularExpression(QStringLiteral("\\(([0-9]+),[0-9]+\\)")), QStringLiteral("(\\1)")));
 }
 
 }  // namespace
@@ -77,14 +81,16 @@ TEST(SamplesTest, EverySchemaHasASample)
 {
     int older = 0;
     int current = 0;
-    for (const Sample& sample : SamplesIn("")) ++(sample.path.contains("-10-") ? older : current);
+    for (const Sample& sample : SamplesIn(""))
+        ++(sample.path.contains("-10-") ? older : current);
     EXPECT_EQ(older, 16);
     EXPECT_EQ(current, 6);
 }
 
 TEST(SamplesTest, EverySampleValidatesAgainstItsOwnVersion)
 {
-    for (const Sample& sample : SamplesIn("")) EXPECT_THAT(ValidateAgainstItsOwn(sample), testing::IsEmpty()) << sample.path;
+    for (const Sample& sample : SamplesIn(""))
+        EXPECT_THAT(ValidateAgainstItsOwn(sample), testing::IsEmpty()) << sample.path;
 }
 
 TEST(SamplesTest, NoSampleValidatesAgainstAnotherVersion)
@@ -93,7 +99,8 @@ TEST(SamplesTest, NoSampleValidatesAgainstAnotherVersion)
         int fitting = 0;
         for (const char* version : Versions) {
             auto schema = XSDResources::GetVersionedXsdInputSource(sample.type, Version(version));
-            if (schema) fitting += Validate(sample.path, std::move(schema)).empty() ? 1 : 0;
+            if (schema)
+                fitting += Validate(sample.path, std::move(schema)).empty() ? 1 : 0;
         }
         EXPECT_EQ(fitting, 1) << sample.path;
     }
@@ -103,7 +110,8 @@ TEST(SamplesTest, NoSampleValidatesAgainstAnotherType)
 {
     for (const Sample& sample : SamplesIn("")) {
         const XmlFileType other = sample.type == XmlFileTypeKXA ? XmlFileTypeKXB : XmlFileTypeKXA;
-        EXPECT_FALSE(Validate(sample.path, XSDResources::GetVersionedXsdInputSource(other, Version("18.1"))).empty()) << sample.path;
+        EXPECT_FALSE(Validate(sample.path, XSDResources::GetVersionedXsdInputSource(other, Version("18.1"))).empty())
+            << sample.path;
     }
 }
 
@@ -116,9 +124,13 @@ TEST(SamplesTest, EveryCurrentSampleHasWhatTheProductsDocumentsHave)
         {"a Base64 block", "\\n *[A-Za-z0-9+/]{64,}=*\\n"},
     };
     for (const Sample& sample : SamplesIn("")) {
-        if (sample.path.contains("-10-")) continue;
+        if (sample.path.contains("-10-"))
+            continue;
         const QString text = QString::fromStdString(testsupport::TemporaryFolder::Read(sample.path));
-        for (const auto& [what, pattern] : wanted) EXPECT_TRUE(text.contains(QRegularExpression(QString::fromLatin1(pattern)))) << sample.path << " has not " << what;
+        for (const auto& [what, pattern] : wanted) {
+            EXPECT_TRUE(text.contains(QRegularExpression(QString::fromLatin1(pattern))))
+                << sample.path << " has not " << what;
+        }
     }
 }
 
@@ -127,11 +139,16 @@ TEST(SamplesTest, EveryElementMayCarryAttributesOfTheUsersOwn)
     for (const Sample& sample : SamplesIn("")) {
         const auto document = DOMParser().ParseXmlFile(sample.path);
         DOMElement& root = *document->GetDocumentRoot();
-        for (DOMElement& element : DOMElementTraversal::MutablePreorderTraversal(root)) element.SetAttribute("user:hidden", "true");
+        for (DOMElement& element : DOMElementTraversal::MutablePreorderTraversal(root))
+            element.SetAttribute("user:hidden", "true");
         root.SetAttribute("xmlns:user", "http://vancorexml.invalid/xml/user");
         DOMParser parser;
-        parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(sample.type, VersionNumber(root.GetAttribute("version"), u'.', u'-', 0)));
-        EXPECT_THAT(parser.ParseXmlString(XMLDomFormatter::RenderAsXMLString(*document, nullptr, true), "marked")->GetErrors(), testing::IsEmpty()) << sample.path;
+        parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(
+            sample.type, VersionNumber(root.GetAttribute("version"), u'.', u'-', 0)));
+        EXPECT_THAT(
+            parser.ParseXmlString(XMLDomFormatter::RenderAsXMLString(*document, nullptr, true), "marked")->GetErrors(),
+            testing::IsEmpty())
+            << sample.path;
     }
 }
 
@@ -143,12 +160,15 @@ TEST(SamplesTest, VersionsDifferInMoreThanTheirNumber)
         for (const char* version : Versions) {
             std::string verdicts;
             for (const Sample& sample : SamplesIn("")) {
-                if (sample.type != type) continue;
+                if (sample.type != type)
+                    continue;
                 DOMParser parser;
                 parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(type, Version(version)));
-                verdicts += parser.ParseXmlString(Renumbered(sample.path, version), "renumbered")->HasErrors() ? '-' : '+';
+                verdicts +=
+                    parser.ParseXmlString(Renumbered(sample.path, version), "renumbered")->HasErrors() ? '-' : '+';
             }
-            EXPECT_TRUE(accepted.insert(verdicts).second) << type << " " << version << " accepts the same as another: " << verdicts;
+            EXPECT_TRUE(accepted.insert(verdicts).second)
+                << type << " " << version << " accepts the same as another: " << verdicts;
         }
     }
 }
@@ -159,10 +179,14 @@ TEST(SamplesTest, EveryInvalidSampleGivesItsRecordedErrors)
     for (const Sample& sample : SamplesIn("/invalid")) {
         const VString name(QFileInfo(sample.path.ToQString()).fileName());
         // For these two samples there is no schema; the tests of the tool check their errors.
-        if (name.startsWith("no-")) continue;
+        if (name.startsWith("no-"))
+            continue;
         VString errors;
-        for (const VString& message : ValidateAgainstItsOwn(sample)) errors += message.replace(VString(" (id: ") + sample.path + ")", "") + "\n";
-        EXPECT_EQ(WithoutColumns(errors), WithoutColumns(VString::fromStdString(testsupport::TemporaryFolder::Read(sample.path + ".errors")))) << name;
+        for (const VString& message : ValidateAgainstItsOwn(sample))
+            errors += message.replace(VString(" (id: ") + sample.path + ")", "") + "\n";
+        EXPECT_EQ(WithoutColumns(errors),
+            WithoutColumns(VString::fromStdString(testsupport::TemporaryFolder::Read(sample.path + ".errors"))))
+            << name;
         ++checked;
     }
     EXPECT_EQ(checked, 20);
@@ -178,7 +202,8 @@ TEST(SamplesTest, ValidationShapesTheTree)
     // Defaults are added; a token's white space is collapsed.
     DOMParser parser;
     parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(XmlFileTypeKXC, Version("18.1")));
-    const auto document = parser.ParseXmlString("<data-connection version=' 18.1 ' name='n'><connection class='server'/></data-connection>", "shaped");
+    const auto document = parser.ParseXmlString(
+        "<data-connection version=' 18.1 ' name='n'><connection class='server'/></data-connection>", "shaped");
     ASSERT_FALSE(document->HasErrors());
     const DOMElement& root = *document->GetDocumentRoot();
     EXPECT_EQ(root.GetAttribute("version"), VString("18.1"));

@@ -29,10 +29,10 @@ std::list<VString> Validate(XmlFileType type, const char* version, const std::st
 std::string AnalysisWithZones(const char* version, const std::string& zones)
 {
     return std::string("<analysis version='") + version +
-           "'><data-sources><data-source name='d'><connection class='server'/></data-source></data-sources>"
-           "<views><view name='v' data-source='d'><rows/><columns/></view></views>"
-           "<dashboards><dashboard name='b'><size width='1' height='1'/>" +
-           zones + "</dashboard></dashboards></analysis>";
+        "'><data-sources><data-source name='d'><connection class='server'/></data-source></data-sources>"
+        "<views><view name='v' data-source='d'><rows/><columns/></view></views>"
+        "<dashboards><dashboard name='b'><size width='1' height='1'/>" +
+        zones + "</dashboard></dashboards></analysis>";
 }
 
 std::string ZoneStart(int id, const std::string& view)
@@ -44,9 +44,11 @@ std::string ZoneStart(int id, const std::string& view)
 std::string NestedZones(int levels, const std::string& innermost)
 {
     std::string zones;
-    for (int i = 1; i < levels; ++i) zones += ZoneStart(i, "v");
+    for (int i = 1; i < levels; ++i)
+        zones += ZoneStart(i, "v");
     zones += innermost;
-    for (int i = 1; i <= levels; ++i) zones += "</zone>";
+    for (int i = 1; i <= levels; ++i)
+        zones += "</zone>";
     return zones;
 }
 
@@ -79,98 +81,118 @@ const std::string Columns =
 const std::string Options = "<option name='o1' value='x'/><option name='o2' value='x'/>";
 const std::string Sources =
     "<data-sources><data-source name='d'><connection class='server'/></data-source></data-sources>";
-const std::string Views =
-    "<views><view name='v1' data-source='d'><rows/><columns/></view>"
-    "<view name='v2' data-source='d'><rows/><columns/></view></views>";
+const std::string Views = "<views><view name='v1' data-source='d'><rows/><columns/></view>"
+                          "<view name='v2' data-source='d'><rows/><columns/></view></views>";
 
-const Document Analysis{
-    XmlFileTypeKXA, "10.2", "18.1",
+const Document Analysis{XmlFileTypeKXA,
+    "10.2",
+    "18.1",
     "<analysis version='VERSION' xml:lang='de' xml:space='preserve'><data-sources>"
-    "<data-source name='d1'><connection class='server' port='65535'>" + Options + "</connection>" + Columns +
-    "</data-source>"
-    "<data-source name='d2'><connection class='server'>" + Options + "</connection>" + Columns +
-    "</data-source></data-sources>"
-    "<views><view name='v' data-source='d1'><rows/><columns/><filter class='categorical' field='f'/>"
-    "<encoding channel='size' field='e'/></view></views>"
-    "<dashboards>"
-    "<dashboard name='b1'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'>"
-    "<zone id='2' x='0' y='0' w='1' h='1' view='v'/></zone></dashboard>"
-    "<dashboard name='b2'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'/></dashboard>"
-    "</dashboards></analysis>"};
+    "<data-source name='d1'><connection class='server' port='65535'>" +
+        Options + "</connection>" + Columns +
+        "</data-source>"
+        "<data-source name='d2'><connection class='server'>" +
+        Options + "</connection>" + Columns +
+        "</data-source></data-sources>"
+        "<views><view name='v' data-source='d1'><rows/><columns/><filter class='categorical' field='f'/>"
+        "<encoding channel='size' field='e'/></view></views>"
+        "<dashboards>"
+        "<dashboard name='b1'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'>"
+        "<zone id='2' x='0' y='0' w='1' h='1' view='v'/></zone></dashboard>"
+        "<dashboard name='b2'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'/></dashboard>"
+        "</dashboards></analysis>"};
 
-const Document AnalysisWithRepository{
-    XmlFileTypeKXA, "10.2", "10.5",
+const Document AnalysisWithRepository{XmlFileTypeKXA,
+    "10.2",
+    "10.5",
     "<analysis version='VERSION'><repository path='p'/>" + Sources + Views + "</analysis>"};
 
-const Document AnalysisWithMaps{
-    XmlFileTypeKXA, "10.3", "18.1",
+const Document AnalysisWithMaps{XmlFileTypeKXA,
+    "10.3",
+    "18.1",
     "<analysis version='VERSION'>" + Sources +
-    "<map-sources><map-source name='m1'/><map-source name='m2'/></map-sources>" + Views + "</analysis>"};
+        "<map-sources><map-source name='m1'/><map-source name='m2'/></map-sources>" + Views + "</analysis>"};
 
-const Document AnalysisWithThumbnails{
-    XmlFileTypeKXA, "10.5", "18.1",
+const Document AnalysisWithThumbnails{XmlFileTypeKXA,
+    "10.5",
+    "18.1",
     "<analysis version='VERSION'>" + Sources + Views +
-    "<thumbnails><thumbnail view='v1' width='1' height='1'/><thumbnail view='v2' width='1' height='1'/></thumbnails>"
-    "</analysis>"};
+        "<thumbnails><thumbnail view='v1' width='1' height='1'/><thumbnail view='v2' width='1' height='1'/></thumbnails>"
+        "</analysis>"};
 
-const Document AnalysisWithParameters{
-    XmlFileTypeKXA, "18.1", "18.1",
+const Document AnalysisWithParameters{XmlFileTypeKXA,
+    "18.1",
+    "18.1",
     "<analysis version='VERSION'><parameters><parameter name='p1' data-type='real' value='1'/>"
-    "<parameter name='p2' data-type='real' value='1'/></parameters>" + Sources + Views + "</analysis>"};
+    "<parameter name='p2' data-type='real' value='1'/></parameters>" +
+        Sources + Views + "</analysis>"};
 
-const Document AnalysisWithExtension{
-    XmlFileTypeKXA, "18.1", "18.1",
+const Document AnalysisWithExtension{XmlFileTypeKXA,
+    "18.1",
+    "18.1",
     "<analysis version='VERSION'>" + Sources + Views +
-    "<dashboards><dashboard name='b'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'/>"
-    "<extension id='e' url='u'/></dashboard></dashboards></analysis>"};
+        "<dashboards><dashboard name='b'><size width='1' height='1'/><zone id='1' x='0' y='0' w='1' h='1'/>"
+        "<extension id='e' url='u'/></dashboard></dashboards></analysis>"};
 
-const Document AnalysisWithHiddenColumn{
-    XmlFileTypeKXA, "10.2", "10.4",
+const Document AnalysisWithHiddenColumn{XmlFileTypeKXA,
+    "10.2",
+    "10.4",
     "<analysis version='VERSION'><data-sources><data-source name='d'><connection class='server'/>"
     "<column name='c1' data-type='real' role='measure' hidden='yes'/>"
-    "<column name='c2' data-type='real' role='measure' hidden='false'/></data-source></data-sources>" + Views +
-    "</analysis>"};
+    "<column name='c2' data-type='real' role='measure' hidden='false'/></data-source></data-sources>" +
+        Views + "</analysis>"};
 
-const Document DataSource{
-    XmlFileTypeKXB, "10.2", "18.1",
+const Document DataSource{XmlFileTypeKXB,
+    "10.2",
+    "18.1",
     "<data-source version='VERSION' name='d' xml:lang='de'>"
-    "<connection class='server' port='1'>" + Options + "</connection>"
-    "<connection class='server'>" + Options + "</connection>" + Columns +
-    "<folder name='f1'><field name='c1'/><field name='c2'/></folder><folder name='f2'><field name='c1'/></folder>"
-    "<file path='p1' size='1'/><file path='p2'/></data-source>"};
+    "<connection class='server' port='1'>" +
+        Options +
+        "</connection>"
+        "<connection class='server'>" +
+        Options + "</connection>" + Columns +
+        "<folder name='f1'><field name='c1'/><field name='c2'/></folder><folder name='f2'><field name='c1'/></folder>"
+        "<file path='p1' size='1'/><file path='p2'/></data-source>"};
 
-const Document DataSourceWithHiddenColumn{
-    XmlFileTypeKXB, "10.2", "10.4",
+const Document DataSourceWithHiddenColumn{XmlFileTypeKXB,
+    "10.2",
+    "10.4",
     "<data-source version='VERSION' name='d'><connection class='server'/>"
     "<column name='c' data-type='real' role='measure' hidden='no'/></data-source>"};
 
-const Document DataConnection{
-    XmlFileTypeKXC, "10.2", "18.1",
+const Document DataConnection{XmlFileTypeKXC,
+    "10.2",
+    "18.1",
     "<data-connection version='VERSION' name='d' xml:lang='de'><connection class='server' port='1'>" + Options +
-    "</connection></data-connection>"};
+        "</connection></data-connection>"};
 
-const Document DataConnectionWithDriver{
-    XmlFileTypeKXC, "10.5", "18.1",
+const Document DataConnectionWithDriver{XmlFileTypeKXC,
+    "10.5",
+    "18.1",
     "<data-connection version='VERSION' name='d'><connection class='server'/>"
     "<driver name='n' minimum-version='3.1.0-rc'/></data-connection>"};
 
-const Document MapSource{
-    XmlFileTypeKXD, "10.2", "18.1",
+const Document MapSource{XmlFileTypeKXD,
+    "10.2",
+    "18.1",
     "<map-source version='VERSION' name='m' xml:lang='de'><server url='u'/><layer name='l1'/><layer name='l2'/>"
     "<default-layer name='l1'/><default-layer name='l2'/></map-source>"};
 
-const Document MapSourceWithVisibleLayer{
-    XmlFileTypeKXD, "10.2", "10.3",
+const Document MapSourceWithVisibleLayer{XmlFileTypeKXD,
+    "10.2",
+    "10.3",
     "<map-source version='VERSION' name='m'><server url='u'/><layer name='l' visible='yes'/></map-source>"};
 
-const Document Captions{
-    XmlFileTypeKXE, "18.1", "18.1",
+const Document Captions{XmlFileTypeKXE,
+    "18.1",
+    "18.1",
     "<captions version='VERSION' xml:lang='de'><source path='p'/>"
     "<caption kind='field' name='c1'><text xml:lang='de'>a</text><text xml:lang='fr'>a</text></caption>"
     "<caption kind='field' name='c2'><text xml:lang='de'>a</text></caption></captions>"};
 
-const Document Fields{
-    XmlFileTypeKXF, "18.1", "18.1",
+const Document Fields{XmlFileTypeKXF,
+    "18.1",
+    "18.1",
     "<fields version='VERSION' xml:lang='de'><field name='f' data-type='real' role='measure'/></fields>"};
 
 const char* const DuplicateError = "declares duplicate identity constraint unique values";
@@ -200,7 +222,7 @@ std::string Replaced(std::string text, const std::string& part, const std::strin
 
 TEST(SchemaRulesTest, ZonesAreCheckedDownToSixteenLevels)
 {
-    for (const char* version : Versions)
+    for (const char* version : Versions) {
         for (int levels = 2; levels <= 17; ++levels) {
             const std::size_t expected = levels <= 16 ? 1 : 0;
             for (const std::string& wrong : {ZoneStart(levels, "missing"), ZoneStart(1, "v")}) {
@@ -208,13 +230,15 @@ TEST(SchemaRulesTest, ZonesAreCheckedDownToSixteenLevels)
                 EXPECT_EQ(Validate(XmlFileTypeKXA, version, text).size(), expected) << version << wrong;
             }
         }
+    }
 }
 
 TEST(SchemaRulesTest, NestedZonesValidateAboutAsFastAsZonesSideBySide)
 {
     // Measured: 4 times as long as side by side; 160 times when the zones are selected along the descendant axis.
     std::string sideBySide;
-    for (int i = 1; i <= 16000; ++i) sideBySide += ZoneStart(i, "v") + "</zone>";
+    for (int i = 1; i <= 16000; ++i)
+        sideBySide += ZoneStart(i, "v") + "</zone>";
     const double flat = SecondsToValidate(AnalysisWithZones("18.1", sideBySide));
     const std::string nested = NestedZones(16000, ZoneStart(16000, "v"));
     EXPECT_LT(SecondsToValidate(AnalysisWithZones("18.1", nested)), 20 * flat);
@@ -224,7 +248,8 @@ TEST_P(RuleRows, BreakingTheRuleIsAnError)
 {
     const RuleRow& row = GetParam();
     for (const char* version : Versions) {
-        if (Version(version) < Version(row.document.first) || Version(row.document.last) < Version(version)) continue;
+        if (Version(version) < Version(row.document.first) || Version(row.document.last) < Version(version))
+            continue;
         const std::string text = Replaced(row.document.text, "VERSION", version);
         EXPECT_THAT(Validate(row.document.type, version, text), testing::IsEmpty()) << version;
         const std::list<VString> errors = Validate(row.document.type, version, Replaced(text, row.part, row.wrong));
@@ -233,9 +258,9 @@ TEST_P(RuleRows, BreakingTheRuleIsAnError)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(SchemaRulesTest, RuleRows,
-    testing::Values(
-        RuleRow{"ColumnsOfADataSource", Analysis, "name='c2'", "name='c1'", DuplicateError},
+INSTANTIATE_TEST_SUITE_P(SchemaRulesTest,
+    RuleRows,
+    testing::Values(RuleRow{"ColumnsOfADataSource", Analysis, "name='c2'", "name='c1'", DuplicateError},
         RuleRow{"AliasKeysInAnAnalysis", Analysis, "key='k2'", "key='k1'", DuplicateError},
         RuleRow{"OptionsInAnAnalysis", Analysis, "name='o2'", "name='o1'", DuplicateError},
         RuleRow{"Dashboards", Analysis, "name='b2'", "name='b1'", DuplicateError},
@@ -282,19 +307,41 @@ INSTANTIATE_TEST_SUITE_P(SchemaRulesTest, RuleRows,
 
 TEST(SchemaRulesTest, ASchemaAcceptsTheVersionsThatItIsChosenFor)
 {
-    const char* const versions[] = {"18.1", "18.1.0", "18.1.0.0", "18.1-beta", "18.1.0-rc.2", "018.01", "18.1.3",
-        "18.1.0.1", "18.10", "18", "18.2", "10.5", "10.5-beta", "10.5.0", "10.5.2", "10.5.2.7-beta", "10.05", "10.50",
-        "10.1", "10", "10.2.18.1", "10.3.1", "10.4-18.1"};
-    for (const Document* document : {&Analysis, &DataSource, &DataConnection, &MapSource, &Captions, &Fields})
+    const char* const versions[] = {"18.1",
+        "18.1.0",
+        "18.1.0.0",
+        "18.1-beta",
+        "18.1.0-rc.2",
+        "018.01",
+        "18.1.3",
+        "18.1.0.1",
+        "18.10",
+        "18",
+        "18.2",
+        "10.5",
+        "10.5-beta",
+        "10.5.0",
+        "10.5.2",
+        "10.5.2.7-beta",
+        "10.05",
+        "10.50",
+        "10.1",
+        "10",
+        "10.2.18.1",
+        "10.3.1",
+        "10.4-18.1"};
+    for (const Document* document : {&Analysis, &DataSource, &DataConnection, &MapSource, &Captions, &Fields}) {
         for (const char* schema : Versions) {
             const VString name = XSDResources::GetVersionedXsdResourceName(document->type, Version(schema));
-            if (name.IsEmpty()) continue;
+            if (name.IsEmpty())
+                continue;
             for (const char* version : versions) {
                 const VString chosen = XSDResources::GetVersionedXsdResourceName(document->type, Version(version));
                 const std::string text = Replaced(document->text, "VERSION", version);
                 EXPECT_EQ(Validate(document->type, schema, text).empty(), chosen == name) << version << " by " << name;
             }
         }
+    }
 }
 
 TEST(SchemaRulesTest, TheMinimumVersionOfAConnectorIsAVersion)
@@ -308,8 +355,10 @@ TEST(SchemaRulesTest, TheMinimumVersionOfAConnectorIsAVersion)
         const VString text = VString::fromStdString(Replaced(manifest, "VERSION", version));
         return !parser.ParseXmlString(text, "manifest")->HasErrors();
     };
-    for (const char* version : {"18.1", "18", "18.1.0-beta"}) EXPECT_TRUE(isValid(version)) << version;
-    for (const char* version : {"", "newest", "18.x"}) EXPECT_FALSE(isValid(version)) << version;
+    for (const char* version : {"18.1", "18", "18.1.0-beta"})
+        EXPECT_TRUE(isValid(version)) << version;
+    for (const char* version : {"", "newest", "18.x"})
+        EXPECT_FALSE(isValid(version)) << version;
 }
 
 TEST(SchemaRulesTest, ASchemaMayUseTheSpecialAttributesOfXml)

@@ -34,14 +34,15 @@ TEST_P(NameRows, ResourceNameAndPresence)
     EXPECT_EQ(XSDResources::IsThereAnXSDResource(row.type, Version(row.version)), row.isThere);
     const auto source = XSDResources::GetVersionedXsdInputSource(row.type, Version(row.version));
     ASSERT_EQ(source != nullptr, *row.resource != '\0');
-    if (!source) return;
+    if (!source)
+        return;
     EXPECT_EQ(source->Id(), VString(row.resource));
     EXPECT_GT(source->Size(), 100u);
 }
 
-INSTANTIATE_TEST_SUITE_P(XSDResourcesTest, NameRows,
-    testing::Values(
-        NameRow{"KxaCurrent", XmlFileTypeKXA, "18.1", "VQRC_FILEFORMAT_KXA_XSD", true},
+INSTANTIATE_TEST_SUITE_P(XSDResourcesTest,
+    NameRows,
+    testing::Values(NameRow{"KxaCurrent", XmlFileTypeKXA, "18.1", "VQRC_FILEFORMAT_KXA_XSD", true},
         NameRow{"KxbCurrent", XmlFileTypeKXB, "18.1", "VQRC_FILEFORMAT_KXB_XSD", true},
         NameRow{"KxcCurrent", XmlFileTypeKXC, "18.1", "VQRC_FILEFORMAT_KXC_XSD", true},
         NameRow{"KxdCurrent", XmlFileTypeKXD, "18.1", "VQRC_FILEFORMAT_KXD_XSD", true},
@@ -66,11 +67,13 @@ INSTANTIATE_TEST_SUITE_P(XSDResourcesTest, NameRows,
 
 TEST(XSDResourcesTest, EveryListedVersionOfTheFourTypesHasASchema)
 {
-    for (const XmlFileType type : {XmlFileTypeKXA, XmlFileTypeKXB, XmlFileTypeKXC, XmlFileTypeKXD})
+    for (const XmlFileType type : {XmlFileTypeKXA, XmlFileTypeKXB, XmlFileTypeKXC, XmlFileTypeKXD}) {
         for (const char* version : {"10.2", "10.3", "10.4", "10.5", "18.1"}) {
             EXPECT_TRUE(XSDResources::IsThereAnXSDResource(type, Version(version))) << type << " " << version;
-            EXPECT_NE(XSDResources::GetVersionedXsdInputSource(type, Version(version)), nullptr) << type << " " << version;
+            EXPECT_NE(XSDResources::GetVersionedXsdInputSource(type, Version(version)), nullptr)
+                << type << " " << version;
         }
+    }
 }
 
 TEST(XSDResourcesTest, TypesHaveTheirValues)
@@ -97,7 +100,8 @@ TEST(XSDResourcesTest, AnOlderVersionIsLoggedAndTheCurrentIsNot)
 TEST(XSDResourcesTest, AnApplicationMayRegisterASchemaOfItsOwn)
 {
     ResourceRegistrationCache::GetInstance().RegisterText("VQRC_FILEFORMAT_KXA_XSD_9_0", "<schema/>");
-    EXPECT_EQ(XSDResources::GetVersionedXsdResourceName(XmlFileTypeKXA, Version("9.0")), VString("VQRC_FILEFORMAT_KXA_XSD_9_0"));
+    EXPECT_EQ(XSDResources::GetVersionedXsdResourceName(XmlFileTypeKXA, Version("9.0")),
+        VString("VQRC_FILEFORMAT_KXA_XSD_9_0"));
     EXPECT_FALSE(XSDResources::IsThereAnXSDResource(XmlFileTypeKXA, Version("9.0")));
     ResourceRegistrationCache::GetInstance().UnregisterText("VQRC_FILEFORMAT_KXA_XSD_9_0");
 }
@@ -105,9 +109,12 @@ TEST(XSDResourcesTest, AnApplicationMayRegisterASchemaOfItsOwn)
 TEST(XSDResourcesTest, TheDocumentsOwnVersionChoosesAndTheDocumentIsAtItsStart)
 {
     Utf8InputSource document("<analysis version='10.4' format='10.2'/>", "document", false);
-    EXPECT_EQ(XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileTypeKXA, document, VString())->Id(), VString("VQRC_FILEFORMAT_KXA_XSD_10_4"));
-    EXPECT_EQ(XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileTypeKXA, document, "format")->Id(), VString("VQRC_FILEFORMAT_KXA_XSD_10_2"));
-    EXPECT_EQ(XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileTypePreferences, document, VString()), nullptr);
+    EXPECT_EQ(XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileTypeKXA, document, VString())->Id(),
+        VString("VQRC_FILEFORMAT_KXA_XSD_10_4"));
+    EXPECT_EQ(XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileTypeKXA, document, "format")->Id(),
+        VString("VQRC_FILEFORMAT_KXA_XSD_10_2"));
+    EXPECT_EQ(
+        XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileTypePreferences, document, VString()), nullptr);
     std::string bytes;
     ASSERT_TRUE(document.GetBytes(bytes, 9));
     EXPECT_EQ(bytes, "<analysis");
@@ -138,5 +145,9 @@ TEST(XSDResourceResolverTest, AResourceThatIsThereResolves)
 
 TEST(XSDResourceResolverTest, AMissingOneRaises)
 {
-    testsupport::ExpectLogicException([] { XSDResourceResolver::CheckResolves("VQRC_NONE"); }, "vancorexml\\main\\parser\\XSDResourceResolver", 67, "Resource 'VQRC_NONE' did not resolve.", 0xABCA807E);
+    testsupport::ExpectLogicException([] { XSDResourceResolver::CheckResolves("VQRC_NONE"); },
+        "vancorexml\\main\\parser\\XSDResourceResolver",
+        67,
+        "Resource 'VQRC_NONE' did not resolve.",
+        0xABCA807E);
 }

@@ -45,5 +45,6 @@ TEST(ExtensionXmlTokensTest, EveryConstantHasItsValue)
         {ExtensionXmlTokens::attrLastAccessTime, "last-access-time"},
     };
     EXPECT_EQ(std::size(rows), 29u);
-    for (const TokenRow& row : rows) EXPECT_EQ(VString(row.token), VString(row.value));
+    for (const TokenRow& row : rows)
+        EXPECT_EQ(VString(row.token), VString(row.value));
 }

@@ -25,7 +25,8 @@ public:
     explicit Session(const char* language)
     {
         CoreThreadContext::HasSessionId = [] { return true; };
-        CoreThreadContext::SetGenericObject("locale", language ? boost::any(std::make_shared<VLocale>(VString(language))) : boost::any());
+        CoreThreadContext::SetGenericObject(
+            "locale", language ? boost::any(std::make_shared<VLocale>(VString(language))) : boost::any());
     }
     ~Session()
     {
@@ -41,33 +42,51 @@ struct LocaleRow {
 };
 
 const LocaleRow Locales[] = {
-    {"de_DE", "XML-Definitionen externer <!ENTITY> sind nicht zulässig.", "Die Codierung der XML-Datei wird nicht unterstützt."},
-    {"it_IT", "Le definizioni XML di <!ENTITY> esterne non sono consentite.", "La codifica del file XML non è supportata."},
+    {"de_DE",
+        "XML-Definitionen externer <!ENTITY> sind nicht zulässig.",
+        "Die Codierung der XML-Datei wird nicht unterstützt."},
+    {"it_IT",
+        "Le definizioni XML di <!ENTITY> esterne non sono consentite.",
+        "La codifica del file XML non è supportata."},
     {"ko_KR", "XML 외부 <!ENTITY> 정의는 허용되지 않습니다.", "XML 파일의 인코딩이 지원되지 않습니다."},
-    {"es_ES", "No se permiten definiciones XML de <!ENTITY> externas.", "La codificación del archivo XML no es compatible."},
-    {"fr_FR", "Les définitions XML d’entités <!ENTITY> externes ne sont pas autorisées.", "L’encodage du fichier XML n’est pas pris en charge."},
+    {"es_ES",
+        "No se permiten definiciones XML de <!ENTITY> externas.",
+        "La codificación del archivo XML no es compatible."},
+    {"fr_FR",
+        "Les définitions XML d’entités <!ENTITY> externes ne sont pas autorisées.",
+        "L’encodage du fichier XML n’est pas pris en charge."},
     {"zh_TW", "不允許使用 XML 外部 <!ENTITY> 定義。", "不支援此 XML 檔案的編碼方式。"},
     {"ar_YE", "غير مسموح بتعريفات <!ENTITY> الخارجية في XML.", "ترميز ملف XML غير مدعوم."},
-    {"pt_BR", "Não são permitidas definições XML de <!ENTITY> externas.", "A codificação do arquivo XML não é suportada."},
+    {"pt_BR",
+        "Não são permitidas definições XML de <!ENTITY> externas.",
+        "A codificação do arquivo XML não é suportada."},
     {"ja_JP", "XML の外部 <!ENTITY> 定義は許可されていません。", "XML ファイルのエンコードはサポートされていません。"},
     {"en_GB", "XML External <!ENTITY> definitions are not allowed.", "The XML file is in an unsupported encoding."},
-    {"ga_IE", "Ní cheadaítear sainmhínithe <!ENTITY> seachtracha in XML.", "Ní thacaítear le hionchódú an chomhaid XML."},
+    {"ga_IE",
+        "Ní cheadaítear sainmhínithe <!ENTITY> seachtracha in XML.",
+        "Ní thacaítear le hionchódú an chomhaid XML."},
     {"zh_CN", "不允许使用 XML 外部 <!ENTITY> 定义。", "不支持此 XML 文件的编码。"},
-    {"fr_CA", "Les définitions XML d’entités <!ENTITY> externes ne sont pas permises.", "Le codage du fichier XML n’est pas pris en charge."},
+    {"fr_CA",
+        "Les définitions XML d’entités <!ENTITY> externes ne sont pas permises.",
+        "Le codage du fichier XML n’est pas pris en charge."},
 };
 
 }  // namespace
 
 TEST(LocalizedStringsTest, EveryLocaleHasItsTranslationFile)
 {
-    for (const LocaleRow& row : Locales) EXPECT_TRUE(QFile::exists(QStringLiteral(":/vancorexml/VQRC_MODSTRINGS_") + QString::fromLatin1(row.locale))) << row.locale;
+    for (const LocaleRow& row : Locales) {
+        EXPECT_TRUE(QFile::exists(QStringLiteral(":/vancorexml/VQRC_MODSTRINGS_") + QString::fromLatin1(row.locale)))
+            << row.locale;
+    }
 }
 
 TEST(LocalizedStringsTest, EveryLocaleGivesItsOwnTexts)
 {
     for (const LocaleRow& row : Locales) {
         EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale), VString(row.entity));
-        EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_INVALID_ENCODING, row.locale), VString(row.encoding));
+        EXPECT_EQ(
+            CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_INVALID_ENCODING, row.locale), VString(row.encoding));
     }
 }
 
@@ -75,7 +94,8 @@ TEST(LocalizedStringsTest, TranslationsAreNoEnglishCopies)
 {
     std::set<VString> texts;
     for (const LocaleRow& row : Locales) {
-        if (VString(row.locale).startsWith("en")) continue;
+        if (VString(row.locale).startsWith("en"))
+            continue;
         EXPECT_NE(VString(row.entity), EnglishEntity);
         EXPECT_TRUE(texts.insert(row.entity).second) << row.locale;
         EXPECT_TRUE(texts.insert(row.encoding).second) << row.locale;
@@ -118,7 +138,8 @@ TEST(LocalizedStringsTest, AnEmptySessionTestThrows)
 TEST(LocalizedStringsTest, AnUnknownIdIsEmptyInEveryLanguage)
 {
     EXPECT_TRUE(CoreXml::GetLocalizedString(Unknown).IsEmpty());
-    for (const LocaleRow& row : Locales) EXPECT_TRUE(CoreXml::GetLocalizedString(Unknown, row.locale).IsEmpty()) << row.locale;
+    for (const LocaleRow& row : Locales)
+        EXPECT_TRUE(CoreXml::GetLocalizedString(Unknown, row.locale).IsEmpty()) << row.locale;
     EXPECT_TRUE(CoreXml::GetLocalizedString(Unknown, "").IsEmpty());
 }
 
@@ -174,7 +195,11 @@ TEST(LocalizedStringsDeathTest, AnotherObjectInItsPlaceIsAnAssertion)
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto run = [] {
         CoreThreadContext::GetProcessObject("vancorexml-strings", [] { return boost::any(7); });
-        testsupport::ExpectLogicException([] { CoreXml::LocalStringTableCache::GetInstance(); }, "vancorexml\\van-codegen\\gen-strings\\vancorexml-strings", 78, "s_cache", 0x2F8D61B4);
+        testsupport::ExpectLogicException([] { CoreXml::LocalStringTableCache::GetInstance(); },
+            "vancorexml\\van-codegen\\gen-strings\\vancorexml-strings",
+            78,
+            "s_cache",
+            0x2F8D61B4);
         std::exit(testing::Test::HasFailure() ? 1 : 0);
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
@@ -183,10 +208,16 @@ TEST(LocalizedStringsDeathTest, AnotherObjectInItsPlaceIsAnAssertion)
 TEST(LocalizedStringsThreadTest, ManyThreadsAskForManyLanguages)
 {
     std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t)
+    for (int t = 0; t < 8; ++t) {
         threads.emplace_back([] {
-            for (int i = 0; i < 50; ++i)
-                for (const LocaleRow& row : Locales) EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale), VString(row.entity));
+            for (int i = 0; i < 50; ++i) {
+                for (const LocaleRow& row : Locales) {
+                    EXPECT_EQ(
+                        CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale), VString(row.entity));
+                }
+            }
         });
-    for (std::thread& thread : threads) thread.join();
+    }
+    for (std::thread& thread : threads)
+        thread.join();
 }

@@ -46,7 +46,8 @@ const AliasRow Rows[] = {
 
 TEST(QtVanResourcesTest, EveryNumberHasItsAlias)
 {
-    for (const AliasRow& row : Rows) EXPECT_EQ(LookupResourceAlias(row.id), VString(row.alias));
+    for (const AliasRow& row : Rows)
+        EXPECT_EQ(LookupResourceAlias(row.id), VString(row.alias));
 }
 
 TEST(QtVanResourcesTest, TheTwoFixedNumbers)
@@ -68,12 +69,14 @@ TEST(QtVanResourcesTest, WithoutAQualifierThePathIsTheAlias)
 {
     EXPECT_EQ(LookupResource(QtVanResourceId::FileFormatKxaXsd), VString("VQRC_FILEFORMAT_KXA_XSD"));
     EXPECT_EQ(LookupResource(QtVanResourceId::FileFormatKxaXsd, VString()), VString("VQRC_FILEFORMAT_KXA_XSD"));
-    EXPECT_EQ(LookupDefaultQtVanRes(QtVanResourceId::FileFormatKxaXsd), LookupResource(QtVanResourceId::FileFormatKxaXsd));
+    EXPECT_EQ(
+        LookupDefaultQtVanRes(QtVanResourceId::FileFormatKxaXsd), LookupResource(QtVanResourceId::FileFormatKxaXsd));
 }
 
 TEST(QtVanResourcesTest, TheQualifierIsPassedOn)
 {
-    EXPECT_EQ(LookupResource(QtVanResourceId::FileFormatKxaXsd, "dark"), ResourceRegistrationCache::GetInstance().GetResourcePath("VQRC_FILEFORMAT_KXA_XSD", "dark"));
+    EXPECT_EQ(LookupResource(QtVanResourceId::FileFormatKxaXsd, "dark"),
+        ResourceRegistrationCache::GetInstance().GetResourcePath("VQRC_FILEFORMAT_KXA_XSD", "dark"));
 }
 
 TEST(QtVanResourcesTest, AnUnknownNumberHasNoAliasAndNoResource)
@@ -81,7 +84,8 @@ TEST(QtVanResourcesTest, AnUnknownNumberHasNoAliasAndNoResource)
     for (const std::uint32_t number : {0u, 1u, 0x8B50C6E9u, 0x8B50C6EBu, 0xFFFFFFFFu}) {
         const QtVanResourceId id{number};
         EXPECT_TRUE(LookupResourceAlias(id).IsEmpty()) << number;
-        EXPECT_EQ(LookupResource(id), ResourceRegistrationCache::GetInstance().GetResourcePath(VString(), VString())) << number;
+        EXPECT_EQ(LookupResource(id), ResourceRegistrationCache::GetInstance().GetResourcePath(VString(), VString()))
+            << number;
         EXPECT_FALSE(VResource(LookupResource(id)).isValid()) << number;
     }
 }

@@ -7,7 +7,8 @@ using testsupport::TemporaryFolder;
 TEST(CheckCommandTest, CountsGoodDocuments)
 {
     const TemporaryFolder folder;
-    const ToolResult result = RunTool({"check", folder.Write("a.xml", "<a/>").toStdString(), folder.Write("b.xml", "<b/>").toStdString()});
+    const ToolResult result =
+        RunTool({"check", folder.Write("a.xml", "<a/>").toStdString(), folder.Write("b.xml", "<b/>").toStdString()});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.output, "2 documents, 0 errors\n");
@@ -56,7 +57,8 @@ TEST(CheckCommandTest, ErrorsComeInTheOrderOfTheArguments)
     const ToolResult result = RunTool(arguments);
     std::vector<std::string> files;
     std::istringstream lines(result.errors);
-    for (std::string line; std::getline(lines, line);) files.push_back(line.substr(0, line.find(": ")));
+    for (std::string line; std::getline(lines, line);)
+        files.push_back(line.substr(0, line.find(": ")));
     EXPECT_EQ(files, expected);
 }
 

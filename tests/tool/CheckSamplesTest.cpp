@@ -10,7 +10,9 @@ namespace {
 std::vector<std::string> SamplesIn(const char* folder, const char* pattern)
 {
     std::vector<std::string> files;
-    for (const QFileInfo& file : QDir(QStringLiteral(SAMPLES_FOLDER) + QString::fromLatin1(folder)).entryInfoList({QString::fromLatin1(pattern)}, QDir::Files, QDir::Name)) files.push_back(file.filePath().toStdString());
+    for (const QFileInfo& file : QDir(QStringLiteral(SAMPLES_FOLDER) + QString::fromLatin1(folder))
+                                     .entryInfoList({QString::fromLatin1(pattern)}, QDir::Files, QDir::Name))
+        files.push_back(file.filePath().toStdString());
     return files;
 }
 

@@ -11,7 +11,8 @@ using testsupport::TemporaryFolder;
 namespace {
 
 const std::string schemaStart = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'";
-const std::string bookSchema = schemaStart + "><xs:element name='book'><xs:complexType><xs:attribute name='pages' type='xs:int'/></xs:complexType></xs:element></xs:schema>";
+const std::string bookSchema = schemaStart +
+    "><xs:element name='book'><xs:complexType><xs:attribute name='pages' type='xs:int'/></xs:complexType></xs:element></xs:schema>";
 
 std::string Sample(const std::string& name)
 {
@@ -21,9 +22,13 @@ std::string Sample(const std::string& name)
 // A folder with a schema made of two files, and whatever the test adds.
 class CheckSchemaTest : public testing::Test {
 protected:
-    std::string Write(const std::string& name, const std::string& text) const { return m_folder.Write(VString::fromStdString(name), text).toStdString(); }
+    std::string Write(const std::string& name, const std::string& text) const
+    {
+        return m_folder.Write(VString::fromStdString(name), text).toStdString();
+    }
 
-    ToolResult Check(const std::string& schema, const std::vector<std::string>& files, const std::string& jobs = "2") const
+    ToolResult Check(
+        const std::string& schema, const std::vector<std::string>& files, const std::string& jobs = "2") const
     {
         std::vector<std::string> arguments{"check", "--schema", schema, "--jobs", jobs};
         arguments.insert(arguments.end(), files.begin(), files.end());
@@ -56,7 +61,9 @@ TEST_F(CheckSchemaTest, WithoutSchemaNothingIsValidated)
 
 TEST_F(CheckSchemaTest, PlaceIsThatOfTheFile)
 {
-    const std::string schema = Write("book.xsd", schemaStart + "><xs:element name='book'><xs:complexType><xs:sequence/><xs:anyAttribute processContents='skip'/></xs:complexType></xs:element></xs:schema>");
+    const std::string schema = Write("book.xsd",
+        schemaStart +
+            "><xs:element name='book'><xs:complexType><xs:sequence/><xs:anyAttribute processContents='skip'/></xs:complexType></xs:element></xs:schema>");
     const std::string plain = Check(schema, {Write("plain.xml", "<book  a='1'><b/></book>")}).errors;
     const std::string shifted = Check(schema, {Write("shift.xml", "\n\n<book :a='1'><b/></book>")}).errors;
     ASSERT_THAT(plain, HasSubstr("plain.xml: Error(1,"));
@@ -66,10 +73,15 @@ TEST_F(CheckSchemaTest, PlaceIsThatOfTheFile)
 
 TEST_F(CheckSchemaTest, SchemaIncludesAndImportsOthersBesideIt)
 {
-    Write("base.xsd", schemaStart + "><xs:simpleType name='count'><xs:restriction base='xs:int'><xs:maxInclusive value='9'/></xs:restriction></xs:simpleType></xs:schema>");
-    Write("other names.xsd", schemaStart + " targetNamespace='urn:o'><xs:attribute name='o' type='xs:int'/></xs:schema>");
-    const std::string schema = Write("main.xsd", schemaStart + " xmlns:o='urn:o'><xs:include schemaLocation='base.xsd'/><xs:import namespace='urn:o' schemaLocation='other%20names.xsd'/>"
-        "<xs:element name='a'><xs:complexType><xs:attribute name='n' type='count'/><xs:attribute ref='o:o'/></xs:complexType></xs:element></xs:schema>");
+    Write("base.xsd",
+        schemaStart +
+            "><xs:simpleType name='count'><xs:restriction base='xs:int'><xs:maxInclusive value='9'/></xs:restriction></xs:simpleType></xs:schema>");
+    Write(
+        "other names.xsd", schemaStart + " targetNamespace='urn:o'><xs:attribute name='o' type='xs:int'/></xs:schema>");
+    const std::string schema = Write("main.xsd",
+        schemaStart +
+            " xmlns:o='urn:o'><xs:include schemaLocation='base.xsd'/><xs:import namespace='urn:o' schemaLocation='other%20names.xsd'/>"
+            "<xs:element name='a'><xs:complexType><xs:attribute name='n' type='count'/><xs:attribute ref='o:o'/></xs:complexType></xs:element></xs:schema>");
     const ToolResult good = Check(schema, {Write("good.xml", "<a n='9' xmlns:o='urn:o' o:o='1'/>")});
     EXPECT_EQ(good.errors, "");
     EXPECT_EQ(good.status, 0);
@@ -80,17 +92,20 @@ TEST_F(CheckSchemaTest, SchemaIncludesAndImportsOthersBesideIt)
 
 TEST_F(CheckSchemaTest, ImportThatIsNotFoundIsNamed)
 {
-    const std::string schema = Write("main.xsd", schemaStart + "><xs:include schemaLocation='gone.xsd'/><xs:element name='a'/></xs:schema>");
+    const std::string schema =
+        Write("main.xsd", schemaStart + "><xs:include schemaLocation='gone.xsd'/><xs:element name='a'/></xs:schema>");
     const ToolResult result = Check(schema, {Write("a.xml", "<a/>")});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.errors, schema + ": Cannot find the schema \"gone.xsd\", which \"" + schema + "\" imports or includes\n");
+    EXPECT_EQ(result.errors,
+        schema + ": Cannot find the schema \"gone.xsd\", which \"" + schema + "\" imports or includes\n");
     EXPECT_EQ(result.output, "0 documents, 0 errors, 1 not checked\n");
 }
 
 #if defined(__linux__)
 TEST_F(CheckSchemaTest, SchemaThatMayNotBeReadIsNotCalledMissing)
 {
-    if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
+    if (RunToolAsOrdinaryUser({"--version"}).status != 0)
+        GTEST_SKIP() << "an ordinary user cannot run the tool";
     const std::string include = "><xs:include schemaLocation='locked/base.xsd'/></xs:schema>";
     const std::string schema = Write("main.xsd", schemaStart + include);
     const QString folder = QFileInfo(QString::fromStdString(schema)).path();
@@ -112,13 +127,17 @@ TEST_F(CheckSchemaTest, SchemaThatMayNotBeReadIsNotCalledMissing)
 
 TEST_F(CheckSchemaTest, ImportByNamespaceAloneIsNotMissing)
 {
-    const std::string schema = Write("main.xsd", schemaStart + "><xs:import namespace='http://www.w3.org/XML/1998/namespace'/><xs:element name='a'><xs:complexType><xs:attribute ref='xml:lang'/></xs:complexType></xs:element></xs:schema>");
+    const std::string schema = Write("main.xsd",
+        schemaStart +
+            "><xs:import namespace='http://www.w3.org/XML/1998/namespace'/><xs:element name='a'><xs:complexType><xs:attribute ref='xml:lang'/></xs:complexType></xs:element></xs:schema>");
     EXPECT_EQ(Check(schema, {Write("a.xml", "<a xml:lang='de'/>")}).errors, "");
 }
 
 TEST_F(CheckSchemaTest, TheNamespaceXmlIsKnownWithoutAnyDownload)
 {
-    const std::string schema = Write("main.xsd", schemaStart + "><xs:import namespace='http://www.w3.org/XML/1998/namespace' schemaLocation='http://www.w3.org/2001/xml.xsd'/><xs:element name='a'><xs:complexType><xs:attribute ref='xml:lang'/></xs:complexType></xs:element></xs:schema>");
+    const std::string schema = Write("main.xsd",
+        schemaStart +
+            "><xs:import namespace='http://www.w3.org/XML/1998/namespace' schemaLocation='http://www.w3.org/2001/xml.xsd'/><xs:element name='a'><xs:complexType><xs:attribute ref='xml:lang'/></xs:complexType></xs:element></xs:schema>");
     EXPECT_EQ(Check(schema, {Write("a.xml", "<a xml:lang='de'/>")}).errors, "");
 }
 
@@ -145,27 +164,35 @@ TEST_F(CheckSchemaTest, SchemaThatIsNoXmlShowsItsOwnErrors)
 TEST_F(CheckSchemaTest, SchemaIsFoundByFileUrl)
 {
     const std::string base = Write("base.xsd", bookSchema);
-    const std::string schema = Write("main.xsd", schemaStart + "><xs:include schemaLocation='" + QUrl::fromLocalFile(QString::fromStdString(base)).toEncoded().toStdString() + "'/></xs:schema>");
+    const std::string schema = Write("main.xsd",
+        schemaStart + "><xs:include schemaLocation='" +
+            QUrl::fromLocalFile(QString::fromStdString(base)).toEncoded().toStdString() + "'/></xs:schema>");
     EXPECT_EQ(Check(schema, {Write("good.xml", "<book pages='3'/>")}).errors, "");
 }
 
 TEST_F(CheckSchemaTest, HostileSchemaIsRefused)
 {
-    const std::string bomb = "<!ENTITY a ''><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'><!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'><!ENTITY d '&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'><!ENTITY e '&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;'><!ENTITY f '&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>";
+    const std::string bomb =
+        "<!ENTITY a ''><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'><!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'><!ENTITY d '&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'><!ENTITY e '&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;'><!ENTITY f '&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>";
     std::string deep;
-    for (int i = 0; i < 100000; ++i) deep += "<xs:sequence>";
-    for (int i = 0; i < 100000; ++i) deep += "</xs:sequence>";
+    for (int i = 0; i < 100000; ++i)
+        deep += "<xs:sequence>";
+    for (int i = 0; i < 100000; ++i)
+        deep += "</xs:sequence>";
     const std::pair<std::string, std::string> hostile[] = {
         {"<!DOCTYPE s [" + bomb + "]>" + schemaStart + ">&f;</xs:schema>", "entity expansions"},
         {"<!DOCTYPE s [<!ENTITY e SYSTEM 'secret.txt'>]>" + schemaStart + ">&e;</xs:schema>", "not allowed.(1,"},
         {"<!DOCTYPE s SYSTEM 'secret.dtd'>" + schemaStart + "/>", "not allowed. 'secret.dtd'"},
-        {schemaStart + "><xs:complexType name='t'>" + deep + "</xs:complexType></xs:schema>", "nests elements in more than 256 levels"},
-        {schemaStart + "><xs:redefine schemaLocation='book.xsd'/></xs:schema>", "redefines another, which is not supported"},
+        {schemaStart + "><xs:complexType name='t'>" + deep + "</xs:complexType></xs:schema>",
+            "nests elements in more than 256 levels"},
+        {schemaStart + "><xs:redefine schemaLocation='book.xsd'/></xs:schema>",
+            "redefines another, which is not supported"},
     };
     const std::string file = Write("a.xml", "<a/>");
     for (const auto& [text, message] : hostile) {
         const std::string schema = Write("hostile.xsd", text);
-        const std::string including = Write("including.xsd", schemaStart + "><xs:include schemaLocation='hostile.xsd'/></xs:schema>");
+        const std::string including =
+            Write("including.xsd", schemaStart + "><xs:include schemaLocation='hostile.xsd'/></xs:schema>");
         for (const std::string& main : {schema, including}) {
             const ToolResult result = Check(main, {file});
             EXPECT_EQ(result.status, 2) << message;
@@ -178,7 +205,13 @@ TEST_F(CheckSchemaTest, HostileSchemaIsRefused)
 
 TEST_F(CheckSchemaTest, AutoTakesTheTypeFromTheExtensionAndTheVersionFromTheDocument)
 {
-    const ToolResult result = Check("auto", {Sample("sales.kxa"), Sample("orders-10-2.kxb"), Sample("sales-server-10-5.kxc"), Sample("base-map-10-3.kxd"), Sample("captions.kxe"), Sample("catalogue.kxf")});
+    const ToolResult result = Check("auto",
+        {Sample("sales.kxa"),
+            Sample("orders-10-2.kxb"),
+            Sample("sales-server-10-5.kxc"),
+            Sample("base-map-10-3.kxd"),
+            Sample("captions.kxe"),
+            Sample("catalogue.kxf")});
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "6 documents, 0 errors\n");
@@ -241,7 +274,10 @@ TEST_F(CheckSchemaTest, ThreadsGiveTheSameAsOne)
 {
     const std::string schema = Write("book.xsd", bookSchema);
     std::vector<std::string> files;
-    for (int i = 0; i < 60; ++i) files.push_back(Write("d" + std::to_string(i) + ".xml", i % 3 == 0 ? "<book pages='x'/>" : "<book pages='1'/>"));
+    for (int i = 0; i < 60; ++i) {
+        files.push_back(
+            Write("d" + std::to_string(i) + ".xml", i % 3 == 0 ? "<book pages='x'/>" : "<book pages='1'/>"));
+    }
     const ToolResult one = Check(schema, files, "1");
     const ToolResult many = Check(schema, files, "8");
     EXPECT_EQ(one.output, "60 documents, 20 errors\n");

@@ -47,27 +47,29 @@ TEST_P(CommandLineUsageTest, MistakeEndsWithStatus2AndSaysSo)
     EXPECT_NE(result.errors, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Mistakes, CommandLineUsageTest, testing::Values(
-    Usage{"NoCommand", {}},
-    Usage{"UnknownCommand", {"shred", "a.xml"}},
-    Usage{"UnknownOption", {"format", "a.xml", "--shiny"}},
-    Usage{"FormatWithoutFile", {"format"}},
-    Usage{"FormatOfTwoFiles", {"format", "a.xml", "b.xml"}},
-    Usage{"FormatOutputWithoutName", {"format", "a.xml", "-o"}},
-    Usage{"FormatInPlaceOfStandardInput", {"format", "-", "--in-place"}},
-    Usage{"FormatInPlaceWithOutput", {"format", "a.xml", "--in-place", "-o", "b.xml"}},
-    Usage{"CheckWithoutFile", {"check"}},
-    Usage{"CheckOfStandardInputTwice", {"check", "-", "-"}},
-    Usage{"CheckWithNoJobs", {"check", "a.xml", "--jobs", "0"}},
-    Usage{"CheckWithJobsThatAreNoNumber", {"check", "a.xml", "--jobs", "many"}},
-    Usage{"CheckAgainstUnknownSchema", {"check", "a.xml", "--schema", "no-such-schema"}},
-    Usage{"QueryWithoutPath", {"query", "a.xml"}},
-    Usage{"QueryCountWithText", {"query", "a.xml", "a", "--count", "--text"}},
-    Usage{"QueryXmlWithAttribute", {"query", "a.xml", "a", "--xml", "--attribute", "b"}},
-    Usage{"QueryWithinAndUnderneath", {"query", "a.xml", "a", "--within", "b", "--underneath", "c"}},
-    Usage{"VersionWithoutFile", {"version"}},
-    Usage{"SchemaWithoutCommand", {"schema"}},
-    Usage{"SchemaShowWithoutName", {"schema", "show"}}), NameOf);
+INSTANTIATE_TEST_SUITE_P(Mistakes,
+    CommandLineUsageTest,
+    testing::Values(Usage{"NoCommand", {}},
+        Usage{"UnknownCommand", {"shred", "a.xml"}},
+        Usage{"UnknownOption", {"format", "a.xml", "--shiny"}},
+        Usage{"FormatWithoutFile", {"format"}},
+        Usage{"FormatOfTwoFiles", {"format", "a.xml", "b.xml"}},
+        Usage{"FormatOutputWithoutName", {"format", "a.xml", "-o"}},
+        Usage{"FormatInPlaceOfStandardInput", {"format", "-", "--in-place"}},
+        Usage{"FormatInPlaceWithOutput", {"format", "a.xml", "--in-place", "-o", "b.xml"}},
+        Usage{"CheckWithoutFile", {"check"}},
+        Usage{"CheckOfStandardInputTwice", {"check", "-", "-"}},
+        Usage{"CheckWithNoJobs", {"check", "a.xml", "--jobs", "0"}},
+        Usage{"CheckWithJobsThatAreNoNumber", {"check", "a.xml", "--jobs", "many"}},
+        Usage{"CheckAgainstUnknownSchema", {"check", "a.xml", "--schema", "no-such-schema"}},
+        Usage{"QueryWithoutPath", {"query", "a.xml"}},
+        Usage{"QueryCountWithText", {"query", "a.xml", "a", "--count", "--text"}},
+        Usage{"QueryXmlWithAttribute", {"query", "a.xml", "a", "--xml", "--attribute", "b"}},
+        Usage{"QueryWithinAndUnderneath", {"query", "a.xml", "a", "--within", "b", "--underneath", "c"}},
+        Usage{"VersionWithoutFile", {"version"}},
+        Usage{"SchemaWithoutCommand", {"schema"}},
+        Usage{"SchemaShowWithoutName", {"schema", "show"}}),
+    NameOf);
 
 class CommandLineHelpTest : public testing::TestWithParam<Usage> {};
 
@@ -79,13 +81,15 @@ TEST_P(CommandLineHelpTest, GoesToStandardOutput)
     EXPECT_THAT(result.output, HasSubstr("--help"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Helps, CommandLineHelpTest, testing::Values(
-    Usage{"Tool", {"--help"}},
-    Usage{"Format", {"format", "--help"}},
-    Usage{"Check", {"check", "--help"}},
-    Usage{"Query", {"query", "--help"}},
-    Usage{"Version", {"version", "--help"}},
-    Usage{"Schema", {"schema", "--help"}}), NameOf);
+INSTANTIATE_TEST_SUITE_P(Helps,
+    CommandLineHelpTest,
+    testing::Values(Usage{"Tool", {"--help"}},
+        Usage{"Format", {"format", "--help"}},
+        Usage{"Check", {"check", "--help"}},
+        Usage{"Query", {"query", "--help"}},
+        Usage{"Version", {"version", "--help"}},
+        Usage{"Schema", {"schema", "--help"}}),
+    NameOf);
 
 TEST(CommandLineTest, VersionIsOneLine)
 {
@@ -103,13 +107,15 @@ TEST(CommandLineTest, UnknownCommandIsNamed)
 
 TEST(CommandLineTest, MistakeIsNamedAsItWasTyped)
 {
-    EXPECT_THAT(RunTool({"format", "--", "a.xml", "--strict"}).errors, testing::MatchesRegex("vanxml: [^\n]* --strict\n.*"));
+    EXPECT_THAT(
+        RunTool({"format", "--", "a.xml", "--strict"}).errors, testing::MatchesRegex("vanxml: [^\n]* --strict\n.*"));
 }
 
 TEST(CommandLineTest, FilesMayBeCalledLikeCommandsAndOptions)
 {
     const InFolder folder;
-    for (const char* name : {"-a", "--count", "check", "++", "a.xml"}) folder.Write(name, "<a/>");
+    for (const char* name : {"-a", "--count", "check", "++", "a.xml"})
+        folder.Write(name, "<a/>");
     EXPECT_EQ(folder.Run({"format", "--no-header", "--", "--count"}).output, "<a />\n");
     EXPECT_EQ(folder.Run({"format", "--no-header", "check"}).output, "<a />\n");
     EXPECT_EQ(folder.Run({"query", "--", "--count", "a"}).output, "1:5\t/a\n");
@@ -131,7 +137,11 @@ TEST(CommandLineTest, FileNamesAreUtf8InAnyLocale)
 TEST(CommandLineTest, NamesKeepTheirFirstCharacter)
 {
     // U+001F, U+FEFF and a name that looks like a list, each beside the file of the other name.
-    for (const std::string name : {"\x1F" "a.xml", "\xEF\xBB\xBF" "a.xml", "[a.xml]"}) {
+    for (const std::string name : {"\x1F"
+                                   "a.xml",
+             "\xEF\xBB\xBF"
+             "a.xml",
+             "[a.xml]"}) {
         const InFolder folder;
         folder.Write(name.c_str(), "<good/>");
         folder.Write("a.xml", "<neighbour/>");

@@ -1,6 +1,6 @@
+#include "vanxml/ElementPaths.h"
 #include "tests/common/TestSupport.h"
 #include "vancorexml/main/parser/DOM.h"
-#include "vanxml/ElementPaths.h"
 
 TEST(ElementPathsTest, NumbersOnlyWhereANameStandsTwice)
 {
@@ -21,9 +21,11 @@ TEST(ElementPathsTest, LooksAtEachListOfChildrenOnce)
 {
     DOM document;
     DOMElement& root = document.GetRoot().AddNewChild("r", nullptr);
-    for (int i = 0; i < 200000; ++i) root.AddNewChild("a", nullptr);
+    for (int i = 0; i < 200000; ++i)
+        root.AddNewChild("a", nullptr);
     ElementPaths paths;
     std::size_t length = 0;
-    for (const DOMElement* child : root.GetChildren()) length += paths.PathOf(*child).size();
+    for (const DOMElement* child : root.GetChildren())
+        length += paths.PathOf(*child).size();
     EXPECT_EQ(length, 200000 * std::string("/r/a[]").size() + 1088895);
 }

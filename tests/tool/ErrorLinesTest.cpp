@@ -30,22 +30,29 @@ TEST_P(EscapeControlCharactersTest, ShowsWhatATerminalWouldActUpon)
     EXPECT_EQ(EscapeControlCharacters(GetParam().text), GetParam().escaped);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, EscapeControlCharactersTest, testing::Values(
-    EscapedText{"Empty", "", ""},
-    EscapedText{"PlainText", "größe 漢 \xF0\x9F\x98\x80 'a'", "größe 漢 \xF0\x9F\x98\x80 'a'"},
-    EscapedText{"Backslashes", "C:\\new\\table.xml", "C:\\new\\table.xml"},
-    EscapedText{"LineEnds", "a\r\nb\nc", "a\\r\\nb\\nc"},
-    EscapedText{"Tab", "a\tb", "a\\tb"},
-    EscapedText{"EscapeSequence", "\x1B[31mred", "\\x1b[31mred"},
-    EscapedText{"Bell", "\x07", "\\x07"},
-    EscapedText{"Delete", "\x7F", "\\x7f"},
-    EscapedText{"FirstAndLastOfC1", "\xC2\x80\xC2\x9B\xC2\x9F\xC2\xA0", "\\u0080\\u009b\\u009f\xC2\xA0"},
-    EscapedText{"LineAndParagraphSeparator", "\xE2\x80\xA8\xE2\x80\xA9", "\\u2028\\u2029"},
-    EscapedText{"RightToLeftOverride", "a\xE2\x80\xAE" "b", "a\\u202eb"},
-    EscapedText{"Isolate", "\xE2\x81\xA6\xE2\x81\xA9", "\\u2066\\u2069"},
-    EscapedText{"DirectionMarks", "\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F", "\\u061c\\u200e\\u200f"},
-    EscapedText{"ByteThatIsNotUtf8", "a\xFF" "b", "a\\xffb"},
-    EscapedText{"CutCharacter", "\xE6\xBC", "\\xe6\\xbc"}),
+INSTANTIATE_TEST_SUITE_P(Texts,
+    EscapeControlCharactersTest,
+    testing::Values(EscapedText{"Empty", "", ""},
+        EscapedText{"PlainText", "größe 漢 \xF0\x9F\x98\x80 'a'", "größe 漢 \xF0\x9F\x98\x80 'a'"},
+        EscapedText{"Backslashes", "C:\\new\\table.xml", "C:\\new\\table.xml"},
+        EscapedText{"LineEnds", "a\r\nb\nc", "a\\r\\nb\\nc"},
+        EscapedText{"Tab", "a\tb", "a\\tb"},
+        EscapedText{"EscapeSequence", "\x1B[31mred", "\\x1b[31mred"},
+        EscapedText{"Bell", "\x07", "\\x07"},
+        EscapedText{"Delete", "\x7F", "\\x7f"},
+        EscapedText{"FirstAndLastOfC1", "\xC2\x80\xC2\x9B\xC2\x9F\xC2\xA0", "\\u0080\\u009b\\u009f\xC2\xA0"},
+        EscapedText{"LineAndParagraphSeparator", "\xE2\x80\xA8\xE2\x80\xA9", "\\u2028\\u2029"},
+        EscapedText{"RightToLeftOverride",
+            "a\xE2\x80\xAE"
+            "b",
+            "a\\u202eb"},
+        EscapedText{"Isolate", "\xE2\x81\xA6\xE2\x81\xA9", "\\u2066\\u2069"},
+        EscapedText{"DirectionMarks", "\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F", "\\u061c\\u200e\\u200f"},
+        EscapedText{"ByteThatIsNotUtf8",
+            "a\xFF"
+            "b",
+            "a\\xffb"},
+        EscapedText{"CutCharacter", "\xE6\xBC", "\\xe6\\xbc"}),
     [](const auto& test) { return test.param.name; });
 
 TEST(EscapeControlCharactersTest, ShowsANul)
@@ -95,7 +102,11 @@ TEST(ErrorLinesTest, FileNameStaysInItsLineInEveryCommand)
     const std::string missing = folder.Path("no\n\x1B").toStdString();
     const std::string shownMissing = folder.Path("no\\n\\x1b").toStdString();
     const std::vector<std::string> uses[] = {
-        {"check", file}, {"check", file, "--schema", "auto"}, {"format", file}, {"query", file, "a"}, {"version", file},
+        {"check", file},
+        {"check", file, "--schema", "auto"},
+        {"format", file},
+        {"query", file, "a"},
+        {"version", file},
     };
     for (const std::vector<std::string>& arguments : uses) {
         const ToolResult result = RunTool(arguments);
@@ -148,7 +159,8 @@ TEST(ErrorLinesTest, MistakesInTheCommandLineStayInTheirLine)
 // The library logs that a file cannot be opened only for files of 1 GiB and more.
 TEST(ErrorLinesTest, LogMessagesStayInTheirLine)
 {
-    if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
+    if (RunToolAsOrdinaryUser({"--version"}).status != 0)
+        GTEST_SKIP() << "an ordinary user cannot run the tool";
     const TemporaryFolder folder;
     const QString folderName = folder.Path("").ToQString();
     ASSERT_TRUE(QFile::setPermissions(folderName, QFile::permissions(folderName) | QFile::ReadOther | QFile::ExeOther));
@@ -165,7 +177,9 @@ TEST(ErrorLinesTest, LogMessagesStayInTheirLine)
 TEST(ErrorLinesTest, PathsOfAQueryShowMarksOfDirection)
 {
     // XML 1.1 allows the Arabic letter mark in names.
-    const ToolResult result = RunTool({"query", "-", "//*"}, "<?xml version='1.1'?><a\xD8\x9C" "b/>");
+    const ToolResult result = RunTool({"query", "-", "//*"},
+        "<?xml version='1.1'?><a\xD8\x9C"
+        "b/>");
     EXPECT_EQ(result.output, "1:28\t/a\\u061cb\n");
 }
 

@@ -7,8 +7,8 @@ namespace {
 
 struct Thrown {
     const char* name;
-    const char* ofVersion;   // message of the command that does not name the document
-    const char* ofCheck;     // message about the document "-"
+    const char* ofVersion;  // message of the command that does not name the document
+    const char* ofCheck;    // message about the document "-"
 };
 
 std::ostream& operator<<(std::ostream& out, const Thrown& thrown)
@@ -44,14 +44,15 @@ TEST_P(ExceptionTextTest, NamesTheCauseAndEndsWithStatus2)
 #define ASSERTION "internal error LogicException_LogicAssert_0x1234ABCD in module\\file, line 42: a == b"
 #define NO_MEMORY " is too large for the memory there is"
 
-INSTANTIATE_TEST_SUITE_P(Exceptions, ExceptionTextTest, testing::Values(
-    Thrown{"logic", ASSERTION, "\"-\" cannot be processed: " ASSERTION},
-    Thrown{"memory", "The text" NO_MEMORY, "\"-\"" NO_MEMORY},
-    Thrown{"parser-memory", "The text" NO_MEMORY, "\"-\"" NO_MEMORY},
-    Thrown{"length", "The text is too large", "\"-\" is too large"},
-    Thrown{"product", "a product's message", "\"-\" cannot be processed: a product's message"},
-    Thrown{"parser", "NULL pointer", "\"-\" cannot be processed: NULL pointer"},
-    Thrown{"unknown", "unknown exception", "\"-\" cannot be processed: unknown exception"}),
+INSTANTIATE_TEST_SUITE_P(Exceptions,
+    ExceptionTextTest,
+    testing::Values(Thrown{"logic", ASSERTION, "\"-\" cannot be processed: " ASSERTION},
+        Thrown{"memory", "The text" NO_MEMORY, "\"-\"" NO_MEMORY},
+        Thrown{"parser-memory", "The text" NO_MEMORY, "\"-\"" NO_MEMORY},
+        Thrown{"length", "The text is too large", "\"-\" is too large"},
+        Thrown{"product", "a product's message", "\"-\" cannot be processed: a product's message"},
+        Thrown{"parser", "NULL pointer", "\"-\" cannot be processed: NULL pointer"},
+        Thrown{"unknown", "unknown exception", "\"-\" cannot be processed: unknown exception"}),
     [](const auto& test) { return QString(test.param.name).remove('-').toStdString(); });
 
 TEST(ExceptionTextOfSchemaTest, AssertionWhileASchemaIsLoadedIsNoErrorOfTheSchema)

@@ -20,7 +20,8 @@ namespace {
 void Record(const char* call)
 {
     const char* name = std::getenv("CALLS_FILE");
-    if (name == nullptr) return;
+    if (name == nullptr)
+        return;
     const long file = syscall(SYS_openat, AT_FDCWD, name, O_WRONLY | O_APPEND | O_CREAT, 0600);
     syscall(SYS_write, file, call, std::strlen(call));
     syscall(SYS_write, file, "\n", 1);
@@ -32,10 +33,12 @@ bool Fails(const char* call)
 {
     Record(call);
     const char* failing = std::getenv("FAILING_CALL");
-    if (failing == nullptr || std::strcmp(failing, call) != 0) return false;
+    if (failing == nullptr || std::strcmp(failing, call) != 0)
+        return false;
     static int done = 0;
     const char* times = std::getenv("FAILING_TIMES");
-    if (times != nullptr && done++ >= std::atoi(times)) return false;
+    if (times != nullptr && done++ >= std::atoi(times))
+        return false;
     errno = std::atoi(std::getenv("FAILING_ERROR"));
     return true;
 }
@@ -55,8 +58,10 @@ bool IsFolder(int file)
 
 int Flush(int file)
 {
-    if (IsFolder(file)) Record("flush folder");
-    else if (Fails("flush")) return -1;
+    if (IsFolder(file))
+        Record("flush folder");
+    else if (Fails("flush"))
+        return -1;
     return static_cast<int>(syscall(SYS_fsync, file));
 }
 
@@ -70,13 +75,15 @@ int open(const char* name, int flags, ...)
     va_start(rest, flags);
     const int mode = (flags & O_CREAT) != 0 ? va_arg(rest, int) : 0;
     va_end(rest);
-    if ((flags & O_EXCL) != 0 && Fails("create")) return -1;
+    if ((flags & O_EXCL) != 0 && Fails("create"))
+        return -1;
     return static_cast<int>(syscall(SYS_openat, AT_FDCWD, name, flags, mode));
 }
 
 ssize_t write(int file, const void* bytes, size_t count)
 {
-    if (IsOutputFile(file) && Fails("write")) return -1;
+    if (IsOutputFile(file) && Fails("write"))
+        return -1;
     return syscall(SYS_write, file, bytes, count);
 }
 
@@ -96,14 +103,16 @@ int close(int file)
     const bool fails = IsOutputFile(file) && Fails("close");
     const int error = errno;
     const long result = syscall(SYS_close, file);
-    if (!fails) return static_cast<int>(result);
+    if (!fails)
+        return static_cast<int>(result);
     errno = error;
     return -1;
 }
 
 int rename(const char* from, const char* to) noexcept
 {
-    if (Fails("rename")) return -1;
+    if (Fails("rename"))
+        return -1;
     return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
 }
 

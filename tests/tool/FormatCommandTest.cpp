@@ -27,7 +27,8 @@ TEST(FormatCommandTest, ReadsStandardInput)
 
 TEST(FormatCommandTest, FilesAndStandardInputGiveTheSame)
 {
-    const std::string latin1 = "<?xml version='1.0' encoding='iso-8859-1'?><a>gr\xF6\xDF""e</a>";
+    const std::string latin1 = "<?xml version='1.0' encoding='iso-8859-1'?><a>gr\xF6\xDF"
+                               "e</a>";
     const TemporaryFolder folder;
     EXPECT_EQ(RunTool({"format", "-"}, latin1).output, Header() + "<a>größe</a>\n");
     EXPECT_EQ(RunTool({"format", folder.Write("a.xml", latin1).toStdString()}).output, Header() + "<a>größe</a>\n");
@@ -35,14 +36,17 @@ TEST(FormatCommandTest, FilesAndStandardInputGiveTheSame)
 
 TEST(FormatCommandTest, FormattingItsOutputAgainChangesNothing)
 {
-    const std::string first = RunTool({"format", "-"}, "<a><b c='&#10;&lt;'/><d>some text of more than 32 units &lt; a &amp; b</d></a>").output;
+    const std::string first =
+        RunTool({"format", "-"}, "<a><b c='&#10;&lt;'/><d>some text of more than 32 units &lt; a &amp; b</d></a>")
+            .output;
     EXPECT_THAT(first, HasSubstr("<![CDATA["));
     EXPECT_EQ(RunTool({"format", "-"}, first).output, first);
 }
 
 TEST(FormatCommandTest, StrictEscapesLongTextInsteadOfACDataSection)
 {
-    const ToolResult result = RunTool({"format", "-", "--strict", "--no-header"}, "<a>some text of more than 32 units &lt; a &amp; b</a>");
+    const ToolResult result =
+        RunTool({"format", "-", "--strict", "--no-header"}, "<a>some text of more than 32 units &lt; a &amp; b</a>");
     EXPECT_EQ(result.output, "<a>some text of more than 32 units &lt; a &amp; b</a>\n");
 }
 
@@ -99,7 +103,8 @@ TEST(FormatCommandTest, FullDiskIsAnError)
     const ToolResult shortText = RunProgram(VANXML_PATH, {"format", "-"}, "<a/>", "/dev/full");
     EXPECT_EQ(shortText.status, 2);
     EXPECT_THAT(shortText.errors, HasSubstr("Cannot write standard output: No space left on device"));
-    const ToolResult longText = RunProgram(VANXML_PATH, {"format", "-"}, "<a>" + std::string(1 << 20, 'x') + "</a>", "/dev/full");
+    const ToolResult longText =
+        RunProgram(VANXML_PATH, {"format", "-"}, "<a>" + std::string(1 << 20, 'x') + "</a>", "/dev/full");
     EXPECT_EQ(longText.status, 2);
     EXPECT_THAT(longText.errors, HasSubstr("Cannot write standard output: No space left on device"));
 }
@@ -114,7 +119,9 @@ TEST(FormatCommandTest, DeviceIsWrittenToAndNotReplaced)
 
 TEST(FormatCommandTest, ReaderThatWentAwayIsAnError)
 {
-    const ToolResult result = RunProgram("sh", {"-c", "(\"$1\" format - ; echo \"status $?\" >&2) | true", "sh", VANXML_PATH}, "<a>" + std::string(4 << 20, 'x') + "</a>");
+    const ToolResult result = RunProgram("sh",
+        {"-c", "(\"$1\" format - ; echo \"status $?\" >&2) | true", "sh", VANXML_PATH},
+        "<a>" + std::string(4 << 20, 'x') + "</a>");
     EXPECT_THAT(result.errors, HasSubstr("Cannot write standard output: "));
     EXPECT_THAT(result.errors, HasSubstr("status 2"));
 }
@@ -146,7 +153,8 @@ std::string EntityBomb()
     std::string text = "<!DOCTYPE a [<!ENTITY e0 'ha'>";
     for (int i = 1; i < 12; ++i) {
         text += "<!ENTITY e" + std::to_string(i) + " '";
-        for (int k = 0; k < 10; ++k) text += "&e" + std::to_string(i - 1) + ";";
+        for (int k = 0; k < 10; ++k)
+            text += "&e" + std::to_string(i - 1) + ";";
         text += "'>";
     }
     return text + "]><a>&e11;</a>";
@@ -168,16 +176,20 @@ TEST_P(FormatBadInputTest, HasItsStatusAndMessageAndWritesNothing)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Inputs, FormatBadInputTest, testing::Values(
-    BadInput{"Empty", "", 1, "Fatal Error("},
-    BadInput{"OnlyBlanks", " \n ", 1, "Fatal Error("},
-    BadInput{"Truncated", "<a><b>", 1, "Fatal Error("},
-    BadInput{"NotXml", "hello", 1, "Fatal Error("},
-    BadInput{"NulByte", std::string("<a>\0</a>", 8), 1, "Fatal Error("},
-    BadInput{"ExternalEntity", "<!DOCTYPE a [<!ENTITY e SYSTEM '/etc/passwd'>]><a>&e;</a>", 1, "XML External <!ENTITY> definitions are not allowed.(1,"},
-    BadInput{"EntityBomb", EntityBomb(), 1, "Fatal Error("},
-    BadInput{"CutInsideACharacter", "<a>gr\xC3", 2, "offset 5"},
-    BadInput{"NotUtf8", "<a>gr\xF6\xDF</a>", 2, "offset 5"}),
+INSTANTIATE_TEST_SUITE_P(Inputs,
+    FormatBadInputTest,
+    testing::Values(BadInput{"Empty", "", 1, "Fatal Error("},
+        BadInput{"OnlyBlanks", " \n ", 1, "Fatal Error("},
+        BadInput{"Truncated", "<a><b>", 1, "Fatal Error("},
+        BadInput{"NotXml", "hello", 1, "Fatal Error("},
+        BadInput{"NulByte", std::string("<a>\0</a>", 8), 1, "Fatal Error("},
+        BadInput{"ExternalEntity",
+            "<!DOCTYPE a [<!ENTITY e SYSTEM '/etc/passwd'>]><a>&e;</a>",
+            1,
+            "XML External <!ENTITY> definitions are not allowed.(1,"},
+        BadInput{"EntityBomb", EntityBomb(), 1, "Fatal Error("},
+        BadInput{"CutInsideACharacter", "<a>gr\xC3", 2, "offset 5"},
+        BadInput{"NotUtf8", "<a>gr\xF6\xDF</a>", 2, "offset 5"}),
     [](const auto& input) { return std::string(input.param.name); });
 
 TEST(FormatCommandTest, MissingFileCannotBeRead)
@@ -191,7 +203,8 @@ TEST(FormatCommandTest, MissingFileCannotBeRead)
 #if defined(__linux__)
 TEST(FormatCommandTest, FileInAFolderThatMayNotBeEnteredIsNotCalledMissing)
 {
-    if (RunToolAsOrdinaryUser({"--version"}).status != 0) GTEST_SKIP() << "an ordinary user cannot run the tool";
+    if (RunToolAsOrdinaryUser({"--version"}).status != 0)
+        GTEST_SKIP() << "an ordinary user cannot run the tool";
     const TemporaryFolder folder;
     ASSERT_TRUE(QDir().mkdir(folder.Path("locked").ToQString()));
     const std::string file = folder.Write("locked/a.xml", "<a/>").toStdString();
@@ -220,8 +233,10 @@ TEST(FormatCommandTest, TextLongerThanAStringIsTooLarge)
     // With an indentation of two blanks a level the text grows with the square of the depth.
     const int depth = 40000;
     std::string text;
-    for (int i = 0; i < depth; ++i) text += "<a>";
-    for (int i = 0; i < depth; ++i) text += "</a>";
+    for (int i = 0; i < depth; ++i)
+        text += "<a>";
+    for (int i = 0; i < depth; ++i)
+        text += "</a>";
     const ToolResult result = RunTool({"format", "-"}, text);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.output, "");

@@ -36,7 +36,8 @@ TEST(InPlaceTest, MakesFilesWithTheLongestNames)
 {
     const TemporaryFolder folder;
     std::string ideographs;
-    while (ideographs.size() < 255) ideographs += "漢";
+    while (ideographs.size() < 255)
+        ideographs += "漢";
     for (const std::string& name : {std::string(255, 'a'), ideographs}) {
         const std::string file = folder.Path(VString::fromStdString(name)).toStdString();
         EXPECT_EQ(RunTool({"format", "-", "-o", file}, "<a/>").status, 0);
@@ -125,7 +126,12 @@ TEST(InPlaceTest, PipeIsNotReplaced)
 {
     const TemporaryFolder folder;
     const std::string pipe = folder.Path("pipe.xml").toStdString();
-    const ToolResult result = RunProgram("sh", {"-c", "mkfifo \"$2\" && { echo '<a/>' > \"$2\" & \"$1\" format --in-place \"$2\"; }", "sh", VANXML_PATH, pipe});
+    const ToolResult result = RunProgram("sh",
+        {"-c",
+            "mkfifo \"$2\" && { echo '<a/>' > \"$2\" & \"$1\" format --in-place \"$2\"; }",
+            "sh",
+            VANXML_PATH,
+            pipe});
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("it is not a regular file"));
     EXPECT_FALSE(QFileInfo(QString::fromStdString(pipe)).isFile());

@@ -67,16 +67,17 @@ TEST_P(OutputFileTest, FailureMakesNoNewFile)
     EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Failures, OutputFileTest, testing::Values(
-    Failure{"create", ENOSPC, "No space left on device"},
-    Failure{"create", EEXIST, "File exists"},
-    Failure{"write", ENOSPC, "No space left on device"},
-    Failure{"write", EIO, "Input/output error"},
-    Failure{"flush", ENOSPC, "No space left on device"},
-    Failure{"flush", EDQUOT, "Disk quota exceeded"},
-    Failure{"flush", EIO, "Input/output error"},
-    Failure{"close", ENOSPC, "No space left on device"},
-    Failure{"rename", EACCES, "Permission denied"}),
+INSTANTIATE_TEST_SUITE_P(Failures,
+    OutputFileTest,
+    testing::Values(Failure{"create", ENOSPC, "No space left on device"},
+        Failure{"create", EEXIST, "File exists"},
+        Failure{"write", ENOSPC, "No space left on device"},
+        Failure{"write", EIO, "Input/output error"},
+        Failure{"flush", ENOSPC, "No space left on device"},
+        Failure{"flush", EDQUOT, "Disk quota exceeded"},
+        Failure{"flush", EIO, "Input/output error"},
+        Failure{"close", ENOSPC, "No space left on device"},
+        Failure{"rename", EACCES, "Permission denied"}),
     [](const auto& test) { return test.param.call + std::to_string(test.index); });
 
 TEST_F(OutputFileTest, NameThatIsTakenIsNotUsed)

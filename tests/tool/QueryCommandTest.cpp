@@ -25,7 +25,8 @@ std::string Query(std::vector<std::string> arguments, const std::string& text = 
 TEST(QueryCommandTest, PrintsPlaceAndPathOfEachMatch)
 {
     EXPECT_EQ(Query({"library/book"}), "2:16\t/library/book[1]\n4:9\t/library/book[2]\n");
-    EXPECT_EQ(Query({"//title"}), "2:23\t/library/book[1]/title\n4:26\t/library/book[2]/title[1]\n4:46\t/library/book[2]/title[2]\n");
+    EXPECT_EQ(Query({"//title"}),
+        "2:23\t/library/book[1]/title\n4:26\t/library/book[2]/title[1]\n4:46\t/library/book[2]/title[2]\n");
 }
 
 TEST(QueryCommandTest, AbsoluteAndRelativePathsStartAtTheDocumentElement)
@@ -68,7 +69,8 @@ TEST(QueryCommandTest, PrintsTexts)
 
 TEST(QueryCommandTest, PrintsXml)
 {
-    EXPECT_EQ(Query({"library/book", "--xml"}), "<book id='1'>\n  <title>One</title>\n</book>\n<book>\n  <title lang='de'>Zwei</title>\n  <title />\n</book>\n");
+    EXPECT_EQ(Query({"library/book", "--xml"}),
+        "<book id='1'>\n  <title>One</title>\n</book>\n<book>\n  <title lang='de'>Zwei</title>\n  <title />\n</book>\n");
 }
 
 TEST(QueryCommandTest, FindsNestedElementsWithinACanopy)
@@ -109,7 +111,9 @@ TEST(QueryCommandTest, UnreadableFileFails)
 TEST(QueryCommandTest, AnswersADeepDocument)
 {
     std::string text;
-    for (int i = 0; i < 100000; ++i) text += "<x>";
-    for (int i = 0; i < 100000; ++i) text += "</x>";
+    for (int i = 0; i < 100000; ++i)
+        text += "<x>";
+    for (int i = 0; i < 100000; ++i)
+        text += "</x>";
     EXPECT_EQ(Query({"//x", "--count"}, text), "100000\n");
 }

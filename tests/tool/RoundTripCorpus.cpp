@@ -22,7 +22,7 @@ struct Counts {
     std::size_t equal = 0;
     std::size_t different = 0;
     std::size_t mixed = 0;
-    std::size_t faulty = 0;   // with errors, or not readable
+    std::size_t faulty = 0;  // with errors, or not readable
 };
 
 bool HasMixedContent(const DOMElement& start)
@@ -31,8 +31,10 @@ bool HasMixedContent(const DOMElement& start)
     while (!waiting.empty()) {
         const DOMElement& element = *waiting.back();
         waiting.pop_back();
-        if (element.HasText() && element.HasChildren()) return true;
-        for (const DOMElement* child : element.GetChildren()) waiting.push_back(child);
+        if (element.HasText() && element.HasChildren())
+            return true;
+        for (const DOMElement* child : element.GetChildren())
+            waiting.push_back(child);
     }
     return false;
 }
@@ -49,7 +51,8 @@ void RoundTrip(DOMParser& parser, const VString& file, Counts& counts)
         ++counts.mixed;
         return;
     }
-    const std::unique_ptr<DOM> second = parser.ParseXmlString(XMLDomFormatter::RenderAsXMLString(*first, nullptr, true), file);
+    const std::unique_ptr<DOM> second =
+        parser.ParseXmlString(XMLDomFormatter::RenderAsXMLString(*first, nullptr, true), file);
     if (!second->HasErrors() && *first == *second) {
         ++counts.equal;
         return;
@@ -76,10 +79,13 @@ int main(int argc, char** argv)
     Counts counts;
     for (int i = 1; i < argc; ++i) {
         const QString name = QString::fromLocal8Bit(argv[i]);
-        if (QFileInfo(name).isFile()) TryRoundTrip(parser, name, counts);
+        if (QFileInfo(name).isFile())
+            TryRoundTrip(parser, name, counts);
         QDirIterator files(name, {"*.xml", "*.kx?"}, QDir::Files, QDirIterator::Subdirectories);
-        while (files.hasNext()) TryRoundTrip(parser, files.next(), counts);
+        while (files.hasNext())
+            TryRoundTrip(parser, files.next(), counts);
     }
-    std::cout << counts.equal << " equal, " << counts.different << " different, " << counts.mixed << " with text beside elements (not compared), " << counts.faulty << " with errors\n";
+    std::cout << counts.equal << " equal, " << counts.different << " different, " << counts.mixed
+              << " with text beside elements (not compared), " << counts.faulty << " with errors\n";
     return counts.different == 0 && counts.equal > 0 ? 0 : 1;
 }

@@ -9,9 +9,15 @@ TEST(SchemaCommandTest, ListsTheSchemasSorted)
     EXPECT_EQ(result.errors, "");
     std::vector<std::string> names;
     std::istringstream lines(result.output);
-    for (std::string line; std::getline(lines, line);) names.push_back(line);
+    for (std::string line; std::getline(lines, line);)
+        names.push_back(line);
     EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
-    for (const char* name : {"VQRC_FILEFORMAT_KXA_XSD", "VQRC_FILEFORMAT_KXA_XSD_10_2", "VQRC_FILEFORMAT_KXD_XSD_10_5", "VQRC_FILEFORMAT_KXF_XSD", "VQRC_FILEFORMAT_XML_XSD", "VQRC_FILEFORMAT_USER_XSD"}) {
+    for (const char* name : {"VQRC_FILEFORMAT_KXA_XSD",
+             "VQRC_FILEFORMAT_KXA_XSD_10_2",
+             "VQRC_FILEFORMAT_KXD_XSD_10_5",
+             "VQRC_FILEFORMAT_KXF_XSD",
+             "VQRC_FILEFORMAT_XML_XSD",
+             "VQRC_FILEFORMAT_USER_XSD"}) {
         EXPECT_THAT(names, testing::Contains(name));
     }
 }
@@ -27,7 +33,8 @@ TEST(SchemaCommandTest, ShowsASchemaThatIsADocument)
 TEST(SchemaCommandTest, EachListedSchemaCanBeShown)
 {
     std::istringstream lines(RunTool({"schema", "list"}).output);
-    for (std::string name; std::getline(lines, name);) EXPECT_EQ(RunTool({"schema", "show", name}).status, 0) << name;
+    for (std::string name; std::getline(lines, name);)
+        EXPECT_EQ(RunTool({"schema", "show", name}).status, 0) << name;
 }
 
 TEST(SchemaCommandTest, UnknownSchemaFails)

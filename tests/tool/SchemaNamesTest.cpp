@@ -46,7 +46,8 @@ private:
 TEST_F(SchemaNamesTest, SchemaWithALeadingColonIsNamed)
 {
     Write(":x.xsd", CountSchema);
-    for (const char* name : {":x.xsd", "./:x.xsd"}) ExpectChecked(name);
+    for (const char* name : {":x.xsd", "./:x.xsd"})
+        ExpectChecked(name);
 }
 
 TEST_F(SchemaNamesTest, SchemaWithALeadingColonIsIncluded)

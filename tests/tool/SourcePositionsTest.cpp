@@ -57,7 +57,8 @@ TEST(SourcePositionsTest, SkippedLinesCountForAllAndSkippedColumnsForTheFirstLin
 
 TEST(SourcePositionsTest, DeclarationAndPrefixesCountOnTheirLine)
 {
-    const std::string text = "<!--größe \xF0\x9F\x98\x80--><a x='1' :b='2' :c='\xF0\x9F\x98\x80' d='3'>\n<e :f='4' g='5'/>\n</a>";
+    const std::string text =
+        "<!--größe \xF0\x9F\x98\x80--><a x='1' :b='2' :c='\xF0\x9F\x98\x80' d='3'>\n<e :f='4' g='5'/>\n</a>";
     for (const char* part : {"größe", "<a", "x='1'", "b='2'", "d='3'", "<e", "f='4'", "g='5'", "</a>"}) {
         ExpectMapped("", text, part);
         ExpectMapped("\n  ", text, part);
@@ -96,10 +97,12 @@ TEST(SourcePositionsTest, LineEndsAreThoseOfTheScanner)
 TEST(SourcePositionsTest, RandomTextsMapEveryPositionBack)
 {
     std::mt19937 random(7);
-    const std::vector<std::string> pieces{"\n", "  ", "<b ", "/>", " :x='1'", " y='2'", "ö", "<!-- :c='' -->", "text", "\xF0\x9F\x98\x80"};
+    const std::vector<std::string> pieces{
+        "\n", "  ", "<b ", "/>", " :x='1'", " y='2'", "ö", "<!-- :c='' -->", "text", "\xF0\x9F\x98\x80"};
     for (int round = 0; round < 2000; ++round) {
         std::string text = "<a";
-        for (int i = 0; i < 8; ++i) text += pieces[random() % pieces.size()];
+        for (int i = 0; i < 8; ++i)
+            text += pieces[random() % pieces.size()];
         text += ">mark</a>";
         ExpectMapped(" \n ", text, "mark");
     }
@@ -108,16 +111,25 @@ TEST(SourcePositionsTest, RandomTextsMapEveryPositionBack)
 TEST(SourcePositionsTest, MessageGetsThePlaceOfTheFile)
 {
     const SourcePositions positions = Positions("\n\n", "<a/>");
-    EXPECT_EQ(positions.MapMessage("Error(1,5): odd (2,3) (id: f.xml)", "f.xml"), VString("Error(3,5): odd (2,3) (id: f.xml)"));
-    EXPECT_EQ(positions.MapMessage("Fatal Error(2,5): x (id: f.xml)", "f.xml"), VString("Fatal Error(4,5): x (id: f.xml)"));
+    EXPECT_EQ(positions.MapMessage("Error(1,5): odd (2,3) (id: f.xml)", "f.xml"),
+        VString("Error(3,5): odd (2,3) (id: f.xml)"));
+    EXPECT_EQ(
+        positions.MapMessage("Fatal Error(2,5): x (id: f.xml)", "f.xml"), VString("Fatal Error(4,5): x (id: f.xml)"));
     EXPECT_EQ(positions.MapMessage("Warning(1,1): x (id: f.xml)", "f.xml"), VString("Warning(3,1): x (id: f.xml)"));
-    EXPECT_EQ(positions.MapMessage("Entit\xC3\xA9s (1,2) interdites.(1,7) 'e'", "f.xml"), VString("Entit\xC3\xA9s (1,2) interdites.(3,7) 'e'"));
+    EXPECT_EQ(positions.MapMessage("Entit\xC3\xA9s (1,2) interdites.(1,7) 'e'", "f.xml"),
+        VString("Entit\xC3\xA9s (1,2) interdites.(3,7) 'e'"));
 }
 
 TEST(SourcePositionsTest, MessageAboutSomethingElseIsUnchanged)
 {
     const SourcePositions positions = Positions("\n\n", "<a/>");
-    for (const char* message : {"Error(1,5): in a schema (id: s.xsd)", "Error: no place (id: f.xml)", "Unexpected exception", "", "Error(1;5): x (id: f.xml)", "it's 'so'", "Error(1"}) {
+    for (const char* message : {"Error(1,5): in a schema (id: s.xsd)",
+             "Error: no place (id: f.xml)",
+             "Unexpected exception",
+             "",
+             "Error(1;5): x (id: f.xml)",
+             "it's 'so'",
+             "Error(1"}) {
         EXPECT_EQ(positions.MapMessage(message, "f.xml"), VString(message));
     }
 }
@@ -125,10 +137,12 @@ TEST(SourcePositionsTest, MessageAboutSomethingElseIsUnchanged)
 TEST(SourcePositionsTest, ManyInsertionsOnOneLineAreMappedQuickly)
 {
     std::string text = "<a";
-    for (int i = 0; i < 200000; ++i) text += " :a='1'";
+    for (int i = 0; i < 200000; ++i)
+        text += " :a='1'";
     text += "/>";
     const SourcePositions positions = Positions("", text);
     const long long perAttribute = static_cast<long long>(std::string(" IllegalColon:a='1'").size());
     const long long first = Behind(Sanitize(text), "a='1'").column;
-    for (int i = 0; i < 200000; ++i) ASSERT_EQ(positions.Map({1, first + i * perAttribute}).column, 10 + i * 7);
+    for (int i = 0; i < 200000; ++i)
+        ASSERT_EQ(positions.Map({1, first + i * perAttribute}).column, 10 + i * 7);
 }

@@ -18,13 +18,18 @@ namespace {
 [[noreturn]] void Throw()
 {
     const std::string thrown = std::getenv("THROWN");
-    if (thrown == "logic") ThrowLogicException("module\\file", 42, "a == b", MakeLogicError(0x1234ABCD));
-    if (thrown == "memory") throw std::bad_alloc();
-    if (thrown == "parser-memory") throw xercesc::OutOfMemoryException();
-    if (thrown == "length") throw std::length_error("string");
-    if (thrown == "product") throw VantoraException("a product's message", VError::ErrorInfo::NoError);
+    if (thrown == "logic")
+        ThrowLogicException("module\\file", 42, "a == b", MakeLogicError(0x1234ABCD));
+    if (thrown == "memory")
+        throw std::bad_alloc();
+    if (thrown == "parser-memory")
+        throw xercesc::OutOfMemoryException();
+    if (thrown == "length")
+        throw std::length_error("string");
+    if (thrown == "product")
+        throw VantoraException("a product's message", VError::ErrorInfo::NoError);
     if (thrown == "parser") {
-        xercesc::XMLPlatformUtils::Initialize();   // loads the message
+        xercesc::XMLPlatformUtils::Initialize();  // loads the message
         throw xercesc::RuntimeException("file", 1, xercesc::XMLExcepts::CPtr_PointerIsZero);
     }
     throw 1;

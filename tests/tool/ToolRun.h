@@ -15,27 +15,36 @@
 #include "tests/common/TestSupport.h"
 
 struct ToolResult {
-    int status = -1;   // of the exit; -1 when the tool crashed or did not end
+    int status = -1;  // of the exit; -1 when the tool crashed or did not end
     std::string output;
     std::string errors;
 };
 
 // Runs `program` with its output going to the file `outputFile`, or into the result, and in
 // `folder`, or where the test runs.
-inline ToolResult RunProgram(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = std::string(), const std::string& outputFile = std::string(), const std::string& folder = std::string())
+inline ToolResult RunProgram(const std::string& program,
+    const std::vector<std::string>& arguments,
+    const std::string& input = std::string(),
+    const std::string& outputFile = std::string(),
+    const std::string& folder = std::string())
 {
     QStringList list;
     // QString::fromStdString would drop a U+FEFF at the start.
-    for (const std::string& argument : arguments) list << VString::fromStdString(argument).ToQString();
+    for (const std::string& argument : arguments)
+        list << VString::fromStdString(argument).ToQString();
     QProcess process;
-    if (!outputFile.empty()) process.setStandardOutputFile(QString::fromStdString(outputFile));
-    if (!folder.empty()) process.setWorkingDirectory(QString::fromStdString(folder));
+    if (!outputFile.empty())
+        process.setStandardOutputFile(QString::fromStdString(outputFile));
+    if (!folder.empty())
+        process.setWorkingDirectory(QString::fromStdString(folder));
     process.start(QString::fromStdString(program), list);
     process.write(input.data(), static_cast<qint64>(input.size()));
     process.closeWriteChannel();
     ToolResult result;
-    if (!process.waitForFinished(120000)) return result;
-    if (process.exitStatus() == QProcess::NormalExit) result.status = process.exitCode();
+    if (!process.waitForFinished(120000))
+        return result;
+    if (process.exitStatus() == QProcess::NormalExit)
+        result.status = process.exitCode();
     result.output = process.readAllStandardOutput().toStdString();
     result.errors = process.readAllStandardError().toStdString();
     return result;
@@ -50,7 +59,8 @@ inline ToolResult RunTool(const std::vector<std::string>& arguments, const std::
 // Runs the tool as somebody who is not the administrator, whom no permission stops.
 inline ToolResult RunToolAsOrdinaryUser(const std::vector<std::string>& arguments)
 {
-    if (geteuid() != 0) return RunTool(arguments);
+    if (geteuid() != 0)
+        return RunTool(arguments);
     std::vector<std::string> all{"--reuid=65534", "--regid=65534", "--clear-groups", VANXML_PATH};
     all.insert(all.end(), arguments.begin(), arguments.end());
     return RunProgram("setpriv", all);
@@ -63,7 +73,8 @@ inline std::vector<std::string> NamesBeside(const VString& file)
     const QDir::Filters all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System;
     std::vector<std::string> names;
     const QDir folder = QFileInfo(file.ToQString()).dir();
-    for (const QString& name : folder.entryList(all, QDir::Name)) names.push_back(name.toStdString());
+    for (const QString& name : folder.entryList(all, QDir::Name))
+        names.push_back(name.toStdString());
     return names;
 }
 

@@ -5,7 +5,8 @@ using testing::StartsWith;
 
 TEST(VersionCommandTest, PrintsTheVersionOfTheFirstElement)
 {
-    const ToolResult result = RunTool({"version", "-"}, "<?xml version='1.0'?><!-- <x version='3'> --><a build_version='2' version='18.1.3'><b version='4'/></a>");
+    const ToolResult result = RunTool({"version", "-"},
+        "<?xml version='1.0'?><!-- <x version='3'> --><a build_version='2' version='18.1.3'><b version='4'/></a>");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "18.1.3\n");
     EXPECT_EQ(result.errors, "");
@@ -41,5 +42,6 @@ TEST(VersionCommandTest, UnreadableFileFails)
 
 TEST(VersionCommandTest, FindsTheVersionBehindALongComment)
 {
-    EXPECT_EQ(RunTool({"version", "-"}, "<!--" + std::string(10 << 20, 'x') + "--><a version='18.1'/>").output, "18.1\n");
+    EXPECT_EQ(
+        RunTool({"version", "-"}, "<!--" + std::string(10 << 20, 'x') + "--><a version='18.1'/>").output, "18.1\n");
 }

@@ -124,7 +124,9 @@ void ExpectUnchanged(Pair& pair)
 
 TEST(AllocationFaultTest, ACopyThatFailsLeavesNothing)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { DOMElement copy(*pair.one.GetDocumentRoot()); }, ExpectUnchanged), 8);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { DOMElement copy(*pair.one.GetDocumentRoot()); }, ExpectUnchanged),
+        8);
 }
 
 TEST(AllocationFaultTest, AnAssignmentThatFailsChangesNothing)
@@ -139,23 +141,33 @@ TEST(AllocationFaultTest, AnAssignmentThatFailsChangesNothing)
         pair.two.GetElement("c")->RemoveChildren().clear();
         ExpectUnchanged(pair);
     };
-    EXPECT_GT(FailEach(make, [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetDocumentRoot(); }, check), 8);
+    EXPECT_GT(FailEach(
+                  make, [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetDocumentRoot(); }, check),
+        8);
 }
 
 // The source has errors and warnings, the target none: it gets neither.
 TEST(AllocationFaultTest, AnAssignmentThatFailsCopiesNoRecords)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetElement("b"); }, ExpectUnchanged), 4);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetElement("b"); }, ExpectUnchanged),
+        4);
 }
 
 TEST(AllocationFaultTest, MovingAllRecordsThatFailsChangesNothing)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { DOMTestAccess::MoveAll(pair.one, pair.two); }, ExpectUnchanged), 4);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { DOMTestAccess::MoveAll(pair.one, pair.two); }, ExpectUnchanged),
+        4);
 }
 
 TEST(AllocationFaultTest, AdoptingRecordsThatFailsChangesNothing)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { DOMTestAccess::Adopt(pair.two, *pair.one.GetElement("b"), nullptr); }, ExpectUnchanged), 1);
+    EXPECT_GT(FailEach(
+                  MakePair,
+                  [](Pair& pair) { DOMTestAccess::Adopt(pair.two, *pair.one.GetElement("b"), nullptr); },
+                  ExpectUnchanged),
+        1);
 }
 
 TEST(AllocationFaultTest, ClearingThatFailsLeavesTheTestsRight)
@@ -164,17 +176,25 @@ TEST(AllocationFaultTest, ClearingThatFailsLeavesTheTestsRight)
         EXPECT_EQ(pair.one.GetDocumentRoot()->HasErrors(), !pair.one.GetErrors().empty());
         EXPECT_EQ(Strings(pair.one.GetWarnings()), (Texts{"w"}));
     };
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("a")->ClearErrors(); }, check), 0);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { pair.one.GetElement("a")->ClearErrors(); }, check),
+        0);
 }
 
 TEST(AllocationFaultTest, AnInsertionThatFailsChangesNothing)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("c")->AddNewChild("new", nullptr); }, ExpectUnchanged), 1);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { pair.one.GetElement("c")->AddNewChild("new", nullptr); }, ExpectUnchanged),
+        1);
 }
 
 TEST(AllocationFaultTest, AMoveBetweenDocumentsThatFailsChangesNothing)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("a")->Move(*pair.two.GetElement("c"), nullptr); }, ExpectUnchanged), 2);
+    EXPECT_GT(FailEach(
+                  MakePair,
+                  [](Pair& pair) { pair.one.GetElement("a")->Move(*pair.two.GetElement("c"), nullptr); },
+                  ExpectUnchanged),
+        2);
 }
 
 // So many that the other document's maps must grow.
@@ -193,24 +213,37 @@ TEST(AllocationFaultTest, AMoveOfManyRecordsThatFailsChangesNothing)
         pair.one.GetRoot().RemoveChild("many").reset();
         ExpectUnchanged(pair);
     };
-    EXPECT_GT(FailEach(make, [](Pair& pair) { pair.one.GetElement("many")->Move(*pair.two.GetElement("c"), nullptr); }, check), 3);
+    EXPECT_GT(
+        FailEach(
+            make, [](Pair& pair) { pair.one.GetElement("many")->Move(*pair.two.GetElement("c"), nullptr); }, check),
+        3);
 }
 
 TEST(AllocationFaultTest, AMoveOutOfAllDocumentsThatFailsChangesNothing)
 {
     DOMElement free("free");
-    EXPECT_GT(FailEach(MakePair, [&free](Pair& pair) { pair.one.GetElement("a")->Move(free, nullptr); }, ExpectUnchanged), 2);
+    EXPECT_GT(FailEach(
+                  MakePair, [&free](Pair& pair) { pair.one.GetElement("a")->Move(free, nullptr); }, ExpectUnchanged),
+        2);
 }
 
 TEST(AllocationFaultTest, AdoptingChildrenThatFailsChangesNothing)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.two.GetElement("c")->AdoptChildren(*pair.one.GetDocumentRoot(), nullptr); }, ExpectUnchanged), 2);
+    EXPECT_GT(FailEach(
+                  MakePair,
+                  [](Pair& pair) { pair.two.GetElement("c")->AdoptChildren(*pair.one.GetDocumentRoot(), nullptr); },
+                  ExpectUnchanged),
+        2);
 }
 
 TEST(AllocationFaultTest, RemovalsThatFailChangeNothing)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChild("a").reset(); }, ExpectUnchanged), 1);
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); }, ExpectUnchanged), 3);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChild("a").reset(); }, ExpectUnchanged),
+        1);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); }, ExpectUnchanged),
+        3);
 }
 
 // A child that counted as taken out could be put below itself.
@@ -220,33 +253,41 @@ TEST(AllocationFaultTest, ARemovalThatFailsLeavesTheChildrenInTheTree)
         EXPECT_THROW(pair.one.GetElement("b")->AdoptChildren(*pair.one.GetDocumentRoot(), nullptr), LogicException);
         ExpectUnchanged(pair);
     };
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); }, check), 3);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); }, check),
+        3);
 }
 
 TEST(AllocationFaultTest, ARefusedChildStaysWithTheCaller)
 {
     std::unique_ptr<DOMElement> child = NewElement("new");
-    EXPECT_GT(FailEach(MakePair, [&child](Pair& pair) { pair.one.GetElement("b")->AppendChild(std::move(child)); },
-                       [&child](Pair& pair) {
-                           EXPECT_NE(child, nullptr);
-                           ExpectUnchanged(pair);
-                       }),
-              0);
+    EXPECT_GT(FailEach(
+                  MakePair,
+                  [&child](Pair& pair) { pair.one.GetElement("b")->AppendChild(std::move(child)); },
+                  [&child](Pair& pair) {
+                      EXPECT_NE(child, nullptr);
+                      ExpectUnchanged(pair);
+                  }),
+        0);
 }
 
 TEST(AllocationFaultTest, ARecordThatFailsLeavesNoEmptyEntry)
 {
     const auto run = [](Pair& pair) { AddError(*pair.one.GetElement("c"), "c"); };
-    EXPECT_GT(FailEach(MakePair, run, [](Pair& pair) {
-                  ExpectUnchanged(pair);
-                  EXPECT_FALSE(pair.one.GetElement("c")->HasErrors());
-              }),
-              1);
+    EXPECT_GT(FailEach(MakePair,
+                  run,
+                  [](Pair& pair) {
+                      ExpectUnchanged(pair);
+                      EXPECT_FALSE(pair.one.GetElement("c")->HasErrors());
+                  }),
+        1);
 }
 
 TEST(AllocationFaultTest, TestsForErrorsSurviveAFailure)
 {
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("a")->HasErrors(); }, ExpectUnchanged), 1);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { pair.one.GetElement("a")->HasErrors(); }, ExpectUnchanged),
+        1);
 }
 
 // The failure may leave the index half built, and the move builds on that.
@@ -259,7 +300,9 @@ TEST(AllocationFaultTest, TestsForErrorsAreRightAfterAFailureAndAMove)
         EXPECT_TRUE(target.HasErrors() && target.HasUnreportedErrors() && target.HasWarnings());
         EXPECT_FALSE(target.HasCancelErrors() || target.HasOnlyCancelErrors());
     };
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.one.GetElement("a")->HasCancelErrors(); }, check), 8);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { pair.one.GetElement("a")->HasCancelErrors(); }, check),
+        8);
 }
 
 TEST(AllocationFaultTest, ADeepCopyThatFailsLeavesTheSourceAlone)
@@ -268,7 +311,9 @@ TEST(AllocationFaultTest, ADeepCopyThatFailsLeavesTheSourceAlone)
         EXPECT_EQ(Strings(pair.one.GetErrors()), (Texts{"a", "b"}));
         EXPECT_EQ(pair.one, pair.two);  // the tree that was there, which is equal
     };
-    EXPECT_GT(FailEach(MakePair, [](Pair& pair) { pair.two.DeepCopy(pair.one); }, check), 8);
+    EXPECT_GT(FailEach(
+                  MakePair, [](Pair& pair) { pair.two.DeepCopy(pair.one); }, check),
+        8);
 }
 
 TEST(AllocationFaultTest, AttributesThatFailAreAsTheyWere)
@@ -276,11 +321,25 @@ TEST(AllocationFaultTest, AttributesThatFailAreAsTheyWere)
     const auto make = [] { return std::make_unique<AttributeMap>(AttributeMap{{"a", "1"}, {"b", "2"}}); };
     const auto check = [](AttributeMap& map) { EXPECT_EQ(map, (AttributeMap{{"a", "1"}, {"b", "2"}})); };
     const AttributeMap other{{"x", "1"}, {"y", "2"}};
-    EXPECT_EQ(FailEach(make, [](AttributeMap& map) { map.insert_or_assign("c", "3"); }, check), 1);
-    EXPECT_EQ(FailEach(make, [&other](AttributeMap& map) { map = other; }, check), 1);
-    EXPECT_EQ(FailEach(make, [](AttributeMap& map) { map.reserve(40); }, check), 1);
-    EXPECT_EQ(FailEach(make, [](AttributeMap& map) { const AttributeMap copy(map); }, check), 1);
-    EXPECT_EQ(FailEach(make, [](AttributeMap&) { const AttributeMap list{{"a", "1"}, {"b", "2"}}; }, check), 1);
+    EXPECT_EQ(FailEach(
+                  make, [](AttributeMap& map) { map.insert_or_assign("c", "3"); }, check),
+        1);
+    EXPECT_EQ(FailEach(
+                  make, [&other](AttributeMap& map) { map = other; }, check),
+        1);
+    EXPECT_EQ(FailEach(
+                  make, [](AttributeMap& map) { map.reserve(40); }, check),
+        1);
+    EXPECT_EQ(FailEach(
+                  make, [](AttributeMap& map) { const AttributeMap copy(map); }, check),
+        1);
+    EXPECT_EQ(FailEach(
+                  make,
+                  [](AttributeMap&) {
+                      const AttributeMap list{{"a", "1"}, {"b", "2"}};
+                  },
+                  check),
+        1);
 }
 
 // Aligned beyond what the global operator new gives.

@@ -49,26 +49,17 @@ void ExpectSameAsStandardMap(unsigned seed, int names, int steps)
         const VString name = VString::number(static_cast<int>(random() % static_cast<unsigned>(names)));
         const VString value = VString::number(step);
         switch (random() % 8) {
-        case 0:
-            ASSERT_EQ(map.insert({name, value}).second, model.insert({name, value}).second);
-            break;
+        case 0: ASSERT_EQ(map.insert({name, value}).second, model.insert({name, value}).second); break;
         case 1:
-        case 2:
-            ASSERT_EQ(map.insert_or_assign(name, value).second, model.insert_or_assign(name, value).second);
-            break;
-        case 3:
-            ASSERT_EQ(map.emplace(name, value).first->second, model.emplace(name, value).first->second);
-            break;
+        case 2: ASSERT_EQ(map.insert_or_assign(name, value).second, model.insert_or_assign(name, value).second); break;
+        case 3: ASSERT_EQ(map.emplace(name, value).first->second, model.emplace(name, value).first->second); break;
         case 4:
-        case 5:
-            ASSERT_EQ(map.erase(name), model.erase(name));
-            break;
+        case 5: ASSERT_EQ(map.erase(name), model.erase(name)); break;
         case 6:
             map[name] += value;
             model[name] += value;
             break;
-        default:
-            ASSERT_EQ(map.count(name), model.count(name));
+        default: ASSERT_EQ(map.count(name), model.count(name));
         }
     }
     ExpectSame(map, model);
@@ -81,7 +72,10 @@ void ExpectSameAsStandardMap(unsigned seed, int names, int steps)
 
 // The iterator templates accept only iterators over entries.
 template <typename T>
-constexpr bool InsertsRangeOf = requires(AttributeMap map, T i) { map.insert(i, i); };
+constexpr bool InsertsRangeOf = requires(AttributeMap map, T i)
+{
+    map.insert(i, i);
+};
 static_assert(std::is_constructible_v<AttributeMap, Model::iterator, Model::iterator>);
 static_assert(!std::is_constructible_v<AttributeMap, int, int>);
 static_assert(!std::is_constructible_v<AttributeMap, const char*, const char*>);
@@ -97,7 +91,10 @@ static_assert(std::is_same_v<AttributeMap::hasher, VStringHash>);
 // Runs on the standard's map as on ours.
 struct ChangeRow {
     template <typename Change>
-    ChangeRow(const char* rowName, Change change) : name(rowName), ours(change), standard(change) {}
+    ChangeRow(const char* rowName, Change change) : name(rowName),
+                                                    ours(change),
+                                                    standard(change)
+    {}
 
     const char* name;
     std::function<void(AttributeMap&)> ours;
@@ -117,35 +114,54 @@ TEST_P(AttributeMapChangeTest, ActsAsOnTheStandardMap)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Changes, AttributeMapChangeTest, testing::Values(
-    ChangeRow("InsertBraces", [](auto& map) { map.insert({"a", "1"}).first->second += "x"; }),
-    ChangeRow("InsertEntry", [](auto& map) { map.insert(std::pair<const VString, VString>("a", "1")).first->second += "x"; }),
-    ChangeRow("InsertPair", [](auto& map) { map.insert(std::pair<VString, VString>("a", "1")).first->second += "x"; }),
-    ChangeRow("InsertPairOfLiterals", [](auto& map) { map.insert(std::make_pair("a", "1")).first->second += "x"; }),
-    ChangeRow("InsertPairObject", [](auto& map) {
-        std::pair<const VString, VString> entry("a", "1");
-        map.insert(entry);
-        map.insert(map.end(), entry)->second += entry.second;
-    }),
-    ChangeRow("InsertHint", [](auto& map) { map.insert(map.begin(), {"a", "1"})->second += "x"; }),
-    ChangeRow("InsertHintPair", [](auto& map) { map.insert(map.cend(), std::make_pair("a", "1"))->second += "x"; }),
-    ChangeRow("InsertList", [](auto& map) { map.insert({{"a", "1"}, {"d", "4"}, {"a", "5"}}); }),
-    ChangeRow("EmplaceNothing", [](auto& map) { map.emplace().first->second += "x"; }),
-    ChangeRow("EmplacePair", [](auto& map) { map.emplace(std::make_pair("a", "1")).first->second += "x"; }),
-    ChangeRow("EmplaceTwo", [](auto& map) { map.emplace("a", VString("1")).first->second += "x"; }),
-    ChangeRow("EmplacePiecewise", [](auto& map) {
-        map.emplace(std::piecewise_construct, std::forward_as_tuple("a"), std::forward_as_tuple(u"123", 2)).first->second += "x";
-    }),
-    ChangeRow("EmplaceHint", [](auto& map) { map.emplace_hint(map.begin(), "a", "1")->second += "x"; }),
-    ChangeRow("TryEmplace", [](auto& map) { map.try_emplace("a", "1").first->second += "x"; }),
-    ChangeRow("TryEmplaceNothing", [](auto& map) { map.try_emplace("a").first->second += "x"; }),
-    ChangeRow("TryEmplaceTwo", [](auto& map) { map.try_emplace("a", u"123", 2).first->second += "x"; }),
-    ChangeRow("TryEmplaceHint", [](auto& map) { map.try_emplace(map.end(), "a", u"123", 2)->second += "x"; }),
-    ChangeRow("InsertOrAssign", [](auto& map) { map.insert_or_assign("a", "1").first->second += "x"; }),
-    ChangeRow("InsertOrAssignHint", [](auto& map) { map.insert_or_assign(map.begin(), "a", "1")->second += "x"; }),
-    ChangeRow("AssignList", [](auto& map) { map = {{"a", "1"}, {"b", "2"}}; }),
-    ChangeRow("AssignNothing", [](auto& map) { map = {}; }),
-    ChangeRow("EraseIf", [](auto& map) { std::erase_if(map, [](const auto& entry) { return entry.first == VString("a"); }); })),
+INSTANTIATE_TEST_SUITE_P(Changes,
+    AttributeMapChangeTest,
+    testing::Values(ChangeRow("InsertBraces",
+                        [](auto& map) {
+                            map.insert({"a", "1"}).first->second += "x";
+                        }),
+        ChangeRow("InsertEntry",
+            [](auto& map) { map.insert(std::pair<const VString, VString>("a", "1")).first->second += "x"; }),
+        ChangeRow(
+            "InsertPair", [](auto& map) { map.insert(std::pair<VString, VString>("a", "1")).first->second += "x"; }),
+        ChangeRow("InsertPairOfLiterals", [](auto& map) { map.insert(std::make_pair("a", "1")).first->second += "x"; }),
+        ChangeRow("InsertPairObject",
+            [](auto& map) {
+                std::pair<const VString, VString> entry("a", "1");
+                map.insert(entry);
+                map.insert(map.end(), entry)->second += entry.second;
+            }),
+        ChangeRow("InsertHint",
+            [](auto& map) {
+                map.insert(map.begin(), {"a", "1"})->second += "x";
+            }),
+        ChangeRow("InsertHintPair", [](auto& map) { map.insert(map.cend(), std::make_pair("a", "1"))->second += "x"; }),
+        ChangeRow("InsertList",
+            [](auto& map) {
+                map.insert({{"a", "1"}, {"d", "4"}, {"a", "5"}});
+            }),
+        ChangeRow("EmplaceNothing", [](auto& map) { map.emplace().first->second += "x"; }),
+        ChangeRow("EmplacePair", [](auto& map) { map.emplace(std::make_pair("a", "1")).first->second += "x"; }),
+        ChangeRow("EmplaceTwo", [](auto& map) { map.emplace("a", VString("1")).first->second += "x"; }),
+        ChangeRow("EmplacePiecewise",
+            [](auto& map) {
+                map.emplace(std::piecewise_construct, std::forward_as_tuple("a"), std::forward_as_tuple(u"123", 2))
+                    .first->second += "x";
+            }),
+        ChangeRow("EmplaceHint", [](auto& map) { map.emplace_hint(map.begin(), "a", "1")->second += "x"; }),
+        ChangeRow("TryEmplace", [](auto& map) { map.try_emplace("a", "1").first->second += "x"; }),
+        ChangeRow("TryEmplaceNothing", [](auto& map) { map.try_emplace("a").first->second += "x"; }),
+        ChangeRow("TryEmplaceTwo", [](auto& map) { map.try_emplace("a", u"123", 2).first->second += "x"; }),
+        ChangeRow("TryEmplaceHint", [](auto& map) { map.try_emplace(map.end(), "a", u"123", 2)->second += "x"; }),
+        ChangeRow("InsertOrAssign", [](auto& map) { map.insert_or_assign("a", "1").first->second += "x"; }),
+        ChangeRow("InsertOrAssignHint", [](auto& map) { map.insert_or_assign(map.begin(), "a", "1")->second += "x"; }),
+        ChangeRow("AssignList",
+            [](auto& map) {
+                map = {{"a", "1"}, {"b", "2"}};
+            }),
+        ChangeRow("AssignNothing", [](auto& map) { map = {}; }),
+        ChangeRow("EraseIf",
+            [](auto& map) { std::erase_if(map, [](const auto& entry) { return entry.first == VString("a"); }); })),
     [](const auto& row) { return row.param.name; });
 
 TEST(AttributeMapTest, TryEmplaceLeavesItsArgumentsWhenTheNameIsThere)
@@ -188,7 +204,9 @@ TEST_P(AttributeMapPropertyTest, AgreesWithTheStandardMap)
         ExpectSameAsStandardMap(seed, GetParam(), 40 * GetParam() + 100);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes, AttributeMapPropertyTest, testing::Values(1, 3, 16, 17, 40, 300), [](const auto& row) { return "Names" + std::to_string(row.param); });
+INSTANTIATE_TEST_SUITE_P(Sizes, AttributeMapPropertyTest, testing::Values(1, 3, 16, 17, 40, 300), [](const auto& row) {
+    return "Names" + std::to_string(row.param);
+});
 
 TEST(AttributeMapTest, AgreesWithTheStandardMapWhenLarge)
 {
@@ -321,9 +339,10 @@ TEST(AttributeMapTest, ErasesRangesOfEntries)
         for (int first = 0; first <= size; ++first) {
             AttributeMap map = MapOf(size);
             Model left;
-            for (auto i = map.begin(); i != map.end(); ++i)
+            for (auto i = map.begin(); i != map.end(); ++i) {
                 if (i < map.begin() + first || i >= map.begin() + (first + size + 1) / 2)
                     left.insert(*i);
+            }
             const auto next = map.erase(map.begin() + first, map.begin() + (first + size + 1) / 2);
             ExpectSame(map, left);
             EXPECT_EQ(next, map.begin() + first);

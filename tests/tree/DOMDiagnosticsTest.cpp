@@ -51,10 +51,13 @@ TEST_P(DOMErrorKindTest, IsSeenFromTheElementItsParentAndTheDocument)
     EXPECT_TRUE(sibling.HasOnlyCancelErrors());
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, DOMErrorKindTest,
-                         testing::Values(KindRow{"New", false, false, true, false, false}, KindRow{"Reported", true, false, false, false, false},
-                                         KindRow{"NewCancel", false, true, true, true, true}, KindRow{"ReportedCancel", true, true, false, true, true}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Kinds,
+    DOMErrorKindTest,
+    testing::Values(KindRow{"New", false, false, true, false, false},
+        KindRow{"Reported", true, false, false, false, false},
+        KindRow{"NewCancel", false, true, true, true, true},
+        KindRow{"ReportedCancel", true, true, false, true, true}),
+    [](const auto& row) { return row.param.name; });
 
 TEST(DOMDiagnosticsTest, OneFaultAmongCancellationsCounts)
 {
@@ -123,8 +126,12 @@ TEST(DOMDiagnosticsTest, ADyingCopyErasesItsOwnRecordsOnly)
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
     AddError(a, "a");
-    { const DOMElement copy(a); }
-    { const DOMElement copy(document.GetRoot()); }
+    {
+        const DOMElement copy(a);
+    }
+    {
+        const DOMElement copy(document.GetRoot());
+    }
     EXPECT_EQ(Strings(document.GetErrors()), (Texts{"a"}));
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 1u);
 }

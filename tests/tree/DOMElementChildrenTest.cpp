@@ -51,7 +51,11 @@ TEST(DOMElementChildTest, AppendChildTakesOwnership)
 TEST(DOMElementChildTest, InsertionOfNothingAsserts)
 {
     DOMElement parent("p");
-    ExpectLogicException([&] { parent.AppendChild(parent.RemoveChild("missing")); }, "vancorexml\\main\\parser\\DOMElement", 412, "child", 0x3E5D90A4);
+    ExpectLogicException([&] { parent.AppendChild(parent.RemoveChild("missing")); },
+        "vancorexml\\main\\parser\\DOMElement",
+        412,
+        "child",
+        0x3E5D90A4);
     EXPECT_FALSE(parent.HasChildren());
 }
 
@@ -108,7 +112,11 @@ TEST(DOMElementChildTest, RemoveChildOfAnotherParentAsserts)
 {
     DOMElement parent("p");
     DOMElement& child = parent.AddNewChild("a", nullptr).AddNewChild("b", nullptr);
-    ExpectLogicException([&] { parent.RemoveChild(child); }, "vancorexml\\main\\parser\\DOMElement", 556, "i != m_children.end()", 0x65F1A21B);
+    ExpectLogicException([&] { parent.RemoveChild(child); },
+        "vancorexml\\main\\parser\\DOMElement",
+        556,
+        "i != m_children.end()",
+        0x65F1A21B);
     EXPECT_EQ(ChildNames(*parent.GetChild("a")), "b");
 }
 
@@ -174,7 +182,11 @@ TEST(DOMElementChildTest, RemoveIfEmptyOfANonChildAssertsOnlyWhenEmpty)
 {
     DOMElement parent("p");
     DOMElement stranger("s");
-    ExpectLogicException([&] { parent.RemoveIfEmpty(stranger); }, "vancorexml\\main\\parser\\DOMElement", 556, "i != m_children.end()", 0x65F1A21B);
+    ExpectLogicException([&] { parent.RemoveIfEmpty(stranger); },
+        "vancorexml\\main\\parser\\DOMElement",
+        556,
+        "i != m_children.end()",
+        0x65F1A21B);
     stranger.SetText("x");
     EXPECT_EQ(parent.RemoveIfEmpty(stranger), nullptr);
 }

@@ -223,15 +223,20 @@ TEST_P(DOMElementDifferenceTest, IsSeenFromBothSides)
     EXPECT_NE(outerA, outerB);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, DOMElementDifferenceTest,
-    testing::Values(DifferenceRow{"Name", [](DOMElement& e) { e.SetName("other"); }}, DifferenceRow{"Text", [](DOMElement& e) { e.SetText("other"); }},
-                    DifferenceRow{"AttributeCount", [](DOMElement& e) { e.SetAttribute("more", ""); }},
-                    DifferenceRow{"AttributeName", [](DOMElement& e) { e.RemoveAttribute("n"); e.SetAttribute("m", "v"); }},
-                    DifferenceRow{"AttributeValue", [](DOMElement& e) { e.SetAttribute("n", "w"); }},
-                    DifferenceRow{"ChildCount", [](DOMElement& e) { e.AddNewChild("d", nullptr); }},
-                    DifferenceRow{"ChildOrder", [](DOMElement& e) { e.GetChild("c")->MoveToFront(); }},
-                    DifferenceRow{"Grandchild", [](DOMElement& e) { e.GetChild("a")->GetChild("b")->SetText("x"); }}),
+INSTANTIATE_TEST_SUITE_P(Of,
+    DOMElementDifferenceTest,
+    testing::Values(DifferenceRow{"Name", [](DOMElement& e) { e.SetName("other"); }},
+        DifferenceRow{"Text", [](DOMElement& e) { e.SetText("other"); }},
+        DifferenceRow{"AttributeCount", [](DOMElement& e) { e.SetAttribute("more", ""); }},
+        DifferenceRow{"AttributeName",
+            [](DOMElement& e) {
+                e.RemoveAttribute("n");
+                e.SetAttribute("m", "v");
+            }},
+        DifferenceRow{"AttributeValue", [](DOMElement& e) { e.SetAttribute("n", "w"); }},
+        DifferenceRow{"ChildCount", [](DOMElement& e) { e.AddNewChild("d", nullptr); }},
+        DifferenceRow{"ChildOrder", [](DOMElement& e) { e.GetChild("c")->MoveToFront(); }},
+        DifferenceRow{"Grandchild", [](DOMElement& e) { e.GetChild("a")->GetChild("b")->SetText("x"); }}),
     [](const auto& row) { return row.param.name; });
 
 TEST(DOMElementCopyTest, ComparisonLeavesOutEverythingElse)

@@ -24,29 +24,32 @@ TEST_P(DOMElementForwardTest, AssertsADocument)
 {
     const ForwardRow& row = GetParam();
     DOMElement element("a");
-    const std::string text = std::string("DOMElement::") + row.operation + " can only be called on a DOMElement that is attached to a DOM";
-    ExpectLogicException([&] { row.run(element); }, "vancorexml\\main\\parser\\DOMElement", row.line, text.c_str(), row.code);
+    const std::string text =
+        std::string("DOMElement::") + row.operation + " can only be called on a DOMElement that is attached to a DOM";
+    ExpectLogicException(
+        [&] { row.run(element); }, "vancorexml\\main\\parser\\DOMElement", row.line, text.c_str(), row.code);
     DOM document;
     EXPECT_NO_THROW(row.run(document.GetRoot()));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Each, DOMElementForwardTest,
+INSTANTIATE_TEST_SUITE_P(Each,
+    DOMElementForwardTest,
     testing::Values(ForwardRow{"ClearErrors", 789, 0xBACFCB15, [](DOMElement& e) { e.ClearErrors(); }},
-                    ForwardRow{"Error", 801, 0xCA9B9C3D, [](DOMElement& e) { e.Error("m", Info(1), false, false); }},
-                    ForwardRow{"PrefixError", 810, 0x35B23465, [](DOMElement& e) { e.PrefixError("m", Info(1), false); }},
-                    ForwardRow{"HasErrors", 818, 0xF2FE57DA, [](DOMElement& e) { e.HasErrors(); }},
-                    ForwardRow{"HasUnreportedErrors", 827, 0x6BA33C74, [](DOMElement& e) { e.HasUnreportedErrors(); }},
-                    ForwardRow{"HasCancelErrors", 836, 0x41FC1050, [](DOMElement& e) { e.HasCancelErrors(); }},
-                    ForwardRow{"HasOnlyCancelErrors", 845, 0xB3A0A105, [](DOMElement& e) { e.HasOnlyCancelErrors(); }},
-                    ForwardRow{"GetErrors", 853, 0x58C0A15B, [](DOMElement& e) { e.GetErrors(someTexts); }},
-                    ForwardRow{"GetMetadataForErrors", 862, 0x325D575C, [](DOMElement& e) { e.GetMetadataForErrors(someInfos); }},
-                    ForwardRow{"ClearWarnings", 871, 0x89E3A6EC, [](DOMElement& e) { e.ClearWarnings(); }},
-                    ForwardRow{"Warning", 880, 0x7EFAD16F, [](DOMElement& e) { e.Warning("m", Info(1)); }},
-                    ForwardRow{"PrefixWarning", 890, 0x97789898, [](DOMElement& e) { e.PrefixWarning("m", Info(1)); }},
-                    ForwardRow{"HasWarnings", 898, 0x58D0894A, [](DOMElement& e) { e.HasWarnings(); }},
-                    ForwardRow{"GetWarnings", 906, 0x4A1AF88C, [](DOMElement& e) { e.GetWarnings(someTexts); }},
-                    ForwardRow{"GetMetadataForWarnings", 915, 0x2DE19AB8, [](DOMElement& e) { e.GetMetadataForWarnings(someInfos); }}),
+        ForwardRow{"Error", 801, 0xCA9B9C3D, [](DOMElement& e) { e.Error("m", Info(1), false, false); }},
+        ForwardRow{"PrefixError", 810, 0x35B23465, [](DOMElement& e) { e.PrefixError("m", Info(1), false); }},
+        ForwardRow{"HasErrors", 818, 0xF2FE57DA, [](DOMElement& e) { e.HasErrors(); }},
+        ForwardRow{"HasUnreportedErrors", 827, 0x6BA33C74, [](DOMElement& e) { e.HasUnreportedErrors(); }},
+        ForwardRow{"HasCancelErrors", 836, 0x41FC1050, [](DOMElement& e) { e.HasCancelErrors(); }},
+        ForwardRow{"HasOnlyCancelErrors", 845, 0xB3A0A105, [](DOMElement& e) { e.HasOnlyCancelErrors(); }},
+        ForwardRow{"GetErrors", 853, 0x58C0A15B, [](DOMElement& e) { e.GetErrors(someTexts); }},
+        ForwardRow{"GetMetadataForErrors", 862, 0x325D575C, [](DOMElement& e) { e.GetMetadataForErrors(someInfos); }},
+        ForwardRow{"ClearWarnings", 871, 0x89E3A6EC, [](DOMElement& e) { e.ClearWarnings(); }},
+        ForwardRow{"Warning", 880, 0x7EFAD16F, [](DOMElement& e) { e.Warning("m", Info(1)); }},
+        ForwardRow{"PrefixWarning", 890, 0x97789898, [](DOMElement& e) { e.PrefixWarning("m", Info(1)); }},
+        ForwardRow{"HasWarnings", 898, 0x58D0894A, [](DOMElement& e) { e.HasWarnings(); }},
+        ForwardRow{"GetWarnings", 906, 0x4A1AF88C, [](DOMElement& e) { e.GetWarnings(someTexts); }},
+        ForwardRow{
+            "GetMetadataForWarnings", 915, 0x2DE19AB8, [](DOMElement& e) { e.GetMetadataForWarnings(someInfos); }}),
     [](const auto& row) { return row.param.operation; });
 
 TEST(DOMElementDiagnosticsTest, PrefixedErrorsComeFirst)

@@ -142,8 +142,16 @@ TEST(DOMElementMoveTest, AdoptWithoutAParentAsserts)
 {
     DOMElement parent("p");
     DOMElement child("a");
-    ExpectLogicException([&] { parent.Adopt(child, nullptr); }, File, 492, "Cannot adopt a child without an existing parent.", 0x956B8EC3);
-    ExpectLogicException([&] { parent.Adopt(parent, nullptr); }, File, 492, "Cannot adopt a child without an existing parent.", 0x956B8EC3);
+    ExpectLogicException([&] { parent.Adopt(child, nullptr); },
+        File,
+        492,
+        "Cannot adopt a child without an existing parent.",
+        0x956B8EC3);
+    ExpectLogicException([&] { parent.Adopt(parent, nullptr); },
+        File,
+        492,
+        "Cannot adopt a child without an existing parent.",
+        0x956B8EC3);
 }
 
 TEST(DOMElementMoveTest, AdoptChildrenKeepsTheirOrder)
@@ -186,7 +194,9 @@ TEST(DOMElementMoveTest, AdoptChildrenIsInsertionOneByOne)
             const DOMElement stranger("s");
             AddChildren(parent, {"x", "y"});
             AddChildren(other, {"a", "b", "c", "d"});
-            const DOMElement* const position = before == -2 ? &stranger : before < 2 ? ChildAt(parent, before) : ChildAt(other, before - 2);
+            const DOMElement* const position = before == -2 ? &stranger
+                : before < 2                                ? ChildAt(parent, before)
+                                                            : ChildAt(other, before - 2);
             if (way == 0)
                 parent.AdoptChildren(other, position);
             else

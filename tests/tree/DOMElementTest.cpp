@@ -139,12 +139,21 @@ TEST_P(StringToBoolTest, ReadsExactSpellings)
     EXPECT_EQ(out, row.result ? row.value : !row.value);
 }
 
-INSTANTIATE_TEST_SUITE_P(Spellings, StringToBoolTest,
-                         testing::Values(BoolRow{"True", "true", true, true}, BoolRow{"Yes", "yes", true, true}, BoolRow{"One", "1", true, true},
-                                         BoolRow{"False", "false", true, false}, BoolRow{"No", "no", true, false}, BoolRow{"Zero", "0", true, false},
-                                         BoolRow{"UpperTrue", "TRUE", false, true}, BoolRow{"UpperTrueFalse", "TRUE", false, false}, BoolRow{"Blank", " true", false, true},
-                                         BoolRow{"Empty", "", false, false}, BoolRow{"Two", "2", false, true}, BoolRow{"CapitalNo", "No", false, false}),
-                         [](const auto& row) { return std::string(row.param.name) + (row.param.value ? "" : "Off"); });
+INSTANTIATE_TEST_SUITE_P(Spellings,
+    StringToBoolTest,
+    testing::Values(BoolRow{"True", "true", true, true},
+        BoolRow{"Yes", "yes", true, true},
+        BoolRow{"One", "1", true, true},
+        BoolRow{"False", "false", true, false},
+        BoolRow{"No", "no", true, false},
+        BoolRow{"Zero", "0", true, false},
+        BoolRow{"UpperTrue", "TRUE", false, true},
+        BoolRow{"UpperTrueFalse", "TRUE", false, false},
+        BoolRow{"Blank", " true", false, true},
+        BoolRow{"Empty", "", false, false},
+        BoolRow{"Two", "2", false, true},
+        BoolRow{"CapitalNo", "No", false, false}),
+    [](const auto& row) { return std::string(row.param.name) + (row.param.value ? "" : "Off"); });
 
 TEST(DOMElementTest, SetAttributeInsertsAndOverwrites)
 {
@@ -199,7 +208,8 @@ TEST(DOMElementTest, RequireAttributeNamesTheMissingOne)
     DOMElement element("a");
     element.SetAttribute("n", "");
     EXPECT_NO_THROW(element.RequireAttribute("n"));
-    ExpectMissing([&] { element.RequireAttribute("m"); }, "m", 0x3473F8A4, "DOMException_RequiredDOMAttribute_0x3473F8A4");
+    ExpectMissing(
+        [&] { element.RequireAttribute("m"); }, "m", 0x3473F8A4, "DOMException_RequiredDOMAttribute_0x3473F8A4");
 }
 
 TEST(DOMElementTest, GetParentAttrTakesTheNearest)
@@ -301,7 +311,8 @@ TEST(DOMElementTest, LookupsOfAMissingName)
 TEST(DOMElementTest, GetRequiredChildNamesTheMissingOne)
 {
     DOMElement element("a");
-    for (const auto& run : std::vector<std::function<void()>>{[&] { element.GetRequiredChild("c"); }, [&] { std::as_const(element).GetRequiredChild("c"); }})
+    for (const auto& run : std::vector<std::function<void()>>{
+             [&] { element.GetRequiredChild("c"); }, [&] { std::as_const(element).GetRequiredChild("c"); }})
         ExpectMissing(run, "c", 0x26487BC2, "DOMException_RequiredChildMissing_0x26487BC2");
 }
 
@@ -322,6 +333,7 @@ TEST(DOMElementTest, GetRequiredChildByAttrNamesTheAttribute)
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
     // A child that lacks the attribute does not have the empty value.
-    for (const auto& run : std::vector<std::function<void()>>{[&] { element.GetRequiredChildByAttr("n", ""); }, [&] { std::as_const(element).GetRequiredChildByAttr("n", "v"); }})
+    for (const auto& run : std::vector<std::function<void()>>{[&] { element.GetRequiredChildByAttr("n", ""); },
+             [&] { std::as_const(element).GetRequiredChildByAttr("n", "v"); }})
         ExpectMissing(run, "n", 0x21039DFE, "DOMException_RequiredChildByAttribute_0x21039DFE");
 }

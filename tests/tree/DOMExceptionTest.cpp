@@ -63,7 +63,10 @@ std::string WhatOf(const Lookup& lookup)
 
 TEST(DOMExceptionTest, WhatNamesTheMissingChildOrAttribute)
 {
-    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.GetRequiredChild("logging"); }), "The element has no child \"logging\".");
-    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.GetRequiredChildByAttr("logging", "1"); }), "No child of the element has the required value of the attribute \"logging\".");
-    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.RequireAttribute("logging"); }), "The element has no attribute \"logging\".");
+    EXPECT_EQ(
+        WhatOf([](const DOMElement& e) { e.GetRequiredChild("logging"); }), "The element has no child \"logging\".");
+    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.GetRequiredChildByAttr("logging", "1"); }),
+        "No child of the element has the required value of the attribute \"logging\".");
+    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.RequireAttribute("logging"); }),
+        "The element has no attribute \"logging\".");
 }

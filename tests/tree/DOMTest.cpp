@@ -36,8 +36,12 @@ void RegisterRenames(DOM& document, const VString& from, const VString& to)
 // The new names of `name`, one for each kind of rename.
 Texts RenamesOf(const DOM& document, const VString& name)
 {
-    const VString names[] = {document.GetCaptionRenameIfItExists(name), document.RenameDataSource(name), document.RenameDataConnection(name), document.RenameMapSource(name),
-                             document.RenameField(FieldName(name, name)).GetFullValue(), document.GetPathRenames().RenamePath(VPath(name)).GenericString()};
+    const VString names[] = {document.GetCaptionRenameIfItExists(name),
+        document.RenameDataSource(name),
+        document.RenameDataConnection(name),
+        document.RenameMapSource(name),
+        document.RenameField(FieldName(name, name)).GetFullValue(),
+        document.GetPathRenames().RenamePath(VPath(name)).GenericString()};
     Texts texts;
     for (const VString& i : names)
         texts.push_back(i.toStdString());

@@ -53,12 +53,14 @@ struct Outside {
     }
     void Use() const
     {
-        for (const auto& document : documents)
+        for (const auto& document : documents) {
             if (document)
                 UseLinks(document->GetRoot());
-        for (const auto& element : elements)
+        }
+        for (const auto& element : elements) {
             if (element)
                 UseLinks(*element);
+        }
     }
 };
 
@@ -194,12 +196,18 @@ TEST_P(DetachedElementsOrderTest, EveryOrderOfDeathIsSafe)
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, DetachedElementsOrderTest,
-                         testing::Values(Scene{"RemovedParentAndChild", RemovedParentAndChild}, Scene{"ChainOfRemovals", ChainOfRemovals}, Scene{"Copies", Copies},
-                                         Scene{"IntoAnotherDocument", IntoAnotherDocument}, Scene{"ParentIntoAnotherDocument", ParentIntoAnotherDocument},
-                                         Scene{"IntoATreeWithoutDocument", IntoATreeWithoutDocument}, Scene{"WithoutAnyDocument", WithoutAnyDocument},
-                                         Scene{"RemovedTogether", RemovedTogether}, Scene{"RecordsOfAnotherDocument", RecordsOfAnotherDocument}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Of,
+    DetachedElementsOrderTest,
+    testing::Values(Scene{"RemovedParentAndChild", RemovedParentAndChild},
+        Scene{"ChainOfRemovals", ChainOfRemovals},
+        Scene{"Copies", Copies},
+        Scene{"IntoAnotherDocument", IntoAnotherDocument},
+        Scene{"ParentIntoAnotherDocument", ParentIntoAnotherDocument},
+        Scene{"IntoATreeWithoutDocument", IntoATreeWithoutDocument},
+        Scene{"WithoutAnyDocument", WithoutAnyDocument},
+        Scene{"RemovedTogether", RemovedTogether},
+        Scene{"RecordsOfAnotherDocument", RecordsOfAnotherDocument}),
+    [](const auto& row) { return row.param.name; });
 
 TEST(DetachedElementsTest, TheParentLinkEndsWithTheParent)
 {

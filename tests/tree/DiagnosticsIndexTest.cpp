@@ -31,7 +31,8 @@ void ExpectAsPlain(const DOM& document, const DOMElement& element)
     ASSERT_EQ(element.HasUnreportedErrors(), Plain(errors, element, [](const ErrorRecord& r) { return !r.reported; }));
     ASSERT_EQ(element.HasCancelErrors(), Plain(errors, element, [](const ErrorRecord& r) { return r.cancel; }));
     ASSERT_EQ(element.HasOnlyCancelErrors(), !Plain(errors, element, [](const ErrorRecord& r) { return !r.cancel; }));
-    ASSERT_EQ(element.HasWarnings(), Plain(DOMTestAccess::Warnings(document), element, [](const WarningRecord&) { return true; }));
+    ASSERT_EQ(element.HasWarnings(),
+        Plain(DOMTestAccess::Warnings(document), element, [](const WarningRecord&) { return true; }));
 }
 
 // Clears the errors of `element` and expects that exactly its subtree's went.
@@ -60,9 +61,7 @@ public:
         switch (Below(12)) {
         case 0:
         case 1:
-        case 2:
-            element.AddNewChild("e", nullptr);
-            break;
+        case 2: element.AddNewChild("e", nullptr); break;
         case 3:
         case 4:
             if (element.GetDOMManager())
@@ -72,32 +71,24 @@ public:
             if (element.GetDOMManager())
                 element.Warning("m", Info(1));
             break;
-        case 6:
-            TakeOut(element);
-            break;
-        case 7:
-            PutIn(element);
-            break;
-        case 8:
-            Move(element, Any());
-            break;
+        case 6: TakeOut(element); break;
+        case 7: PutIn(element); break;
+        case 8: Move(element, Any()); break;
         case 9:
             if (!m_outside.empty() && Below(3) == 0)
                 m_outside.erase(m_outside.begin() + static_cast<std::ptrdiff_t>(Below(m_outside.size())));
             break;
-        case 10:
-            Clear(element);
-            break;
-        default:
-            Copy(element);
+        case 10: Clear(element); break;
+        default: Copy(element);
         }
     }
 
     void Check()
     {
-        for (DOMElement* element : All())
+        for (DOMElement* element : All()) {
             if (element->GetDOMManager())
                 ExpectAsPlain(*element->GetDOMManager(), *element);
+        }
     }
 
 private:
@@ -108,9 +99,10 @@ private:
         std::vector<DOMElement*> all{&m_documents[0].GetRoot(), &m_documents[1].GetRoot(), &m_free};
         for (const auto& element : m_outside)
             all.push_back(element.get());
-        for (std::size_t i = 0; i < all.size(); ++i)
+        for (std::size_t i = 0; i < all.size(); ++i) {
             for (DOMElement* child : all[i]->GetChildren())
                 all.push_back(child);
+        }
         return all;
     }
 
@@ -123,7 +115,10 @@ private:
     bool IsHeld(DOMElement& element)
     {
         const DOMElement* const parent = element.GetParent();
-        return parent && std::any_of(parent->GetChildren().begin(), parent->GetChildren().end(), [&](const DOMElement* i) { return i == &element; });
+        return parent &&
+            std::any_of(parent->GetChildren().begin(), parent->GetChildren().end(), [&](const DOMElement* i) {
+                return i == &element;
+            });
     }
 
     void TakeOut(DOMElement& element)
@@ -161,15 +156,9 @@ private:
         if (!element.GetDOMManager() || Below(4) != 0)
             return;
         switch (Below(4)) {
-        case 0:
-            ClearErrorsAsPlain(*element.GetDOMManager(), element);
-            break;
-        case 1:
-            element.ClearWarnings();
-            break;
-        case 2:
-            DOMTestAccess::Adopt(m_documents[Below(2)], element, nullptr);
-            break;
+        case 0: ClearErrorsAsPlain(*element.GetDOMManager(), element); break;
+        case 1: element.ClearWarnings(); break;
+        case 2: DOMTestAccess::Adopt(m_documents[Below(2)], element, nullptr); break;
         default:
             if (Below(4) == 0)
                 DOMTestAccess::MoveAll(m_documents[0], m_documents[1]);
@@ -401,4 +390,5 @@ TEST_P(DiagnosticsIndexCostTest, NewElementsBetweenQuestions)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, DiagnosticsIndexCostTest, testing::ValuesIn(shapeRows), [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Of, DiagnosticsIndexCostTest, testing::ValuesIn(shapeRows), [](const auto& row) { return row.param.name; });

@@ -25,8 +25,10 @@ TEST(ElementPagesTest, EveryCountOfElementsDiesBeforeThePages)
     for (std::size_t count = 0; count < 40; ++count) {
         ElementPages pages(4, 8);
         std::vector<void*> places;
-        for (std::size_t i = 0; i < count; ++i) places.push_back(Take(pages));
-        for (void* place : places) ElementPages::Free(place);
+        for (std::size_t i = 0; i < count; ++i)
+            places.push_back(Take(pages));
+        for (void* place : places)
+            ElementPages::Free(place);
     }
 }
 
@@ -35,7 +37,8 @@ TEST(ElementPagesTest, EveryCountOfElementsOutlivesThePages)
     for (std::size_t count = 0; count < 40; ++count) {
         auto pages = std::make_unique<ElementPages>(4, 8);
         std::vector<void*> places;
-        for (std::size_t i = 0; i < count; ++i) places.push_back(Take(*pages));
+        for (std::size_t i = 0; i < count; ++i)
+            places.push_back(Take(*pages));
         pages.reset();
         while (!places.empty()) {
             ElementPages::Free(places.back());
@@ -50,11 +53,13 @@ TEST(ElementPagesTest, PlacesAreHandedOutAgainAfterLeaving)
         ElementPages pages(4, 8);
         std::vector<void*> places;
         for (int round = 0; round < 3; ++round) {
-            for (std::size_t i = 0; i < count; ++i) places.push_back(Take(pages));
+            for (std::size_t i = 0; i < count; ++i)
+                places.push_back(Take(pages));
             pages.Leave();
             pages.Leave();
         }
-        for (void* place : places) ElementPages::Free(place);
+        for (void* place : places)
+            ElementPages::Free(place);
     }
 }
 

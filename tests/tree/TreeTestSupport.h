@@ -15,11 +15,26 @@
 class DOMTestAccess {
 public:
     static DocumentDiagnostics& Diagnostics(const DOM& document) { return *document.m_diagnostics; }
-    static void Copy(DOM& document, const DOMElement& source, const DOMElement* target) { Diagnostics(document).CopyErrorsAndWarningsForNode(source, target); }
-    static void Adopt(DOM& document, const DOMElement& node, const DOMElement* target) { document.AdoptErrorsAndWarningsForNode(node, target); }
-    static void MoveAll(DOM& document, DOM& other) { Diagnostics(document).MoveErrorsAndWarningsTo(Diagnostics(other)); }
-    static void Push(DOM& document, const DOMElement& element, const VString& message) { Diagnostics(document).PushError(element, message, VError::ErrorInfo(), false, false); }
-    static void Collect(const DOM& document, const DOMElement& element, std::list<VString>& messages) { Diagnostics(document).GetErrors(element, messages); }
+    static void Copy(DOM& document, const DOMElement& source, const DOMElement* target)
+    {
+        Diagnostics(document).CopyErrorsAndWarningsForNode(source, target);
+    }
+    static void Adopt(DOM& document, const DOMElement& node, const DOMElement* target)
+    {
+        document.AdoptErrorsAndWarningsForNode(node, target);
+    }
+    static void MoveAll(DOM& document, DOM& other)
+    {
+        Diagnostics(document).MoveErrorsAndWarningsTo(Diagnostics(other));
+    }
+    static void Push(DOM& document, const DOMElement& element, const VString& message)
+    {
+        Diagnostics(document).PushError(element, message, VError::ErrorInfo(), false, false);
+    }
+    static void Collect(const DOM& document, const DOMElement& element, std::list<VString>& messages)
+    {
+        Diagnostics(document).GetErrors(element, messages);
+    }
     static std::unique_ptr<DOMElement> TakeRoot(DOM& document) { return std::move(document.m_root); }
     static void GiveRoot(DOM& document, std::unique_ptr<DOMElement> root) { document.m_root = std::move(root); }
     static const auto& Errors(const DOM& document) { return Diagnostics(document).m_errors; }
@@ -30,7 +45,10 @@ public:
     static VReadWriteLock& Lock(const DOM& document) { return document.m_lock; }
     static std::mutex& LinkedElementsMutex(const DOM& document) { return document.m_linkedElements->mutex; }
     static bool HasRecords(const DOM& document) { return Diagnostics(document).HasRecords(); }
-    static void AddFieldRename(DOM& document, const FieldName& from, const FieldName& to) { document.m_fieldRenames[from] = to; }
+    static void AddFieldRename(DOM& document, const FieldName& from, const FieldName& to)
+    {
+        document.m_fieldRenames[from] = to;
+    }
 };
 
 namespace treetest {

@@ -59,8 +59,14 @@ class DocumentPairThreadTest : public testing::TestWithParam<PairRow> {};
 
 const PairRow pairRows[] = {
     {"DeepCopy", [](DOM& document, DOM& other) { document.DeepCopy(other); }},
-    {"Copy", [](DOM& document, DOM& other) { DOMTestAccess::Copy(document, *other.GetDocumentRoot(), &document.GetRoot()); }},
-    {"Adopt", [](DOM& document, DOM& other) { DOMTestAccess::Adopt(document, *other.GetDocumentRoot(), &document.GetRoot()); }},
+    {"Copy",
+        [](DOM& document, DOM& other) {
+            DOMTestAccess::Copy(document, *other.GetDocumentRoot(), &document.GetRoot());
+        }},
+    {"Adopt",
+        [](DOM& document, DOM& other) {
+            DOMTestAccess::Adopt(document, *other.GetDocumentRoot(), &document.GetRoot());
+        }},
     {"MoveAll", [](DOM& document, DOM& other) { DOMTestAccess::MoveAll(other, document); }},
 };
 
@@ -90,7 +96,8 @@ TEST_P(DocumentChangeThreadTest, TakesTheWriteLock)
     ExpectWriteLock(document, [&] { GetParam().run(document); });
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, DocumentChangeThreadTest, testing::ValuesIn(changeRows), [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Of, DocumentChangeThreadTest, testing::ValuesIn(changeRows), [](const auto& row) { return row.param.name; });
 
 TEST_P(DocumentPairThreadTest, TakesBothWriteLocks)
 {
@@ -119,7 +126,8 @@ TEST_P(DocumentPairThreadTest, GoesBothWaysAtOnce)
     EXPECT_EQ(document, other);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, DocumentPairThreadTest, testing::ValuesIn(pairRows), [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Of, DocumentPairThreadTest, testing::ValuesIn(pairRows), [](const auto& row) { return row.param.name; });
 
 // When no diagnostics are copied, no other operation takes the lock of the source.
 TEST(DocumentThreadTest, DeepCopyTakesBothWriteLocksWithoutDiagnosticsToo)
@@ -159,8 +167,10 @@ TEST(DocumentThreadTest, SettingsAndRenamesAreReadWhileTheyChange)
                 continue;
             }
             wrong += !document.GetRestrictExternalPaths() || document.GetDSValidationCancelType() != 0;
-            wrong += document.GetCaptionRenameIfItExists("c") != VString("c2") || document.RenameDataSource("d") != VString("d2");
-            wrong += document.RenameDataConnection("e") != VString("e2") || document.RenameMapSource("m") != VString("m2");
+            wrong += document.GetCaptionRenameIfItExists("c") != VString("c2") ||
+                document.RenameDataSource("d") != VString("d2");
+            wrong +=
+                document.RenameDataConnection("e") != VString("e2") || document.RenameMapSource("m") != VString("m2");
             wrong += document.UnRenameDataSource("d2") != VString("d");
             wrong += document.RenameField(FieldName::ParseGlobal("[x].[a]")) != FieldName::ParseGlobal("[x].[a]");
         }
@@ -186,7 +196,8 @@ TEST(DocumentThreadTest, DiagnosticsAreAskedForWhileTheyChange)
                 continue;
             }
             element.HasErrors();
-            wrong += element.HasUnreportedErrors() || element.HasCancelErrors() || sibling.HasErrors() || sibling.HasWarnings() || !sibling.HasOnlyCancelErrors();
+            wrong += element.HasUnreportedErrors() || element.HasCancelErrors() || sibling.HasErrors() ||
+                sibling.HasWarnings() || !sibling.HasOnlyCancelErrors();
             wrong += document.GetErrors().size() > 2 || document.GetWarnings().size() > 2;
             wrong += document.GetMetadataForErrors().size() > 2 || document.GetMetadataForWarnings().size() > 2;
             wrong += document.GetConcatenatedErrors().length() > 3 || document.GetConcatenatedWarnings().length() > 3;

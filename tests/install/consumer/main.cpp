@@ -8,7 +8,8 @@ int main()
 {
     DOMParser parser;
     const auto document = parser.ParseXmlString("<book lang='de'/>", "book.xml");
-    if (document->HasErrors() || !document->GetDocumentRoot()) return 1;
+    if (document->HasErrors() || !document->GetDocumentRoot())
+        return 1;
     const DOMElement& book = *document->GetDocumentRoot();
     std::cout << book.GetName() << ": " << XMLDomFormatter::RenderAsXMLString(book, nullptr, false);
     return 0;

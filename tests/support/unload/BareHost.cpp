@@ -10,14 +10,18 @@ int main(int, char** arguments)
 {
     for (int round = 0; round < 2; ++round) {
         void* const plugin = dlopen(arguments[1], RTLD_NOW | RTLD_LOCAL);
-        if (plugin == nullptr) return std::puts(dlerror()), 1;
+        if (plugin == nullptr)
+            return std::puts(dlerror()), 1;
         const auto ask = reinterpret_cast<void (*)(const char*, char*, std::size_t)>(dlsym(plugin, "AskForMessage"));
         const auto parse = reinterpret_cast<bool (*)()>(dlsym(plugin, "ParseAgainstSchema"));
         char message[200];
         ask("de_DE", message, sizeof message);
-        if (std::strncmp(message, "XML-Definitionen", 16) != 0) return std::puts(message), 1;
-        if (!parse()) return std::puts("no error found"), 1;
+        if (std::strncmp(message, "XML-Definitionen", 16) != 0)
+            return std::puts(message), 1;
+        if (!parse())
+            return std::puts("no error found"), 1;
         dlclose(plugin);
-        if (dlopen(arguments[1], RTLD_NOW | RTLD_NOLOAD) != nullptr) return std::puts("still loaded"), 1;
+        if (dlopen(arguments[1], RTLD_NOW | RTLD_NOLOAD) != nullptr)
+            return std::puts("still loaded"), 1;
     }
 }

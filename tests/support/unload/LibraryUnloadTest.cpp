@@ -44,7 +44,8 @@ private:
 bool IsLibraryLoaded()
 {
     void* const handle = dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD);
-    if (handle != nullptr) dlclose(handle);
+    if (handle != nullptr)
+        dlclose(handle);
     return handle != nullptr;
 }
 
@@ -89,7 +90,7 @@ TEST_F(LibraryUnloadDeathTest, LibraryCanBeLoadedAndUsedAgain)
 TEST_F(LibraryUnloadDeathTest, ProcessExitsCleanlyWithTheLibraryLoaded)
 {
     const auto run = [] {
-        static const Plugin* const plugin = new Plugin;   // never unloaded
+        static const Plugin* const plugin = new Plugin;  // never unloaded
         EXPECT_TRUE(plugin->AskForMessage("de_DE").startsWith("XML-Definitionen"));
         EXPECT_TRUE(plugin->ParseAgainstSchema());
         Exit();
@@ -119,7 +120,8 @@ TEST_F(LibraryUnloadDeathTest, ReloadedLibraryUsesTheLanguageOfTheSession)
     const auto run = [] {
         CoreThreadContext::HasSessionId = [] { return true; };
         CoreThreadContext::SetGenericObject("locale", std::make_shared<VLocale>(VString("fr_FR")));
-        for (int i = 0; i < 2; ++i) EXPECT_TRUE(Plugin().AskForMessage("xx_XX").startsWith("Les définitions"));
+        for (int i = 0; i < 2; ++i)
+            EXPECT_TRUE(Plugin().AskForMessage("xx_XX").startsWith("Les définitions"));
         EXPECT_FALSE(IsLibraryLoaded());
         Exit();
     };

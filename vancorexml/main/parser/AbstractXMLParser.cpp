@@ -5,7 +5,10 @@
 #include "vancoreplatform/VFile.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 
-AbstractXMLParser::AbstractXMLParser(InputSource& input, std::shared_ptr<SAXInterface> handler) : m_handler(std::move(handler)), m_input(&input) {}
+AbstractXMLParser::AbstractXMLParser(InputSource& input, std::shared_ptr<SAXInterface> handler)
+    : m_handler(std::move(handler)),
+      m_input(&input)
+{}
 
 AbstractXMLParser::~AbstractXMLParser() = default;
 

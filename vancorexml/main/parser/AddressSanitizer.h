@@ -2,11 +2,11 @@
 #pragma once
 
 #if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VANCOREXML_ADDRESS_SANITIZER
-#endif
+#  if __has_feature(address_sanitizer)
+#    define VANCOREXML_ADDRESS_SANITIZER
+#  endif
 #elif defined(__SANITIZE_ADDRESS__)
-#define VANCOREXML_ADDRESS_SANITIZER
+#  define VANCOREXML_ADDRESS_SANITIZER
 #endif
 
 // Recycled memory hides use-after-free from AddressSanitizer, so pools stop recycling when this

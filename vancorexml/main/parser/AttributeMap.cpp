@@ -30,7 +30,11 @@ std::size_t SlotCount(std::size_t capacity)
 // any number of erases leaves lookups constant.
 class Index {
 public:
-    Index(const Entry* entries, std::size_t capacity) noexcept : m_entries(entries), m_slots(const_cast<std::uint32_t*>(reinterpret_cast<const std::uint32_t*>(entries + capacity))), m_mask(SlotCount(capacity) - 1) {}
+    Index(const Entry* entries, std::size_t capacity) noexcept
+        : m_entries(entries),
+          m_slots(const_cast<std::uint32_t*>(reinterpret_cast<const std::uint32_t*>(entries + capacity))),
+          m_mask(SlotCount(capacity) - 1)
+    {}
 
     void Clear() noexcept { std::memset(m_slots, 0, (m_mask + 1) * sizeof(std::uint32_t)); }
 
@@ -45,7 +49,10 @@ public:
 
     bool IsFree(std::size_t slot) const noexcept { return m_slots[slot] == 0; }
     std::size_t Position(std::size_t slot) const noexcept { return m_slots[slot] - 1; }
-    void Set(std::size_t slot, std::size_t position) noexcept { m_slots[slot] = static_cast<std::uint32_t>(position + 1); }
+    void Set(std::size_t slot, std::size_t position) noexcept
+    {
+        m_slots[slot] = static_cast<std::uint32_t>(position + 1);
+    }
 
     // For a name that is not there yet.
     void Insert(const VString& name, std::size_t position) noexcept
@@ -70,7 +77,10 @@ public:
     }
 
 private:
-    std::size_t Home(const VString& name) const noexcept { return static_cast<std::size_t>(VSeededHash(name)) & m_mask; }
+    std::size_t Home(const VString& name) const noexcept
+    {
+        return static_cast<std::size_t>(VSeededHash(name)) & m_mask;
+    }
     std::size_t Next(std::size_t slot) const noexcept { return (slot + 1) & m_mask; }
 
     const Entry* m_entries;
@@ -271,7 +281,7 @@ void AttributeMap::Grow(size_type capacity)
 bool operator==(const AttributeMap& a, const AttributeMap& b) noexcept
 {
     return a.size() == b.size() && std::all_of(a.begin(), a.end(), [&](const AttributeMap::value_type& entry) {
-               const AttributeMap::const_iterator other = b.find(entry.first);
-               return other != b.end() && other->second == entry.second;
-           });
+        const AttributeMap::const_iterator other = b.find(entry.first);
+        return other != b.end() && other->second == entry.second;
+    });
 }

@@ -14,6 +14,16 @@
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vansys/VHash32.h"
 
+// A value of which an attribute's name and value can be made.
+template <typename Pair>
+concept AttributePair = std::is_constructible_v<std::pair<const VString, VString>, Pair>;
+
+// An iterator over such values.
+template <typename Iterator>
+concept AttributeIterator =
+    std::is_convertible_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag> &&
+    AttributePair<typename std::iterator_traits<Iterator>::reference>;
+
 // The attributes of an element: an unordered map from name to value with the interface of
 // the standard's but for node handles, buckets and allocators. It is kept flat, because an
 // element has few attributes and a document many elements: one attribute within the map
@@ -44,21 +54,14 @@ public:
     using iterator = value_type*;
     using const_iterator = const value_type*;
 
-private:
-    // Whether an entry can be made of what the iterator yields.
-    template <typename Iterator>
-    static constexpr bool IsEntryIterator = requires {
-        requires std::is_convertible_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag>;
-        requires std::is_constructible_v<value_type, typename std::iterator_traits<Iterator>::reference>;
-    };
-
-public:
     AttributeMap() noexcept {}
     // Of equal names the first stays.
     AttributeMap(std::initializer_list<value_type> entries);
-    template <typename Iterator>
-        requires(IsEntryIterator<Iterator>)
-    AttributeMap(Iterator first, Iterator last) : AttributeMap() { insert(first, last); }
+    template <AttributeIterator Iterator>
+    AttributeMap(Iterator first, Iterator last) : AttributeMap()
+    {
+        insert(first, last);
+    }
     AttributeMap(const AttributeMap& other);
     // Leaves `other` empty.
     AttributeMap(AttributeMap&& other) noexcept { Take(other); }
@@ -81,13 +84,25 @@ public:
     const_iterator cbegin() const noexcept { return begin(); }
     const_iterator cend() const noexcept { return end(); }
 
-    iterator find(const VString& name) noexcept { return begin() + (static_cast<const AttributeMap*>(this)->find(name) - static_cast<const AttributeMap*>(this)->begin()); }
+    iterator find(const VString& name) noexcept
+    {
+        return begin() +
+            (static_cast<const AttributeMap*>(this)->find(name) - static_cast<const AttributeMap*>(this)->begin());
+    }
     const_iterator find(const VString& name) const noexcept;
     size_type count(const VString& name) const noexcept { return find(name) != end() ? 1 : 0; }
     bool contains(const VString& name) const noexcept { return find(name) != end(); }
     // The entry of that name as a range; empty when there is none.
-    std::pair<iterator, iterator> equal_range(const VString& name) noexcept { const iterator i = find(name); return {i, i != end() ? i + 1 : i}; }
-    std::pair<const_iterator, const_iterator> equal_range(const VString& name) const noexcept { const const_iterator i = find(name); return {i, i != end() ? i + 1 : i}; }
+    std::pair<iterator, iterator> equal_range(const VString& name) noexcept
+    {
+        const iterator i = find(name);
+        return {i, i != end() ? i + 1 : i};
+    }
+    std::pair<const_iterator, const_iterator> equal_range(const VString& name) const noexcept
+    {
+        const const_iterator i = find(name);
+        return {i, i != end() ? i + 1 : i};
+    }
     // Throws std::out_of_range when there is no such name.
     VString& at(const VString& name);
     const VString& at(const VString& name) const;
@@ -101,26 +116,35 @@ public:
     // name is there.
     std::pair<iterator, bool> insert(const value_type& entry) { return try_emplace(entry.first, entry.second); }
     std::pair<iterator, bool> insert(value_type&& entry) { return try_emplace(entry.first, std::move(entry.second)); }
-    template <typename Pair>
-        requires(std::is_constructible_v<value_type, Pair &&>)
-    std::pair<iterator, bool> insert(Pair&& entry) { return emplace(std::forward<Pair>(entry)); }
+    template <AttributePair Pair>
+    std::pair<iterator, bool> insert(Pair&& entry)
+    {
+        return emplace(std::forward<Pair>(entry));
+    }
     iterator insert(const_iterator, const value_type& entry) { return insert(entry).first; }
     iterator insert(const_iterator, value_type&& entry) { return insert(std::move(entry)).first; }
-    template <typename Pair>
-        requires(std::is_constructible_v<value_type, Pair &&>)
-    iterator insert(const_iterator, Pair&& entry) { return emplace(std::forward<Pair>(entry)).first; }
+    template <AttributePair Pair>
+    iterator insert(const_iterator, Pair&& entry)
+    {
+        return emplace(std::forward<Pair>(entry)).first;
+    }
     void insert(std::initializer_list<value_type> entries) { insert(entries.begin(), entries.end()); }
-    template <typename Iterator>
-        requires(IsEntryIterator<Iterator>)
+    template <AttributeIterator Iterator>
     void insert(Iterator first, Iterator last)
     {
         for (; first != last; ++first)
             insert(*first);
     }
     template <typename... Args>
-    std::pair<iterator, bool> emplace(Args&&... args) { return insert(value_type(std::forward<Args>(args)...)); }
+    std::pair<iterator, bool> emplace(Args&&... args)
+    {
+        return insert(value_type(std::forward<Args>(args)...));
+    }
     template <typename... Args>
-    iterator emplace_hint(const_iterator, Args&&... args) { return emplace(std::forward<Args>(args)...).first; }
+    iterator emplace_hint(const_iterator, Args&&... args)
+    {
+        return emplace(std::forward<Args>(args)...).first;
+    }
     template <typename... Args>
     std::pair<iterator, bool> try_emplace(const VString& name, Args&&... args)
     {
@@ -147,7 +171,11 @@ public:
     // The position now holds an entry not yet seen by a walk from the front, or is the end.
     iterator erase(const_iterator position);
     iterator erase(const_iterator first, const_iterator last);
-    void clear() noexcept { if (m_size != 0 || IsInBlock()) Release(); }
+    void clear() noexcept
+    {
+        if (m_size != 0 || IsInBlock())
+            Release();
+    }
     void swap(AttributeMap& other) noexcept;
 
     friend void swap(AttributeMap& a, AttributeMap& b) noexcept { a.swap(b); }
@@ -156,7 +184,7 @@ public:
     friend bool operator!=(const AttributeMap& a, const AttributeMap& b) noexcept { return !(a == b); }
 
 private:
-    friend class XercesXMLHandler;   // appends
+    friend class XercesXMLHandler;  // appends
 
     bool IsInBlock() const noexcept { return m_capacity > 1; }
     // For an empty map without a block; leaves `other` like that.
@@ -174,7 +202,7 @@ private:
     std::uint32_t m_size = 0;
     std::uint32_t m_capacity = 1;
     union {
-        value_type m_entry;    // the only one, while the capacity is 1
+        value_type m_entry;  // the only one, while the capacity is 1
         // Else that many entries and behind them, when the capacity is above what a scan
         // serves, the slots of the hash index.
         value_type* m_block;

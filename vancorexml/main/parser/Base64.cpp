@@ -20,8 +20,10 @@ constexpr int Invalid = -1;
 constexpr std::array<std::int8_t, 256> MakeDecodeTable()
 {
     std::array<std::int8_t, 256> table{};
-    for (std::int8_t& entry : table) entry = Invalid;
-    for (std::size_t value = 0; value < 64; ++value) table[Alphabet[value]] = static_cast<std::int8_t>(value);
+    for (std::int8_t& entry : table)
+        entry = Invalid;
+    for (std::size_t value = 0; value < 64; ++value)
+        table[Alphabet[value]] = static_cast<std::int8_t>(value);
     return table;
 }
 
@@ -30,9 +32,13 @@ constexpr std::array<std::int8_t, 256> DecodeTable = MakeDecodeTable();
 std::size_t WholeLineLength(unsigned int length)
 {
     const double onethird = std::ceil(length / 3.0);
-    if (onethird > 0x3FFFFFFF) ThrowLogicException("vancorexml\\main\\parser\\Base64", 49, "onethird <= 0x3FFFFFFF", MakeLogicError(0xD5E47E3E));
+    if (onethird > 0x3FFFFFFF) {
+        ThrowLogicException(
+            "vancorexml\\main\\parser\\Base64", 49, "onethird <= 0x3FFFFFFF", MakeLogicError(0xD5E47E3E));
+    }
     const std::size_t characters = 4 * static_cast<std::size_t>(onethird);
-    if (characters > static_cast<std::size_t>(VString::MaxLength)) throw std::length_error("Base64Encode: the text is too long for one line");
+    if (characters > static_cast<std::size_t>(VString::MaxLength))
+        throw std::length_error("Base64Encode: the text is too long for one line");
     return characters;
 }
 
@@ -61,8 +67,10 @@ Group ReadGroup(const VString& text, int& position)
     Group group;
     for (std::size_t count = 0; count < group.values.size() && position < text.length(); ++position) {
         const unsigned char character = static_cast<unsigned char>(text[position] & 0xFF);
-        if (character == '=') ++group.padding;
-        else if (DecodeTable[character] != Invalid) group.values[count++] = static_cast<unsigned int>(DecodeTable[character]);
+        if (character == '=')
+            ++group.padding;
+        else if (DecodeTable[character] != Invalid)
+            group.values[count++] = static_cast<unsigned int>(DecodeTable[character]);
     }
     return group;
 }
@@ -71,7 +79,8 @@ Group ReadGroup(const VString& text, int& position)
 
 void Base64Encode(const unsigned char* data, unsigned int length, std::vector<VString>& lines, bool splitLines)
 {
-    if (length == 0) return;
+    if (length == 0)
+        return;
     std::vector<char16_t> line(splitLines ? LineLength : WholeLineLength(length));
     char16_t* const begin = line.data();
     char16_t* const end = begin + line.size();
@@ -97,14 +106,17 @@ void Base64Decode(const VString& text, std::vector<unsigned char>& bytes)
         const Group group = ReadGroup(trimmed, position);
         const auto& [a, b, c, d] = group.values;
         bytes.push_back(static_cast<unsigned char>(a * 4 + b / 16));
-        if (group.padding <= 1) bytes.push_back(static_cast<unsigned char>(b % 16 * 16 + c / 4));
-        if (group.padding == 0) bytes.push_back(static_cast<unsigned char>(c % 4 * 64 + d));
+        if (group.padding <= 1)
+            bytes.push_back(static_cast<unsigned char>(b % 16 * 16 + c / 4));
+        if (group.padding == 0)
+            bytes.push_back(static_cast<unsigned char>(c % 4 * 64 + d));
     }
 }
 
 bool IsBase64(const VString& text)
 {
-    if (text.length() % 4 != 0) return false;
+    if (text.length() % 4 != 0)
+        return false;
     const QRegExp base64(QStringLiteral("^([A-Za-z0-9+/]{4})*([A-Za-z0-9+/]{3}=|[A-Za-z0-9+/]{2}==)?$"));
     return base64.exactMatch(text.ToQString());
 }

@@ -11,7 +11,8 @@
 //
 // Raises a LogicException when one line would need more than 0x3FFFFFFF groups, and throws
 // std::length_error when it would be too long for a VString; nothing is read or appended then.
-VANCOREXML_API void Base64Encode(const unsigned char* data, unsigned int length, std::vector<VString>& lines, bool splitLines);
+VANCOREXML_API void Base64Encode(
+    const unsigned char* data, unsigned int length, std::vector<VString>& lines, bool splitLines);
 
 // Replaces `bytes` by the decoded text. Never fails: characters outside the
 // alphabet are skipped, only the low 8 bits of a unit count, and a last group that is cut

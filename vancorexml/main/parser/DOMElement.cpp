@@ -21,7 +21,9 @@ constexpr char SourceFile[] = "vancorexml\\main\\parser\\DOMElement";
 
 [[noreturn]] void ThrowMissing(const VString& name, std::uint32_t code, const char* key)
 {
-    throw DOMException(name, VError::ErrorInfo(VantoraError::MakeError(code, key), VError::ErrorSource::Caller, VError::StatusCode::Unknown));
+    throw DOMException(name,
+        VError::ErrorInfo(
+            VantoraError::MakeError(code, key), VError::ErrorSource::Caller, VError::StatusCode::Unknown));
 }
 
 [[noreturn]] void ThrowOwnDescendant()
@@ -31,14 +33,18 @@ constexpr char SourceFile[] = "vancorexml\\main\\parser\\DOMElement";
 
 void LogMissingBefore()
 {
-    LogMessage(VLog::Warn, "DOMElement was asked to insert before a non-existent child.",
-               VError::ErrorInfo(VantoraError::MakeError(0xD78DE10E, "LogSite_MissingDomElement_0xD78DE10E"), VError::ErrorSource::Product, VError::StatusCode::Unknown));
+    LogMessage(VLog::Warn,
+        "DOMElement was asked to insert before a non-existent child.",
+        VError::ErrorInfo(VantoraError::MakeError(0xD78DE10E, "LogSite_MissingDomElement_0xD78DE10E"),
+            VError::ErrorSource::Product,
+            VError::StatusCode::Unknown));
 }
 
 // Compares name, text, attributes and number of children; the caller compares the children.
 bool DiffersInItself(const DOMElement& a, const DOMElement& b)
 {
-    return a.GetName() != b.GetName() || a.GetText() != b.GetText() || a.GetAttributes() != b.GetAttributes() || a.GetChildren().size() != b.GetChildren().size();
+    return a.GetName() != b.GetName() || a.GetText() != b.GetText() || a.GetAttributes() != b.GetAttributes() ||
+        a.GetChildren().size() != b.GetChildren().size();
 }
 
 }  // namespace
@@ -72,7 +78,13 @@ DOMElement::DOMElement(const VString& name) : m_name(name) {}
 
 DOMElement::DOMElement(VString&& name) : m_name(std::move(name)) {}
 
-DOMElement::DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent) : m_manager(manager), m_parent(parent), m_name(other.m_name), m_text(other.m_text), m_attributes(other.m_attributes) {}
+DOMElement::DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent)
+    : m_manager(manager),
+      m_parent(parent),
+      m_name(other.m_name),
+      m_text(other.m_text),
+      m_attributes(other.m_attributes)
+{}
 
 // The other constructor completes the object, so that a failure here runs the destructor.
 DOMElement::DOMElement(const DOMElement& other) : DOMElement(other, other.m_manager, nullptr)
@@ -155,7 +167,8 @@ void DOMElement::CopyChildrenOf(const DOMElement& source, Children& into)
     while (!stack.empty()) {
         const Pending pending = stack.back();
         stack.pop_back();
-        pending.into->push_back(std::unique_ptr<DOMElement>(new (pages) DOMElement(*pending.source, m_manager, pending.parent)));
+        pending.into->push_back(
+            std::unique_ptr<DOMElement>(new (pages) DOMElement(*pending.source, m_manager, pending.parent)));
         DOMElement& copy = *pending.into->back();
         if (m_manager)
             m_manager->m_diagnostics->CopyErrorsAndWarningsForNode(*pending.source, &copy);
@@ -366,9 +379,10 @@ std::unique_ptr<DOMElement> DOMElement::RemoveIfEmpty(const VString& name)
 
 bool DOMElement::IsChildOf(const DOMElement& ancestor) const noexcept
 {
-    for (const DOMElement* i = m_parent; i; i = i->m_parent)
+    for (const DOMElement* i = m_parent; i; i = i->m_parent) {
         if (i == &ancestor)
             return true;
+    }
     return false;
 }
 
@@ -389,8 +403,10 @@ void DOMElement::MoveToFront()
 
 void DOMElement::Adopt(DOMElement& child, const DOMElement* before)
 {
-    if (!child.m_parent)
-        ThrowLogicException(SourceFile, 492, "Cannot adopt a child without an existing parent.", MakeLogicError(0x956B8EC3));
+    if (!child.m_parent) {
+        ThrowLogicException(
+            SourceFile, 492, "Cannot adopt a child without an existing parent.", MakeLogicError(0x956B8EC3));
+    }
     if (&child == this || child.m_parent == this)
         return;
     child.m_parent->MoveChild(child, *this, before);
@@ -400,10 +416,12 @@ void DOMElement::AdoptChildren(DOMElement& other, const DOMElement* before)
 {
     if (&other == this || other.m_children.empty())
         return;
-    if (IsAtOrBelow(other))
-        for (const DOMElement* i = this; i; i = i->m_parent)
+    if (IsAtOrBelow(other)) {
+        for (const DOMElement* i = this; i; i = i->m_parent) {
             if (i->m_parent == &other && !i->IsRemovedChild())
                 ThrowOwnDescendant();
+        }
+    }
     MakeRoom(other.m_children.size());
     if (other.m_manager != m_manager)
         ChangeDocument(other.m_children.data(), other.m_children.size());
@@ -460,9 +478,10 @@ DOMElement::Children::iterator DOMElement::RequireChild(const DOMElement& child)
 
 DOMElement* DOMElement::FindChildByName(const VString& name) const noexcept
 {
-    for (const std::unique_ptr<DOMElement>& child : m_children)
+    for (const std::unique_ptr<DOMElement>& child : m_children) {
         if (child->m_name == name)
             return child.get();
+    }
     return nullptr;
 }
 
@@ -547,7 +566,9 @@ void DOMElement::PlaceAll(Children&& children, const DOMElement* before)
     std::size_t missed = isMissing ? children.size() : 0;
     if (isMissing) {
         // If `before` is itself one of the adopted children, only the children after it can find it.
-        const auto own = std::find_if(children.begin(), children.end(), [before](const std::unique_ptr<DOMElement>& i) { return i.get() == before; });
+        const auto own = std::find_if(children.begin(), children.end(), [before](const std::unique_ptr<DOMElement>& i) {
+            return i.get() == before;
+        });
         if (own != children.end()) {
             missed = static_cast<std::size_t>(own - children.begin()) + 1;
             std::rotate(own, own + 1, children.end());

@@ -61,7 +61,10 @@ public:
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     // For a derived class that is aligned beyond the usual.
     static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
-    static void operator delete(void* element, std::align_val_t alignment) noexcept { ::operator delete(element, alignment); }
+    static void operator delete(void* element, std::align_val_t alignment) noexcept
+    {
+        ::operator delete(element, alignment);
+    }
     // Null when there is no memory.
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
     static void operator delete(void* element, const std::nothrow_t&) noexcept { operator delete(element); }
@@ -112,8 +115,16 @@ public:
     const DOM* GetDOMManager() const noexcept { return m_manager; }
 
     // Lines and columns count from 1, columns in UTF-16 code units; 0 is unknown.
-    void SetElementStartLocation(int line, int column) noexcept { m_startLine = line; m_startColumn = column; }
-    void SetElementEndLocation(int line, int column) noexcept { m_endLine = line; m_endColumn = column; }
+    void SetElementStartLocation(int line, int column) noexcept
+    {
+        m_startLine = line;
+        m_startColumn = column;
+    }
+    void SetElementEndLocation(int line, int column) noexcept
+    {
+        m_endLine = line;
+        m_endColumn = column;
+    }
     int GetStartLine() const noexcept { return m_startLine; }
     int GetStartColumn() const noexcept { return m_startColumn; }
     int GetEndLine() const noexcept { return m_endLine; }
@@ -233,7 +244,8 @@ public:
     FieldName GetFieldName(const VString& attrName, QualifiedNameCache& cache) const;
     // Read as a name of that data source, renamed, and given back without its root.
     FieldName GetLocalFieldName(const VString& attrName, const VString& dataSourceName) const;
-    FieldName GetLocalFieldName(const VString& attrName, const VString& dataSourceName, QualifiedNameCache& cache) const;
+    FieldName GetLocalFieldName(
+        const VString& attrName, const VString& dataSourceName, QualifiedNameCache& cache) const;
     FieldName GetTextAsFieldName() const;
     FieldName GetTextAsFieldName(QualifiedNameCache& cache) const;
 

@@ -26,7 +26,8 @@ const DOMElement* DOMElementChildren::operator[](std::size_t position) const
 
 DOMElement* DOMElementChildren::at(std::size_t position)
 {
-    if (position >= size()) throw std::out_of_range("invalid vector subscript");
+    if (position >= size())
+        throw std::out_of_range("invalid vector subscript");
     return (*this)[position];
 }
 

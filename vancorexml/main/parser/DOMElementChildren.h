@@ -39,16 +39,43 @@ public:
         explicit IteratorTemplate(const std::unique_ptr<DOMElement>* position) : m_position(position) {}
         // A constant iterator from a mutable one.
         template <typename U, typename = std::enable_if_t<std::is_const_v<T> && std::is_same_v<const U, T>>>
-        IteratorTemplate(const IteratorTemplate<U>& other) : m_position(other.m_position) {}
+        IteratorTemplate(const IteratorTemplate<U>& other) : m_position(other.m_position)
+        {}
 
         T* operator*() const { return m_position->get(); }
         T* operator[](difference_type n) const { return m_position[n].get(); }
-        IteratorTemplate& operator++() { ++m_position; return *this; }
-        IteratorTemplate operator++(int) { IteratorTemplate old(*this); ++m_position; return old; }
-        IteratorTemplate& operator--() { --m_position; return *this; }
-        IteratorTemplate operator--(int) { IteratorTemplate old(*this); --m_position; return old; }
-        IteratorTemplate& operator+=(difference_type n) { m_position += n; return *this; }
-        IteratorTemplate& operator-=(difference_type n) { m_position -= n; return *this; }
+        IteratorTemplate& operator++()
+        {
+            ++m_position;
+            return *this;
+        }
+        IteratorTemplate operator++(int)
+        {
+            IteratorTemplate old(*this);
+            ++m_position;
+            return old;
+        }
+        IteratorTemplate& operator--()
+        {
+            --m_position;
+            return *this;
+        }
+        IteratorTemplate operator--(int)
+        {
+            IteratorTemplate old(*this);
+            --m_position;
+            return old;
+        }
+        IteratorTemplate& operator+=(difference_type n)
+        {
+            m_position += n;
+            return *this;
+        }
+        IteratorTemplate& operator-=(difference_type n)
+        {
+            m_position -= n;
+            return *this;
+        }
         friend IteratorTemplate operator+(IteratorTemplate i, difference_type n) { return i += n; }
         friend IteratorTemplate operator+(difference_type n, IteratorTemplate i) { return i += n; }
         friend IteratorTemplate operator-(IteratorTemplate i, difference_type n) { return i -= n; }
@@ -125,8 +152,7 @@ public:
 
     explicit DOMElementConstChildren(const DOMElement& element) noexcept
         : DOMElementChildren(const_cast<DOMElement&>(element))
-    {
-    }
+    {}
     DOMElementConstChildren(const DOMElementChildren& children) noexcept : DOMElementChildren(children) {}
     DOMElementConstChildren(const DOMElementConstChildren& other) noexcept : DOMElementChildren(other.View()) {}
     DOMElementConstChildren& operator=(const DOMElementConstChildren& other) noexcept

@@ -7,9 +7,12 @@
 // Every diagnostic of the document is asked for by one of its elements, which must have a document.
 DocumentDiagnostics& DOMElement::RequireDiagnostics(const char* operation, int line, std::uint32_t code) const
 {
-    if (!m_manager)
-        ThrowLogicException("vancorexml\\main\\parser\\DOMElement", line,
-                            VString(operation) + " can only be called on a DOMElement that is attached to a DOM", MakeLogicError(code));
+    if (!m_manager) {
+        ThrowLogicException("vancorexml\\main\\parser\\DOMElement",
+            line,
+            VString(operation) + " can only be called on a DOMElement that is attached to a DOM",
+            MakeLogicError(code));
+    }
     return *m_manager->m_diagnostics;
 }
 

@@ -121,9 +121,10 @@ void DOMElement::SetManager(DOM* manager) noexcept
 
 void DOMElement::ChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count)
 {
-    if (DOM* const from = (*first)->m_manager)
-        DocumentDiagnostics::SubtreesChangeDocument(first, count, *from->m_diagnostics,
-                                                    m_manager ? m_manager->m_diagnostics.get() : nullptr);
+    if (DOM* const from = (*first)->m_manager) {
+        DocumentDiagnostics::SubtreesChangeDocument(
+            first, count, *from->m_diagnostics, m_manager ? m_manager->m_diagnostics.get() : nullptr);
+    }
     for (std::size_t i = 0; i < count; ++i)
         first[i]->SetManager(m_manager);
 }

@@ -24,9 +24,11 @@ FieldName DOMElement::GetLocalFieldName(const VString& attrName, const VString& 
     return MakeLocalName(RenameField(MakeGlobalName(dataSourceName, FieldName::ParseLocal(GetAttribute(attrName)))));
 }
 
-FieldName DOMElement::GetLocalFieldName(const VString& attrName, const VString& dataSourceName, QualifiedNameCache& cache) const
+FieldName DOMElement::GetLocalFieldName(
+    const VString& attrName, const VString& dataSourceName, QualifiedNameCache& cache) const
 {
-    return MakeLocalName(RenameField(MakeGlobalName(dataSourceName, FieldName::ParseLocal(GetAttribute(attrName), cache))));
+    return MakeLocalName(
+        RenameField(MakeGlobalName(dataSourceName, FieldName::ParseLocal(GetAttribute(attrName), cache))));
 }
 
 FieldName DOMElement::GetTextAsFieldName() const
@@ -41,13 +43,23 @@ FieldName DOMElement::GetTextAsFieldName(QualifiedNameCache& cache) const
 
 void DOMElement::AddCaptionRename(const VString& oldCaption, const VString& newCaption)
 {
-    if (!m_manager) ThrowLogicException(File, 686, "DOMElement::AddCaptionRename can only be called on a DOMElement that is attached to a DOM", MakeLogicError(0xFFF990FC));
+    if (!m_manager) {
+        ThrowLogicException(File,
+            686,
+            "DOMElement::AddCaptionRename can only be called on a DOMElement that is attached to a DOM",
+            MakeLogicError(0xFFF990FC));
+    }
     m_manager->AddCaptionRename(oldCaption, newCaption);
 }
 
 void DOMElement::AddFieldRename(const FieldName& oldName, const FieldName& newName)
 {
-    if (!m_manager) ThrowLogicException(File, 677, "DOMElement::AddFieldRename can only be called on a DOMElement that is attached to a DOM", MakeLogicError(0x7BB9AD71));
+    if (!m_manager) {
+        ThrowLogicException(File,
+            677,
+            "DOMElement::AddFieldRename can only be called on a DOMElement that is attached to a DOM",
+            MakeLogicError(0x7BB9AD71));
+    }
     m_manager->AddFieldRename(oldName, newName);
 }
 
@@ -73,6 +85,11 @@ VString DOMElement::RenameMapSource(const VString& name) const
 
 VString DOMElement::GetCaptionRenameIfItExists(const VString& attrName) const
 {
-    if (!m_manager) ThrowLogicException(File, 694, "DOMElement::GetCaptionRenameIfItExists can only be called on a DOMElement that is attached to a DOM", MakeLogicError(0x4E3B71C8));
+    if (!m_manager) {
+        ThrowLogicException(File,
+            694,
+            "DOMElement::GetCaptionRenameIfItExists can only be called on a DOMElement that is attached to a DOM",
+            MakeLogicError(0x4E3B71C8));
+    }
     return m_manager->GetCaptionRenameIfItExists(GetAttribute(attrName));
 }

@@ -7,28 +7,36 @@ namespace {
 
 bool Matches(const DOMElement& element, const VString& name, const VString& attrName, const VString& attrValue)
 {
-    if (element.GetName() != name) return false;
-    if (attrName.IsEmpty()) return true;
+    if (element.GetName() != name)
+        return false;
+    if (attrName.IsEmpty())
+        return true;
     const auto found = element.GetAttributes().find(attrName);
-    if (found == element.GetAttributes().end()) return false;
+    if (found == element.GetAttributes().end())
+        return false;
     return attrValue.IsEmpty() ? !found->second.IsEmpty() : found->second == attrValue;
 }
 
 }  // namespace
 
-const DOMElement* DOMElementSearch::FindChild(const DOMElement& parent, const VString& name, const VString& attrName, const VString& attrValue)
+const DOMElement* DOMElementSearch::FindChild(
+    const DOMElement& parent, const VString& name, const VString& attrName, const VString& attrValue)
 {
-    for (const DOMElement* child : parent.GetChildren())
-        if (child->GetName() == name && child->GetAttribute(attrName) == attrValue) return child;
+    for (const DOMElement* child : parent.GetChildren()) {
+        if (child->GetName() == name && child->GetAttribute(attrName) == attrValue)
+            return child;
+    }
     return nullptr;
 }
 
-DOMElement* DOMElementSearch::FindChild(DOMElement& parent, const VString& name, const VString& attrName, const VString& attrValue)
+DOMElement* DOMElementSearch::FindChild(
+    DOMElement& parent, const VString& name, const VString& attrName, const VString& attrValue)
 {
     return const_cast<DOMElement*>(FindChild(static_cast<const DOMElement&>(parent), name, attrName, attrValue));
 }
 
-const DOMElement* DOMElementSearch::FindElement(const DOMElement& start, const VString& name, int depth, const VString& attrName, const VString& attrValue)
+const DOMElement* DOMElementSearch::FindElement(
+    const DOMElement& start, const VString& name, int depth, const VString& attrName, const VString& attrValue)
 {
     // The children being stepped through on each level between `start` and here.
     struct Level {
@@ -36,8 +44,10 @@ const DOMElement* DOMElementSearch::FindElement(const DOMElement& start, const V
         DOMElementChildren::const_iterator end;
     };
 
-    if (Matches(start, name, attrName, attrValue)) return &start;
-    if (depth <= 0) return nullptr;
+    if (Matches(start, name, attrName, attrValue))
+        return &start;
+    if (depth <= 0)
+        return nullptr;
     std::vector<Level> levels;
     const DOMElementConstChildren startChildren = start.GetChildren();
     levels.push_back({startChildren.begin(), startChildren.end()});
@@ -48,7 +58,8 @@ const DOMElement* DOMElementSearch::FindElement(const DOMElement& start, const V
             continue;
         }
         const DOMElement* const element = *level.next++;
-        if (Matches(*element, name, attrName, attrValue)) return element;
+        if (Matches(*element, name, attrName, attrValue))
+            return element;
         if (element->HasChildren() && levels.size() < static_cast<std::size_t>(depth)) {
             const DOMElementConstChildren children = element->GetChildren();
             levels.push_back({children.begin(), children.end()});
@@ -57,7 +68,9 @@ const DOMElement* DOMElementSearch::FindElement(const DOMElement& start, const V
     return nullptr;
 }
 
-DOMElement* DOMElementSearch::FindElement(DOMElement& start, const VString& name, int depth, const VString& attrName, const VString& attrValue)
+DOMElement* DOMElementSearch::FindElement(
+    DOMElement& start, const VString& name, int depth, const VString& attrName, const VString& attrValue)
 {
-    return const_cast<DOMElement*>(FindElement(static_cast<const DOMElement&>(start), name, depth, attrName, attrValue));
+    return const_cast<DOMElement*>(
+        FindElement(static_cast<const DOMElement&>(start), name, depth, attrName, attrValue));
 }

@@ -40,11 +40,13 @@ public:
     // The next element; null once all are returned, and from then on.
     T* Next()
     {
-        if (m_stack.empty()) return nullptr;
+        if (m_stack.empty())
+            return nullptr;
         T* const element = m_stack.back();
         m_stack.pop_back();
         auto&& children = element->GetChildren();
-        for (std::size_t i = children.size(); i > 0; --i) m_stack.push_back(children[i - 1]);
+        for (std::size_t i = children.size(); i > 0; --i)
+            m_stack.push_back(children[i - 1]);
         return element;
     }
 
@@ -67,16 +69,19 @@ public:
 
     // The end.
     PreorderIteratorTemplate() = default;
-    explicit PreorderIteratorTemplate(T& start) : m_generator(std::make_unique<PreorderGeneratorTemplate<T>>(start)), m_current(m_generator->Next()) {}
+    explicit PreorderIteratorTemplate(T& start)
+        : m_generator(std::make_unique<PreorderGeneratorTemplate<T>>(start)),
+          m_current(m_generator->Next())
+    {}
     PreorderIteratorTemplate(const PreorderIteratorTemplate& other)
-        : m_generator(other.m_generator ? std::make_unique<PreorderGeneratorTemplate<T>>(*other.m_generator) : nullptr), m_current(other.m_current)
-    {
-    }
+        : m_generator(other.m_generator ? std::make_unique<PreorderGeneratorTemplate<T>>(*other.m_generator) : nullptr),
+          m_current(other.m_current)
+    {}
     // Leaves `other` at the end.
     PreorderIteratorTemplate(PreorderIteratorTemplate&& other) noexcept
-        : m_generator(std::move(other.m_generator)), m_current(std::exchange(other.m_current, nullptr))
-    {
-    }
+        : m_generator(std::move(other.m_generator)),
+          m_current(std::exchange(other.m_current, nullptr))
+    {}
     PreorderIteratorTemplate& operator=(const PreorderIteratorTemplate& other)
     {
         PreorderIteratorTemplate copy(other);
@@ -105,7 +110,10 @@ public:
     }
 
     // Compares only the current elements, not the elements still to be visited.
-    friend bool operator==(const PreorderIteratorTemplate& a, const PreorderIteratorTemplate& b) { return a.m_current == b.m_current; }
+    friend bool operator==(const PreorderIteratorTemplate& a, const PreorderIteratorTemplate& b)
+    {
+        return a.m_current == b.m_current;
+    }
     friend bool operator!=(const PreorderIteratorTemplate& a, const PreorderIteratorTemplate& b) { return !(a == b); }
 
 private:

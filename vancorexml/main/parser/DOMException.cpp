@@ -20,8 +20,7 @@ VString Describe(const VString& name, std::uint32_t code)
 
 DOMException::DOMException(const VString& message, const VError::ErrorInfo& info)
     : VantoraException(message, info, Describe(message, info.GetCode()))
-{
-}
+{}
 
 DOMException::DOMException(const DOMException& other) = default;
 

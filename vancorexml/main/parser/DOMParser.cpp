@@ -35,8 +35,12 @@ void CopyErrors(const Parser& parser, DOMElement& root)
         return;
     const std::vector<VString> errors = parser.GetErrors();
     const std::vector<VError::ErrorInfo> errorInfos = parser.GetMetadataForErrors();
-    if (errors.size() != errorInfos.size())
-        ThrowLogicException("vancorexml\\main\\parser\\DOMParser", 97, "errors.size() == errorInfos.size()", MakeLogicError(0x46AC9E8D));
+    if (errors.size() != errorInfos.size()) {
+        ThrowLogicException("vancorexml\\main\\parser\\DOMParser",
+            97,
+            "errors.size() == errorInfos.size()",
+            MakeLogicError(0x46AC9E8D));
+    }
     for (std::size_t i = 0; i < errors.size(); ++i)
         root.Error(errors[i], errorInfos[i], false, false);
 }
@@ -185,7 +189,8 @@ std::unique_ptr<DOM> DOMParser::ParseXmlFile(const VString& fileName)
 std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool keepBlankText)
 {
     MemoryScope memory("DOMParser");
-    Metrics::Scope metrics(m_impl->xsdSources.empty() ? "DOMParser_ParseXmlInputSource" : "DOMParser_ParseXmlInputSource_withXSD");
+    Metrics::Scope metrics(
+        m_impl->xsdSources.empty() ? "DOMParser_ParseXmlInputSource" : "DOMParser_ParseXmlInputSource_withXSD");
     RecordSource(metrics, source);
 
     auto document = std::make_unique<DOM>(m_impl->restrictExternalPaths);

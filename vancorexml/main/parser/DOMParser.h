@@ -14,7 +14,7 @@
 
 // The size and the id of a parsed source.
 struct DOMParserStatistics {
-    unsigned long long sourceSize = 0;   // in bytes
+    unsigned long long sourceSize = 0;  // in bytes
     VString sourceId;
 };
 

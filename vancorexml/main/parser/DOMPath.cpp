@@ -35,22 +35,29 @@ const DOMElement* DocumentElementOf(const DOMElement& element)
 // empty segment consumes one more level.
 DOMPath::Walker::Walker(const DOMElement& element, const VString& path) : m_segments(path.split(u'/'))
 {
-    if (m_segments.back().IsEmpty()) return;
+    if (m_segments.back().IsEmpty())
+        return;
     // With the word into which a set that ends in the last one is carried over.
     const std::size_t words = (m_segments.size() + WordBits - 1) / WordBits + 1;
     m_emptySegments.resize(words);
     m_starSegments.resize(words);
     for (std::size_t i = 0; i < m_segments.size(); ++i) {
-        if (m_segments[i].IsEmpty()) SetBit(m_emptySegments, i);
-        else if (m_segments[i].View() == u"*") SetBit(m_starSegments, i);
+        if (m_segments[i].IsEmpty())
+            SetBit(m_emptySegments, i);
+        else if (m_segments[i].View() == u"*")
+            SetBit(m_starSegments, i);
     }
     Restart(element);
 }
 
 DOMPath::Walker::Walker(const Walker& other)
-    : m_emptySegments(other.m_emptySegments), m_starSegments(other.m_starSegments), m_start(other.m_start), m_frames(other.m_frames), m_active(other.m_active), m_next(other.m_next)
-{
-}
+    : m_emptySegments(other.m_emptySegments),
+      m_starSegments(other.m_starSegments),
+      m_start(other.m_start),
+      m_frames(other.m_frames),
+      m_active(other.m_active),
+      m_next(other.m_next)
+{}
 
 DOMPath::Walker::~Walker() = default;
 
@@ -58,7 +65,8 @@ void DOMPath::Walker::Restart(const DOMElement& element)
 {
     m_start = nullptr;
     m_frames.clear();
-    if (m_segments.back().IsEmpty()) return;
+    if (m_segments.back().IsEmpty())
+        return;
     // A path of one segment is no slash: it would end with an empty one.
     const bool startsWithSlash = m_segments.front().IsEmpty();
     const bool isAbsolute = startsWithSlash && !m_segments[1].IsEmpty();
@@ -71,7 +79,8 @@ void DOMPath::Walker::Restart(const DOMElement& element)
 const DOMElement* DOMPath::Walker::Next()
 {
     while (m_start || !m_frames.empty()) {
-        if (m_segments.empty()) throw std::out_of_range("invalid vector subscript");
+        if (m_segments.empty())
+            throw std::out_of_range("invalid vector subscript");
         const Span span = m_start ? Span() : m_frames.back().span;
         const DOMElement* const element = m_start ? std::exchange(m_start, nullptr) : *m_frames.back().next++;
         const bool isMatch = Visit(*element, span);
@@ -80,8 +89,10 @@ const DOMElement* DOMPath::Walker::Next()
             m_active.resize(m_active.size() - m_frames.back().span.words);
             m_frames.pop_back();
         }
-        if (element->HasChildren()) Enter(*element, span.firstWord);
-        if (isMatch) return element;
+        if (element->HasChildren())
+            Enter(*element, span.firstWord);
+        if (isMatch)
+            return element;
     }
     return nullptr;
 }
@@ -99,7 +110,8 @@ bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
         Word matched = active[i] & m_starSegments[w];
         for (Word names = active[i] & ~m_emptySegments[w] & ~m_starSegments[w]; names != 0; names &= names - 1) {
             const std::size_t segment = w * WordBits + static_cast<std::size_t>(std::countr_zero(names));
-            if (m_segments[segment] == element.GetName()) matched |= names & (~names + 1);
+            if (m_segments[segment] == element.GetName())
+                matched |= names & (~names + 1);
         }
         m_next[i] = empty | matched << 1 | carried;
         carried = matched >> (WordBits - 1);
@@ -109,7 +121,8 @@ bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
     const std::size_t end = m_segments.size();
     const std::size_t i = end / WordBits - span.firstWord;
     const Word bit = Word{1} << end % WordBits;
-    if (i >= m_next.size() || (m_next[i] & bit) == 0) return false;
+    if (i >= m_next.size() || (m_next[i] & bit) == 0)
+        return false;
     m_next[i] &= ~bit;
     return true;
 }
@@ -120,10 +133,14 @@ void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
     Close(m_next, firstWord);
     std::size_t begin = 0;
     std::size_t end = m_next.size();
-    while (end > 0 && m_next[end - 1] == 0) --end;
-    if (end == 0) return;
-    while (m_next[begin] == 0) ++begin;
-    for (std::size_t i = begin; i < end; ++i) m_active.push_back(m_next[i]);
+    while (end > 0 && m_next[end - 1] == 0)
+        --end;
+    if (end == 0)
+        return;
+    while (m_next[begin] == 0)
+        ++begin;
+    for (std::size_t i = begin; i < end; ++i)
+        m_active.push_back(m_next[i]);
     const Span span{firstWord + begin, end - begin};
     const DOMElementConstChildren children = element.GetChildren();
     m_frames.push_back({children.begin(), children.end(), span});
@@ -142,10 +159,12 @@ void DOMPath::Walker::Close(std::vector<Word>& active, std::size_t firstWord) co
 
 void DOMPath::Foreach(DOMElement& element, VString path, const std::function<void(DOMElement&)>& fn)
 {
-    for (DOMElement* match : GetAll(element, path)) fn(*match);
+    for (DOMElement* match : GetAll(element, path))
+        fn(*match);
 }
 
 void DOMPath::Foreach(const DOMElement& element, VString path, const std::function<void(const DOMElement&)>& fn)
 {
-    for (const DOMElement* match : GetAll(element, path)) fn(*match);
+    for (const DOMElement* match : GetAll(element, path))
+        fn(*match);
 }

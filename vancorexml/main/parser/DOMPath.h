@@ -69,12 +69,12 @@ private:
     void Close(std::vector<Word>& active, std::size_t firstWord) const;
 
     std::vector<VString> m_segments;
-    std::vector<Word> m_emptySegments;   // which segments are empty
-    std::vector<Word> m_starSegments;    // which are "*"
-    const DOMElement* m_start = nullptr; // until it is visited
+    std::vector<Word> m_emptySegments;    // which segments are empty
+    std::vector<Word> m_starSegments;     // which are "*"
+    const DOMElement* m_start = nullptr;  // until it is visited
     std::vector<Frame> m_frames;
-    std::vector<Word> m_active;          // the kept words for the start element and then for each frame
-    std::vector<Word> m_next;            // the set for the children of the element visited last
+    std::vector<Word> m_active;  // the kept words for the start element and then for each frame
+    std::vector<Word> m_next;    // the set for the children of the element visited last
 };
 
 // An iterator over the matches, for range-for and the algorithms of std::ranges. A copy can be
@@ -94,11 +94,18 @@ public:
     IteratorTemplate() = default;
     // On the first match.
     IteratorTemplate(E& element, const VString& path) : m_state(std::make_unique<Walker>(element, path)) { Advance(); }
-    IteratorTemplate(const IteratorTemplate& other) : m_state(other.m_state ? std::make_unique<Walker>(*other.m_state) : nullptr), m_current(other.m_current) {}
-    IteratorTemplate(IteratorTemplate&& other) noexcept : m_state(std::move(other.m_state)), m_current(std::exchange(other.m_current, nullptr)) {}
+    IteratorTemplate(const IteratorTemplate& other)
+        : m_state(other.m_state ? std::make_unique<Walker>(*other.m_state) : nullptr),
+          m_current(other.m_current)
+    {}
+    IteratorTemplate(IteratorTemplate&& other) noexcept
+        : m_state(std::move(other.m_state)),
+          m_current(std::exchange(other.m_current, nullptr))
+    {}
     IteratorTemplate& operator=(const IteratorTemplate& other)
     {
-        if (this != &other) *this = IteratorTemplate(other);
+        if (this != &other)
+            *this = IteratorTemplate(other);
         return *this;
     }
     IteratorTemplate& operator=(IteratorTemplate&& other) noexcept
@@ -114,7 +121,8 @@ public:
     E* operator->() const { return m_current; }
     IteratorTemplate& operator++()
     {
-        if (m_state) Advance();
+        if (m_state)
+            Advance();
         return *this;
     }
     IteratorTemplate operator++(int)
@@ -125,7 +133,10 @@ public:
     }
 
     // Two walks are never equal before both are at their end.
-    friend bool operator==(const IteratorTemplate& a, const IteratorTemplate& b) { return a.m_state == b.m_state && a.m_current == b.m_current; }
+    friend bool operator==(const IteratorTemplate& a, const IteratorTemplate& b)
+    {
+        return a.m_state == b.m_state && a.m_current == b.m_current;
+    }
     friend bool operator!=(const IteratorTemplate& a, const IteratorTemplate& b) { return !(a == b); }
 
 private:
@@ -133,7 +144,8 @@ private:
     {
         // The walk only reads. E is mutable only when the caller passed in a mutable element.
         m_current = const_cast<E*>(m_state->Next());
-        if (!m_current) m_state.reset();
+        if (!m_current)
+            m_state.reset();
     }
 
     std::unique_ptr<Walker> m_state;  // null at the end
@@ -182,7 +194,8 @@ std::vector<E*> GetAll(E& element, const VString& path)
 {
     std::vector<E*> matches;
     Walker walker(element, path);
-    while (const DOMElement* match = walker.Next()) matches.push_back(const_cast<E*>(match));
+    while (const DOMElement* match = walker.Next())
+        matches.push_back(const_cast<E*>(match));
     return matches;
 }
 

@@ -19,7 +19,8 @@ void VisitNested(const DOMElement& canopy, const Visit& visit)
     };
     std::vector<Level> levels;
     const auto enter = [&levels](const DOMElement& element) {
-        if (levels.size() == DeepestLevel) return;
+        if (levels.size() == DeepestLevel)
+            return;
         const DOMElementConstChildren children = element.GetChildren();
         levels.push_back({children.begin(), children.end()});
     };
@@ -30,7 +31,8 @@ void VisitNested(const DOMElement& canopy, const Visit& visit)
             continue;
         }
         const DOMElement* const child = *levels.back().next++;
-        if (visit(*child)) enter(*child);
+        if (visit(*child))
+            enter(*child);
     }
 }
 
@@ -38,13 +40,16 @@ template <typename E>
 std::vector<E*> Within(E& element, const VString& canopyPath, const VString& name)
 {
     std::vector<E*> found;
-    if (name.View() == u"*") return found;
-    for (E* canopy : DOMPath::GetAll(element, canopyPath))
+    if (name.View() == u"*")
+        return found;
+    for (E* canopy : DOMPath::GetAll(element, canopyPath)) {
         VisitNested(*canopy, [&](const DOMElement& child) {
-            if (child.GetName() != name) return false;
+            if (child.GetName() != name)
+                return false;
             found.push_back(const_cast<E*>(&child));
             return true;
         });
+    }
     return found;
 }
 
@@ -53,7 +58,8 @@ std::vector<E*> Underneath(E& element, const VString& canopyPath, const VString&
 {
     std::vector<E*> found;
     const int slash = subPath.indexOf(u'/');
-    if (slash == 0 || subPath.IsEmpty()) return found;
+    if (slash == 0 || subPath.IsEmpty())
+        return found;
     const VString head = slash < 0 ? subPath : subPath.left(slash);
     const bool isAnyHead = head.View() == u"*";
     // One walker for all starts: the sub-path is taken apart once.
@@ -61,13 +67,16 @@ std::vector<E*> Underneath(E& element, const VString& canopyPath, const VString&
     for (E* canopy : DOMPath::GetAll(element, canopyPath)) {
         std::vector<const DOMElement*> starts;
         VisitNested(*canopy, [&](const DOMElement& child) {
-            if (child.GetName() == canopy->GetName()) return true;
-            if (isAnyHead || child.GetName() == head) starts.push_back(&child);
+            if (child.GetName() == canopy->GetName())
+                return true;
+            if (isAnyHead || child.GetName() == head)
+                starts.push_back(&child);
             return false;
         });
         for (const DOMElement* start : starts) {
             walker.Restart(*start);
-            while (const DOMElement* match = walker.Next()) found.push_back(const_cast<E*>(match));
+            while (const DOMElement* match = walker.Next())
+                found.push_back(const_cast<E*>(match));
         }
     }
     return found;
@@ -75,22 +84,26 @@ std::vector<E*> Underneath(E& element, const VString& canopyPath, const VString&
 
 }  // namespace
 
-std::vector<DOMElement*> DOMPathCanopy::WithinCanopy(DOMElement& element, const VString& canopyPath, const VString& name)
+std::vector<DOMElement*> DOMPathCanopy::WithinCanopy(
+    DOMElement& element, const VString& canopyPath, const VString& name)
 {
     return Within(element, canopyPath, name);
 }
 
-std::vector<const DOMElement*> DOMPathCanopy::WithinCanopy(const DOMElement& element, const VString& canopyPath, const VString& name)
+std::vector<const DOMElement*> DOMPathCanopy::WithinCanopy(
+    const DOMElement& element, const VString& canopyPath, const VString& name)
 {
     return Within(element, canopyPath, name);
 }
 
-std::vector<DOMElement*> DOMPathCanopy::UnderneathCanopy(DOMElement& element, const VString& canopyPath, const VString& subPath)
+std::vector<DOMElement*> DOMPathCanopy::UnderneathCanopy(
+    DOMElement& element, const VString& canopyPath, const VString& subPath)
 {
     return Underneath(element, canopyPath, subPath);
 }
 
-std::vector<const DOMElement*> DOMPathCanopy::UnderneathCanopy(const DOMElement& element, const VString& canopyPath, const VString& subPath)
+std::vector<const DOMElement*> DOMPathCanopy::UnderneathCanopy(
+    const DOMElement& element, const VString& canopyPath, const VString& subPath)
 {
     return Underneath(element, canopyPath, subPath);
 }

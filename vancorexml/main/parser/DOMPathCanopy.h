@@ -19,14 +19,18 @@ namespace DOMPathCanopy {
 
 // The children of each canopy called `name`, their children of that name and so on, parents
 // before children. "*" is not a wildcard here: it finds nothing.
-VANCOREXML_API std::vector<DOMElement*> WithinCanopy(DOMElement& element, const VString& canopyPath, const VString& name);
-VANCOREXML_API std::vector<const DOMElement*> WithinCanopy(const DOMElement& element, const VString& canopyPath, const VString& name);
+VANCOREXML_API std::vector<DOMElement*> WithinCanopy(
+    DOMElement& element, const VString& canopyPath, const VString& name);
+VANCOREXML_API std::vector<const DOMElement*> WithinCanopy(
+    const DOMElement& element, const VString& canopyPath, const VString& name);
 
 // The matches of `subPath` at every child, at any level of nested canopies. The first segment of
 // `subPath` is compared with the child itself. A child with the canopy's name is never compared,
 // even with "*"; its children are searched instead. An empty sub-path and one that begins with a
 // slash find nothing.
-VANCOREXML_API std::vector<DOMElement*> UnderneathCanopy(DOMElement& element, const VString& canopyPath, const VString& subPath);
-VANCOREXML_API std::vector<const DOMElement*> UnderneathCanopy(const DOMElement& element, const VString& canopyPath, const VString& subPath);
+VANCOREXML_API std::vector<DOMElement*> UnderneathCanopy(
+    DOMElement& element, const VString& canopyPath, const VString& subPath);
+VANCOREXML_API std::vector<const DOMElement*> UnderneathCanopy(
+    const DOMElement& element, const VString& canopyPath, const VString& subPath);
 
 }  // namespace DOMPathCanopy

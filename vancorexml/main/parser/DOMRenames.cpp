@@ -40,8 +40,12 @@ void DOM::SetPathRenames(const PathRenames& renames)
 void DOM::AddCaptionRename(const VString& oldCaption, const VString& newCaption)
 {
     const VWriteLocker locker(m_lock);
-    if (!m_captionRenames.emplace(oldCaption, newCaption).second)
-        ThrowLogicException("vancorexml\\main\\parser\\DOM", 95, "m_captionRenames.find(oldCaption) == m_captionRenames.end()", MakeLogicError(0xA2CD6EBC));
+    if (!m_captionRenames.emplace(oldCaption, newCaption).second) {
+        ThrowLogicException("vancorexml\\main\\parser\\DOM",
+            95,
+            "m_captionRenames.find(oldCaption) == m_captionRenames.end()",
+            MakeLogicError(0xA2CD6EBC));
+    }
 }
 
 void DOM::AddDataSourceRename(const VString& oldName, const VString& newName)
@@ -95,17 +99,22 @@ VString DOM::RenameMapSource(const VString& name) const
 VString DOM::UnRenameDataSource(const VString& name) const
 {
     const VReadLocker locker(m_lock);
-    for (const auto& [oldName, newName] : m_dataSourceRenames)
-        if (newName == name) return oldName;
+    for (const auto& [oldName, newName] : m_dataSourceRenames) {
+        if (newName == name)
+            return oldName;
+    }
     return name;
 }
 
 FieldName DOM::RenameField(FieldName field) const
 {
-    if (field.IsEmpty()) return field;
+    if (field.IsEmpty())
+        return field;
     const VReadLocker locker(m_lock);
-    if (field.GetRootValue() == m_protectedDataSourceName) return field;
+    if (field.GetRootValue() == m_protectedDataSourceName)
+        return field;
     const auto dataSource = m_dataSourceRenames.find(field.GetRootValue());
-    if (dataSource != m_dataSourceRenames.end()) field.SetRootValue(dataSource->second);
+    if (dataSource != m_dataSourceRenames.end())
+        field.SetRootValue(dataSource->second);
     return Renamed(m_fieldRenames, field);
 }

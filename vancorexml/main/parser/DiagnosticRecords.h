@@ -34,8 +34,8 @@ struct WarningRecord {
 
 inline DiagnosticKinds KindsOf(const ErrorRecord& record) noexcept
 {
-    return static_cast<DiagnosticKinds>(AnyError | (record.cancel ? CancelError : FaultError) |
-                                        (record.reported ? 0 : UnreportedError));
+    return static_cast<DiagnosticKinds>(
+        AnyError | (record.cancel ? CancelError : FaultError) | (record.reported ? 0 : UnreportedError));
 }
 
 inline DiagnosticKinds KindsOf(const WarningRecord&) noexcept

@@ -124,9 +124,10 @@ bool DiagnosticsIndex::Has(const DOMElement& element, DiagnosticKind kind)
         if (first != placed.end() && (*first)->begin.label < found->second.end.label)
             return true;
     }
-    for (const auto& [other, kinds] : m_unplaced)
+    for (const auto& [other, kinds] : m_unplaced) {
         if ((kinds & kind) != 0 && IsAtOrBelow(*other, element))
             return true;
+    }
     return false;
 }
 
@@ -142,9 +143,10 @@ void DiagnosticsIndex::Collect(const DOMElement& element, DiagnosticKind kind, s
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     PlaceAll();
-    for (const auto& [other, kinds] : m_unplaced)
+    for (const auto& [other, kinds] : m_unplaced) {
         if ((kinds & kind) != 0 && IsInTreeBelow(*other, element))
             found.push_back(other);
+    }
     const auto position = m_intervals.find(&element);
     if (position == m_intervals.end())
         return;

@@ -91,21 +91,22 @@ void RecordTie::DocumentDies() noexcept
 }
 
 DocumentDiagnostics::DocumentDiagnostics(const DOM& document, VReadWriteLock& lock, const DOMElement& top) noexcept
-    : m_lock(lock), m_top(&top), m_index(document)
-{
-}
+    : m_lock(lock),
+      m_top(&top),
+      m_index(document)
+{}
 
 DocumentDiagnostics::~DocumentDiagnostics() = default;
 
-void DocumentDiagnostics::PushError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info,
-                                    bool reported, bool cancel)
+void DocumentDiagnostics::PushError(
+    const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported, bool cancel)
 {
     const VWriteLocker lock(m_lock);
     AddRecord(m_errors, element, [&](auto& records) { records.PushBack({message, info, reported, cancel}); });
 }
 
-void DocumentDiagnostics::InsertError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info,
-                                      bool reported)
+void DocumentDiagnostics::InsertError(
+    const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported)
 {
     const VWriteLocker lock(m_lock);
     AddRecord(m_errors, element, [&](auto& records) { records.PushFront({message, info, reported, false}); });
@@ -117,7 +118,8 @@ void DocumentDiagnostics::PushWarning(const DOMElement& element, const VString& 
     AddRecord(m_warnings, element, [&](auto& records) { records.PushBack({message, info}); });
 }
 
-void DocumentDiagnostics::InsertWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info)
+void DocumentDiagnostics::InsertWarning(
+    const DOMElement& element, const VString& message, const VError::ErrorInfo& info)
 {
     const VWriteLocker lock(m_lock);
     AddRecord(m_warnings, element, [&](auto& records) { records.PushFront({message, info}); });
@@ -146,7 +148,8 @@ void DocumentDiagnostics::GetErrors(const DOMElement& element, std::list<VString
 void DocumentDiagnostics::GetWarnings(const DOMElement& element, std::list<VString>& messages) const
 {
     const VReadLocker lock(m_lock);
-    ForEachRecord(m_warnings, element, [&messages](const WarningRecord& record) { messages.push_back(record.message); });
+    ForEachRecord(
+        m_warnings, element, [&messages](const WarningRecord& record) { messages.push_back(record.message); });
 }
 
 void DocumentDiagnostics::GetMetadataForErrors(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const
@@ -232,8 +235,8 @@ void DocumentDiagnostics::MoveErrorsAndWarningsTo(DocumentDiagnostics& other)
     ClearAllErrorsAndWarnings();
 }
 
-void DocumentDiagnostics::SubtreesChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count,
-                                                 DocumentDiagnostics& from, DocumentDiagnostics* to)
+void DocumentDiagnostics::SubtreesChangeDocument(
+    const std::unique_ptr<DOMElement>* first, std::size_t count, DocumentDiagnostics& from, DocumentDiagnostics* to)
 {
     if (!from.HasRecords() && !from.m_index.IsBuilt())
         return;
@@ -243,9 +246,10 @@ void DocumentDiagnostics::SubtreesChangeDocument(const std::unique_ptr<DOMElemen
     for (std::size_t i = 0; i < count && from.HasRecords(); ++i) {
         movesRecordsOfTop = movesRecordsOfTop || first[i]->GetParent() == from.m_top;
         Walk walk(*first[i]);
-        for (const DOMElement* element = walk.Next(); element; element = walk.Next())
+        for (const DOMElement* element = walk.Next(); element; element = walk.Next()) {
             if (from.HasRecordsOf(*element))
                 recorded.push_back(element);
+        }
     }
     if (to) {
         to->Reserve(recorded.size() + 1);
@@ -309,9 +313,10 @@ void DocumentDiagnostics::Clear(Map& map, const DOMElement& element, DiagnosticK
         BuildIndex();
         m_index.Collect(element, kind, keys);
     }
-    for (const DOMElement* key : keys)
+    for (const DOMElement* key : keys) {
         if (map.erase(key) != 0)
             RecordsChanged(*key);
+    }
 }
 
 void DocumentDiagnostics::BuildIndex() const
@@ -344,8 +349,10 @@ void DocumentDiagnostics::ForgetElement(const DOMElement& element)
 void DocumentDiagnostics::RecordsChanged(const DOMElement& element) noexcept
 {
     m_hasRecords = !m_errors.empty() || !m_warnings.empty();
-    if (m_index.IsBuilt())
-        m_index.SetKinds(element, static_cast<DiagnosticKinds>(KindsIn(m_errors, element) | KindsIn(m_warnings, element)));
+    if (m_index.IsBuilt()) {
+        m_index.SetKinds(
+            element, static_cast<DiagnosticKinds>(KindsIn(m_errors, element) | KindsIn(m_warnings, element)));
+    }
 }
 
 void DocumentDiagnostics::Reserve(std::size_t count)
@@ -354,7 +361,8 @@ void DocumentDiagnostics::Reserve(std::size_t count)
     ReserveInMap(m_warnings, count);
 }
 
-void DocumentDiagnostics::MoveRecordsFrom(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept
+void DocumentDiagnostics::MoveRecordsFrom(
+    DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept
 {
     MoveEntry(m_errors, from.m_errors, node, key);
     MoveEntry(m_warnings, from.m_warnings, node, key);

@@ -56,8 +56,8 @@ public:
     DocumentDiagnostics(const DOM& document, VReadWriteLock& lock, const DOMElement& top) noexcept;
     ~DocumentDiagnostics();
 
-    void PushError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported,
-                   bool cancel);
+    void PushError(
+        const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported, bool cancel);
     void InsertError(const DOMElement& element, const VString& message, const VError::ErrorInfo& info, bool reported);
     void PushWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info);
     void InsertWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info);
@@ -102,8 +102,10 @@ public:
     // The subtrees are about to leave `from` for `to`, which may be null. Their records move with them;
     // without a new document the records stay, in case the elements come back. When it throws
     // std::bad_alloc nothing has changed.
-    static void SubtreesChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count,
-                                       DocumentDiagnostics& from, DocumentDiagnostics* to);
+    static void SubtreesChangeDocument(const std::unique_ptr<DOMElement>* first,
+        std::size_t count,
+        DocumentDiagnostics& from,
+        DocumentDiagnostics* to);
 
     // Clears everything and cuts all ties. The elements of the document die afterwards.
     void DocumentDies() noexcept;

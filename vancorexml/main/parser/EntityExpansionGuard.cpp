@@ -1,7 +1,7 @@
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 
-#include <array>
 #include <algorithm>
+#include <array>
 #include <random>
 #include <string>
 #include <string_view>
@@ -74,10 +74,10 @@ bool IsRehearsalComplete();
 class Rehearsal final : public xercesc::SAX2XMLReaderImpl {
 public:
     enum class Subject {
-        Document,            // the entities of a document
-        Entities,            // the entities of a schema
-        DefaultAttributes,   // the default attributes of a schema whose entities are within the limits
-        Sample,              // the entities of IsRehearsalComplete
+        Document,           // the entities of a document
+        Entities,           // the entities of a schema
+        DefaultAttributes,  // the default attributes of a schema whose entities are within the limits
+        Sample,             // the entities of IsRehearsalComplete
     };
 
     Rehearsal(Subject subject, const ExpansionLimits& limits) : m_subject(subject), m_limits(limits), m_defaults(limits)
@@ -114,9 +114,13 @@ public:
     void entityDecl(const xercesc::DTDEntityDecl& entity, bool isParameter, bool isIgnored) override;
     void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override;
     void doctypePI(const XMLCh* target, const XMLCh* data) override;
-    void startElement(const xercesc::XMLElementDecl& element, unsigned int uri, const XMLCh* prefix,
-                      const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty,
-                      bool isRoot) override;
+    void startElement(const xercesc::XMLElementDecl& element,
+        unsigned int uri,
+        const XMLCh* prefix,
+        const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+        XMLSize_t count,
+        bool isEmpty,
+        bool isRoot) override;
     void endElement(const xercesc::XMLElementDecl&, unsigned int, bool, const XMLCh*) override {}
     void startEntityReference(const xercesc::XMLEntityDecl& entity) override;
 
@@ -198,9 +202,9 @@ bool Rehearsal::CanContentExceed() const noexcept
         return m_entities.Count() != 0;
     const Expansion& longest = m_entities.Longest();
     const std::uint64_t levels = std::min<std::uint64_t>(m_entities.Count(), m_limits.expansions);
-    return m_sum.text + m_limits.expansions * longest.text > m_limits.text
-        || m_sum.read + m_limits.expansions * longest.read > m_limits.read
-        || m_sum.compared + m_limits.expansions * levels * longest.names > m_limits.compared;
+    return m_sum.text + m_limits.expansions * longest.text > m_limits.text ||
+        m_sum.read + m_limits.expansions * longest.read > m_limits.read ||
+        m_sum.compared + m_limits.expansions * levels * longest.names > m_limits.compared;
 }
 
 void Rehearsal::entityDecl(const xercesc::DTDEntityDecl& entity, bool isParameter, bool isIgnored)
@@ -219,7 +223,8 @@ void Rehearsal::entityDecl(const xercesc::DTDEntityDecl& entity, bool isParamete
     const View text(entity.getValue(), entity.getValueLen());
     std::u16string value;
     if (isParameter) {
-        value = u"<?" + std::u16string(Mark()) + u" " + ToDigits(m_parameterEntities.Declare(entity.getName(), text)) + u"?>";
+        value = u"<?" + std::u16string(Mark()) + u" " + ToDigits(m_parameterEntities.Declare(entity.getName(), text)) +
+            u"?>";
         value += text;
     } else {
         value = std::u16string(Mark()) + ToDigits(m_entities.Declare(entity.getName(), text)) + u";";
@@ -252,8 +257,13 @@ void Rehearsal::doctypePI(const XMLCh* target, const XMLCh* data)
     Charge(expansion, m_prologCount);
 }
 
-void Rehearsal::startElement(const xercesc::XMLElementDecl&, unsigned int, const XMLCh*,
-                             const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool, bool)
+void Rehearsal::startElement(const xercesc::XMLElementDecl&,
+    unsigned int,
+    const XMLCh*,
+    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+    XMLSize_t count,
+    bool,
+    bool)
 {
     if (std::exchange(m_isInProlog, false) && !CanContentExceed())
         throw RehearsalEnd();

@@ -13,15 +13,15 @@
 struct ExpansionLimits {
     // References to general entities in the content. Counted separately: references to parameter and
     // general entities in the document type declaration.
-    std::uint64_t expansions = xercesc::SecurityManager::ENTITY_EXPANSION_LIMIT;   // 50,000
+    std::uint64_t expansions = xercesc::SecurityManager::ENTITY_EXPANSION_LIMIT;  // 50,000
     // UTF-16 code units that replace the references.
     std::uint64_t text = 100000000;
     // UTF-16 code units that are read to replace them. The difference to `text` is the references
     // within entities, which are long only in documents made to keep a parser busy.
     std::uint64_t read = 1000000000;
     // An upper bound of the UTF-16 code units of names that Xerces compares because entities nest: it
-    // compares the name of an entity with the names of all entities around it. 20,000 levels with names of 200 characters
-    // need 40,000,000,000 and took 220 seconds. Names of eight characters cannot reach the limit.
+    // compares the name of an entity with the names of all entities around it. 20,000 levels with names of 200
+    // characters need 40,000,000,000 and took 220 seconds. Names of eight characters cannot reach the limit.
     std::uint64_t compared = 10000000000;
     // Attributes that a document type declaration adds. A tree keeps one in 24 to 32 bytes when name
     // and value are shared, so this many take about as much memory as the text.

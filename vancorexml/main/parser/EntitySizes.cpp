@@ -145,7 +145,7 @@ void EntitySizes::Measure(std::size_t root)
 {
     struct Step {
         std::size_t entity;
-        std::size_t next;   // of its references
+        std::size_t next;  // of its references
     };
     std::vector<Step> open{{root, 0}};
     Open(root);

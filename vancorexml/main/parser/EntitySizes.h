@@ -63,11 +63,11 @@ private:
     enum class State { Unknown, Open, Known };
     struct Entity {
         Expansion own;
-        std::vector<std::uint32_t> names;   // numbers of the names it refers to, in order
+        std::vector<std::uint32_t> names;  // numbers of the names it refers to, in order
         // Valid while `round` is m_round:
         State state = State::Unknown;
-        Expansion all;                      // with its references, up to `circle`
-        std::size_t circle = None;          // the first entity in it that leads into a circle
+        Expansion all;              // with its references, up to `circle`
+        std::size_t circle = None;  // the first entity in it that leads into a circle
         std::uint64_t round = 0;
     };
 
@@ -83,7 +83,7 @@ private:
 
     Kind m_kind;
     std::map<std::u16string, std::uint32_t, std::less<>> m_names;
-    std::vector<std::size_t> m_entityOfName;   // None for a name that is not declared
+    std::vector<std::size_t> m_entityOfName;  // None for a name that is not declared
     std::vector<Entity> m_entities;
     // Incremented by each declaration, which may change the size of every entity.
     std::uint64_t m_round = 0;

@@ -25,7 +25,10 @@ FileInputSource::FileInputSource(const VString& fileName) : InputSource(fileName
     try {
         m_file.OpenForReading();
     } catch (const VIO::Exception& exception) {
-        LogMessage(VLog::Warn, VFormatString("FileInputSource::FileInputSource( \"%1\" ) error: %2").arg(fileName).arg(exception.GetMessage()));
+        LogMessage(VLog::Warn,
+            VFormatString("FileInputSource::FileInputSource( \"%1\" ) error: %2")
+                .arg(fileName)
+                .arg(exception.GetMessage()));
         throw;
     }
 }
@@ -56,8 +59,10 @@ void FileInputSource::RequireUtf8()
         m_encodingAcceptable = DetectEncoding(m_chunk.data(), m_chunk.size()) == Encoding::Utf8;
         m_encodingChecked = true;
     }
-    if (!m_encodingAcceptable)
-        throw VantoraException(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_INVALID_ENCODING), VError::ErrorInfo(VantoraError::MakeError(0xE19C2DF8, "VantoraException_InvalidEncoding_0xE19C2DF8")));
+    if (!m_encodingAcceptable) {
+        throw VantoraException(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_INVALID_ENCODING),
+            VError::ErrorInfo(VantoraError::MakeError(0xE19C2DF8, "VantoraException_InvalidEncoding_0xE19C2DF8")));
+    }
 }
 
 bool FileInputSource::GetNextLine(std::string& line)

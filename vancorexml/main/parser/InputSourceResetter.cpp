@@ -8,6 +8,7 @@ InputSourceResetter::~InputSourceResetter()
     try {
         m_source.ResetToStart();
     } catch (...) {
-        LogMessage(VLog::Warn, VFormatString("InputSourceResetter: \"%1\" could not be reset to its start").arg(m_source.Id()));
+        LogMessage(VLog::Warn,
+            VFormatString("InputSourceResetter: \"%1\" could not be reset to its start").arg(m_source.Id()));
     }
 }

@@ -5,7 +5,8 @@
 #include "vancorexml/main/parser/FileInputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 
-std::unique_ptr<InputSource> InputSourceUtils::InputSourceFromFileName(const VString& fileName, bool skipLeadingWhitespace)
+std::unique_ptr<InputSource> InputSourceUtils::InputSourceFromFileName(
+    const VString& fileName, bool skipLeadingWhitespace)
 {
     constexpr unsigned long long DecodedSizeLimit = 0x40000000;
     art::Activity activity("InputSourceFromFileName");

@@ -49,9 +49,11 @@ private:
     {
         const std::u16string_view units = text.View();
         std::size_t i = 0;
-        for (; i + 4 <= units.size(); i += 4)
-            if (name[i] != units[i] || name[i + 1] != units[i + 1] || name[i + 2] != units[i + 2] || name[i + 3] != units[i + 3])
+        for (; i + 4 <= units.size(); i += 4) {
+            if (name[i] != units[i] || name[i + 1] != units[i + 1] || name[i + 2] != units[i + 2] ||
+                name[i + 3] != units[i + 3])
                 return false;
+        }
         while (i < units.size() && name[i] == units[i])
             ++i;
         return i == units.size() && name[i] == 0;

@@ -14,9 +14,10 @@ using xercesc::XMLRecognizer;
 class Units {
 public:
     Units(std::string_view bytes, std::size_t size, bool isBigEndian) noexcept
-        : m_bytes(bytes), m_size(size), m_isBigEndian(isBigEndian)
-    {
-    }
+        : m_bytes(bytes),
+          m_size(size),
+          m_isBigEndian(isBigEndian)
+    {}
 
     std::size_t Count() const noexcept { return m_bytes.size() / m_size; }
 
@@ -59,7 +60,7 @@ XMLRecognizer::Encodings Probe(std::string_view text)
 Units UnitsOf(const xercesc::InputSource& source, std::string_view text)
 {
     if (source.getEncoding())
-        return Units(text, 1, false);   // UTF-8
+        return Units(text, 1, false);  // UTF-8
     switch (Probe(text)) {
     case XMLRecognizer::UTF_16B: return Units(text, 2, true);
     case XMLRecognizer::UTF_16L: return Units(text, 2, false);
@@ -95,9 +96,10 @@ std::optional<NulFinder::Place> NulFinder::Find(const xercesc::InputSource& sour
     if (text.find('\0') == std::string_view::npos)
         return std::nullopt;
     const Units units = UnitsOf(source, text);
-    for (std::size_t i = 0; i < units.Count(); ++i)
+    for (std::size_t i = 0; i < units.Count(); ++i) {
         if (units.At(i) == 0)
             return PlaceOf(units, i);
+    }
     return std::nullopt;
 }
 
@@ -110,8 +112,9 @@ std::optional<NulFinder::Place> NulFinder::FindInDeclaration(const xercesc::Inpu
     const char32_t greaterThan = isEbcdic ? 0x6E : '>';
     if (second >= units.Count() || units.At(second) != questionMark)
         return std::nullopt;
-    for (std::size_t i = second; i < units.Count() && units.At(i) != greaterThan; ++i)
+    for (std::size_t i = second; i < units.Count() && units.At(i) != greaterThan; ++i) {
         if (units.At(i) == 0)
             return PlaceOf(units, i);
+    }
     return std::nullopt;
 }

@@ -10,6 +10,7 @@ void OutputTuple(XMLFormatter& formatter, const Tuple& tuple)
     const AttributeMap noAttributes;
     const XMLFormatter::Indenter indenter(formatter, u"tuple", noAttributes);
     for (std::size_t i = 0; i != tuple.GetSize(); ++i) {
-        formatter.OutputContentTag(u"value", noAttributes, XMLFormatter::FormatDataValueAttribute(tuple.GetDataValue(i)));
+        formatter.OutputContentTag(
+            u"value", noAttributes, XMLFormatter::FormatDataValueAttribute(tuple.GetDataValue(i)));
     }
 }

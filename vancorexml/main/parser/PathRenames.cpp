@@ -19,7 +19,8 @@ void PathRenames::SetRename(const VPath& from, const VPath& to)
 
 void PathRenames::SetCRC(const VPath& from, const VPath& to, int crc)
 {
-    if (from.IsEmpty()) return;
+    if (from.IsEmpty())
+        return;
 
     // Before anything changes: `from` and `to` may refer to entries of the path map.
     VPath fromFolder = from;
@@ -28,15 +29,18 @@ void PathRenames::SetCRC(const VPath& from, const VPath& to, int crc)
     toFolder.RemoveFilename();
 
     const auto [known, isNew] = m_crcPaths.try_emplace(crc, to);
-    if (!isNew) m_pathMap.insert_or_assign(from, known->second);
-    if (fromFolder.IsEmpty()) return;
+    if (!isNew)
+        m_pathMap.insert_or_assign(from, known->second);
+    if (fromFolder.IsEmpty())
+        return;
 
     if (m_seenFolders.insert(fromFolder).second) {
         m_pathMap.insert_or_assign(fromFolder, toFolder);
         return;
     }
     const auto folder = m_pathMap.find(fromFolder);
-    if (folder != m_pathMap.end() && folder->second != toFolder) m_pathMap.erase(folder);
+    if (folder != m_pathMap.end() && folder->second != toFolder)
+        m_pathMap.erase(folder);
 }
 
 VPath PathRenames::RenamePath(const VPath& path) const
@@ -47,23 +51,29 @@ VPath PathRenames::RenamePath(const VPath& path) const
 
 VPath PathRenames::RenamePathAbsolute(const VPath& path, const VPath& base) const
 {
-    for (const auto& [from, to] : m_pathMap)
-        if (base / from == path) return to == path ? VPath() : to;
+    for (const auto& [from, to] : m_pathMap) {
+        if (base / from == path)
+            return to == path ? VPath() : to;
+    }
     return VPath();
 }
 
 VPath PathRenames::ReverseRenamePath(const VPath& path) const
 {
-    for (const auto& [from, to] : m_pathMap)
-        if (to == path) return from;
+    for (const auto& [from, to] : m_pathMap) {
+        if (to == path)
+            return from;
+    }
     return VPath();
 }
 
 bool PathRenames::IsValidPath(const VPath& path) const
 {
     const VString text = path.GenericString();
-    for (const auto& [from, to] : m_pathMap)
-        if (text.startsWith(to.GenericString())) return true;
+    for (const auto& [from, to] : m_pathMap) {
+        if (text.startsWith(to.GenericString()))
+            return true;
+    }
     return false;
 }
 

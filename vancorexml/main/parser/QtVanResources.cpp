@@ -47,8 +47,10 @@ constexpr Row Catalogue[] = {
 
 constexpr bool IsAscending()
 {
-    for (std::size_t i = 1; i < std::size(Catalogue); ++i)
-        if (Catalogue[i - 1].id >= Catalogue[i].id) return false;
+    for (std::size_t i = 1; i < std::size(Catalogue); ++i) {
+        if (Catalogue[i - 1].id >= Catalogue[i].id)
+            return false;
+    }
     return true;
 }
 static_assert(IsAscending());
@@ -67,7 +69,10 @@ const FolderRegistration registration;
 
 VString LookupResourceAlias(QtVanResourceId id)
 {
-    const Row* const row = std::lower_bound(std::begin(Catalogue), std::end(Catalogue), id, [](const Row& candidate, QtVanResourceId wanted) { return candidate.id < wanted; });
+    const Row* const row = std::lower_bound(
+        std::begin(Catalogue), std::end(Catalogue), id, [](const Row& candidate, QtVanResourceId wanted) {
+            return candidate.id < wanted;
+        });
     return row != std::end(Catalogue) && row->id == id ? VString(row->alias) : VString();
 }
 

@@ -98,9 +98,10 @@ private:
             return false;
         if (size < UnitsInWord)
             return size == 0 || ReadFew(a) == ReadFew(b);
-        for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord)
+        for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord) {
             if (ReadWord(a.data() + position) != ReadWord(b.data() + position))
                 return false;
+        }
         // May overlap the one before.
         return ReadWord(a.data() + size - UnitsInWord) == ReadWord(b.data() + size - UnitsInWord);
     }
@@ -137,16 +138,17 @@ private:
     void Grow()
     {
         std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(m_slots.empty() ? 64 : 2 * m_slots.size()));
-        for (Slot& slot : old)
+        for (Slot& slot : old) {
             if (!slot.text.IsEmpty())
                 Find(Hash(slot.text.View())) = std::move(slot);
+        }
     }
 
     std::size_t m_limit;
     Repeats m_repeats;
     std::size_t m_hits = 0;
     std::size_t m_misses = 0;
-    std::size_t m_pause = 0;   // calls of Get that still skip the lookup
+    std::size_t m_pause = 0;  // calls of Get that still skip the lookup
     // None or a power of two.
     std::vector<Slot> m_slots;
 };

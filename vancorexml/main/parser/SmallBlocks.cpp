@@ -5,9 +5,10 @@
 
 SmallBlocks::~SmallBlocks()
 {
-    for (Kept& kept : m_kept)
+    for (Kept& kept : m_kept) {
         while (kept.first)
             ::operator delete(std::exchange(kept.first, kept.first->next));
+    }
 }
 
 void* SmallBlocks::AllocateAnew(std::size_t size)

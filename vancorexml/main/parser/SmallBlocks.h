@@ -56,8 +56,8 @@ public:
 private:
     // Before each block.
     struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Head {
-        std::size_t list;   // the free list of the block's size; Lists for a block too large for the pool
-        Head* next;         // the next block of the free list
+        std::size_t list;  // the free list of the block's size; Lists for a block too large for the pool
+        Head* next;        // the next block of the free list
     };
     // A free list. Blocks of the first list are as large as one head, of the second as two, and so on.
     struct Kept {

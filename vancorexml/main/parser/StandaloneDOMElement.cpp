@@ -37,7 +37,8 @@ void StandaloneDOMElement::DestroyTree(std::unique_ptr<StandaloneDOMElement> ele
             element = std::move(first);
         }
         element.reset();
-        if (!stack) return;
+        if (!stack)
+            return;
         if (stack->m_nodes.size() > 1) {
             element = std::move(stack->m_nodes.back().element);
             stack->m_nodes.pop_back();
@@ -52,43 +53,55 @@ void StandaloneDOMElement::DestroyTree(std::unique_ptr<StandaloneDOMElement> ele
 VString StandaloneDOMElement::GetAttribute(const VString& name) const
 {
     const auto found = m_attributes.find(name);
-    if (found == m_attributes.end()) Fail(224, "it != m_attributes.end()", 0x16A1A876);
+    if (found == m_attributes.end())
+        Fail(224, "it != m_attributes.end()", 0x16A1A876);
     return found->second;
 }
 
 bool StandaloneDOMElement::TryGetAttribute(const VString& name, VString& value) const
 {
     const auto found = m_attributes.find(name);
-    if (found == m_attributes.end()) return false;
+    if (found == m_attributes.end())
+        return false;
     value = found->second;
     return true;
 }
 
 void StandaloneDOMElement::AppendChild(std::unique_ptr<StandaloneDOMElement> element)
 {
-    if (!element) Fail(293, "element != nullptr", 0xE9519449);
+    if (!element)
+        Fail(293, "element != nullptr", 0xE9519449);
     m_nodes.push_back({std::nullopt, std::move(element)});
 }
 
 void StandaloneDOMElement::AppendText(const VString& text, bool encoded)
 {
-    if (!m_nodes.empty() && m_nodes.back().text) *m_nodes.back().text += text;
-    else m_nodes.push_back({text, nullptr});
+    if (!m_nodes.empty() && m_nodes.back().text)
+        *m_nodes.back().text += text;
+    else
+        m_nodes.push_back({text, nullptr});
     m_encoded = encoded;
 }
 
-void StandaloneDOMElement::InsertChildBefore(std::unique_ptr<StandaloneDOMElement> element, const StandaloneDOMElement& before)
+void StandaloneDOMElement::InsertChildBefore(
+    std::unique_ptr<StandaloneDOMElement> element, const StandaloneDOMElement& before)
 {
-    if (!element) Fail(300, "element != nullptr", 0x41228A24);
-    const auto place = std::find_if(m_nodes.begin(), m_nodes.end(), [&before](const Node& node) { return node.element && *node.element == before; });
-    if (place == m_nodes.end()) Fail(316, "false", 0xAD7AC3BE);
+    if (!element)
+        Fail(300, "element != nullptr", 0x41228A24);
+    const auto place = std::find_if(m_nodes.begin(), m_nodes.end(), [&before](const Node& node) {
+        return node.element && *node.element == before;
+    });
+    if (place == m_nodes.end())
+        Fail(316, "false", 0xAD7AC3BE);
     m_nodes.insert(place, {std::nullopt, std::move(element)});
 }
 
 std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::RemoveChild(const StandaloneDOMElement& child)
 {
-    const auto place = std::find_if(m_nodes.begin(), m_nodes.end(), [&child](const Node& node) { return node.element.get() == &child; });
-    if (place == m_nodes.end()) Fail(342, "false", 0x108BF60C);
+    const auto place = std::find_if(
+        m_nodes.begin(), m_nodes.end(), [&child](const Node& node) { return node.element.get() == &child; });
+    if (place == m_nodes.end())
+        Fail(342, "false", 0x108BF60C);
     std::unique_ptr<StandaloneDOMElement> removed = std::move(place->element);
     m_nodes.erase(place);
     return removed;
@@ -97,9 +110,11 @@ std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::RemoveChild(const St
 std::vector<std::unique_ptr<StandaloneDOMElement>> StandaloneDOMElement::RemoveChildren()
 {
     std::vector<std::unique_ptr<StandaloneDOMElement>> removed;
-    removed.reserve(static_cast<std::size_t>(std::count_if(m_nodes.begin(), m_nodes.end(), [](const Node& node) { return node.element != nullptr; })));
+    removed.reserve(static_cast<std::size_t>(
+        std::count_if(m_nodes.begin(), m_nodes.end(), [](const Node& node) { return node.element != nullptr; })));
     const auto end = std::remove_if(m_nodes.begin(), m_nodes.end(), [&removed](Node& node) {
-        if (!node.element) return false;
+        if (!node.element)
+            return false;
         removed.push_back(std::move(node.element));
         return true;
     });
@@ -117,8 +132,10 @@ void StandaloneDOMElement::EraseAllChildNodes()
 
 const StandaloneDOMElement* StandaloneDOMElement::GetChild(const VString& name) const
 {
-    for (const Node& node : m_nodes)
-        if (node.element && node.element->m_name == name) return node.element.get();
+    for (const Node& node : m_nodes) {
+        if (node.element && node.element->m_name == name)
+            return node.element.get();
+    }
     return nullptr;
 }
 
@@ -130,24 +147,30 @@ StandaloneDOMElement* StandaloneDOMElement::GetChild(const VString& name)
 std::vector<std::reference_wrapper<const StandaloneDOMElement>> StandaloneDOMElement::GetChildren() const
 {
     std::vector<std::reference_wrapper<const StandaloneDOMElement>> children;
-    for (const Node& node : m_nodes)
-        if (node.element) children.push_back(*node.element);
+    for (const Node& node : m_nodes) {
+        if (node.element)
+            children.push_back(*node.element);
+    }
     return children;
 }
 
 std::vector<std::reference_wrapper<const VString>> StandaloneDOMElement::GetTextNodes() const
 {
     std::vector<std::reference_wrapper<const VString>> texts;
-    for (const Node& node : m_nodes)
-        if (node.text) texts.push_back(*node.text);
+    for (const Node& node : m_nodes) {
+        if (node.text)
+            texts.push_back(*node.text);
+    }
     return texts;
 }
 
 VString StandaloneDOMElement::GetAllText() const
 {
     VString all;
-    for (const Node& node : m_nodes)
-        if (node.text) all += *node.text;
+    for (const Node& node : m_nodes) {
+        if (node.text)
+            all += *node.text;
+    }
     return all;
 }
 
@@ -161,26 +184,35 @@ bool StandaloneDOMElement::HasText() const noexcept
     return std::any_of(m_nodes.begin(), m_nodes.end(), [](const Node& node) { return node.text.has_value(); });
 }
 
-void StandaloneDOMElement::WalkNodes(std::function<void(StandaloneDOMElement&)> onElement, std::function<void(VString&)> onText)
+void StandaloneDOMElement::WalkNodes(
+    std::function<void(StandaloneDOMElement&)> onElement, std::function<void(VString&)> onText)
 {
     for (Node& node : m_nodes) {
-        if (node.text) onText(*node.text);
-        else onElement(*node.element);
+        if (node.text)
+            onText(*node.text);
+        else
+            onElement(*node.element);
     }
 }
 
-void StandaloneDOMElement::WalkNodes(std::function<void(const StandaloneDOMElement&)> onElement, std::function<void(const VString&)> onText) const
+void StandaloneDOMElement::WalkNodes(
+    std::function<void(const StandaloneDOMElement&)> onElement, std::function<void(const VString&)> onText) const
 {
     for (const Node& node : m_nodes) {
-        if (node.text) onText(*node.text);
-        else onElement(*node.element);
+        if (node.text)
+            onText(*node.text);
+        else
+            onElement(*node.element);
     }
 }
 
 bool StandaloneDOMElement::IsEqualWithoutChildren(const StandaloneDOMElement& other) const
 {
-    if (m_name != other.m_name || m_attributes != other.m_attributes || m_nodes.size() != other.m_nodes.size()) return false;
-    return std::equal(m_nodes.begin(), m_nodes.end(), other.m_nodes.begin(), [](const Node& a, const Node& b) { return a.text == b.text; });
+    if (m_name != other.m_name || m_attributes != other.m_attributes || m_nodes.size() != other.m_nodes.size())
+        return false;
+    return std::equal(m_nodes.begin(), m_nodes.end(), other.m_nodes.begin(), [](const Node& a, const Node& b) {
+        return a.text == b.text;
+    });
 }
 
 bool StandaloneDOMElement::operator==(const StandaloneDOMElement& other) const
@@ -189,10 +221,14 @@ bool StandaloneDOMElement::operator==(const StandaloneDOMElement& other) const
     while (!pending.empty()) {
         const auto [a, b] = pending.back();
         pending.pop_back();
-        if (a == b) continue;
-        if (!a->IsEqualWithoutChildren(*b)) return false;
-        for (std::size_t i = 0; i < a->m_nodes.size(); ++i)
-            if (a->m_nodes[i].element) pending.emplace_back(a->m_nodes[i].element.get(), b->m_nodes[i].element.get());
+        if (a == b)
+            continue;
+        if (!a->IsEqualWithoutChildren(*b))
+            return false;
+        for (std::size_t i = 0; i < a->m_nodes.size(); ++i) {
+            if (a->m_nodes[i].element)
+                pending.emplace_back(a->m_nodes[i].element.get(), b->m_nodes[i].element.get());
+        }
     }
     return true;
 }
@@ -215,7 +251,8 @@ std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::Clone() const
         clone->m_nodes.reserve(source->m_nodes.size());
         for (const Node& node : source->m_nodes) {
             clone->m_nodes.push_back({node.text, node.element ? node.element->CloneWithoutNodes() : nullptr});
-            if (node.element) pending.emplace_back(node.element.get(), clone->m_nodes.back().element.get());
+            if (node.element)
+                pending.emplace_back(node.element.get(), clone->m_nodes.back().element.get());
         }
     }
     return top;

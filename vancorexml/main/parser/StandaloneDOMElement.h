@@ -85,7 +85,8 @@ public:
     // Calls one of the two for each node, in order. Throws std::bad_function_call when it comes to
     // a node whose callback is empty. The callbacks must not add or remove nodes.
     void WalkNodes(std::function<void(StandaloneDOMElement&)> onElement, std::function<void(VString&)> onText);
-    void WalkNodes(std::function<void(const StandaloneDOMElement&)> onElement, std::function<void(const VString&)> onText) const;
+    void WalkNodes(
+        std::function<void(const StandaloneDOMElement&)> onElement, std::function<void(const VString&)> onText) const;
 
     // In depth: names, attributes whatever their order, nodes in order. The encoded mark does not
     // count. Linear.

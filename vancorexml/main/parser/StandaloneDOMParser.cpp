@@ -16,7 +16,11 @@ namespace {
 // Builds the tree from the parser's callbacks.
 class StandaloneDOMBuilder final : public SAXInterface, public ElementTaker {
 public:
-    explicit StandaloneDOMBuilder(bool keepWhitespaceText) : ElementTaker(keepWhitespaceText), m_root(std::make_unique<StandaloneDOMElement>("Document")), m_open{m_root.get()} {}
+    explicit StandaloneDOMBuilder(bool keepWhitespaceText)
+        : ElementTaker(keepWhitespaceText),
+          m_root(std::make_unique<StandaloneDOMElement>("Document")),
+          m_open{m_root.get()}
+    {}
 
     void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name) = attributes; }
 
@@ -34,7 +38,8 @@ public:
 
     void Characters(const VString& text) override
     {
-        if (WantsText(text.View())) TakeText(VString(text));
+        if (WantsText(text.View()))
+            TakeText(VString(text));
     }
 
     std::unique_ptr<StandaloneDOMElement> TakeRoot() { return std::move(m_root); }
@@ -116,7 +121,8 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource
     }
     parser->Parse();
     std::vector<VString> errors;
-    if (parser->HasErrors()) errors.assign(parser->GetErrors().begin(), parser->GetErrors().end());
+    if (parser->HasErrors())
+        errors.assign(parser->GetErrors().begin(), parser->GetErrors().end());
     m_impl->statisticsHandler.Call(source);
     return {builder->TakeRoot(), std::move(errors)};
 }

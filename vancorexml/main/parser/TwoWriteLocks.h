@@ -9,10 +9,16 @@
 // that take the same two locks cannot deadlock. `a` and `b` may be the same lock.
 class TwoWriteLocks {
 public:
-    TwoWriteLocks(VReadWriteLock& a, VReadWriteLock& b) : m_first(IsHigher(a, b) ? a : b), m_second(IsHigher(a, b) ? b : a) {}
+    TwoWriteLocks(VReadWriteLock& a, VReadWriteLock& b)
+        : m_first(IsHigher(a, b) ? a : b),
+          m_second(IsHigher(a, b) ? b : a)
+    {}
 
 private:
-    static bool IsHigher(const VReadWriteLock& a, const VReadWriteLock& b) { return std::greater<const VReadWriteLock*>()(&a, &b); }
+    static bool IsHigher(const VReadWriteLock& a, const VReadWriteLock& b)
+    {
+        return std::greater<const VReadWriteLock*>()(&a, &b);
+    }
 
     VWriteLocker m_first;
     VWriteLocker m_second;

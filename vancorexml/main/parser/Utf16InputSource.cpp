@@ -15,7 +15,11 @@ namespace {
 
 class Utf16Stream final : public xercesc::BinInputStream {
 public:
-    explicit Utf16Stream(std::string_view utf8) noexcept : m_begin(reinterpret_cast<const XMLByte*>(utf8.data())), m_next(m_begin), m_end(m_begin + utf8.size()) {}
+    explicit Utf16Stream(std::string_view utf8) noexcept
+        : m_begin(reinterpret_cast<const XMLByte*>(utf8.data())),
+          m_next(m_begin),
+          m_end(m_begin + utf8.size())
+    {}
 
     // In bytes of the text.
     XMLFilePos curPos() const override { return static_cast<XMLFilePos>(m_next - m_begin); }
@@ -61,7 +65,8 @@ private:
             std::memcpy(words, m_next, sizeof words[0]);
             const std::uint64_t high = words[0] & HighBits;
             Widen<sizeof words[0]>(toFill);
-            const int count = (std::endian::native == std::endian::little ? std::countr_zero(high) : std::countl_zero(high)) / 8;
+            const int count =
+                (std::endian::native == std::endian::little ? std::countr_zero(high) : std::countl_zero(high)) / 8;
             m_next += count;
             toFill += static_cast<std::size_t>(count) * sizeof(XMLCh);
             if (high != 0)
@@ -73,7 +78,8 @@ private:
 
     bool HasRoom(const XMLByte* toFill, const XMLByte* end, std::size_t count) const noexcept
     {
-        return static_cast<std::size_t>(m_end - m_next) >= count && static_cast<std::size_t>(end - toFill) >= count * sizeof(XMLCh);
+        return static_cast<std::size_t>(m_end - m_next) >= count &&
+            static_cast<std::size_t>(end - toFill) >= count * sizeof(XMLCh);
     }
 
     template <std::size_t Count>
@@ -112,7 +118,7 @@ private:
     const XMLByte* m_begin;
     const XMLByte* m_next;
     const XMLByte* m_end;
-    XMLCh m_lowSurrogate = 0;   // 0 when none waits
+    XMLCh m_lowSurrogate = 0;  // 0 when none waits
 };
 
 bool IsSpace(char byte) noexcept
@@ -177,9 +183,12 @@ bool IsDeclaredUtf8(std::string_view text) noexcept
 
 }  // namespace
 
-Utf16InputSource::Utf16InputSource(const xercesc::InputSource& source, std::string_view text) : InputSource(source.getSystemId(), source.getMemoryManager()), m_text(text)
+Utf16InputSource::Utf16InputSource(const xercesc::InputSource& source, std::string_view text)
+    : InputSource(source.getSystemId(), source.getMemoryManager()),
+      m_text(text)
 {
-    setEncoding(std::endian::native == std::endian::little ? xercesc::XMLUni::fgUTF16LEncodingString : xercesc::XMLUni::fgUTF16BEncodingString);
+    setEncoding(std::endian::native == std::endian::little ? xercesc::XMLUni::fgUTF16LEncodingString
+                                                           : xercesc::XMLUni::fgUTF16BEncodingString);
 }
 
 bool Utf16InputSource::IsWellFormed(const xercesc::InputSource& source, std::string_view text) noexcept

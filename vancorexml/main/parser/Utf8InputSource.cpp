@@ -11,18 +11,26 @@ namespace {
 // Bytes from 0x80 up are negative, so no part of a longer sequence passes for white space.
 std::size_t CountLeadingWhitespace(const std::string& bytes)
 {
-    const auto first = std::find_if(bytes.begin(), bytes.end(), [](char byte) { return !VCType::isSpace(static_cast<signed char>(byte)); });
+    const auto first = std::find_if(
+        bytes.begin(), bytes.end(), [](char byte) { return !VCType::isSpace(static_cast<signed char>(byte)); });
     return static_cast<std::size_t>(first - bytes.begin());
 }
 
 }  // namespace
 
-Utf8InputSource::Utf8InputSource(std::string&& bytes, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(std::make_shared<std::string>(std::move(bytes)), id, skipLeadingWhitespace, false) {}
+Utf8InputSource::Utf8InputSource(std::string&& bytes, const VString& id, bool skipLeadingWhitespace)
+    : Utf8InputSource(std::make_shared<std::string>(std::move(bytes)), id, skipLeadingWhitespace, false)
+{}
 
-Utf8InputSource::Utf8InputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(std::string(bytes), id, skipLeadingWhitespace) {}
+Utf8InputSource::Utf8InputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace)
+    : Utf8InputSource(std::string(bytes), id, skipLeadingWhitespace)
+{}
 
-Utf8InputSource::Utf8InputSource(std::shared_ptr<std::string> bytes, const VString& id, bool skipLeadingWhitespace, bool isDecoded)
-    : InputSource(id), m_bytes(std::move(bytes)), m_isDecoded(isDecoded)
+Utf8InputSource::Utf8InputSource(
+    std::shared_ptr<std::string> bytes, const VString& id, bool skipLeadingWhitespace, bool isDecoded)
+    : InputSource(id),
+      m_bytes(std::move(bytes)),
+      m_isDecoded(isDecoded)
 {
     if (skipLeadingWhitespace)
         m_start = m_position = CountLeadingWhitespace(*m_bytes);
@@ -65,28 +73,36 @@ XercesInputSource Utf8InputSource::GetXercesInputSource(ColonProcessingMode mode
     return XercesInputSource(m_bytes, m_start, Id(), mode, m_isDecoded ? TextEncoding::Utf8 : TextEncoding::Detected);
 }
 
-StringInputSource::StringInputSource(const VString& text, const VString& id, bool skipLeadingWhitespace) : StringInputSource(std::make_shared<std::string>(text.toStdString()), id, skipLeadingWhitespace) {}
+StringInputSource::StringInputSource(const VString& text, const VString& id, bool skipLeadingWhitespace)
+    : StringInputSource(std::make_shared<std::string>(text.toStdString()), id, skipLeadingWhitespace)
+{}
 
-StringInputSource::StringInputSource(std::shared_ptr<std::string> utf8, const VString& id, bool skipLeadingWhitespace) : Utf8InputSource(std::move(utf8), id, skipLeadingWhitespace, true) {}
+StringInputSource::StringInputSource(std::shared_ptr<std::string> utf8, const VString& id, bool skipLeadingWhitespace)
+    : Utf8InputSource(std::move(utf8), id, skipLeadingWhitespace, true)
+{}
 
-std::unique_ptr<StringInputSource> StringInputSource::FromUtf8(std::string&& utf8, const VString& id, bool skipLeadingWhitespace)
+std::unique_ptr<StringInputSource> StringInputSource::FromUtf8(
+    std::string&& utf8, const VString& id, bool skipLeadingWhitespace)
 {
-    return std::unique_ptr<StringInputSource>(new StringInputSource(std::make_shared<std::string>(std::move(utf8)), id, skipLeadingWhitespace));
+    return std::unique_ptr<StringInputSource>(
+        new StringInputSource(std::make_shared<std::string>(std::move(utf8)), id, skipLeadingWhitespace));
 }
 
 StringInputSource::~StringInputSource() = default;
 
-BinaryInputSource::BinaryInputSource(const std::vector<unsigned char>& bytes, const VString& id, bool skipLeadingWhitespace)
+BinaryInputSource::BinaryInputSource(
+    const std::vector<unsigned char>& bytes, const VString& id, bool skipLeadingWhitespace)
     : Utf8InputSource(std::string(bytes.begin(), bytes.end()), id, skipLeadingWhitespace)
-{
-}
+{}
 
 BinaryInputSource::~BinaryInputSource() = default;
 
 // The shared pointer owns nothing, and the bytes are never written to, so the cast is safe.
 BorrowedInputSource::BorrowedInputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace)
-    : Utf8InputSource(std::shared_ptr<std::string>(std::shared_ptr<void>(), const_cast<std::string*>(&bytes)), id, skipLeadingWhitespace, false)
-{
-}
+    : Utf8InputSource(std::shared_ptr<std::string>(std::shared_ptr<void>(), const_cast<std::string*>(&bytes)),
+          id,
+          skipLeadingWhitespace,
+          false)
+{}
 
 BorrowedInputSource::~BorrowedInputSource() = default;

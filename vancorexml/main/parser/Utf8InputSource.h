@@ -47,7 +47,8 @@ class VANCOREXML_API StringInputSource : public Utf8InputSource {
 public:
     StringInputSource(const VString& text, const VString& id, bool skipLeadingWhitespace);
     // For a decoded text that is already UTF-8.
-    static std::unique_ptr<StringInputSource> FromUtf8(std::string&& utf8, const VString& id, bool skipLeadingWhitespace);
+    static std::unique_ptr<StringInputSource> FromUtf8(
+        std::string&& utf8, const VString& id, bool skipLeadingWhitespace);
     ~StringInputSource() override;
 
 private:

@@ -22,14 +22,17 @@ public:
     std::optional<XmlUtils::TagRange> Find(const std::string& text)
     {
         for (;;) {
-            if (m_start == XmlUtils::npos && !BeginConstruct(text)) return std::nullopt;
+            if (m_start == XmlUtils::npos && !BeginConstruct(text))
+                return std::nullopt;
             const std::size_t end = m_terminator.empty() ? FindTagEnd(text) : FindTerminator(text);
-            if (end == XmlUtils::npos) return std::nullopt;
+            if (end == XmlUtils::npos)
+                return std::nullopt;
             const XmlUtils::TagRange range{m_start, end - m_start + 1};
             const char kind = text[m_start + 1];
             m_start = XmlUtils::npos;
             m_position = end + 1;
-            if (kind != '?' && kind != '!') return range;
+            if (kind != '?' && kind != '!')
+                return range;
         }
     }
 
@@ -39,7 +42,8 @@ private:
     {
         m_position = std::min(text.find('<', m_position), text.size());
         const std::string_view rest = std::string_view(text).substr(m_position);
-        if (rest.size() <= 2 || rest == "<!-") return false;
+        if (rest.size() <= 2 || rest == "<!-")
+            return false;
         m_start = m_position;
         ++m_position;
         m_quote = 0;
@@ -50,7 +54,8 @@ private:
     std::size_t FindTerminator(const std::string& text)
     {
         const std::size_t found = text.find(m_terminator, m_position);
-        if (found != XmlUtils::npos) return found + m_terminator.size() - 1;
+        if (found != XmlUtils::npos)
+            return found + m_terminator.size() - 1;
         // The terminator may lie across the end of what has arrived.
         m_position = std::max(m_position, text.size() - (m_terminator.size() - 1));
         return XmlUtils::npos;
@@ -60,10 +65,14 @@ private:
     {
         for (; m_position < text.size(); ++m_position) {
             const char byte = text[m_position];
-            if (m_quote == 0 && byte == '>') return m_position;
-            if (byte != '\'' && byte != '"') continue;
-            if (m_quote == 0) m_quote = byte;
-            else if (m_quote == byte) m_quote = 0;
+            if (m_quote == 0 && byte == '>')
+                return m_position;
+            if (byte != '\'' && byte != '"')
+                continue;
+            if (m_quote == 0)
+                m_quote = byte;
+            else if (m_quote == byte)
+                m_quote = 0;
         }
         return XmlUtils::npos;
     }
@@ -86,10 +95,12 @@ Nullable<VersionNumber> VersionSniffer(InputSource& source, const VString& attri
     while (source.GetBytes(run, RunSize)) {
         text += run;
         const std::optional<XmlUtils::TagRange> range = finder.Find(text);
-        if (!range) continue;
+        if (!range)
+            continue;
         const std::string tag = text.substr(range->start, range->length);
         const std::optional<std::string> value = XmlUtils::GetAttributeValueInTag(tag, name, {0, tag.size()});
-        if (!value) return {};
+        if (!value)
+            return {};
         return VersionNumber(VString::fromStdString(*value), u'.', u'-', 0);
     }
     return {};

@@ -23,9 +23,10 @@ std::u16string_view FindAttributeName(std::u16string_view message)
 
 std::u16string_view FindPrefix(std::u16string_view name)
 {
-    for (const std::u16string_view prefix : {ColonRewriting::ReadPrefix, ColonRewriting::ReportedPrefix})
+    for (const std::u16string_view prefix : {ColonRewriting::ReadPrefix, ColonRewriting::ReportedPrefix}) {
         if (name.starts_with(prefix))
             return prefix;
+    }
     return {};
 }
 
@@ -39,7 +40,8 @@ VString ToString(std::u16string_view text)
 const WrittenNames::Own& WrittenNames::FindOwn()
 {
     if (!m_own) {
-        const auto holds = [this](std::string_view text) { return m_given && m_given->find(text) != std::string::npos; };
+        const auto holds = [this](
+                               std::string_view text) { return m_given && m_given->find(text) != std::string::npos; };
         std::set<std::string> rewritten = m_given ? ColonRewriting::FindNames(*m_given) : std::set<std::string>();
         m_own = Own{std::move(rewritten), holds(ColonRewriting::DeclarationName), holds(ColonRewriting::Namespace)};
     }

@@ -20,9 +20,9 @@ public:
     // For a document that was not rewritten.
     WrittenNames() = default;
     explicit WrittenNames(const XercesInputSource& source)
-        : m_isRewritten(source.IsRewritten()), m_given(source.Given())
-    {
-    }
+        : m_isRewritten(source.IsRewritten()),
+          m_given(source.Given())
+    {}
 
     // The first message about such a name costs a search through the document.
     VString Restore(const VString& message);
@@ -32,7 +32,7 @@ public:
 private:
     // The names of the document that look like those of the sanitizer.
     struct Own {
-        std::set<std::string> rewritten;   // without their colons, in UTF-8
+        std::set<std::string> rewritten;  // without their colons, in UTF-8
         bool hasDeclaration;
         bool hasNamespace;
     };

@@ -19,7 +19,8 @@ namespace {
 // The open element that an operation writes into.
 DOMElement& RequireTop(DOMElement* top, std::uint32_t code, int line)
 {
-    if (top == nullptr) FailAssertion("m_stack.top() != nullptr", code, line);
+    if (top == nullptr)
+        FailAssertion("m_stack.top() != nullptr", code, line);
     return *top;
 }
 
@@ -105,7 +106,8 @@ void XMLDomFormatter::OutputComment(const VString& text)
 void XMLDomFormatter::OutputCloseTag(const VString& tag)
 {
     const DOMElement& element = RequireTop(Top(), 0x5C6709A4, 155);
-    if (element.GetName() != tag) FailAssertion("e->GetName() == tag", 0x956FC18E, 158);
+    if (element.GetName() != tag)
+        FailAssertion("e->GetName() == tag", 0x956FC18E, 158);
     m_stack.pop();
 }
 
@@ -140,7 +142,8 @@ void XMLDomFormatter::OutputString(const VString& text)
 void XMLDomFormatter::OutputBinary(const unsigned char* data, unsigned int length)
 {
     DOMElement& element = RequireTop(Top(), 0xE813A351, 136);
-    if (element.HasText()) FailAssertion("!e->HasText()", 0x9C70B807, 139);
+    if (element.HasText())
+        FailAssertion("!e->HasText()", 0x9C70B807, 139);
     std::vector<VString> lines;
     Base64Encode(data, length, lines, true);
     for (const VString& line : lines) {
@@ -156,9 +159,12 @@ VString XMLDomFormatter::GetOutput(FormatMode mode) const
     const DOM& document = Document();
     XMLStringFormatter writer;
     writer.SetFormatMode(mode);
-    if (m_headerRequested) writer.OutputHeader();
-    for (const VString& comment : m_comments) writer.OutputComment(comment);
-    if (const DOMElement* root = document.GetDocumentRoot()) Format(writer, *root);
+    if (m_headerRequested)
+        writer.OutputHeader();
+    for (const VString& comment : m_comments)
+        writer.OutputComment(comment);
+    if (const DOMElement* root = document.GetDocumentRoot())
+        Format(writer, *root);
     return writer.GetOutput();
 }
 
@@ -179,6 +185,7 @@ VString XMLDomFormatter::RenderAsXMLString(const DOMElement& element, VString* c
 
 DOM& XMLDomFormatter::Document() const
 {
-    if (m_document == nullptr) FailAssertion("m_document != nullptr", 0x7C21D94B, __LINE__);
+    if (m_document == nullptr)
+        FailAssertion("m_document != nullptr", 0x7C21D94B, __LINE__);
     return *m_document;
 }

@@ -26,8 +26,10 @@ char16_t* WriteNumericEscape(char16_t unit, char16_t* out) noexcept
     *out++ = u'\\';
     *out++ = u'x';
     int shift = 12;
-    while (shift > 0 && (unit >> shift) == 0) shift -= 4;
-    for (; shift >= 0; shift -= 4) *out++ = digits[(unit >> shift) & 0xF];
+    while (shift > 0 && (unit >> shift) == 0)
+        shift -= 4;
+    for (; shift >= 0; shift -= 4)
+        *out++ = digits[(unit >> shift) & 0xF];
     *out++ = u';';
     return out;
 }
@@ -61,7 +63,11 @@ bool IsPlainBlock(const char16_t* block) noexcept
 template <typename IsValid>
 class Scanner {
 public:
-    Scanner(std::u16string_view text, const EscapeTable& table, IsValid isValid) : m_text(text), m_table(table), m_isValid(isValid) {}
+    Scanner(std::u16string_view text, const EscapeTable& table, IsValid isValid)
+        : m_text(text),
+          m_table(table),
+          m_isValid(isValid)
+    {}
 
     // The first position at or after `position` that is escaped, or the text's length.
     std::size_t Find(std::size_t position) const
@@ -75,9 +81,12 @@ public:
             for (const std::size_t end = position + std::min(left, PlainBlock); position < end; ++position) {
                 const char16_t unit = m_text[position];
                 if (unit <= 0x80) {
-                    if (m_table.Maps(unit)) return position;
+                    if (m_table.Maps(unit)) {
+                        return position;
+                    }
                 } else if (!m_isValid(unit)) {
-                    if (!IsPairAt(m_text, position)) return position;
+                    if (!IsPairAt(m_text, position))
+                        return position;
                     ++position;
                 }
             }
@@ -89,7 +98,8 @@ public:
     std::u16string_view Replacement(std::size_t position)
     {
         const char16_t unit = m_text[position];
-        if (m_table.Maps(unit)) return m_table[unit].View();
+        if (m_table.Maps(unit))
+            return m_table[unit].View();
         return {m_buffer, static_cast<std::size_t>(WriteNumericEscape(unit, m_buffer) - m_buffer)};
     }
 
@@ -103,22 +113,31 @@ private:
 // A buffer of a fixed size that refuses what it has no room for.
 class Writer {
 public:
-    explicit Writer(std::size_t length) : m_text(static_cast<int>(length), Qt::Uninitialized), m_out(reinterpret_cast<char16_t*>(m_text.data())), m_end(m_out + length) {}
+    explicit Writer(std::size_t length)
+        : m_text(static_cast<int>(length), Qt::Uninitialized),
+          m_out(reinterpret_cast<char16_t*>(m_text.data())),
+          m_end(m_out + length)
+    {}
 
     void Write(std::u16string_view piece)
     {
-        if (piece.size() > static_cast<std::size_t>(m_end - m_out)) Fail();
+        if (piece.size() > static_cast<std::size_t>(m_end - m_out))
+            Fail();
         m_out = std::copy(piece.begin(), piece.end(), m_out);
     }
 
     VString Take()
     {
-        if (m_out != m_end) Fail();
+        if (m_out != m_end)
+            Fail();
         return VString(std::move(m_text));
     }
 
 private:
-    [[noreturn]] static void Fail() { ThrowLogicException(SourceFile, 236, "ix == dst.length()", MakeLogicError(0xF6B4AF4C)); }
+    [[noreturn]] static void Fail()
+    {
+        ThrowLogicException(SourceFile, 236, "ix == dst.length()", MakeLogicError(0xF6B4AF4C));
+    }
 
     QString m_text;
     char16_t* m_out;
@@ -132,10 +151,13 @@ VString Encode(const VString& text, const EscapeTable& table, IsValid isValid)
     Scanner<IsValid> scanner(source, table, isValid);
 
     const std::size_t first = scanner.Find(0);
-    if (first == source.size()) return text;
+    if (first == source.size())
+        return text;
     std::size_t length = source.size();
-    for (std::size_t found = first; found < source.size(); found = scanner.Find(found + 1)) length += scanner.Replacement(found).size() - 1;
-    if (length > static_cast<std::size_t>(VString::MaxLength)) throw std::length_error("XMLFormatter: the escaped text is too long");
+    for (std::size_t found = first; found < source.size(); found = scanner.Find(found + 1))
+        length += scanner.Replacement(found).size() - 1;
+    if (length > static_cast<std::size_t>(VString::MaxLength))
+        throw std::length_error("XMLFormatter: the escaped text is too long");
 
     Writer writer(length);
     std::size_t done = 0;
@@ -157,7 +179,8 @@ bool IsQuoted(const VString& text) noexcept
 
 void InitMappingTableType(MappingTable& table, int kind)
 {
-    if (kind < AttributeMapping || kind > ApostropheMapping) ThrowLogicException(SourceFile, 120, "Unknown type passed to InitMappingTableType", MakeLogicError(0xF6AD402C));
+    if (kind < AttributeMapping || kind > ApostropheMapping)
+        ThrowLogicException(SourceFile, 120, "Unknown type passed to InitMappingTableType", MakeLogicError(0xF6AD402C));
     for (char16_t unit = 0; unit < 0x20; ++unit) {
         char16_t escape[LongestNumericEscape];
         table[unit] = VString(escape, static_cast<std::size_t>(WriteNumericEscape(unit, escape) - escape));
@@ -177,7 +200,8 @@ EscapeTable::EscapeTable(int kind)
 {
     InitMappingTableType(m_entries, kind);
     for (std::size_t unit = 0; unit < m_entries.size(); ++unit) {
-        if (!m_entries[unit].IsEmpty()) m_mapped |= std::uint64_t(1) << unit;
+        if (!m_entries[unit].IsEmpty())
+            m_mapped |= std::uint64_t(1) << unit;
     }
 }
 
@@ -214,7 +238,8 @@ VString EncodeAsCData(const VString& text)
     VString result = quoted ? quote + open + text.mid(1, text.length() - 2) : open + text;
     result = result.replace(close, split);
     result += close;
-    if (quoted) result += quote;
+    if (quoted)
+        result += quote;
     return result;
 }
 

@@ -15,8 +15,8 @@ using MappingTable = std::array<VString, 63>;
 // The kinds of tables.
 enum MappingKind : int {
     AttributeMapping = 0,
-    ContentMapping = 1,    // tabs and line feeds stay
-    ApostropheMapping = 2, // apostrophes and quotes stay
+    ContentMapping = 1,     // tabs and line feeds stay
+    ApostropheMapping = 2,  // apostrophes and quotes stay
 };
 
 // Fills the table. Raises a LogicException when there is no such kind.

@@ -35,13 +35,16 @@ const VString FalseText(u"false");
 
 void WriteLeaf(XMLFormatter& target, const DOMElement& element)
 {
-    if (!element.HasText()) target.OutputTag(element.GetName(), element.GetAttributes());
-    else target.OutputContentTag(element.GetName(), element.GetAttributes(), element.GetText(), !element.IsEncoded());
+    if (!element.HasText())
+        target.OutputTag(element.GetName(), element.GetAttributes());
+    else
+        target.OutputContentTag(element.GetName(), element.GetAttributes(), element.GetText(), !element.IsEncoded());
 }
 
 void WriteTextBesideChildren(XMLFormatter& target, const DOMElement& element, const XMLFormatter& textIndent)
 {
-    if (!element.HasText()) return;
+    if (!element.HasText())
+        return;
     target.OutputString(textIndent.GetIndent());
     target.OutputContent(element.GetText(), element.IsEncoded());
 }
@@ -50,9 +53,10 @@ void WriteTextBesideChildren(XMLFormatter& target, const DOMElement& element, co
 class OpenElement {
 public:
     OpenElement(XMLFormatter& target, const DOMElement& element)
-        : m_element(element), m_count(element.GetChildren().size()), m_indenter(target, element.GetName(), element.GetAttributes())
-    {
-    }
+        : m_element(element),
+          m_count(element.GetChildren().size()),
+          m_indenter(target, element.GetName(), element.GetAttributes())
+    {}
 
     const DOMElement& Element() const noexcept { return m_element; }
     // The next child, null behind the last. Children that the element gets while it is
@@ -76,7 +80,8 @@ class OpenElements {
 public:
     ~OpenElements()
     {
-        while (!IsEmpty()) Pop();
+        while (!IsEmpty())
+            Pop();
     }
 
     bool IsEmpty() const noexcept { return m_elements.empty(); }
@@ -96,7 +101,8 @@ void WriteChildren(XMLFormatter& target, OpenElement& top, const XMLFormatter& t
         OpenElement& parent = open.IsEmpty() ? top : open.Innermost();
         const DOMElement* const child = parent.NextChild();
         if (child == nullptr) {
-            if (open.IsEmpty()) return;
+            if (open.IsEmpty())
+                return;
             WriteTextBesideChildren(target, parent.Element(), textIndent);
             open.Pop();
         } else if (child->HasChildren()) {
@@ -112,7 +118,8 @@ VString FormatAttribute(const AttributeMap::value_type& attribute)
     const std::u16string_view name = attribute.first.View();
     const VString value = XMLFormatter::EncodeAttributeString(attribute.second);
     const std::size_t length = name.size() + value.View().size() + 4;
-    if (length > static_cast<std::size_t>(VString::MaxLength)) throw std::length_error("XMLFormatter: the attribute is too long");
+    if (length > static_cast<std::size_t>(VString::MaxLength))
+        throw std::length_error("XMLFormatter: the attribute is too long");
     QString result(static_cast<int>(length), Qt::Uninitialized);
     auto* out = reinterpret_cast<char16_t*>(result.data());
     *out++ = u' ';
@@ -127,9 +134,12 @@ VString FormatAttribute(const AttributeMap::value_type& attribute)
 template <typename Node>
 void FormatNode(XMLFormatter& formatter, const Node* node, const VString* comment, bool header)
 {
-    if (header) formatter.OutputHeader();
-    if (comment != nullptr) formatter.OutputComment(*comment);
-    if (node != nullptr) formatter.OutputDOMElement(*node);
+    if (header)
+        formatter.OutputHeader();
+    if (comment != nullptr)
+        formatter.OutputComment(*comment);
+    if (node != nullptr)
+        formatter.OutputDOMElement(*node);
 }
 
 }  // namespace
@@ -153,7 +163,9 @@ void XMLFormatterOverride::OutputDOMElement(const DOMElement&)
     m_hasOverride = false;
 }
 
-XMLFormatter::Indenter::Indenter(XMLFormatter& formatter, const VString& tag, const AttributeMap& attributes) : m_formatter(formatter), m_tag(tag)
+XMLFormatter::Indenter::Indenter(XMLFormatter& formatter, const VString& tag, const AttributeMap& attributes)
+    : m_formatter(formatter),
+      m_tag(tag)
 {
     m_formatter.OutputOpenTag(tag, attributes);
     m_formatter.Indent();
@@ -169,7 +181,10 @@ XMLFormatter::Indenter::~Indenter()
     }
 }
 
-XMLFormatter::XMLFormatter(const VString& indentUnit, bool singleLine) : m_indentUnit(indentUnit), m_lineTerminator(singleLine ? VString() : VString(u"\n")) {}
+XMLFormatter::XMLFormatter(const VString& indentUnit, bool singleLine)
+    : m_indentUnit(indentUnit),
+      m_lineTerminator(singleLine ? VString() : VString(u"\n"))
+{}
 
 XMLFormatter::~XMLFormatter() = default;
 
@@ -193,14 +208,17 @@ void XMLFormatter::Flush() {}
 void XMLFormatter::OutputAttributes(const AttributeMap& attributes)
 {
     if (attributes.size() < 2) {
-        for (const AttributeMap::value_type& attribute : attributes) OutputString(FormatAttribute(attribute));
+        for (const AttributeMap::value_type& attribute : attributes)
+            OutputString(FormatAttribute(attribute));
         return;
     }
     std::vector<const AttributeMap::value_type*> sorted;
     sorted.reserve(attributes.size());
-    for (const AttributeMap::value_type& attribute : attributes) sorted.push_back(&attribute);
+    for (const AttributeMap::value_type& attribute : attributes)
+        sorted.push_back(&attribute);
     std::sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) { return *a < *b; });
-    for (const AttributeMap::value_type* attribute : sorted) OutputString(FormatAttribute(*attribute));
+    for (const AttributeMap::value_type* attribute : sorted)
+        OutputString(FormatAttribute(*attribute));
 }
 
 void XMLFormatter::WriteElement(const DOMElement& element)
@@ -211,7 +229,8 @@ void XMLFormatter::WriteElement(const DOMElement& element)
     }
     OpenElement open(*this, element);
     if (OutputThroughOverride(*open.NextChild())) {
-        while (const DOMElement* child = open.NextChild()) OutputDOMElement(*child);
+        while (const DOMElement* child = open.NextChild())
+            OutputDOMElement(*child);
     } else {
         open.Restart();
         WriteChildren(*this, open, *this);
@@ -234,8 +253,10 @@ void XMLFormatter::OutputDOMElements(const DOMElementChildren& elements)
 {
     std::vector<const DOMElement*> all;
     all.reserve(elements.size());
-    for (const DOMElement* element : elements) all.push_back(element);
-    for (const DOMElement* element : all) OutputDOMElement(*element);
+    for (const DOMElement* element : elements)
+        all.push_back(element);
+    for (const DOMElement* element : all)
+        OutputDOMElement(*element);
 }
 
 void XMLFormatter::OutputContent(const VString& text, bool verbatim)
@@ -245,9 +266,11 @@ void XMLFormatter::OutputContent(const VString& text, bool verbatim)
         return;
     }
     const bool multiLine = !m_lineTerminator.IsEmpty();
-    if (multiLine && !text.startsWith(m_lineTerminator)) OutputString(m_lineTerminator);
+    if (multiLine && !text.startsWith(m_lineTerminator))
+        OutputString(m_lineTerminator);
     OutputString(text);
-    if (multiLine && !text.endsWith(m_lineTerminator)) OutputString(m_lineTerminator);
+    if (multiLine && !text.endsWith(m_lineTerminator))
+        OutputString(m_lineTerminator);
     OutputString(GetIndent());
 }
 
@@ -256,7 +279,8 @@ void XMLFormatter::OutputContent(const VString& text)
     OutputContent(text, false);
 }
 
-void XMLFormatter::OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content, bool encode)
+void XMLFormatter::OutputContentTag(
+    const VString& tag, const AttributeMap& attributes, const VString& content, bool encode)
 {
     OutputString(GetIndent());
     OutputString(prefixOpen);
@@ -323,7 +347,8 @@ void XMLFormatter::OutputHeader()
 void XMLFormatter::OutputLine(const VString& text)
 {
     OutputString(text);
-    if (!m_lineTerminator.IsEmpty()) OutputString(m_lineTerminator);
+    if (!m_lineTerminator.IsEmpty())
+        OutputString(m_lineTerminator);
 }
 
 void XMLFormatter::OutputBinary(const unsigned char* data, unsigned int length)
@@ -343,8 +368,10 @@ VString XMLFormatter::EncodeAttributeString(const VString& text)
 
 VString XMLFormatter::EncodeContentString(const VString& text)
 {
-    if (text.length() < LongContent) return XMLEscaping::EncodeWithTable(text, XMLEscaping::AttributeTable());
-    if (text.contains(u'<')) return XMLEscaping::EncodeAsCData(text);
+    if (text.length() < LongContent)
+        return XMLEscaping::EncodeWithTable(text, XMLEscaping::AttributeTable());
+    if (text.contains(u'<'))
+        return XMLEscaping::EncodeAsCData(text);
     return XMLEscaping::EncodeWithTable(text, XMLEscaping::ContentTable());
 }
 

@@ -123,7 +123,8 @@ public:
     virtual void OutputContent(const VString& text, bool verbatim);
     virtual void OutputContent(const VString& text);
     // An element with content on one line. Without `encode` the content is verbatim.
-    virtual void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content, bool encode);
+    virtual void OutputContentTag(
+        const VString& tag, const AttributeMap& attributes, const VString& content, bool encode);
     virtual void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content);
     // A blank is added on both sides, and each "--" becomes "-&45;".
     virtual void OutputComment(const VString& text);

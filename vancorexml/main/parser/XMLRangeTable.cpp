@@ -17,8 +17,10 @@ constexpr const char* const File = "vancorexml\\main\\parser\\XMLRangeTable";
 
 XMLRangeType TypeAt(const std::string& text, std::size_t start)
 {
-    if (XmlUtils::ContainsSubstringAt(text, "<![CDATA[", start)) return XMLRangeTypeCData;
-    if (XmlUtils::ContainsSubstringAt(text, "<!--", start)) return XMLRangeTypeComment;
+    if (XmlUtils::ContainsSubstringAt(text, "<![CDATA[", start))
+        return XMLRangeTypeCData;
+    if (XmlUtils::ContainsSubstringAt(text, "<!--", start))
+        return XMLRangeTypeComment;
     return XMLRangeTypeDeclaration;
 }
 
@@ -37,7 +39,8 @@ std::vector<Range> FindRanges(const std::string& text)
     std::size_t position = 0;
     while (position < text.size()) {
         const std::size_t bang = text.find('!', position);
-        if (bang == std::string::npos || bang == 0) break;
+        if (bang == std::string::npos || bang == 0)
+            break;
         if (text[bang - 1] != '<') {
             position = bang + 1;
             continue;
@@ -69,13 +72,15 @@ XMLRangeTable::XMLRangeTable(const std::string& text) : XMLRangeTable()
 
 XMLRangeTable::XMLRangeTable(const XMLRangeTable& other)
 {
-    if (!other.m_pImpl) ThrowLogicException(File, 141, "other.m_pImpl != nullptr", MakeLogicError(0x7DE85DF8));
+    if (!other.m_pImpl)
+        ThrowLogicException(File, 141, "other.m_pImpl != nullptr", MakeLogicError(0x7DE85DF8));
     m_pImpl = std::make_unique<Impl>(*other.m_pImpl);
 }
 
 XMLRangeTable& XMLRangeTable::operator=(const XMLRangeTable& other)
 {
-    if (this != &other) *this = XMLRangeTable(other);
+    if (this != &other)
+        *this = XMLRangeTable(other);
     return *this;
 }
 
@@ -86,15 +91,22 @@ XMLRangeTable::~XMLRangeTable() = default;
 XMLRangeType XMLRangeTable::GetRangeTypeAt(std::size_t pos, std::size_t& rangeEnd)
 {
     // A table that was moved from has no ranges.
-    if (!m_pImpl) return XMLRangeTypeNone;
+    if (!m_pImpl)
+        return XMLRangeTypeNone;
     Impl& table = *m_pImpl;
-    if (pos < table.lastPosition) ThrowLogicException(File, 104, "GetRangeTypeAt must be called with increasing positions", MakeLogicError(0x1A238B43));
+    if (pos < table.lastPosition) {
+        ThrowLogicException(
+            File, 104, "GetRangeTypeAt must be called with increasing positions", MakeLogicError(0x1A238B43));
+    }
     table.lastPosition = pos;
 
-    while (table.cursor < table.ranges.size() && table.ranges[table.cursor].end <= pos) ++table.cursor;
-    if (table.cursor == table.ranges.size()) return XMLRangeTypeNone;
+    while (table.cursor < table.ranges.size() && table.ranges[table.cursor].end <= pos)
+        ++table.cursor;
+    if (table.cursor == table.ranges.size())
+        return XMLRangeTypeNone;
     const Range& range = table.ranges[table.cursor];
-    if (pos < range.start) return XMLRangeTypeNone;
+    if (pos < range.start)
+        return XMLRangeTypeNone;
     rangeEnd = static_cast<std::size_t>(range.end);
     return range.type;
 }

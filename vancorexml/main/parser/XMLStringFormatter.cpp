@@ -3,35 +3,43 @@
 #include <algorithm>
 #include <stdexcept>
 
-XMLStringFormatter::XMLStringFormatter(const VString& indentUnit, bool singleLine) : XMLFormatter(indentUnit, singleLine) {}
+XMLStringFormatter::XMLStringFormatter(const VString& indentUnit, bool singleLine)
+    : XMLFormatter(indentUnit, singleLine)
+{}
 
 XMLStringFormatter::~XMLStringFormatter() = default;
 
 void XMLStringFormatter::OutputString(const VString& text)
 {
     const int length = text.length();
-    if (length == 0) return;
-    if (length > m_buffer.size() - m_length || !m_buffer.isDetached()) return OutputBehindTheRoom(text);
+    if (length == 0)
+        return;
+    if (length > m_buffer.size() - m_length || !m_buffer.isDetached())
+        return OutputBehindTheRoom(text);
     std::copy(text.begin(), text.end(), reinterpret_cast<char16_t*>(m_buffer.data()) + m_length);
     m_length += length;
 }
 
 VString XMLStringFormatter::GetOutput() const
 {
-    if (m_failure) std::rethrow_exception(m_failure);
+    if (m_failure)
+        std::rethrow_exception(m_failure);
     // Only when there is spare room: resize() would copy a buffer shared with an earlier result.
-    if (m_buffer.size() > m_length) m_buffer.resize(m_length);
+    if (m_buffer.size() > m_length)
+        m_buffer.resize(m_length);
     return VString(m_buffer);
 }
 
 void XMLStringFormatter::OutputBehindTheRoom(const VString& text)
 {
-    if (m_failure) std::rethrow_exception(m_failure);
+    if (m_failure)
+        std::rethrow_exception(m_failure);
     try {
         if (m_length == 0) {
             m_buffer = text.ToQString();
         } else {
-            if (text.length() > VString::MaxLength - m_length) throw std::length_error("XMLStringFormatter: the text is too long");
+            if (text.length() > VString::MaxLength - m_length)
+                throw std::length_error("XMLStringFormatter: the text is too long");
             m_buffer.resize(m_length + std::max(text.length(), std::min(m_length, VString::MaxLength - m_length)));
             std::copy(text.begin(), text.end(), reinterpret_cast<char16_t*>(m_buffer.data()) + m_length);
         }

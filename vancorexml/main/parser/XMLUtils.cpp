@@ -40,9 +40,12 @@ class QuoteState {
 public:
     void Pass(char byte) noexcept
     {
-        if (byte != '\'' && byte != '"') return;
-        if (m_quote == 0) m_quote = byte;
-        else if (m_quote == byte) m_quote = 0;
+        if (byte != '\'' && byte != '"')
+            return;
+        if (m_quote == 0)
+            m_quote = byte;
+        else if (m_quote == byte)
+            m_quote = 0;
     }
     bool IsInside() const noexcept { return m_quote != 0; }
 
@@ -55,7 +58,8 @@ std::size_t FindUnquotedClose(const std::string& text, std::size_t position) noe
 {
     QuoteState quotes;
     for (; position < text.size(); ++position) {
-        if (text[position] == '>' && !quotes.IsInside()) return position;
+        if (text[position] == '>' && !quotes.IsInside())
+            return position;
         quotes.Pass(text[position]);
     }
     return XmlUtils::npos;
@@ -63,22 +67,27 @@ std::size_t FindUnquotedClose(const std::string& text, std::size_t position) noe
 
 std::size_t SkipWhitespace(const std::string& text, std::size_t position) noexcept
 {
-    while (position < text.size() && XmlUtils::IsWhitespace(text[position])) ++position;
+    while (position < text.size() && XmlUtils::IsWhitespace(text[position]))
+        ++position;
     return position;
 }
 
 // The value behind an attribute's name that ends before `position`.
 // `isAttribute` says whether "=" and a quote follow at all.
-std::optional<std::string> ValueBehind(const std::string& text, std::size_t position, std::size_t tagEnd, bool& isAttribute)
+std::optional<std::string> ValueBehind(
+    const std::string& text, std::size_t position, std::size_t tagEnd, bool& isAttribute)
 {
     isAttribute = false;
     position = SkipWhitespace(text, position);
-    if (position > tagEnd || text[position] != '=') return std::nullopt;
+    if (position > tagEnd || text[position] != '=')
+        return std::nullopt;
     position = SkipWhitespace(text, position + 1);
-    if (position > tagEnd || (text[position] != '\'' && text[position] != '"')) return std::nullopt;
+    if (position > tagEnd || (text[position] != '\'' && text[position] != '"'))
+        return std::nullopt;
     isAttribute = true;
     const std::size_t close = text.find(text[position], position + 1);
-    if (close == std::string::npos || close > tagEnd) return std::nullopt;
+    if (close == std::string::npos || close > tagEnd)
+        return std::nullopt;
     return text.substr(position + 1, close - position - 1);
 }
 
@@ -117,7 +126,8 @@ bool XmlUtils::ContainsSubstringAt(const VString& text, const VString& pattern, 
 bool XmlUtils::AreQuotesMatchingInRange(const std::string& text, std::size_t start, std::size_t end) noexcept
 {
     QuoteState quotes;
-    for (std::size_t i = start; i < text.size() && i <= end; ++i) quotes.Pass(text[i]);
+    for (std::size_t i = start; i < text.size() && i <= end; ++i)
+        quotes.Pass(text[i]);
     return !quotes.IsInside();
 }
 
@@ -143,40 +153,56 @@ bool XmlUtils::IsFirstNameChar(char16_t unit) noexcept
 
 std::size_t XmlUtils::FindTagEnd(const std::string& text, std::size_t start)
 {
-    if (start >= text.size() || text[start] != '<') ThrowLogicException(File, 208, "xml[start] == c_openBrace", MakeLogicError(0x92C7E05B));
-    if (text.size() - start <= 2) return npos;
+    if (start >= text.size() || text[start] != '<')
+        ThrowLogicException(File, 208, "xml[start] == c_openBrace", MakeLogicError(0x92C7E05B));
+    if (text.size() - start <= 2)
+        return npos;
 
     const auto endOf = [&text, start](const char* terminator, std::size_t length) {
         const std::size_t found = text.find(terminator, start + 1, length);
         return found == npos ? npos : found + length - 1;
     };
     std::size_t found = npos;
-    if (text[start + 1] == '?') found = endOf("?>", 2);
-    else if (ContainsSubstringAt(text, "<!--", start)) found = endOf("-->", 3);
-    else if (ContainsSubstringAt(text, "<![", start)) found = endOf("]]>", 3);
-    else found = FindUnquotedClose(text, start + 1);
-    if (found != npos && text[found] != '>') ThrowLogicException(File, 247, "xml[found] == c_closeBrace", MakeLogicError(0x3B60D8E7));
+    if (text[start + 1] == '?')
+        found = endOf("?>", 2);
+    else if (ContainsSubstringAt(text, "<!--", start))
+        found = endOf("-->", 3);
+    else if (ContainsSubstringAt(text, "<![", start))
+        found = endOf("]]>", 3);
+    else
+        found = FindUnquotedClose(text, start + 1);
+    if (found != npos && text[found] != '>')
+        ThrowLogicException(File, 247, "xml[found] == c_closeBrace", MakeLogicError(0x3B60D8E7));
     return found;
 }
 
-std::optional<std::string> XmlUtils::GetAttributeValueInTag(const std::string& text, const std::string& name, const TagRange& tagRange)
+std::optional<std::string> XmlUtils::GetAttributeValueInTag(
+    const std::string& text, const std::string& name, const TagRange& tagRange)
 {
     const std::size_t first = tagRange.start;
     const std::size_t last = tagRange.start + tagRange.length - 1;
-    if (first >= text.size() || last >= text.size()) ThrowLogicException(File, 358, "idx < xml.size() && end < xml.size()", MakeLogicError(0xA3E88D2C));
-    if (text[first] != '<' || text[last] != '>') ThrowLogicException(File, 359, "xml[idx] == c_openBrace && xml[end] == c_closeBrace", MakeLogicError(0xC2D03F8A));
-    if (name.empty() || last < first) return std::nullopt;
+    if (first >= text.size() || last >= text.size())
+        ThrowLogicException(File, 358, "idx < xml.size() && end < xml.size()", MakeLogicError(0xA3E88D2C));
+    if (text[first] != '<' || text[last] != '>') {
+        ThrowLogicException(
+            File, 359, "xml[idx] == c_openBrace && xml[end] == c_closeBrace", MakeLogicError(0xC2D03F8A));
+    }
+    if (name.empty() || last < first)
+        return std::nullopt;
 
     // Found within the tag alone, so that a name that is not there costs no look at the rest.
     const std::string_view tag = std::string_view(text).substr(0, last + 1);
     QuoteState quotes;
     std::size_t passed = first;  // the quotes before here are counted
     for (std::size_t at = tag.find(name, first); at != npos; at = tag.find(name, at + name.size())) {
-        for (; passed <= at; ++passed) quotes.Pass(text[passed]);
-        if (quotes.IsInside() || at == first || !IsWhitespace(text[at - 1])) continue;
+        for (; passed <= at; ++passed)
+            quotes.Pass(text[passed]);
+        if (quotes.IsInside() || at == first || !IsWhitespace(text[at - 1]))
+            continue;
         bool isAttribute = false;
         std::optional<std::string> value = ValueBehind(text, at + name.size(), last, isAttribute);
-        if (isAttribute) return value;
+        if (isAttribute)
+            return value;
     }
     return std::nullopt;
 }
@@ -186,8 +212,10 @@ XmlUtils::TagRange XmlUtils::FindFirstElementTag(const std::string& text)
     std::size_t open = text.find('<');
     while (open != npos) {
         const std::size_t end = FindTagEnd(text, open);
-        if (end == npos) return {};
-        if (text[open + 1] != '?' && text[open + 1] != '!') return {open, end - open + 1};
+        if (end == npos)
+            return {};
+        if (text[open + 1] != '?' && text[open + 1] != '!')
+            return {open, end - open + 1};
         open = text.find('<', end + 1);
     }
     return {};

@@ -58,7 +58,8 @@ VANCOREXML_API std::size_t FindTagEnd(const std::string& text, std::size_t start
 // The value of the attribute `name` in the tag, as it stands between its quotes; none when
 // the tag has no such attribute or the name is empty. Raises a LogicException when the range
 // does not lie in the text or does not run from a "<" to a ">".
-VANCOREXML_API std::optional<std::string> GetAttributeValueInTag(const std::string& text, const std::string& name, const TagRange& tagRange);
+VANCOREXML_API std::optional<std::string> GetAttributeValueInTag(
+    const std::string& text, const std::string& name, const TagRange& tagRange);
 
 // The start tag of the document element: the first "<" that begins neither "<?" nor "<!", to
 // its ">". {npos, 0} when there is none or it is not complete.

@@ -5,6 +5,10 @@
 
 void XSDResourceResolver::CheckResolves(const VString& resourceName)
 {
-    if (!VResource(resourceName).isValid())
-        ThrowLogicException("vancorexml\\main\\parser\\XSDResourceResolver", 67, VString("Resource '") + resourceName + "' did not resolve.", MakeLogicError(0xABCA807E));
+    if (!VResource(resourceName).isValid()) {
+        ThrowLogicException("vancorexml\\main\\parser\\XSDResourceResolver",
+            67,
+            VString("Resource '") + resourceName + "' did not resolve.",
+            MakeLogicError(0xABCA807E));
+    }
 }

@@ -32,7 +32,8 @@ VString BaseName(XmlFileType type)
 
 std::unique_ptr<InputSource> MakeInputSource(const VString& resourceName)
 {
-    if (resourceName.IsEmpty()) return nullptr;
+    if (resourceName.IsEmpty())
+        return nullptr;
     return std::make_unique<StringInputSource>(UTF8StringVResource(resourceName).GetString(), resourceName, false);
 }
 
@@ -47,12 +48,16 @@ const VersionNumber& XSDResources::GetCurrentVersion()
 VString XSDResources::GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version)
 {
     const VString baseName = BaseName(type);
-    if (baseName.IsEmpty()) return VString();
+    if (baseName.IsEmpty())
+        return VString();
     if (version == GetCurrentVersion()) {
         XSDResourceResolver::CheckResolves(baseName);
         return baseName;
     }
-    LogMessage(VLog::Debug, VFormatString("XSD Resource version '%1' != Current version '%2'").arg(version.GetAsString()).arg(GetCurrentVersion().GetAsString()));
+    LogMessage(VLog::Debug,
+        VFormatString("XSD Resource version '%1' != Current version '%2'")
+            .arg(version.GetAsString())
+            .arg(GetCurrentVersion().GetAsString()));
     const VString name = VFormatString("%1_%2").arg(baseName).arg(version.GetMajorAndMinorAsString(u'_'));
     return VResource(name).isValid() ? name : VString();
 }
@@ -65,7 +70,9 @@ bool XSDResources::IsThereAnXSDResource(XmlFileType type, const VersionNumber& v
     case XmlFileTypeKXC:
     case XmlFileTypeKXD: {
         const VString wanted = version.GetMajorAndMinorAsString(u'.');
-        return std::any_of(std::begin(ListedVersions), std::end(ListedVersions), [&wanted](const char* listed) { return wanted == VString(listed); });
+        return std::any_of(std::begin(ListedVersions), std::end(ListedVersions), [&wanted](const char* listed) {
+            return wanted == VString(listed);
+        });
     }
     // These two are validated whatever their version.
     case XmlFileTypeKXE:
@@ -79,10 +86,15 @@ std::unique_ptr<InputSource> XSDResources::GetVersionedXsdInputSource(XmlFileTyp
     return MakeInputSource(GetVersionedXsdResourceName(type, version));
 }
 
-std::unique_ptr<InputSource> XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileType type, InputSource& document, const VString& attributeName)
+std::unique_ptr<InputSource> XSDResources::GetVersionedXsdInputSourceForDocument(
+    XmlFileType type, InputSource& document, const VString& attributeName)
 {
     const Nullable<VersionNumber> version = VersionSniffer(document, attributeName);
-    if (!version.IsPresent())
-        throw DOMException("Version attribute missing.", VError::ErrorInfo(VantoraError::MakeError(0xCA8DC404, "DOMException_MissingVersionAttribute_0xCA8DC404"), VError::ErrorSource::Caller, VError::StatusCode::Unknown));
+    if (!version.IsPresent()) {
+        throw DOMException("Version attribute missing.",
+            VError::ErrorInfo(VantoraError::MakeError(0xCA8DC404, "DOMException_MissingVersionAttribute_0xCA8DC404"),
+                VError::ErrorSource::Caller,
+                VError::StatusCode::Unknown));
+    }
     return GetVersionedXsdInputSource(type, version.GetValue());
 }

@@ -36,6 +36,7 @@ VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSource(XmlFileTy
 // ("version" when the name is empty). Throws DOMException
 // (DOMException_MissingVersionAttribute) when it declares none; exceptions from reading the
 // document propagate. The document is reset to its start.
-VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSourceForDocument(XmlFileType type, InputSource& document, const VString& attributeName);
+VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSourceForDocument(
+    XmlFileType type, InputSource& document, const VString& attributeName);
 
 }  // namespace XSDResources

@@ -50,8 +50,10 @@ public:
 
     bool Match(std::size_t from, std::size_t close)
     {
-        if (close != m_close) WorkOut(from, close);
-        while (!m_quotes.empty() && m_quotes.back().position < from) m_quotes.pop_back();
+        if (close != m_close)
+            WorkOut(from, close);
+        while (!m_quotes.empty() && m_quotes.back().position < from)
+            m_quotes.pop_back();
         return m_quotes.empty() || m_quotes.back().matches;
     }
 
@@ -71,7 +73,8 @@ private:
         bool behindApostrophe = false;
         bool behindDouble = false;
         for (std::size_t i = close; i-- > from;) {
-            if (m_text[i] != '\'' && m_text[i] != '"') continue;
+            if (m_text[i] != '\'' && m_text[i] != '"')
+                continue;
             bool& behind = m_text[i] == '\'' ? behindApostrophe : behindDouble;
             const bool matchesFromHere = behind;
             behind = matches;
@@ -88,17 +91,25 @@ private:
 // Finds the colons to rewrite, one after the other.
 class ColonFinder {
 public:
-    explicit ColonFinder(const std::string& text) : m_text(text), m_nextClose(text, '>'), m_nextOpen(text, '<'), m_quotes(text) {}
+    explicit ColonFinder(const std::string& text)
+        : m_text(text),
+          m_nextClose(text, '>'),
+          m_nextOpen(text, '<'),
+          m_quotes(text)
+    {}
 
     // The next one at or after the last; npos when there is none. Positions only increase.
     std::size_t Next()
     {
         for (;;) {
             const std::size_t colon = m_text.find(':', m_position);
-            if (colon == npos) return npos;
+            if (colon == npos)
+                return npos;
             m_position = colon + 1;
-            if (colon == 0 || !XmlUtils::IsWhitespace(m_text[colon - 1])) continue;
-            if (IsTaken(colon)) return colon;
+            if (colon == 0 || !XmlUtils::IsWhitespace(m_text[colon - 1]))
+                continue;
+            if (IsTaken(colon))
+                return colon;
         }
     }
 
@@ -106,16 +117,20 @@ private:
     // Whether the colon begins an attribute's name; moves on past what need not be looked at.
     bool IsTaken(std::size_t colon)
     {
-        if (m_text[colon] != ':') ThrowLogicException(File, 112, "input[idx] == c_colon", MakeLogicError(0x5DACA14D));
+        if (m_text[colon] != ':')
+            ThrowLogicException(File, 112, "input[idx] == c_colon", MakeLogicError(0x5DACA14D));
         std::size_t behindName = colon + 1;
-        while (behindName < m_text.size() && XmlUtils::IsNameChar(m_text[behindName])) ++behindName;
-        while (behindName < m_text.size() && XmlUtils::IsWhitespace(m_text[behindName])) ++behindName;
+        while (behindName < m_text.size() && XmlUtils::IsNameChar(m_text[behindName]))
+            ++behindName;
+        while (behindName < m_text.size() && XmlUtils::IsWhitespace(m_text[behindName]))
+            ++behindName;
         if (behindName == m_text.size() || m_text[behindName] != '=') {
             m_position = behindName;
             return false;
         }
 
-        if (!m_ranges) m_ranges.emplace(m_text);
+        if (!m_ranges)
+            m_ranges.emplace(m_text);
         std::size_t rangeEnd = 0;
         if (m_ranges->GetRangeTypeAt(colon, rangeEnd) != XMLRangeTypeNone) {
             m_position = rangeEnd;
@@ -123,7 +138,8 @@ private:
         }
 
         const std::size_t close = m_nextClose.From(colon + 1);
-        if (close == npos) return false;
+        if (close == npos)
+            return false;
         const std::size_t open = m_nextOpen.From(colon + 1);
         // Without a further tag only an empty element can end here; a start tag would lack its
         // end tag.
@@ -143,10 +159,13 @@ private:
 std::size_t FindDeclarationPlace(const std::string& text)
 {
     const XmlUtils::TagRange tag = XmlUtils::FindFirstElementTag(text);
-    if (tag.start == npos) ThrowLogicException(File, 188, "range.start != string::npos", MakeLogicError(0x6FFE1D79));
+    if (tag.start == npos)
+        ThrowLogicException(File, 188, "range.start != string::npos", MakeLogicError(0x6FFE1D79));
     std::size_t place = tag.start + 1;
-    while (XmlUtils::IsWhitespace(text[place])) ++place;
-    while (XmlUtils::IsNameChar(text[place])) ++place;
+    while (XmlUtils::IsWhitespace(text[place]))
+        ++place;
+    while (XmlUtils::IsNameChar(text[place]))
+        ++place;
     return place;
 }
 
@@ -158,10 +177,12 @@ std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_pt
     const std::string& input = *text;
     ColonFinder colons(input);
     std::size_t colon = colons.Next();
-    if (colon == npos) return text;
+    if (colon == npos)
+        return text;
 
     const std::size_t declarationPlace = FindDeclarationPlace(input);
-    if (declarationPlace == npos) ThrowLogicException(File, 60, "xmlnsInsertPoint != string::npos", MakeLogicError(0xA9890139));
+    if (declarationPlace == npos)
+        ThrowLogicException(File, 60, "xmlnsInsertPoint != string::npos", MakeLogicError(0xA9890139));
     auto output = std::make_shared<std::string>();
     output->reserve(input.size() + 64);
     std::size_t copied = 0;
@@ -213,7 +234,9 @@ VString XercesColonSanitizer::RestoreName(const VString& qualifiedName)
 std::u16string_view XercesColonSanitizer::RestoreNameView(std::u16string_view qualifiedName) noexcept
 {
     constexpr std::u16string_view prefix = ColonRewriting::ReadPrefix;
-    if (qualifiedName.starts_with(prefix)) return qualifiedName.substr(prefix.size() - 1);
-    if (qualifiedName.starts_with(ColonRewriting::ReadDeclarationName)) return {};
+    if (qualifiedName.starts_with(prefix))
+        return qualifiedName.substr(prefix.size() - 1);
+    if (qualifiedName.starts_with(ColonRewriting::ReadDeclarationName))
+        return {};
     return qualifiedName;
 }

@@ -8,7 +8,13 @@
 
 static_assert(sizeof(XMLCh) == sizeof(char16_t));
 
-XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes, std::size_t startOffset, const VString& id, ColonProcessingMode mode, TextEncoding encoding) : m_bytes(std::move(bytes)), m_startOffset(startOffset)
+XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes,
+    std::size_t startOffset,
+    const VString& id,
+    ColonProcessingMode mode,
+    TextEncoding encoding)
+    : m_bytes(std::move(bytes)),
+      m_startOffset(startOffset)
 {
     const XercesUse xerces;
     if (mode == ColonProcessingSanitize)
@@ -18,7 +24,8 @@ XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes, std::si
     if (!m_isRewritten || m_given.use_count() == 1)
         m_given.reset();
     const auto* start = reinterpret_cast<const XMLByte*>(m_bytes->data()) + startOffset;
-    m_source = std::make_unique<xercesc::MemBufInputSource>(start, m_bytes->size() - startOffset, id.utf16(), false, xercesc::XMLPlatformUtils::fgMemoryManager);
+    m_source = std::make_unique<xercesc::MemBufInputSource>(
+        start, m_bytes->size() - startOffset, id.utf16(), false, xercesc::XMLPlatformUtils::fgMemoryManager);
     // The bytes outlive the parse, so its stream reads them where they are.
     m_source->setCopyBufToStream(false);
     if (encoding == TextEncoding::Utf8)

@@ -14,8 +14,8 @@
 
 // How the parser finds out the encoding of a text.
 enum class TextEncoding {
-    Detected,   // by its byte order mark and its XML declaration
-    Utf8,       // it is UTF-8 whatever its XML declaration says
+    Detected,  // by its byte order mark and its XML declaration
+    Utf8,      // it is UTF-8 whatever its XML declaration says
 };
 
 // The memory buffer that Xerces reads, together with a share of the bytes it points into:
@@ -27,7 +27,11 @@ public:
     // A view of `bytes` from `startOffset` (bytes, at most their number) to the end, with `id`
     // as its system id. With ColonProcessingSanitize the view shows a rewritten copy if there is
     // something to rewrite; `bytes` themselves never change.
-    XercesInputSource(std::shared_ptr<std::string> bytes, std::size_t startOffset, const VString& id, ColonProcessingMode mode, TextEncoding encoding);
+    XercesInputSource(std::shared_ptr<std::string> bytes,
+        std::size_t startOffset,
+        const VString& id,
+        ColonProcessingMode mode,
+        TextEncoding encoding);
     XercesInputSource(XercesInputSource&& other) noexcept;
     XercesInputSource& operator=(XercesInputSource&& other) noexcept;
     ~XercesInputSource();

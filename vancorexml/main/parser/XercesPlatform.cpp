@@ -15,7 +15,7 @@ namespace {
 struct Platform {
     // Recursive, because Xerces exits the process when it cannot be initialised.
     std::recursive_mutex mutex;
-    bool isInitialised = false;   // guarded by mutex, as are the others
+    bool isInitialised = false;  // guarded by mutex, as are the others
     bool isExiting = false;
     int uses = 0;
 };

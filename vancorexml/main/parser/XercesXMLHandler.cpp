@@ -33,7 +33,8 @@ constexpr std::size_t ShortTextLength = 24;
 constexpr std::size_t KeptTextCapacity = 1 << 16;
 
 // kind, "(line,column)" unless the position is unknown, message, id.
-VString FormatDiagnostic(const char* kind, const VString& message, const VString& systemId, XMLFileLoc line, XMLFileLoc column)
+VString FormatDiagnostic(
+    const char* kind, const VString& message, const VString& systemId, XMLFileLoc line, XMLFileLoc column)
 {
     VString location;
     if (line != 0 || column != 0)
@@ -49,9 +50,11 @@ VString MakeText(std::u16string_view text, SharedTexts& known)
 }  // namespace
 
 XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target)
-    : m_target(std::move(target)), m_taker(dynamic_cast<ElementTaker*>(m_target.get())), m_values(ShortTextLimit, SharedTexts::Repeats::Perhaps), m_texts(ShortTextLimit, SharedTexts::Repeats::Perhaps)
-{
-}
+    : m_target(std::move(target)),
+      m_taker(dynamic_cast<ElementTaker*>(m_target.get())),
+      m_values(ShortTextLimit, SharedTexts::Repeats::Perhaps),
+      m_texts(ShortTextLimit, SharedTexts::Repeats::Perhaps)
+{}
 
 XercesXMLHandler::~XercesXMLHandler() = default;
 
@@ -135,7 +138,8 @@ void XercesXMLHandler::FlushText()
     ForgetText();
 }
 
-void XercesXMLHandler::PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map)
+void XercesXMLHandler::PutAttributes(
+    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map)
 {
     map.reserve(count);
     // Xerces rejects a tag with duplicate attributes, so the attributes of the tag are appended without a lookup.
@@ -156,7 +160,8 @@ void XercesXMLHandler::PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr
     }
 }
 
-void XercesXMLHandler::startElement(const XMLCh* qname, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count)
+void XercesXMLHandler::startElement(
+    const XMLCh* qname, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count)
 {
     FlushText();
     if (m_taker) {
@@ -180,9 +185,10 @@ void XercesXMLHandler::endElement()
 
 void XercesXMLHandler::internalEntityDecl(const XMLCh*, const XMLCh*)
 {
-    if (const xercesc::InputSource* const document = std::exchange(m_unchecked, nullptr))
+    if (const xercesc::InputSource* const document = std::exchange(m_unchecked, nullptr)) {
         if (const auto excess = EntityExpansionGuard().CheckDocument(*document))
             AbandonExpansion(excess->message, m_locator->getSystemId(), excess->line, excess->column);
+    }
 }
 
 void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const XMLCh*)
@@ -190,13 +196,18 @@ void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const
     const std::uint64_t line = m_locator ? m_locator->getLineNumber() : 0;
     const std::uint64_t column = m_locator ? m_locator->getColumnNumber() : 0;
     m_fatallyErrored = true;
-    throw XMLParseException(VFormatString("%1(%2,%3) '%4'").arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY)).arg(line).arg(column).arg(name));
+    throw XMLParseException(VFormatString("%1(%2,%3) '%4'")
+                                .arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY))
+                                .arg(line)
+                                .arg(column)
+                                .arg(name));
 }
 
 VString XercesXMLHandler::Format(const char* kind, const xercesc::SAXParseException& exception)
 {
     const VString message = m_writtenNames.Restore(exception.getMessage());
-    return FormatDiagnostic(kind, message, exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
+    return FormatDiagnostic(
+        kind, message, exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
 }
 
 void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
@@ -251,8 +262,14 @@ void XercesXMLHandler::RefuseNul(const VString& id, std::uint64_t line, std::uin
 void XercesXMLHandler::RefuseEntity(const xercesc::XMLResourceIdentifier& resource)
 {
     const xercesc::Locator* const place = resource.getLocator();
-    const VString message = VFormatString("%1 '%2'").arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY)).arg(resource.getSystemId());
-    m_errors.push_back(FormatDiagnostic("Fatal Error", message, resource.getBaseURI(), place ? place->getLineNumber() : 0, place ? place->getColumnNumber() : 0));
+    const VString message = VFormatString("%1 '%2'")
+                                .arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY))
+                                .arg(resource.getSystemId());
+    m_errors.push_back(FormatDiagnostic("Fatal Error",
+        message,
+        resource.getBaseURI(),
+        place ? place->getLineNumber() : 0,
+        place ? place->getColumnNumber() : 0));
     m_fatallyErrored = true;
     throw ParseAbandoned();
 }
@@ -272,12 +289,14 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
     extension->ResolveSchemaPath(path, resource->getBaseURI(), systemId);
     if (path.IsEmpty())
         return nullptr;
-    const std::string text = extension->PreprocessSchemaText(systemId, VFile::LoadTextFile(path, true), path).toStdString();
+    const std::string text =
+        extension->PreprocessSchemaText(systemId, VFile::LoadTextFile(path, true), path).toStdString();
 
     auto bytes = std::make_unique<XMLByte[]>(text.size() + 1);
     std::memcpy(bytes.get(), text.data(), text.size());
-    auto source = std::make_unique<xercesc::MemBufInputSource>(bytes.get(), text.size(), path.utf16(), true, xercesc::XMLPlatformUtils::fgMemoryManager);
-    static_cast<void>(bytes.release());   // now the source's, which deletes it
+    auto source = std::make_unique<xercesc::MemBufInputSource>(
+        bytes.get(), text.size(), path.utf16(), true, xercesc::XMLPlatformUtils::fgMemoryManager);
+    static_cast<void>(bytes.release());  // now the source's, which deletes it
     source->setCopyBufToStream(false);
     source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
     if (const auto nul = NulFinder::Find(*source, text))

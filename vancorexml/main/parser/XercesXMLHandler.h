@@ -122,7 +122,7 @@ private:
 
     // The document until its entities are checked, else null.
     const xercesc::InputSource* m_unchecked = nullptr;
-    VString m_schemaId;   // of the schema that is loaded now
+    VString m_schemaId;  // of the schema that is loaded now
     WrittenNames m_writtenNames;
     NameTable m_names;
     SharedTexts m_values;

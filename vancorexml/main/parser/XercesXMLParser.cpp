@@ -5,7 +5,9 @@
 #include "vancoredata/VResource.h"
 #include "vancorexml/main/parser/XercesXMLParserImpl.h"
 
-XercesXMLParser::XercesXMLParser(InputSource& input, std::shared_ptr<SAXInterface> handler) : AbstractXMLParser(input, std::move(handler)) {}
+XercesXMLParser::XercesXMLParser(InputSource& input, std::shared_ptr<SAXInterface> handler)
+    : AbstractXMLParser(input, std::move(handler))
+{}
 
 XercesXMLParser::~XercesXMLParser() = default;
 

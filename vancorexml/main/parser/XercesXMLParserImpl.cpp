@@ -45,7 +45,8 @@ struct Step {
 
 }  // namespace
 
-void DocumentReader::XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding)
+void DocumentReader::XMLDecl(
+    const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding)
 {
     m_hasReadVersion11 |= xercesc::XMLString::equals(version, XMLUni::fgVersion1_1);
     SAX2XMLReaderImpl::XMLDecl(version, encoding, standalone, actualEncoding);
@@ -70,7 +71,7 @@ namespace {
 bool IsUtf8(const XMLCh* encoding)
 {
     return xercesc::XMLString::equals(encoding, XMLUni::fgUTF8EncodingString) ||
-           xercesc::XMLString::equals(encoding, XMLUni::fgUTF8EncodingString2);
+        xercesc::XMLString::equals(encoding, XMLUni::fgUTF8EncodingString2);
 }
 
 // Xerces counts the bytes that the first one announces, up to six, before it looks at them.
@@ -102,9 +103,12 @@ void DocumentReader::endDocument()
     const xercesc::XMLReader& reader = *dynamic_cast<const xercesc::ReaderMgr&>(locator).getCurrentReader();
     if (reader.charsLeftInBuffer() != 0)
         m_handler->RefuseNul(locator.getSystemId(), locator.getLineNumber(), locator.getColumnNumber());
-    if (IsUtf8(reader.getEncodingStr()) && EndsWithinUtf8Character(m_uncheckedEnd))
-        m_handler->Refuse("invalid bytes at the end of the document", locator.getSystemId(), locator.getLineNumber(),
-                          locator.getColumnNumber());
+    if (IsUtf8(reader.getEncodingStr()) && EndsWithinUtf8Character(m_uncheckedEnd)) {
+        m_handler->Refuse("invalid bytes at the end of the document",
+            locator.getSystemId(),
+            locator.getLineNumber(),
+            locator.getColumnNumber());
+    }
     SAX2XMLReaderImpl::endDocument();
 }
 
@@ -121,14 +125,21 @@ const XMLCh* DocumentReader::GetQName(const xercesc::XMLElementDecl& element, co
     return m_qname.c_str();
 }
 
-void DocumentReader::startElement(const xercesc::XMLElementDecl& element, unsigned int, const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty, bool)
+void DocumentReader::startElement(const xercesc::XMLElementDecl& element,
+    unsigned int,
+    const XMLCh* prefix,
+    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+    XMLSize_t count,
+    bool isEmpty,
+    bool)
 {
-    for (XMLSize_t i = 0; m_hasDefaults && i < count; ++i)
+    for (XMLSize_t i = 0; m_hasDefaults && i < count; ++i) {
         if (const xercesc::XMLAttr& attribute = *attributes.elementAt(i); !attribute.getSpecified()) {
             const XMLSize_t nameLength = xercesc::XMLString::stringLen(attribute.getQName());
             if (const auto excess = m_defaults.Add(nameLength, xercesc::XMLString::stringLen(attribute.getValue())))
                 m_handler->AbandonExpansion(*excess);
         }
+    }
     m_handler->startElement(GetQName(element, prefix), attributes, count);
     if (isEmpty)
         m_handler->endElement();

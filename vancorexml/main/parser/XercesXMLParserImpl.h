@@ -34,10 +34,18 @@ public:
     void resetDocument() override;
     void endDocument() override;
 
-    void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding) override;
+    void XMLDecl(
+        const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding) override;
     void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override;
-    void startElement(const xercesc::XMLElementDecl& element, unsigned int uri, const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, bool isEmpty, bool isRoot) override;
-    void endElement(const xercesc::XMLElementDecl& element, unsigned int uri, bool isRoot, const XMLCh* prefix) override;
+    void startElement(const xercesc::XMLElementDecl& element,
+        unsigned int uri,
+        const XMLCh* prefix,
+        const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+        XMLSize_t count,
+        bool isEmpty,
+        bool isRoot) override;
+    void endElement(
+        const xercesc::XMLElementDecl& element, unsigned int uri, bool isRoot, const XMLCh* prefix) override;
     void docCharacters(const XMLCh* text, XMLSize_t length, bool isCData) override;
     void ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCData) override;
 

@@ -17,14 +17,18 @@ struct Message {
 
 constexpr Message Messages[] = {
     {CoreXml::IDS_ERR_XML_ENTITY, "IDS_ERR_XML_ENTITY", "XML External <!ENTITY> definitions are not allowed."},
-    {CoreXml::IDS_ERR_XML_INVALID_ENCODING, "IDS_ERR_XML_INVALID_ENCODING", "The XML file is in an unsupported encoding."},
+    {CoreXml::IDS_ERR_XML_INVALID_ENCODING,
+        "IDS_ERR_XML_INVALID_ENCODING",
+        "The XML file is in an unsupported encoding."},
 };
 
 const Message& FindMessage(std::uint32_t id)
 {
     static constexpr Message unknown{0, "", ""};
-    for (const Message& message : Messages)
-        if (message.id == id) return message;
+    for (const Message& message : Messages) {
+        if (message.id == id)
+            return message;
+    }
     return unknown;
 }
 
@@ -70,27 +74,34 @@ std::shared_ptr<CoreXml::LocalStringTableCache> CoreXml::LocalStringTableCache::
 {
     const boost::any object = CoreThreadContext::GetProcessObject(CacheName, CreateCache);
     const auto* const cache = boost::any_cast<std::shared_ptr<LocalStringTableCache>>(&object);
-    if (!cache || !*cache) ThrowLogicException("vancorexml\\van-codegen\\gen-strings\\vancorexml-strings", 78, "s_cache", MakeLogicError(0x2F8D61B4));
+    if (!cache || !*cache) {
+        ThrowLogicException(
+            "vancorexml\\van-codegen\\gen-strings\\vancorexml-strings", 78, "s_cache", MakeLogicError(0x2F8D61B4));
+    }
     return *cache;
 }
 
 std::shared_ptr<QTranslator> CoreXml::LocalStringTableCache::GetTranslator(const VString& language)
 {
-    if (language.IsEmpty() || language == LanguageUtils::GetDefaultISOString()) return nullptr;
+    if (language.IsEmpty() || language == LanguageUtils::GetDefaultISOString())
+        return nullptr;
 
     const VRecursiveMutexLocker locker(m_lock);
     const auto known = m_translators.find(language);
-    if (known != m_translators.end()) return known->second;
+    if (known != m_translators.end())
+        return known->second;
 
     auto translator = std::make_shared<QTranslator>();
-    if (!Load(*translator, language)) Load(*translator, LanguageUtils::GetClosestSupportedLanguageCode(language).GetISOString());
+    if (!Load(*translator, language))
+        Load(*translator, LanguageUtils::GetClosestSupportedLanguageCode(language).GetISOString());
     m_translators.emplace(language, translator);
     return translator;
 }
 
 VString CoreXml::GetLocalizedString(std::uint32_t id)
 {
-    if (!CoreThreadContext::HasSessionId()) return VString(FindMessage(id).english);
+    if (!CoreThreadContext::HasSessionId())
+        return VString(FindMessage(id).english);
     return GetLocalizedString(id, SessionLanguage());
 }
 
@@ -100,9 +111,11 @@ VString CoreXml::GetLocalizedString(std::uint32_t id, const VString& language)
     const auto cache = LocalStringTableCache::GetInstance();
     std::shared_ptr<QTranslator> translator = cache->GetTranslator(language);
     const bool isTranslated = translator && !translator->isEmpty();
-    if (!isTranslated && !language.startsWith(LanguageUtils::GetDefaultLanguage()) && CoreThreadContext::HasSessionId()) translator = cache->GetTranslator(SessionLanguage());
+    if (!isTranslated && !language.startsWith(LanguageUtils::GetDefaultLanguage()) && CoreThreadContext::HasSessionId())
+        translator = cache->GetTranslator(SessionLanguage());
 
     VString text;
-    if (translator) text = VString(translator->translate(message.name, message.english, nullptr, -1));
+    if (translator)
+        text = VString(translator->translate(message.name, message.english, nullptr, -1));
     return text.IsEmpty() ? VString(message.english) : text;
 }
