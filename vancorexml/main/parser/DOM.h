@@ -17,15 +17,15 @@
 class DocumentDiagnostics;
 struct LinkedElements;
 
-// A document: one tree of elements under a synthetic topmost element named "Document", the
-// errors and warnings recorded for them, and the names and paths that were renamed.
+// A document: a tree of elements below a synthetic topmost element named "Document", the errors
+// and warnings recorded for these elements, and the tables of renamed names and paths.
 //
-// Ownership and lifetime: the document owns the tree; it is neither copied nor moved
-// (DeepCopy copies into an existing one). Elements taken out of the tree may outlive it.
+// Ownership and lifetime: the document owns the tree. It cannot be copied or moved; DeepCopy
+// copies into an existing document. Elements that are removed from the tree may outlive it.
 //
-// Threads: everything but the tree is guarded by one read/write lock that its holder may
-// take again. The tree has one writer or many readers. Operations over two documents take
-// both locks, the one at the higher address first.
+// Threads: the tree has one writer or many readers. A recursive read/write lock guards
+// everything else. Operations over two documents take both locks, the one at the higher address
+// first.
 //
 //     DOM document;
 //     document.GetRoot().AddNewChild("book", nullptr);
@@ -33,24 +33,25 @@ struct LinkedElements;
 class VANCOREXML_API DOM {
 public:
     DOM() : DOM(false) {}
-    // The library only stores the flag. Clients that load the files a document refers to read it.
+    // The flag is for clients that load the files to which a document refers. The library only
+    // stores it.
     explicit DOM(bool restrictExternalPaths);
     virtual ~DOM();
     DOM(const DOM&) = delete;
     DOM& operator=(const DOM&) = delete;
 
-    // The element "Document", above the document element.
+    // Returns the topmost element, "Document", which is above the document element.
     DOMElement& GetRoot() noexcept { return *m_root; }
     const DOMElement& GetRoot() const noexcept { return *m_root; }
-    // The document element: the first child of GetRoot(), null when there is none.
+    // Returns the document element: the first child of GetRoot(), or null.
     DOMElement* GetDocumentRoot() noexcept;
     const DOMElement* GetDocumentRoot() const noexcept;
-    // The first element of that name in document order, GetRoot() included, at most 1000
-    // levels below it; null when there is none. Linear.
+    // Returns the first element named `name` in document order, or null. Searches GetRoot() and
+    // 1000 levels below it. Linear.
     DOMElement* GetElement(const VString& name);
     const DOMElement* GetElement(const VString& name) const;
 
-    // The trees alone are compared. Linear.
+    // Compares the trees only. Linear.
     bool operator==(const DOM& other) const { return *m_root == *other.m_root; }
     bool operator!=(const DOM& other) const { return *m_root != *other.m_root; }
 
@@ -61,15 +62,14 @@ public:
     void DeepCopy(const DOM& other);
 
     bool GetRestrictExternalPaths() const;
-    // Field names of this data source are never renamed. Empty at first: until another is
-    // set, names without a data source are. The reference is valid until the name is set
-    // again.
+    // Field names of this data source are never renamed. The name is empty at first, so field
+    // names without a data source are protected. The reference is valid until the next set.
     const VString& GetProtectedDataSourceName() const;
     void SetProtectedDataSourceName(const VString& name);
     // A number that clients store here and read back.
     int GetDSValidationCancelType() const;
     void SetDSValidationCancelType(int type);
-    // Valid while the document lives; must not be read while another thread sets it.
+    // The reference is valid while the document lives. Do not read it while another thread sets it.
     const PathRenames& GetPathRenames() const;
     void SetPathRenames(const PathRenames& renames);
 
@@ -77,42 +77,43 @@ public:
     bool HasErrors() const;
     bool HasUnreportedErrors() const;
     bool HasCancelErrors() const;
-    // True also when there is no error at all.
+    // True if every error is a cancel error, so also if there are no errors.
     bool HasOnlyCancelErrors() const;
     bool HasWarnings() const;
-    // Messages and identities, in document order.
+    // These return messages and identities in document order.
     std::list<VString> GetErrors() const;
     std::list<VString> GetWarnings() const;
     std::list<VError::ErrorInfo> GetMetadataForErrors() const;
     std::list<VError::ErrorInfo> GetMetadataForWarnings() const;
-    // All messages, a line feed between two.
+    // These return all messages, separated by line feeds.
     VString GetConcatenatedErrors() const;
     VString GetConcatenatedWarnings() const;
     void ClearErrors();
     void ClearWarnings();
 
-    // Raises a LogicException when the old caption is registered already.
+    // Raises a LogicException if the old caption is already registered.
     void AddCaptionRename(const VString& oldCaption, const VString& newCaption);
-    // These overwrite. All adds and lookups of renames are logarithmic.
+    // These overwrite an existing rename. Adding and looking up a rename is logarithmic.
     void AddDataSourceRename(const VString& oldName, const VString& newName);
     void AddDataConnectionRename(const VString& oldName, const VString& newName);
     void AddMapSourceRename(const VString& oldName, const VString& newName);
     void AddFieldRename(const FieldName& oldName, const FieldName& newName);
-    // The new name, or the argument when it was not renamed.
+    // These return the new name, or the argument if it was not renamed.
     VString GetCaptionRenameIfItExists(const VString& caption) const;
     VString RenameDataSource(const VString& name) const;
     VString RenameDataConnection(const VString& name) const;
     VString RenameMapSource(const VString& name) const;
-    // The first old name, in order, that was renamed to `name`; else the argument. Linear.
+    // Returns the old name that was renamed to `name`, the first in code unit order if there are
+    // several, or the argument if there is none. Linear.
     VString UnRenameDataSource(const VString& name) const;
-    // Renames the data source of the name, then looks for a rename of the field under the new
-    // one. An empty name and a name of the protected data source stay as they are.
+    // Renames the data source of the field name, then looks up a rename of the resulting name.
+    // Returns an empty name and a name of the protected data source unchanged.
     FieldName RenameField(FieldName field) const;
 
 protected:
-    // Moves the records of `node` from its document to this one and files them under
-    // `target`, or under `node` when that is null. When there are records under that key
-    // already, the moved ones are dropped.
+    // Moves the diagnostics of `node` from its document to this one and assigns them to `target`, or
+    // to `node` if `target` is null. If that element already has diagnostics in this document, the
+    // moved ones are dropped.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:

@@ -21,24 +21,23 @@ class DocumentDiagnostics;
 class ElementPages;
 struct ElementLinks;
 
-// The node of a document tree: a name, a text, attributes, owned children.
+// The node of a document tree: a name, a text, attributes and owned children.
 //
-// Ownership and lifetime: an element owns its children; the topmost element of a document
-// is owned by its DOM. References and pointers to an element die with it. `parent` and
-// `manager` only observe. An element taken out of its parent keeps both links until it is
-// inserted elsewhere; should the old parent or the document die first, the link becomes
-// null. Elements made by one parse or copy share allocations: one of them that outlives all
-// the others may keep the memory of up to a thousand.
+// Ownership and lifetime: an element owns its children. The DOM owns its topmost element.
+// References and pointers to an element die with it. The links to the parent and to the
+// document (the manager) do not own. A removed element keeps both links until it is inserted
+// elsewhere; a link becomes null if its target dies first. Elements made by one parse or copy
+// share memory pages, so a single survivor may keep the memory of up to a thousand elements.
 //
-// The document of an element (its manager) keeps its diagnostics and the rename tables; an
-// element made on its own has none until it is inserted into a tree that has one.
+// The document of an element holds the diagnostics of the element and the rename tables. An
+// element made on its own has no document until it is inserted into a tree that has one.
 //
-// Threads: one writer or many readers per document; no lock of its own. Making a copy counts as reading,
-// and so does destroying a copy that was not changed. An element outside of the tree counts as part of
-// the document that it links to. While its old parent is in another document, the element also counts as
-// part of that one: do not ask the first document about diagnostics while another thread changes the
-// second. The two may be destroyed at once on different threads. The document's lock guards the
-// operations that an element forwards to its document.
+// Threads: one writer or many readers per document. Making a copy counts as reading, and so
+// does destroying an unchanged copy. The operations for diagnostics and renames use the lock of
+// the document; an element has no lock of its own. A removed element counts as part of the
+// document that it links to. If its old parent is in a second document, the element counts as
+// part of that document too: do not query the diagnostics of the first document while another
+// thread changes the second. The two documents may be destroyed at the same time.
 //
 // No operation uses a call stack that grows with the depth of the tree.
 //
@@ -49,23 +48,24 @@ class VANCOREXML_API DOMElement {
 public:
     explicit DOMElement(const VString& name);
     explicit DOMElement(VString&& name);
-    // A deep copy, with `other`'s document but without a parent, locations or the encoded
-    // flag; the document copies the diagnostics recorded for each element. Linear.
+    // Copies the subtree and the diagnostics of its elements. The copy has the document of `other`,
+    // but no parent, no locations and no encoded flags. Linear.
     DOMElement(const DOMElement& other);
-    // Erases the diagnostics of every element of the subtree from their document; the
-    // document's own topmost element clears all. Linear.
+    // Erases the diagnostics of all elements of the subtree. The topmost element of a document
+    // erases all diagnostics of the document. Linear.
     ~DOMElement();
-    // Elements made by one parse or copy share memory pages; each element records its page.
+
+    // These record with each element whether it lies in a page that it shares with others.
     static void* operator new(std::size_t size);
     static void operator delete(void* element) noexcept;
     static void* operator new(std::size_t, void* place) noexcept { return place; }
-    // For a derived class that is aligned beyond the usual.
+    // For derived classes with an alignment above __STDCPP_DEFAULT_NEW_ALIGNMENT__.
     static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
     static void operator delete(void* element, std::align_val_t alignment) noexcept
     {
         ::operator delete(element, alignment);
     }
-    // Null when there is no memory.
+    // Returns null if the allocation fails.
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
     static void operator delete(void* element, const std::nothrow_t&) noexcept { operator delete(element); }
     static void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& tag) noexcept
@@ -77,12 +77,12 @@ public:
         operator delete(element, alignment);
     }
 
-    // Takes over name, text, attributes and copies of the children; keeps document, parent
-    // and locations. `other` may be an ancestor or a descendant of this element. Linear.
+    // Copies name, text, attributes and children. Keeps this element's document, parent and
+    // locations. `other` may be an ancestor or a descendant of this element. Linear.
     DOMElement& operator=(const DOMElement& other);
 
-    // Name, text, attributes and children, compared in depth; the order of attributes does
-    // not count, nor do locations, the encoded flag and diagnostics. Linear.
+    // Compares names, texts, attributes and children of the two subtrees. Ignores the order of
+    // attributes, locations, encoded flags and diagnostics. Linear.
     bool operator==(const DOMElement& other) const { return !(*this != other); }
     bool operator!=(const DOMElement& other) const;
 
@@ -92,21 +92,21 @@ public:
     const VString& GetText() const noexcept { return m_text; }
     void SetText(const VString& text) { SetText(text, false); }
     void SetText(VString&& text) noexcept;
-    // `encoded`: the text is escaped already, so writers write it unchanged.
+    // If `encoded`, the text is already escaped and writers write it unchanged.
     void SetText(const VString& text, bool encoded);
     void AppendText(const VString& text) { AppendText(text, false); }
-    // The whole stays marked encoded only while every piece is. Amortised linear in `text`.
+    // The text stays encoded only if it was and `text` is. Amortised linear in `text`.
     void AppendText(const VString& text, bool encoded);
     bool HasText() const noexcept { return !m_text.IsEmpty(); }
     bool IsEncoded() const noexcept { return m_encoded; }
     void SetEncoded(bool encoded) noexcept { m_encoded = encoded; }
 
-    // No text, no children, no attributes.
+    // True if the element has no text, no children and no attributes.
     bool IsEmpty() const noexcept { return m_text.IsEmpty() && m_children.empty() && m_attributes.empty(); }
-    // Has no parent.
+    // True if the element has no parent.
     bool IsRootNode() const noexcept { return m_parent == nullptr; }
     bool HasChildren() const noexcept { return !m_children.empty(); }
-    // True for an element that was removed from its parent's children and still links to that parent.
+    // True if the element was removed from the children of its parent and still links to that parent.
     bool IsRemovedChild() const noexcept;
 
     DOMElement* GetParent() noexcept { return m_parent; }
@@ -114,7 +114,7 @@ public:
     DOM* GetDOMManager() noexcept { return m_manager; }
     const DOM* GetDOMManager() const noexcept { return m_manager; }
 
-    // Lines and columns count from 1, columns in UTF-16 code units; 0 is unknown.
+    // Lines and columns count from 1, columns in UTF-16 code units; 0 means unknown.
     void SetElementStartLocation(int line, int column) noexcept
     {
         m_startLine = line;
@@ -130,11 +130,11 @@ public:
     int GetEndLine() const noexcept { return m_endLine; }
     int GetEndColumn() const noexcept { return m_endColumn; }
 
-    // Reads "true", "yes", "1" and "false", "no", "0", exactly so written. Any other text
-    // gives false and leaves `out` as it is.
+    // Accepts "true", "yes", "1", "false", "no" and "0" in exactly this spelling. Returns false
+    // for any other text, without changing `out`.
     static bool StringToBool(const VString& text, bool& out);
 
-    // The value; empty when there is no such attribute.
+    // Returns the value, or an empty text if the element has no such attribute.
     VString GetAttribute(const VString& name) const;
     AttributeMap& GetAttributes() noexcept { return m_attributes; }
     const AttributeMap& GetAttributes() const noexcept { return m_attributes; }
@@ -142,92 +142,97 @@ public:
     bool HasAttributes() const noexcept { return !m_attributes.empty(); }
     void SetAttribute(const VString& name, const VString& value) { m_attributes.insert_or_assign(name, value); }
     void SetAttributes(const AttributeMap& attributes) { m_attributes = attributes; }
-    // Nothing when `attributes` is this element's own map.
+    // Does nothing if `attributes` is this element's own map.
     void SetAttributes(AttributeMap&& attributes) noexcept { m_attributes = std::move(attributes); }
     void RemoveAttribute(const VString& name) { m_attributes.erase(name); }
-    // Throws DOMException (DOMException_RequiredDOMAttribute) when there is no such attribute.
+    // Throws DOMException (DOMException_RequiredDOMAttribute) if there is no such attribute.
     void RequireAttribute(const VString& name) const;
-    // The value here, or on the nearest ancestor that has the attribute; else empty.
-    // Linear in the depth.
+    // Returns the value at this element, else at the nearest ancestor that has the attribute, else
+    // an empty text. Linear in the depth.
     VString GetParentAttr(const VString& name) const;
 
-    // A view of the children; it reads them at each call and is valid while the element lives.
+    // Returns a view of the children. The view follows later changes and is valid while the element lives.
     DOMElementChildren GetChildren() noexcept { return DOMElementChildren(*this); }
     const DOMElementConstChildren GetChildren() const noexcept { return DOMElementConstChildren(*this); }
 
-    // `before` is a child of this element, or null for the end.
+    // Inserts a new element before the child `before`, or at the end if `before` is null.
     DOMElement& AddNewChild(const VString& name, const DOMElement* before);
     DOMElement& AppendChild(std::unique_ptr<DOMElement>&& child) { return InsertChild(std::move(child), nullptr); }
-    // Takes the child over with its subtree and the diagnostics its document recorded for
-    // it. A `before` that is no child of this element is logged and the child appended.
-    // Raises a LogicException, before anything changes, when the child is null, this element
-    // or one of its ancestors. Constant for a new leaf at the end. Else linear in the smaller of
-    // the child's subtree and this element's depth (the depth, while removed children still link into
-    // the subtree); in the child's subtree when documents differ; and in the distance of `before` from
-    // the nearer end of the children.
+    // Inserts the child with its subtree and its diagnostics. If `before` is not a child of this
+    // element, a message is logged and the child is appended. Raises a LogicException, before
+    // anything changes, if the child is null, this element or an ancestor of this element.
+    //
+    // Cost: constant for a new leaf at the end. Otherwise the sum of
+    // - the size of the child's subtree or this element's depth, whichever is smaller (the depth, if
+    //   removed children link into the subtree),
+    // - the size of the child's subtree, if the documents differ,
+    // - the distance of `before` from the nearer end of the children.
     DOMElement& InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
 
-    // The first child of that name in document order; null when there is none. Linear in
-    // the children, as are the other lookups.
+    // Returns the first child named `name`, or null. This and the other lookups are linear in the
+    // number of children.
     DOMElement* GetChild(const VString& name);
     const DOMElement* GetChild(const VString& name) const;
+    // Appends a new child if there is none.
     DOMElement& GetOrNewChild(const VString& name);
-    // The text of the first child of that name; empty when there is none.
+    // Returns the text of the first child named `name`, or an empty text.
     VString GetChildText(const VString& name) const;
-    // Throws DOMException (DOMException_RequiredChildMissing).
+    // Throws DOMException (DOMException_RequiredChildMissing) if there is no such child.
     DOMElement& GetRequiredChild(const VString& name);
     const DOMElement& GetRequiredChild(const VString& name) const;
-    // The first child whose attribute has that value. Throws DOMException
-    // (DOMException_RequiredChildByAttribute).
+    // Returns the first child whose attribute `attrName` has the value `value`. Throws DOMException
+    // (DOMException_RequiredChildByAttribute) if there is none.
     DOMElement& GetRequiredChildByAttr(const VString& attrName, const VString& value);
     const DOMElement& GetRequiredChildByAttr(const VString& attrName, const VString& value) const;
 
-    // Returns ownership; the removed child keeps its parent and document links.
-    // Raises a LogicException when it is no child of this element.
+    // Returns ownership of the removed child, which keeps its links to this element and to the
+    // document. Raises a LogicException if `child` is not a child of this element.
     std::unique_ptr<DOMElement> RemoveChild(DOMElement& child);
-    // The first child of that name, null when there is none.
+    // Removes the first child named `name`. Returns null if there is none.
     std::unique_ptr<DOMElement> RemoveChild(const VString& name);
     std::vector<std::unique_ptr<DOMElement>> RemoveChildren();
-    // Removes the child when it is empty; else null.
+    // Removes the child if it is empty, else returns null.
     std::unique_ptr<DOMElement> RemoveIfEmpty(DOMElement& child);
     std::unique_ptr<DOMElement> RemoveIfEmpty(const VString& name);
 
-    // True when `ancestor` is this element's parent or any ancestor above it; never true for the
+    // True if `ancestor` is this element's parent or any ancestor above it; never true for the
     // element itself. Linear in the depth.
     bool IsChildOf(const DOMElement& ancestor) const noexcept;
 
-    // The four take elements from where they are to before `before`, with the costs of
-    // InsertChild and of finding them among their siblings. Each raises a LogicException,
-    // before anything changes, when a moved element has no parent, is no longer among its
-    // parent's children, or would become its own descendant.
+    // Move, MoveToFront, Adopt and AdoptChildren move elements within a tree or between trees. Each
+    // raises a LogicException, before anything changes, if a moved element has no parent, was removed
+    // from its parent, or would become its own descendant. Each costs as much as RemoveChild and
+    // InsertChild.
+
+    // Moves this element to `newParent`, before `before`.
     void Move(DOMElement& newParent, const DOMElement* before);
-    // To the front of its siblings. An element that is the first of several already goes to
-    // the end, and the missing "before" is logged.
+    // Moves this element before its first sibling. If it already is the first of several, it moves
+    // to the end and a message is logged.
     void MoveToFront();
-    // Nothing, not even a new place, when `child` is this element or its parent link leads
-    // here already.
+    // Moves `child` to this element, before `before`. Does nothing if `child` is this element or
+    // already has this element as its parent.
     void Adopt(DOMElement& child, const DOMElement* before);
-    // All children of `other`, in order; nothing when `other` is this element. Linear in
-    // both child lists.
+    // Moves all children of `other` to this element, in order. Does nothing if `other` is this
+    // element. Linear in both lists of children.
     void AdoptChildren(DOMElement& other, const DOMElement* before);
-    // Takes the attribute from `other`, where it has it, and overwrites.
+    // Moves the attribute from `other`, if it has it, and overwrites an attribute of that name here.
     void AdoptAttribute(DOMElement& other, const VString& name);
     void AdoptAttributes(DOMElement& other) { AdoptAttributes(other, true); }
-    // Leaves `other` without attributes, also without those not taken; nothing when
-    // `other` is this element.
+    // Moves all attributes of `other`. Without `overwrite`, an attribute that exists here keeps its
+    // value and the one of `other` is dropped. Does nothing if `other` is this element.
     void AdoptAttributes(DOMElement& other, bool overwrite);
 
-    // Diagnostics, which the document keeps. The Has… queries, Get… and Clear… cover this element and its
-    // subtree; on an element without a parent, Has… and Clear… cover the whole document. Each operation
-    // raises a LogicException when the element has no document.
+    // Diagnostics are stored in the document. Get…, Has… and Clear… cover this element and its
+    // subtree; on an element without a parent, Has… and Clear… cover the whole document. Each of
+    // these operations raises a LogicException if the element has no document.
     void Error(const VString& message, const VError::ErrorInfo& info, bool reported, bool cancel) const;
     void Warning(const VString& message, const VError::ErrorInfo& info) const;
-    // These insert before the element's other records. Constant.
+    // These insert before all other records of the element. Constant.
     void PrefixError(const VString& message, const VError::ErrorInfo& info, bool reported) const;
     void PrefixWarning(const VString& message, const VError::ErrorInfo& info) const;
     void ClearErrors();
     void ClearWarnings();
-    // Append, in document order; within an element in the order of its records.
+    // These append to the list: elements in document order, and for each element its records in order.
     void GetErrors(std::list<VString>& messages) const;
     void GetWarnings(std::list<VString>& messages) const;
     void GetMetadataForErrors(std::list<VError::ErrorInfo>& infos) const;
@@ -235,30 +240,31 @@ public:
     bool HasErrors() const;
     bool HasWarnings() const;
     bool HasCancelErrors() const;
-    // True also when there is no error at all.
+    // True if every error is a cancel error, so also if there are no errors.
     bool HasOnlyCancelErrors() const;
     bool HasUnreportedErrors() const;
 
-    // Field names in attributes and in the text, passed through the document's renames.
+    // These parse the attribute or the text as a field name and apply the renames of the document.
     FieldName GetFieldName(const VString& attrName) const;
     FieldName GetFieldName(const VString& attrName, QualifiedNameCache& cache) const;
-    // Read as a name of that data source, renamed, and given back without its root.
+    // Parses the attribute as a name of the data source, applies the renames, and returns the name
+    // without its data source.
     FieldName GetLocalFieldName(const VString& attrName, const VString& dataSourceName) const;
     FieldName GetLocalFieldName(
         const VString& attrName, const VString& dataSourceName, QualifiedNameCache& cache) const;
     FieldName GetTextAsFieldName() const;
     FieldName GetTextAsFieldName(QualifiedNameCache& cache) const;
 
-    // The two raise a LogicException when the element has no document.
+    // These two raise a LogicException if the element has no document.
     void AddCaptionRename(const VString& oldCaption, const VString& newCaption);
     void AddFieldRename(const FieldName& oldName, const FieldName& newName);
-    // The document's answers; the argument unchanged when the element has none.
+    // These forward to the document. Without a document, they return the argument.
     FieldName RenameField(const FieldName& field) const;
     VString RenameDataSource(const VString& name) const;
     VString RenameDataConnection(const VString& name) const;
     VString RenameMapSource(const VString& name) const;
-    // The new caption for the value of that attribute. Raises a LogicException when the
-    // element has no document.
+    // Returns the new caption for the value of the attribute, or the value if it was not renamed.
+    // Raises a LogicException if the element has no document.
     VString GetCaptionRenameIfItExists(const VString& attrName) const;
 
 private:
@@ -269,45 +275,45 @@ private:
 
     using Children = std::vector<std::unique_ptr<DOMElement>>;
 
-    // For elements that are made together.
+    // Allocates the element in `pages`.
     static void* operator new(std::size_t, ElementPages& pages);
     static void operator delete(void* element, ElementPages&) noexcept { operator delete(element); }
 
-    // Name, text and attributes of `other`, for that document and parent.
+    // Copies name, text and attributes of `other`, but no children.
     DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent);
 
-    // Copies of the children of `source`, with their subtrees and diagnostics, at the end of
-    // `into`; they get this element's document and this element as their parent.
+    // Appends copies of the children of `source`, with their subtrees and diagnostics, to `into`.
+    // The copies get this element as their parent and its document.
     void CopyChildrenOf(const DOMElement& source, Children& into);
     void DestroyChildren() noexcept;
-    // Assigns and returns the old children. `other` is not this element.
+    // Assigns `other` and returns the old children. `other` must not be this element.
     Children Assign(const DOMElement& other);
-    // Sets the document of the whole subtree, without allocating and without recursion.
+    // Sets the document of the whole subtree. Neither allocates nor recurses.
     void SetManager(DOM* manager) noexcept;
-    // Moves the subtrees, which have one document (or none), to this element's document. When it
-    // throws, nothing has changed.
+    // Moves subtrees of one document, or of none, to this element's document. If it throws, nothing
+    // has changed.
     void ChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count);
     DocumentDiagnostics& RequireDiagnostics(const char* operation, int line, std::uint32_t code) const;
 
     ElementLinks& GetLinks() const;
-    // A removed child still links to this element as its parent.
+    // True if a removed child still links to this element as its parent.
     bool HasRemovedChildren() const;
-    // This element is about to leave its parent's children, or is a new copy. When it throws, nothing has
-    // changed.
+    // Call before this element is removed from its parent's children, and for a new copy. If it
+    // throws, nothing has changed.
     void Detach();
-    // This element is about to get another parent. `manager` is its document until now.
+    // Call before a detached element gets another parent. `manager` is its old document.
     void EndDetachment(DOM* manager) noexcept;
-    // Makes the links to this dying element null.
+    // Sets all links to this dying element to null.
     void CutLinks() noexcept;
-    // Makes the links to a dying document null.
+    // Sets all links to a dying document to null.
     static void DocumentDies(DOM& document) noexcept;
 
-    // Searches from both ends; the end when there is no such child.
+    // Searches from both ends. Returns the end if `child` is not a child of this element.
     Children::iterator FindChild(const DOMElement& child);
     Children::iterator RequireChild(const DOMElement& child);
     DOMElement* FindChildByName(const VString& name) const noexcept;
-    // Raises a LogicException when `child` is this element or above it. Linear in the smaller of the
-    // child's subtree and this element's depth.
+    // Raises a LogicException if `child` is this element or an ancestor of it. Linear in the child's
+    // subtree or this element's depth, whichever is smaller.
     void RequireNotBelow(const DOMElement& child) const;
     bool IsAtOrBelow(const DOMElement& top) const;
     // A new child at the end.
@@ -325,7 +331,7 @@ private:
     // Makes this element the child's parent.
     void Link(DOMElement& child) noexcept;
 
-    // Fixed after construction or an insertion: who manages and who holds this element.
+    // The document and the parent. Neither is owned.
     DOM* m_manager = nullptr;
     DOMElement* m_parent = nullptr;
     VString m_name;
@@ -337,6 +343,6 @@ private:
     std::int32_t m_endLine = 0;
     std::int32_t m_endColumn = 0;
     bool m_encoded = false;
-    // Null for most elements.
+    // The links of removed elements to this one and of this one to its old parent. Null for most elements.
     mutable std::unique_ptr<ElementLinks> m_links;
 };

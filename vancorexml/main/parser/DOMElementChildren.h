@@ -13,18 +13,18 @@
 class DOMElement;
 class DOMElementConstChildren;
 
-// A view of an element's children in document order. It owns nothing, reads the element's
-// children at each call and so follows later changes; valid while the element lives.
-// Adding or removing a child invalidates iterators. A constant view, and the view of a
-// constant element, yield constant children.
+// A view of an element's children in document order. It owns nothing and reads the children at
+// each call, so it follows later changes. It is valid while the element lives. Adding or removing
+// a child invalidates iterators. A constant view and the view of a constant element yield constant
+// children.
 //
 //     for (const DOMElement* child : element.GetChildren()) Print(child->GetName());
 class VANCOREXML_API DOMElementChildren {
 public:
-    // Steps over the owning pointers and yields the elements themselves. It is a random access iterator
-    // of C++20, and for the classic algorithms an input iterator, because it yields pointers and no
-    // references to pointers. To step back use --, - or std::ranges::prev. std::prev, like std::advance
-    // with a negative distance, needs a classic bidirectional iterator and would not end.
+    // Yields plain pointers by value. It is therefore a random access iterator in C++20, but only an
+    // input iterator for the classic algorithms. To step back, use --, - or std::ranges::prev:
+    // std::prev and std::advance with a negative distance need a classic bidirectional iterator and
+    // would never return.
     template <typename T>
     class IteratorTemplate {
     public:
@@ -37,7 +37,7 @@ public:
 
         IteratorTemplate() = default;
         explicit IteratorTemplate(const std::unique_ptr<DOMElement>* position) : m_position(position) {}
-        // A constant iterator from a mutable one.
+        // Converts a mutable iterator into a constant one.
         template <typename U, typename = std::enable_if_t<std::is_const_v<T> && std::is_same_v<const U, T>>>
         IteratorTemplate(const IteratorTemplate<U>& other) : m_position(other.m_position)
         {}
@@ -105,14 +105,14 @@ public:
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
     explicit DOMElementChildren(DOMElement& element) noexcept : m_element(&element) {}
-    // Would let a caller change the children of a constant element.
+    // Deleted: the result would let a caller change the children of a constant element.
     DOMElementChildren(const DOMElementConstChildren& children) = delete;
     DOMElementChildren& operator=(const DOMElementConstChildren& children) = delete;
 
     size_type size() const noexcept;
     bool empty() const noexcept;
 
-    // Unchecked, as are front and back.
+    // The position is not checked; front and back require a child.
     DOMElement* operator[](size_type position);
     const DOMElement* operator[](size_type position) const;
     // Throws std::out_of_range ("invalid vector subscript") at or past size().
@@ -140,9 +140,9 @@ private:
     DOMElement* m_element;
 };
 
-// The view of a constant element's children: a DOMElementChildren without the operations that give
-// access to change them. Take it with `auto`. It binds to `const DOMElementChildren&`, but cannot be
-// copied into a DOMElementChildren.
+// The view of a constant element's children: a DOMElementChildren that yields constant children only.
+// Declare variables of it with `auto`. It binds to `const DOMElementChildren&`, but cannot be copied
+// into a DOMElementChildren.
 class DOMElementConstChildren : public DOMElementChildren {
 public:
     using value_type = const DOMElement*;
@@ -175,7 +175,7 @@ private:
     const DOMElementChildren& View() const noexcept { return *this; }
 };
 
-// Iterators refer to the element's children and outlive the view.
+// Iterators refer to the element's children and stay valid when the view dies.
 template <>
 inline constexpr bool std::ranges::enable_borrowed_range<DOMElementChildren> = true;
 template <>
