@@ -1,4 +1,4 @@
-// Bytes as text.
+// Base64 encoding and decoding.
 #pragma once
 
 #include <vector>
@@ -6,19 +6,21 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Appends the Base64 of `length` bytes to `lines`. With `splitLines` each line has 72 characters
-// and the last one may be shorter; otherwise there is one line. No bytes give no line. Threads: any.
+// Encodes `length` bytes and appends the lines of the result to `lines`. If `splitLines`, each line
+// has 72 characters, the last one possibly fewer; otherwise there is one line. Without bytes there is
+// no line. Any thread may call the operations of this header.
 //
-// Raises a LogicException when one line would need more than 0x3FFFFFFF groups, and throws
-// std::length_error when it would be too long for a VString; nothing is read or appended then.
+// Without `splitLines`, raises a LogicException if the line would need more than 0x3FFFFFFF groups of
+// four characters, and throws std::length_error if it would be too long for a VString. Nothing is
+// read or appended then.
 VANCOREXML_API void Base64Encode(
     const unsigned char* data, unsigned int length, std::vector<VString>& lines, bool splitLines);
 
-// Replaces `bytes` by the decoded text. Never fails: characters outside the
-// alphabet are skipped, only the low 8 bits of a unit count, and a last group that is cut
-// short without padding gives three bytes.
+// Decodes the text and replaces `bytes` by the result. Never fails: skips characters outside the
+// alphabet, uses only the low 8 bits of each UTF-16 code unit, and decodes a truncated last group
+// without padding as three bytes.
 VANCOREXML_API void Base64Decode(const VString& text, std::vector<unsigned char>& bytes);
 
-// True for whole groups of four with padding in the last one only, so also for the empty
-// text. White space is not allowed. Linear.
+// True if the text consists of groups of four characters with padding in the last group only. The
+// empty text is valid. White space is not. Linear.
 VANCOREXML_API bool IsBase64(const VString& text);

@@ -7,18 +7,17 @@
 
 namespace DOMElementSearch {
 
-// The first direct child of that name whose attribute has that value; null when there is
-// none. A missing attribute counts as the empty value.
+// Returns the first child named `name` whose attribute `attrName` has the value `attrValue`, or
+// null. A missing attribute counts as an empty value.
 VANCOREXML_API DOMElement* FindChild(
     DOMElement& parent, const VString& name, const VString& attrName, const VString& attrValue);
 VANCOREXML_API const DOMElement* FindChild(
     const DOMElement& parent, const VString& name, const VString& attrName, const VString& attrValue);
 
-// The first element of that name in document order, among `start` and its descendants down to
-// `depth` levels below it; null when there is none. With an attribute name and a value, the
-// attribute must have that value. With an attribute name and an empty value, the attribute must
-// have a value that is not empty; FindChild differs, because it also finds elements without the
-// attribute. Linear in the elements visited. The call stack does not grow with the depth.
+// Returns the first element named `name` in document order, or null. Searches `start` and `depth`
+// levels below it. If `attrName` is not empty, the attribute must have the value `attrValue`, or any
+// non-empty value if `attrValue` is empty. (FindChild differs: for an empty value it also finds
+// elements without the attribute.) Linear in the visited elements. Does not recurse.
 VANCOREXML_API DOMElement* FindElement(
     DOMElement& start, const VString& name, int depth, const VString& attrName, const VString& attrValue);
 VANCOREXML_API const DOMElement* FindElement(

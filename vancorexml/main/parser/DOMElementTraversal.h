@@ -10,9 +10,9 @@
 
 #include "vancorexml/main/parser/DOMElement.h"
 
-// Depth-first preorder: the start element, then the subtree of each of its children in
-// document order. The walk keeps its own stack, so a deep tree does not exhaust the
-// thread's; it holds pointers into the tree, which must not change while it lasts.
+// Depth-first preorder: the start element, then the subtree of each of its children in document
+// order. The walk has a stack on the heap, so a deep tree does not exhaust the call stack. The walk
+// points into the tree, so the tree must not change until it ends.
 //
 //     for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(root))
 //         Print(element.GetName());
@@ -37,7 +37,7 @@ public:
     PreorderGeneratorTemplate& operator=(const PreorderGeneratorTemplate& other) = default;
     PreorderGeneratorTemplate& operator=(PreorderGeneratorTemplate&& other) noexcept = default;
 
-    // The next element; null once all are returned, and from then on.
+    // Returns the next element, or null if there are no more.
     T* Next()
     {
         if (m_stack.empty())
@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    // Enough for ordinary documents, so that the stack is allocated once.
+    // Large enough for most documents, so the stack is allocated once.
     static constexpr std::size_t Reserved = 128;
 
     std::vector<T*> m_stack;
@@ -67,7 +67,7 @@ public:
     using pointer = T*;
     using reference = T&;
 
-    // The end.
+    // The end iterator.
     PreorderIteratorTemplate() = default;
     explicit PreorderIteratorTemplate(T& start)
         : m_generator(std::make_unique<PreorderGeneratorTemplate<T>>(start)),
@@ -109,7 +109,7 @@ public:
         return before;
     }
 
-    // Compares only the current elements, not the elements still to be visited.
+    // Compares the current elements only, not the elements that are left to visit.
     friend bool operator==(const PreorderIteratorTemplate& a, const PreorderIteratorTemplate& b)
     {
         return a.m_current == b.m_current;
@@ -121,8 +121,7 @@ private:
     T* m_current = nullptr;
 };
 
-// The walk as a range, which can be iterated over any number of times. A traversal that was moved
-// from has no elements.
+// The walk as a range. It can be iterated any number of times. A moved-from traversal is empty.
 template <typename T>
 class PreorderTraversalTemplate {
 public:

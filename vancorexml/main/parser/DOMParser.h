@@ -18,12 +18,12 @@ struct DOMParserStatistics {
     VString sourceId;
 };
 
-// Turns XML text into a DOM. A parse always returns a document: faults in the XML are the
-// errors of the document (of DOM::GetRoot()), and what was built before the fault is in the tree. A parse
-// never depends on those before it.
+// Parses XML text into a DOM. A parse always returns a document. Faults in the XML are recorded as
+// errors of the document, at DOM::GetRoot(), and the tree contains the elements built before the
+// fault. A parse does not depend on earlier parses.
 //
-// Ownership: the caller owns the documents. The parser keeps what is costly to make and is
-// worth keeping for several parses.
+// Ownership: the caller owns the documents. Parsers are costly to create, so use one for several
+// documents.
 //
 // Threads: one at a time, and each parse begins and ends on one thread.
 //
@@ -37,40 +37,40 @@ public:
     DOMParser(const DOMParser&) = delete;
     DOMParser& operator=(const DOMParser&) = delete;
 
-    // Elements get the positions just behind their start and end tags, counted in the text that
-    // is parsed: without skipped white space, with the declaration that a name beginning with a
-    // colon calls for. Off at first.
+    // Whether elements get the positions just behind their start and end tags. Positions count in the
+    // text that is parsed: white space before the document is not counted, and the declaration that
+    // the parser inserts for attribute names beginning with a colon is. Initially off.
     void SetEnableLineNumbersOnElements(bool enable);
     bool GetEnableLineNumbersOnElements() const;
-    // Passed on to each document, for the code that loads the files it refers to. Off at first.
+    // Sets the flag of each later document (see DOM). Initially off.
     void SetRestrictExternalPaths(bool restrict);
     bool GetRestrictExternalPaths() const;
-    // Called once after each parse; an empty function removes the handler. The handler may replace or
+    // The handler is called once after each parse; an empty function removes it. The handler may replace or
     // remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
-    // Every later parse validates against this schema, which is not null. Its id must not be
-    // empty, and the id of a resource must be known: the next parse raises a LogicException
-    // otherwise.
+    // These add a schema against which every later parse validates. The source must not be null. If
+    // the id of the source is empty, or the resource is unknown, the next parse raises a
+    // LogicException.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
 
-    // Each operation with an rvalue leaves it empty.
+    // The operations that receive an rvalue leave it empty.
 
-    // The bytes say themselves what encoding they are in.
+    // The encoding is that of the byte order mark or of the XML declaration, else UTF-8.
     std::unique_ptr<DOM> ParseXmlBytes(const std::vector<unsigned char>& bytes);
     std::unique_ptr<DOM> ParseXmlBytes(std::vector<unsigned char>&& bytes);
-    // `id` names the text in messages. White space before the document is skipped. Byte
-    // strings say themselves what encoding they are in; null is the empty text.
+    // `id` names the text in messages. White space before the document is skipped. A byte string is
+    // decoded like the bytes of ParseXmlBytes. A null pointer is parsed as an empty text.
     std::unique_ptr<DOM> ParseXmlString(const std::string& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(std::string&& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(const VString& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(VString&& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(const char* text, const VString& id);
-    // Throws VIO::Exception when the file cannot be read or decoded.
+    // Throws VIO::Exception if the file cannot be read or decoded.
     std::unique_ptr<DOM> ParseXmlFile(const VString& fileName);
-    // Text that is white space only is dropped unless `keepBlankText`. While metrics are
-    // collected, a source that is not UTF-8 throws what its GetBytes throws.
+    // Drops text that is white space only, unless `keepBlankText`. While metrics are collected,
+    // exceptions from GetBytes of a source that is not UTF-8 propagate.
     std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepBlankText);
 
 private:

@@ -1,4 +1,4 @@
-// Elements by the names on their path.
+// Path queries: find elements by the names of their ancestors.
 #pragma once
 
 #include <cstddef>
@@ -14,50 +14,50 @@
 #include "vancorexml/main/parser/DOMElement.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// A path is names between slashes: "a/b" names the children b of an element a. "*" stands for
-// any one element, and an empty segment for any number of levels: "a//b" names every b below
-// an a, "//b" every b of the subtree. Each further empty segment skips one level: "a///b" names
-// the b that are grandchildren of an a or deeper. Names are compared exactly; there are no
-// predicates and no escapes, and any other text is a name that may match nothing.
+// A path consists of segments separated by slashes. A segment is one of
+// - a name: matches elements of exactly that name ("a/b": the children b of an element a),
+// - "*": matches any one element,
+// - empty: matches any number of levels ("a//b": every b below an a; "//b": every b in the subtree).
+//   Each further empty segment skips one level ("a///b": every b that is two or more levels below an a).
+// There are no predicates and no escapes. Any other text is a name.
 //
-// The first segment is held against the start element itself. A path that begins with one
-// slash starts at the document element, whatever element it is asked of, and yields nothing
-// for an element without a document; "//b" starts at the element. A path that is empty or ends
-// with a slash yields nothing. Matches come in document order.
+// The first segment is compared with the start element itself. A path that begins with a single
+// slash starts at the document element instead, and matches nothing if the start element has no
+// document. A path that is empty or ends with a slash matches nothing. Matches are in document order.
 //
-// The walk is lazy and enters only branches that can still match. It holds pointers into the
-// tree, which must not change while an iterator is live; Foreach and GetAll collect first.
-// Any number of threads may walk one tree that does not change. The cost of an element grows
-// with the number of segments that can match it, not with the length of the path.
+// A walk is lazy and enters only branches that can still match. It points into the tree, so the tree
+// must not change while an iterator is in use. Foreach and GetAll collect all matches first. Any
+// number of threads may walk a tree that does not change. The cost of an element grows with the
+// number of segments that can match it, not with the length of the path.
 //
 //     for (const DOMElement& column : DOMPath::Walk(root, "data-source/column")) Print(column.GetName());
 namespace DOMPath {
 
-// Steps through the matches of one path. Iterators below are what callers use.
+// Steps through the matches of one path. Callers use the iterators below instead.
 class VANCOREXML_API Walker {
 public:
     Walker(const DOMElement& element, const VString& path);
-    // Keeps its place but not the path: Next throws unless nothing was left to visit.
+    // Copies the position, but not the path: Next throws if elements are left to visit.
     Walker(const Walker& other);
     Walker& operator=(const Walker&) = delete;
     ~Walker();
 
-    // Abandons the current walk and starts again with the same path at another element. Must
-    // not be called on a copy, which has no path.
+    // Restarts the walk at another element, with the same path. Do not call it on a copy, which has
+    // no path.
     void Restart(const DOMElement& element);
-    // The next match; null at the end. Throws std::out_of_range ("invalid vector subscript")
-    // on a copy that still has elements to visit.
+    // Returns the next match, or null at the end. Throws std::out_of_range ("invalid vector
+    // subscript") on a copy that has elements left to visit.
     const DOMElement* Next();
 
 private:
     using Word = std::uint64_t;
 
-    // The words of a set that are kept: from its first word that is not zero to its last.
+    // A set of segments is stored without the zero words at its ends. This is the stored range.
     struct Span {
         std::size_t firstWord = 0;
         std::size_t words = 1;
     };
-    // The elements of one level that are visited next, their end, and the level's set.
+    // One level of the walk: the elements left to visit, and the set of active segments.
     struct Frame {
         DOMElementChildren::const_iterator next;
         DOMElementChildren::const_iterator end;
@@ -69,17 +69,17 @@ private:
     void Close(std::vector<Word>& active, std::size_t firstWord) const;
 
     std::vector<VString> m_segments;
-    std::vector<Word> m_emptySegments;    // which segments are empty
-    std::vector<Word> m_starSegments;     // which are "*"
-    const DOMElement* m_start = nullptr;  // until it is visited
+    std::vector<Word> m_emptySegments;    // the set of the empty segments
+    std::vector<Word> m_starSegments;     // the set of the "*" segments
+    const DOMElement* m_start = nullptr;  // null after it was visited
     std::vector<Frame> m_frames;
-    std::vector<Word> m_active;  // the kept words for the start element and then for each frame
+    std::vector<Word> m_active;  // the stored words of the start element's set and of each frame's set
     std::vector<Word> m_next;    // the set for the children of the element visited last
 };
 
-// An iterator over the matches, for range-for and the algorithms of std::ranges. A copy can be
-// read and compared but not moved on, as Walker says. The classic algorithms move copies on, so
-// for them it is no iterator: std::distance and its like do not compile.
+// An iterator over the matches, for range-for and the algorithms of std::ranges. A copy can be read
+// and compared, but not incremented (see the copy constructor of Walker). The classic algorithms
+// increment copies, so they reject this iterator: std::distance, for example, does not compile.
 template <typename E>
 class IteratorTemplate {
 public:
@@ -90,9 +90,9 @@ public:
     using pointer = E*;
     using reference = E&;
 
-    // The end.
+    // The end iterator.
     IteratorTemplate() = default;
-    // On the first match.
+    // Points to the first match.
     IteratorTemplate(E& element, const VString& path) : m_state(std::make_unique<Walker>(element, path)) { Advance(); }
     IteratorTemplate(const IteratorTemplate& other)
         : m_state(other.m_state ? std::make_unique<Walker>(*other.m_state) : nullptr),
@@ -132,7 +132,7 @@ public:
         return before;
     }
 
-    // Two walks are never equal before both are at their end.
+    // Iterators of two walks are equal only if both are at their end.
     friend bool operator==(const IteratorTemplate& a, const IteratorTemplate& b)
     {
         return a.m_state == b.m_state && a.m_current == b.m_current;
@@ -152,9 +152,8 @@ private:
     E* m_current = nullptr;
 };
 
-// The matches of a path as a range. Refers to the element, and to a path that is a variable:
-// both must live until begin() has been called, which reads the path. Copies a path that is a
-// temporary.
+// The matches of a path as a range. It refers to the element and to a path that is an lvalue, so both
+// must live until begin() is called, which reads the path. It copies a path that is a temporary.
 template <typename E>
 class IterableTemplate {
 public:
@@ -176,7 +175,7 @@ private:
     VString m_temporary;
 };
 
-// Does no work until begin(). E is DOMElement or DOMElement const.
+// Returns the matches as a range. The search starts with begin(). E is DOMElement or DOMElement const.
 template <typename E>
 IterableTemplate<E> Walk(E& element, const VString& path)
 {
@@ -188,7 +187,7 @@ IterableTemplate<E> Walk(E& element, const VString&& path)
     return IterableTemplate<E>(element, std::move(path));
 }
 
-// Every match, in order.
+// Returns all matches in document order.
 template <typename E>
 std::vector<E*> GetAll(E& element, const VString& path)
 {
@@ -199,16 +198,15 @@ std::vector<E*> GetAll(E& element, const VString& path)
     return matches;
 }
 
-// The first match, null when there is none; visits nothing behind it.
+// Returns the first match, or null. Does not visit later elements.
 template <typename E>
 E* GetFirst(E& element, const VString& path)
 {
     return const_cast<E*>(Walker(element, path).Next());
 }
 
-// Collects every match and then calls `fn` for each, so `fn` may change the tree as long as
-// the matches still to come live. Throws std::bad_function_call for an empty function when
-// there is a match.
+// Collects all matches, then calls `fn` for each. So `fn` may change the tree, but must not destroy
+// the later matches. Throws std::bad_function_call if `fn` is empty and there is a match.
 VANCOREXML_API void Foreach(DOMElement& element, VString path, const std::function<void(DOMElement&)>& fn);
 VANCOREXML_API void Foreach(const DOMElement& element, VString path, const std::function<void(const DOMElement&)>& fn);
 

@@ -1,4 +1,4 @@
-// Tuples as XML.
+// The XML form of tuples.
 #pragma once
 
 #include "vancorexml/main/parser/XMLExport.h"

@@ -1,4 +1,4 @@
-// How the files that a document refers to were renamed.
+// The renames of the files to which a document refers.
 #pragma once
 
 #include <map>
@@ -7,9 +7,9 @@
 #include "vancoreplatform/VPath.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Old paths and what they became when a document's files were gathered into a new place:
-// set one by one, or derived from the files' contents. Files of equal content share one
-// target, and a folder follows its files as long as all of them go to one folder.
+// Maps old paths to new paths, for a document whose files were copied to another place. Renames are
+// set one by one, or derived from checksums of the files: files of equal content share one new path,
+// and a folder is renamed if all its files are copied to the same folder.
 //
 // Ownership: a value. Threads: one writer or many readers; the document guards its own.
 //
@@ -27,25 +27,26 @@ public:
     const std::map<VPath, VPath>& GetPathMap() const noexcept { return m_pathMap; }
     // Inserts the rename, or overwrites the new path of `from`.
     void SetRename(const VPath& from, const VPath& to);
-    // A file was gathered from `from` to `to`, and its content has the checksum `crc`: when
-    // an earlier file had the same, `from` becomes that one's target. The folder of `from`
-    // becomes the folder of `to` until one of its files goes elsewhere; then it is renamed
-    // no more. Nothing for an empty `from`.
+    // Renames a file that was copied from `from` to `to` and whose content has the checksum `crc`.
+    // If an earlier file had the same checksum, the new path of that file is used instead of `to`.
+    // Also renames the folder of `from` to the folder of `to`. If files of one folder are copied to
+    // different folders, the folder loses its rename for good. Does nothing if `from` is empty.
     void SetCRC(const VPath& from, const VPath& to, int crc);
 
-    // The new path of `path`; `path` itself when it was not renamed.
+    // Returns the new path of `path`, or `path` if it was not renamed.
     VPath RenamePath(const VPath& path) const;
     // Finds the first old path that, resolved against `base`, equals `path`, and returns its new
-    // path. Empty when there is none or when the new path is `path` itself. Linear in the number
-    // of renames, as are the next two operations.
+    // path. Returns an empty path if there is none or if the new path is `path` itself. This and the
+    // next two operations are linear in the number of renames.
     VPath RenamePathAbsolute(const VPath& path, const VPath& base) const;
-    // The first old path, in order, that became `path`; empty when there is none.
+    // Returns the first old path, in the order of the paths, whose new path is `path`; empty if
+    // there is none.
     VPath ReverseRenamePath(const VPath& path) const;
-    // Whether `path` begins with one of the new paths. Compares their texts, both written with
-    // "/", so "C:/output" begins with "C:/out". Case-sensitive.
+    // True if the text of `path` begins with the text of one of the new paths, both written with
+    // "/". So "C:/output" begins with "C:/out". Case-sensitive.
     bool IsValidPath(const VPath& path) const;
-    // Forgets the renames and the folders seen, but not the checksums: files gathered later
-    // still share the targets of earlier ones.
+    // Removes all renames, but keeps the checksums: later files still share the new paths of earlier
+    // files of equal content.
     void ResetRenames();
 
 private:

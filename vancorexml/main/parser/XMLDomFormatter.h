@@ -12,25 +12,24 @@
 class DOM;
 class DOMElement;
 
-// Builds a document from the calls that would write one, so code that writes through an
-// XMLFormatter can also build a tree. Comments and the header are kept beside the tree. The
-// class also renders documents and elements as text.
+// A writer that builds a document instead of text, so code that writes through an XMLFormatter can
+// also build a tree. Comments and the header are stored beside the tree. The class also renders
+// documents and elements as text.
 //
-// Every writing operation acts on the innermost open element, and OutputCloseTag closes it. Once
-// the topmost element is closed or the document is taken, every writing operation raises a
+// Every writing operation acts on the innermost open element, which OutputCloseTag closes. After the
+// topmost element was closed or the document was taken, every writing operation raises a
 // LogicException.
 //
 // The OutputContentTag overload with `encode` is not overridden and would write its tags as
 // text into the open element. Use the overload without the flag.
 //
-// OutputDOMElement and OutputDOMElements copy elements of any document, the one being built
-// included. A derived class that writes elements tag by tag instead, through XMLFormatter's
-// OutputDOMElement, must not write an ancestor of the open element: the copy would contain
-// itself.
+// OutputDOMElement and OutputDOMElements append copies of elements, which may belong to the document
+// being built. A derived class that instead writes elements tag by tag, with XMLFormatter's
+// OutputDOMElement, must not write an ancestor of the open element: the copy would contain itself.
 //
 // Ownership and lifetime: owns the document until TakeDocument.
 //
-// Threads: one writer belongs to one thread at a time; rendering from any.
+// Threads: one writer belongs to one thread at a time. Any thread may call the static operations.
 //
 //     XMLDomFormatter writer;
 //     OutputTuple(writer, tuple);
@@ -40,19 +39,19 @@ public:
     XMLDomFormatter();
     ~XMLDomFormatter() override;
 
-    // GetDocument, GetDocumentRoot, GetRoot, GetElement and GetOutput raise a LogicException after TakeDocument.
+    // These four and GetOutput raise a LogicException after TakeDocument.
     DOM& GetDocument();
-    // Null while nothing was written.
+    // Returns null until an element is written.
     DOMElement* GetDocumentRoot();
     DOMElement& GetRoot();
-    // The first element of that name, null when there is none. Linear.
+    // Returns the first element named `name`, or null. Linear.
     DOMElement* GetElement(const VString& name) const;
-    // Releases the document. No element is open afterwards.
+    // Releases the document. Afterwards no element is open.
     std::unique_ptr<DOM> TakeDocument();
 
     // Replaces the attributes of the open element.
     void OutputAttributes(const AttributeMap& attributes) override;
-    // Appends a copy. Linear.
+    // Appends a copy of the element. Linear.
     void OutputDOMElement(const DOMElement& element) override;
     using XMLFormatter::OutputContent;
     // Replaces the text of the open element.
@@ -60,7 +59,7 @@ public:
     using XMLFormatter::OutputContentTag;
     void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content) override;
     void OutputComment(const VString& text) override;
-    // Raises a LogicException, and closes nothing, when the open element is not named `tag`.
+    // Raises a LogicException, and closes nothing, if the open element is not named `tag`.
     void OutputCloseTag(const VString& tag) override;
     void OutputOpenTag(const VString& tag, const AttributeMap& attributes) override;
     void OutputTag(const VString& tag, const AttributeMap& attributes) override;
@@ -68,29 +67,29 @@ public:
     // These two append to the text of the open element.
     void OutputLine(const VString& text) override;
     void OutputString(const VString& text) override;
-    // The open element's text becomes Base64, marked encoded. Raises a LogicException when
-    // it has a text.
+    // Sets the text of the open element to Base64, marked as encoded. Raises a LogicException if the
+    // element already has a text.
     void OutputBinary(const unsigned char* data, unsigned int length) override;
 
-    // The document as text, with the header when one was requested and the comments before
-    // the element. Throws std::length_error when the text is too long.
+    // Returns the document as text: the header if OutputHeader was called, the comments, and the
+    // element. Throws std::length_error if the text is too long for a VString.
     VString GetOutput(FormatMode mode) const;
 
-    // The text of a document or an element, as FormatDOM writes it in FormatModeContent.
-    // Throws std::length_error when the text is too long.
+    // These return the text that FormatDOM writes in FormatModeContent. They throw std::length_error
+    // if the text is too long for a VString.
     static VString RenderAsXMLString(const DOM& document, VString* comment, bool header);
     static VString RenderAsXMLString(const DOMElement& element, VString* comment, bool header);
 
 protected:
-    // Continues that document, which must not be null.
+    // Continues to build `document`, which must not be null.
     explicit XMLDomFormatter(std::unique_ptr<DOM> document);
 
-    // As XMLFormatter::OutputDOMElement on `target`, but that text beside children is
-    // indented by this writer's own indentation.
+    // Writes the element to `target` as XMLFormatter::OutputDOMElement does, but the text of an
+    // element that has children gets the indentation of this writer.
     void Format(XMLFormatter& target, const DOMElement& element) const;
 
 private:
-    // Null when the last element is closed.
+    // Returns the open element, or null if all are closed.
     DOMElement* Top() const { return m_stack.empty() ? nullptr : m_stack.top(); }
     DOM& Document() const;
 

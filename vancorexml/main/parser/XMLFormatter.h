@@ -14,15 +14,15 @@ class DOMElementChildren;
 class QualifiedName;
 class XMLFormatter;
 
-// How XMLFormatter::OutputContent escapes.
+// The ways in which XMLFormatter::OutputContent escapes text.
 enum FormatMode : std::int32_t {
-    FormatModeStrict = 0,   // as attribute values are
+    FormatModeStrict = 0,   // like an attribute value
     FormatModeContent = 1,  // long text with markup becomes a CDATA section
 };
 
 // The first operations of XMLFormatter. OutputDOMElement is declared here and again in
-// XMLFormatterOverride. XMLFormatter itself must not declare it: that would override both and
-// hide whether a derived class overrides it.
+// XMLFormatterOverride. XMLFormatter must not declare it: such a declaration would override both
+// and hide whether a derived class overrides it.
 class VANCOREXML_API XMLFormatterBase {
 public:
     virtual ~XMLFormatterBase();
@@ -38,14 +38,15 @@ private:
     XMLFormatterBase() = default;
 };
 
-// Tells a writer whether a derived class overrides OutputDOMElement. An override also replaces
-// the operation below, because it has the same signature; so this one runs only without one.
+// Detects whether a class derived from XMLFormatter overrides OutputDOMElement. An override also
+// replaces the operation below, which has the same signature, so the operation below runs only if
+// there is no override.
 class VANCOREXML_API XMLFormatterOverride {
 protected:
     XMLFormatterOverride() = default;
     ~XMLFormatterOverride() = default;
 
-    // Writes the element through the override and returns true; false when there is none.
+    // Writes the element through the override and returns true. Returns false if there is none.
     bool OutputThroughOverride(const DOMElement& element);
 
 private:
@@ -54,15 +55,15 @@ private:
     bool m_hasOverride = true;
 };
 
-// A streaming writer: turns open tags, attributes, content, close tags, comments, binary
-// blobs and whole elements into text, and hands each piece to OutputString, which a derived
-// class defines. It does not check that tags are balanced or that names are well-formed.
+// A streaming writer. It converts tags, attributes, content, comments, binary data and whole
+// elements to text and passes each piece to OutputString, which a derived class defines. It does
+// not check that tags are balanced or that names are well-formed.
 //
-// The operations call each other virtually, so a derived class that overrides one of them
-// also changes the operations that use it.
+// The operations call each other virtually, so an override of one operation also affects the
+// operations that call it.
 //
-// Ownership and lifetime: keeps none of its arguments. Exceptions from OutputString propagate,
-// except out of ~Indenter, which swallows them.
+// Ownership and lifetime: keeps no references to its arguments. Exceptions from OutputString
+// propagate, except out of ~Indenter, which swallows them.
 //
 // Threads: one writer belongs to one thread at a time; the static operations may be called
 // from any.
@@ -76,9 +77,9 @@ private:
 //     VString text = writer.GetOutput();
 class VANCOREXML_API XMLFormatter : public XMLFormatterBase, private XMLFormatterOverride {
 public:
-    // An element that is open while this lives: writes its open tag and indents; at the end
-    // of the scope undents and writes the close tag. The writer must outlive it. The
-    // destructor swallows what the writer throws.
+    // A scope guard for an element: the constructor writes the open tag and indents, the destructor
+    // undents and writes the close tag. The writer must outlive it. The destructor swallows
+    // exceptions of the writer.
     class VANCOREXML_API Indenter {
     public:
         Indenter(XMLFormatter& formatter, const VString& tag, const AttributeMap& attributes);
@@ -98,63 +99,64 @@ public:
     static const VString commentOpen;      // "<!--"
     static const VString commentClose;     // "-->"
 
-    // `indentUnit` is written once for each level. With `singleLine` nothing is written as
-    // a line's end.
+    // `indentUnit` is written once for each level. If `singleLine`, no line ends are written.
     explicit XMLFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);
     ~XMLFormatter() override;
 
     void Indent() override;
     void Undent() override;
-    // The current indentation; valid until the next Indent or Undent.
+    // Returns the current indentation. The reference is valid until the next Indent or Undent.
     const VString& GetIndent() const override;
     void Flush() override;
-    // Each with a blank before it, sorted by name, the value escaped between apostrophes.
+    // Writes the attributes sorted by name: for each a blank, the name, "=" and the escaped value
+    // between apostrophes.
     void OutputAttributes(const AttributeMap& attributes) override;
-    // The element and its subtree; the text of an element that has children comes after
-    // them. A derived class that overrides this operation gets each child through its
-    // override, so it may bracket, replace or leave out any element; then the call stack
-    // grows with the depth of the tree. Without an override it does not.
+    // Writes the element and its subtree, the text of an element after its children. If a derived
+    // class overrides this operation, the override is called for each child as well, so it can
+    // bracket, replace or omit any element, and the call stack grows with the depth of the tree.
+    // Without an override, the call stack does not grow.
     using XMLFormatterBase::OutputDOMElement;
-    // Each of the elements that the view shows when the call begins, through OutputDOMElement:
-    // a writer that builds a tree may append to the element whose children they are.
+    // Calls OutputDOMElement for each element that the view contains at the time of the call. So a
+    // writer that builds a tree may append to the element to which the view belongs.
     virtual void OutputDOMElements(const DOMElementChildren& elements);
-    // `verbatim` text is written without escaping, on lines of its own, and followed by the
-    // indentation; other text is escaped and nothing is added.
+    // Escapes the text and writes it. If `verbatim`, writes the text unescaped on lines of its own,
+    // followed by the indentation.
     virtual void OutputContent(const VString& text, bool verbatim);
     virtual void OutputContent(const VString& text);
-    // An element with content on one line. Without `encode` the content is verbatim.
+    // Writes an element with content on one line. Escapes the content only if `encode`.
     virtual void OutputContentTag(
         const VString& tag, const AttributeMap& attributes, const VString& content, bool encode);
     virtual void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content);
-    // A blank is added on both sides, and each "--" becomes "-&45;".
+    // Writes a comment with a blank on both sides of the text. Each "--" in the text becomes "-&45;".
     virtual void OutputComment(const VString& text);
     virtual void OutputCloseTag(const VString& tag);
     virtual void OutputOpenTag(const VString& tag, const AttributeMap& attributes);
-    // An element without content.
+    // Writes an element without content.
     virtual void OutputTag(const VString& tag, const AttributeMap& attributes);
-    // The XML declaration, which names UTF-8, and an empty line.
+    // Writes the XML declaration, which declares UTF-8, and an empty line.
     virtual void OutputHeader();
     virtual void OutputLine(const VString& text);
-    // Receives all that is written, piece by piece.
+    // Receives the output in pieces.
     virtual void OutputString(const VString& text) = 0;
-    // `length` bytes as Base64, on indented lines of 72 characters.
+    // Writes `length` bytes as Base64 on indented lines of 72 characters.
     virtual void OutputBinary(const unsigned char* data, unsigned int length);
 
-    // Any mode but FormatModeStrict acts as FormatModeContent.
+    // Every mode except FormatModeStrict acts like FormatModeContent.
     void SetFormatMode(FormatMode mode) noexcept { m_formatMode = mode; }
 
-    // The text escaped for an attribute value; the same shared string when nothing is to be
-    // escaped. A unit that XML does not allow becomes a backslash, "x", its hexadecimal
-    // number and ";". Throws std::length_error when the result is too long for a VString.
+    // Escapes the text for an attribute value. Returns the same shared string if there is nothing to
+    // escape. A code unit that XML does not allow becomes a backslash, "x", its hexadecimal number
+    // and ";". Throws std::length_error if the result is too long for a VString.
     static VString EncodeAttributeString(const VString& text);
-    // The text escaped for content: below 32 units as an attribute value; from there on a
-    // CDATA section when it contains "<", else escaped with tabs and line feeds kept.
+    // Escapes the text for content. Text of fewer than 32 UTF-16 code units is escaped like an
+    // attribute value. Longer text becomes a CDATA section if it contains "<"; otherwise it is
+    // escaped except for tabs and line feeds.
     static VString EncodeContentString(const VString& text);
 
     static VString FormatBooleanAttribute(bool value);
-    // 17 significant digits: reading it gives the same value again.
+    // Writes 17 significant digits, so parsing the result gives the same value.
     static VString FormatDoubleAttribute(double value);
-    // 6 significant digits.
+    // Writes 6 significant digits.
     static VString FormatFloatAttribute(float value);
     static VString FormatInt64Attribute(std::int64_t value);
     static VString FormatIntegerAttribute(std::int32_t value);
@@ -162,14 +164,14 @@ public:
     static VString FormatQualifiedNameAttribute(const QualifiedName& name);
     static VString FormatDataValueAttribute(const DataValue& value);
 
-    // Writes the declaration when `header`, the comment when there is one, and the document
-    // element when there is one, or `element`.
+    // These write the declaration if `header`, the comment if it is not null, and the document
+    // element (if there is one) or `element`.
     static void FormatDOM(XMLFormatter& formatter, const DOM& document, VString* comment, bool header);
     static void FormatDOM(XMLFormatter& formatter, const DOMElement& element, VString* comment, bool header);
 
 protected:
-    // Writes to `target` what OutputDOMElement writes without an override. The text of an
-    // element that has children is indented by the indentation of `textIndent`.
+    // Writes the element to `target` as OutputDOMElement does without an override. The text of an
+    // element that has children gets the indentation of `textIndent`.
     static void WriteTree(XMLFormatter& target, const DOMElement& element, const XMLFormatter& textIndent);
 
 private:

@@ -15,7 +15,7 @@ void XMLStringFormatter::OutputString(const VString& text)
     if (length == 0)
         return;
     if (length > m_buffer.size() - m_length || !m_buffer.isDetached())
-        return OutputBehindTheRoom(text);
+        return GrowAndAppend(text);
     std::copy(text.begin(), text.end(), reinterpret_cast<char16_t*>(m_buffer.data()) + m_length);
     m_length += length;
 }
@@ -30,7 +30,7 @@ VString XMLStringFormatter::GetOutput() const
     return VString(m_buffer);
 }
 
-void XMLStringFormatter::OutputBehindTheRoom(const VString& text)
+void XMLStringFormatter::GrowAndAppend(const VString& text)
 {
     if (m_failure)
         std::rethrow_exception(m_failure);

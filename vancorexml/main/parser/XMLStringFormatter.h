@@ -7,11 +7,11 @@
 
 #include "vancorexml/main/parser/XMLFormatter.h"
 
-// Collects what is written in memory.
+// Collects the output in memory.
 //
-// A text that outgrows a VString makes the operation throw std::length_error. Because the
-// closing of an element swallows exceptions, the first failure is kept: every text written
-// later, and GetOutput, throw it again, so that a cut text is never taken for a whole one.
+// An operation throws std::length_error if the output becomes too long for a VString. ~Indenter
+// swallows exceptions, so the writer stores the first exception, and every later write and
+// GetOutput rethrow it. A caller therefore never receives truncated output.
 //
 // Ownership and threads: as XMLFormatter.
 class VANCOREXML_API XMLStringFormatter : public XMLFormatter {
@@ -20,15 +20,15 @@ public:
     ~XMLStringFormatter() override;
 
     void OutputString(const VString& text) override;
-    // All that was written until now.
+    // Returns the output so far.
     virtual VString GetOutput() const;
 
 private:
-    // The slow half of OutputString, which may fail: at least doubles the buffer.
-    void OutputBehindTheRoom(const VString& text);
+    // The slow path of OutputString: at least doubles the buffer, then appends the text.
+    void GrowAndAppend(const VString& text);
 
-    // The text written so far, followed by spare room. GetOutput drops the spare room and shares
-    // the buffer with its result, without a copy.
+    // The output so far, followed by spare capacity. GetOutput removes the spare capacity and shares
+    // the buffer with its result.
     mutable QString m_buffer;
     int m_length = 0;
     std::exception_ptr m_failure;
