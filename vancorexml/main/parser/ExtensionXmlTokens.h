@@ -1,4 +1,4 @@
-// The words of the extension manifest.
+// The names in an extension manifest.
 #pragma once
 
 #include "vancorexml/main/parser/XMLExport.h"

@@ -1,4 +1,4 @@
-// The resources by number.
+// Lookup of the product's resources by number.
 #pragma once
 
 #include <cstdint>
@@ -40,10 +40,10 @@ enum class QtVanResourceId : std::uint32_t {
     FileFormatXmlXsd = 0x8B50C6EA,
 };
 
-// The registered name of the resource, such as "VQRC_FILEFORMAT_XML_XSD"; empty for a number that
-// is not in the catalogue. Logarithmic.
+// Returns the registered name of the resource, such as "VQRC_FILEFORMAT_XML_XSD", or an empty text if
+// the number is not in the catalogue. Logarithmic.
 VANCOREXML_API VString LookupResourceAlias(QtVanResourceId id);
-// The path under which VResource finds the resource.
+// Returns the path with which VResource opens the resource.
 VANCOREXML_API VString LookupResource(QtVanResourceId id);
 VANCOREXML_API VString LookupResource(QtVanResourceId id, VString qualifier);
 // The same as LookupResource(id).

@@ -14,14 +14,13 @@
 #include "vancorexml/main/parser/StandaloneDOMElement.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Turns XML text into a tree of StandaloneDOMElement and the messages of its errors. The tree
-// is always there: an element "Document" whose only child is the document's own root, or what
-// was built of it before a fault. Faults in the XML never raise.
+// Parses XML text into a tree of StandaloneDOMElement and a list of error messages. A parse always
+// returns a tree: an element "Document" whose only child is the document element, or the part of
+// it that was built before a fault. Faults in the XML never raise an exception.
 //
-// Ownership: the caller owns the result. Parses are independent of each other: the parser keeps
-// only its configuration.
+// Ownership: the caller owns the result. A parse does not depend on earlier parses.
 //
-// Threads: one at a time, because the schemas are read by each parse.
+// Threads: one at a time, because each parse reads the schema sources.
 //
 //     auto [tree, errors] = StandaloneDOMParser().ParseXmlString("<a>text</a>", "example");
 class VANCOREXML_API StandaloneDOMParser {
@@ -33,25 +32,25 @@ public:
     StandaloneDOMParser(const StandaloneDOMParser&) = delete;
     StandaloneDOMParser& operator=(const StandaloneDOMParser&) = delete;
 
-    // Every later parse validates against this schema, which is read anew for each. It must not
-    // be null, nor its id empty: a parse raises a LogicException for an empty id. Errors in the
-    // schema itself are not among the errors of a parse.
+    // These add a schema against which every later parse validates. Each parse reads the schema again.
+    // The source must not be null. If its id is empty, the next parse raises a LogicException. Errors
+    // in the schema itself are not among the errors of a parse.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
-    // Called once after each parse; an empty function removes the handler. The handler may replace or
-    // remove itself, start another parse with this parser, or destroy it.
+    // The handler is called once after each parse; an empty function removes it. The handler may
+    // replace or remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
-    // The bytes say themselves what encoding they are in.
+    // The encoding is that of the byte order mark or of the XML declaration, else UTF-8.
     Result ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
-    // Throws VIO::Exception when the file cannot be read or decoded.
+    // Throws VIO::Exception if the file cannot be read or decoded.
     Result ParseXmlFile(const VString& fileName) const;
-    // White space before the document is skipped. Byte strings are UTF-8 whatever they declare
-    // (what is not becomes U+FFFD); null is the empty text.
+    // White space before the document is skipped. Byte strings are decoded as UTF-8 whatever encoding
+    // they declare; invalid bytes become U+FFFD. A null pointer is parsed as an empty text.
     Result ParseXmlString(const VString& text, VString id) const;
     Result ParseXmlString(const std::string& utf8, VString id) const;
     Result ParseXmlString(const char* utf8, VString id) const;
-    // Text that is white space only is dropped unless `keepWhitespaceText`.
+    // Drops text that is white space only, unless `keepWhitespaceText`.
     Result ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
 
 private:

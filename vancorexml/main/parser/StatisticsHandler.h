@@ -1,4 +1,4 @@
-// Telling a caller what was parsed.
+// The statistics callback of a parser.
 #pragma once
 
 #include <functional>
@@ -8,7 +8,7 @@
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/InputSource.h"
 
-// The statistics handler of a parser: a function of the caller's, or none.
+// Holds the statistics handler of a parser, if the caller has set one.
 //
 // Threads: one at a time.
 class StatisticsHandler {
@@ -18,8 +18,8 @@ public:
     // An empty function removes the handler.
     void Set(Function function) { m_function = std::make_shared<const Function>(std::move(function)); }
 
-    // The function and its captures live until it returns, also when it replaces itself or
-    // destroys the parser.
+    // Keeps the function and its captures alive until it returns, because it may replace itself or
+    // destroy the parser.
     void Call(const InputSource& source) const
     {
         const std::shared_ptr<const Function> function = m_function;

@@ -1,4 +1,4 @@
-// The version a document declares, without a parse.
+// Reads the version that a document declares, without parsing the document.
 #pragma once
 
 #include "vancoredata/Nullable.h"
@@ -7,11 +7,12 @@
 #include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Reads the source until the root element's start tag is complete and takes the version from
-// that attribute of the tag ("version" when the name is empty). Absent when there is no such
-// tag or attribute. VersionNumber decides how to read ill-formed version text. Exceptions of the
-// source propagate. The source is reset to its start in every case. Linear in the bytes read.
+// Returns the version in the attribute `attributeName` of the document element; the attribute is
+// "version" if the name is empty. Returns an absent value if there is no document element or no such
+// attribute. VersionNumber defines how ill-formed version text is read. Exceptions of the source
+// propagate. Always resets the source to its start. Reads the source up to the end of the start tag
+// of the document element; linear in the bytes read.
 //
-// Quotes in a document type declaration also count inside its comments: an apostrophe there
-// hides the root tag, and the result is absent.
+// Limitation: inside a document type declaration, quotes in comments count as quotes. A single
+// apostrophe in such a comment hides the document element, and the result is absent.
 VANCOREXML_API Nullable<VersionNumber> VersionSniffer(InputSource& source, const VString& attributeName);

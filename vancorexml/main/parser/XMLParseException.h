@@ -1,4 +1,4 @@
-// Ending a parse from within.
+// The exception with which a callback ends a parse.
 #pragma once
 
 #include "vancoreplatform/VString.h"

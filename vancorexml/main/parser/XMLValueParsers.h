@@ -1,4 +1,4 @@
-// Parsing attribute texts.
+// Conversion of attribute texts to values.
 #pragma once
 
 #include <cstdint>
@@ -6,17 +6,17 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// The counterparts of XMLFormatter's Format…Attribute functions. Lenient on purpose: none
-// reports an error or throws.
+// The counterparts of XMLFormatter's Format…Attribute functions. They are lenient on purpose: none
+// reports an error or throws. Any thread may call them.
 namespace XMLValueParsers {
 
-// True exactly for "true".
+// True only for "true".
 VANCOREXML_API bool ParseBool(const VString& text);
-// `defaultValue` for the empty text; else as above.
+// Returns `defaultValue` for an empty text; otherwise true only for "true".
 VANCOREXML_API bool ParseBool(const VString& text, bool defaultValue);
-// 0 for a text that is no number.
+// Returns 0 if the text is not a number.
 VANCOREXML_API double ParseFloat(const VString& text);
-// 0 for a text that is no whole decimal number of 32 bits.
+// Returns 0 if the text is not a decimal integer of 32 bits.
 VANCOREXML_API std::int32_t ParseInt(const VString& text);
 
 }  // namespace XMLValueParsers

@@ -6,8 +6,8 @@
 
 namespace XSDResourceResolver {
 
-// Raises a LogicException when there is no resource of that name: the current schemas are
-// part of the product.
+// Raises a LogicException if there is no resource of that name. The current schemas are part of the
+// product, so a missing one is a fault of the build.
 VANCOREXML_API void CheckResolves(const VString& resourceName);
 
 }  // namespace XSDResourceResolver

@@ -9,33 +9,32 @@
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vancorexml/main/parser/XmlFileType.h"
 
-// Callable from any thread.
+// Threads: any thread may call the operations.
 //
 //     DOMParser parser;
 //     if (auto schema = XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileTypeKXA, source, VString()))
 //         parser.AddXSDInputSource(std::move(schema));
 namespace XSDResources {
 
-// The version whose schemas carry a plain name: 18.1.
+// Returns the current version, 18.1. Its schemas have no version in their names.
 VANCOREXML_API const VersionNumber& GetCurrentVersion();
 
-// The name of the schema's resource; empty when there is no schema for the type in that
-// version. For older versions only the major and minor numbers are compared; the current version
-// is matched only by 18.1 and 18.1.0. Raises a LogicException when a type has schemas but its
-// current schema is missing.
+// Returns the resource name of the schema, or an empty text if the type has no schema in that version.
+// Compares only the major and minor numbers of older versions; only 18.1 and 18.1.0 match the current
+// version. Raises a LogicException if the type has schemas but the resource of the current one is missing.
 VANCOREXML_API VString GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version);
 
-// Whether the type has a schema in that version. Looks only at the list of versions, not at the
-// resources: true for KXE and KXF in every version, even when there is no resource.
+// True if the type has a schema in that version. Checks only the list of versions, not the resources:
+// true for KXE and KXF in every version, even if there is no resource.
 VANCOREXML_API bool IsThereAnXSDResource(XmlFileType type, const VersionNumber& version);
 
-// The schema, its resource name as its id; null when there is none.
+// Returns the schema, with its resource name as its id, or null if there is none.
 VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSource(XmlFileType type, const VersionNumber& version);
 
-// The schema for the version that the document declares in that attribute of its root element
-// ("version" when the name is empty). Throws DOMException
-// (DOMException_MissingVersionAttribute) when it declares none; exceptions from reading the
-// document propagate. The document is reset to its start.
+// Returns the schema for the version in the attribute `attributeName` of the document element; the
+// attribute is "version" if the name is empty. Throws DOMException (DOMException_MissingVersionAttribute)
+// if the document declares no version. Exceptions from reading the document propagate. Resets the
+// document to its start.
 VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSourceForDocument(
     XmlFileType type, InputSource& document, const VString& attributeName);
 
