@@ -11,10 +11,10 @@ namespace {
 
 using Entry = AttributeMap::value_type;
 
-// Up to this capacity a scan is as fast as an index and costs no memory.
+// Up to this capacity a scan is as fast as an index, and needs no memory for one.
 constexpr std::size_t ScanLimit = 16;
 
-// A power of two, at least twice the capacity: an open-addressing index stays half empty.
+// Returns a power of two that is at least twice the capacity, so the index is at most half full.
 std::size_t SlotCount(std::size_t capacity)
 {
     if (capacity <= ScanLimit)
@@ -25,9 +25,9 @@ std::size_t SlotCount(std::size_t capacity)
     return count;
 }
 
-// The index behind the entries: a slot holds an entry's position plus one, 0 when it is
-// free. Probes go to the next slot; removals shift back, so there are no tombstones and
-// any number of erases leaves lookups constant.
+// The open-addressing hash index behind the entries. A slot holds the position of an entry plus one, or
+// 0 if it is free. Probing is linear. A removal shifts later slots back, so there are no tombstones and
+// lookups stay constant after any number of erases.
 class Index {
 public:
     Index(const Entry* entries, std::size_t capacity) noexcept
@@ -38,7 +38,7 @@ public:
 
     void Clear() noexcept { std::memset(m_slots, 0, (m_mask + 1) * sizeof(std::uint32_t)); }
 
-    // The slot of that name, or the free slot where it belongs.
+    // Returns the slot of the name, or the free slot into which it belongs.
     std::size_t Find(const VString& name) const noexcept
     {
         std::size_t slot = Home(name);
@@ -54,7 +54,7 @@ public:
         m_slots[slot] = static_cast<std::uint32_t>(position + 1);
     }
 
-    // For a name that is not there yet.
+    // The name must not be in the index.
     void Insert(const VString& name, std::size_t position) noexcept
     {
         std::size_t slot = Home(name);
@@ -67,7 +67,7 @@ public:
     {
         for (std::size_t next = Next(slot); m_slots[next] != 0; next = Next(next)) {
             const std::size_t home = Home(m_entries[Position(next)].first);
-            // It may move back unless its home lies behind the gap.
+            // An entry may move back unless its home slot lies behind the gap.
             if (((next - home) & m_mask) >= ((next - slot) & m_mask)) {
                 m_slots[slot] = m_slots[next];
                 slot = next;
@@ -109,7 +109,7 @@ Entry* AllocateBlock(std::size_t capacity)
 
 AttributeMap::AttributeMap(std::initializer_list<value_type> entries)
 {
-    // All the memory there will be is taken here, so nothing can fail with a block held.
+    // Allocate all memory here, so that a later step cannot fail and leak the block.
     reserve(entries.size());
     for (const value_type& entry : entries)
         insert(entry);
@@ -198,7 +198,7 @@ AttributeMap::iterator AttributeMap::InsertNew(const VString& name, VString&& va
 {
     if (m_size != m_capacity)
         return Append(name, std::move(value));
-    const VString key(name);  // `name` may be an entry, which growing moves
+    const VString key(name);  // a copy, because `name` may refer to an entry, which moves when the map grows
     Grow(2 * size() + 1);
     return Append(key, std::move(value));
 }
@@ -244,7 +244,7 @@ AttributeMap::iterator AttributeMap::erase(const_iterator position)
     return entry;
 }
 
-// From the back: what moves into a gap comes from behind the range.
+// Erases from the back, because the entry that fills a gap comes from behind the range.
 AttributeMap::iterator AttributeMap::erase(const_iterator first, const_iterator last)
 {
     while (last != first)

@@ -24,20 +24,19 @@ concept AttributeIterator =
     std::is_convertible_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag> &&
     AttributePair<typename std::iterator_traits<Iterator>::reference>;
 
-// The attributes of an element: an unordered map from name to value with the interface of
-// the standard's but for node handles, buckets and allocators. It is kept flat, because an
-// element has few attributes and a document many elements: one attribute within the map
-// itself, more of them in one block. A hint is accepted and not used.
+// The attributes of an element: an unordered map from name to value. It has the interface of
+// std::unordered_map except for node handles, buckets and allocators; hints are ignored. A single
+// attribute is stored in the map object, several in one block, because a document has many elements
+// with few attributes each.
 //
-// Ownership: a value. The order of iteration carries no meaning and changes with an erase.
-// Unlike the standard's map, anything that inserts, erases, moves or swaps invalidates all
-// iterators, pointers and references into the map.
+// Ownership: a value. The order of iteration is unspecified and may change with an erase. Unlike with
+// std::unordered_map, every insert, erase, move and swap invalidates all iterators, pointers and
+// references into the map.
 //
 // Threads: one writer or many readers.
 //
-// Cost: lookups are constant; up to 16 entries they are a scan of the block, above that a
-// hash index whose key is drawn per process, so names cannot be chosen to collide.
-// Inserting n entries is linear in n.
+// Cost: a lookup is constant. It scans up to 16 entries and uses a hash index for more. The hash key
+// is random per process, so nobody can choose names that collide. Inserting n entries is linear in n.
 class VANCOREXML_API AttributeMap {
 public:
     using key_type = VString;
@@ -55,7 +54,7 @@ public:
     using const_iterator = const value_type*;
 
     AttributeMap() noexcept {}
-    // Of equal names the first stays.
+    // If names are equal, the first entry stays.
     AttributeMap(std::initializer_list<value_type> entries);
     template <AttributeIterator Iterator>
     AttributeMap(Iterator first, Iterator last) : AttributeMap()
@@ -66,14 +65,14 @@ public:
     // Leaves `other` empty.
     AttributeMap(AttributeMap&& other) noexcept { Take(other); }
     AttributeMap& operator=(const AttributeMap& other);
-    // Nothing when `other` is this map; else `other` is left empty.
+    // Leaves `other` empty, unless it is this map.
     AttributeMap& operator=(AttributeMap&& other) noexcept;
     AttributeMap& operator=(std::initializer_list<value_type> entries) { return *this = AttributeMap(entries); }
     ~AttributeMap() { clear(); }
 
     size_type size() const noexcept { return m_size; }
     bool empty() const noexcept { return m_size == 0; }
-    // More entries throw std::length_error.
+    // Inserting more entries than this throws std::length_error.
     static size_type max_size() noexcept { return MaxSize; }
     hasher hash_function() const { return hasher(); }
     key_equal key_eq() const { return key_equal(); }
@@ -92,7 +91,7 @@ public:
     const_iterator find(const VString& name) const noexcept;
     size_type count(const VString& name) const noexcept { return find(name) != end() ? 1 : 0; }
     bool contains(const VString& name) const noexcept { return find(name) != end(); }
-    // The entry of that name as a range; empty when there is none.
+    // Returns the entry of that name as a range, or an empty range.
     std::pair<iterator, iterator> equal_range(const VString& name) noexcept
     {
         const iterator i = find(name);
@@ -103,17 +102,17 @@ public:
         const const_iterator i = find(name);
         return {i, i != end() ? i + 1 : i};
     }
-    // Throws std::out_of_range when there is no such name.
+    // Throws std::out_of_range if there is no such name.
     VString& at(const VString& name);
     const VString& at(const VString& name) const;
-    // Inserts the empty value when there is no such name.
+    // Inserts an empty value if there is no such name.
     VString& operator[](const VString& name) { return try_emplace(name).first->second; }
 
-    // Makes room for `count` entries in all.
+    // Allocates memory for a total of `count` entries.
     void reserve(size_type count);
-    // These insert unless the name is there; they give the entry's place and whether it was
-    // inserted, or with a hint the place alone. try_emplace leaves `args` as they are when the
-    // name is there.
+    // These insert if the name is new. They return an iterator to the entry of that name and whether
+    // it was inserted; with a hint, only the iterator. If the name exists, try_emplace does not move
+    // from `args`.
     std::pair<iterator, bool> insert(const value_type& entry) { return try_emplace(entry.first, entry.second); }
     std::pair<iterator, bool> insert(value_type&& entry) { return try_emplace(entry.first, std::move(entry.second)); }
     template <AttributePair Pair>
@@ -158,17 +157,17 @@ public:
     {
         return try_emplace(name, std::forward<Args>(args)...).first;
     }
-    // Inserts, or overwrites the value.
+    // Inserts the entry, or overwrites the value of an existing one.
     std::pair<iterator, bool> insert_or_assign(const VString& name, VString value);
     iterator insert_or_assign(const_iterator, const VString& name, VString value)
     {
         return insert_or_assign(name, std::move(value)).first;
     }
-    // Moves the entries of `other` whose names are not there yet; the others stay in `other`. Linear.
+    // Moves the entries of `other` whose names are new; the others stay in `other`. Linear.
     void merge(AttributeMap& other);
     void merge(AttributeMap&& other) { merge(other); }
     size_type erase(const VString& name);
-    // The position now holds an entry not yet seen by a walk from the front, or is the end.
+    // Returns an iterator to the next entry that an iteration from the front has not visited, or the end.
     iterator erase(const_iterator position);
     iterator erase(const_iterator first, const_iterator last);
     void clear() noexcept
@@ -179,7 +178,7 @@ public:
     void swap(AttributeMap& other) noexcept;
 
     friend void swap(AttributeMap& a, AttributeMap& b) noexcept { a.swap(b); }
-    // The same names with equal values.
+    // True if the maps have the same names with equal values.
     friend VANCOREXML_API bool operator==(const AttributeMap& a, const AttributeMap& b) noexcept;
     friend bool operator!=(const AttributeMap& a, const AttributeMap& b) noexcept { return !(a == b); }
 

@@ -27,7 +27,7 @@ DOM::DOM(bool restrictExternalPaths)
 DOM::~DOM()
 {
     m_diagnostics->DocumentDies();
-    // The elements use the other members while they die.
+    // Destroy the elements first: their destructors use the other members.
     m_root.reset();
     DOMElement::DocumentDies(*this);
 }
@@ -54,7 +54,7 @@ const DOMElement* DOM::GetElement(const VString& name) const
 
 void DOM::DeepCopy(const DOM& dom)
 {
-    // The old elements die after the locks are released: their deaths may lock a third document.
+    // The old elements die after the locks are released, because their destructors may lock a third document.
     std::vector<std::unique_ptr<DOMElement>> old;
     const TwoWriteLocks locks(m_lock, dom.m_lock);
     if (!m_root)

@@ -11,7 +11,8 @@
 #include "vansys/LogicException.h"
 
 #if defined(__GLIBCXX__) && defined(__LP64__)
-// With the word before it, 120 bytes an element of a parse; documents have millions.
+// An element of a parse takes 120 bytes: this size and the one-word page header before it. Documents
+// have millions of elements.
 static_assert(sizeof(DOMElement) == 112);
 #endif
 
@@ -86,7 +87,7 @@ DOMElement::DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent
       m_attributes(other.m_attributes)
 {}
 
-// The other constructor completes the object, so that a failure here runs the destructor.
+// Delegates first: after that constructor the object is complete, so a failure runs the destructor.
 DOMElement::DOMElement(const DOMElement& other) : DOMElement(other, other.m_manager, nullptr)
 {
     Detach();
@@ -100,8 +101,8 @@ DOMElement::~DOMElement()
     DestroyChildren();
     if (m_links)
         CutLinks();
-    // Last, so that no question of another reader can give an interval to an element whose death is
-    // already reported.
+    // Comes last: a query on another thread must not add an interval for an element after its death
+    // was reported.
     if (m_manager)
         m_manager->m_diagnostics->ElementDies(*this);
 }
@@ -176,7 +177,7 @@ void DOMElement::CopyChildrenOf(const DOMElement& source, Children& into)
     }
 }
 
-// Leaf by leaf from the end, back up by the parent links.
+// Destroys the last leaf again and again and climbs by the parent links, so it does not recurse.
 void DOMElement::DestroyChildren() noexcept
 {
     DOMElement* i = this;
@@ -261,7 +262,7 @@ DOMElement& DOMElement::AddNewChild(const VString& name, ElementPages& pages)
     return TakeNewChild(std::unique_ptr<DOMElement>(new (pages) DOMElement(name)));
 }
 
-// Nothing can refer to the new element yet, so there is nothing to keep up to date.
+// No links or diagnostics can refer to the new element yet, so none need an update.
 DOMElement& DOMElement::TakeNewChild(std::unique_ptr<DOMElement>&& child) noexcept
 {
     child->m_manager = m_manager;
@@ -491,9 +492,9 @@ void DOMElement::RequireNotBelow(const DOMElement& child) const
         ThrowOwnDescendant();
 }
 
-// Climbs from this element and walks the subtree of `top`, one step of each in turn, until one of them
-// has the answer. This element may also be below `top` through a removed child that links into the
-// subtree. The walk does not see that, so it stops where an element has removed children.
+// Climbs from this element and walks the subtree of `top`, one step of each in turn, until either finds
+// the answer. This element may also be below `top` through a removed child that links into the subtree.
+// The walk cannot see removed children, so it gives up when it meets an element that has some.
 bool DOMElement::IsAtOrBelow(const DOMElement& top) const
 {
     struct Visit {

@@ -1,10 +1,10 @@
-// What an element asks of its document's diagnostics.
+// The operations of an element that forward to the diagnostics of its document.
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
 #include "vancorexml/main/parser/DocumentDiagnostics.h"
 #include "vansys/LogicException.h"
 
-// Every diagnostic of the document is asked for by one of its elements, which must have a document.
+// Returns the diagnostics of the element's document. Raises a LogicException if there is no document.
 DocumentDiagnostics& DOMElement::RequireDiagnostics(const char* operation, int line, std::uint32_t code) const
 {
     if (!m_manager) {

@@ -1,4 +1,4 @@
-// How the links of detached elements end with their targets.
+// The links of detached elements, and their end when an element or a document dies.
 #include <utility>
 
 #include "vancorexml/main/parser/DOM.h"
@@ -30,7 +30,7 @@ void DOMElement::Detach()
 {
     if (!m_manager && !m_parent)
         return;
-    // Everything that allocates comes before everything that changes.
+    // Allocate first: a failure must leave everything unchanged.
     ElementLinks& links = GetLinks();
     if (m_parent && !m_parent->GetLinks().removedChildren)
         m_parent->m_links->removedChildren = std::make_shared<RemovedChildren>();
@@ -79,7 +79,7 @@ void DOMElement::CutLinks() noexcept
         for (DOMElement* const child : m_links->removedChildren->elements) {
             child->m_parent = nullptr;
             child->m_links->isListedByParent = false;
-            // A child of another document has no interval, neither here nor there.
+            // A child that belongs to another document has no interval in either index.
             if (m_manager)
                 m_manager->m_diagnostics->ElementMoves(*child);
         }
@@ -96,8 +96,8 @@ void DOMElement::DocumentDies(DOM& document) noexcept
     }
 }
 
-// The elements to visit form a list. An element in the list has its successor in the parent link of its
-// own first child, and the visit restores that link. So the walk needs no memory.
+// The elements left to visit form a linked list: the parent link of an element's first child holds the
+// next element of the list, and the visit restores it. So the walk does not allocate.
 void DOMElement::SetManager(DOM* manager) noexcept
 {
     m_manager = manager;

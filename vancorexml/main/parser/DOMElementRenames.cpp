@@ -1,4 +1,4 @@
-// What an element asks of its document's renames.
+// The operations of an element that forward to the renames of its document.
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
 #include "vansys/LogicException.h"

@@ -38,7 +38,7 @@ DOMElement* DOMElementSearch::FindChild(
 const DOMElement* DOMElementSearch::FindElement(
     const DOMElement& start, const VString& name, int depth, const VString& attrName, const VString& attrValue)
 {
-    // The children being stepped through on each level between `start` and here.
+    // The position of the search on each level below `start`.
     struct Level {
         DOMElementChildren::const_iterator next;
         DOMElementChildren::const_iterator end;

@@ -16,7 +16,7 @@ void SetBit(std::vector<Word>& words, std::size_t bit)
     words[bit / WordBits] |= Word{1} << bit % WordBits;
 }
 
-// The document element that an absolute path starts at, null when there is none.
+// Returns the document element, where an absolute path starts, or null.
 const DOMElement* DocumentElementOf(const DOMElement& element)
 {
     const DOM* const document = element.GetDOMManager();
@@ -25,19 +25,17 @@ const DOMElement* DocumentElementOf(const DOMElement& element)
 
 }  // namespace
 
-// A set of segments is an array of words with one bit per segment: one word for paths of up to
-// 64. It holds the segments that are active for the elements of a level. Only the words from the
-// first to the last active segment are kept and examined, so a long path with few active
-// segments costs no more than a short path.
+// A set of segments is an array of 64-bit words with one bit for each segment. It contains the segments
+// that are active for the elements of a level. Only the words from the first to the last active segment
+// are stored and examined, so a long path with few active segments costs no more than a short path.
 //
-// The set of a level is closed when it is made: an active empty segment also activates its
-// successor, because it may match zero levels. This happens once per level, so each further
-// empty segment consumes one more level.
+// When a set is made, it is closed: an active empty segment also activates its successor, because it may
+// match zero levels. This happens once per level, so each further empty segment consumes one more level.
 DOMPath::Walker::Walker(const DOMElement& element, const VString& path) : m_segments(path.split(u'/'))
 {
     if (m_segments.back().IsEmpty())
         return;
-    // With the word into which a set that ends in the last one is carried over.
+    // One extra word: a set that ends in the last word may be carried over into it.
     const std::size_t words = (m_segments.size() + WordBits - 1) / WordBits + 1;
     m_emptySegments.resize(words);
     m_starSegments.resize(words);
@@ -67,7 +65,7 @@ void DOMPath::Walker::Restart(const DOMElement& element)
     m_frames.clear();
     if (m_segments.back().IsEmpty())
         return;
-    // A path of one segment is no slash: it would end with an empty one.
+    // A path that begins with a slash and does not end with one has at least two segments.
     const bool startsWithSlash = m_segments.front().IsEmpty();
     const bool isAbsolute = startsWithSlash && !m_segments[1].IsEmpty();
     m_active.assign(Span().words, 0);
@@ -84,7 +82,7 @@ const DOMElement* DOMPath::Walker::Next()
         const Span span = m_start ? Span() : m_frames.back().span;
         const DOMElement* const element = m_start ? std::exchange(m_start, nullptr) : *m_frames.back().next++;
         const bool isMatch = Visit(*element, span);
-        // A level that is done makes room before the next one begins.
+        // Remove finished levels before the next one is entered, so their memory is reused.
         while (!m_frames.empty() && m_frames.back().next == m_frames.back().end) {
             m_active.resize(m_active.size() - m_frames.back().span.words);
             m_frames.pop_back();
@@ -97,8 +95,8 @@ const DOMElement* DOMPath::Walker::Next()
     return nullptr;
 }
 
-// Sets m_next to the segments that are active for the children: the words from the span's first
-// to the one behind its last. Returns whether the element is a match.
+// Sets m_next to the set of segments that are active for the children. It begins at the first word of
+// `span` and ends one word after the last. Returns true if the element is a match.
 bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
 {
     const Word* const active = m_active.data() + (m_active.size() - span.words);
@@ -117,7 +115,7 @@ bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
         carried = matched >> (WordBits - 1);
     }
     m_next.back() = carried;
-    // The bit behind the last segment's says that the whole path is matched.
+    // The bit after that of the last segment means that the whole path is matched.
     const std::size_t end = m_segments.size();
     const std::size_t i = end / WordBits - span.firstWord;
     const Word bit = Word{1} << end % WordBits;
@@ -127,7 +125,7 @@ bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
     return true;
 }
 
-// Makes the children of `element` the next level, with the set m_next. Does nothing when no segment is active.
+// Enters the children of `element` as the next level, with the set m_next, if any segment is active.
 void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
 {
     Close(m_next, firstWord);
@@ -146,7 +144,7 @@ void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
     m_frames.push_back({children.begin(), children.end(), span});
 }
 
-// Drops a bit that is carried out of the last word: callers add a word when a segment could be lost.
+// Drops a bit that is carried out of the last word. A caller adds a word if a segment could be lost.
 void DOMPath::Walker::Close(std::vector<Word>& active, std::size_t firstWord) const
 {
     Word carried = 0;

@@ -8,8 +8,8 @@ namespace {
 
 constexpr std::size_t DeepestLevel = 1024;
 
-// Visits the children of `canopy` in document order. `visit` says of each whether its own
-// children are visited next.
+// Visits the children of `canopy` in document order. If `visit` returns true, the children of the
+// visited element are next.
 template <typename Visit>
 void VisitNested(const DOMElement& canopy, const Visit& visit)
 {
@@ -62,7 +62,7 @@ std::vector<E*> Underneath(E& element, const VString& canopyPath, const VString&
         return found;
     const VString head = slash < 0 ? subPath : subPath.left(slash);
     const bool isAnyHead = head.View() == u"*";
-    // One walker for all starts: the sub-path is taken apart once.
+    // One walker for all start elements, so the path is parsed once.
     DOMPath::Walker walker(element, subPath);
     for (E* canopy : DOMPath::GetAll(element, canopyPath)) {
         std::vector<const DOMElement*> starts;

@@ -1,4 +1,4 @@
-// The names and paths that a document knows to be renamed.
+// The renamed names and paths of a document.
 #include "vancorexml/main/parser/DOM.h"
 #include "vansys/LogicException.h"
 

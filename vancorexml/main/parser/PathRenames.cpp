@@ -1,6 +1,6 @@
 #include "vancorexml/main/parser/PathRenames.h"
 
-// All three maps or none: a copy that runs out of memory leaves the target as it was.
+// Assigns all three maps or none: if an allocation fails, the target is unchanged.
 PathRenames& PathRenames::operator=(const PathRenames& other)
 {
     if (this != &other) {
@@ -22,7 +22,7 @@ void PathRenames::SetCRC(const VPath& from, const VPath& to, int crc)
     if (from.IsEmpty())
         return;
 
-    // Before anything changes: `from` and `to` may refer to entries of the path map.
+    // Copy the paths before the map changes: `from` and `to` may refer to its entries.
     VPath fromFolder = from;
     fromFolder.RemoveFilename();
     VPath toFolder = to;

@@ -27,10 +27,11 @@ public:
     const std::map<VPath, VPath>& GetPathMap() const noexcept { return m_pathMap; }
     // Inserts the rename, or overwrites the new path of `from`.
     void SetRename(const VPath& from, const VPath& to);
-    // Renames a file that was copied from `from` to `to` and whose content has the checksum `crc`.
-    // If an earlier file had the same checksum, the new path of that file is used instead of `to`.
-    // Also renames the folder of `from` to the folder of `to`. If files of one folder are copied to
-    // different folders, the folder loses its rename for good. Does nothing if `from` is empty.
+    // Records that a file whose content has the checksum `crc` was copied from `from` to `to`. If an
+    // earlier file had the same checksum, `from` is renamed to the new path of that file. The first
+    // file with a checksum is not renamed: call SetRename for it. The folder of `from` is renamed to
+    // the folder of `to`; once its files are copied to different folders, it is no longer renamed.
+    // Does nothing if `from` is empty.
     void SetCRC(const VPath& from, const VPath& to, int crc);
 
     // Returns the new path of `path`, or `path` if it was not renamed.
