@@ -15,7 +15,7 @@
 
 namespace {
 
-// Checks documents on several threads and hands the results out in the documents' order.
+// Checks documents on several threads and returns the results in the order of the documents.
 class CheckQueue {
 public:
     CheckQueue(const std::vector<std::string>& files, const std::optional<SchemaReference>& schema, std::size_t jobs)
@@ -27,7 +27,7 @@ public:
             for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i)
                 m_threads.emplace_back([this] { Work(); });
         } catch (const std::system_error&) {
-            // The machine gives no more threads; those there are do all the work.
+            // The system refuses to create more threads, so the existing ones do all the work.
             if (m_threads.empty())
                 Work();
         }
@@ -40,7 +40,7 @@ public:
             thread.join();
     }
 
-    // Waits until the document of that number was checked.
+    // Waits until the document with that index was checked.
     CheckedDocument Take(std::size_t number)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
@@ -89,7 +89,7 @@ std::string Counted(std::size_t count, const char* what)
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-// "auto" leaves the choice to each document.
+// With "auto", the type and version of each document select its schema.
 std::optional<SchemaReference> WantedSchema(const std::string& name)
 {
     if (name == "auto")
@@ -140,7 +140,7 @@ ExitStatus CheckCommand::Run()
         errors += document.errors;
         if (document.wasChecked)
             ++documents;
-        // A schema's own errors are shown once, not for each of its documents.
+        // The errors in a schema are printed once, not for each document.
         if (document.brokenSchema.empty() || brokenSchemas.insert(document.brokenSchema).second)
             StandardStreams::WriteError(document.lines);
     }

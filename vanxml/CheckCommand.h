@@ -6,7 +6,7 @@
 
 #include "vanxml/Command.h"
 
-// Parses documents, against schemas when asked to, and prints their errors.
+// Checks documents, optionally against schemas, and prints their errors.
 class CheckCommand : public Command {
 public:
     void AddTo(CLI::App& application) override;

@@ -7,15 +7,15 @@ namespace CLI {
 class App;
 }
 
-// Describes its arguments to the command line, which fills them in, and then runs. The
-// command must outlive the application that it was added to. Used by one thread.
+// A command adds its options to the CLI11 application, which fills in the values, and then runs. It
+// must outlive the application. Used by one thread.
 class Command {
 public:
     virtual ~Command() = default;
 
     virtual void AddTo(CLI::App& application) = 0;
-    // Whether the command line asked for this command.
+    // True if the command line names this command.
     virtual bool IsChosen() const = 0;
-    // Throws ToolError, or what the library throws, when it cannot go on.
+    // Throws ToolError, or an exception of the library, if the command fails.
     virtual ExitStatus Run() = 0;
 };

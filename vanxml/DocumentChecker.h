@@ -1,4 +1,4 @@
-// Checking one document after the other.
+// Checks documents one after the other.
 #pragma once
 
 #include <map>
@@ -16,26 +16,26 @@ class SourceDocument;
 // The result of checking a document.
 struct CheckedDocument {
     ExitStatus status = ExitStatus::Good;
-    std::size_t errors = 0;    // of the document
-    bool wasChecked = false;   // it could be read, and its schema used
+    std::size_t errors = 0;    // the number of errors of the document
+    bool wasChecked = false;   // false if the document or its schema could not be read
     std::string lines;         // for standard error
-    std::string brokenSchema;  // the schema that could not be used; its errors are the lines
+    std::string brokenSchema;  // the schema that could not be used; `lines` are then its errors
 };
 
-// Checks documents and keeps, for each schema it has met, the parser that has it loaded.
+// Checks documents. Caches a parser for each schema, so a schema is loaded once.
 //
-// Threads: one at a time; several checkers may work side by side.
+// Threads: one at a time. Each thread can have a checker of its own.
 class DocumentChecker {
 public:
     // Without a schema, each document is checked against the schema for its own type and version.
     explicit DocumentChecker(std::optional<SchemaReference> schema) : m_schema(std::move(schema)) {}
 
-    // Never throws for anything about the document.
+    // Reports every problem of the document in the result, never as an exception.
     CheckedDocument Check(const VString& name);
 
 private:
     void CheckSource(SourceDocument& source, CheckedDocument& result);
-    // Returns false when the schema cannot be used; the result then contains the errors of the schema.
+    // Returns false if the schema cannot be used; the result then contains the errors of the schema.
     bool CheckAgainst(const SchemaReference& schema, SourceDocument& source, CheckedDocument& result);
 
     const std::optional<SchemaReference> m_schema;

@@ -1,4 +1,4 @@
-// Naming elements by their place in the document.
+// The paths of elements, for output.
 #pragma once
 
 #include <string>
@@ -6,21 +6,21 @@
 
 class DOMElement;
 
-// Writes the path of an element: the names from the document element down, each with its
-// position among the siblings of its name if there is more than one ("/a/b[2]/c").
+// Returns paths such as "/a/b[2]/c": the names from the document element down, each with its position
+// among the siblings of the same name if there are several.
 //
-// Positions are cached, so all paths of a document together count each list of children once.
-// Apart from that, a path is linear in the number of its steps. The tree must not change while
+// The positions are cached, so each list of children is counted once. The tree must not change while
 // this object is used.
 //
 // Threads: one at a time.
 class ElementPaths {
 public:
+    // Linear in the depth of the element, apart from lists of children that were not counted yet.
     std::string PathOf(const DOMElement& element);
 
 private:
     void Count(const DOMElement& parent);
 
-    // From 1 among the siblings of the same name, 0 where there is no other.
+    // The position among the siblings of the same name, from 1; 0 for the only one.
     std::unordered_map<const DOMElement*, std::size_t> m_positions;
 };

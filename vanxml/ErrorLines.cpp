@@ -13,7 +13,7 @@ bool IsTerminalControl(char16_t unit)
     return isControl || isSeparator || isDirectionMark || isEmbedding;
 }
 
-// The number in `digits` lower-case hexadecimal digits.
+// Returns the number as `digits` lower-case hexadecimal digits.
 VString Hexadecimal(unsigned number, int digits)
 {
     VString text;

@@ -1,4 +1,4 @@
-// The lines that go to standard error.
+// Formats lines for standard error.
 #pragma once
 
 #include <string>
@@ -6,15 +6,15 @@
 
 #include "vancoreplatform/VString.h"
 
-// The text without anything that a terminal acts upon, for one line. Control characters (C0,
-// DEL and C1), line and paragraph separators and the marks of bidirectional text become `\n`,
-// `\r`, `\t`, `\x1b` (ASCII) or `\u009b` (beyond ASCII). A byte that is not UTF-8 becomes
-// `\xff`. Everything else stays, backslashes included, so paths of Windows stay readable; the
-// result cannot be turned back into the text for that reason. Linear.
+// Escapes the characters of a UTF-8 text that control a terminal, so the result is one harmless line.
+// Control characters (C0, DEL and C1), line and paragraph separators and the marks of bidirectional
+// text become `\n`, `\r`, `\t`, `\x1b` (ASCII) or `\u009b` (beyond ASCII). A byte that is not valid
+// UTF-8 becomes `\xff`. Backslashes stay, so that paths of Windows stay readable; therefore the
+// escaping cannot be reversed. Linear.
 std::string EscapeControlCharacters(std::string_view text);
 
-// "NAME: message" with a line feed: an error of the document `name`. Name and message are escaped.
+// Returns "NAME: MESSAGE" and a line feed, for an error of the document `name`. Escapes both.
 std::string FormatErrorLine(const VString& name, const VString& message);
 
-// "vanxml: message" with a line feed: any other error. The message is escaped.
+// Returns "vanxml: MESSAGE" and a line feed, for any other error. Escapes the message.
 std::string FormatErrorLine(std::string_view message);

@@ -1,7 +1,7 @@
 #include "vanxml/ExceptionText.h"
 
-// The parser throws these through the library while it creates a reader or loads a schema.
-// They derive from no class that the library or the standard knows.
+// Xerces throws these through the library while it creates a reader or loads a schema. They do not
+// derive from std::exception.
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLException.hpp>
 

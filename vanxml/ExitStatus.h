@@ -4,9 +4,9 @@
 #include <algorithm>
 
 enum class ExitStatus : int {
-    Good = 0,    // done, and the documents are in order
-    Faulty = 1,  // a document has errors, or lacks what was asked for
-    Failed = 2,  // the command was wrong, or something could not be read or written
+    Good = 0,    // the command succeeded and found no errors
+    Faulty = 1,  // a document has errors, or a query found nothing
+    Failed = 2,  // wrong arguments, or a file could not be read or written
 };
 
 inline ExitStatus Worse(ExitStatus a, ExitStatus b) noexcept

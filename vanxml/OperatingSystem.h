@@ -1,5 +1,5 @@
-// The calls to the operating system. Everything else in the tool is portable: a new system
-// needs one more source beside OperatingSystemPosix.cpp and OperatingSystemWindows.cpp.
+// All calls of the tool to the operating system. To port the tool to another system, write a source
+// like OperatingSystemPosix.cpp and OperatingSystemWindows.cpp for it.
 #pragma once
 
 #include <cstdint>
@@ -10,50 +10,50 @@
 
 namespace OperatingSystem {
 
-// Call first, once: bytes pass the standard streams unchanged, and writing to a reader that
-// went away is an error instead of a signal.
+// Makes the standard streams pass bytes unchanged, and makes writing to a closed pipe an error instead
+// of a signal. Call it once, before anything is read or written.
 void PrepareStreams();
 
-// The arguments of the command line, without the program's name. POSIX gives bytes, which stay
-// as they are. Windows gives UTF-16, which becomes UTF-8; half a surrogate pair becomes bytes
-// that are not valid UTF-8, so that the caller can refuse it.
+// Returns the arguments of the command line, without the name of the program. POSIX supplies bytes,
+// which are not changed. Windows supplies UTF-16, which is converted to UTF-8; a lone surrogate becomes
+// bytes that are not valid UTF-8, so the caller can refuse it.
 std::vector<std::string> Arguments(int argc, char** argv);
 
-// Throws std::system_error when this process may not write to the existing file.
+// Throws std::system_error if this process may not write to the existing file.
 void RequireWritable(const std::filesystem::path& file);
 
-// Whether the name, such as /dev/stdout, leads to what the standard output writes to. False on
-// Windows, which has no such names for a file.
+// True if the path, for example /dev/stdout, is the file or device to which standard output writes.
+// Always false on Windows, which has no such paths.
 bool IsStandardOutput(const std::filesystem::path& file) noexcept;
 
-// Makes the renames in the folder survive a crash of the machine, on systems that can.
+// Flushes the entries of the folder to the disk, so that renames survive a crash of the machine. Does
+// nothing on systems without such a call.
 void FlushFolder(const std::filesystem::path& folder) noexcept;
 
-// A file that is open for writing. There is no buffer between Write and the system. Every
-// operation throws std::system_error when it fails.
+// An unbuffered file that is open for writing. Every operation throws std::system_error if it fails.
 //
 // Ownership: owns the system's handle.
 //
 // Threads: one at a time.
 class OutputHandle {
 public:
-    enum class Access { Owner, Everybody };  // Everybody: as far as the user's settings allow
+    enum class Access { Owner, Everybody };  // Everybody: restricted by the umask of the user
 
-    // Makes a new file; fails with std::errc::file_exists when there is anything of that name.
+    // Creates a new file. Fails with std::errc::file_exists if the name exists.
     static OutputHandle Create(const std::filesystem::path& file, Access access);
-    // Opens something that exists, such as a device or a pipe, and does not truncate it.
+    // Opens an existing file, device or pipe without truncating it.
     static OutputHandle Open(const std::filesystem::path& file);
 
-    // Closes without a check; call Close where a failure matters.
+    // Ignores a failure to close. Call Close if it matters.
     ~OutputHandle();
     OutputHandle(OutputHandle&& other) noexcept;
     OutputHandle& operator=(OutputHandle&& other) = delete;
 
-    // All of the bytes.
+    // Writes all bytes.
     void Write(std::string_view bytes);
-    // Returns when the bytes are on the disk.
+    // Returns after the bytes are on the disk.
     void Flush();
-    // The handle is closed also when this throws.
+    // Closes the handle, even if it throws.
     void Close();
 
 private:

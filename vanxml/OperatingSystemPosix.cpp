@@ -55,8 +55,8 @@ bool IsStandardOutput(const std::filesystem::path& file) noexcept
 
 void FlushFolder(const std::filesystem::path& folder) noexcept
 {
-    // Not every file system flushes folders, and not every folder may be read. Without this
-    // flush a crash can bring the old file back, but whole.
+    // Failures are ignored: some file systems cannot flush folders, and some folders may not be read.
+    // Without the flush, a crash of the machine can restore the old file, but never a partial one.
     const int handle = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (handle < 0)
         return;

@@ -44,7 +44,7 @@ bool IsLowSurrogate(wchar_t unit)
     return (unit & 0xFC00) == 0xDC00;
 }
 
-// A surrogate without its other half becomes three bytes, which are not well-formed UTF-8.
+// A lone surrogate becomes three bytes that are not well-formed UTF-8.
 std::string ToUtf8(const wchar_t* text)
 {
     std::string bytes;
@@ -75,7 +75,7 @@ void PrepareStreams()
 
 std::vector<std::string> Arguments(int, char**)
 {
-    // The arguments of `main` went through the machine's code page.
+    // The arguments of `main` were converted to the code page of the machine and may have lost characters.
     int count = 0;
     wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
     if (!wide)

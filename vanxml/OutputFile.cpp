@@ -30,10 +30,10 @@ bool IsDeviceOrPipe(const fs::path& file)
     return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
 }
 
-// The file that a link leads to, also when it does not exist yet.
+// Follows symbolic links, the last of which may lead to a file that does not exist.
 fs::path ResolveLinks(fs::path file)
 {
-    constexpr int mostLinks = 40;  // Linux follows as many
+    constexpr int mostLinks = 40;  // the limit of Linux
     for (int links = 0; fs::is_symlink(fs::symlink_status(file)); ++links) {
         if (links == mostLinks)
             ThrowError(std::errc::too_many_symbolic_link_levels);
@@ -42,7 +42,7 @@ fs::path ResolveLinks(fs::path file)
     return file;
 }
 
-// Short, so that it fits wherever the name of any file fits.
+// The name is short, so that it is valid wherever the name of the file is.
 std::string RandomName()
 {
     static constexpr char digits[] = "0123456789abcdef";
@@ -53,7 +53,7 @@ std::string RandomName()
     return name;
 }
 
-// Removes a file when it dies, unless the file was renamed.
+// A scope guard that removes a file unless the file was renamed.
 class TemporaryName {
 public:
     explicit TemporaryName(fs::path name) noexcept : m_name(std::move(name)) {}
@@ -78,7 +78,7 @@ private:
 
 std::pair<OutputHandle, fs::path> CreateTemporaryFile(const fs::path& folder, OutputHandle::Access access)
 {
-    constexpr int mostTries = 100;  // a second is rare: there are 2^48 names
+    constexpr int mostTries = 100;  // a second try is rare: there are 2^48 names
     for (int tries = 1;; ++tries) {
         fs::path name = folder / RandomName();
         try {
@@ -90,7 +90,7 @@ std::pair<OutputHandle, fs::path> CreateTemporaryFile(const fs::path& folder, Ou
     }
 }
 
-// Does nothing when the file has the permissions: some file systems have one set for all
+// Sets the permissions unless the file has them: some file systems have one set of permissions for all
 // files and refuse to change it.
 void SetPermissions(const fs::path& file, fs::perms permissions)
 {
@@ -117,8 +117,7 @@ void ReplaceRegularFile(const fs::path& file, std::string_view bytes)
     if (!isNew)
         SetPermissions(name, (old.permissions() & fs::perms::all) | fs::perms::owner_write);
     handle.Write(bytes);
-    // Only a file whose bytes are on the disk may take the old one's place: the disk may turn
-    // out to be full as late as here.
+    // Flush before the old file is replaced: some file systems report a full disk only here.
     handle.Flush();
     handle.Close();
     temporary.RenameTo(file);
@@ -132,7 +131,7 @@ void WriteDevice(const fs::path& device, std::string_view bytes)
     handle.Close();
 }
 
-// Calls `write` with the path and turns the errors of the system into a ToolError.
+// Calls `write` with the path and converts errors of the system to ToolError.
 template <typename Write>
 void WriteTo(const VString& name, const Write& write)
 {

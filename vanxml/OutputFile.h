@@ -1,18 +1,17 @@
-// Writing a file as a whole or not at all.
+// Writes files atomically.
 #pragma once
 
 #include <string_view>
 
 #include "vancoreplatform/VString.h"
 
-// Replaces the file by `bytes`, or makes it. A temporary file beside it is written, flushed to
-// the disk and renamed over it, so the old file stays whole when anything fails, and only a
-// temporary file can be left when the tool is killed. Keeps the permissions, but lets the owner
-// write. A symbolic link stays, and the file that it leads to is replaced.
-// Throws ToolError, with the system's reason, when any step fails, and when the name is that
-// of a device or pipe.
+// Replaces the content of the file by `bytes`, or creates the file. Writes a temporary file in the same
+// folder, flushes it to the disk and renames it, so a failure leaves the old file unchanged. If the tool
+// is killed, only the temporary file can be left behind. Keeps the permissions of the old file and adds
+// write permission for its owner. Follows symbolic links and replaces their target. Throws ToolError,
+// with the reason of the system, if a step fails or if the name is a device or a pipe.
 void ReplaceFile(const VString& name, std::string_view bytes);
 
-// As ReplaceFile, but writes to a device or pipe directly, and to the standard output when the name is
-// another one of it: replacing `/dev/stdout` would drop what stands before in the file behind it.
+// Like ReplaceFile, but writes to devices and pipes directly. If the name is the file of standard output,
+// such as `/dev/stdout`, writes to standard output: a replacement would discard earlier output.
 void WriteOutputFile(const VString& name, std::string_view bytes);

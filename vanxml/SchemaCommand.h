@@ -5,7 +5,7 @@
 
 #include "vanxml/Command.h"
 
-// Names the schemas that come with the library, and prints one.
+// Lists the schemas of the library, or prints one of them.
 class SchemaCommand : public Command {
 public:
     void AddTo(CLI::App& application) override;

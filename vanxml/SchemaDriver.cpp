@@ -14,11 +14,11 @@
 
 namespace {
 
-// Ends the loading of a schema whose errors are noted already.
+// Thrown to end the loading of a schema after its errors were recorded.
 struct SchemaRefused {};
 
-// Schemas import the attributes in the namespace "xml" from this address; the library has
-// them already.
+// Schemas import the attributes of the namespace "xml" from this address. The library has loaded them
+// already.
 bool IsXmlNamespaceSchema(const VString& systemId)
 {
     return systemId.contains("//www.w3.org/") && systemId.endsWith("/xml.xsd");
@@ -31,7 +31,8 @@ VString Decoded(const VString& systemId)
                              : VString(QUrl::fromPercentEncoding(systemId.ToQString().toUtf8()));
 }
 
-// The place of a schema relative to the one that names it; empty when there is no such file.
+// Resolves the path of a schema against the schema that names it. Returns an empty path if there is no
+// such file.
 VString FindBeside(const VString& baseUri, const VString& systemId)
 {
     VPath folder(baseUri);
@@ -45,7 +46,7 @@ VString FindBeside(const VString& baseUri, const VString& systemId)
 
 }  // namespace
 
-// Lets the document pass by and finds the schemas that a schema names.
+// Ignores the content of documents. Finds the schemas that a schema imports or includes.
 class SchemaDriver::Handler : public SAXInterfaceExtension {
 public:
     void StartElement(const VString&, const AttributeMap&) override {}
@@ -55,7 +56,7 @@ public:
     void ResolveSchemaPath(VString& pathOut, const VString& baseUri, const VString& systemId) override
     {
         if (systemId.IsEmpty())
-            return;  // named by its namespace alone
+            return;  // an import without a schemaLocation
         pathOut = FindBeside(baseUri, systemId);
         if (pathOut.IsEmpty() && !IsXmlNamespaceSchema(systemId)) {
             problems.push_back(VFormatString("Cannot find the schema \"%1\", which \"%2\" imports or includes")
@@ -70,7 +71,7 @@ public:
         return text;
     }
 
-    // Throws SchemaRefused, with the problems noted, when there are some.
+    // Records the problems of the text and throws SchemaRefused if there are any.
     void RequireLoadable(const VString& text, const VString& name)
     {
         const std::vector<VString> errors = FindSchemaTextErrors(text, name);
@@ -79,7 +80,7 @@ public:
             throw SchemaRefused();
     }
 
-    std::vector<VString> problems;  // with the schema and those it names
+    std::vector<VString> problems;  // of the schema and of those that it imports or includes
 };
 
 SchemaDriver::SchemaDriver(const SchemaReference& schema)
@@ -91,9 +92,9 @@ SchemaDriver::SchemaDriver(const SchemaReference& schema)
         Load(schema);
         m_schemaErrors = m_parser->GetErrors();
     } catch (const SchemaRefused&) {
-        // The problems tell.
+        // The problems are reported below.
     } catch (const LogicException&) {
-        throw;  // no fault of the schema
+        throw;  // not caused by the schema
     } catch (const VIO::Exception& exception) {
         m_schemaErrors.push_back(exception.GetMessage());
     } catch (const VantoraException& exception) {

@@ -1,4 +1,4 @@
-// A parser that keeps its schema.
+// A parser with its schema.
 #pragma once
 
 #include <memory>
@@ -8,13 +8,13 @@
 #include "vancorexml/main/parser/InputSource.h"
 #include "vanxml/SchemaSelection.h"
 
-// Checks documents, one after the other, against one schema that is compiled once. Without a
-// schema, checks only that they are well-formed. A schema file may import and include others by
-// paths relative to its own folder.
+// Checks documents against one schema, which it compiles once. Without a schema, it only checks that
+// documents are well-formed. A schema file may import and include others by paths relative to its own
+// folder.
 //
-// Ownership: owns the parser; documents are only used during Check.
+// Ownership: owns the parser. Refers to a document only during Check.
 //
-// Threads: one at a time, any one.
+// Threads: one at a time.
 class SchemaDriver {
 public:
     explicit SchemaDriver(const SchemaReference& schema);
@@ -22,11 +22,11 @@ public:
     SchemaDriver(const SchemaDriver&) = delete;
     SchemaDriver& operator=(const SchemaDriver&) = delete;
 
-    // The errors of the schema itself, and an error for each schema that it imports or includes
-    // but that was not found. A schema with errors must not be used for a check.
+    // Returns the errors of the schema, and an error for each imported or included schema that was not
+    // found. If there are errors, Check must not be called.
     const std::vector<VString>& SchemaErrors() const noexcept { return m_schemaErrors; }
 
-    // The errors of the document, in the order they were met.
+    // Returns the errors of the document in the order in which they were found.
     std::vector<VString> Check(InputSource& document);
 
 private:

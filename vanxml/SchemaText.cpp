@@ -9,7 +9,7 @@
 
 namespace {
 
-// The loader's call stack grows with every level.
+// The call stack of the loader in Xerces grows with the depth of the elements.
 constexpr int depthLimit = 256;
 
 class SchemaReader : public SAXInterface {

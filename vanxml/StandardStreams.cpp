@@ -19,7 +19,7 @@ namespace {
     throw ToolError(std::string(what) + ": " + std::generic_category().message(error));
 }
 
-// Log messages of Qt and of the library are escaped like every other line.
+// Writes log messages of Qt and of the library as escaped lines.
 void WriteLogMessage(QtMsgType, const QMessageLogContext&, const QString& message)
 {
     StandardStreams::WriteError(FormatErrorLine(message.toStdString()));

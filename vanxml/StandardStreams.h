@@ -1,24 +1,24 @@
-// Standard input, output and error, byte for byte.
+// Standard input, output and error as bytes.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// Used by one thread at a time, but WriteError by any number of threads: each call is one write.
+// Threads: one at a time, except that any thread may call WriteError, which writes with a single call.
 namespace StandardStreams {
 
-// Call first: bytes pass unchanged, a reader that went away is a write error instead of a
-// signal, file names are UTF-8 whatever the locale is, and log messages go to standard error
-// as lines of the tool.
+// Call it before anything else. It prepares the streams (see OperatingSystem::PrepareStreams), sets the
+// encoding of file names to UTF-8 in every locale, and writes log messages to standard error as lines of
+// the tool.
 void Prepare();
 
-// All of standard input. Throws ToolError when it cannot be read.
+// Reads standard input to its end. Throws ToolError if that fails.
 std::string ReadInput();
-// To standard output. Throws ToolError when it cannot be written, which may show only in
-// FlushOutput.
+// Writes to standard output. Throws ToolError if that fails; because of buffering, some failures are
+// thrown only by FlushOutput.
 void Write(std::string_view bytes);
 void FlushOutput();
-// To standard error. Ignores failures, because nowhere is left to report them.
+// Writes to standard error. Ignores failures, because they could not be reported anywhere.
 void WriteError(std::string_view bytes) noexcept;
 
 }  // namespace StandardStreams

@@ -5,7 +5,7 @@
 
 #include "vanxml/Command.h"
 
-// Prints the version that a document declares on its first element, without parsing it.
+// Prints the version that the document element declares, without parsing the document.
 class VersionCommand : public Command {
 public:
     void AddTo(CLI::App& application) override;

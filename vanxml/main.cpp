@@ -1,4 +1,4 @@
-// vanxml: the library's work from the command line.
+// vanxml: checks, formats and queries XML documents from the command line.
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -40,8 +40,7 @@ ExitStatus Fail(const std::string& message)
     return ExitStatus::Failed;
 }
 
-// The library's strings replace bytes that are not UTF-8, which turns a file's name into that
-// of another file.
+// VString replaces bytes that are not UTF-8, so the name of a file could become that of another file.
 void RequireUtf8(const std::vector<std::string>& arguments)
 {
     for (const std::string& argument : arguments) {
@@ -51,9 +50,9 @@ void RequireUtf8(const std::vector<std::string>& arguments)
     }
 }
 
-// Stands before the arguments that CLI11 must not interpret: the operands behind "--", because
-// CLI11 ends a command there when it needs no more of them, and a name such as "[a,b]", which
-// it would split into two. No argument contains this byte, because all are UTF-8.
+// This byte is prepended to arguments that CLI11 must not interpret: operands behind "--", because CLI11
+// ends a command there if it needs no more operands, and names such as "[a,b]", which CLI11 would split.
+// No argument contains this byte, because all arguments are UTF-8.
 constexpr char operandMark = '\xFF';
 
 std::string WithoutMarks(std::string text)
@@ -62,8 +61,8 @@ std::string WithoutMarks(std::string text)
     return text;
 }
 
-// Help and the version are asked for; everything else that ends the reading of the command
-// line is a mistake in it.
+// Requests for help or the version succeed. Every other exception of CLI11 is a mistake in the command
+// line.
 ExitStatus EndOfParse(const CLI::App& application, const CLI::ParseError& error)
 {
     if (error.get_exit_code() == 0) {
@@ -72,7 +71,7 @@ ExitStatus EndOfParse(const CLI::App& application, const CLI::ParseError& error)
         StandardStreams::Write(output.str());
         return ExitStatus::Good;
     }
-    // CLI11 takes a misspelt command for an operand: it is in remaining(), and no subcommand was parsed.
+    // CLI11 treats a misspelt command as an operand: it is in remaining(), and no subcommand was parsed.
     const std::vector<std::string> rest = application.remaining();
     const bool isUnknown = application.get_subcommands().empty() && !rest.empty();
     Fail(WithoutMarks(isUnknown ? "There is no command \"" + rest.front() + "\"" : error.what()));
