@@ -42,7 +42,7 @@ std::size_t WholeLineLength(unsigned int length)
     return characters;
 }
 
-// Writes the four characters of up to three bytes; returns the end.
+// Writes the four characters that encode up to three bytes. Returns the end of the output.
 char16_t* EncodeGroup(const unsigned char* data, unsigned int count, char16_t* out)
 {
     const unsigned int a = data[0];
@@ -55,13 +55,13 @@ char16_t* EncodeGroup(const unsigned char* data, unsigned int count, char16_t* o
     return out;
 }
 
-// Up to four values, the missing ones 0, and how many paddings stood among them.
+// A group of up to four characters: their values, 0 for missing ones, and the number of "=" among them.
 struct Group {
     std::array<unsigned int, 4> values{};
     int padding = 0;
 };
 
-// Reads a group and moves behind it. Only the low 8 bits of a unit count.
+// Reads a group and advances behind it. Uses only the low 8 bits of a unit.
 Group ReadGroup(const VString& text, int& position)
 {
     Group group;

@@ -15,7 +15,7 @@
 
 namespace {
 
-// How much of a document is recorded with its metrics, in bytes.
+// The number of bytes of a document that are recorded with its metrics.
 constexpr unsigned int MetricsTextLength = 128;
 
 void RecordSource(Metrics::Scope& metrics, InputSource& source)
@@ -55,9 +55,9 @@ struct DOMParser::Impl {
     // Keeps the driver for the next parse, without the source and the builder of the last one.
     void AdoptDriver(std::shared_ptr<XercesXMLParser> used);
 
-    // The source of a driver that is not parsing.
+    // The empty source of a driver between two parses.
     StringInputSource nothing{VString(), VString(), false};
-    // Null before the first parse and while a parse holds it.
+    // Null before the first parse and while a parse uses the driver.
     std::shared_ptr<XercesXMLParser> driver;
     std::vector<std::unique_ptr<InputSource>> xsdSources;
     bool enableLineNumbers = false;
@@ -198,10 +198,10 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
     const std::shared_ptr<XercesXMLParser> driver = m_impl->ReleaseDriver(source, builder);
     if (m_impl->enableLineNumbers)
         builder->SetLocationProvider(*driver);
-    // By index: reading a schema may add another one.
+    // Iterate by index: reading a schema may add another one.
     for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
         InputSource& schema = *m_impl->xsdSources[i];
-        // The parse before has read it to its end.
+        // The previous parse has read the schema to its end.
         schema.ResetToStart();
         driver->LoadXSDSource(schema);
     }

@@ -38,7 +38,7 @@ void ForEachRecord(const Map& map, const DOMElement& element, Visit visit)
     }
 }
 
-// Makes `count` more entries need no rehash. Grows by doubling and never shrinks.
+// Reserves room for `count` more entries without a rehash. Grows by doubling and never shrinks.
 template <typename Map>
 void ReserveInMap(Map& map, std::size_t count)
 {
@@ -48,7 +48,7 @@ void ReserveInMap(Map& map, std::size_t count)
         map.rehash(std::max(needed, 2 * map.bucket_count()));
 }
 
-// Moves `node`'s entry of `from` to `key` in `to`. An entry that is there already stays.
+// Moves the entry of `node` in `from` to `key` in `to`. An existing entry of `key` stays.
 template <typename Map>
 void MoveEntry(Map& to, Map& from, const DOMElement& node, const DOMElement& key) noexcept
 {
@@ -63,8 +63,8 @@ void MoveEntry(Map& to, Map& from, const DOMElement& node, const DOMElement& key
     to.insert(std::move(entry));
 }
 
-// Copies `source`'s entry of `from` to `key` in `to`. An entry that is there already stays. Returns
-// whether it copied.
+// Copies the entry of `source` in `from` to `key` in `to`. An existing entry of `key` stays. Returns true if
+// it copied the entry.
 template <typename Map>
 bool CopyEntry(Map& to, const Map& from, const DOMElement& source, const DOMElement& key)
 {
@@ -257,7 +257,7 @@ void DocumentDiagnostics::SubtreesChangeDocument(
         for (const DOMElement* element : recorded)
             from.Tie(*element);
     }
-    // Nothing below fails.
+    // From here on nothing can fail.
     for (std::size_t i = 0; i < count; ++i)
         from.m_index.ElementMoves(*first[i]);
     if (!to)
@@ -276,12 +276,13 @@ void DocumentDiagnostics::DocumentDies() noexcept
         ForgetElement(*m_top);
         ties.swap(m_ties);
     }
-    // Without the lock: an element that dies on another thread locks the tie, then the document.
+    // Holds no lock of the document here: an element that dies on another thread locks first the tie and
+    // then the document.
     for (const auto& [element, tie] : ties)
         tie->DocumentDies();
 }
 
-// An entry without records must not stay when memory runs out.
+// If an allocation fails, no entry without records may remain.
 template <typename Map, typename Add>
 void DocumentDiagnostics::AddRecord(Map& map, const DOMElement& element, Add add)
 {

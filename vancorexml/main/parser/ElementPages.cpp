@@ -10,12 +10,12 @@
 
 namespace {
 
-// A small document takes little memory. The pages of a large document are so large that common
-// allocators merge a freed page with its free neighbours, while those are still in the cache.
+// The first page is small, so that a small document takes little memory. Later pages are so large that
+// common allocators merge a freed page with its free neighbours.
 constexpr std::size_t FirstCapacity = HasAddressSanitizer ? 1 : 4;
 constexpr std::size_t MaxCapacity = HasAddressSanitizer ? 1 : 1024;
 
-// Before an element that stands alone: room for the word, and what keeps the element aligned.
+// The room before an element without a page: the page word, padded to the alignment of the element.
 constexpr std::size_t LoneHead = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIGNMENT__, sizeof(void*));
 
 }  // namespace
@@ -27,7 +27,7 @@ struct ElementPages::Place {
 };
 
 struct ElementPages::Page {
-    // Of elements, and of places that are still to be handed out.
+    // The number of living elements and of unused slots.
     std::atomic<std::size_t> alive;
 
     Place* Places() noexcept { return reinterpret_cast<Place*>(this + 1); }

@@ -98,7 +98,7 @@ public:
         try {
             parse(source);
         } catch (const RehearsalEnd&) {
-            // GetExcess has the result.
+            // GetExcess returns the result.
         } catch (const xercesc::SAXException&) {
             // The parser of the document will find and report the same fault.
         } catch (const xercesc::XMLException&) {
@@ -145,7 +145,7 @@ private:
     Events m_events;
     EntitySizes m_entities{EntitySizes::Kind::General};
     EntitySizes m_parameterEntities{EntitySizes::Kind::Parameter};
-    // Expansions to come within the outermost open parameter entity, its own included.
+    // The number of expansions left within the outermost open parameter entity, including its own.
     std::uint64_t m_innerCount = 0;
     bool m_hasDefaultAttributes = false;
     bool m_isInProlog = true;

@@ -12,7 +12,7 @@ std::uint64_t Add(std::uint64_t a, std::uint64_t b) noexcept
     return std::min(a + b, Expansion::Most);
 }
 
-// The position behind the first `end` at or after `from`; the length of the text if there is none.
+// Returns the position behind the first `end` at or after `from`, or the length of the text.
 std::size_t Behind(View text, View end, std::size_t from)
 {
     const std::size_t found = text.find(end, from);
@@ -145,7 +145,7 @@ void EntitySizes::Measure(std::size_t root)
 {
     struct Step {
         std::size_t entity;
-        std::size_t next;  // of its references
+        std::size_t next;  // the index of the next reference to measure
     };
     std::vector<Step> open{{root, 0}};
     Open(root);

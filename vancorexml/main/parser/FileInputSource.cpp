@@ -45,7 +45,7 @@ void FileInputSource::SetReadSize(unsigned long long size)
 bool FileInputSource::ReadChunk()
 {
     m_position = 0;
-    // A read that throws leaves no chunk behind.
+    // If the read throws, the chunk must be empty.
     std::vector<char> chunk = std::exchange(m_chunk, {});
     chunk.resize(m_readSize);
     chunk.resize(m_file.Read(chunk.data(), chunk.size()));

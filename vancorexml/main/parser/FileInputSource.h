@@ -1,4 +1,4 @@
-// A document read from its file piece by piece.
+// An input source that reads a file in chunks.
 #pragma once
 
 #include <string>
@@ -11,14 +11,14 @@
 
 // The bytes of a file, read in chunks. The file must be UTF-8: the first read checks the first
 // chunk. If that chunk is not UTF-8, the first and every later read throw VantoraException
-// (VantoraException_InvalidEncoding). Reads throw VIO::Exception when the file cannot be read.
+// (VantoraException_InvalidEncoding). Reads throw VIO::Exception if the file cannot be read.
 //
 // Ownership: keeps the file open while it lives.
 //
 // Threads: one at a time.
 class VANCOREXML_API FileInputSource : public InputSource, public IXercesInputSourceProvider {
 public:
-    // Throws VIO::Exception when the file cannot be opened, and logs that.
+    // Logs a warning and throws VIO::Exception if the file cannot be opened.
     explicit FileInputSource(const VString& fileName);
     ~FileInputSource() override;
 

@@ -9,23 +9,24 @@
 
 class XercesInputSource;
 
-// The bytes of one document or schema, with an id that names it in messages: the name of a
-// file, or for text in memory any text that the caller chooses, which may be empty.
+// The bytes of one document or schema, with an id that names it in messages. The id of a file is its
+// name. For text in memory the caller chooses the id, which may be empty.
 //
-// Ownership: held by the caller; a parser only refers to it while it parses.
+// Ownership: the caller owns the source. A parser refers to it only during a parse.
 //
 // Threads: one at a time.
 class VANCOREXML_API InputSource {
 public:
     virtual ~InputSource();
 
-    // The next line with its line feed, which the last line may lack. False at the end, and
-    // `line` is left as it is. Linear in the line.
+    // Reads the next line, including its line feed; the last line may have none. Returns false at the
+    // end, without changing `line`. Linear in the line.
     virtual bool GetNextLine(std::string& line) = 0;
-    // The next `count` bytes, fewer at the end. False at the end, and `bytes` is left as it is.
+    // Reads the next `count` bytes, or fewer if the source ends. Returns false at the end, without
+    // changing `bytes`.
     virtual bool GetBytes(std::string& bytes, unsigned int count) = 0;
     virtual void ResetToStart() = 0;
-    // In bytes.
+    // The size in bytes.
     virtual unsigned long long Size() const = 0;
 
     const VString& Id() const noexcept { return m_id; }

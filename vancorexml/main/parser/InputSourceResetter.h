@@ -1,11 +1,11 @@
-// Resetting a source at the end of a scope.
+// A scope guard for input sources.
 #pragma once
 
 #include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Resets the source, which must outlive it, when it dies. A failed reset is logged; the source
-// keeps its position and its next read reports the error.
+// Resets the source to its start at the end of the scope. The source must outlive this object. A failed
+// reset is logged; the source keeps its position and its next read reports the error.
 class VANCOREXML_API InputSourceResetter {
 public:
     explicit InputSourceResetter(InputSource& source) noexcept : m_source(source) {}

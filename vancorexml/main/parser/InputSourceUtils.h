@@ -1,4 +1,4 @@
-// Choosing the input source of a file.
+// Creates the input source for a file.
 #pragma once
 
 #include <memory>
@@ -9,9 +9,9 @@
 
 namespace InputSourceUtils {
 
-// A source for the file, whose name becomes its id. Files under 1 GiB are read here and
-// decoded; larger ones are read when they are parsed, must be UTF-8, and keep their leading
-// white space. Throws VIO::Exception when the file cannot be read or decoded.
+// Returns a source for the file; the id is the file name. Reads and decodes a file of less than 1 GiB at
+// once. A larger file is read while it is parsed, must be UTF-8, and keeps its leading white space. Throws
+// VIO::Exception if the file cannot be read or decoded.
 VANCOREXML_API std::unique_ptr<InputSource> InputSourceFromFileName(
     const VString& fileName, bool skipLeadingWhitespace);
 

@@ -31,13 +31,13 @@ public:
         return unit;
     }
 
-    // Whether the first `count` units are UTF-8.
+    // True if the first `count` units are valid UTF-8.
     bool AreUtf8(std::size_t count) const noexcept
     {
         return m_size == 1 && FindInvalidUtf8(m_bytes.data(), count) == count;
     }
 
-    // Behind the byte order mark, if there is one.
+    // Returns the position behind the byte order mark, if there is one.
     std::size_t Begin() const noexcept
     {
         if (m_size == 1)

@@ -21,7 +21,7 @@ void OrderedMarks::Clear() noexcept
 {
     m_front.next = &m_back;
     m_back.previous = &m_front;
-    // Above every range of labels, so that the last mark of a range keeps a gap behind it.
+    // The label is above every range of labels, so there is always a gap behind the last mark of a range.
     m_back.label = std::uint64_t{1} << 63;
 }
 

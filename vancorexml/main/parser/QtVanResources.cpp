@@ -12,7 +12,7 @@ struct Row {
     const char16_t* alias;
 };
 
-// In ascending order of the numbers: searched by halving.
+// Sorted by number, for a binary search.
 constexpr Row Catalogue[] = {
     {QtVanResourceId::FileFormatKxbXsd10_3, u"VQRC_FILEFORMAT_KXB_XSD_10_3"},
     {QtVanResourceId::FileFormatConnectorPluginManifestXsd, u"VQRC_FILEFORMAT_CONNECTOR_PLUGIN_MANIFEST_XSD"},
@@ -55,7 +55,7 @@ constexpr bool IsAscending()
 }
 static_assert(IsAscending());
 
-// The library's own resources are found by name from its loading to its unloading.
+// Registers the resources while the library is loaded.
 class FolderRegistration {
 public:
     FolderRegistration() { ResourceRegistrationCache::GetInstance().AddFolder(":/vancorexml"); }

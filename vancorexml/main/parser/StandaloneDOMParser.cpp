@@ -46,7 +46,7 @@ public:
 
 private:
     std::unique_ptr<StandaloneDOMElement> m_root;
-    std::vector<StandaloneDOMElement*> m_open;  // the root and the elements open now
+    std::vector<StandaloneDOMElement*> m_open;  // the root and the open elements, the innermost last
 };
 
 }  // namespace
@@ -112,10 +112,10 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlInputSource");
     const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
     const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
-    // By index: reading a schema may add another one.
+    // Iterate by index: reading a schema may add another one.
     for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
         InputSource& schema = *m_impl->xsdSources[i];
-        // The parse before has read it to its end.
+        // The previous parse has read the schema to its end.
         schema.ResetToStart();
         parser->LoadXSDSource(schema);
     }

@@ -47,8 +47,8 @@ private:
         toFill += sizeof unit;
     }
 
-    // Bytes of ASCII from here on, a block at once while there is a whole one, then a word with
-    // what stands behind them, which is overwritten.
+    // Converts ASCII in whole blocks, then in one word that may contain later bytes; the next step
+    // overwrites their output.
     void PutAscii(XMLByte*& toFill, const XMLByte* end) noexcept
     {
         constexpr std::uint64_t HighBits = 0x8080808080808080;
@@ -91,8 +91,8 @@ private:
         std::memcpy(toFill, units, sizeof units);
     }
 
-    // One character of two to four bytes; when there is room for the first half of a
-    // surrogate pair only, the other begins the next read.
+    // Converts one character of two to four bytes. If only the first half of a surrogate pair fits, the
+    // second half begins the next read.
     void PutSequence(XMLByte*& toFill, const XMLByte* end) noexcept
     {
         const auto tail = [this](int i) { return static_cast<char32_t>(m_next[i] & 0x3F); };
@@ -118,7 +118,7 @@ private:
     const XMLByte* m_begin;
     const XMLByte* m_next;
     const XMLByte* m_end;
-    XMLCh m_lowSurrogate = 0;  // 0 when none waits
+    XMLCh m_lowSurrogate = 0;  // the pending second half of a pair, or 0
 };
 
 bool IsSpace(char byte) noexcept
@@ -149,12 +149,12 @@ bool CutByte(std::string_view& text, char byte) noexcept
     return true;
 }
 
-// Whether the text has no XML declaration, or one that names no other encoding. Everything unusual
-// counts as another encoding: Xerces checks the declaration of a text whose encoding it
-// detects more strictly.
+// True if the text has no XML declaration, or one that names no other encoding. Every unusual declaration
+// counts as another encoding, because Xerces is stricter about a declaration if it has to detect the
+// encoding.
 bool IsDeclaredUtf8(std::string_view text) noexcept
 {
-    // A mark, or a first character of more than one byte, says what the encoding is.
+    // Xerces recognises UTF-8 by a byte order mark or a first character of more than one byte.
     if (text.size() < 6 || text[0] != '<' || text[1] <= ' ' || text[1] > '~')
         return false;
     if (!text.starts_with("<?xml") || !IsSpace(text[5]))

@@ -1,4 +1,4 @@
-// UTF-8 in memory, read by Xerces as UTF-16.
+// Presents UTF-8 text in memory to Xerces as UTF-16.
 #pragma once
 
 #include <string_view>
@@ -7,11 +7,11 @@
 
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Gives Xerces the text of another source as UTF-16. Xerces decodes UTF-8 byte by byte, which
-// costs about a tenth of a parse, but reads UTF-16 without decoding. The text is converted piece
-// by piece, so no second copy of the document exists.
+// Converts the text of another source to UTF-16 while Xerces reads it. Xerces decodes UTF-8 byte by
+// byte, which takes about a tenth of a parse, but reads UTF-16 without decoding. The text is converted in
+// pieces, so there is no second copy of the document.
 //
-// Only for text that IsWellFormed accepts: malformed text goes to Xerces' own decoder, whose
+// Use it only for text that IsWellFormed accepts: malformed text goes to Xerces' own decoder, whose
 // error messages are kept.
 //
 // Ownership: refers to the bytes, which must outlive it and its streams.
@@ -19,12 +19,12 @@
 // Threads: one at a time.
 class VANCOREXML_API Utf16InputSource final : public xercesc::InputSource {
 public:
-    // `text` is what `source` reads.
+    // `text` is the content of `source`, in UTF-8.
     Utf16InputSource(const xercesc::InputSource& source, std::string_view text);
 
-    // Whether Xerces would read the text as UTF-8, by the encoding that `source` names or by
-    // what the text itself says, and find all of it well-formed. False when finding the encoding
-    // takes more than a look at the XML declaration. Linear.
+    // True if Xerces would read the text as UTF-8, because of the encoding set in `source` or declared in
+    // the text, and if all bytes are well-formed UTF-8. False if the XML declaration alone does not
+    // determine the encoding. Linear.
     static bool IsWellFormed(const xercesc::InputSource& source, std::string_view text) noexcept;
 
     xercesc::BinInputStream* makeStream() const override;

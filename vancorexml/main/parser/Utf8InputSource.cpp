@@ -8,7 +8,7 @@
 
 namespace {
 
-// Bytes from 0x80 up are negative, so no part of a longer sequence passes for white space.
+// A byte from 0x80 up is negative, so no part of a multi-byte character counts as white space.
 std::size_t CountLeadingWhitespace(const std::string& bytes)
 {
     const auto first = std::find_if(
@@ -97,7 +97,7 @@ BinaryInputSource::BinaryInputSource(
 
 BinaryInputSource::~BinaryInputSource() = default;
 
-// The shared pointer owns nothing, and the bytes are never written to, so the cast is safe.
+// The shared pointer owns nothing, and nobody writes to the bytes, so the cast is safe.
 BorrowedInputSource::BorrowedInputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace)
     : Utf8InputSource(std::shared_ptr<std::string>(std::shared_ptr<void>(), const_cast<std::string*>(&bytes)),
           id,

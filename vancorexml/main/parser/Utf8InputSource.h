@@ -1,4 +1,4 @@
-// Documents in memory.
+// Input sources in memory.
 #pragma once
 
 #include <memory>
@@ -11,13 +11,12 @@
 
 // Bytes in memory. Their byte order mark or XML declaration determines their encoding.
 //
-// Ownership: owns the bytes and shares them with every view given to the parser, without
-// a copy.
+// Ownership: shares the bytes with every view that a parser gets, without a copy.
 //
 // Threads: one at a time.
 class VANCOREXML_API Utf8InputSource : public InputSource, public IXercesInputSourceProvider {
 public:
-    // With `skipLeadingWhitespace` the source begins at the first byte that is no white space.
+    // If `skipLeadingWhitespace`, the source begins at the first byte that is not white space.
     Utf8InputSource(std::string&& bytes, const VString& id, bool skipLeadingWhitespace);
     Utf8InputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace);
     ~Utf8InputSource() override;
@@ -25,14 +24,14 @@ public:
     bool GetNextLine(std::string& line) override;
     bool GetBytes(std::string& bytes, unsigned int count) override;
     void ResetToStart() override;
-    // Skipped white space counts.
+    // Includes skipped white space.
     unsigned long long Size() const override;
 
-    // A view of all bytes, whatever the current position of this source.
+    // Returns a view that begins at the start of the source, not at the current position.
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override;
 
 protected:
-    // With `isDecoded` the bytes are UTF-8 whatever their XML declaration says.
+    // If `isDecoded`, the bytes are UTF-8 and the encoding in their XML declaration is ignored.
     Utf8InputSource(std::shared_ptr<std::string> bytes, const VString& id, bool skipLeadingWhitespace, bool isDecoded);
 
 private:

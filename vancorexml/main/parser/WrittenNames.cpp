@@ -8,10 +8,10 @@
 
 namespace {
 
-// Messages that name an attribute do so before they quote anything else, in one of these ways.
+// Messages that name an attribute contain one of these texts before the first quoted name.
 constexpr std::u16string_view Introductions[] = {u"attribute '", u"attribute name '", u"attribute value '"};
 
-// The name of the attribute as a part of the message; empty in other messages.
+// Returns the part of the message that is the name of the attribute; empty for other messages.
 std::u16string_view FindAttributeName(std::u16string_view message)
 {
     const std::u16string_view start = message.substr(0, message.find(u'\'') + 1);
@@ -50,7 +50,7 @@ const WrittenNames::Own& WrittenNames::FindOwn()
 
 bool WrittenNames::IsRewritten(std::u16string_view name)
 {
-    // Xerces cuts off what is not valid in a name, and a name in an encoding other than UTF-8
+    // Xerces truncates a name at the first invalid character, and a name in an encoding other than UTF-8
     // cannot be compared.
     const auto isAscii = [](char16_t unit) { return unit < 0x80; };
     const bool isComparable = !name.empty() && std::all_of(name.begin(), name.end(), isAscii);
@@ -65,7 +65,7 @@ VString WrittenNames::Restore(const VString& message)
     if (prefix.empty())
         return message;
     const bool isRewritten = IsRewritten(name.substr(prefix.size()));
-    // Another prefix of the document may stand for the namespace.
+    // The document may bind another prefix to the namespace.
     if (!isRewritten && FindOwn().hasNamespace)
         return message;
     const auto start = static_cast<std::size_t>(name.data() - text.data());

@@ -16,7 +16,7 @@ namespace {
     ThrowLogicException("vancorexml\\main\\parser\\XMLDomFormatter", line, expression, MakeLogicError(code));
 }
 
-// The open element that an operation writes into.
+// Returns the open element. Raises a LogicException if there is none.
 DOMElement& RequireTop(DOMElement* top, std::uint32_t code, int line)
 {
     if (top == nullptr)

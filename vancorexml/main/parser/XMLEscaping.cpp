@@ -39,11 +39,10 @@ constexpr bool IsPairAt(std::u16string_view text, std::size_t position) noexcept
     return (text[position] & 0xFC00) == 0xD800 && position + 1 < text.size() && (text[position + 1] & 0xFC00) == 0xDC00;
 }
 
-// So many units at once are looked at, by a loop of a fixed count that becomes vector
-// operations.
+// The number of units that are examined at once. With a fixed count, the compiler vectorises the loop.
 constexpr std::size_t PlainBlock = 8;
 
-// True when no unit is a control, one of "&'<> or above 0x7F: nothing that any table maps.
+// True if no unit is a control character, one of "&'<> or above 0x7F: no table maps the others.
 bool IsPlainBlock(const char16_t* block) noexcept
 {
     std::uint16_t special = 0;
@@ -58,8 +57,8 @@ bool IsPlainBlock(const char16_t* block) noexcept
     return special == 0;
 }
 
-// Finds the places of a text that are escaped, and what stands for them; both passes are
-// made of it, so they agree on every unit.
+// Finds the units of a text that must be escaped, and their replacements. Both passes use it, so they
+// agree on every unit.
 template <typename IsValid>
 class Scanner {
 public:
@@ -69,7 +68,7 @@ public:
           m_isValid(isValid)
     {}
 
-    // The first position at or after `position` that is escaped, or the text's length.
+    // Returns the first position at or after `position` that must be escaped, or the length of the text.
     std::size_t Find(std::size_t position) const
     {
         while (position < m_text.size()) {
@@ -94,7 +93,7 @@ public:
         return position;
     }
 
-    // The replacement of the unit at a position that the search found; valid until the next call.
+    // Returns the replacement of the unit at a position that the search found. Valid until the next call.
     std::u16string_view Replacement(std::size_t position)
     {
         const char16_t unit = m_text[position];
@@ -110,7 +109,7 @@ private:
     char16_t m_buffer[LongestNumericEscape];
 };
 
-// A buffer of a fixed size that refuses what it has no room for.
+// A buffer of a fixed size. Appending more than fits raises a LogicException.
 class Writer {
 public:
     explicit Writer(std::size_t length)

@@ -49,7 +49,7 @@ void WriteTextBesideChildren(XMLFormatter& target, const DOMElement& element, co
     target.OutputContent(element.GetText(), element.IsEncoded());
 }
 
-// An element with children: its open tag is written at once, its close tag at the end.
+// An open element that has children.
 class OpenElement {
 public:
     OpenElement(XMLFormatter& target, const DOMElement& element)
@@ -59,8 +59,8 @@ public:
     {}
 
     const DOMElement& Element() const noexcept { return m_element; }
-    // The next child, null behind the last. Children that the element gets while it is
-    // written are left out; otherwise writing an element into itself would never end.
+    // Returns the next child, or null. Ignores children that are added while the element is written;
+    // otherwise writing an element into itself would never end.
     const DOMElement* NextChild()
     {
         const DOMElementConstChildren children = m_element.GetChildren();
@@ -177,7 +177,7 @@ XMLFormatter::Indenter::~Indenter()
         m_formatter.Undent();
         m_formatter.OutputCloseTag(m_tag);
     } catch (...) {
-        // The scope may end because of another exception; this one has no way out.
+        // A destructor must not throw: the scope may end because of another exception.
     }
 }
 
@@ -302,7 +302,7 @@ void XMLFormatter::OutputComment(const VString& text)
 {
     static const VString blank(u" ");
     static const VString hyphens(u"--");
-    // Not a character reference: inside a comment there are none, it only breaks the pair.
+    // This is no character reference, because comments contain none. It only separates the two hyphens.
     static const VString brokenHyphens(u"-&45;");
 
     OutputString(GetIndent());

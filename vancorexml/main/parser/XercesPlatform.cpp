@@ -15,21 +15,21 @@ namespace {
 struct Platform {
     // Recursive, because Xerces exits the process when it cannot be initialised.
     std::recursive_mutex mutex;
-    bool isInitialised = false;  // guarded by mutex, as are the others
+    bool isInitialised = false;  // guarded by mutex, like the other members
     bool isExiting = false;
     int uses = 0;
 };
 
 Platform& GetPlatform()
 {
-    // Never destroyed: static objects that are destroyed later may still release Xerces. Not on the heap, from where
-    // each unloading of the library would leak it.
+    // Never destroyed, because static objects that are destroyed later may still release Xerces. Not on the
+    // heap, because each unloading of the library would leak it.
     alignas(Platform) static std::byte place[sizeof(Platform)];
     static Platform* const platform = new (place) Platform;
     return *platform;
 }
 
-// The caller holds the lock.
+// The caller must hold the mutex.
 void TerminateWhenUnused(Platform& platform)
 {
     if (platform.isExiting && platform.isInitialised && platform.uses == 0) {
