@@ -16,9 +16,9 @@ void AppendPart(VString& text, const VString& part)
     text += u']';
 }
 
-// Reads a bracketed part at the start of `text` and takes it off; nothing when none
-// stands there whole.
-std::optional<VString> TakePart(std::u16string_view& text)
+// Reads a bracketed part at the start of `text` and removes it from there. Empty when `text` does not
+// start with a complete part.
+std::optional<VString> ConsumePart(std::u16string_view& text)
 {
     if (!text.starts_with(u'['))
         return std::nullopt;
@@ -43,7 +43,7 @@ QualifiedName QualifiedName::Parse(const VString& text)
 {
     const QualifiedName whole(VString(), text);
     std::u16string_view rest = text.View();
-    const std::optional<VString> first = TakePart(rest);
+    const std::optional<VString> first = ConsumePart(rest);
     if (!first)
         return whole;
     if (rest.empty())
@@ -51,7 +51,7 @@ QualifiedName QualifiedName::Parse(const VString& text)
     if (!rest.starts_with(u'.'))
         return whole;
     rest.remove_prefix(1);
-    const std::optional<VString> second = TakePart(rest);
+    const std::optional<VString> second = ConsumePart(rest);
     return second && rest.empty() ? QualifiedName(*first, *second) : whole;
 }
 

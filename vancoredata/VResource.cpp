@@ -68,7 +68,7 @@ void ResourceRegistrationCache::UnregisterText(const VString& name)
     m_texts.erase(name);
 }
 
-ResourceRegistrationCache::Place ResourceRegistrationCache::Locate(const VString& name) const
+ResourceRegistrationCache::Location ResourceRegistrationCache::FindLocation(const VString& name) const
 {
     if (!IsResourceName(name))
         return {};
@@ -86,18 +86,18 @@ ResourceRegistrationCache::Place ResourceRegistrationCache::Locate(const VString
 
 bool ResourceRegistrationCache::Contains(const VString& name) const
 {
-    const Place place = Locate(name);
-    return place.text || !place.path.IsEmpty();
+    const Location location = FindLocation(name);
+    return location.text || !location.path.IsEmpty();
 }
 
 bool ResourceRegistrationCache::Find(const VString& name, VString* content) const
 {
-    Place place = Locate(name);
-    if (!place.text && !place.path.IsEmpty())
-        place.text = ReadResource(place.path);
-    if (place.text)
-        *content = *place.text;
-    return place.text.has_value();
+    Location location = FindLocation(name);
+    if (!location.text && !location.path.IsEmpty())
+        location.text = ReadResource(location.path);
+    if (location.text)
+        *content = *location.text;
+    return location.text.has_value();
 }
 
 bool VResource::isValid() const

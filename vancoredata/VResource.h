@@ -39,14 +39,14 @@ public:
 private:
     // The content of a resource: its registered text, or the path of its file. Both are empty when there is no
     // such resource.
-    struct Place {
+    struct Location {
         std::optional<VString> text;
         VString path;
     };
 
     ResourceRegistrationCache() = default;
 
-    Place Locate(const VString& name) const;
+    Location FindLocation(const VString& name) const;
 
     mutable std::mutex m_mutex;
     std::multiset<VString> m_folders;    // guarded by m_mutex

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int IllFormed = 0;
-constexpr int Cut = -1;
+constexpr int Truncated = -1;
 
 // The range of a sequence's second byte depends on its first: it keeps out overlong
 // forms, surrogates and what lies beyond U+10FFFF.
@@ -40,13 +40,13 @@ constexpr Lead ReadLead(unsigned char byte) noexcept
 }
 
 // The length of the sequence at the start of the bytes, of which there is at least one;
-// Cut when they end inside what could become a sequence.
+// Truncated when they end inside what could become a sequence.
 int SequenceLength(const unsigned char* bytes, std::size_t available) noexcept
 {
     const Lead lead = ReadLead(bytes[0]);
     for (int i = 1; i < lead.length; ++i) {
         if (static_cast<std::size_t>(i) == available)
-            return Cut;
+            return Truncated;
         const unsigned char min = i == 1 ? lead.secondMin : 0x80;
         const unsigned char max = i == 1 ? lead.secondMax : 0xBF;
         if (bytes[i] < min || bytes[i] > max)
@@ -127,5 +127,5 @@ Encoding DetectEncoding(const char* bytes, std::size_t length) noexcept
     if (invalid == length)
         return Encoding::Utf8;
     const auto* rest = reinterpret_cast<const unsigned char*>(bytes) + invalid;
-    return SequenceLength(rest, length - invalid) == Cut ? Encoding::Utf8 : Encoding::Unknown;
+    return SequenceLength(rest, length - invalid) == Truncated ? Encoding::Utf8 : Encoding::Unknown;
 }

@@ -40,7 +40,7 @@ QString NativeName(const VPath& path)
 }
 
 // Why the path cannot be a file that is read; nothing when it may be one.
-std::optional<VString> ReasonAgainst(const VPath& path)
+std::optional<VString> FindPathError(const VPath& path)
 {
     if (path.IsEmpty())
         return VString("the file name is empty");
@@ -229,7 +229,7 @@ VFile::~VFile() = default;
 void VFile::OpenForReading()
 {
     m_file.close();
-    if (const std::optional<VString> reason = ReasonAgainst(m_path))
+    if (const std::optional<VString> reason = FindPathError(m_path))
         ThrowReadError(m_path.String(), *reason);
     if (!m_file.open(QIODevice::ReadOnly))
         ThrowReadError(m_path.String(), m_file.errorString());
@@ -318,7 +318,7 @@ VString VFile::DecodeText(const char* bytes, std::size_t length, const VString& 
 
 unsigned long long GetFileSize(const VPath& path)
 {
-    if (const std::optional<VString> reason = ReasonAgainst(path))
+    if (const std::optional<VString> reason = FindPathError(path))
         ThrowReadError(path.String(), *reason);
     const QFileInfo info(NativeName(path));
     if (info.exists())

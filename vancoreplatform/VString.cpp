@@ -50,8 +50,8 @@ constexpr std::size_t AsciiBlock = 16;
 
 using UnitBlock = std::array<char16_t, AsciiBlock>;
 
-// False also when less than a block is left.
-bool TakeAsciiBlock(std::u16string_view text, std::size_t position, UnitBlock& block) noexcept
+// Copies the block at `position`. False when it is not all ASCII, or when less than a block is left.
+bool ReadAsciiBlock(std::u16string_view text, std::size_t position, UnitBlock& block) noexcept
 {
     if (text.size() - position < AsciiBlock)
         return false;
@@ -117,7 +117,7 @@ std::size_t CountUtf8(std::u16string_view text) noexcept
     std::size_t bytes = 0;
     for (std::size_t position = 0; position < text.size();) {
         UnitBlock block;
-        if (TakeAsciiBlock(text, position, block)) {
+        if (ReadAsciiBlock(text, position, block)) {
             position += AsciiBlock;
             bytes += AsciiBlock;
         } else {
@@ -147,7 +147,7 @@ std::size_t CountCharacters(const char* utf8, std::size_t length) noexcept
 }
 
 // The end of a piece of about `limit` bytes that cuts no sequence.
-std::size_t CutUtf8(const char* utf8, std::size_t begin, std::size_t length, std::size_t limit) noexcept
+std::size_t FindPieceEnd(const char* utf8, std::size_t begin, std::size_t length, std::size_t limit) noexcept
 {
     if (length - begin <= limit)
         return length;
@@ -183,7 +183,7 @@ VString VString::fromUtf8(const char* utf8, std::size_t length)
     // Pieces, because Qt counts bytes in int and drops a mark at the start of each.
     constexpr std::size_t pieceBytes = 0x100000;
     for (std::size_t position = 0; position < length;) {
-        const std::size_t end = CutUtf8(utf8, position, length, pieceBytes);
+        const std::size_t end = FindPieceEnd(utf8, position, length, pieceBytes);
         const std::size_t leading = CountMarks(utf8 + position, end - position);
         CheckGrowth(result.m_text.size(), leading);
         result.m_text.append(QString(static_cast<int>(leading), QChar(QChar::ByteOrderMark)));
@@ -252,7 +252,7 @@ std::string VString::toStdString() const
     char* out = buffer;
     for (std::size_t position = 0; position < text.size();) {
         UnitBlock block;
-        if (TakeAsciiBlock(text, position, block)) {
+        if (ReadAsciiBlock(text, position, block)) {
             WriteAsciiBlock(out, block);
             position += AsciiBlock;
             out += AsciiBlock;

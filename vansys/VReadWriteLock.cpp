@@ -18,33 +18,33 @@ struct Holding {
 
 using HoldingMap = std::unordered_map<const VReadWriteLock*, Holding>;
 
-struct Place {
-    const VReadWriteLock* lock = nullptr;  // null when the place is free
+struct Slot {
+    const VReadWriteLock* lock = nullptr;  // null when the slot is free
     Holding holding;
 };
 
-// The holdings of a thread: a few places for the locks that operations usually take together, and a map for the rest.
+// The holdings of a thread: a few slots for the locks that operations usually take together, and a map for the rest.
 // There is no destructor on purpose: documents are also destroyed while the process ends, after the thread's objects.
 struct Holdings {
-    Place places[4];
+    Slot slots[4];
     HoldingMap* more = nullptr;  // owned; deleted with the thread's last holding
 };
 
 constinit thread_local Holdings t_holdings;
 
-Place* FindPlace(const VReadWriteLock* lock) noexcept
+Slot* FindSlot(const VReadWriteLock* lock) noexcept
 {
-    for (Place& place : t_holdings.places) {
-        if (place.lock == lock)
-            return &place;
+    for (Slot& slot : t_holdings.slots) {
+        if (slot.lock == lock)
+            return &slot;
     }
     return nullptr;
 }
 
 Holding* FindHolding(const VReadWriteLock* lock) noexcept
 {
-    if (Place* const place = FindPlace(lock))
-        return &place->holding;
+    if (Slot* const slot = FindSlot(lock))
+        return &slot->holding;
     if (t_holdings.more == nullptr)
         return nullptr;
     const auto found = t_holdings.more->find(lock);
@@ -53,14 +53,14 @@ Holding* FindHolding(const VReadWriteLock* lock) noexcept
 
 bool HoldsNothing() noexcept
 {
-    const auto isFree = [](const Place& place) { return place.lock == nullptr; };
-    return t_holdings.more->empty() && std::all_of(std::begin(t_holdings.places), std::end(t_holdings.places), isFree);
+    const auto isFree = [](const Slot& slot) { return slot.lock == nullptr; };
+    return t_holdings.more->empty() && std::all_of(std::begin(t_holdings.slots), std::end(t_holdings.slots), isFree);
 }
 
 void RemoveHolding(const VReadWriteLock* lock) noexcept
 {
-    if (Place* const place = FindPlace(lock)) {
-        *place = Place();
+    if (Slot* const slot = FindSlot(lock)) {
+        *slot = Slot();
     } else {
         t_holdings.more->erase(lock);
     }
@@ -72,22 +72,22 @@ void RemoveHolding(const VReadWriteLock* lock) noexcept
 
 Holding& AddHolding(const VReadWriteLock* lock, bool exclusive)
 {
-    if (Place* const place = FindPlace(nullptr)) {
-        *place = Place{lock, {0, 0, exclusive}};
-        return place->holding;
+    if (Slot* const slot = FindSlot(nullptr)) {
+        *slot = Slot{lock, {0, 0, exclusive}};
+        return slot->holding;
     }
     if (t_holdings.more == nullptr)
         t_holdings.more = new HoldingMap;
     return t_holdings.more->emplace(lock, Holding{0, 0, exclusive}).first->second;
 }
 
-// Adds the holding and locks by `take`. When either fails, nothing is recorded.
-template <typename Take>
-Holding& TakeFirst(const VReadWriteLock* lock, bool exclusive, Take take)
+// Adds the holding and calls `lockFunction`. When either fails, nothing is recorded.
+template <typename LockFunction>
+Holding& LockFirst(const VReadWriteLock* lock, bool exclusive, LockFunction lockFunction)
 {
     Holding& holding = AddHolding(lock, exclusive);
     try {
-        take();
+        lockFunction();
     } catch (...) {
         RemoveHolding(lock);
         throw;
@@ -109,7 +109,7 @@ void VReadWriteLock::LockForRead()
 {
     Holding* holding = FindHolding(this);
     if (holding == nullptr)
-        holding = &TakeFirst(this, false, [this] { m_lock.lock_shared(); });
+        holding = &LockFirst(this, false, [this] { m_lock.lock_shared(); });
     ++holding->reads;
 }
 
@@ -131,7 +131,7 @@ void VReadWriteLock::LockForWrite()
             "vansys\\VReadWriteLock", __LINE__, "no write lock under a read lock", MakeLogicError(0x5D1E7A60));
     }
     if (holding == nullptr)
-        holding = &TakeFirst(this, true, [this] { m_lock.lock(); });
+        holding = &LockFirst(this, true, [this] { m_lock.lock(); });
     ++holding->writes;
 }
 

@@ -25,11 +25,11 @@ public:
     {
         try {
             for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i)
-                m_threads.emplace_back([this] { Work(); });
+                m_threads.emplace_back([this] { CheckNextDocuments(); });
         } catch (const std::system_error&) {
             // The system refuses to create more threads, so the existing ones do all the work.
             if (m_threads.empty())
-                Work();
+                CheckNextDocuments();
         }
     }
 
@@ -41,7 +41,7 @@ public:
     }
 
     // Waits until the document with that index was checked.
-    CheckedDocument Take(std::size_t number)
+    CheckedDocument WaitFor(std::size_t number)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
         m_finished.wait(lock, [&] { return m_results[number] || m_failure; });
@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    void Work()
+    void CheckNextDocuments()
     {
         try {
             DocumentChecker checker(m_schema);
@@ -84,13 +84,13 @@ private:
     std::exception_ptr m_failure;                           // guarded by m_mutex
 };
 
-std::string Counted(std::size_t count, const char* what)
+std::string FormatCount(std::size_t count, const char* what)
 {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 // With "auto", the type and version of each document select its schema.
-std::optional<SchemaReference> WantedSchema(const std::string& name)
+std::optional<SchemaReference> ResolveSchemaOption(const std::string& name)
 {
     if (name == "auto")
         return std::nullopt;
@@ -129,13 +129,13 @@ bool CheckCommand::IsChosen() const
 ExitStatus CheckCommand::Run()
 {
     const std::size_t jobs = m_jobs > 0 ? m_jobs : std::max(1u, std::thread::hardware_concurrency());
-    CheckQueue queue(m_files, WantedSchema(m_schema), jobs);
+    CheckQueue queue(m_files, ResolveSchemaOption(m_schema), jobs);
     ExitStatus status = ExitStatus::Good;
     std::size_t documents = 0;
     std::size_t errors = 0;
     std::set<std::string> brokenSchemas;
     for (std::size_t number = 0; number < m_files.size(); ++number) {
-        const CheckedDocument document = queue.Take(number);
+        const CheckedDocument document = queue.WaitFor(number);
         status = Worse(status, document.status);
         errors += document.errors;
         if (document.wasChecked)
@@ -145,7 +145,7 @@ ExitStatus CheckCommand::Run()
             StandardStreams::WriteError(document.lines);
     }
     const std::size_t unchecked = m_files.size() - documents;
-    StandardStreams::Write(Counted(documents, "document") + ", " + Counted(errors, "error") +
+    StandardStreams::Write(FormatCount(documents, "document") + ", " + FormatCount(errors, "error") +
         (unchecked > 0 ? ", " + std::to_string(unchecked) + " not checked" : "") + "\n");
     return status;
 }

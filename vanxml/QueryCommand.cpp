@@ -111,10 +111,10 @@ QueryCommand::Visitor QueryCommand::MakePrinter(SourceDocument& source) const
             StandardStreams::Write(XMLDomFormatter::RenderAsXMLString(element, nullptr, false).toStdString());
         };
     }
-    return MakePlacePrinter(source);
+    return MakePositionPrinter(source);
 }
 
-QueryCommand::Visitor QueryCommand::MakePlacePrinter(SourceDocument& source) const
+QueryCommand::Visitor QueryCommand::MakePositionPrinter(SourceDocument& source) const
 {
     return [&source, paths = std::make_shared<ElementPaths>()](const DOMElement& element) {
         const SourcePositions::Position place =

@@ -24,7 +24,7 @@ private:
 
     void ForEachMatch(const DOMElement& root, const Visitor& visit) const;
     Visitor MakePrinter(SourceDocument& source) const;
-    Visitor MakePlacePrinter(SourceDocument& source) const;
+    Visitor MakePositionPrinter(SourceDocument& source) const;
 
     // Owned by the application that the command was added to.
     const CLI::App* m_command = nullptr;

@@ -23,7 +23,7 @@ std::unique_ptr<DOM> ParseMany()
     return DOMParser().ParseXmlString(text + "</all>", "many");
 }
 
-std::vector<std::unique_ptr<DOMElement>> TakeAll(DOM& document)
+std::vector<std::unique_ptr<DOMElement>> RemoveAllElements(DOM& document)
 {
     return document.GetDocumentRoot()->RemoveChildren();
 }
@@ -37,7 +37,7 @@ void ExpectElement(const DOMElement& element, int i)
 TEST(ElementLifetimeTest, SomeElementsOutliveTheirDocument)
 {
     std::unique_ptr<DOM> document = ParseMany();
-    std::vector<std::unique_ptr<DOMElement>> elements = TakeAll(*document);
+    std::vector<std::unique_ptr<DOMElement>> elements = RemoveAllElements(*document);
     ASSERT_EQ(elements.size(), std::size_t{Count});
     for (int i = 0; i < Count; ++i) {
         if (i % 100 != 0)
@@ -55,7 +55,7 @@ TEST(ElementLifetimeTest, ElementsOfTwoParsesAndNewOnesMix)
     const std::unique_ptr<DOM> first = ParseMany();
     std::unique_ptr<DOM> second = ParseMany();
     DOMElement& top = *first->GetDocumentRoot();
-    for (std::unique_ptr<DOMElement>& element : TakeAll(*second))
+    for (std::unique_ptr<DOMElement>& element : RemoveAllElements(*second))
         top.AppendChild(std::move(element));
     second.reset();
     top.AddNewChild("new", nullptr).SetText("n");
@@ -119,7 +119,7 @@ TEST(ElementLifetimeThreadTest, ElementsOfOneParseDieOnSeveralThreads)
     std::vector<std::unique_ptr<DOM>> documents;
     for (std::size_t i = 0; i < ThreadCount; ++i)
         documents.push_back(std::make_unique<DOM>());
-    std::vector<std::unique_ptr<DOMElement>> elements = TakeAll(*document);
+    std::vector<std::unique_ptr<DOMElement>> elements = RemoveAllElements(*document);
     for (std::size_t i = 0; i < elements.size(); ++i)
         documents[i % ThreadCount]->GetRoot().AppendChild(std::move(elements[i]));
     document.reset();

@@ -101,7 +101,7 @@ TEST(EntitySizesTest, NestedEntitiesMultiply)
 TEST(EntitySizesTest, ASumThatIsTooLargeStopsGrowing)
 {
     EntitySizes sizes(EntitySizes::Kind::General);
-    EXPECT_EQ(sizes.Expand(DeclareLevels(sizes, 100, 10)).text, Expansion::Most);
+    EXPECT_EQ(sizes.Expand(DeclareLevels(sizes, 100, 10)).text, Expansion::Max);
 }
 
 TEST(EntitySizesTest, DeepNestingTakesNoCallStack)
@@ -163,7 +163,7 @@ TEST(EntitySizesTest, QuotedPartsOfParameterEntitiesHoldNoReferences)
     const auto own = [&](std::u16string_view text) {
         static int count = 0;
         const std::string name = "p" + std::to_string(++count);
-        return sizes.Own(sizes.Declare(std::u16string(name.begin(), name.end()), text)).text;
+        return sizes.OwnExpansion(sizes.Declare(std::u16string(name.begin(), name.end()), text)).text;
     };
     EXPECT_EQ(own(u"%a;<!--b-->%a;"), 8u);
     EXPECT_EQ(own(u"<!--%a;--><?p %a;?><!ENTITY e '%a;' \"%a;\">"), 42u);

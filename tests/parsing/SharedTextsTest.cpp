@@ -11,7 +11,7 @@ namespace {
 
 TEST(SharedTextsTest, ATextThatComesAgainIsMadeTwiceAndThenKept)
 {
-    SharedTexts texts(128, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(128, SharedTexts::CachePolicy::OnSecondMiss);
     EXPECT_EQ(texts.Get(u"name"), VString("name"));
     const VString second = texts.Get(u"name");
     EXPECT_EQ(second, VString("name"));
@@ -20,7 +20,7 @@ TEST(SharedTextsTest, ATextThatComesAgainIsMadeTwiceAndThenKept)
 
 TEST(SharedTextsTest, TextsThatComeOnceDoNotDriveOutAnother)
 {
-    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     texts.Get(u"kept");
     const VString kept = texts.Get(u"kept");
     for (int i = 0; i < 10000; ++i) {
@@ -31,7 +31,7 @@ TEST(SharedTextsTest, TextsThatComeOnceDoNotDriveOutAnother)
 
 TEST(SharedTextsTest, TellsManyTextsApart)
 {
-    SharedTexts texts(1 << 16, SharedTexts::Repeats::Surely);
+    SharedTexts texts(1 << 16, SharedTexts::CachePolicy::Always);
     for (int round = 0; round < 2; ++round) {
         for (int i = 0; i < 20000; ++i) {
             const VString text = VString::number(std::int32_t{i});
@@ -43,7 +43,7 @@ TEST(SharedTextsTest, TellsManyTextsApart)
 // Neither by their length nor by where in them they differ.
 TEST(SharedTextsTest, ShortTextsHaveSlotsOfTheirOwn)
 {
-    SharedTexts texts(1 << 16, SharedTexts::Repeats::Surely);
+    SharedTexts texts(1 << 16, SharedTexts::CachePolicy::Always);
     for (std::int32_t i = 0; i < 40000; ++i)
         texts.Get((VString("grow") + VString::number(i)).View());
     int drivenOut = 0;
@@ -59,7 +59,7 @@ TEST(SharedTextsTest, ShortTextsHaveSlotsOfTheirOwn)
 
 TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
 {
-    SharedTexts texts(128, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(128, SharedTexts::CachePolicy::OnSecondMiss);
     EXPECT_TRUE(texts.Get(u"").IsEmpty());
     EXPECT_EQ(texts.Get(std::u16string_view(u"\0", 1)).length(), 1);
     EXPECT_TRUE(texts.Get(u"").IsEmpty());
@@ -67,7 +67,7 @@ TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
 
 TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
 {
-    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     texts.Get(u"first");
     const VString first = texts.Get(u"first");
     for (int i = 0; i < 500; ++i) {
@@ -80,7 +80,7 @@ TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
 
 TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
 {
-    SharedTexts texts(2048, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(2048, SharedTexts::CachePolicy::OnSecondMiss);
     std::vector<VString> made;
     const auto name = [](int i) { return VString("name") + VString::number(std::int32_t{i}); };
     // The first lookups make the table as large as it gets.
@@ -104,7 +104,7 @@ TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
 
 TEST(SharedTextsTest, ClearForgets)
 {
-    SharedTexts texts(128, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(128, SharedTexts::CachePolicy::OnSecondMiss);
     texts.Get(u"first");
     const VString first = texts.Get(u"first");
     texts.Clear();
@@ -113,7 +113,7 @@ TEST(SharedTextsTest, ClearForgets)
 
 TEST(SharedTextsTest, ATextThatComesAgainSurelyIsMadeOnce)
 {
-    SharedTexts texts(128, SharedTexts::Repeats::Surely);
+    SharedTexts texts(128, SharedTexts::CachePolicy::Always);
     const VString first = texts.Get(u"name");
     EXPECT_EQ(first, VString("name"));
     EXPECT_TRUE(texts.Get(std::u16string(u"name")).IsSharedWith(first));
@@ -138,13 +138,13 @@ int CountShared(SharedTexts& texts, int count, int rounds)
 
 TEST(SharedTextsTest, ManyTextsThatComeAgainSurelyAreMostlyShared)
 {
-    SharedTexts texts(4096, SharedTexts::Repeats::Surely);
+    SharedTexts texts(4096, SharedTexts::CachePolicy::Always);
     EXPECT_GT(CountShared(texts, 1000, 6), 600);
 }
 
 TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptForAWhile)
 {
-    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     for (int i = 0; i < 2500; ++i)
         texts.Get(VString::number(std::int32_t{i}).View());
     EXPECT_EQ(CountShared(texts, 3, 10), 0);
@@ -154,7 +154,7 @@ TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptForAWhile)
 
 TEST(SharedTextsTest, ClearEndsThePause)
 {
-    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     for (int i = 0; i < 2500; ++i)
         texts.Get(VString::number(std::int32_t{i}).View());
     texts.Clear();
@@ -163,7 +163,7 @@ TEST(SharedTextsTest, ClearEndsThePause)
 
 TEST(SharedTextsTest, TextsThatDifferInOneUnitAreToldApart)
 {
-    SharedTexts texts(64, SharedTexts::Repeats::Perhaps);
+    SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     for (std::size_t length = 1; length < 20; ++length) {
         for (std::size_t i = 0; i < length; ++i) {
             std::u16string text(length, u'a');

@@ -16,7 +16,7 @@ namespace {
 
 bool s_fails = false;
 
-int TakeUnlessItFails(const char* function, pthread_rwlock_t* lock)
+int LockUnlessItFails(const char* function, pthread_rwlock_t* lock)
 {
     if (s_fails)
         return EDEADLK;
@@ -34,12 +34,12 @@ public:
 
 extern "C" int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept
 {
-    return TakeUnlessItFails("pthread_rwlock_rdlock", lock);
+    return LockUnlessItFails("pthread_rwlock_rdlock", lock);
 }
 
 extern "C" int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept
 {
-    return TakeUnlessItFails("pthread_rwlock_wrlock", lock);
+    return LockUnlessItFails("pthread_rwlock_wrlock", lock);
 }
 
 TEST(VReadWriteLockFailureTest, AReadThatFailsIsNotCounted)

@@ -46,7 +46,7 @@ void Elsewhere(Function function)
 }
 
 // Of one lock more, taken and released while the thread holds `held` others; the least of several runs.
-[[maybe_unused]] double NanosecondsForATake(int held)
+[[maybe_unused]] double NanosecondsPerLock(int held)
 {
     std::vector<std::unique_ptr<VReadWriteLock>> locks;
     for (int i = 0; i < held; ++i) {
@@ -220,7 +220,7 @@ TEST(VReadWriteLockTest, OptionsOtherThanZeroRaiseTheAssertion)
 #if !defined(__SANITIZE_THREAD__)
 TEST(VReadWriteLockTest, ManyHeldLocksDoNotSlowATakeDown)
 {
-    EXPECT_LT(NanosecondsForATake(20000), 40 * NanosecondsForATake(100));
+    EXPECT_LT(NanosecondsPerLock(20000), 40 * NanosecondsPerLock(100));
 }
 #endif
 

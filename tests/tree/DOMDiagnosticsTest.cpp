@@ -144,7 +144,7 @@ TEST(DOMDiagnosticsTest, TheDyingTopElementClearsEverything)
     AddError(a, "a");
     AddError(copy, "copy");
     copy.Warning("w", Info(1));
-    DOMTestAccess::TakeRoot(document).reset();
+    DOMTestAccess::ReleaseRoot(document).reset();
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 0u);
     EXPECT_EQ(DOMTestAccess::WarningEntries(document), 0u);
 }

@@ -193,10 +193,10 @@ TEST(DOMTest, DeepCopyAssertsTwoTopElements)
 {
     DOM a;
     DOM b;
-    std::unique_ptr<DOMElement> root = DOMTestAccess::TakeRoot(a);
+    std::unique_ptr<DOMElement> root = DOMTestAccess::ReleaseRoot(a);
     ExpectLogicException([&] { a.DeepCopy(b); }, "vancorexml\\main\\parser\\DOM", 38, "m_root", 0xE9B29E95);
     ExpectLogicException([&] { b.DeepCopy(a); }, "vancorexml\\main\\parser\\DOM", 39, "dom.m_root", 0x41ACEBB0);
-    DOMTestAccess::GiveRoot(a, std::move(root));
+    DOMTestAccess::AdoptRoot(a, std::move(root));
     a.DeepCopy(b);
     EXPECT_EQ(a, b);
 }

@@ -8,7 +8,7 @@ using namespace treetest;
 
 namespace {
 
-std::unique_ptr<DOMElement> Take(DOMElement& element)
+std::unique_ptr<DOMElement> RemoveFromParent(DOMElement& element)
 {
     return element.GetParent()->RemoveChild(element);
 }
@@ -92,14 +92,14 @@ void RemovedParentAndChild(Outside& outside)
 {
     DOM& document = NewDocument(outside);
     DOMElement& parent = Find(document, "parent");
-    outside.elements.push_back(Take(*parent.GetChild("child")));
-    outside.elements.push_back(Take(parent));
+    outside.elements.push_back(RemoveFromParent(*parent.GetChild("child")));
+    outside.elements.push_back(RemoveFromParent(parent));
 }
 
 void ChainOfRemovals(Outside& outside)
 {
     DOM& document = NewDocument(outside);
-    std::unique_ptr<DOMElement> parent = Take(Find(document, "parent"));
+    std::unique_ptr<DOMElement> parent = RemoveFromParent(Find(document, "parent"));
     std::unique_ptr<DOMElement> child = parent->RemoveChild("child");
     std::unique_ptr<DOMElement> grandchild = child->RemoveChild("grandchild");
     outside.elements.push_back(grandchild->RemoveChild("low"));
@@ -122,26 +122,26 @@ void IntoAnotherDocument(Outside& outside)
     DOM& from = NewDocument(outside);
     DOM& to = NewDocument(outside);
     DOMElement& child = Find(from, "child");
-    outside.elements.push_back(Take(Find(from, "low")));
-    outside.elements.push_back(Take(*child.GetChild("grandchild")));
-    Find(to, "low").AppendChild(Take(child));
+    outside.elements.push_back(RemoveFromParent(Find(from, "low")));
+    outside.elements.push_back(RemoveFromParent(*child.GetChild("grandchild")));
+    Find(to, "low").AppendChild(RemoveFromParent(child));
 }
 
 void ParentIntoAnotherDocument(Outside& outside)
 {
     DOM& from = NewDocument(outside);
     DOM& to = NewDocument(outside);
-    outside.elements.push_back(Take(Find(from, "child")));
-    Find(to, "low").AppendChild(Take(Find(from, "parent")));
-    outside.elements.push_back(Take(*to.GetElement("low")->GetChild("parent")));
+    outside.elements.push_back(RemoveFromParent(Find(from, "child")));
+    Find(to, "low").AppendChild(RemoveFromParent(Find(from, "parent")));
+    outside.elements.push_back(RemoveFromParent(*to.GetElement("low")->GetChild("parent")));
 }
 
 void IntoATreeWithoutDocument(Outside& outside)
 {
     DOM& document = NewDocument(outside);
     outside.elements.push_back(NewElement("free"));
-    outside.elements.push_back(Take(Find(document, "low")));
-    outside.elements[0]->AppendChild(Take(Find(document, "child")));
+    outside.elements.push_back(RemoveFromParent(Find(document, "low")));
+    outside.elements[0]->AppendChild(RemoveFromParent(Find(document, "child")));
     outside.elements.push_back(outside.elements[0]->RemoveChild("child"));
 }
 
@@ -152,7 +152,7 @@ void WithoutAnyDocument(Outside& outside)
     parent.AddNewChild("child", nullptr).AddNewChild("low", nullptr);
     outside.elements.push_back(parent.RemoveChild("child"));
     outside.elements.push_back(outside.elements[1]->RemoveChild("low"));
-    outside.elements.push_back(Take(parent));
+    outside.elements.push_back(RemoveFromParent(parent));
 }
 
 void RemovedTogether(Outside& outside)
@@ -161,16 +161,16 @@ void RemovedTogether(Outside& outside)
     Find(document, "parent").AddNewChild("second", nullptr);
     for (std::unique_ptr<DOMElement>& child : Find(document, "parent").RemoveChildren())
         outside.elements.push_back(std::move(child));
-    outside.elements.push_back(Take(Find(document, "parent")));
+    outside.elements.push_back(RemoveFromParent(Find(document, "parent")));
 }
 
 void RecordsOfAnotherDocument(Outside& outside)
 {
     DOM& from = NewDocument(outside);
     DOM& to = NewDocument(outside);
-    outside.elements.push_back(Take(Find(from, "child")));
+    outside.elements.push_back(RemoveFromParent(Find(from, "child")));
     DOMTestAccess::MoveAll(from, to);
-    outside.elements.push_back(Take(Find(from, "parent")));
+    outside.elements.push_back(RemoveFromParent(Find(from, "parent")));
     AddError(*outside.elements[0], "again");
 }
 

@@ -71,7 +71,7 @@ public:
             if (element.GetDOMManager())
                 element.Warning("m", Info(1));
             break;
-        case 6: TakeOut(element); break;
+        case 6: RemoveAndKeep(element); break;
         case 7: PutIn(element); break;
         case 8: Move(element, Any()); break;
         case 9:
@@ -121,7 +121,7 @@ private:
             });
     }
 
-    void TakeOut(DOMElement& element)
+    void RemoveAndKeep(DOMElement& element)
     {
         if (IsHeld(element))
             m_outside.push_back(element.GetParent()->RemoveChild(element));

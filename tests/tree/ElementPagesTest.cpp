@@ -12,7 +12,7 @@
 namespace {
 
 // Writes the whole place, so that places that overlap or reach beyond a page show.
-void* Take(ElementPages& pages)
+void* AllocateFilled(ElementPages& pages)
 {
     void* const place = pages.Allocate();
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(place) % alignof(DOMElement), 0u);
@@ -26,7 +26,7 @@ TEST(ElementPagesTest, EveryCountOfElementsDiesBeforeThePages)
         ElementPages pages(4, 8);
         std::vector<void*> places;
         for (std::size_t i = 0; i < count; ++i)
-            places.push_back(Take(pages));
+            places.push_back(AllocateFilled(pages));
         for (void* place : places)
             ElementPages::Free(place);
     }
@@ -38,7 +38,7 @@ TEST(ElementPagesTest, EveryCountOfElementsOutlivesThePages)
         auto pages = std::make_unique<ElementPages>(4, 8);
         std::vector<void*> places;
         for (std::size_t i = 0; i < count; ++i)
-            places.push_back(Take(*pages));
+            places.push_back(AllocateFilled(*pages));
         pages.reset();
         while (!places.empty()) {
             ElementPages::Free(places.back());
@@ -54,9 +54,9 @@ TEST(ElementPagesTest, PlacesAreHandedOutAgainAfterLeaving)
         std::vector<void*> places;
         for (int round = 0; round < 3; ++round) {
             for (std::size_t i = 0; i < count; ++i)
-                places.push_back(Take(pages));
-            pages.Leave();
-            pages.Leave();
+                places.push_back(AllocateFilled(pages));
+            pages.Release();
+            pages.Release();
         }
         for (void* place : places)
             ElementPages::Free(place);
@@ -66,7 +66,7 @@ TEST(ElementPagesTest, PlacesAreHandedOutAgainAfterLeaving)
 TEST(ElementPagesTest, ALonePlaceIsAsLargeAndAlignedAsAnyObject)
 {
     for (const std::size_t size : {sizeof(DOMElement), std::size_t{1000}, std::size_t{1}}) {
-        void* const place = ElementPages::AllocateAlone(size);
+        void* const place = ElementPages::AllocateStandalone(size);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(place) % __STDCPP_DEFAULT_NEW_ALIGNMENT__, 0u);
         std::memset(place, 0xE5, size);
         ElementPages::Free(place);

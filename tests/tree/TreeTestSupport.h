@@ -35,8 +35,8 @@ public:
     {
         Diagnostics(document).GetErrors(element, messages);
     }
-    static std::unique_ptr<DOMElement> TakeRoot(DOM& document) { return std::move(document.m_root); }
-    static void GiveRoot(DOM& document, std::unique_ptr<DOMElement> root) { document.m_root = std::move(root); }
+    static std::unique_ptr<DOMElement> ReleaseRoot(DOM& document) { return std::move(document.m_root); }
+    static void AdoptRoot(DOM& document, std::unique_ptr<DOMElement> root) { document.m_root = std::move(root); }
     static const auto& Errors(const DOM& document) { return Diagnostics(document).m_errors; }
     static const auto& Warnings(const DOM& document) { return Diagnostics(document).m_warnings; }
     static std::size_t ErrorEntries(const DOM& document) { return Errors(document).size(); }

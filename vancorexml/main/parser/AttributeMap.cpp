@@ -135,12 +135,12 @@ AttributeMap& AttributeMap::operator=(AttributeMap&& other) noexcept
 {
     if (this != &other) {
         clear();
-        Take(other);
+        AdoptEntries(other);
     }
     return *this;
 }
 
-void AttributeMap::Take(AttributeMap& other) noexcept
+void AttributeMap::AdoptEntries(AttributeMap& other) noexcept
 {
     if (other.IsInBlock())
         m_block = other.m_block;
@@ -152,9 +152,9 @@ void AttributeMap::Take(AttributeMap& other) noexcept
 
 void AttributeMap::swap(AttributeMap& other) noexcept
 {
-    AttributeMap taken(std::move(other));
-    other.Take(*this);
-    Take(taken);
+    AttributeMap entries(std::move(other));
+    other.AdoptEntries(*this);
+    AdoptEntries(entries);
 }
 
 AttributeMap::const_iterator AttributeMap::find(const VString& name) const noexcept
@@ -182,7 +182,7 @@ const VString& AttributeMap::at(const VString& name) const
 void AttributeMap::reserve(size_type count)
 {
     if (count > m_capacity)
-        Grow(count);
+        Reallocate(count);
 }
 
 AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value) noexcept
@@ -199,7 +199,7 @@ AttributeMap::iterator AttributeMap::InsertNew(const VString& name, VString&& va
     if (m_size != m_capacity)
         return Append(name, std::move(value));
     const VString key(name);  // a copy, because `name` may refer to an entry, which moves when the map grows
-    Grow(2 * size() + 1);
+    Reallocate(2 * size() + 1);
     return Append(key, std::move(value));
 }
 
@@ -252,7 +252,7 @@ AttributeMap::iterator AttributeMap::erase(const_iterator first, const_iterator 
     return begin() + (first - cbegin());
 }
 
-void AttributeMap::Release() noexcept
+void AttributeMap::DestroyEntries() noexcept
 {
     for (value_type& entry : *this)
         entry.~value_type();
@@ -262,7 +262,7 @@ void AttributeMap::Release() noexcept
     m_capacity = 1;
 }
 
-void AttributeMap::Grow(size_type capacity)
+void AttributeMap::Reallocate(size_type capacity)
 {
     value_type* const grown = AllocateBlock(capacity);
     value_type* target = grown;

@@ -63,7 +63,7 @@ public:
     }
     AttributeMap(const AttributeMap& other);
     // Leaves `other` empty.
-    AttributeMap(AttributeMap&& other) noexcept { Take(other); }
+    AttributeMap(AttributeMap&& other) noexcept { AdoptEntries(other); }
     AttributeMap& operator=(const AttributeMap& other);
     // Leaves `other` empty, unless it is this map.
     AttributeMap& operator=(AttributeMap&& other) noexcept;
@@ -173,7 +173,7 @@ public:
     void clear() noexcept
     {
         if (m_size != 0 || IsInBlock())
-            Release();
+            DestroyEntries();
     }
     void swap(AttributeMap& other) noexcept;
 
@@ -186,11 +186,11 @@ private:
     friend class XercesXMLHandler;  // appends
 
     bool IsInBlock() const noexcept { return m_capacity > 1; }
-    // For an empty map without a block; leaves `other` like that.
-    void Take(AttributeMap& other) noexcept;
-    // Back to an empty map without a block.
-    void Release() noexcept;
-    void Grow(size_type capacity);
+    // For an empty map without a block; leaves `other` as such a map.
+    void AdoptEntries(AttributeMap& other) noexcept;
+    // Frees the block too: leaves an empty map without one.
+    void DestroyEntries() noexcept;
+    void Reallocate(size_type capacity);
     // For a name that is not there, while there is room.
     iterator Append(const VString& name, VString&& value) noexcept;
     // For a name that is not there.

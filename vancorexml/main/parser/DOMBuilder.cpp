@@ -31,7 +31,7 @@ void DOMBuilder::EndElement()
     }
     m_stack.pop_back();
     if (m_stack.size() == 1)
-        m_pages.Leave();
+        m_pages.Release();
 }
 
 void DOMBuilder::Characters(const VString& text)

@@ -42,7 +42,7 @@ void LogMissingBefore()
 }
 
 // Compares name, text, attributes and number of children; the caller compares the children.
-bool DiffersInItself(const DOMElement& a, const DOMElement& b)
+bool DiffersWithoutChildren(const DOMElement& a, const DOMElement& b)
 {
     return a.GetName() != b.GetName() || a.GetText() != b.GetText() || a.GetAttributes() != b.GetAttributes() ||
         a.GetChildren().size() != b.GetChildren().size();
@@ -52,7 +52,7 @@ bool DiffersInItself(const DOMElement& a, const DOMElement& b)
 
 void* DOMElement::operator new(std::size_t size)
 {
-    return ElementPages::AllocateAlone(size);
+    return ElementPages::AllocateStandalone(size);
 }
 
 void* DOMElement::operator new(std::size_t size, const std::nothrow_t&) noexcept
@@ -90,7 +90,7 @@ DOMElement::DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent
 // Delegates first: after that constructor the object is complete, so a failure runs the destructor.
 DOMElement::DOMElement(const DOMElement& other) : DOMElement(other, other.m_manager, nullptr)
 {
-    Detach();
+    RegisterDetached();
     if (m_manager)
         m_manager->m_diagnostics->CopyErrorsAndWarningsForNode(other, this);
     CopyChildrenOf(other, m_children);
@@ -100,7 +100,7 @@ DOMElement::~DOMElement()
 {
     DestroyChildren();
     if (m_links)
-        CutLinks();
+        ClearIncomingLinks();
     // Comes last: a query on another thread must not add an interval for an element after its death
     // was reported.
     if (m_manager)
@@ -132,7 +132,7 @@ DOMElement::Children DOMElement::Assign(const DOMElement& other)
 
 bool DOMElement::operator!=(const DOMElement& other) const
 {
-    if (DiffersInItself(*this, other))
+    if (DiffersWithoutChildren(*this, other))
         return true;
     std::vector<std::pair<const DOMElement*, const DOMElement*>> equal{{this, &other}};
     while (!equal.empty()) {
@@ -141,7 +141,7 @@ bool DOMElement::operator!=(const DOMElement& other) const
         for (std::size_t i = 0; i < a->m_children.size(); ++i) {
             const DOMElement& childOfA = *a->m_children[i];
             const DOMElement& childOfB = *b->m_children[i];
-            if (DiffersInItself(childOfA, childOfB))
+            if (DiffersWithoutChildren(childOfA, childOfB))
                 return true;
             if (childOfA.HasChildren())
                 equal.emplace_back(&childOfA, &childOfB);
@@ -240,30 +240,30 @@ VString DOMElement::GetParentAttr(const VString& name) const
     return VString();
 }
 
-void DOMElement::MakeRoom(std::size_t count)
+void DOMElement::ReserveChildren(std::size_t count)
 {
     if (count > m_children.capacity() - m_children.size())
-        Grow(count);
+        GrowChildren(count);
 }
 
 DOMElement& DOMElement::AddNewChild(const VString& name, const DOMElement* before)
 {
-    MakeRoom(1);
+    ReserveChildren(1);
     auto child = std::make_unique<DOMElement>(name);
     if (!before)
-        return TakeNewChild(std::move(child));
+        return AppendNewChild(std::move(child));
     child->m_manager = m_manager;
-    return Place(std::move(child), before);
+    return InsertBefore(std::move(child), before);
 }
 
 DOMElement& DOMElement::AddNewChild(const VString& name, ElementPages& pages)
 {
-    MakeRoom(1);
-    return TakeNewChild(std::unique_ptr<DOMElement>(new (pages) DOMElement(name)));
+    ReserveChildren(1);
+    return AppendNewChild(std::unique_ptr<DOMElement>(new (pages) DOMElement(name)));
 }
 
 // No links or diagnostics can refer to the new element yet, so none need an update.
-DOMElement& DOMElement::TakeNewChild(std::unique_ptr<DOMElement>&& child) noexcept
+DOMElement& DOMElement::AppendNewChild(std::unique_ptr<DOMElement>&& child) noexcept
 {
     child->m_manager = m_manager;
     child->m_parent = this;
@@ -277,13 +277,13 @@ DOMElement& DOMElement::InsertChild(std::unique_ptr<DOMElement>&& child, const D
         ThrowLogicException(SourceFile, 412, "child", MakeLogicError(0x3E5D90A4));
     DOMElement& element = *child;
     RequireNotBelow(element);
-    MakeRoom(1);
+    ReserveChildren(1);
     DOM* const oldManager = element.m_manager;
     if (oldManager != m_manager)
         ChangeDocument(&child, 1);
     if (element.m_links)
-        element.EndDetachment(oldManager);
-    return Place(std::move(child), before);
+        element.UnregisterDetached(oldManager);
+    return InsertBefore(std::move(child), before);
 }
 
 DOMElement* DOMElement::GetChild(const VString& name)
@@ -339,7 +339,7 @@ const DOMElement& DOMElement::GetRequiredChildByAttr(const VString& attrName, co
 std::unique_ptr<DOMElement> DOMElement::RemoveChild(DOMElement& child)
 {
     const Children::iterator position = RequireChild(child);
-    child.Detach();
+    child.RegisterDetached();
     std::unique_ptr<DOMElement> removed = std::move(*position);
     m_children.erase(position);
     return removed;
@@ -355,11 +355,11 @@ std::vector<std::unique_ptr<DOMElement>> DOMElement::RemoveChildren()
 {
     for (auto i = m_children.begin(); i != m_children.end(); ++i) {
         try {
-            (*i)->Detach();
+            (*i)->RegisterDetached();
         } catch (...) {
             while (i != m_children.begin()) {
                 --i;
-                (*i)->EndDetachment(m_manager);
+                (*i)->UnregisterDetached(m_manager);
             }
             throw;
         }
@@ -423,10 +423,10 @@ void DOMElement::AdoptChildren(DOMElement& other, const DOMElement* before)
                 ThrowOwnDescendant();
         }
     }
-    MakeRoom(other.m_children.size());
+    ReserveChildren(other.m_children.size());
     if (other.m_manager != m_manager)
         ChangeDocument(other.m_children.data(), other.m_children.size());
-    PlaceAll(std::exchange(other.m_children, Children()), before);
+    InsertAllBefore(std::exchange(other.m_children, Children()), before);
 }
 
 void DOMElement::AdoptAttribute(DOMElement& other, const VString& name)
@@ -523,26 +523,26 @@ bool DOMElement::IsAtOrBelow(const DOMElement& top) const
     return false;
 }
 
-void DOMElement::Grow(std::size_t count)
+void DOMElement::GrowChildren(std::size_t count)
 {
     // Capacities 3, 7, 15, …: with the allocator's one-word header each block fills a size class exactly.
     m_children.reserve(std::max({m_children.size() + count, 2 * m_children.size() + 1, std::size_t{3}}));
 }
 
-void DOMElement::Link(DOMElement& child) noexcept
+void DOMElement::BecomeParentOf(DOMElement& child) noexcept
 {
     if (m_manager)
         m_manager->m_diagnostics->ElementMoves(child);
     child.m_parent = this;
 }
 
-DOMElement& DOMElement::Place(std::unique_ptr<DOMElement>&& child, const DOMElement* before)
+DOMElement& DOMElement::InsertBefore(std::unique_ptr<DOMElement>&& child, const DOMElement* before)
 {
     DOMElement& element = *child;
     const Children::iterator position = before ? FindChild(*before) : m_children.end();
     const bool isMissing = before && position == m_children.end();
     m_children.insert(position, std::move(child));
-    Link(element);
+    BecomeParentOf(element);
     if (isMissing)
         LogMissingBefore();
     return element;
@@ -552,15 +552,15 @@ void DOMElement::MoveChild(DOMElement& child, DOMElement& newParent, const DOMEl
 {
     const Children::difference_type position = RequireChild(child) - m_children.begin();
     newParent.RequireNotBelow(child);
-    newParent.MakeRoom(1);
+    newParent.ReserveChildren(1);
     if (m_manager != newParent.m_manager)
         newParent.ChangeDocument(&m_children[static_cast<std::size_t>(position)], 1);
     std::unique_ptr<DOMElement> moved = std::move(m_children[static_cast<std::size_t>(position)]);
     m_children.erase(m_children.begin() + position);
-    newParent.Place(std::move(moved), before);
+    newParent.InsertBefore(std::move(moved), before);
 }
 
-void DOMElement::PlaceAll(Children&& children, const DOMElement* before)
+void DOMElement::InsertAllBefore(Children&& children, const DOMElement* before)
 {
     Children::iterator position = before ? FindChild(*before) : m_children.end();
     const bool isMissing = before && position == m_children.end();
@@ -576,7 +576,7 @@ void DOMElement::PlaceAll(Children&& children, const DOMElement* before)
         }
     }
     for (const std::unique_ptr<DOMElement>& child : children)
-        Link(*child);
+        BecomeParentOf(*child);
     m_children.insert(position, std::make_move_iterator(children.begin()), std::make_move_iterator(children.end()));
     for (; missed != 0; --missed)
         LogMissingBefore();

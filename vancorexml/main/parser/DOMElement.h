@@ -289,7 +289,7 @@ private:
     // Assigns `other` and returns the old children. `other` must not be this element.
     Children Assign(const DOMElement& other);
     // Sets the document of the whole subtree. Neither allocates nor recurses.
-    void SetManager(DOM* manager) noexcept;
+    void SetSubtreeManager(DOM* manager) noexcept;
     // Moves subtrees of one document, or of none, to this element's document. If it throws, nothing
     // has changed.
     void ChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count);
@@ -300,11 +300,11 @@ private:
     bool HasRemovedChildren() const;
     // Call before this element is removed from its parent's children, and for a new copy. If it
     // throws, nothing has changed.
-    void Detach();
+    void RegisterDetached();
     // Call before a detached element gets another parent. `manager` is its old document.
-    void EndDetachment(DOM* manager) noexcept;
+    void UnregisterDetached(DOM* manager) noexcept;
     // Sets all links to this dying element to null.
-    void CutLinks() noexcept;
+    void ClearIncomingLinks() noexcept;
     // Sets all links to a dying document to null.
     static void DocumentDies(DOM& document) noexcept;
 
@@ -318,18 +318,20 @@ private:
     bool IsAtOrBelow(const DOMElement& top) const;
     // A new child at the end.
     DOMElement& AddNewChild(const VString& name, ElementPages& pages);
-    DOMElement& TakeNewChild(std::unique_ptr<DOMElement>&& child) noexcept;
-    // Room for that many more children.
-    void MakeRoom(std::size_t count);
-    void Grow(std::size_t count);
-    // The last steps of an insertion; room is made, the document is set.
-    DOMElement& Place(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
+    // For a child that nothing refers to yet. The caller has reserved the capacity.
+    DOMElement& AppendNewChild(std::unique_ptr<DOMElement>&& child) noexcept;
+    // Makes sure that `count` more children need no allocation.
+    void ReserveChildren(std::size_t count);
+    // The slow half of ReserveChildren: allocates.
+    void GrowChildren(std::size_t count);
+    // The last steps of an insertion. The caller has reserved the capacity and set the document.
+    DOMElement& InsertBefore(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
     // From its place among this element's children to the other parent.
     void MoveChild(DOMElement& child, DOMElement& newParent, const DOMElement* before);
-    // As if each were inserted before `before` in turn.
-    void PlaceAll(Children&& children, const DOMElement* before);
+    // Like InsertBefore for each child in turn.
+    void InsertAllBefore(Children&& children, const DOMElement* before);
     // Makes this element the child's parent.
-    void Link(DOMElement& child) noexcept;
+    void BecomeParentOf(DOMElement& child) noexcept;
 
     // The document and the parent. Neither is owned.
     DOM* m_manager = nullptr;

@@ -26,7 +26,7 @@ ElementLinks& DOMElement::GetLinks() const
     return *m_links;
 }
 
-void DOMElement::Detach()
+void DOMElement::RegisterDetached()
 {
     if (!m_manager && !m_parent)
         return;
@@ -54,7 +54,7 @@ void DOMElement::Detach()
         m_manager->m_diagnostics->ChildIsRemoved(*this);
 }
 
-void DOMElement::EndDetachment(DOM* manager) noexcept
+void DOMElement::UnregisterDetached(DOM* manager) noexcept
 {
     ElementLinks& links = *m_links;
     if (manager) {
@@ -70,7 +70,7 @@ void DOMElement::EndDetachment(DOM* manager) noexcept
     links.siblings.reset();
 }
 
-void DOMElement::CutLinks() noexcept
+void DOMElement::ClearIncomingLinks() noexcept
 {
     for (const std::shared_ptr<RecordTie>& tie : m_links->ties)
         tie->ElementDies(*this);
@@ -84,21 +84,21 @@ void DOMElement::CutLinks() noexcept
                 m_manager->m_diagnostics->ElementMoves(*child);
         }
     }
-    EndDetachment(m_manager);
+    UnregisterDetached(m_manager);
 }
 
 void DOMElement::DocumentDies(DOM& document) noexcept
 {
     const std::lock_guard<std::mutex> lock(document.m_linkedElements->mutex);
     for (DOMElement* const element : document.m_linkedElements->elements) {
-        element->SetManager(nullptr);
+        element->SetSubtreeManager(nullptr);
         element->m_links->isListedByDocument = false;
     }
 }
 
 // The elements left to visit form a linked list: the parent link of an element's first child holds the
 // next element of the list, and the visit restores it. So the walk does not allocate.
-void DOMElement::SetManager(DOM* manager) noexcept
+void DOMElement::SetSubtreeManager(DOM* manager) noexcept
 {
     m_manager = manager;
     DOMElement* waiting = nullptr;
@@ -126,5 +126,5 @@ void DOMElement::ChangeDocument(const std::unique_ptr<DOMElement>* first, std::s
             first, count, *from->m_diagnostics, m_manager ? m_manager->m_diagnostics.get() : nullptr);
     }
     for (std::size_t i = 0; i < count; ++i)
-        first[i]->SetManager(m_manager);
+        first[i]->SetSubtreeManager(m_manager);
 }

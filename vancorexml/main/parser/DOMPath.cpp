@@ -70,7 +70,7 @@ void DOMPath::Walker::Restart(const DOMElement& element)
     const bool isAbsolute = startsWithSlash && !m_segments[1].IsEmpty();
     m_active.assign(Span().words, 0);
     SetBit(m_active, startsWithSlash ? 1 : 0);
-    Close(m_active, 0);
+    ActivateSuccessors(m_active, 0);
     m_start = isAbsolute ? DocumentElementOf(element) : &element;
 }
 
@@ -88,7 +88,7 @@ const DOMElement* DOMPath::Walker::Next()
             m_frames.pop_back();
         }
         if (element->HasChildren())
-            Enter(*element, span.firstWord);
+            PushLevel(*element, span.firstWord);
         if (isMatch)
             return element;
     }
@@ -126,9 +126,9 @@ bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
 }
 
 // Enters the children of `element` as the next level, with the set m_next, if any segment is active.
-void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
+void DOMPath::Walker::PushLevel(const DOMElement& element, std::size_t firstWord)
 {
-    Close(m_next, firstWord);
+    ActivateSuccessors(m_next, firstWord);
     std::size_t begin = 0;
     std::size_t end = m_next.size();
     while (end > 0 && m_next[end - 1] == 0)
@@ -145,7 +145,7 @@ void DOMPath::Walker::Enter(const DOMElement& element, std::size_t firstWord)
 }
 
 // Drops a bit that is carried out of the last word. A caller adds a word if a segment could be lost.
-void DOMPath::Walker::Close(std::vector<Word>& active, std::size_t firstWord) const
+void DOMPath::Walker::ActivateSuccessors(std::vector<Word>& active, std::size_t firstWord) const
 {
     Word carried = 0;
     for (std::size_t i = 0; i < active.size(); ++i) {

@@ -65,8 +65,8 @@ private:
     };
 
     bool Visit(const DOMElement& element, const Span& span);
-    void Enter(const DOMElement& element, std::size_t firstWord);
-    void Close(std::vector<Word>& active, std::size_t firstWord) const;
+    void PushLevel(const DOMElement& element, std::size_t firstWord);
+    void ActivateSuccessors(std::vector<Word>& active, std::size_t firstWord) const;
 
     std::vector<VString> m_segments;
     std::vector<Word> m_emptySegments;    // the set of the empty segments

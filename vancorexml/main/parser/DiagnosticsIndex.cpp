@@ -36,7 +36,7 @@ void DiagnosticsIndex::Build(KindsByElement&& records) noexcept
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_isBuilt)
         return;
-    m_unplaced = std::move(records);
+    m_pending = std::move(records);
     m_isBuilt = true;
 }
 
@@ -54,14 +54,14 @@ void DiagnosticsIndex::SetKinds(const DOMElement& element, DiagnosticKinds kinds
         return;
     const std::lock_guard<std::mutex> lock(m_mutex);
     try {
-        const auto placed = m_intervals.find(&element);
-        if (placed == m_intervals.end() && kinds != 0) {
-            m_unplaced[&element] = kinds;
+        const auto interval = m_intervals.find(&element);
+        if (interval == m_intervals.end() && kinds != 0) {
+            m_pending[&element] = kinds;
             return;
         }
-        m_unplaced.erase(&element);
-        if (placed != m_intervals.end())
-            SetPlacedKinds(placed->second, kinds);
+        m_pending.erase(&element);
+        if (interval != m_intervals.end())
+            UpdateKinds(interval->second, kinds);
     } catch (const std::bad_alloc&) {
         DropLocked();
     }
@@ -80,8 +80,8 @@ void DiagnosticsIndex::ElementMoves(const DOMElement& element) noexcept
         // The first mark within an interval begins another; without it, the intervals within the
         // other one are directly in this one.
         while (moved.begin.next != &moved.end)
-            Unplace(m_intervals.find(static_cast<const BeginMark*>(moved.begin.next)->element));
-        Unplace(top);
+            MoveToPending(m_intervals.find(static_cast<const BeginMark*>(moved.begin.next)->element));
+        MoveToPending(top);
     } catch (const std::bad_alloc&) {
         DropLocked();
     }
@@ -107,7 +107,7 @@ void DiagnosticsIndex::ElementDies(const DOMElement& element) noexcept
     if (!IsBuilt())
         return;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_unplaced.erase(&element);
+    m_pending.erase(&element);
     const auto interval = m_intervals.find(&element);
     if (interval != m_intervals.end())
         RemoveInterval(interval);
@@ -116,15 +116,15 @@ void DiagnosticsIndex::ElementDies(const DOMElement& element) noexcept
 bool DiagnosticsIndex::Has(const DOMElement& element, DiagnosticKind kind)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    PlaceAll();
+    InsertPendingIntervals();
     const auto found = m_intervals.find(&element);
     if (found != m_intervals.end()) {
-        const SortedIntervals& placed = Placed(kind);
-        const auto first = placed.lower_bound(&found->second);
-        if (first != placed.end() && (*first)->begin.label < found->second.end.label)
+        const SortedIntervals& intervals = IntervalsOf(kind);
+        const auto first = intervals.lower_bound(&found->second);
+        if (first != intervals.end() && (*first)->begin.label < found->second.end.label)
             return true;
     }
-    for (const auto& [other, kinds] : m_unplaced) {
+    for (const auto& [other, kinds] : m_pending) {
         if ((kinds & kind) != 0 && IsAtOrBelow(*other, element))
             return true;
     }
@@ -134,16 +134,16 @@ bool DiagnosticsIndex::Has(const DOMElement& element, DiagnosticKind kind)
 bool DiagnosticsIndex::HasAny(DiagnosticKind kind)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    PlaceAll();
+    InsertPendingIntervals();
     const auto hasKind = [kind](const auto& entry) { return (entry.second & kind) != 0; };
-    return !Placed(kind).empty() || std::any_of(m_unplaced.begin(), m_unplaced.end(), hasKind);
+    return !IntervalsOf(kind).empty() || std::any_of(m_pending.begin(), m_pending.end(), hasKind);
 }
 
 void DiagnosticsIndex::Collect(const DOMElement& element, DiagnosticKind kind, std::vector<const DOMElement*>& found)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    PlaceAll();
-    for (const auto& [other, kinds] : m_unplaced) {
+    InsertPendingIntervals();
+    for (const auto& [other, kinds] : m_pending) {
         if ((kinds & kind) != 0 && IsInTreeBelow(*other, element))
             found.push_back(other);
     }
@@ -151,13 +151,13 @@ void DiagnosticsIndex::Collect(const DOMElement& element, DiagnosticKind kind, s
     if (position == m_intervals.end())
         return;
     const Interval& interval = position->second;
-    const SortedIntervals& placed = Placed(kind);
+    const SortedIntervals& intervals = IntervalsOf(kind);
     auto removed = m_removedChildren.upper_bound(&interval);
-    for (auto i = placed.lower_bound(&interval); i != placed.end() && (*i)->begin.label < interval.end.label;) {
+    for (auto i = intervals.lower_bound(&interval); i != intervals.end() && (*i)->begin.label < interval.end.label;) {
         while (removed != m_removedChildren.end() && (*removed)->end.label < (*i)->begin.label)
             ++removed;
         if (removed != m_removedChildren.end() && (*removed)->begin.label <= (*i)->begin.label) {
-            i = placed.lower_bound((*removed)->end.label);
+            i = intervals.lower_bound((*removed)->end.label);
         } else {
             found.push_back((*i)->begin.element);
             ++i;
@@ -165,22 +165,21 @@ void DiagnosticsIndex::Collect(const DOMElement& element, DiagnosticKind kind, s
     }
 }
 
-DiagnosticsIndex::SortedIntervals& DiagnosticsIndex::Placed(DiagnosticKinds kind) noexcept
+DiagnosticsIndex::SortedIntervals& DiagnosticsIndex::IntervalsOf(DiagnosticKinds kind) noexcept
 {
     std::size_t i = 0;
     while (AllKinds[i] != kind)
         ++i;
-    return m_placed[i];
+    return m_intervalsByKind[i];
 }
 
-void DiagnosticsIndex::PlaceAll()
+void DiagnosticsIndex::InsertPendingIntervals()
 {
-    for (auto i = m_unplaced.begin(); i != m_unplaced.end();)
-        i = Place(*i->first, i->second) ? m_unplaced.erase(i) : std::next(i);
+    for (auto i = m_pending.begin(); i != m_pending.end();)
+        i = TryInsertInterval(*i->first, i->second) ? m_pending.erase(i) : std::next(i);
 }
 
-// Returns false for an element that must stay unplaced (invariant 3).
-bool DiagnosticsIndex::Place(const DOMElement& element, DiagnosticKinds kinds)
+bool DiagnosticsIndex::TryInsertInterval(const DOMElement& element, DiagnosticKinds kinds)
 {
     std::vector<const DOMElement*> missing;
     for (const DOMElement* i = &element; i && m_intervals.count(i) == 0; i = i->GetParent()) {
@@ -189,13 +188,12 @@ bool DiagnosticsIndex::Place(const DOMElement& element, DiagnosticKinds kinds)
         missing.push_back(i);
     }
     for (; !missing.empty(); missing.pop_back())
-        AddInterval(*missing.back());
-    SetPlacedKinds(m_intervals.find(&element)->second, kinds);
+        InsertIntoParent(*missing.back());
+    UpdateKinds(m_intervals.find(&element)->second, kinds);
     return true;
 }
 
-// The parent, if there is one, has its interval already.
-void DiagnosticsIndex::AddInterval(const DOMElement& element)
+void DiagnosticsIndex::InsertIntoParent(const DOMElement& element)
 {
     const auto position = m_intervals.try_emplace(&element).first;
     Interval& interval = position->second;
@@ -215,7 +213,7 @@ void DiagnosticsIndex::AddInterval(const DOMElement& element)
     }
 }
 
-void DiagnosticsIndex::SetPlacedKinds(Interval& interval, DiagnosticKinds kinds)
+void DiagnosticsIndex::UpdateKinds(Interval& interval, DiagnosticKinds kinds)
 {
     for (const DiagnosticKind kind : AllKinds) {
         const bool had = (interval.kinds & kind) != 0;
@@ -223,25 +221,25 @@ void DiagnosticsIndex::SetPlacedKinds(Interval& interval, DiagnosticKinds kinds)
         if (had == has)
             continue;
         if (has)
-            Placed(kind).insert(&interval);
+            IntervalsOf(kind).insert(&interval);
         else
-            Placed(kind).erase(&interval);
+            IntervalsOf(kind).erase(&interval);
         interval.kinds = static_cast<DiagnosticKinds>(interval.kinds ^ kind);
     }
 }
 
-void DiagnosticsIndex::Unplace(Intervals::iterator position)
+void DiagnosticsIndex::MoveToPending(Intervals::iterator position)
 {
-    // When memory ran out while the element was placed, m_unplaced still has all of its kinds.
+    // When memory ran out while the interval was inserted, m_pending still has all of its kinds.
     if (position->second.kinds != 0)
-        m_unplaced.try_emplace(position->first, position->second.kinds);
+        m_pending.try_emplace(position->first, position->second.kinds);
     RemoveInterval(position);
 }
 
 void DiagnosticsIndex::RemoveInterval(Intervals::iterator position) noexcept
 {
     Interval& interval = position->second;
-    SetPlacedKinds(interval, 0);
+    UpdateKinds(interval, 0);
     m_removedChildren.erase(&interval);
     OrderedMarks::Remove(interval.begin);
     OrderedMarks::Remove(interval.end);
@@ -251,11 +249,11 @@ void DiagnosticsIndex::RemoveInterval(Intervals::iterator position) noexcept
 void DiagnosticsIndex::DropLocked() noexcept
 {
     m_isBuilt = false;
-    for (SortedIntervals& placed : m_placed)
-        placed.clear();
+    for (SortedIntervals& intervals : m_intervalsByKind)
+        intervals.clear();
     m_removedChildren.clear();
     m_marks.Clear();
     // Swaps, because clear() keeps the buckets.
     Intervals().swap(m_intervals);
-    KindsByElement().swap(m_unplaced);
+    KindsByElement().swap(m_pending);
 }

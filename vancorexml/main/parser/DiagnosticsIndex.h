@@ -27,9 +27,9 @@ class DOMElement;
 // Invariants
 // 1. Only living elements of the document have intervals. An element's parent, if it has one, has
 //    an interval too, and the element's lies within it.
-// 2. While the index is built, an element with records is placed or is in m_unplaced. Placed means that
-//    it has an interval and that m_placed holds the interval for each kind of its records.
-// 3. m_unplaced holds new records until the next question. An element with an ancestor in another
+// 2. While the index is built, an element with records is indexed or is in m_pending. Indexed means that
+//    it has an interval and that m_intervalsByKind holds the interval for each kind of its records.
+// 3. m_pending holds new records until the next question. An element with an ancestor in another
 //    document stays there, because that ancestor reports its changes to the other document. Each
 //    question climbs from such an element again.
 // 4. An interval stays until its element dies or moves, even without records. Otherwise questions that
@@ -89,12 +89,15 @@ private:
     };
     using SortedIntervals = std::set<const Interval*, ByBegin>;
 
-    SortedIntervals& Placed(DiagnosticKinds kind) noexcept;
-    void PlaceAll();
-    bool Place(const DOMElement& element, DiagnosticKinds kinds);
-    void AddInterval(const DOMElement& element);
-    void SetPlacedKinds(Interval& interval, DiagnosticKinds kinds);
-    void Unplace(Intervals::iterator position);
+    SortedIntervals& IntervalsOf(DiagnosticKinds kind) noexcept;
+    void InsertPendingIntervals();
+    // Also inserts the missing intervals of the ancestors. Returns false for an element that must stay
+    // pending (invariant 3).
+    bool TryInsertInterval(const DOMElement& element, DiagnosticKinds kinds);
+    // The parent, if there is one, must have its interval already.
+    void InsertIntoParent(const DOMElement& element);
+    void UpdateKinds(Interval& interval, DiagnosticKinds kinds);
+    void MoveToPending(Intervals::iterator position);
     void RemoveInterval(Intervals::iterator position) noexcept;
     void DropLocked() noexcept;
 
@@ -102,10 +105,10 @@ private:
     std::mutex m_mutex;
     std::atomic<bool> m_isBuilt{false};
     // Guarded by m_mutex.
-    KindsByElement m_unplaced;
+    KindsByElement m_pending;
     Intervals m_intervals;
     OrderedMarks m_marks;
-    std::array<SortedIntervals, DiagnosticKindCount> m_placed;
+    std::array<SortedIntervals, DiagnosticKindCount> m_intervalsByKind;
     // The intervals of removed children, which remember a parent.
     SortedIntervals m_removedChildren;
 };

@@ -81,7 +81,7 @@ void RecordTie::ElementDies(const DOMElement& element) noexcept
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (DocumentDiagnostics* const document = m_document)
-        document->ForgetTied(element);
+        document->EraseTiedRecordsOf(element);
 }
 
 void RecordTie::DocumentDies() noexcept
@@ -185,14 +185,14 @@ void DocumentDiagnostics::ClearAllErrorsAndWarnings()
 
 void DocumentDiagnostics::CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElement* target)
 {
-    DocumentDiagnostics* const from = Of(source);
+    DocumentDiagnostics* const from = DiagnosticsOf(source);
     if (!from || !from->HasRecords())
         return;
     const TwoWriteLocks locks(m_lock, from->m_lock);
     if (!from->HasRecordsOf(source))
         return;
     const DOMElement& key = target ? *target : source;
-    TieIfForeign(key);
+    AddTieIfForeign(key);
     const bool copiedErrors = CopyEntry(m_errors, from->m_errors, source, key);
     try {
         CopyEntry(m_warnings, from->m_warnings, source, key);
@@ -201,19 +201,19 @@ void DocumentDiagnostics::CopyErrorsAndWarningsForNode(const DOMElement& source,
             m_errors.erase(&key);
         throw;
     }
-    RecordsChanged(key);
+    OnRecordsChanged(key);
 }
 
 void DocumentDiagnostics::AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target)
 {
-    DocumentDiagnostics* const from = Of(node);
+    DocumentDiagnostics* const from = DiagnosticsOf(node);
     if (!from || !from->HasRecords())
         return;
     const TwoWriteLocks locks(m_lock, from->m_lock);
     if (!from->HasRecordsOf(node))
         return;
     const DOMElement& key = target ? *target : node;
-    TieIfForeign(key);
+    AddTieIfForeign(key);
     Reserve(1);
     MoveRecordsFrom(*from, node, key);
 }
@@ -223,9 +223,9 @@ void DocumentDiagnostics::MoveErrorsAndWarningsTo(DocumentDiagnostics& other)
     const TwoWriteLocks locks(m_lock, other.m_lock);
     if (&other != this) {
         for (const auto& [element, records] : m_errors)
-            other.TieIfForeign(*element);
+            other.AddTieIfForeign(*element);
         for (const auto& [element, records] : m_warnings)
-            other.TieIfForeign(*element);
+            other.AddTieIfForeign(*element);
         other.m_errors.swap(m_errors);
         other.m_warnings.swap(m_warnings);
         other.m_hasRecords = !other.m_errors.empty() || !other.m_warnings.empty();
@@ -255,7 +255,7 @@ void DocumentDiagnostics::SubtreesChangeDocument(
         to->Reserve(recorded.size() + 1);
     } else {
         for (const DOMElement* element : recorded)
-            from.Tie(*element);
+            from.AddTie(*element);
     }
     // From here on nothing can fail.
     for (std::size_t i = 0; i < count; ++i)
@@ -273,7 +273,7 @@ void DocumentDiagnostics::DocumentDies() noexcept
     std::unordered_map<const DOMElement*, std::shared_ptr<RecordTie>> ties;
     {
         const VWriteLocker lock(m_lock);
-        ForgetElement(*m_top);
+        EraseRecordsOf(*m_top);
         ties.swap(m_ties);
     }
     // Holds no lock of the document here: an element that dies on another thread locks first the tie and
@@ -294,7 +294,7 @@ void DocumentDiagnostics::AddRecord(Map& map, const DOMElement& element, Add add
             map.erase(entry);
         throw;
     }
-    RecordsChanged(element);
+    OnRecordsChanged(element);
 }
 
 template <typename Map>
@@ -306,7 +306,7 @@ void DocumentDiagnostics::Clear(Map& map, const DOMElement& element, DiagnosticK
         Map cleared;
         cleared.swap(map);
         for (const auto& [key, records] : cleared)
-            RecordsChanged(*key);
+            OnRecordsChanged(*key);
         return;
     }
     std::vector<const DOMElement*> keys{&element};
@@ -316,7 +316,7 @@ void DocumentDiagnostics::Clear(Map& map, const DOMElement& element, DiagnosticK
     }
     for (const DOMElement* key : keys) {
         if (map.erase(key) != 0)
-            RecordsChanged(*key);
+            OnRecordsChanged(*key);
     }
 }
 
@@ -332,7 +332,7 @@ void DocumentDiagnostics::BuildIndex() const
     m_index.Build(std::move(kinds));
 }
 
-void DocumentDiagnostics::ForgetElement(const DOMElement& element)
+void DocumentDiagnostics::EraseRecordsOf(const DOMElement& element)
 {
     const VWriteLocker lock(m_lock);
     if (&element == m_top) {
@@ -347,7 +347,7 @@ void DocumentDiagnostics::ForgetElement(const DOMElement& element)
     m_hasRecords = !m_errors.empty() || !m_warnings.empty();
 }
 
-void DocumentDiagnostics::RecordsChanged(const DOMElement& element) noexcept
+void DocumentDiagnostics::OnRecordsChanged(const DOMElement& element) noexcept
 {
     m_hasRecords = !m_errors.empty() || !m_warnings.empty();
     if (m_index.IsBuilt()) {
@@ -367,17 +367,17 @@ void DocumentDiagnostics::MoveRecordsFrom(
 {
     MoveEntry(m_errors, from.m_errors, node, key);
     MoveEntry(m_warnings, from.m_warnings, node, key);
-    from.RecordsChanged(node);
-    RecordsChanged(key);
+    from.OnRecordsChanged(node);
+    OnRecordsChanged(key);
 }
 
-void DocumentDiagnostics::TieIfForeign(const DOMElement& key)
+void DocumentDiagnostics::AddTieIfForeign(const DOMElement& key)
 {
-    if (Of(key) != this)
-        Tie(key);
+    if (DiagnosticsOf(key) != this)
+        AddTie(key);
 }
 
-void DocumentDiagnostics::Tie(const DOMElement& key)
+void DocumentDiagnostics::AddTie(const DOMElement& key)
 {
     const auto [entry, isNew] = m_ties.try_emplace(&key);
     if (!isNew)
@@ -393,14 +393,14 @@ void DocumentDiagnostics::Tie(const DOMElement& key)
     }
 }
 
-void DocumentDiagnostics::ForgetTied(const DOMElement& element)
+void DocumentDiagnostics::EraseTiedRecordsOf(const DOMElement& element)
 {
     const VWriteLocker lock(m_lock);
     m_ties.erase(&element);
-    ForgetElement(element);
+    EraseRecordsOf(element);
 }
 
-DocumentDiagnostics* DocumentDiagnostics::Of(const DOMElement& element) noexcept
+DocumentDiagnostics* DocumentDiagnostics::DiagnosticsOf(const DOMElement& element) noexcept
 {
     DOM* const document = const_cast<DOM*>(element.GetDOMManager());
     return document ? document->m_diagnostics.get() : nullptr;

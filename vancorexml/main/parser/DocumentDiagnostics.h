@@ -93,7 +93,7 @@ public:
     void ElementDies(const DOMElement& element)
     {
         if (HasRecords() || m_index.IsBuilt())
-            ForgetElement(element);
+            EraseRecordsOf(element);
     }
     // `element` gets, or just got, another parent.
     void ElementMoves(const DOMElement& element) noexcept { m_index.ElementMoves(element); }
@@ -120,7 +120,7 @@ private:
     using WarningMap = RecordMap<WarningRecord>;
 
     // The document of an element; null for none.
-    static DocumentDiagnostics* Of(const DOMElement& element) noexcept;
+    static DocumentDiagnostics* DiagnosticsOf(const DOMElement& element) noexcept;
 
     bool HasRecords() const noexcept { return m_hasRecords.load(std::memory_order_acquire); }
     bool HasRecordsOf(const DOMElement& element) const
@@ -133,16 +133,16 @@ private:
     template <typename Map>
     void Clear(Map& map, const DOMElement& element, DiagnosticKind kind);
     void BuildIndex() const;
-    void ForgetElement(const DOMElement& element);
+    void EraseRecordsOf(const DOMElement& element);
     // The records of `element` changed.
-    void RecordsChanged(const DOMElement& element) noexcept;
+    void OnRecordsChanged(const DOMElement& element) noexcept;
     void Reserve(std::size_t count);
     // Moves the entries of `node`, which must not need memory: see Reserve.
     void MoveRecordsFrom(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept;
     // Establishes invariant 2 for an element that is about to become a key.
-    void TieIfForeign(const DOMElement& key);
-    void Tie(const DOMElement& key);
-    void ForgetTied(const DOMElement& element);
+    void AddTieIfForeign(const DOMElement& key);
+    void AddTie(const DOMElement& key);
+    void EraseTiedRecordsOf(const DOMElement& element);
 
     VReadWriteLock& m_lock;
     const DOMElement* const m_top;

@@ -16,25 +16,25 @@ constexpr std::size_t FirstCapacity = HasAddressSanitizer ? 1 : 4;
 constexpr std::size_t MaxCapacity = HasAddressSanitizer ? 1 : 1024;
 
 // The room before an element without a page: the page word, padded to the alignment of the element.
-constexpr std::size_t LoneHead = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIGNMENT__, sizeof(void*));
+constexpr std::size_t StandaloneHeaderSize = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIGNMENT__, sizeof(void*));
 
 }  // namespace
 
 // The memory of one element. Free reads the page from the word before the element.
-struct ElementPages::Place {
+struct ElementPages::Slot {
     Page* page;
     alignas(DOMElement) unsigned char element[sizeof(DOMElement)];
 };
 
 struct ElementPages::Page {
     // The number of living elements and of unused slots.
-    std::atomic<std::size_t> alive;
+    std::atomic<std::size_t> references;
 
-    Place* Places() noexcept { return reinterpret_cast<Place*>(this + 1); }
-    static void Drop(Page* page, std::size_t count) noexcept
+    Slot* Slots() noexcept { return reinterpret_cast<Slot*>(this + 1); }
+    static void ReleaseReferences(Page* page, std::size_t count) noexcept
     {
         // Acquire and release: all writes of other threads to the page happen before it is freed.
-        if (page->alive.fetch_sub(count, std::memory_order_acq_rel) == count)
+        if (page->references.fetch_sub(count, std::memory_order_acq_rel) == count)
             ::operator delete(page);
     }
 };
@@ -43,30 +43,31 @@ ElementPages::ElementPages() : ElementPages(FirstCapacity, MaxCapacity) {}
 
 void* ElementPages::Allocate()
 {
-    static_assert(sizeof(Page) % alignof(Place) == 0 && offsetof(Place, element) == sizeof(Page*));
+    static_assert(sizeof(Page) % alignof(Slot) == 0 && offsetof(Slot, element) == sizeof(Page*));
     if (m_used == m_capacity) {
-        const std::size_t capacity = std::clamp(2 * m_capacity, m_first, m_most);
-        void* const memory = ::operator new(sizeof(Page) + capacity * sizeof(Place));
+        const std::size_t capacity = std::clamp(2 * m_capacity, m_firstCapacity, m_maxCapacity);
+        void* const memory = ::operator new(sizeof(Page) + capacity * sizeof(Slot));
         m_page = new (memory) Page{capacity};
         m_used = 0;
         m_capacity = capacity;
     }
-    Place* const place = m_page->Places() + m_used++;
-    place->page = m_page;
-    return place->element;
+    Slot* const slot = m_page->Slots() + m_used++;
+    slot->page = m_page;
+    return slot->element;
 }
 
-void ElementPages::Leave() noexcept
+void ElementPages::Release() noexcept
 {
     if (m_used != m_capacity)
-        Page::Drop(m_page, m_capacity - m_used);
+        Page::ReleaseReferences(m_page, m_capacity - m_used);
     m_used = 0;
     m_capacity = 0;
 }
 
-void* ElementPages::AllocateAlone(std::size_t size)
+void* ElementPages::AllocateStandalone(std::size_t size)
 {
-    unsigned char* const element = static_cast<unsigned char*>(::operator new(LoneHead + size)) + LoneHead;
+    unsigned char* const element =
+        static_cast<unsigned char*>(::operator new(StandaloneHeaderSize + size)) + StandaloneHeaderSize;
     new (element - sizeof(Page*)) Page*(nullptr);
     return element;
 }
@@ -75,7 +76,7 @@ void ElementPages::Free(void* element) noexcept
 {
     unsigned char* const bytes = static_cast<unsigned char*>(element);
     if (Page* const page = *reinterpret_cast<Page**>(bytes - sizeof(Page*)))
-        Page::Drop(page, 1);
+        Page::ReleaseReferences(page, 1);
     else
-        ::operator delete(bytes - LoneHead);
+        ::operator delete(bytes - StandaloneHeaderSize);
 }

@@ -15,28 +15,28 @@
 class ElementPages {
 public:
     ElementPages();
-    // The first page has `first` places, and each further page twice as many, up to `most`.
-    ElementPages(std::size_t first, std::size_t most) noexcept : m_first(first), m_most(most) {}
+    // The first page has `first` places, and each further page twice as many, up to `max`.
+    ElementPages(std::size_t first, std::size_t max) noexcept : m_firstCapacity(first), m_maxCapacity(max) {}
     ElementPages(const ElementPages&) = delete;
     ElementPages& operator=(const ElementPages&) = delete;
-    ~ElementPages() { Leave(); }
+    ~ElementPages() { Release(); }
 
     void* Allocate();
     // Releases the page with its unused places; the next page has the size of a first one again.
-    void Leave() noexcept;
+    void Release() noexcept;
 
     // Allocates a place of `size` bytes that belongs to no page, aligned to
     // __STDCPP_DEFAULT_NEW_ALIGNMENT__.
-    static void* AllocateAlone(std::size_t size);
-    // Frees a place from Allocate or AllocateAlone.
+    static void* AllocateStandalone(std::size_t size);
+    // Frees a place from Allocate or AllocateStandalone.
     static void Free(void* place) noexcept;
 
 private:
     struct Page;
-    struct Place;
+    struct Slot;
 
-    std::size_t m_first;
-    std::size_t m_most;
+    std::size_t m_firstCapacity;
+    std::size_t m_maxCapacity;
     Page* m_page = nullptr;
     std::size_t m_used = 0;
     std::size_t m_capacity = 0;

@@ -246,7 +246,7 @@ void Rehearsal::doctypePI(const XMLCh* target, const XMLCh* data)
     if (target != Mark())
         return;
     const std::size_t entity = NumberIn(data);
-    Expansion expansion = m_parameterEntities.Own(entity);
+    Expansion expansion = m_parameterEntities.OwnExpansion(entity);
     // The outermost expansion charges the comparisons of all expansions within it.
     if (m_innerCount == 0) {
         const Expansion all = m_parameterEntities.Expand(entity);

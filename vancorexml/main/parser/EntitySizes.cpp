@@ -9,11 +9,11 @@ using View = std::u16string_view;
 
 std::uint64_t Add(std::uint64_t a, std::uint64_t b) noexcept
 {
-    return std::min(a + b, Expansion::Most);
+    return std::min(a + b, Expansion::Max);
 }
 
 // Returns the position behind the first `end` at or after `from`, or the length of the text.
-std::size_t Behind(View text, View end, std::size_t from)
+std::size_t PositionBehind(View text, View end, std::size_t from)
 {
     const std::size_t found = text.find(end, from);
     return found == View::npos ? text.size() : found + end.size();
@@ -25,11 +25,11 @@ std::size_t SkipMarkup(View text, std::size_t position)
 {
     const View rest = text.substr(position);
     if (rest.starts_with(u"<!--"))
-        return Behind(text, u"-->", position + 4);
+        return PositionBehind(text, u"-->", position + 4);
     if (rest.starts_with(u"<?"))
-        return Behind(text, u"?>", position + 2);
+        return PositionBehind(text, u"?>", position + 2);
     if (rest.starts_with(u"<![CDATA["))
-        return Behind(text, u"]]>", position + 9);
+        return PositionBehind(text, u"]]>", position + 9);
     return position;
 }
 
@@ -120,7 +120,7 @@ std::size_t EntitySizes::Declare(std::u16string_view name, std::u16string_view t
         else if (text[i] == u'<')
             end = SkipMarkup(text, i);
         else
-            end = Behind(text, text.substr(i, 1), i + 1);
+            end = PositionBehind(text, text.substr(i, 1), i + 1);
         i = std::max(end, i + 1);
     }
     m_longest.text = std::max(m_longest.text, entity.own.text);
@@ -128,7 +128,7 @@ std::size_t EntitySizes::Declare(std::u16string_view name, std::u16string_view t
     m_longest.names = std::max(m_longest.names, entity.own.names);
     m_entityOfName[NumberOf(name)] = m_entities.size();
     m_entities.push_back(std::move(entity));
-    ++m_round;
+    ++m_generation;
     return m_entities.size() - 1;
 }
 
@@ -138,7 +138,7 @@ void EntitySizes::Open(std::size_t entity)
     opened.all = opened.own;
     opened.circle = None;
     opened.state = State::Open;
-    opened.round = m_round;
+    opened.generation = m_generation;
 }
 
 void EntitySizes::Measure(std::size_t root)

@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
-// The size of an expansion. The sums saturate at Most.
+// The size of an expansion. The sums saturate at Max.
 struct Expansion {
-    static constexpr std::uint64_t Most = std::uint64_t{1} << 62;
+    static constexpr std::uint64_t Max = std::uint64_t{1} << 62;
 
     // References that are replaced, including references within entities.
     std::uint64_t count = 0;
@@ -46,7 +46,7 @@ public:
     std::size_t Declare(std::u16string_view name, std::u16string_view text);
 
     // The expansion of one reference to the entity, without the references in its text.
-    const Expansion& Own(std::size_t entity) const noexcept { return m_entities[entity].own; }
+    const Expansion& OwnExpansion(std::size_t entity) const noexcept { return m_entities[entity].own; }
     // The expansion of one reference to the entity. If entities contain each other in a circle, it ends
     // at the first reference that closes the circle, because a parser stops there.
     Expansion Expand(std::size_t entity);
@@ -64,17 +64,17 @@ private:
     struct Entity {
         Expansion own;
         std::vector<std::uint32_t> names;  // numbers of the names it refers to, in order
-        // Valid while `round` is m_round:
+        // Valid while `generation` is m_generation:
         State state = State::Unknown;
         Expansion all;              // with its references, up to `circle`
         std::size_t circle = None;  // the first entity in it that leads into a circle
-        std::uint64_t round = 0;
+        std::uint64_t generation = 0;
     };
 
     std::uint32_t NumberOf(std::u16string_view name);
     State StateOf(std::size_t entity) const noexcept
     {
-        return m_entities[entity].round == m_round ? m_entities[entity].state : State::Unknown;
+        return m_entities[entity].generation == m_generation ? m_entities[entity].state : State::Unknown;
     }
     // Records the reference at `position` of the entity's text; returns its length, 0 if there is none.
     std::size_t RecordReference(std::u16string_view text, std::size_t position, Entity& entity);
@@ -86,6 +86,6 @@ private:
     std::vector<std::size_t> m_entityOfName;  // None for a name that is not declared
     std::vector<Entity> m_entities;
     // Incremented by each declaration, which may change the size of every entity.
-    std::uint64_t m_round = 0;
+    std::uint64_t m_generation = 0;
     Expansion m_longest;
 };

@@ -20,11 +20,11 @@ public:
     // The name at that address, up to its NUL. The reference is valid until the next call.
     const VString& Get(const char16_t* name)
     {
-        if (m_last.empty())
-            m_last.resize(Places);
+        if (m_recent.empty())
+            m_recent.resize(RecentNameCount);
         // Addresses are multiples of the allocator's unit.
         const auto address = reinterpret_cast<std::uintptr_t>(name);
-        VString& last = m_last[(address >> 4 ^ address >> 12) % Places];
+        VString& last = m_recent[(address >> 4 ^ address >> 12) % RecentNameCount];
         if (!IsSame(last, name))
             last = m_names.Get(name);
         return last;
@@ -36,11 +36,11 @@ public:
     void Clear()
     {
         m_names.Clear();
-        m_last.clear();
+        m_recent.clear();
     }
 
 private:
-    static constexpr std::size_t Places = 256;
+    static constexpr std::size_t RecentNameCount = 256;
     // Several times as many as most vocabularies have names, so that few names share a slot.
     static constexpr std::size_t NameLimit = 1 << 12;
 
@@ -59,7 +59,7 @@ private:
         return i == units.size() && name[i] == 0;
     }
 
-    SharedTexts m_names{NameLimit, SharedTexts::Repeats::Surely};
+    SharedTexts m_names{NameLimit, SharedTexts::CachePolicy::Always};
     // Empty until the first name of a parse.
-    std::vector<VString> m_last;
+    std::vector<VString> m_recent;
 };

@@ -51,7 +51,7 @@ private:
     bool m_isBigEndian;
 };
 
-XMLRecognizer::Encodings Probe(std::string_view text)
+XMLRecognizer::Encodings DetectXercesEncoding(std::string_view text)
 {
     return XMLRecognizer::basicEncodingProbe(reinterpret_cast<const XMLByte*>(text.data()), text.size());
 }
@@ -61,7 +61,7 @@ Units UnitsOf(const xercesc::InputSource& source, std::string_view text)
 {
     if (source.getEncoding())
         return Units(text, 1, false);  // UTF-8
-    switch (Probe(text)) {
+    switch (DetectXercesEncoding(text)) {
     case XMLRecognizer::UTF_16B: return Units(text, 2, true);
     case XMLRecognizer::UTF_16L: return Units(text, 2, false);
     case XMLRecognizer::UCS_4B: return Units(text, 4, true);
@@ -70,9 +70,9 @@ Units UnitsOf(const xercesc::InputSource& source, std::string_view text)
     }
 }
 
-NulFinder::Place PlaceOf(const Units& units, std::size_t index) noexcept
+NulFinder::Position PositionOf(const Units& units, std::size_t index) noexcept
 {
-    NulFinder::Place place;
+    NulFinder::Position position;
     const bool isUtf8 = units.AreUtf8(index);
     char32_t last = 0;
     for (std::size_t i = units.Begin(); i < index; ++i) {
@@ -81,40 +81,41 @@ NulFinder::Place PlaceOf(const Units& units, std::size_t index) noexcept
         const bool isTail = isUtf8 && (unit & 0xC0) == 0x80;
         const bool isPair = isUtf8 && unit >= 0xF0;
         if (endsLine)
-            place = {place.line + 1, 1};
+            position = {position.line + 1, 1};
         else if (unit != '\n' && !isTail)
-            place.column += isPair ? 2 : 1;
+            position.column += isPair ? 2 : 1;
         last = unit;
     }
-    return place;
+    return position;
 }
 
 }  // namespace
 
-std::optional<NulFinder::Place> NulFinder::Find(const xercesc::InputSource& source, std::string_view text)
+std::optional<NulFinder::Position> NulFinder::Find(const xercesc::InputSource& source, std::string_view text)
 {
     if (text.find('\0') == std::string_view::npos)
         return std::nullopt;
     const Units units = UnitsOf(source, text);
     for (std::size_t i = 0; i < units.Count(); ++i) {
         if (units.At(i) == 0)
-            return PlaceOf(units, i);
+            return PositionOf(units, i);
     }
     return std::nullopt;
 }
 
-std::optional<NulFinder::Place> NulFinder::FindInDeclaration(const xercesc::InputSource& source, std::string_view text)
+std::optional<NulFinder::Position> NulFinder::FindInDeclaration(
+    const xercesc::InputSource& source, std::string_view text)
 {
     const Units units = UnitsOf(source, text);
     const std::size_t second = units.Begin() + 1;
-    const auto isEbcdic = !source.getEncoding() && Probe(text) == XMLRecognizer::EBCDIC;
+    const auto isEbcdic = !source.getEncoding() && DetectXercesEncoding(text) == XMLRecognizer::EBCDIC;
     const char32_t questionMark = isEbcdic ? 0x6F : '?';
     const char32_t greaterThan = isEbcdic ? 0x6E : '>';
     if (second >= units.Count() || units.At(second) != questionMark)
         return std::nullopt;
     for (std::size_t i = second; i < units.Count() && units.At(i) != greaterThan; ++i) {
         if (units.At(i) == 0)
-            return PlaceOf(units, i);
+            return PositionOf(units, i);
     }
     return std::nullopt;
 }

@@ -3,7 +3,7 @@
 void OrderedMarks::InsertAfter(Mark& position, Mark& mark) noexcept
 {
     if (position.next->label - position.label < 2)
-        SpreadAround(position);
+        RelabelAround(position);
     mark.label = position.label + (position.next->label - position.label) / 2;
     mark.previous = &position;
     mark.next = position.next;
@@ -28,7 +28,7 @@ void OrderedMarks::Clear() noexcept
 // Doubles a range of labels around the mark until the range is sparse, then spaces its marks
 // evenly. A range of 2^i labels is sparse when it holds fewer than 1.5^i marks: the bound falls
 // as ranges grow, which makes the cost of an insertion amortised logarithmic.
-void OrderedMarks::SpreadAround(Mark& mark) noexcept
+void OrderedMarks::RelabelAround(Mark& mark) noexcept
 {
     Mark* first = &mark;
     Mark* last = first;

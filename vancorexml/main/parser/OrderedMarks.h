@@ -32,7 +32,7 @@ public:
     void Clear() noexcept;
 
 private:
-    void SpreadAround(Mark& mark) noexcept;
+    void RelabelAround(Mark& mark) noexcept;
 
     Mark m_front;
     Mark m_back;

@@ -10,7 +10,7 @@ constexpr const char* const SourceFile = "vancorexml\\main\\parser\\Parser";
 
 Parser::~Parser() = default;
 
-Parser::Work::Work(Parser& parser) : m_parser(parser)
+Parser::WorkScope::WorkScope(Parser& parser) : m_parser(parser)
 {
     parser.RequireIdle();
     parser.m_work.isRunning = true;
@@ -24,7 +24,7 @@ void Parser::RequireIdle() const
 
 void Parser::Parse()
 {
-    const Work work(*this);
+    const WorkScope work(*this);
     ClearErrorsAndWarnings();
     m_fatallyErrored = false;
     DoParse();

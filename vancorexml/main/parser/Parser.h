@@ -44,12 +44,12 @@ protected:
 
     // Marks the parser as at work while it lives. Raises the LogicException of Parse() when the
     // parser is at work already.
-    class Work {
+    class WorkScope {
     public:
-        explicit Work(Parser& parser);
-        ~Work() { m_parser.m_work.isRunning = false; }
-        Work(const Work&) = delete;
-        Work& operator=(const Work&) = delete;
+        explicit WorkScope(Parser& parser);
+        ~WorkScope() { m_parser.m_work.isRunning = false; }
+        WorkScope(const WorkScope&) = delete;
+        WorkScope& operator=(const WorkScope&) = delete;
 
     private:
         Parser& m_parser;

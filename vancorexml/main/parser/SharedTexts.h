@@ -14,9 +14,9 @@
 // that share a slot evict each other. In return a lookup examines one slot whatever the texts
 // are: texts chosen to collide cannot make lookups slow.
 //
-// With Repeats::Perhaps a text is stored only after it misses the same slot twice in a row, so
+// With CachePolicy::OnSecondMiss a text is stored only after it misses the same slot twice in a row, so
 // one-off texts do not evict repeated ones. While the hit rate is too low, lookups are suspended
-// for `Pause` calls.
+// for `PauseLength` calls.
 //
 // Ownership: owns its strings, which share their buffers with the copies it returns. The number
 // of slots grows with the number of misses, up to `limit`.
@@ -24,34 +24,34 @@
 // Threads: one at a time.
 class SharedTexts {
 public:
-    enum class Repeats { Surely, Perhaps };
+    enum class CachePolicy { Always, OnSecondMiss };
 
     // `limit` is a power of two, at least 64 and at most 2^16.
-    SharedTexts(std::size_t limit, Repeats repeats) : m_limit(limit), m_repeats(repeats) {}
+    SharedTexts(std::size_t limit, CachePolicy policy) : m_limit(limit), m_policy(policy) {}
 
     VString Get(std::u16string_view text)
     {
-        if (m_pause != 0) {
-            --m_pause;
+        if (m_pausedCalls != 0) {
+            --m_pausedCalls;
             return VString(text.data(), text.size());
         }
         const Word hash = Hash(text);
         const auto tag = static_cast<std::uint32_t>(hash >> 32);
         if (!m_slots.empty()) {
-            const Slot& slot = Find(hash);
+            const Slot& slot = SlotOf(hash);
             if (slot.tag == tag && IsSame(slot.text.View(), text)) {
                 ++m_hits;
                 return slot.text;
             }
         }
         CountMiss();
-        VString made(text.data(), text.size());
-        Slot& slot = Find(hash);
-        if (std::exchange(slot.candidate, tag) == tag || m_repeats == Repeats::Surely) {
+        VString created(text.data(), text.size());
+        Slot& slot = SlotOf(hash);
+        if (std::exchange(slot.candidate, tag) == tag || m_policy == CachePolicy::Always) {
             slot.tag = tag;
-            slot.text = made;
+            slot.text = created;
         }
-        return made;
+        return created;
     }
 
     void Clear()
@@ -59,15 +59,15 @@ public:
         m_slots = std::vector<Slot>();
         m_hits = 0;
         m_misses = 0;
-        m_pause = 0;
+        m_pausedCalls = 0;
     }
 
 private:
     using Word = std::uint64_t;
     // A lookup costs a fraction of making a string, so a hit rate of one in five pays for all lookups.
-    static constexpr std::size_t PatientMisses = 2000;
-    static constexpr std::size_t HitWorth = 4;
-    static constexpr std::size_t Pause = 16000;
+    static constexpr std::size_t MissesBeforePause = 2000;
+    static constexpr std::size_t MissesPerHit = 4;
+    static constexpr std::size_t PauseLength = 16000;
     static constexpr std::size_t UnitsInWord = sizeof(Word) / sizeof(char16_t);
 
     struct Slot {
@@ -85,7 +85,7 @@ private:
     }
 
     // Reads a text of one to three units completely.
-    static Word ReadFew(std::u16string_view text) noexcept
+    static Word ReadShortText(std::u16string_view text) noexcept
     {
         return Word{text.front()} | Word{text[text.size() / 2]} << 16 | Word{text.back()} << 32;
     }
@@ -97,7 +97,7 @@ private:
         if (size != b.size())
             return false;
         if (size < UnitsInWord)
-            return size == 0 || ReadFew(a) == ReadFew(b);
+            return size == 0 || ReadShortText(a) == ReadShortText(b);
         for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord) {
             if (ReadWord(a.data() + position) != ReadWord(b.data() + position))
                 return false;
@@ -115,40 +115,40 @@ private:
         // Mixes the length, because the first word of a text could cancel a plain length.
         Word hash = Mix(0, size);
         if (size < UnitsInWord)
-            return size == 0 ? 0 : Mix(hash, ReadFew(text));
+            return size == 0 ? 0 : Mix(hash, ReadShortText(text));
         for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord)
             hash = Mix(hash, ReadWord(text.data() + position));
         hash = Mix(hash, ReadWord(text.data() + size - UnitsInWord));
         return Mix(hash, hash >> 32);  // the last units have reached the upper bits only
     }
 
-    Slot& Find(Word hash) noexcept { return m_slots[hash >> 44 & (m_slots.size() - 1)]; }
+    Slot& SlotOf(Word hash) noexcept { return m_slots[hash >> 44 & (m_slots.size() - 1)]; }
 
     void CountMiss()
     {
         if (2 * m_misses++ >= m_slots.size() && m_slots.size() < m_limit)
-            Grow();
-        if (m_repeats == Repeats::Perhaps && m_misses > PatientMisses + HitWorth * m_hits) {
+            Rehash();
+        if (m_policy == CachePolicy::OnSecondMiss && m_misses > MissesBeforePause + MissesPerHit * m_hits) {
             m_hits = 0;
             m_misses = 0;
-            m_pause = Pause;
+            m_pausedCalls = PauseLength;
         }
     }
 
-    void Grow()
+    void Rehash()
     {
         std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(m_slots.empty() ? 64 : 2 * m_slots.size()));
         for (Slot& slot : old) {
             if (!slot.text.IsEmpty())
-                Find(Hash(slot.text.View())) = std::move(slot);
+                SlotOf(Hash(slot.text.View())) = std::move(slot);
         }
     }
 
     std::size_t m_limit;
-    Repeats m_repeats;
+    CachePolicy m_policy;
     std::size_t m_hits = 0;
     std::size_t m_misses = 0;
-    std::size_t m_pause = 0;  // calls of Get that still skip the lookup
+    std::size_t m_pausedCalls = 0;  // calls of Get that still skip the lookup
     // None or a power of two.
     std::vector<Slot> m_slots;
 };

@@ -5,17 +5,17 @@
 
 SmallBlocks::~SmallBlocks()
 {
-    for (Kept& kept : m_kept) {
-        while (kept.first)
-            ::operator delete(std::exchange(kept.first, kept.first->next));
+    for (FreeList& list : m_freeLists) {
+        while (list.first)
+            ::operator delete(std::exchange(list.first, list.first->next));
     }
 }
 
-void* SmallBlocks::AllocateAnew(std::size_t size)
+void* SmallBlocks::AllocateFromHeap(std::size_t size)
 {
-    const std::size_t list = size <= Largest ? ListOf(size) : Lists;
-    const std::size_t bytes = size <= Largest ? (list + 1) * sizeof(Head) : size;
-    if (bytes > std::numeric_limits<std::size_t>::max() - sizeof(Head))
+    const std::size_t list = size <= LargestBlock ? ListOf(size) : ListCount;
+    const std::size_t bytes = size <= LargestBlock ? (list + 1) * sizeof(Header) : size;
+    if (bytes > std::numeric_limits<std::size_t>::max() - sizeof(Header))
         throw std::bad_alloc();
-    return new (::operator new(sizeof(Head) + bytes)) Head{list, nullptr} + 1;
+    return new (::operator new(sizeof(Header) + bytes)) Header{list, nullptr} + 1;
 }

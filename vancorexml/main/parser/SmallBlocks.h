@@ -26,15 +26,15 @@ public:
     // Aligned to __STDCPP_DEFAULT_NEW_ALIGNMENT__. Throws std::bad_alloc.
     void* Allocate(std::size_t size)
     {
-        if (size <= Largest) {
-            Kept& kept = m_kept[ListOf(size)];
-            if (Head* const head = kept.first) {
-                kept.first = head->next;
-                --kept.count;
-                return head + 1;
+        if (size <= LargestBlock) {
+            FreeList& list = m_freeLists[ListOf(size)];
+            if (Header* const header = list.first) {
+                list.first = header->next;
+                --list.count;
+                return header + 1;
             }
         }
-        return AllocateAnew(size);
+        return AllocateFromHeap(size);
     }
 
     // Does nothing for null.
@@ -42,36 +42,36 @@ public:
     {
         if (!block)
             return;
-        Head* const head = static_cast<Head*>(block) - 1;
-        if (!HasAddressSanitizer && head->list < Lists && m_kept[head->list].count < MostKept) {
-            Kept& kept = m_kept[head->list];
-            head->next = kept.first;
-            kept.first = head;
-            ++kept.count;
+        Header* const header = static_cast<Header*>(block) - 1;
+        if (!HasAddressSanitizer && header->list < ListCount && m_freeLists[header->list].count < MaxFreeBlocks) {
+            FreeList& list = m_freeLists[header->list];
+            header->next = list.first;
+            list.first = header;
+            ++list.count;
         } else {
-            ::operator delete(head);
+            ::operator delete(header);
         }
     }
 
 private:
     // Before each block.
-    struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Head {
-        std::size_t list;  // the free list of the block's size; Lists for a block too large for the pool
-        Head* next;        // the next block of the free list
+    struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Header {
+        std::size_t list;  // the free list of the block's size; ListCount for a block too large for the pool
+        Header* next;      // the next block of the free list
     };
     // A free list. Blocks of the first list are as large as one head, of the second as two, and so on.
-    struct Kept {
-        Head* first = nullptr;
+    struct FreeList {
+        Header* first = nullptr;
         std::size_t count = 0;
     };
 
-    static constexpr std::size_t Lists = 8;
-    static constexpr std::size_t Largest = Lists * sizeof(Head);
+    static constexpr std::size_t ListCount = 8;
+    static constexpr std::size_t LargestBlock = ListCount * sizeof(Header);
     // In each list.
-    static constexpr std::size_t MostKept = 64;
+    static constexpr std::size_t MaxFreeBlocks = 64;
 
-    static std::size_t ListOf(std::size_t size) noexcept { return size != 0 ? (size - 1) / sizeof(Head) : 0; }
-    static void* AllocateAnew(std::size_t size);
+    static std::size_t ListOf(std::size_t size) noexcept { return size != 0 ? (size - 1) / sizeof(Header) : 0; }
+    static void* AllocateFromHeap(std::size_t size);
 
-    std::array<Kept, Lists> m_kept;
+    std::array<FreeList, ListCount> m_freeLists;
 };

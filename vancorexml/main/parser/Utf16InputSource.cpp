@@ -30,18 +30,18 @@ public:
         const XMLByte* const start = toFill;
         const XMLByte* const end = toFill + maxToRead / sizeof(XMLCh) * sizeof(XMLCh);
         if (m_lowSurrogate != 0 && toFill != end)
-            Put(toFill, std::exchange(m_lowSurrogate, XMLCh{}));
+            WriteUnit(toFill, std::exchange(m_lowSurrogate, XMLCh{}));
         while (toFill != end && m_next != m_end) {
             if (*m_next < 0x80)
-                PutAscii(toFill, end);
+                WriteAscii(toFill, end);
             else
-                PutSequence(toFill, end);
+                WriteSequence(toFill, end);
         }
         return static_cast<XMLSize_t>(toFill - start);
     }
 
 private:
-    static void Put(XMLByte*& toFill, XMLCh unit) noexcept
+    static void WriteUnit(XMLByte*& toFill, XMLCh unit) noexcept
     {
         std::memcpy(toFill, &unit, sizeof unit);
         toFill += sizeof unit;
@@ -49,7 +49,7 @@ private:
 
     // Converts ASCII in whole blocks, then in one word that may contain later bytes; the next step
     // overwrites their output.
-    void PutAscii(XMLByte*& toFill, const XMLByte* end) noexcept
+    void WriteAscii(XMLByte*& toFill, const XMLByte* end) noexcept
     {
         constexpr std::uint64_t HighBits = 0x8080808080808080;
         std::uint64_t words[2];
@@ -57,14 +57,14 @@ private:
             std::memcpy(words, m_next, sizeof words);
             if (((words[0] | words[1]) & HighBits) != 0)
                 break;
-            Widen<sizeof words>(toFill);
+            WriteWidened<sizeof words>(toFill);
             m_next += sizeof words;
             toFill += sizeof words * sizeof(XMLCh);
         }
         while (HasRoom(toFill, end, sizeof words[0])) {
             std::memcpy(words, m_next, sizeof words[0]);
             const std::uint64_t high = words[0] & HighBits;
-            Widen<sizeof words[0]>(toFill);
+            WriteWidened<sizeof words[0]>(toFill);
             const int count =
                 (std::endian::native == std::endian::little ? std::countr_zero(high) : std::countl_zero(high)) / 8;
             m_next += count;
@@ -73,7 +73,7 @@ private:
                 return;
         }
         while (m_next != m_end && *m_next < 0x80 && toFill != end)
-            Put(toFill, *m_next++);
+            WriteUnit(toFill, *m_next++);
     }
 
     bool HasRoom(const XMLByte* toFill, const XMLByte* end, std::size_t count) const noexcept
@@ -83,7 +83,7 @@ private:
     }
 
     template <std::size_t Count>
-    void Widen(XMLByte* toFill) const noexcept
+    void WriteWidened(XMLByte* toFill) const noexcept
     {
         XMLCh units[Count];
         for (std::size_t i = 0; i < Count; ++i)
@@ -93,22 +93,22 @@ private:
 
     // Converts one character of two to four bytes. If only the first half of a surrogate pair fits, the
     // second half begins the next read.
-    void PutSequence(XMLByte*& toFill, const XMLByte* end) noexcept
+    void WriteSequence(XMLByte*& toFill, const XMLByte* end) noexcept
     {
         const auto tail = [this](int i) { return static_cast<char32_t>(m_next[i] & 0x3F); };
         const char32_t lead = *m_next;
         if (lead < 0xE0) {
-            Put(toFill, static_cast<XMLCh>((lead & 0x1F) << 6 | tail(1)));
+            WriteUnit(toFill, static_cast<XMLCh>((lead & 0x1F) << 6 | tail(1)));
             m_next += 2;
         } else if (lead < 0xF0) {
-            Put(toFill, static_cast<XMLCh>((lead & 0xF) << 12 | tail(1) << 6 | tail(2)));
+            WriteUnit(toFill, static_cast<XMLCh>((lead & 0xF) << 12 | tail(1) << 6 | tail(2)));
             m_next += 3;
         } else {
             const char32_t offset = ((lead & 0x7) << 18 | tail(1) << 12 | tail(2) << 6 | tail(3)) - 0x10000;
             const auto low = static_cast<XMLCh>(0xDC00 | (offset & 0x3FF));
-            Put(toFill, static_cast<XMLCh>(0xD800 | offset >> 10));
+            WriteUnit(toFill, static_cast<XMLCh>(0xD800 | offset >> 10));
             if (toFill != end)
-                Put(toFill, low);
+                WriteUnit(toFill, low);
             else
                 m_lowSurrogate = low;
             m_next += 4;
@@ -126,14 +126,14 @@ bool IsSpace(char byte) noexcept
     return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
 }
 
-bool IsPlain(char byte) noexcept
+bool IsNameByte(char byte) noexcept
 {
     const bool isLetter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
     return isLetter || (byte >= '0' && byte <= '9') || byte == '.' || byte == '-' || byte == '_';
 }
 
 // Removes the bytes of that kind from the start of `text` and returns them.
-std::string_view Cut(std::string_view& text, bool (*isOfKind)(char)) noexcept
+std::string_view ConsumeWhile(std::string_view& text, bool (*isOfKind)(char)) noexcept
 {
     const auto end = std::find_if_not(text.begin(), text.end(), isOfKind);
     const std::string_view cut = text.substr(0, static_cast<std::size_t>(end - text.begin()));
@@ -141,7 +141,7 @@ std::string_view Cut(std::string_view& text, bool (*isOfKind)(char)) noexcept
     return cut;
 }
 
-bool CutByte(std::string_view& text, char byte) noexcept
+bool ConsumeByte(std::string_view& text, char byte) noexcept
 {
     if (!text.starts_with(byte))
         return false;
@@ -162,19 +162,19 @@ bool IsDeclaredUtf8(std::string_view text) noexcept
     constexpr std::size_t LongestDeclaration = 256;
     std::string_view rest = text.substr(5, LongestDeclaration);
     for (;;) {
-        Cut(rest, IsSpace);
+        ConsumeWhile(rest, IsSpace);
         if (rest.starts_with("?>"))
             return true;
-        const std::string_view name = Cut(rest, IsPlain);
-        Cut(rest, IsSpace);
-        if (!CutByte(rest, '='))
+        const std::string_view name = ConsumeWhile(rest, IsNameByte);
+        ConsumeWhile(rest, IsSpace);
+        if (!ConsumeByte(rest, '='))
             return false;
-        Cut(rest, IsSpace);
+        ConsumeWhile(rest, IsSpace);
         const char quote = rest.starts_with('"') ? '"' : '\'';
-        if (!CutByte(rest, quote))
+        if (!ConsumeByte(rest, quote))
             return false;
-        const std::string_view value = Cut(rest, IsPlain);
-        if (!CutByte(rest, quote))
+        const std::string_view value = ConsumeWhile(rest, IsNameByte);
+        if (!ConsumeByte(rest, quote))
             return false;
         if (name == "encoding" && value != "UTF-8" && value != "utf-8")
             return false;

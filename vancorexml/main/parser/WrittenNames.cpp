@@ -37,15 +37,16 @@ VString ToString(std::u16string_view text)
 
 }  // namespace
 
-const WrittenNames::Own& WrittenNames::FindOwn()
+const WrittenNames::OwnNames& WrittenNames::FindOwnNames()
 {
-    if (!m_own) {
+    if (!m_ownNames) {
         const auto holds = [this](
                                std::string_view text) { return m_given && m_given->find(text) != std::string::npos; };
         std::set<std::string> rewritten = m_given ? ColonRewriting::FindNames(*m_given) : std::set<std::string>();
-        m_own = Own{std::move(rewritten), holds(ColonRewriting::DeclarationName), holds(ColonRewriting::Namespace)};
+        m_ownNames =
+            OwnNames{std::move(rewritten), holds(ColonRewriting::DeclarationName), holds(ColonRewriting::Namespace)};
     }
-    return *m_own;
+    return *m_ownNames;
 }
 
 bool WrittenNames::IsRewritten(std::u16string_view name)
@@ -54,7 +55,7 @@ bool WrittenNames::IsRewritten(std::u16string_view name)
     // cannot be compared.
     const auto isAscii = [](char16_t unit) { return unit < 0x80; };
     const bool isComparable = !name.empty() && std::all_of(name.begin(), name.end(), isAscii);
-    return !m_given || !isComparable || FindOwn().rewritten.contains(std::string(name.begin(), name.end()));
+    return !m_given || !isComparable || FindOwnNames().rewritten.contains(std::string(name.begin(), name.end()));
 }
 
 VString WrittenNames::Restore(const VString& message)
@@ -66,7 +67,7 @@ VString WrittenNames::Restore(const VString& message)
         return message;
     const bool isRewritten = IsRewritten(name.substr(prefix.size()));
     // The document may bind another prefix to the namespace.
-    if (!isRewritten && FindOwn().hasNamespace)
+    if (!isRewritten && FindOwnNames().hasNamespace)
         return message;
     const auto start = static_cast<std::size_t>(name.data() - text.data());
     const std::u16string_view written = isRewritten ? u":" : ColonRewriting::ReadPrefix;
@@ -76,5 +77,5 @@ VString WrittenNames::Restore(const VString& message)
 bool WrittenNames::IsAboutDeclaration(const VString& message)
 {
     const bool isAbout = FindAttributeName(message.View()) == ColonRewriting::ReportedDeclarationName;
-    return m_isRewritten && isAbout && !FindOwn().hasDeclaration;
+    return m_isRewritten && isAbout && !FindOwnNames().hasDeclaration;
 }

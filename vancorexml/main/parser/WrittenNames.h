@@ -31,18 +31,18 @@ public:
 
 private:
     // The names of the document that look like those of the sanitizer.
-    struct Own {
+    struct OwnNames {
         std::set<std::string> rewritten;  // without their colons, in UTF-8
         bool hasDeclaration;
         bool hasNamespace;
     };
 
-    const Own& FindOwn();
+    const OwnNames& FindOwnNames();
     bool IsRewritten(std::u16string_view name);
 
     bool m_isRewritten = false;
     // The document before the rewriting. Null when it was not kept: every name with the prefix
     // then counts as rewritten.
     std::shared_ptr<const std::string> m_given;
-    std::optional<Own> m_own;
+    std::optional<OwnNames> m_ownNames;
 };

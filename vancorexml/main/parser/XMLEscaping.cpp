@@ -125,7 +125,7 @@ public:
         m_out = std::copy(piece.begin(), piece.end(), m_out);
     }
 
-    VString Take()
+    VString Release()
     {
         if (m_out != m_end)
             Fail();
@@ -166,7 +166,7 @@ VString Encode(const VString& text, const EscapeTable& table, IsValid isValid)
         done = found + 1;
     }
     writer.Write(source.substr(done));
-    return writer.Take();
+    return writer.Release();
 }
 
 bool IsQuoted(const VString& text) noexcept

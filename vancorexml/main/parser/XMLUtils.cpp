@@ -38,7 +38,7 @@ bool HasClass(char byte, ByteClass wanted) noexcept
 // Whether a scan that goes over bytes from the left stands inside a quoted value.
 class QuoteState {
 public:
-    void Pass(char byte) noexcept
+    void Advance(char byte) noexcept
     {
         if (byte != '\'' && byte != '"')
             return;
@@ -60,7 +60,7 @@ std::size_t FindUnquotedClose(const std::string& text, std::size_t position) noe
     for (; position < text.size(); ++position) {
         if (text[position] == '>' && !quotes.IsInside())
             return position;
-        quotes.Pass(text[position]);
+        quotes.Advance(text[position]);
     }
     return XmlUtils::npos;
 }
@@ -74,7 +74,7 @@ std::size_t SkipWhitespace(const std::string& text, std::size_t position) noexce
 
 // The value behind an attribute's name that ends before `position`.
 // `isAttribute` says whether "=" and a quote follow at all.
-std::optional<std::string> ValueBehind(
+std::optional<std::string> ReadAttributeValue(
     const std::string& text, std::size_t position, std::size_t tagEnd, bool& isAttribute)
 {
     isAttribute = false;
@@ -127,7 +127,7 @@ bool XmlUtils::AreQuotesMatchingInRange(const std::string& text, std::size_t sta
 {
     QuoteState quotes;
     for (std::size_t i = start; i < text.size() && i <= end; ++i)
-        quotes.Pass(text[i]);
+        quotes.Advance(text[i]);
     return !quotes.IsInside();
 }
 
@@ -196,11 +196,11 @@ std::optional<std::string> XmlUtils::GetAttributeValueInTag(
     std::size_t passed = first;  // the quotes before here are counted
     for (std::size_t at = tag.find(name, first); at != npos; at = tag.find(name, at + name.size())) {
         for (; passed <= at; ++passed)
-            quotes.Pass(text[passed]);
+            quotes.Advance(text[passed]);
         if (quotes.IsInside() || at == first || !IsWhitespace(text[at - 1]))
             continue;
         bool isAttribute = false;
-        std::optional<std::string> value = ValueBehind(text, at + name.size(), last, isAttribute);
+        std::optional<std::string> value = ReadAttributeValue(text, at + name.size(), last, isAttribute);
         if (isAttribute)
             return value;
     }

@@ -52,8 +52,8 @@ VString MakeText(std::u16string_view text, SharedTexts& known)
 XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target)
     : m_target(std::move(target)),
       m_taker(dynamic_cast<ElementTaker*>(m_target.get())),
-      m_values(ShortTextLimit, SharedTexts::Repeats::Perhaps),
-      m_texts(ShortTextLimit, SharedTexts::Repeats::Perhaps)
+      m_values(ShortTextLimit, SharedTexts::CachePolicy::OnSecondMiss),
+      m_texts(ShortTextLimit, SharedTexts::CachePolicy::OnSecondMiss)
 {}
 
 XercesXMLHandler::~XercesXMLHandler() = default;

@@ -245,7 +245,7 @@ void XercesXMLParserImpl::SetValidation(bool validate)
 
 void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
 {
-    const Work work(*this);
+    const WorkScope work(*this);
     LoadSchema(xsdSource);
 }
 
@@ -271,7 +271,7 @@ void XercesXMLParserImpl::LoadSchema(InputSource& schema)
     const XercesInputSource source = xercesableSource->GetXercesInputSource(ColonProcessingNone);
     LoadGrammar(source, schema.Id());
     m_loadedXSDs.push_back(schema.Id());
-    TakeDiagnostics();
+    MoveDiagnosticsFromHandler();
 }
 
 void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VString& id)
@@ -340,7 +340,7 @@ void XercesXMLParserImpl::ReadInput()
     }
     m_handler->ForgetLocator();
     if (!m_handler->GetErrors().empty())
-        TakeDiagnostics();
+        MoveDiagnosticsFromHandler();
 }
 
 void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source, std::string_view uncheckedEnd)
@@ -358,7 +358,7 @@ void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source, std::
         m_reader->parseReset(token);
 }
 
-void XercesXMLParserImpl::TakeDiagnostics()
+void XercesXMLParserImpl::MoveDiagnosticsFromHandler()
 {
     for (const VString& warning : m_handler->GetWarnings())
         Warning(warning, VError::ErrorInfo::NoError);

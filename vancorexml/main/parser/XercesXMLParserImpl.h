@@ -94,7 +94,7 @@ private:
     void ReadInput();
     // `uncheckedEnd`: see DocumentReader::SetUncheckedEnd.
     void ReadDocument(const xercesc::InputSource& source, std::string_view uncheckedEnd = {});
-    void TakeDiagnostics();
+    void MoveDiagnosticsFromHandler();
 
     // Declared before all members that use Xerces, so that those are destroyed first.
     XercesUse m_xerces;
