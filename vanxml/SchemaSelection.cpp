@@ -34,9 +34,6 @@ const DocumentType documentTypes[] = {
     {XmlFileTypeKXF, "kxf", "fields"},
 };
 
-// Of all types together, oldest first.
-const char* const schemaVersions[] = {"10.2", "10.3", "10.4", "10.5", "18.1"};
-
 // The name in the start tag of the first element; empty when there is no element.
 std::string FirstElementName(InputSource& document)
 {
@@ -75,10 +72,8 @@ const DocumentType* FindByElement(const std::string& name)
 VString ListVersions(XmlFileType type)
 {
     std::vector<VString> versions;
-    for (const char* version : schemaVersions) {
-        if (!XSDResources::GetVersionedXsdResourceName(type, VersionNumber(version, u'.', u'-', 0)).IsEmpty())
-            versions.emplace_back(version);
-    }
+    for (const VersionNumber& version : XSDResources::GetSchemaVersions(type))
+        versions.push_back(version.GetAsString());
     return VString::join(versions, ", ");
 }
 

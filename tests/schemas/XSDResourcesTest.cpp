@@ -1,6 +1,7 @@
 #include "vancorexml/main/parser/XSDResources.h"
 
 #include <string>
+#include <vector>
 
 #include "tests/common/TestSupport.h"
 #include "vancoredata/VResource.h"
@@ -74,6 +75,19 @@ TEST(XSDResourcesTest, EveryListedVersionOfTheFourTypesHasASchema)
                 << type << " " << version;
         }
     }
+}
+
+TEST(XSDResourcesTest, GetSchemaVersionsListsTheVersionsOldestFirst)
+{
+    const auto texts = [](XmlFileType type) {
+        std::vector<std::string> versions;
+        for (const VersionNumber& version : XSDResources::GetSchemaVersions(type))
+            versions.push_back(version.GetAsString().toStdString());
+        return versions;
+    };
+    EXPECT_THAT(texts(XmlFileTypeKXA), testing::ElementsAre("10.2", "10.3", "10.4", "10.5", "18.1"));
+    EXPECT_THAT(texts(XmlFileTypeKXE), testing::ElementsAre("18.1"));
+    EXPECT_THAT(texts(XmlFileTypeManifest), testing::IsEmpty());
 }
 
 TEST(XSDResourcesTest, TypesHaveTheirValues)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "vancoredata/VResource.h"
 #include "vancoreplatform/VFormatString.h"
@@ -13,9 +14,14 @@
 
 namespace {
 
-// Major and minor of the versions for which an analysis, a data source, a data connection and
-// a map source have schemas.
-constexpr const char* const ListedVersions[] = {"18.1", "10.5", "10.4", "10.3", "10.2"};
+// Major and minor of the versions that have schemas, oldest first. The last one is the current version.
+// resources.cmake reads this line to make the schemas of these versions.
+constexpr const char* const SchemaVersions[] = {"10.2", "10.3", "10.4", "10.5", "18.1"};
+
+VersionNumber MakeVersion(const char* text)
+{
+    return VersionNumber(text, u'.', u'-', 0);
+}
 
 VString BaseName(XmlFileType type)
 {
@@ -41,7 +47,7 @@ std::unique_ptr<InputSource> MakeInputSource(const VString& resourceName)
 
 const VersionNumber& XSDResources::GetCurrentVersion()
 {
-    static const VersionNumber version("18.1", u'.', u'-', 0);
+    static const VersionNumber version = MakeVersion(*std::rbegin(SchemaVersions));
     return version;
 }
 
@@ -70,7 +76,7 @@ bool XSDResources::IsThereAnXSDResource(XmlFileType type, const VersionNumber& v
     case XmlFileTypeKXC:
     case XmlFileTypeKXD: {
         const VString wanted = version.GetMajorAndMinorAsString(u'.');
-        return std::any_of(std::begin(ListedVersions), std::end(ListedVersions), [&wanted](const char* listed) {
+        return std::any_of(std::begin(SchemaVersions), std::end(SchemaVersions), [&wanted](const char* listed) {
             return wanted == VString(listed);
         });
     }
@@ -79,6 +85,17 @@ bool XSDResources::IsThereAnXSDResource(XmlFileType type, const VersionNumber& v
     case XmlFileTypeKXF: return true;
     default: return false;
     }
+}
+
+std::vector<VersionNumber> XSDResources::GetSchemaVersions(XmlFileType type)
+{
+    std::vector<VersionNumber> versions;
+    for (const char* const text : SchemaVersions) {
+        VersionNumber version = MakeVersion(text);
+        if (!GetVersionedXsdResourceName(type, version).IsEmpty())
+            versions.push_back(std::move(version));
+    }
+    return versions;
 }
 
 std::unique_ptr<InputSource> XSDResources::GetVersionedXsdInputSource(XmlFileType type, const VersionNumber& version)

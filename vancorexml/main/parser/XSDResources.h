@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "vancoredata/VersionNumber.h"
 #include "vancoreplatform/VString.h"
@@ -16,7 +17,7 @@
 //         parser.AddXSDInputSource(std::move(schema));
 namespace XSDResources {
 
-// Returns the current version, 18.1. Its schemas have no version in their names.
+// Returns the newest version, 18.1. Its schemas have no version in their names.
 VANCOREXML_API const VersionNumber& GetCurrentVersion();
 
 // Returns the resource name of the schema, or an empty text if the type has no schema in that version.
@@ -27,6 +28,10 @@ VANCOREXML_API VString GetVersionedXsdResourceName(XmlFileType type, const Versi
 // True if the type has a schema in that version. Checks only the list of versions, not the resources:
 // true for KXE and KXF in every version, even if there is no resource.
 VANCOREXML_API bool IsThereAnXSDResource(XmlFileType type, const VersionNumber& version);
+
+// Returns the versions in which the type has a schema among the resources, oldest first; none for a type
+// without schemas. Raises a LogicException like GetVersionedXsdResourceName.
+VANCOREXML_API std::vector<VersionNumber> GetSchemaVersions(XmlFileType type);
 
 // Returns the schema, with its resource name as its id, or null if there is none.
 VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSource(XmlFileType type, const VersionNumber& version);
