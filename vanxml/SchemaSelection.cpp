@@ -10,7 +10,7 @@
 
 #include "vancoredata/VResource.h"
 #include "vancoreplatform/VFormatString.h"
-#include "vancorexml/main/parser/InputSourceResetter.h"
+#include "vancorexml/main/parser/FirstElementTag.h"
 #include "vancorexml/main/parser/VersionSniffer.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 #include "vancorexml/main/parser/XSDResources.h"
@@ -37,18 +37,11 @@ const DocumentType documentTypes[] = {
 // The name in the start tag of the first element; empty when there is no element.
 std::string FirstElementName(InputSource& document)
 {
-    const InputSourceResetter resetter(document);
-    std::string text;
-    std::string chunk;
-    while (document.GetBytes(chunk, 1u << 20) && !chunk.empty())
-        text += chunk;
-    const auto range = XmlUtils::FindFirstElementTag(text);
-    if (range.start == std::string::npos)
-        return std::string();
-    std::size_t end = range.start + 1;
-    while (end < text.size() && XmlUtils::IsNameChar(text[end]))
+    const std::string tag = ReadFirstElementTag(document);
+    std::size_t end = 1;
+    while (end < tag.size() && XmlUtils::IsNameChar(tag[end]))
         ++end;
-    return text.substr(range.start + 1, end - range.start - 1);
+    return tag.empty() ? std::string() : tag.substr(1, end - 1);
 }
 
 const DocumentType* FindByExtension(const VString& name)

@@ -27,7 +27,7 @@ struct SchemaSelection {
 
 // The schema for the document's type, which its extension (".kxa" to ".kxf") or else its
 // first element says, and the version that it declares. The document is left at its start.
-// Linear in the document.
+// Linear in the document up to the end of its first tag.
 SchemaSelection SelectSchema(InputSource& document);
 
 // False when `name` does not exist or is a folder. True when the system does not tell, because

@@ -1,10 +1,9 @@
 #include "vancorexml/main/parser/VersionSniffer.h"
 
-#include <algorithm>
-#include <optional>
+#include <stdexcept>
 #include <string>
-#include <utility>
 
+#include "tests/common/EndlessSource.h"
 #include "tests/common/TestSupport.h"
 #include "vancorexml/main/parser/FileInputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
@@ -43,31 +42,6 @@ public:
 
 private:
     int m_reads = 0;
-};
-
-// Blanks without end behind what it begins with.
-class EndlessSource : public InputSource {
-public:
-    explicit EndlessSource(std::string start) : InputSource("endless"), m_start(std::move(start)) {}
-    bool GetNextLine(std::string&) override { return false; }
-    bool GetBytes(std::string& bytes, unsigned int count) override
-    {
-        bytes = m_start.substr(std::min(m_position, m_start.size()), count);
-        bytes.resize(count, ' ');
-        m_position += count;
-        ++runs;
-        longestRun = std::max(longestRun, count);
-        return true;
-    }
-    void ResetToStart() override { m_position = 0; }
-    unsigned long long Size() const override { return m_start.size(); }
-
-    int runs = 0;
-    unsigned int longestRun = 0;
-
-private:
-    const std::string m_start;
-    std::size_t m_position = 0;
 };
 
 }  // namespace
@@ -125,7 +99,7 @@ TEST(VersionSnifferTest, AFileInAnotherEncodingThrows)
 
 TEST(VersionSnifferTest, ReadsNoFurtherThanTheRunThatCompletesTheTag)
 {
-    EndlessSource source("<a b='" + std::string(600, 'x') + "' version='18.1'>");
+    testsupport::EndlessSource source("<a b='" + std::string(600, 'x') + "' version='18.1'>");
     EXPECT_EQ(VersionSniffer(source, VString()).GetValue().GetAsString(), VString("18.1"));
     EXPECT_EQ(source.runs, 2);
     EXPECT_EQ(source.longestRun, 512u);

@@ -6,6 +6,7 @@
 
 #include <xercesc/util/XMLChar.hpp>
 
+#include "vancorexml/main/parser/FirstElementTag.h"
 #include "vansys/LogicException.h"
 
 namespace {
@@ -209,14 +210,5 @@ std::optional<std::string> XmlUtils::GetAttributeValueInTag(
 
 XmlUtils::TagRange XmlUtils::FindFirstElementTag(const std::string& text)
 {
-    std::size_t open = text.find('<');
-    while (open != npos) {
-        const std::size_t end = FindTagEnd(text, open);
-        if (end == npos)
-            return {};
-        if (text[open + 1] != '?' && text[open + 1] != '!')
-            return {open, end - open + 1};
-        open = text.find('<', end + 1);
-    }
-    return {};
+    return FirstTagFinder().Find(text).value_or(TagRange());
 }
