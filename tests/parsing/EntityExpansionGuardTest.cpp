@@ -20,7 +20,7 @@ enum class Subject { Document, Schema };
 // The message, or nothing.
 std::string Check(Subject subject, const std::string& text, const ExpansionLimits& limits)
 {
-    const XercesUse xerces;
+    const XercesInitializer xerces;
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(), "id");
     const EntityExpansionGuard guard(limits);
     const auto excess = subject == Subject::Document ? guard.CheckDocument(source) : guard.CheckSchema(source);
@@ -508,7 +508,7 @@ TEST(EntityExpansionGuardTest, NestingWithLongNamesIsBounded)
 TEST(EntityExpansionGuardTest, NamesThePlaceOfTheExcess)
 {
     const std::string text = "<!DOCTYPE r [" + Entities + "]>\n<r>\n <a b='&ten;'/></r>";
-    const XercesUse xerces;
+    const XercesInitializer xerces;
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(), "id");
     ExpansionLimits limits;
     limits.text = 9;

@@ -51,13 +51,13 @@ View Mark()
     return View(mark.data(), mark.size());
 }
 
-std::u16string ToDigits(std::size_t number)
+std::u16string FormatNumber(std::size_t number)
 {
     const std::string digits = std::to_string(number);
     return std::u16string(digits.begin(), digits.end());
 }
 
-std::size_t NumberIn(View digits)
+std::size_t ParseNumber(View digits)
 {
     std::size_t number = 0;
     for (const char16_t digit : digits)
@@ -133,7 +133,7 @@ private:
         const xercesc::Locator* locator = nullptr;
     };
 
-    [[noreturn]] void Exceed(const VString& message);
+    [[noreturn]] void StopWithExcess(const VString& message);
     void Charge(const Expansion& expansion, std::uint64_t& count);
     // Charges the entity of each mark in a text.
     void ChargeMarks(View text, std::uint64_t& count);
@@ -156,7 +156,7 @@ private:
     std::optional<ExpansionExcess> m_excess;
 };
 
-void Rehearsal::Exceed(const VString& message)
+void Rehearsal::StopWithExcess(const VString& message)
 {
     m_excess = ExpansionExcess{message};
     if (m_events.locator) {
@@ -171,13 +171,13 @@ void Rehearsal::Charge(const Expansion& expansion, std::uint64_t& count)
     m_sum += expansion;
     count += expansion.count;
     if (count > m_limits.expansions && (m_isInProlog || m_subject != Subject::Document))
-        Exceed(MakeMessage(m_limits.expansions, "entity expansions"));
+        StopWithExcess(MakeMessage(m_limits.expansions, "entity expansions"));
     if (m_sum.text > m_limits.text)
-        Exceed(MakeMessage(m_limits.text, "characters of entities"));
+        StopWithExcess(MakeMessage(m_limits.text, "characters of entities"));
     if (m_sum.read > m_limits.read)
-        Exceed(MakeMessage(m_limits.read, "characters of entities and references within them"));
+        StopWithExcess(MakeMessage(m_limits.read, "characters of entities and references within them"));
     if (m_sum.compared > m_limits.compared)
-        Exceed(MakeMessage(m_limits.compared, "characters of the names of nested entities"));
+        StopWithExcess(MakeMessage(m_limits.compared, "characters of the names of nested entities"));
 }
 
 void Rehearsal::ChargeMarks(View text, std::uint64_t& count)
@@ -185,7 +185,7 @@ void Rehearsal::ChargeMarks(View text, std::uint64_t& count)
     const View mark = Mark();
     for (std::size_t i = text.find(mark); i != View::npos; i = text.find(mark, i)) {
         const std::size_t end = text.find(u';', i += mark.size());
-        const std::size_t entity = NumberIn(text.substr(i, end - i));
+        const std::size_t entity = ParseNumber(text.substr(i, end - i));
         Charge(m_entities.Expand(entity), count);
         // The parser of the document will stop here.
         if (m_entities.IsCircular(entity))
@@ -219,15 +219,15 @@ void Rehearsal::entityDecl(const xercesc::DTDEntityDecl& entity, bool isParamete
         return;
     }
     if (m_subject != Subject::Sample && !IsRehearsalComplete())
-        Exceed("entities cannot be bounded with this build of Xerces");
+        StopWithExcess("entities cannot be bounded with this build of Xerces");
     const View text(entity.getValue(), entity.getValueLen());
     std::u16string value;
     if (isParameter) {
-        value = u"<?" + std::u16string(Mark()) + u" " + ToDigits(m_parameterEntities.Declare(entity.getName(), text)) +
-            u"?>";
+        value = u"<?" + std::u16string(Mark()) + u" " +
+            FormatNumber(m_parameterEntities.Declare(entity.getName(), text)) + u"?>";
         value += text;
     } else {
-        value = std::u16string(Mark()) + ToDigits(m_entities.Declare(entity.getName(), text)) + u";";
+        value = std::u16string(Mark()) + FormatNumber(m_entities.Declare(entity.getName(), text)) + u";";
     }
     // The object is not constant, only this view of it: Xerces fills it while it reads the declaration.
     const_cast<xercesc::DTDEntityDecl&>(entity).setValue(value.c_str());
@@ -245,7 +245,7 @@ void Rehearsal::doctypePI(const XMLCh* target, const XMLCh* data)
 {
     if (target != Mark())
         return;
-    const std::size_t entity = NumberIn(data);
+    const std::size_t entity = ParseNumber(data);
     Expansion expansion = m_parameterEntities.OwnExpansion(entity);
     // The outermost expansion charges the comparisons of all expansions within it.
     if (m_innerCount == 0) {
@@ -275,7 +275,7 @@ void Rehearsal::startElement(const xercesc::XMLElementDecl&,
             ChargeMarks(value, m_contentCount);
         } else if (isOfDefaults) {
             if (const std::optional<VString> message = m_defaults.Add(View(attribute.getQName()).size(), value.size()))
-                Exceed(*message);
+                StopWithExcess(*message);
         }
     }
 }

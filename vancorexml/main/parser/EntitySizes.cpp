@@ -81,7 +81,7 @@ Expansion& Expansion::operator+=(const Expansion& other) noexcept
     return *this;
 }
 
-std::uint32_t EntitySizes::NumberOf(std::u16string_view name)
+std::uint32_t EntitySizes::FindOrAddName(std::u16string_view name)
 {
     const auto known = m_names.find(name);
     if (known != m_names.end())
@@ -102,7 +102,7 @@ std::size_t EntitySizes::RecordReference(std::u16string_view text, std::size_t p
     else if (m_kind == Kind::General && IsPredefined(name))
         replacement = 1;
     else
-        entity.names.push_back(NumberOf(name));
+        entity.names.push_back(FindOrAddName(name));
     entity.own.text -= length - replacement;
     return length;
 }
@@ -126,13 +126,13 @@ std::size_t EntitySizes::Declare(std::u16string_view name, std::u16string_view t
     m_longest.text = std::max(m_longest.text, entity.own.text);
     m_longest.read = std::max(m_longest.read, entity.own.read);
     m_longest.names = std::max(m_longest.names, entity.own.names);
-    m_entityOfName[NumberOf(name)] = m_entities.size();
+    m_entityOfName[FindOrAddName(name)] = m_entities.size();
     m_entities.push_back(std::move(entity));
     ++m_generation;
     return m_entities.size() - 1;
 }
 
-void EntitySizes::Open(std::size_t entity)
+void EntitySizes::BeginVisit(std::size_t entity)
 {
     Entity& opened = m_entities[entity];
     opened.all = opened.own;
@@ -141,20 +141,20 @@ void EntitySizes::Open(std::size_t entity)
     opened.generation = m_generation;
 }
 
-void EntitySizes::Measure(std::size_t root)
+void EntitySizes::ComputeExpansion(std::size_t root)
 {
     struct Step {
         std::size_t entity;
         std::size_t next;  // the index of the next reference to measure
     };
     std::vector<Step> open{{root, 0}};
-    Open(root);
+    BeginVisit(root);
     while (!open.empty()) {
         Step& step = open.back();
         Entity& entity = m_entities[step.entity];
         const std::size_t inner = step.next < entity.names.size() ? m_entityOfName[entity.names[step.next]] : None;
         if (inner != None && StateOf(inner) == State::Unknown) {
-            Open(inner);
+            BeginVisit(inner);
             open.push_back({inner, 0});
             continue;
         }
@@ -173,7 +173,7 @@ void EntitySizes::Measure(std::size_t root)
 Expansion EntitySizes::Expand(std::size_t entity)
 {
     if (StateOf(entity) == State::Unknown)
-        Measure(entity);
+        ComputeExpansion(entity);
     Expansion sum;
     // Follows the circle until it reaches an entity for the second time.
     std::vector<bool> isOpen;

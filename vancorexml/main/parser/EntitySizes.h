@@ -71,15 +71,15 @@ private:
         std::uint64_t generation = 0;
     };
 
-    std::uint32_t NumberOf(std::u16string_view name);
+    std::uint32_t FindOrAddName(std::u16string_view name);
     State StateOf(std::size_t entity) const noexcept
     {
         return m_entities[entity].generation == m_generation ? m_entities[entity].state : State::Unknown;
     }
     // Records the reference at `position` of the entity's text; returns its length, 0 if there is none.
     std::size_t RecordReference(std::u16string_view text, std::size_t position, Entity& entity);
-    void Open(std::size_t entity);
-    void Measure(std::size_t root);
+    void BeginVisit(std::size_t entity);
+    void ComputeExpansion(std::size_t root);
 
     Kind m_kind;
     std::map<std::u16string, std::uint32_t, std::less<>> m_names;

@@ -16,7 +16,7 @@ XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes,
     : m_bytes(std::move(bytes)),
       m_startOffset(startOffset)
 {
-    const XercesUse xerces;
+    const XercesInitializer xerces;
     if (mode == ColonProcessingSanitize)
         m_given = std::exchange(m_bytes, XercesColonSanitizer::Sanitize(m_bytes));
     m_isRewritten = m_given && m_given != m_bytes;

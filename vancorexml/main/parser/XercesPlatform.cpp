@@ -54,7 +54,7 @@ void RegisterExitHook()
 
 }  // namespace
 
-XercesUse::XercesUse()
+XercesInitializer::XercesInitializer()
 {
     RegisterExitHook();
     Platform& platform = GetPlatform();
@@ -66,7 +66,7 @@ XercesUse::XercesUse()
     ++platform.uses;
 }
 
-XercesUse::~XercesUse()
+XercesInitializer::~XercesInitializer()
 {
     Platform& platform = GetPlatform();
     const std::lock_guard lock(platform.mutex);

@@ -36,8 +36,8 @@ namespace {
 }
 
 // A step of the parser, traced and measured.
-struct Step {
-    explicit Step(const char* name) : activity(name), metrics(name) {}
+struct TracedStep {
+    explicit TracedStep(const char* name) : activity(name), metrics(name) {}
 
     art::Activity activity;
     Metrics::Scope metrics;
@@ -217,7 +217,7 @@ void XercesXMLParserImpl::InstallResolver()
 
 void XercesXMLParserImpl::PrepareParserState()
 {
-    const Step step("XercesXMLParser_PrepareParserState");
+    const TracedStep step("XercesXMLParser_PrepareParserState");
     m_reader->resetCachedGrammarPool();
     if (m_hasNoSchema == 0) {
         // The schemas of the attributes that any document may carry.
@@ -257,7 +257,7 @@ void XercesXMLParserImpl::LoadSchemaResource(const VString& name)
 
 void XercesXMLParserImpl::LoadSchema(InputSource& schema)
 {
-    const Step step("XercesXMLParser_LoadXSDSource");
+    const TracedStep step("XercesXMLParser_LoadXSDSource");
     RequireReader();
     if (m_hasNoSchema == 1) {
         m_hasNoSchema = 0;
@@ -297,7 +297,7 @@ void XercesXMLParserImpl::DoParse()
 {
     if (HasErrors())
         FailAssertion(231, "HasErrors() == false", 0xE60C9000);
-    const Step step("XercesXMLParser_DoXercesParse");
+    const TracedStep step("XercesXMLParser_DoXercesParse");
     bool isReusable = false;
     try {
         ReadInput();

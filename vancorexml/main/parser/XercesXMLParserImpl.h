@@ -97,7 +97,7 @@ private:
     void MoveDiagnosticsFromHandler();
 
     // Declared before all members that use Xerces, so that those are destroyed first.
-    XercesUse m_xerces;
+    XercesInitializer m_xerces;
     XercesMemory m_memory;
     std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
     // Null after a parse whose reader cannot be reused, until the next use.
