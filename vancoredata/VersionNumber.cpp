@@ -6,6 +6,12 @@
 
 namespace {
 
+namespace Assertions {
+
+constexpr AssertionSite UnknownOptions{"vancoredata\\VersionNumber", 36, "options == 0", 0xB7419C2E};  // own code
+
+}  // namespace Assertions
+
 // 0 for what is no number, or none that an int holds.
 int ReadPart(const VString& part)
 {
@@ -33,7 +39,7 @@ VersionNumber::VersionNumber(const VString& text, char16_t separator, char16_t s
     : m_text(text)
 {
     if (options != 0)
-        ThrowLogicException("vancoredata\\VersionNumber", __LINE__, "options == 0", MakeLogicError(0xB7419C2E));
+        ThrowLogicException(Assertions::UnknownOptions);
     const int suffix = text.indexOf(suffixSeparator);
     for (const VString& part : text.mid(0, suffix).split(separator))
         m_parts.push_back(ReadPart(part));

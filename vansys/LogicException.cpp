@@ -22,6 +22,11 @@ void LogicException::Throw() const
     throw LogicException(*this);
 }
 
+void ThrowLogicException(const AssertionSite& site)
+{
+    ThrowLogicException(site.file, site.line, site.text, MakeLogicError(site.code));
+}
+
 void ThrowLogicException(const VString& file, int line, const VString& expression, const VantoraError::ErrorCode& error)
 {
     throw LogicException(

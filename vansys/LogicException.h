@@ -30,7 +30,38 @@ private:
     int m_line;
 };
 
-// Throws LogicException.
+// The identity of a logic assertion: its source, line, text and code. Logs refer to an assertion by these four, so
+// they never change; the line stays the same when the source grows.
+//
+// How to add an assertion:
+//
+// 1. Add a site to the table of the source: the namespace `Assertions` inside the unnamed namespace at its top. Name
+//    the site for the broken promise, such as `UnknownOptions`.
+// 2. `file` is the path that LogicException::GetFile returns. `line` is the line of the check when it is added.
+//    `text` is the condition that failed, or a sentence.
+// 3. Choose a random `code` of eight hexadecimal digits that no other site has, and write the comment `own code` at
+//    the site. A site without this comment has a code that the product prescribes.
+// 4. If no caller can break the promise, write the comment `Unreachable` at the site, with the reason.
+// 5. Raise it with ThrowLogicException, and name LogicException in the comment of the operation.
+// 6. Test it with testsupport::ExpectLogicException, unless it is unreachable.
+//
+//     namespace Assertions {
+//     constexpr AssertionSite UnknownOptions{"vansys\\VReadWriteLock", 103, "options == 0", 0x6B20F4D1};  // own code
+//     }
+//
+//     if (options != 0)
+//         ThrowLogicException(Assertions::UnknownOptions);
+struct AssertionSite {
+    const char* file;
+    int line;
+    const char* text;  // UTF-8
+    std::uint32_t code;
+};
+
+// Throws the LogicException of the site. Its error has the source Product and the status Internal.
+[[noreturn]] VANSYS_API void ThrowLogicException(const AssertionSite& site);
+
+// The same for a text that is known only at run time.
 [[noreturn]] VANSYS_API void ThrowLogicException(
     const VString& file, int line, const VString& expression, const VantoraError::ErrorCode& error);
 

@@ -17,6 +17,13 @@ struct MemoryScope::Entry {
 
 namespace {
 
+namespace Assertions {
+
+constexpr AssertionSite ClosedByAnotherThread{
+    "vansys\\MemoryScope", 60, "MemoryScope can only be used on single thread", 0x3C6E9D12};  // own code
+
+}  // namespace Assertions
+
 // No object with a destructor, so that scopes work while the process ends.
 thread_local void* t_innermost = nullptr;
 
@@ -55,12 +62,8 @@ void MemoryScope::Close()
 {
     if (m_entry == nullptr)
         return;
-    if (m_thread != std::this_thread::get_id()) {
-        ThrowLogicException("vansys\\MemoryScope",
-            __LINE__,
-            "MemoryScope can only be used on single thread",
-            MakeLogicError(0x3C6E9D12));
-    }
+    if (m_thread != std::this_thread::get_id())
+        ThrowLogicException(Assertions::ClosedByAnotherThread);
     m_entry->closed.store(true, std::memory_order_release);
     m_entry = nullptr;
     Entry::Innermost();

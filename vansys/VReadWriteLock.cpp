@@ -8,6 +8,14 @@
 
 namespace {
 
+namespace Assertions {
+
+constexpr char File[] = "vansys\\VReadWriteLock";
+constexpr AssertionSite UnknownOptions{File, 103, "options == 0", 0x6B20F4D1};                     // own code
+constexpr AssertionSite WriteUnderRead{File, 131, "no write lock under a read lock", 0x5D1E7A60};  // own code
+
+}  // namespace Assertions
+
 // How often one thread holds one lock. Its first take acquires the lock, shared for a read and exclusive for a write,
 // and its last release unlocks it. The takes and releases between them only change the counts.
 struct Holding {
@@ -100,7 +108,7 @@ Holding& LockFirst(const VReadWriteLock* lock, bool exclusive, LockFunction lock
 VReadWriteLock::VReadWriteLock(int options)
 {
     if (options != 0)
-        ThrowLogicException("vansys\\VReadWriteLock", __LINE__, "options == 0", MakeLogicError(0x6B20F4D1));
+        ThrowLogicException(Assertions::UnknownOptions);
 }
 
 VReadWriteLock::~VReadWriteLock() = default;
@@ -126,10 +134,8 @@ void VReadWriteLock::UnlockRead() noexcept
 void VReadWriteLock::LockForWrite()
 {
     Holding* holding = FindHolding(this);
-    if (holding != nullptr && !holding->exclusive) {
-        ThrowLogicException(
-            "vansys\\VReadWriteLock", __LINE__, "no write lock under a read lock", MakeLogicError(0x5D1E7A60));
-    }
+    if (holding != nullptr && !holding->exclusive)
+        ThrowLogicException(Assertions::WriteUnderRead);
     if (holding == nullptr)
         holding = &LockFirst(this, true, [this] { m_lock.lock(); });
     ++holding->writes;

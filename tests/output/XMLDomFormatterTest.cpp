@@ -426,7 +426,11 @@ TEST(XMLDomFormatterTest, AccessorsAssertOnceTheDocumentIsTaken)
 {
     XMLDomFormatter writer;
     writer.TakeDocument();
-    EXPECT_THROW(writer.GetDocument(), LogicException);
+    testsupport::ExpectLogicException([&writer] { writer.GetDocument(); },
+        "vancorexml\\main\\parser\\XMLDomFormatter",
+        189,
+        "m_document != nullptr",
+        0x7C21D94B);
     EXPECT_THROW(writer.GetDocumentRoot(), LogicException);
     EXPECT_THROW(writer.GetRoot(), LogicException);
     EXPECT_THROW(writer.GetElement("a"), LogicException);

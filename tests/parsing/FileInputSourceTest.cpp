@@ -111,13 +111,8 @@ TEST_F(FileInputSourceTest, ANewReadSizeTakesEffectWithTheNextChunk)
 TEST_F(FileInputSourceTest, AReadSizeOfZeroIsAnAssertion)
 {
     FileInputSource source(Write("abc"));
-    try {
-        source.SetReadSize(0);
-        ADD_FAILURE() << "the size was not refused";
-    } catch (const LogicException& exception) {
-        EXPECT_EQ(exception.GetErrorInfo().GetKey(), VString("LogicException_LogicAssert_0x2BE7C041"));
-        EXPECT_EQ(exception.GetExpression(), VString("size != 0"));
-    }
+    testsupport::ExpectLogicException(
+        [&source] { source.SetReadSize(0); }, "vancorexml\\main\\parser\\FileInputSource", 41, "size != 0", 0x2BE7C041);
     EXPECT_EQ(source.GetReadSize(), 2048u);
     EXPECT_EQ(ReadAll(source), "abc");
 }

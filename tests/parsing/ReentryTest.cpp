@@ -163,6 +163,7 @@ TEST_F(ReentryTest, TheAssertionNamesItself)
             parser->Parse();
         } catch (const LogicException& exception) {
             EXPECT_EQ(exception.GetFile(), VString("vancorexml\\main\\parser\\Parser"));
+            EXPECT_EQ(exception.GetLine(), 22);
             EXPECT_EQ(exception.GetExpression(), VString("!m_work.isRunning"));
             EXPECT_EQ(exception.GetErrorInfo().GetKey(), VString("LogicException_LogicAssert_0x61D3A9F5"));
         }

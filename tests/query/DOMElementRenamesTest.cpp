@@ -193,5 +193,9 @@ TEST_F(DetachedRenamesTest, AddsRequireADocument)
 
 TEST_F(DetachedRenamesTest, CaptionLookupsRequireADocument)
 {
-    EXPECT_THROW(element.GetCaptionRenameIfItExists("k"), LogicException);
+    ExpectLogicException([&] { element.GetCaptionRenameIfItExists("k"); },
+        File,
+        694,
+        "DOMElement::GetCaptionRenameIfItExists can only be called on a DOMElement that is attached to a DOM",
+        0x4E3B71C8);
 }

@@ -13,6 +13,12 @@
 
 namespace {
 
+namespace Assertions {
+
+constexpr AssertionSite LineTooLong{"vancorexml\\main\\parser\\Base64", 49, "onethird <= 0x3FFFFFFF", 0xD5E47E3E};
+
+}  // namespace Assertions
+
 constexpr char16_t Alphabet[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::size_t LineLength = 72;
 constexpr int Invalid = -1;
@@ -32,10 +38,8 @@ constexpr std::array<std::int8_t, 256> DecodeTable = MakeDecodeTable();
 std::size_t WholeLineLength(unsigned int length)
 {
     const double onethird = std::ceil(length / 3.0);
-    if (onethird > 0x3FFFFFFF) {
-        ThrowLogicException(
-            "vancorexml\\main\\parser\\Base64", 49, "onethird <= 0x3FFFFFFF", MakeLogicError(0xD5E47E3E));
-    }
+    if (onethird > 0x3FFFFFFF)
+        ThrowLogicException(Assertions::LineTooLong);
     const std::size_t characters = 4 * static_cast<std::size_t>(onethird);
     if (characters > static_cast<std::size_t>(VString::MaxLength))
         throw std::length_error("Base64Encode: the text is too long for one line");

@@ -10,7 +10,15 @@
 
 namespace {
 
-constexpr char SourceFile[] = "vancorexml\\main\\parser\\DOM";
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\DOM";
+// Both are unreachable: a document has its root until its destructor runs.
+constexpr AssertionSite TargetHasNoRoot{File, 38, "m_root", 0xE9B29E95};
+constexpr AssertionSite SourceHasNoRoot{File, 39, "dom.m_root", 0x41ACEBB0};
+
+}  // namespace Assertions
+
 constexpr int SearchDepth = 1000;
 
 }  // namespace
@@ -58,9 +66,9 @@ void DOM::DeepCopy(const DOM& dom)
     std::vector<std::unique_ptr<DOMElement>> old;
     const TwoWriteLocks locks(m_lock, dom.m_lock);
     if (!m_root)
-        ThrowLogicException(SourceFile, 38, "m_root", MakeLogicError(0xE9B29E95));
+        ThrowLogicException(Assertions::TargetHasNoRoot);
     if (!dom.m_root)
-        ThrowLogicException(SourceFile, 39, "dom.m_root", MakeLogicError(0x41ACEBB0));
+        ThrowLogicException(Assertions::SourceHasNoRoot);
     m_diagnostics->ClearAllErrorsAndWarnings();
     if (&dom != this)
         old = m_root->Assign(*dom.m_root);

@@ -18,18 +18,24 @@ static_assert(sizeof(DOMElement) == 112);
 
 namespace {
 
-constexpr char SourceFile[] = "vancorexml\\main\\parser\\DOMElement";
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\DOMElement";
+constexpr AssertionSite ChildIsNull{File, 412, "child", 0x3E5D90A4};  // own code
+constexpr AssertionSite OwnDescendant{
+    File, 420, "An element cannot become its own descendant.", 0x7A41C0D3};  // own code
+constexpr AssertionSite AdoptedHasNoParent{File, 492, "Cannot adopt a child without an existing parent.", 0x956B8EC3};
+constexpr AssertionSite MovedHasNoParent{File, 530, "m_parent", 0x5C0E21B7};  // own code
+constexpr AssertionSite MovedToFrontHasNoParent{File, 546, "parent", 0xD66645D1};
+constexpr AssertionSite NotAChild{File, 556, "i != m_children.end()", 0x65F1A21B};
+
+}  // namespace Assertions
 
 [[noreturn]] void ThrowMissing(const VString& name, std::uint32_t code, const char* key)
 {
     throw DOMException(name,
         VError::ErrorInfo(
             VantoraError::MakeError(code, key), VError::ErrorSource::Caller, VError::StatusCode::Unknown));
-}
-
-[[noreturn]] void ThrowOwnDescendant()
-{
-    ThrowLogicException(SourceFile, 420, "An element cannot become its own descendant.", MakeLogicError(0x7A41C0D3));
 }
 
 void LogMissingBefore()
@@ -274,7 +280,7 @@ DOMElement& DOMElement::AppendNewChild(std::unique_ptr<DOMElement>&& child) noex
 DOMElement& DOMElement::InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before)
 {
     if (!child)
-        ThrowLogicException(SourceFile, 412, "child", MakeLogicError(0x3E5D90A4));
+        ThrowLogicException(Assertions::ChildIsNull);
     DOMElement& element = *child;
     RequireNotBelow(element);
     ReserveChildren(1);
@@ -390,24 +396,22 @@ bool DOMElement::IsChildOf(const DOMElement& ancestor) const noexcept
 void DOMElement::Move(DOMElement& newParent, const DOMElement* before)
 {
     if (!m_parent)
-        ThrowLogicException(SourceFile, 530, "m_parent", MakeLogicError(0x5C0E21B7));
+        ThrowLogicException(Assertions::MovedHasNoParent);
     m_parent->MoveChild(*this, newParent, before);
 }
 
 void DOMElement::MoveToFront()
 {
     if (!m_parent)
-        ThrowLogicException(SourceFile, 546, "parent", MakeLogicError(0xD66645D1));
+        ThrowLogicException(Assertions::MovedToFrontHasNoParent);
     if (m_parent->m_children.size() > 1)
         Move(*m_parent, m_parent->m_children.front().get());
 }
 
 void DOMElement::Adopt(DOMElement& child, const DOMElement* before)
 {
-    if (!child.m_parent) {
-        ThrowLogicException(
-            SourceFile, 492, "Cannot adopt a child without an existing parent.", MakeLogicError(0x956B8EC3));
-    }
+    if (!child.m_parent)
+        ThrowLogicException(Assertions::AdoptedHasNoParent);
     if (&child == this || child.m_parent == this)
         return;
     child.m_parent->MoveChild(child, *this, before);
@@ -420,7 +424,7 @@ void DOMElement::AdoptChildren(DOMElement& other, const DOMElement* before)
     if (IsAtOrBelow(other)) {
         for (const DOMElement* i = this; i; i = i->m_parent) {
             if (i->m_parent == &other && !i->IsRemovedChild())
-                ThrowOwnDescendant();
+                ThrowLogicException(Assertions::OwnDescendant);
         }
     }
     ReserveChildren(other.m_children.size());
@@ -473,7 +477,7 @@ DOMElement::Children::iterator DOMElement::RequireChild(const DOMElement& child)
 {
     const Children::iterator position = FindChild(child);
     if (position == m_children.end())
-        ThrowLogicException(SourceFile, 556, "i != m_children.end()", MakeLogicError(0x65F1A21B));
+        ThrowLogicException(Assertions::NotAChild);
     return position;
 }
 
@@ -489,7 +493,7 @@ DOMElement* DOMElement::FindChildByName(const VString& name) const noexcept
 void DOMElement::RequireNotBelow(const DOMElement& child) const
 {
     if (IsAtOrBelow(child))
-        ThrowOwnDescendant();
+        ThrowLogicException(Assertions::OwnDescendant);
 }
 
 // Climbs from this element and walks the subtree of `top`, one step of each in turn, until either finds

@@ -19,6 +19,7 @@
 class DOM;
 class DocumentDiagnostics;
 class ElementPages;
+struct AssertionSite;
 struct ElementLinks;
 
 // The node of a document tree: a name, a text, attributes and owned children.
@@ -293,7 +294,7 @@ private:
     // Moves subtrees of one document, or of none, to this element's document. If it throws, nothing
     // has changed.
     void ChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count);
-    DocumentDiagnostics& RequireDiagnostics(const char* operation, int line, std::uint32_t code) const;
+    DocumentDiagnostics& RequireDiagnostics(const AssertionSite& site) const;
 
     ElementLinks& GetLinks() const;
     // True if a removed child still links to this element as its parent.

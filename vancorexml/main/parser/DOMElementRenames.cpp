@@ -5,7 +5,21 @@
 
 namespace {
 
-const char* const File = "vancorexml\\main\\parser\\DOMElement";
+// Each named for the operation that an element without a document was asked for.
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\DOMElement";
+constexpr AssertionSite AddFieldRename{
+    File, 677, "DOMElement::AddFieldRename can only be called on a DOMElement that is attached to a DOM", 0x7BB9AD71};
+constexpr AssertionSite AddCaptionRename{
+    File, 686, "DOMElement::AddCaptionRename can only be called on a DOMElement that is attached to a DOM", 0xFFF990FC};
+// Own code.
+constexpr AssertionSite GetCaptionRenameIfItExists{File,
+    694,
+    "DOMElement::GetCaptionRenameIfItExists can only be called on a DOMElement that is attached to a DOM",
+    0x4E3B71C8};
+
+}  // namespace Assertions
 
 }  // namespace
 
@@ -43,23 +57,15 @@ FieldName DOMElement::GetTextAsFieldName(QualifiedNameCache& cache) const
 
 void DOMElement::AddCaptionRename(const VString& oldCaption, const VString& newCaption)
 {
-    if (!m_manager) {
-        ThrowLogicException(File,
-            686,
-            "DOMElement::AddCaptionRename can only be called on a DOMElement that is attached to a DOM",
-            MakeLogicError(0xFFF990FC));
-    }
+    if (!m_manager)
+        ThrowLogicException(Assertions::AddCaptionRename);
     m_manager->AddCaptionRename(oldCaption, newCaption);
 }
 
 void DOMElement::AddFieldRename(const FieldName& oldName, const FieldName& newName)
 {
-    if (!m_manager) {
-        ThrowLogicException(File,
-            677,
-            "DOMElement::AddFieldRename can only be called on a DOMElement that is attached to a DOM",
-            MakeLogicError(0x7BB9AD71));
-    }
+    if (!m_manager)
+        ThrowLogicException(Assertions::AddFieldRename);
     m_manager->AddFieldRename(oldName, newName);
 }
 
@@ -85,11 +91,7 @@ VString DOMElement::RenameMapSource(const VString& name) const
 
 VString DOMElement::GetCaptionRenameIfItExists(const VString& attrName) const
 {
-    if (!m_manager) {
-        ThrowLogicException(File,
-            694,
-            "DOMElement::GetCaptionRenameIfItExists can only be called on a DOMElement that is attached to a DOM",
-            MakeLogicError(0x4E3B71C8));
-    }
+    if (!m_manager)
+        ThrowLogicException(Assertions::GetCaptionRenameIfItExists);
     return m_manager->GetCaptionRenameIfItExists(GetAttribute(attrName));
 }

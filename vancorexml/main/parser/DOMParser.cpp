@@ -15,6 +15,14 @@
 
 namespace {
 
+namespace Assertions {
+
+// Unreachable: a Parser records each message together with its identity.
+constexpr AssertionSite ErrorWithoutInfo{
+    "vancorexml\\main\\parser\\DOMParser", 97, "errors.size() == errorInfos.size()", 0x46AC9E8D};
+
+}  // namespace Assertions
+
 // The number of bytes of a document that are recorded with its metrics.
 constexpr unsigned int MetricsTextLength = 128;
 
@@ -35,12 +43,8 @@ void CopyErrors(const Parser& parser, DOMElement& root)
         return;
     const std::vector<VString> errors = parser.GetErrors();
     const std::vector<VError::ErrorInfo> errorInfos = parser.GetMetadataForErrors();
-    if (errors.size() != errorInfos.size()) {
-        ThrowLogicException("vancorexml\\main\\parser\\DOMParser",
-            97,
-            "errors.size() == errorInfos.size()",
-            MakeLogicError(0x46AC9E8D));
-    }
+    if (errors.size() != errorInfos.size())
+        ThrowLogicException(Assertions::ErrorWithoutInfo);
     for (std::size_t i = 0; i < errors.size(); ++i)
         root.Error(errors[i], errorInfos[i], false, false);
 }

@@ -4,6 +4,13 @@
 
 namespace {
 
+namespace Assertions {
+
+constexpr AssertionSite CaptionAlreadyRenamed{
+    "vancorexml\\main\\parser\\DOM", 95, "m_captionRenames.find(oldCaption) == m_captionRenames.end()", 0xA2CD6EBC};
+
+}  // namespace Assertions
+
 template <typename Map, typename Key>
 Key Renamed(const Map& renames, const Key& name)
 {
@@ -40,12 +47,8 @@ void DOM::SetPathRenames(const PathRenames& renames)
 void DOM::AddCaptionRename(const VString& oldCaption, const VString& newCaption)
 {
     const VWriteLocker locker(m_lock);
-    if (!m_captionRenames.emplace(oldCaption, newCaption).second) {
-        ThrowLogicException("vancorexml\\main\\parser\\DOM",
-            95,
-            "m_captionRenames.find(oldCaption) == m_captionRenames.end()",
-            MakeLogicError(0xA2CD6EBC));
-    }
+    if (!m_captionRenames.emplace(oldCaption, newCaption).second)
+        ThrowLogicException(Assertions::CaptionAlreadyRenamed);
 }
 
 void DOM::AddDataSourceRename(const VString& oldName, const VString& newName)

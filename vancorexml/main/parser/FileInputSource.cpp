@@ -16,7 +16,12 @@
 
 namespace {
 
-constexpr const char* const SourceFile = "vancorexml\\main\\parser\\FileInputSource";
+namespace Assertions {
+
+constexpr AssertionSite ReadSizeIsZero{
+    "vancorexml\\main\\parser\\FileInputSource", 41, "size != 0", 0x2BE7C041};  // own code
+
+}  // namespace Assertions
 
 }  // namespace
 
@@ -38,7 +43,7 @@ FileInputSource::~FileInputSource() = default;
 void FileInputSource::SetReadSize(unsigned long long size)
 {
     if (size == 0)
-        ThrowLogicException(SourceFile, __LINE__, "size != 0", MakeLogicError(0x2BE7C041));
+        ThrowLogicException(Assertions::ReadSizeIsZero);
     m_readSize = size;
 }
 

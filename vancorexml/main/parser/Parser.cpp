@@ -4,7 +4,12 @@
 
 namespace {
 
-constexpr const char* const SourceFile = "vancorexml\\main\\parser\\Parser";
+namespace Assertions {
+
+constexpr AssertionSite ParserIsRunning{
+    "vancorexml\\main\\parser\\Parser", 22, "!m_work.isRunning", 0x61D3A9F5};  // own code
+
+}  // namespace Assertions
 
 }  // namespace
 
@@ -19,7 +24,7 @@ Parser::WorkScope::WorkScope(Parser& parser) : m_parser(parser)
 void Parser::RequireIdle() const
 {
     if (m_work.isRunning)
-        ThrowLogicException(SourceFile, __LINE__, "!m_work.isRunning", MakeLogicError(0x61D3A9F5));
+        ThrowLogicException(Assertions::ParserIsRunning);
 }
 
 void Parser::Parse()

@@ -8,10 +8,16 @@
 
 namespace {
 
-[[noreturn]] void Fail(int line, const char* expression, std::uint32_t code)
-{
-    ThrowLogicException("vancorexml\\main\\parser\\StandaloneDOMElement", line, expression, MakeLogicError(code));
-}
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\StandaloneDOMElement";
+constexpr AssertionSite NoSuchAttribute{File, 224, "it != m_attributes.end()", 0x16A1A876};
+constexpr AssertionSite AppendedChildIsNull{File, 293, "element != nullptr", 0xE9519449};
+constexpr AssertionSite InsertedChildIsNull{File, 300, "element != nullptr", 0x41228A24};
+constexpr AssertionSite NoChildEqualsBefore{File, 316, "false", 0xAD7AC3BE};
+constexpr AssertionSite RemovedIsNoChild{File, 342, "false", 0x108BF60C};
+
+}  // namespace Assertions
 
 }  // namespace
 
@@ -54,7 +60,7 @@ VString StandaloneDOMElement::GetAttribute(const VString& name) const
 {
     const auto found = m_attributes.find(name);
     if (found == m_attributes.end())
-        Fail(224, "it != m_attributes.end()", 0x16A1A876);
+        ThrowLogicException(Assertions::NoSuchAttribute);
     return found->second;
 }
 
@@ -70,7 +76,7 @@ bool StandaloneDOMElement::TryGetAttribute(const VString& name, VString& value) 
 void StandaloneDOMElement::AppendChild(std::unique_ptr<StandaloneDOMElement> element)
 {
     if (!element)
-        Fail(293, "element != nullptr", 0xE9519449);
+        ThrowLogicException(Assertions::AppendedChildIsNull);
     m_nodes.push_back({std::nullopt, std::move(element)});
 }
 
@@ -87,12 +93,12 @@ void StandaloneDOMElement::InsertChildBefore(
     std::unique_ptr<StandaloneDOMElement> element, const StandaloneDOMElement& before)
 {
     if (!element)
-        Fail(300, "element != nullptr", 0x41228A24);
+        ThrowLogicException(Assertions::InsertedChildIsNull);
     const auto place = std::find_if(m_nodes.begin(), m_nodes.end(), [&before](const Node& node) {
         return node.element && *node.element == before;
     });
     if (place == m_nodes.end())
-        Fail(316, "false", 0xAD7AC3BE);
+        ThrowLogicException(Assertions::NoChildEqualsBefore);
     m_nodes.insert(place, {std::nullopt, std::move(element)});
 }
 
@@ -101,7 +107,7 @@ std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::RemoveChild(const St
     const auto place = std::find_if(
         m_nodes.begin(), m_nodes.end(), [&child](const Node& node) { return node.element.get() == &child; });
     if (place == m_nodes.end())
-        Fail(342, "false", 0x108BF60C);
+        ThrowLogicException(Assertions::RemovedIsNoChild);
     std::unique_ptr<StandaloneDOMElement> removed = std::move(place->element);
     m_nodes.erase(place);
     return removed;

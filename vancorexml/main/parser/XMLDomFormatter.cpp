@@ -1,6 +1,5 @@
 #include "vancorexml/main/parser/XMLDomFormatter.h"
 
-#include <cstdint>
 #include <utility>
 
 #include "vancorexml/main/parser/Base64.h"
@@ -11,16 +10,32 @@
 
 namespace {
 
-[[noreturn]] void FailAssertion(const char* expression, std::uint32_t code, int line)
-{
-    ThrowLogicException("vancorexml\\main\\parser\\XMLDomFormatter", line, expression, MakeLogicError(code));
-}
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\XMLDomFormatter";
+constexpr AssertionSite NothingOpenForAttributes{File, 128, "m_stack.top() != nullptr", 0x5619328D};
+constexpr AssertionSite NothingOpenForBinary{File, 136, "m_stack.top() != nullptr", 0xE813A351};
+constexpr AssertionSite ElementHasText{File, 139, "!e->HasText()", 0x9C70B807};
+constexpr AssertionSite NothingOpenForCloseTag{File, 155, "m_stack.top() != nullptr", 0x5C6709A4};
+constexpr AssertionSite AnotherTagIsOpen{File, 158, "e->GetName() == tag", 0x956FC18E};
+constexpr AssertionSite NothingOpenForComment{File, 165, "m_stack.top() != nullptr", 0xBA49C527};
+constexpr AssertionSite NothingOpenForContent{File, 173, "m_stack.top() != nullptr", 0xCE4F4D17};
+constexpr AssertionSite NothingOpenForContentTag{File, 181, "m_stack.top() != nullptr", 0x2AF5921A};
+constexpr AssertionSite DocumentIsGone{File, 189, "m_document != nullptr", 0x7C21D94B};  // own code
+constexpr AssertionSite NothingOpenForDOMElement{File, 191, "m_stack.top() != nullptr", 0xD26E62DD};
+constexpr AssertionSite NothingOpenForHeader{File, 200, "m_stack.top() != nullptr", 0x968B6274};
+constexpr AssertionSite NothingOpenForLine{File, 206, "m_stack.top() != nullptr", 0x0F7E4CE7};
+constexpr AssertionSite NothingOpenForOpenTag{File, 215, "m_stack.top() != nullptr", 0xE04AB21E};
+constexpr AssertionSite NothingOpenForString{File, 225, "m_stack.top() != nullptr", 0x32368D81};
+constexpr AssertionSite NothingOpenForTag{File, 233, "m_stack.top() != nullptr", 0xE6086904};
+
+}  // namespace Assertions
 
 // Returns the open element. Raises a LogicException if there is none.
-DOMElement& RequireTop(DOMElement* top, std::uint32_t code, int line)
+DOMElement& RequireTop(DOMElement* top, const AssertionSite& site)
 {
     if (top == nullptr)
-        FailAssertion("m_stack.top() != nullptr", code, line);
+        ThrowLogicException(site);
     return *top;
 }
 
@@ -79,71 +94,71 @@ std::unique_ptr<DOM> XMLDomFormatter::TakeDocument()
 
 void XMLDomFormatter::OutputAttributes(const AttributeMap& attributes)
 {
-    RequireTop(Top(), 0x5619328D, 128).SetAttributes(attributes);
+    RequireTop(Top(), Assertions::NothingOpenForAttributes).SetAttributes(attributes);
 }
 
 void XMLDomFormatter::OutputDOMElement(const DOMElement& element)
 {
-    RequireTop(Top(), 0xD26E62DD, 191).AppendChild(std::make_unique<DOMElement>(element));
+    RequireTop(Top(), Assertions::NothingOpenForDOMElement).AppendChild(std::make_unique<DOMElement>(element));
 }
 
 void XMLDomFormatter::OutputContent(const VString& text, bool encoded)
 {
-    RequireTop(Top(), 0xCE4F4D17, 173).SetText(text, encoded);
+    RequireTop(Top(), Assertions::NothingOpenForContent).SetText(text, encoded);
 }
 
 void XMLDomFormatter::OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content)
 {
-    AddChild(RequireTop(Top(), 0x2AF5921A, 181), tag, attributes).SetText(content);
+    AddChild(RequireTop(Top(), Assertions::NothingOpenForContentTag), tag, attributes).SetText(content);
 }
 
 void XMLDomFormatter::OutputComment(const VString& text)
 {
-    RequireTop(Top(), 0xBA49C527, 165);
+    RequireTop(Top(), Assertions::NothingOpenForComment);
     m_comments.push_back(text);
 }
 
 void XMLDomFormatter::OutputCloseTag(const VString& tag)
 {
-    const DOMElement& element = RequireTop(Top(), 0x5C6709A4, 155);
+    const DOMElement& element = RequireTop(Top(), Assertions::NothingOpenForCloseTag);
     if (element.GetName() != tag)
-        FailAssertion("e->GetName() == tag", 0x956FC18E, 158);
+        ThrowLogicException(Assertions::AnotherTagIsOpen);
     m_stack.pop();
 }
 
 void XMLDomFormatter::OutputOpenTag(const VString& tag, const AttributeMap& attributes)
 {
-    m_stack.push(&AddChild(RequireTop(Top(), 0xE04AB21E, 215), tag, attributes));
+    m_stack.push(&AddChild(RequireTop(Top(), Assertions::NothingOpenForOpenTag), tag, attributes));
 }
 
 void XMLDomFormatter::OutputTag(const VString& tag, const AttributeMap& attributes)
 {
-    AddChild(RequireTop(Top(), 0xE6086904, 233), tag, attributes);
+    AddChild(RequireTop(Top(), Assertions::NothingOpenForTag), tag, attributes);
 }
 
 void XMLDomFormatter::OutputHeader()
 {
-    RequireTop(Top(), 0x968B6274, 200);
+    RequireTop(Top(), Assertions::NothingOpenForHeader);
     m_headerRequested = true;
 }
 
 void XMLDomFormatter::OutputLine(const VString& text)
 {
-    DOMElement& element = RequireTop(Top(), 0x0F7E4CE7, 206);
+    DOMElement& element = RequireTop(Top(), Assertions::NothingOpenForLine);
     element.AppendText(text);
     element.AppendText(u"\n");
 }
 
 void XMLDomFormatter::OutputString(const VString& text)
 {
-    RequireTop(Top(), 0x32368D81, 225).AppendText(text);
+    RequireTop(Top(), Assertions::NothingOpenForString).AppendText(text);
 }
 
 void XMLDomFormatter::OutputBinary(const unsigned char* data, unsigned int length)
 {
-    DOMElement& element = RequireTop(Top(), 0xE813A351, 136);
+    DOMElement& element = RequireTop(Top(), Assertions::NothingOpenForBinary);
     if (element.HasText())
-        FailAssertion("!e->HasText()", 0x9C70B807, 139);
+        ThrowLogicException(Assertions::ElementHasText);
     std::vector<VString> lines;
     Base64Encode(data, length, lines, true);
     for (const VString& line : lines) {
@@ -186,6 +201,6 @@ VString XMLDomFormatter::RenderAsXMLString(const DOMElement& element, VString* c
 DOM& XMLDomFormatter::Document() const
 {
     if (m_document == nullptr)
-        FailAssertion("m_document != nullptr", 0x7C21D94B, __LINE__);
+        ThrowLogicException(Assertions::DocumentIsGone);
     return *m_document;
 }

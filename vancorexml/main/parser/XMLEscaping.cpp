@@ -14,7 +14,15 @@ namespace XMLEscaping {
 
 namespace {
 
-constexpr char SourceFile[] = "vancorexml\\main\\parser\\XMLFormatter";
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\XMLFormatter";
+// Unreachable through the writers, which ask for the known kinds only.
+constexpr AssertionSite UnknownKind{File, 120, "Unknown type passed to InitMappingTableType", 0xF6AD402C};
+// Unreachable through the writers, whose test of characters gives the same answers in both passes.
+constexpr AssertionSite PassesDiffer{File, 236, "ix == dst.length()", 0xF6B4AF4C};
+
+}  // namespace Assertions
 
 // A backslash, "x", at most four digits and a semicolon.
 constexpr std::size_t LongestNumericEscape = 7;
@@ -121,23 +129,18 @@ public:
     void Write(std::u16string_view piece)
     {
         if (piece.size() > static_cast<std::size_t>(m_end - m_out))
-            Fail();
+            ThrowLogicException(Assertions::PassesDiffer);
         m_out = std::copy(piece.begin(), piece.end(), m_out);
     }
 
     VString Release()
     {
         if (m_out != m_end)
-            Fail();
+            ThrowLogicException(Assertions::PassesDiffer);
         return VString(std::move(m_text));
     }
 
 private:
-    [[noreturn]] static void Fail()
-    {
-        ThrowLogicException(SourceFile, 236, "ix == dst.length()", MakeLogicError(0xF6B4AF4C));
-    }
-
     QString m_text;
     char16_t* m_out;
     char16_t* m_end;
@@ -179,7 +182,7 @@ bool IsQuoted(const VString& text) noexcept
 void InitMappingTableType(MappingTable& table, int kind)
 {
     if (kind < AttributeMapping || kind > ApostropheMapping)
-        ThrowLogicException(SourceFile, 120, "Unknown type passed to InitMappingTableType", MakeLogicError(0xF6AD402C));
+        ThrowLogicException(Assertions::UnknownKind);
     for (char16_t unit = 0; unit < 0x20; ++unit) {
         char16_t escape[LongestNumericEscape];
         table[unit] = VString(escape, static_cast<std::size_t>(WriteNumericEscape(unit, escape) - escape));

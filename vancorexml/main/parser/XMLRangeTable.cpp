@@ -7,13 +7,20 @@
 
 namespace {
 
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\XMLRangeTable";
+constexpr AssertionSite PositionDecreases{
+    File, 104, "GetRangeTypeAt must be called with increasing positions", 0x1A238B43};
+constexpr AssertionSite CopiesMovedFromTable{File, 141, "other.m_pImpl != nullptr", 0x7DE85DF8};
+
+}  // namespace Assertions
+
 struct Range {
     std::uint64_t start;
     std::uint64_t end;  // one past the terminator
     XMLRangeType type;
 };
-
-constexpr const char* const File = "vancorexml\\main\\parser\\XMLRangeTable";
 
 XMLRangeType TypeAt(const std::string& text, std::size_t start)
 {
@@ -73,7 +80,7 @@ XMLRangeTable::XMLRangeTable(const std::string& text) : XMLRangeTable()
 XMLRangeTable::XMLRangeTable(const XMLRangeTable& other)
 {
     if (!other.m_pImpl)
-        ThrowLogicException(File, 141, "other.m_pImpl != nullptr", MakeLogicError(0x7DE85DF8));
+        ThrowLogicException(Assertions::CopiesMovedFromTable);
     m_pImpl = std::make_unique<Impl>(*other.m_pImpl);
 }
 
@@ -94,10 +101,8 @@ XMLRangeType XMLRangeTable::GetRangeTypeAt(std::size_t pos, std::size_t& rangeEn
     if (!m_pImpl)
         return XMLRangeTypeNone;
     Impl& table = *m_pImpl;
-    if (pos < table.lastPosition) {
-        ThrowLogicException(
-            File, 104, "GetRangeTypeAt must be called with increasing positions", MakeLogicError(0x1A238B43));
-    }
+    if (pos < table.lastPosition)
+        ThrowLogicException(Assertions::PositionDecreases);
     table.lastPosition = pos;
 
     while (table.cursor < table.ranges.size() && table.ranges[table.cursor].end <= pos)

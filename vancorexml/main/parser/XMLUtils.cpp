@@ -11,7 +11,16 @@
 
 namespace {
 
-constexpr const char* const File = "vancorexml\\main\\parser\\XMLUtils";
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\XMLUtils";
+constexpr AssertionSite NoTagAtStart{File, 208, "xml[start] == c_openBrace", 0x92C7E05B};  // own code
+// Own code. Unreachable: every terminator that is searched for ends with ">".
+constexpr AssertionSite EndIsNoClose{File, 247, "xml[found] == c_closeBrace", 0x3B60D8E7};
+constexpr AssertionSite TagOutsideText{File, 358, "idx < xml.size() && end < xml.size()", 0xA3E88D2C};
+constexpr AssertionSite RangeIsNoTag{File, 359, "xml[idx] == c_openBrace && xml[end] == c_closeBrace", 0xC2D03F8A};
+
+}  // namespace Assertions
 
 enum ByteClass : std::uint8_t { NameByte = 1, FirstNameByte = 2 };
 
@@ -155,7 +164,7 @@ bool XmlUtils::IsFirstNameChar(char16_t unit) noexcept
 std::size_t XmlUtils::FindTagEnd(const std::string& text, std::size_t start)
 {
     if (start >= text.size() || text[start] != '<')
-        ThrowLogicException(File, 208, "xml[start] == c_openBrace", MakeLogicError(0x92C7E05B));
+        ThrowLogicException(Assertions::NoTagAtStart);
     if (text.size() - start <= 2)
         return npos;
 
@@ -173,7 +182,7 @@ std::size_t XmlUtils::FindTagEnd(const std::string& text, std::size_t start)
     else
         found = FindUnquotedClose(text, start + 1);
     if (found != npos && text[found] != '>')
-        ThrowLogicException(File, 247, "xml[found] == c_closeBrace", MakeLogicError(0x3B60D8E7));
+        ThrowLogicException(Assertions::EndIsNoClose);
     return found;
 }
 
@@ -183,11 +192,9 @@ std::optional<std::string> XmlUtils::GetAttributeValueInTag(
     const std::size_t first = tagRange.start;
     const std::size_t last = tagRange.start + tagRange.length - 1;
     if (first >= text.size() || last >= text.size())
-        ThrowLogicException(File, 358, "idx < xml.size() && end < xml.size()", MakeLogicError(0xA3E88D2C));
-    if (text[first] != '<' || text[last] != '>') {
-        ThrowLogicException(
-            File, 359, "xml[idx] == c_openBrace && xml[end] == c_closeBrace", MakeLogicError(0xC2D03F8A));
-    }
+        ThrowLogicException(Assertions::TagOutsideText);
+    if (text[first] != '<' || text[last] != '>')
+        ThrowLogicException(Assertions::RangeIsNoTag);
     if (name.empty() || last < first)
         return std::nullopt;
 

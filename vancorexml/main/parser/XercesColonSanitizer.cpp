@@ -14,9 +14,18 @@
 
 namespace {
 
-constexpr std::size_t npos = std::string::npos;
+namespace Assertions {
 
-constexpr const char* const File = "vancorexml\\main\\parser\\XercesColonSanitizer";
+constexpr char File[] = "vancorexml\\main\\parser\\XercesColonSanitizer";
+// Unreachable: FindDeclarationPlace always returns a place behind the name that it found.
+constexpr AssertionSite NoDeclarationPlace{File, 60, "xmlnsInsertPoint != string::npos", 0xA9890139};
+// Unreachable: Next passes only the positions of colons.
+constexpr AssertionSite NoColonToTest{File, 112, "input[idx] == c_colon", 0x5DACA14D};
+constexpr AssertionSite NoElement{File, 188, "range.start != string::npos", 0x6FFE1D79};
+
+}  // namespace Assertions
+
+constexpr std::size_t npos = std::string::npos;
 
 // The next place of one character, asked for at positions that only increase: every byte is
 // looked at once, however often it is asked.
@@ -118,7 +127,7 @@ private:
     bool IsTaken(std::size_t colon)
     {
         if (m_text[colon] != ':')
-            ThrowLogicException(File, 112, "input[idx] == c_colon", MakeLogicError(0x5DACA14D));
+            ThrowLogicException(Assertions::NoColonToTest);
         std::size_t behindName = colon + 1;
         while (behindName < m_text.size() && XmlUtils::IsNameChar(m_text[behindName]))
             ++behindName;
@@ -160,7 +169,7 @@ std::size_t FindDeclarationPlace(const std::string& text)
 {
     const XmlUtils::TagRange tag = XmlUtils::FindFirstElementTag(text);
     if (tag.start == npos)
-        ThrowLogicException(File, 188, "range.start != string::npos", MakeLogicError(0x6FFE1D79));
+        ThrowLogicException(Assertions::NoElement);
     std::size_t place = tag.start + 1;
     while (XmlUtils::IsWhitespace(text[place]))
         ++place;
@@ -182,7 +191,7 @@ std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_pt
 
     const std::size_t declarationPlace = FindDeclarationPlace(input);
     if (declarationPlace == npos)
-        ThrowLogicException(File, 60, "xmlnsInsertPoint != string::npos", MakeLogicError(0xA9890139));
+        ThrowLogicException(Assertions::NoDeclarationPlace);
     auto output = std::make_shared<std::string>();
     output->reserve(input.size() + 64);
     std::size_t copied = 0;

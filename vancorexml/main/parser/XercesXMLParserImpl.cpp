@@ -30,10 +30,17 @@ using xercesc::XMLUni;
 
 namespace {
 
-[[noreturn]] void FailAssertion(int line, const char* expression, std::uint32_t code)
-{
-    ThrowLogicException("vancorexml\\main\\parser\\XercesXMLParser", line, expression, MakeLogicError(code));
-}
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\main\\parser\\XercesXMLParser";
+// Unreachable: the constructor makes the handler, and the reader is always a DocumentReader.
+constexpr AssertionSite NoResolver{File, 118, "xmlEntityResolver && sax2readerImpl", 0x9D18F6F8};
+constexpr AssertionSite SchemaHasNoId{File, 203, "!xsdSource.Id().IsEmpty()", 0xC83A570E};
+constexpr AssertionSite SchemaIsNoProvider{File, 206, "xercesableSource != nullptr", 0xAB95E4EA};
+// Unreachable through Parse, which clears the errors first; a derived class can call DoParse itself.
+constexpr AssertionSite ParseBeginsWithErrors{File, 231, "HasErrors() == false", 0xE60C9000};
+
+}  // namespace Assertions
 
 // A step of the parser, traced and measured.
 struct TracedStep {
@@ -211,7 +218,7 @@ void XercesXMLParserImpl::InstallResolver()
     xercesc::XMLEntityResolver* const xmlEntityResolver = m_handler.get();
     auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(m_reader.get());
     if (!xmlEntityResolver || !sax2readerImpl)
-        FailAssertion(118, "xmlEntityResolver && sax2readerImpl", 0x9D18F6F8);
+        ThrowLogicException(Assertions::NoResolver);
     sax2readerImpl->setXMLEntityResolver(xmlEntityResolver);
 }
 
@@ -264,10 +271,10 @@ void XercesXMLParserImpl::LoadSchema(InputSource& schema)
         PrepareParserState();
     }
     if (schema.Id().IsEmpty())
-        FailAssertion(203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
+        ThrowLogicException(Assertions::SchemaHasNoId);
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&schema);
     if (!xercesableSource)
-        FailAssertion(206, "xercesableSource != nullptr", 0xAB95E4EA);
+        ThrowLogicException(Assertions::SchemaIsNoProvider);
     const XercesInputSource source = xercesableSource->GetXercesInputSource(ColonProcessingNone);
     LoadGrammar(source, schema.Id());
     m_loadedXSDs.push_back(schema.Id());
@@ -296,8 +303,8 @@ void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VSt
 void XercesXMLParserImpl::DoParse()
 {
     if (HasErrors())
-        FailAssertion(231, "HasErrors() == false", 0xE60C9000);
-    const TracedStep step("XercesXMLParser_DoXercesParse");
+        ThrowLogicException(Assertions::ParseBeginsWithErrors);
+    const Step step("XercesXMLParser_DoXercesParse");
     bool isReusable = false;
     try {
         ReadInput();

@@ -8,6 +8,13 @@
 
 namespace {
 
+namespace Assertions {
+
+constexpr char File[] = "vancorexml\\van-codegen\\gen-strings\\vancorexml-strings";
+constexpr AssertionSite ForeignProcessObject{File, 78, "s_cache", 0x2F8D61B4};  // own code
+
+}  // namespace Assertions
+
 // A message: its id, the context it is translated in, and its English text (UTF-8).
 struct Message {
     std::uint32_t id;
@@ -74,10 +81,8 @@ std::shared_ptr<CoreXml::LocalStringTableCache> CoreXml::LocalStringTableCache::
 {
     const boost::any object = CoreThreadContext::GetProcessObject(CacheName, CreateCache);
     const auto* const cache = boost::any_cast<std::shared_ptr<LocalStringTableCache>>(&object);
-    if (!cache || !*cache) {
-        ThrowLogicException(
-            "vancorexml\\van-codegen\\gen-strings\\vancorexml-strings", 78, "s_cache", MakeLogicError(0x2F8D61B4));
-    }
+    if (!cache || !*cache)
+        ThrowLogicException(Assertions::ForeignProcessObject);
     return *cache;
 }
 
