@@ -3,6 +3,8 @@
 #include <map>
 #include <utility>
 
+#include <boost/any.hpp>
+
 namespace CoreThreadContext {
 
 namespace {

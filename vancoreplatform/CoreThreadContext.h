@@ -1,14 +1,18 @@
 // The objects of the session that a thread works for.
 #pragma once
 
-#include <boost/any.hpp>
-
 #include <functional>
 #include <memory>
 #include <mutex>
 
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/VString.h"
+
+// Objects are held in boost::any. Only a caller of the functions that use it needs Boost, and includes
+// <boost/any.hpp> itself.
+namespace boost {
+class any;
+}  // namespace boost
 
 namespace CoreThreadContext {
 

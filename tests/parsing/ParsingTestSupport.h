@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <boost/any.hpp>
+
 #include "tests/common/TestSupport.h"
 #include "vancoredata/VLocale.h"
 #include "vancoreplatform/CoreThreadContext.h"

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/any.hpp>
+
 #include <atomic>
 #include <memory>
 #include <stdexcept>

@@ -6,6 +6,8 @@
 #include <thread>
 #include <vector>
 
+#include <boost/any.hpp>
+
 #include <QFile>
 
 #include "tests/common/TestSupport.h"

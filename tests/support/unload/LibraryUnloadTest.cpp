@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include <boost/any.hpp>
+
 #include <QFile>
 
 #include "tests/common/TestSupport.h"
