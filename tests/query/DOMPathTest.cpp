@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "tests/query/QueryTestSupport.h"
+#include "vancorexml/main/parser/DOMPathWalker.h"
 
 using namespace querytest;
 

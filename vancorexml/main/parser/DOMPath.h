@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -33,52 +32,32 @@
 //     for (const DOMElement& column : DOMPath::Walk(root, "data-source/column")) Print(column.GetName());
 namespace DOMPath {
 
-// Steps through the matches of one path. Callers use the iterators below instead.
-class VANCOREXML_API Walker {
-public:
-    Walker(const DOMElement& element, const VString& path);
-    // Copies the position, but not the path: Next throws if elements are left to visit.
-    Walker(const Walker& other);
-    Walker& operator=(const Walker&) = delete;
-    ~Walker();
+class Walker;
 
-    // Restarts the walk at another element, with the same path. Do not call it on a copy, which has
-    // no path.
-    void Restart(const DOMElement& element);
+// The state of a walk, empty at its end. Callers use the iterators and functions below.
+class VANCOREXML_API WalkState {
+public:
+    WalkState() noexcept;
+    WalkState(const DOMElement& element, const VString& path);
+    // Copies the position, but not the path: Next throws if elements are left to visit.
+    WalkState(const WalkState& other);
+    WalkState(WalkState&& other) noexcept;
+    WalkState& operator=(WalkState other) noexcept;
+    ~WalkState();
+
     // Returns the next match, or null at the end. Throws std::out_of_range ("invalid vector
     // subscript") on a copy that has elements left to visit.
     const DOMElement* Next();
 
+    // Two walks are equal only if both are at their end.
+    friend bool operator==(const WalkState& a, const WalkState& b) noexcept { return a.m_walker == b.m_walker; }
+
 private:
-    using Word = std::uint64_t;
-
-    // A set of segments is stored without the zero words at its ends. This is the stored range.
-    struct Span {
-        std::size_t firstWord = 0;
-        std::size_t words = 1;
-    };
-    // One level of the walk: the elements left to visit, and the set of active segments.
-    struct Frame {
-        DOMElementChildren::const_iterator next;
-        DOMElementChildren::const_iterator end;
-        Span span;
-    };
-
-    bool Visit(const DOMElement& element, const Span& span);
-    void PushLevel(const DOMElement& element, std::size_t firstWord);
-    void ActivateSuccessors(std::vector<Word>& active, std::size_t firstWord) const;
-
-    std::vector<VString> m_segments;
-    std::vector<Word> m_emptySegments;    // the set of the empty segments
-    std::vector<Word> m_starSegments;     // the set of the "*" segments
-    const DOMElement* m_start = nullptr;  // null after it was visited
-    std::vector<Frame> m_frames;
-    std::vector<Word> m_active;  // the stored words of the start element's set and of each frame's set
-    std::vector<Word> m_next;    // the set for the children of the element visited last
+    std::unique_ptr<Walker> m_walker;  // null at the end
 };
 
 // An iterator over the matches, for range-for and the algorithms of std::ranges. A copy can be read
-// and compared, but not incremented (see the copy constructor of Walker). The classic algorithms
+// and compared, but not incremented (see the copy constructor of WalkState). The classic algorithms
 // increment copies, so they reject this iterator: std::distance, for example, does not compile.
 template <typename E>
 class IteratorTemplate {
@@ -93,11 +72,8 @@ public:
     // The end iterator.
     IteratorTemplate() = default;
     // Points to the first match.
-    IteratorTemplate(E& element, const VString& path) : m_state(std::make_unique<Walker>(element, path)) { Advance(); }
-    IteratorTemplate(const IteratorTemplate& other)
-        : m_state(other.m_state ? std::make_unique<Walker>(*other.m_state) : nullptr),
-          m_current(other.m_current)
-    {}
+    IteratorTemplate(E& element, const VString& path) : m_state(element, path) { Advance(); }
+    IteratorTemplate(const IteratorTemplate& other) = default;
     IteratorTemplate(IteratorTemplate&& other) noexcept
         : m_state(std::move(other.m_state)),
           m_current(std::exchange(other.m_current, nullptr))
@@ -121,8 +97,7 @@ public:
     E* operator->() const { return m_current; }
     IteratorTemplate& operator++()
     {
-        if (m_state)
-            Advance();
+        Advance();
         return *this;
     }
     IteratorTemplate operator++(int)
@@ -132,7 +107,6 @@ public:
         return before;
     }
 
-    // Iterators of two walks are equal only if both are at their end.
     friend bool operator==(const IteratorTemplate& a, const IteratorTemplate& b)
     {
         return a.m_state == b.m_state && a.m_current == b.m_current;
@@ -140,15 +114,10 @@ public:
     friend bool operator!=(const IteratorTemplate& a, const IteratorTemplate& b) { return !(a == b); }
 
 private:
-    void Advance()
-    {
-        // The walk only reads. E is mutable only when the caller passed in a mutable element.
-        m_current = const_cast<E*>(m_state->Next());
-        if (!m_current)
-            m_state.reset();
-    }
+    // The walk only reads. E is mutable only when the caller passed in a mutable element.
+    void Advance() { m_current = const_cast<E*>(m_state.Next()); }
 
-    std::unique_ptr<Walker> m_state;  // null at the end
+    WalkState m_state;
     E* m_current = nullptr;
 };
 
@@ -189,21 +158,11 @@ IterableTemplate<E> Walk(E& element, const VString&& path)
 
 // Returns all matches in document order.
 template <typename E>
-std::vector<E*> GetAll(E& element, const VString& path)
-{
-    std::vector<E*> matches;
-    Walker walker(element, path);
-    while (const DOMElement* match = walker.Next())
-        matches.push_back(const_cast<E*>(match));
-    return matches;
-}
+VANCOREXML_API std::vector<E*> GetAll(E& element, const VString& path);
 
 // Returns the first match, or null. Does not visit later elements.
 template <typename E>
-E* GetFirst(E& element, const VString& path)
-{
-    return const_cast<E*>(Walker(element, path).Next());
-}
+VANCOREXML_API E* GetFirst(E& element, const VString& path);
 
 // Collects all matches, then calls `fn` for each. So `fn` may change the tree, but must not destroy
 // the later matches. Throws std::bad_function_call if `fn` is empty and there is a match.

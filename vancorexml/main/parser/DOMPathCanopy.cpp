@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "vancorexml/main/parser/DOMPath.h"
+#include "vancorexml/main/parser/DOMPathWalker.h"
 
 namespace {
 

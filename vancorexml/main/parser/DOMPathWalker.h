@@ -1,0 +1,54 @@
+// The walk behind the path queries.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/DOMElement.h"
+#include "vancorexml/main/parser/DOMPath.h"
+
+// Steps through the matches of one path.
+class DOMPath::Walker {
+public:
+    Walker(const DOMElement& element, const VString& path);
+    // Copies the position, but not the path: Next throws if elements are left to visit.
+    Walker(const Walker& other);
+    Walker& operator=(const Walker&) = delete;
+    ~Walker();
+
+    // Restarts the walk at another element, with the same path. Do not call it on a copy, which has
+    // no path.
+    void Restart(const DOMElement& element);
+    // Returns the next match, or null at the end. Throws std::out_of_range ("invalid vector
+    // subscript") on a copy that has elements left to visit.
+    const DOMElement* Next();
+
+private:
+    using Word = std::uint64_t;
+
+    // A set of segments is stored without the zero words at its ends. This is the stored range.
+    struct Span {
+        std::size_t firstWord = 0;
+        std::size_t words = 1;
+    };
+    // One level of the walk: the elements left to visit, and the set of active segments.
+    struct Frame {
+        DOMElementChildren::const_iterator next;
+        DOMElementChildren::const_iterator end;
+        Span span;
+    };
+
+    bool Visit(const DOMElement& element, const Span& span);
+    void PushLevel(const DOMElement& element, std::size_t firstWord);
+    void ActivateSuccessors(std::vector<Word>& active, std::size_t firstWord) const;
+
+    std::vector<VString> m_segments;
+    std::vector<Word> m_emptySegments;    // the set of the empty segments
+    std::vector<Word> m_starSegments;     // the set of the "*" segments
+    const DOMElement* m_start = nullptr;  // null after it was visited
+    std::vector<Frame> m_frames;
+    std::vector<Word> m_active;  // the stored words of the start element's set and of each frame's set
+    std::vector<Word> m_next;    // the set for the children of the element visited last
+};
