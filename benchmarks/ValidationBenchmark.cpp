@@ -17,6 +17,7 @@
 #include "benchmarks/Tasks.h"
 #include "benchmarks/peers/XercesSession.h"
 #include "vancoredata/VResource.h"
+#include "vancorexml/main/parser/BorrowedInputSource.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMBuilder.h"
 #include "vancorexml/main/parser/DOMParser.h"

@@ -5,8 +5,9 @@
 #include <string>
 
 #include "tests/common/TestSupport.h"
+#include "vancorexml/main/parser/BorrowedInputSource.h"
 #include "vancorexml/main/parser/InputSourceResetter.h"
-#include "vancorexml/main/parser/XercesInputSource.h"
+#include "vancorexml/main/parser/XercesBuffer.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
 // Messages name attributes as the document writes them, also those that begin with a colon.
 
 #include "tests/parsing/ParsingTestSupport.h"
+#include "vancorexml/main/parser/BorrowedInputSource.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/FileInputSource.h"
 #include "vancorexml/main/parser/StandaloneDOMParser.h"

@@ -3,6 +3,7 @@
 #include <xercesc/util/BinInputStream.hpp>
 
 #include "tests/parsing/ParsingTestSupport.h"
+#include "vancorexml/main/parser/XercesBuffer.h"
 
 namespace {
 

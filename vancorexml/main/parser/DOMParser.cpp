@@ -5,6 +5,7 @@
 #include "art-cpp/Activity.h"
 #include "metrics2/Metrics.h"
 #include "vancoredata/VResource.h"
+#include "vancorexml/main/parser/BorrowedInputSource.h"
 #include "vancorexml/main/parser/DOMBuilder.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
 #include "vancorexml/main/parser/StatisticsHandler.h"

@@ -5,9 +5,14 @@
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
-#include "vancorexml/main/parser/XercesColonSanitizer.h"
 
 class XercesInputSource;
+
+// Whether the parser rewrites the bytes before it reads them.
+enum ColonProcessingMode {
+    ColonProcessingNone = 0,      // no change, for schemas
+    ColonProcessingSanitize = 1,  // rewrites attribute names that begin with a colon, for documents
+};
 
 // The bytes of one document or schema, with an id that names it in messages. The id of a file is its
 // name. For text in memory the caller chooses the id, which may be empty.

@@ -5,8 +5,6 @@
 
 #include <xercesc/sax/InputSource.hpp>
 
-#include "vancorexml/main/parser/XMLExport.h"
-
 // Converts the text of another source to UTF-16 while Xerces reads it. Xerces decodes UTF-8 byte by
 // byte, which takes about a tenth of a parse, but reads UTF-16 without decoding. The text is converted in
 // pieces, so there is no second copy of the document.
@@ -17,7 +15,7 @@
 // Ownership: refers to the bytes, which must outlive it and its streams.
 //
 // Threads: one at a time.
-class VANCOREXML_API Utf16InputSource final : public xercesc::InputSource {
+class Utf16InputSource final : public xercesc::InputSource {
 public:
     // `text` is the content of `source`, in UTF-8.
     Utf16InputSource(const xercesc::InputSource& source, std::string_view text);

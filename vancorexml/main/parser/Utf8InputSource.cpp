@@ -96,13 +96,3 @@ BinaryInputSource::BinaryInputSource(
 {}
 
 BinaryInputSource::~BinaryInputSource() = default;
-
-// The shared pointer owns nothing, and nobody writes to the bytes, so the cast is safe.
-BorrowedInputSource::BorrowedInputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace)
-    : Utf8InputSource(std::shared_ptr<std::string>(std::shared_ptr<void>(), const_cast<std::string*>(&bytes)),
-          id,
-          skipLeadingWhitespace,
-          false)
-{}
-
-BorrowedInputSource::~BorrowedInputSource() = default;

@@ -54,14 +54,6 @@ private:
     StringInputSource(std::shared_ptr<std::string> utf8, const VString& id, bool skipLeadingWhitespace);
 };
 
-// Borrows the caller's bytes without a copy. They must stay unchanged and outlive the source and
-// every view given to the parser.
-class VANCOREXML_API BorrowedInputSource : public Utf8InputSource {
-public:
-    BorrowedInputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace);
-    ~BorrowedInputSource() override;
-};
-
 // A copy of a byte buffer.
 class VANCOREXML_API BinaryInputSource : public Utf8InputSource {
 public:

@@ -1,11 +1,10 @@
-// The escaping of the XML writers; private to the library and its tests.
+// The escaping of the XML writers.
 #pragma once
 
 #include <array>
 #include <cstdint>
 
 #include "vancoreplatform/VString.h"
-#include "vancorexml/main/parser/XMLExport.h"
 
 namespace XMLEscaping {
 
@@ -20,10 +19,10 @@ enum MappingKind : int {
 };
 
 // Fills the table. Raises a LogicException when there is no such kind.
-VANCOREXML_API void InitMappingTableType(MappingTable& table, int kind);
+void InitMappingTableType(MappingTable& table, int kind);
 
 // A table with a mask of the units that it replaces, which a scan can test quickly.
-class VANCOREXML_API EscapeTable {
+class EscapeTable {
 public:
     explicit EscapeTable(int kind);
 
@@ -37,19 +36,19 @@ private:
 };
 
 // The tables in use, made on first use. Threads: any.
-VANCOREXML_API const EscapeTable& AttributeTable();
-VANCOREXML_API const EscapeTable& ContentTable();
+const EscapeTable& AttributeTable();
+const EscapeTable& ContentTable();
 
 // Escapes the units that the table maps and those that XML does not allow. Returns the same
 // shared string when there are none. Well-formed surrogate pairs stay unchanged. Throws
 // std::length_error when the result is too long for a VString.
-VANCOREXML_API VString EncodeWithTable(const VString& text, const EscapeTable& table);
+VString EncodeWithTable(const VString& text, const EscapeTable& table);
 
 // The same with another test of single units above 0x80. Calls the test in two passes, and raises
 // a LogicException when its answers differ between them.
-VANCOREXML_API VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t));
+VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t));
 
 // The text as a CDATA section; the quotes of a quoted text stay outside of it.
-VANCOREXML_API VString EncodeAsCData(const VString& text);
+VString EncodeAsCData(const VString& text);
 
 }  // namespace XMLEscaping

@@ -8,12 +8,6 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Whether bytes are rewritten before they are parsed.
-enum ColonProcessingMode {
-    ColonProcessingNone = 0,      // as they are: schemas
-    ColonProcessingSanitize = 1,  // names that begin with a colon are rewritten: documents
-};
-
 // Documents have attributes whose names begin with a colon, which a namespace-aware parser
 // rejects. Before a parse, the sanitizer replaces each such colon by the prefix "IllegalColon:"
 // and adds a declaration of the prefix to the document element. When the handler passes on the

@@ -4,6 +4,8 @@
 
 #include <xercesc/util/XMLUni.hpp>
 
+#include "vancorexml/main/parser/XercesBuffer.h"
+#include "vancorexml/main/parser/XercesColonSanitizer.h"
 #include "vancorexml/main/parser/XercesPlatform.h"
 
 static_assert(sizeof(XMLCh) == sizeof(char16_t));
@@ -24,7 +26,7 @@ XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes,
     if (!m_isRewritten || m_given.use_count() == 1)
         m_given.reset();
     const auto* start = reinterpret_cast<const XMLByte*>(m_bytes->data()) + startOffset;
-    m_source = std::make_unique<xercesc::MemBufInputSource>(
+    m_source = std::make_unique<Buffer>(
         start, m_bytes->size() - startOffset, id.utf16(), false, xercesc::XMLPlatformUtils::fgMemoryManager);
     // The bytes outlive the parse, so its stream reads them where they are.
     m_source->setCopyBufToStream(false);

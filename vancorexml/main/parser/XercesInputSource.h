@@ -6,11 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include <xercesc/framework/MemBufInputSource.hpp>
-
 #include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/XMLExport.h"
-#include "vancorexml/main/parser/XercesColonSanitizer.h"
 
 // How the parser finds out the encoding of a text.
 enum class TextEncoding {
@@ -24,6 +22,9 @@ enum class TextEncoding {
 // Threads: one at a time.
 class VANCOREXML_API XercesInputSource {
 public:
+    // A xercesc::InputSource, which only the parser uses: callers need no header of Xerces.
+    class Buffer;
+
     // A view of `bytes` from `startOffset` (bytes, at most their number) to the end, with `id`
     // as its system id. With ColonProcessingSanitize the view shows a rewritten copy if there is
     // something to rewrite; `bytes` themselves never change.
@@ -39,7 +40,7 @@ public:
     XercesInputSource& operator=(const XercesInputSource&) = delete;
 
     // Valid while this object lives, also when it is moved.
-    const xercesc::InputSource& Get() const noexcept { return *m_source; }
+    const Buffer& Get() const noexcept { return *m_source; }
     // The bytes that the view points into.
     const std::shared_ptr<std::string>& Bytes() const noexcept { return m_bytes; }
     // Whether the bytes are a rewritten copy.
@@ -50,7 +51,7 @@ public:
     std::string_view View() const noexcept { return std::string_view(*m_bytes).substr(m_startOffset); }
 
 private:
-    std::unique_ptr<xercesc::MemBufInputSource> m_source;
+    std::unique_ptr<Buffer> m_source;
     std::shared_ptr<std::string> m_bytes;
     std::shared_ptr<std::string> m_given;
     bool m_isRewritten = false;

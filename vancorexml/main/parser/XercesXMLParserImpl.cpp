@@ -24,6 +24,7 @@
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
+#include "vancorexml/main/parser/XercesBuffer.h"
 #include "vansys/LogicException.h"
 
 using xercesc::XMLUni;
