@@ -6,9 +6,12 @@ install(TARGETS ${modules} EXPORT vancorexml
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+if(VANCOREXML_TOOL)
+    install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endif()
 
-# The headers that callers include. A header that is not listed here is private.
+# The headers that callers include. A header that is not listed here is private: no listed header includes it. No listed
+# header includes one of Xerces-C or Boost, so callers need neither.
 set(public_headers
     vancoreplatform/CorePlatformUtils.h
     vancoreplatform/CoreThreadContext.h
