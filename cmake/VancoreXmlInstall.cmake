@@ -75,7 +75,6 @@ set(public_headers
     vancorexml/main/parser/Utf8InputSource.h
     vancorexml/main/parser/VersionSniffer.h
     vancorexml/main/parser/XMLDomFormatter.h
-    vancorexml/main/parser/XMLEscaping.h
     vancorexml/main/parser/XMLExport.h
     vancorexml/main/parser/XMLFormatter.h
     vancorexml/main/parser/XMLParseException.h
@@ -83,9 +82,7 @@ set(public_headers
     vancorexml/main/parser/XMLStringFormatter.h
     vancorexml/main/parser/XMLUtils.h
     vancorexml/main/parser/XMLValueParsers.h
-    vancorexml/main/parser/XSDResourceResolver.h
     vancorexml/main/parser/XSDResources.h
-    vancorexml/main/parser/XercesColonSanitizer.h
     vancorexml/main/parser/XercesInputSource.h
     vancorexml/main/parser/XercesXMLParser.h
     vancorexml/main/parser/XmlFileType.h

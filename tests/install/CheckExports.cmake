@@ -1,5 +1,6 @@
 # Every symbol a library exports is one of ours, or type information that the language makes
-# every library share.
+# every library share. None belongs to a private class or namespace.
+list(JOIN PRIVATE_NAMES "|" private_names)
 foreach(library ${LIBRARIES})
     execute_process(COMMAND "${NM}" -D --defined-only -C "${library}" RESULT_VARIABLE result OUTPUT_VARIABLE symbols)
     if(NOT result EQUAL 0 OR symbols STREQUAL "")
@@ -11,6 +12,9 @@ foreach(library ${LIBRARIES})
         # Only what the linker always resolves here: text, data and read-only data.
         if(symbol MATCHES "^[0-9a-f]+ [TDBR] (xercesc|xercesc_3_2|Q[A-Z]|qt_|boost::)")
             message(FATAL_ERROR "${library} exports a foreign symbol: ${symbol}")
+        endif()
+        if(symbol MATCHES "^[0-9a-f]+ [TDBR] (${private_names})::")
+            message(FATAL_ERROR "${library} exports a private symbol: ${symbol}")
         endif()
     endforeach()
 endforeach()
