@@ -1,4 +1,4 @@
-// Tracing of what the product is doing.
+// Tracing of the product's activities.
 #pragma once
 
 #include <cstdint>
@@ -17,15 +17,15 @@ struct ActivityRecord {
     std::vector<std::pair<VString, VString>> tags;
 };
 
-// Receives every finished activity, on the thread that finished it; an empty function
-// turns tracing off again, as it is at first. The sink is called under a lock: it runs no
-// more when this returns, and must neither throw nor open an activity.
+// Sets the function that receives every finished activity, on the thread that finished it. An empty function turns
+// tracing off; tracing is off by default. The sink is called under a lock and must neither throw nor open an
+// activity. The previous sink does not run any more when this function returns. Thread-safe.
 ARTCPP_API void SetActivitySink(std::function<void(const ActivityRecord&)> sink);
 
-// One activity, from construction to destruction. Costs one load while there is no sink.
+// Traces one activity, from construction to destruction. Costs one atomic load if there is no sink.
 class ARTCPP_API Activity {
 public:
-    // `name` must outlive the sink's use of it: a literal.
+    // Borrows `name`, which must live as long as the sink uses it. Pass a literal.
     explicit Activity(const char* name);
     ~Activity();
     Activity(const Activity&) = delete;

@@ -1,4 +1,4 @@
-// Marks what `art-cpp` offers to other modules: everything else stays hidden.
+// `ARTCPP_API` exports a symbol from the library `art-cpp`. All other symbols are hidden.
 #pragma once
 
 #if defined(_WIN32)

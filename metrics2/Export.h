@@ -1,4 +1,4 @@
-// Marks what `metrics2` offers to other modules: everything else stays hidden.
+// `METRICS2_API` exports a symbol from the library `metrics2`. All other symbols are hidden.
 #pragma once
 
 #if defined(_WIN32)

@@ -14,33 +14,33 @@ namespace Metrics {
 // The category of XML work.
 inline constexpr std::uint64_t XmlCategory = 0x80000000000;
 
-// A finished scope: what was recorded in it, in order, and how long it took.
+// A finished scope: the recorded values in their order, and the duration.
 struct ScopeRecord {
     const char* name = nullptr;
     std::vector<std::pair<VString, VString>> values;
     std::uint64_t nanoseconds = 0;
 };
 
-// Receives every finished scope of the categories in `bits`, on the thread that finished
-// it. An empty function turns metrics off again, as they are at first. The sink is called
-// under a lock: it runs no more when this returns, and must neither throw nor open a scope.
+// Sets the function that receives every finished scope of the categories in `bits`, on the thread that finished it.
+// An empty function turns metrics off; metrics are off by default. The sink is called under a lock and must neither
+// throw nor open a scope. The previous sink does not run any more when this function returns. Thread-safe.
 METRICS2_API void SetSink(std::function<void(const ScopeRecord&)> sink, std::uint64_t bits = XmlCategory);
 
-// Whether scopes of one of these categories are collected now.
+// Returns whether scopes of at least one of these categories are collected now. Thread-safe.
 METRICS2_API bool TestBitsAndContext(std::uint64_t bits) noexcept;
 
-// Measures from construction to destruction when its category is collected, and costs one
-// load when it is not.
+// Measures the time from construction to destruction, if its category is collected. Costs one atomic load if not.
 class METRICS2_API Scope {
 public:
-    // `name` must outlive the sink's use of it: a literal.
+    // Borrows `name`, which must live as long as the sink uses it. Pass a literal.
     explicit Scope(const char* name, std::uint64_t bits = XmlCategory);
     ~Scope();
     Scope(const Scope&) = delete;
     Scope& operator=(const Scope&) = delete;
 
+    // True if the scope is measured, because its category was collected when it began.
     bool IsOpen() const noexcept { return m_open; }
-    // Nothing when the scope is not open.
+    // Adds a value to the record of the scope. Does nothing if the scope is not open.
     void Record(const char* key, const VString& value);
     void Record(const char* key, std::uint64_t value);
 

@@ -7,7 +7,7 @@
 #include "vancoredata/Export.h"
 #include "vancoreplatform/VString.h"
 
-// A value of a data field: nothing, a truth value, a whole number, a number or a text.
+// The value of a data field: null, a bool, an integer, a floating-point number or a text.
 class VANCOREDATA_API DataValue {
 public:
     using Content = std::variant<std::monostate, bool, std::int64_t, double, VString>;
@@ -34,13 +34,12 @@ private:
 namespace DataValueFormatter {
 
 struct FormatOptions {
-    // The text for an absent value.
+    // The text for null.
     VString null = "%null%";
 };
 
-// Truth values are "true" and "false", numbers as printf's 'g' with 17 digits in the C
-// locale, texts stand between double quotes with quotes and backslashes behind a
-// backslash.
+// Formats a value as text. A bool is "true" or "false". A number is written like printf's 'g' with 17 digits in the
+// C locale. A text is put between double quotes, with a backslash before each quote and backslash in it.
 VANCOREDATA_API VString Format(const DataValue& value, const FormatOptions& options);
 
 }  // namespace DataValueFormatter

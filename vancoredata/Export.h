@@ -1,4 +1,4 @@
-// Marks what `vancoredata` offers to other modules: everything else stays hidden.
+// `VANCOREDATA_API` exports a symbol from the library `vancoredata`. All other symbols are hidden.
 #pragma once
 
 #if defined(_WIN32)

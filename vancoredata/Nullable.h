@@ -3,7 +3,7 @@
 
 #include <utility>
 
-// A value and whether it is there; an absent one is the default value.
+// A value that may be absent. GetValue returns the default value of T if it is absent.
 template <typename T>
 class Nullable {
 public:

@@ -6,15 +6,14 @@
 
 // A name of two parts: a root (the data source) and a local part. A value.
 //
-// Written "[root].[local]", or "[local]" when there is no root; a "]" inside a part is
-// doubled. Parsing what GetFullValue wrote gives the name back, for any text.
+// The written form is "[root].[local]", or "[local]" without a root. A "]" inside a part is doubled. Parsing the
+// written form of any name gives the same name.
 class VANCOREDATA_API QualifiedName {
 public:
     QualifiedName() = default;
     QualifiedName(const VString& root, const VString& local) : m_root(root), m_local(local) {}
 
-    // Reads the written form. A text without brackets is one local part as it stands,
-    // and so is any text that is not wholly of the written form.
+    // Parses the written form. Any other text, such as one without brackets, becomes the local part unchanged.
     static QualifiedName Parse(const VString& text);
 
     const VString& GetRootValue() const noexcept { return m_root; }
@@ -22,7 +21,7 @@ public:
     const VString& GetLocalValue() const noexcept { return m_local; }
     // The written form; the empty name gives the empty text.
     VString GetFullValue() const;
-    // Neither a root nor a local part.
+    // True if both parts are empty.
     bool IsEmpty() const noexcept { return m_root.IsEmpty() && m_local.IsEmpty(); }
 
     friend bool operator==(const QualifiedName& a, const QualifiedName& b) noexcept

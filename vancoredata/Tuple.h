@@ -7,7 +7,7 @@
 
 #include "vancoredata/DataValue.h"
 
-// An ordered list of values. A value itself.
+// An ordered list of values. A copy owns its values.
 class Tuple {
 public:
     Tuple() = default;

@@ -23,7 +23,7 @@ constexpr const char* SupportedCodes[] = {"de_DE",
     "fr_CA",
     "en_US"};
 
-// The supported codes that replace a language in countries without a supported code of their own.
+// The supported codes for a language: `alone` if it has no country, `elsewhere` if its country has no supported code.
 struct Substitute {
     const char* language;
     const char* alone;
@@ -44,8 +44,7 @@ constexpr Substitute Substitutes[] = {
     {"zh", "zh_CN", "zh_CN"},
 };
 
-// "de_DE" as language "de" and subtags {"DE"}: the language in small letters, the rest
-// in capitals.
+// A parsed code. "de_DE" has the language "de", in lower case, and the subtags {"DE"}, in upper case.
 struct Code {
     VString language;
     std::vector<VString> subtags;
@@ -58,7 +57,7 @@ struct Code {
 
 Code ReadCode(const VString& isoString)
 {
-    // Behind "." and "@" stand encodings and variants, as in "de_DE.UTF-8@euro".
+    // Ignore the encoding and the variant, as in "de_DE.UTF-8@euro".
     const VString plain = isoString.replace(u"-", u"_").split(u'.')[0].split(u'@')[0];
     Code code;
     for (const VString& part : plain.split(u'_'))

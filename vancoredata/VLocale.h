@@ -4,7 +4,7 @@
 #include "vancoredata/Export.h"
 #include "vancoreplatform/VString.h"
 
-// A language with its country, as "de_DE". A value.
+// A language with its country, such as "de_DE". A value.
 class VANCOREDATA_API LanguageCode {
 public:
     LanguageCode() = default;
@@ -29,16 +29,18 @@ private:
 
 namespace LanguageUtils {
 
-// The language the product is written in: "en_US", and its language part "en".
+// The product's default: the code "en_US" and the language "en".
 VANCOREDATA_API const VString& GetDefaultISOString();
 VANCOREDATA_API const VString& GetDefaultLanguage();
 
-// The supported code that stands in for `isoString`: itself when supported; else the
-// supported code of the same language ("de_AT" gives "de_DE", "es" gives "es_ES"); else
-// the default. Where a language has several: Chinese of Taiwan, Hong Kong and Macau and
-// "zh_Hant" give "zh_TW", other Chinese "zh_CN"; English of other countries than the United
-// States gives "en_GB"; French of other countries than Canada "fr_FR". Letter case, "-" for
-// "_", and what follows "." or "@" do not count.
+// Returns the supported code that is closest to `isoString`. The first of these rules that applies decides:
+//  1. A supported code is returned itself.
+//  2. Chinese gives "zh_TW" for Taiwan, Hong Kong, Macau and "zh_Hant", and otherwise "zh_CN".
+//  3. English gives "en_US" without a country, and otherwise "en_GB".
+//  4. French gives "fr_FR".
+//  5. Another supported language gives its only supported code: "de_AT" gives "de_DE", and "es" gives "es_ES".
+//  6. Any other text gives the default.
+// Letter case is ignored, "-" equals "_", and text from the first "." or "@" on is ignored.
 VANCOREDATA_API LanguageCode GetClosestSupportedLanguageCode(const VString& isoString);
 
 }  // namespace LanguageUtils

@@ -9,8 +9,7 @@
 
 namespace {
 
-// A resource has one name: a name with a part that is empty or made of dots leads elsewhere, or to a resource by
-// another spelling.
+// Rejects names that Qt would look up outside the registered folders, and second spellings of a resource's name.
 bool IsResourceName(const VString& name)
 {
     if (name.startsWith(":"))

@@ -1,4 +1,4 @@
-// Embedded resources by name.
+// Lookup of embedded resources by name.
 #pragma once
 
 #include <map>
@@ -14,26 +14,25 @@ class VANCOREDATA_API ResourceRegistrationCache {
 public:
     static ResourceRegistrationCache& GetInstance();
 
-    // The path under which VResource finds the resource: the alias itself, or
-    // "qualifier/alias" with a qualifier.
+    // The name under which VResource finds the resource: "qualifier/alias", or `alias` if `qualifier` is empty.
     VString GetResourcePath(const VString& alias, const VString& qualifier) const;
 
-    // Adds or removes a folder of Qt's resources (":/vancorexml") in which names are looked up.
-    // A folder that was added twice must be removed twice.
+    // Adds or removes a folder of Qt's resources, such as ":/vancorexml", in which names are looked up. A folder that
+    // was added twice must be removed twice.
     void AddFolder(const VString& folder);
     void RemoveFolder(const VString& folder);
 
-    // Registers `text` (UTF-8 when read) under a name of the application's own. It is found
-    // before the folders; registering a name again replaces its text.
+    // Registers `text` as the resource `name`. Registered texts take precedence over the folders. Registering a name
+    // again replaces its text.
     void RegisterText(const VString& name, const VString& text);
     void UnregisterText(const VString& name);
 
-    // Whether there is a resource called `name`; reads nothing of it. Names are compared as they
-    // are written: a name with "." or ".." as a part, or with an empty part, names no resource.
+    // Returns whether there is a resource called `name`, without reading it. A name has one spelling: a name with
+    // "." or ".." as a part, or with an empty part, names no resource.
     bool Contains(const VString& name) const;
 
-    // The content of the resource called `name`: false, and `content` untouched, when there
-    // is none or it cannot be read. Linear in the resource; other threads do not wait meanwhile.
+    // Reads the resource called `name` into `content`. Returns false and leaves `content` unchanged if there is no
+    // such resource or it cannot be read. Linear in the size of the resource; other threads do not wait meanwhile.
     bool Find(const VString& name, VString* content) const;
 
 private:
@@ -53,12 +52,12 @@ private:
     std::map<VString, VString> m_texts;  // guarded by m_mutex
 };
 
-// A resource of the product, by the path that LookupResource gives.
+// A resource of the product. Its name is a path that LookupResource or GetResourcePath returns.
 class VANCOREDATA_API VResource {
 public:
     explicit VResource(const VString& name) : m_name(name) {}
 
-    // Whether there is such a resource; reads nothing of it.
+    // Returns whether there is such a resource, without reading it.
     bool isValid() const;
 
 protected:

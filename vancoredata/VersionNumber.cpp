@@ -12,7 +12,7 @@ constexpr AssertionSite UnknownOptions{"vancoredata\\VersionNumber", 36, "option
 
 }  // namespace Assertions
 
-// 0 for what is no number, or none that an int holds.
+// Returns 0 if the part is not a number or does not fit into an int.
 int ReadPart(const VString& part)
 {
     std::int64_t value = 0;
@@ -43,7 +43,7 @@ VersionNumber::VersionNumber(const VString& text, char16_t separator, char16_t s
     const int suffix = text.indexOf(suffixSeparator);
     for (const VString& part : text.mid(0, suffix).split(separator))
         m_parts.push_back(ReadPart(part));
-    // Without zeros at the end, equal versions have equal parts.
+    // Remove zeros at the end, so that equal versions have equal parts.
     while (!m_parts.empty() && m_parts.back() == 0)
         m_parts.pop_back();
 }

@@ -92,7 +92,7 @@ boost::any GetProcessObject(const VString& name, const std::function<boost::any(
 void RemoveProcessObject(const VString& name)
 {
     ProcessObjects& store = GetProcessObjects();
-    ObjectMap::node_type removed;  // destroyed without the lock
+    ObjectMap::node_type removed;  // destroyed after the lock is released
     const std::lock_guard lock(store.mutex);
     removed = store.objects.extract(name);
 }

@@ -1,4 +1,4 @@
-// The objects of the session that a thread works for.
+// Objects by name, for each thread and for the process.
 #pragma once
 
 #include <functional>
@@ -16,8 +16,8 @@ class any;
 
 namespace CoreThreadContext {
 
-// A function of the host, which any thread may replace while others call it. A call that runs already
-// ends with the function that it began with.
+// A function that the host sets. Thread-safe: one thread may replace the function while others call it. A call
+// that is already running finishes with the old function.
 class VANCOREPLATFORM_API SessionCheck {
 public:
     explicit SessionCheck(std::function<bool()> function);
@@ -25,8 +25,8 @@ public:
     SessionCheck& operator=(const SessionCheck& other);
     SessionCheck& operator=(std::function<bool()> function);
 
-    // Calls the function without holding a lock. Throws std::bad_function_call when the function is empty;
-    // exceptions of the function propagate.
+    // Calls the function without holding a lock. Throws std::bad_function_call if the function is empty.
+    // Exceptions of the function propagate.
     bool operator()() const;
     explicit operator bool() const;
 
@@ -37,21 +37,22 @@ private:
     std::shared_ptr<const std::function<bool()>> m_function;  // guarded by m_mutex; never null
 };
 
-// Whether the calling thread works for a session. Answers false until the host sets another function.
+// Returns whether the calling thread works for a session. Returns false until the host sets another function.
 VANCOREPLATFORM_API extern SessionCheck HasSessionId;
 
-// The calling thread's object of that name, empty when there is none.
+// Returns the calling thread's object called `name`; empty if there is none.
 VANCOREPLATFORM_API boost::any GetGenericObject(const VString& name);
 VANCOREPLATFORM_API void SetGenericObject(const VString& name, const boost::any& object);
 
-// One object of that name for the whole process, made by `create` on the first call.
-// Thread-safe; `create` runs under the store's lock and must not call back.
+// Returns the process-wide object called `name`. The first call makes the object with `create`; if `create`
+// throws, the next call tries again. Thread-safe. `create` runs under the store's lock and must not call
+// GetProcessObject or RemoveProcessObject.
 //
-// The store destroys its objects when the process exits. A library whose code destroys an object must
-// remove it when it is unloaded. Static objects that `create` makes are destroyed before the store.
+// The store destroys its objects when the process exits. A library that can be unloaded must first remove the
+// objects whose destructors are its code. Static objects that `create` initialises are destroyed before the store.
 VANCOREPLATFORM_API boost::any GetProcessObject(const VString& name, const std::function<boost::any()>& create);
 
-// Removes the store's reference to the object; does nothing when there is none. Thread-safe.
+// Removes the object called `name` from the store; does nothing if there is none. Thread-safe.
 VANCOREPLATFORM_API void RemoveProcessObject(const VString& name);
 
 }  // namespace CoreThreadContext

@@ -10,8 +10,8 @@ namespace {
 constexpr int IllFormed = 0;
 constexpr int Truncated = -1;
 
-// The range of a sequence's second byte depends on its first: it keeps out overlong
-// forms, surrogates and what lies beyond U+10FFFF.
+// The first byte of a sequence determines the length of the sequence and the range of its second byte. The
+// range excludes overlong forms, surrogates and code points above U+10FFFF.
 struct Lead {
     int length = 0;
     unsigned char secondMin = 0x80;
@@ -39,8 +39,8 @@ constexpr Lead ReadLead(unsigned char byte) noexcept
     return {byte < 0xF4 ? 4 : 0};
 }
 
-// The length of the sequence at the start of the bytes, of which there is at least one;
-// Truncated when they end inside what could become a sequence.
+// The length of the sequence at the start of `bytes`, which are at least one. IllFormed if it is not UTF-8;
+// Truncated if the bytes end inside a sequence that could be continued.
 int SequenceLength(const unsigned char* bytes, std::size_t available) noexcept
 {
     const Lead lead = ReadLead(bytes[0]);
@@ -96,7 +96,7 @@ std::size_t FindInvalidUtf8(const char* bytes, std::size_t length) noexcept
             position = SkipAscii(data, position, length);
             continue;
         }
-        // The common sequences, without a look at special cases.
+        // Fast path for the common sequences of two and three bytes.
         if (length - position >= 3 && IsTail(data[position + 1])) {
             const unsigned char lead = data[position];
             if (lead >= 0xC2 && lead < 0xE0) {

@@ -1,4 +1,4 @@
-// What encoding a run of bytes is in.
+// Detection of text encodings.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,12 @@
 
 enum class Encoding { Unknown, Utf8, Utf16 };
 
-// Looks at the first `length` bytes of a text. UTF-8, with or without its mark, when
-// they are valid, ASCII included; a sequence cut at the end counts as valid, a NUL
-// byte does not. UTF-16 when they begin with its mark. Linear.
+// Detects the encoding of a text from its first `length` bytes. Linear.
+//   Utf16    the bytes begin with a UTF-16 byte order mark
+//   Utf8     the bytes are valid UTF-8, with or without a byte order mark, and contain no NUL. ASCII is UTF-8.
+//            A sequence that is cut off by the end counts as valid.
+//   Unknown  all other bytes
 VANCOREPLATFORM_API Encoding DetectEncoding(const char* bytes, std::size_t length) noexcept;
 
-// The offset of the first byte that is not part of a well-formed UTF-8 sequence (the
-// start of that sequence), or `length` when all are. Linear.
+// Returns the byte offset of the first ill-formed UTF-8 sequence, or `length` if there is none. Linear.
 VANCOREPLATFORM_API std::size_t FindInvalidUtf8(const char* bytes, std::size_t length) noexcept;

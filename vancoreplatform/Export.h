@@ -1,4 +1,4 @@
-// Marks what `vancoreplatform` offers to other modules: everything else stays hidden.
+// `VANCOREPLATFORM_API` exports a symbol from the library `vancoreplatform`. All other symbols are hidden.
 #pragma once
 
 #if defined(_WIN32)

@@ -32,14 +32,14 @@ constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";
     ThrowReadError(name, reason);
 }
 
-// Qt takes a name that begins with a colon for one of its resources.
+// Qt would open a name that begins with a colon as an embedded resource.
 QString NativeName(const VPath& path)
 {
     const VString& text = path.String();
     return (text.startsWith(":") ? VString("./") + text : text).ToQString();
 }
 
-// Why the path cannot be a file that is read; nothing when it may be one.
+// Returns the reason why the path cannot be read as a file; nothing if it may be readable.
 std::optional<VString> FindPathError(const VPath& path)
 {
     if (path.IsEmpty())
@@ -78,7 +78,7 @@ VString DecodeUtf16(const Input& input, bool bigEndian)
     const auto* data = reinterpret_cast<const unsigned char*>(input.bytes);
     std::u16string units;
     units.reserve(input.length / 2);
-    std::size_t high = 0;  // where a high surrogate waits for its low one; 0 for none
+    std::size_t high = 0;  // offset of a high surrogate without its low one so far; 0 for none
     std::size_t position = 2;
     for (; input.length - position >= 2; position += 2) {
         const char16_t unit = static_cast<char16_t>(ReadUnit(data + position, 2, bigEndian));
@@ -112,7 +112,7 @@ VString DecodeUtf32(const Input& input, bool bigEndian)
     return VString(units.data(), units.size());
 }
 
-// The text when the bytes begin with a mark that decides their encoding.
+// Decodes the bytes if they begin with a byte order mark.
 std::optional<VString> DecodeByMark(const Input& input)
 {
     using namespace std::string_view_literals;
@@ -130,18 +130,19 @@ std::optional<VString> DecodeByMark(const Input& input)
     return std::nullopt;
 }
 
-// The encoding that an XML declaration at the start names; empty when none does.
+// The encoding that an XML declaration at the start names; empty if there is none.
 QByteArray DeclaredEncoding(const Input& input)
 {
-    static const QRegularExpression declaration(QStringLiteral(
-        R"re(^<\?xml(?:\s+version\s*=\s*(?:"[^"<]*"|'[^'<]*'))?\s+encoding\s*=\s*(?:"([A-Za-z][A-Za-z0-9._-]*)"|'([A-Za-z][A-Za-z0-9._-]*)'))re"));
+    static const QRegularExpression declaration(
+        QStringLiteral(R"re(^<\?xml(?:\s+version\s*=\s*(?:"[^"<]*"|'[^'<]*'))?)re"
+                       R"re(\s+encoding\s*=\s*(?:"([A-Za-z][A-Za-z0-9._-]*)"|'([A-Za-z][A-Za-z0-9._-]*)'))re"));
     constexpr std::size_t longest = 1024;
     const QString start = QString::fromLatin1(input.bytes, static_cast<int>(std::min(input.length, longest)));
     const QRegularExpressionMatch match = declaration.match(start);
     return (match.captured(1) + match.captured(2)).toLatin1();
 }
 
-// Decodes the bytes piece by piece and stops at the first that do not fit.
+// Decodes bytes piece by piece and detects bytes that are invalid in the encoding.
 class CodecReader {
 public:
     explicit CodecReader(const QTextCodec& codec)
@@ -149,15 +150,14 @@ public:
           m_state(QTextCodec::ConvertInvalidToNull | QTextCodec::IgnoreHeader)
     {}
 
-    // False when the piece holds bytes that do not fit. Some codecs say so only by the
-    // replacement character.
+    // False if the piece contains invalid bytes. Some codecs report them only by a replacement character.
     bool Read(const char* bytes, std::size_t length)
     {
         m_piece = m_codec.toUnicode(bytes, static_cast<int>(length), &m_state);
         return m_state.invalidChars == 0 && !m_piece.contains(QChar(QChar::ReplacementCharacter));
     }
-    // False when the bytes so far end inside a character: then it swallows or spoils a
-    // line feed.
+    // False if the bytes so far end inside a character. The incomplete character then swallows or spoils the
+    // line feed that is appended as a probe.
     bool IsComplete() { return Read("\n", 1) && m_piece == QLatin1String("\n"); }
     const QString& Piece() const noexcept { return m_piece; }
 
@@ -169,15 +169,15 @@ private:
 
 constexpr std::size_t PieceBytes = 0x10000;
 
-// The offset of the first character that does not fit, which ends in the piece at `piece`
-// and may begin in the one before.
+// The byte offset of the first invalid character. It ends in the piece that begins at `piece` and may begin in
+// the piece before.
 std::size_t FindBadByte(const Input& input, const QTextCodec& codec, std::size_t piece)
 {
     CodecReader reader(codec);
     const std::size_t start = piece == 0 ? 0 : piece - PieceBytes;
     for (std::size_t position = 0; position < start; position += PieceBytes)
         reader.Read(input.bytes + position, PieceBytes);
-    std::size_t character = start;  // where the character that is being read began
+    std::size_t character = start;  // start of the character that is being decoded
     for (std::size_t position = start; position < input.length; ++position) {
         if (!reader.Read(input.bytes + position, 1))
             break;
@@ -210,8 +210,8 @@ VString DecodeUnmarked(const Input& input, bool useXmlDeclaration)
         return VString::fromUtf8(input.bytes, input.length);
     const QByteArray declared = useXmlDeclaration ? DeclaredEncoding(input) : QByteArray();
     const QTextCodec* codec = declared.isEmpty() ? nullptr : QTextCodec::codecForName(declared);
-    // A declaration that was read as ASCII cannot be right about an encoding in which it
-    // would read otherwise, as UTF-16.
+    // The declaration was read as ASCII, so it is wrong if it names an encoding that writes "<?xml" in other
+    // bytes, such as UTF-16.
     constexpr std::string_view opening = "<?xml";
     const bool fits = codec != nullptr && CodecReader(*codec).Read(opening.data(), opening.size()) &&
         codec->toUnicode(opening.data(), static_cast<int>(opening.size())) == QLatin1String("<?xml");
@@ -271,8 +271,8 @@ std::string ReadAll(const VString& fileName)
     // No encoding takes more than four bytes for a code unit.
     constexpr std::size_t mostBytes = std::size_t{4} * VString::MaxLength;
     std::string bytes;
-    // The size is a hint only: it is 0 for pipes, and files grow. With one byte to spare
-    // the end is found without growing.
+    // The size is only a hint: it is 0 for pipes, and files grow. One spare byte lets the first read find the
+    // end of the file without growing the buffer.
     bytes.reserve(static_cast<std::size_t>(std::min<unsigned long long>(file.Size() + 1, mostBytes)));
     for (std::size_t done = 0;;) {
         bytes.resize(std::max(bytes.capacity(), done + PieceBytes));
@@ -323,7 +323,7 @@ unsigned long long GetFileSize(const VPath& path)
     const QFileInfo info(NativeName(path));
     if (info.exists())
         return static_cast<unsigned long long>(info.size());
-    // Qt does not tell why it sees no file. An attempt to open it does.
+    // Qt gives no reason when a file does not exist for it. Opening the file throws the reason.
     VFile file(path);
     file.OpenForReading();
     return file.Size();

@@ -1,4 +1,4 @@
-// Filling numbered places of a text.
+// Texts with numbered placeholders.
 #pragma once
 
 #include <cstdint>
@@ -7,11 +7,10 @@
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/VString.h"
 
-// A text with places "%1" to "%9" that arguments fill in order.
+// A text with placeholders "%1" to "%9". The first argument replaces "%1", the second "%2", and so on.
 //
-// All places are filled in one pass when the result is asked for, so an argument
-// that itself contains "%4" stands in the result as it is. A place without an
-// argument stays as written; a place may stand more than once.
+// All placeholders are replaced in one pass when the result is requested, so a "%4" inside an argument is not
+// replaced. A placeholder without an argument stays as written. A placeholder may occur more than once.
 //
 //     VString text = VFormatString("%1(%2)").arg("Error").arg(12);   // "Error(12)"
 class VANCOREPLATFORM_API VFormatString {

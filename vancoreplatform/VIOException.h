@@ -1,4 +1,4 @@
-// The failure of a file operation.
+// The exception of failed file operations.
 #pragma once
 
 #include <exception>
@@ -9,7 +9,7 @@
 
 namespace VIO {
 
-// Thrown by VFile, LoadTextFile and GetFileSize; the message names the file.
+// Thrown by VFile and GetFileSize. The message names the file.
 class VANCOREPLATFORM_API Exception : public std::exception {
 public:
     explicit Exception(const VString& message);

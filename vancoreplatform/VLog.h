@@ -11,19 +11,19 @@ namespace VLog {
 
 enum Severity { Debug, Info, Warn, Error };
 
-// One logged message, with the identity of the place that logged it where it has one.
+// A logged message. It has an identity if the code that logs gives one.
 struct Record {
     Severity severity = Info;
     VString message;
     VString key;             // empty without an identity
-    std::uint32_t code = 0;  // of the identity
+    std::uint32_t code = 0;  // 0 without an identity
     int errorSource = 0;
     int statusCode = 0;
 };
 
-// Every record logged while it lives, by any thread, goes to the sink and no
-// further; captures nest, the youngest receives. For tests and for hosts that have
-// their own log. The sink is called under a lock and must not log.
+// Passes every record that any thread logs to the sink, instead of Qt's log, while the capture lives. Of several
+// captures, the newest receives the records. For tests and for hosts that have their own log. The sink is called
+// under a lock and must not log.
 class VANCOREPLATFORM_API Capture {
 public:
     explicit Capture(std::function<void(const Record&)> sink);
@@ -37,7 +37,7 @@ private:
 
 }  // namespace VLog
 
-// To the youngest capture, or else to Qt's logging category "vancorexml", where Debug
-// is off unless the host turns it on. Callable from any thread.
+// Logs to the newest capture or, without a capture, to Qt's logging category "vancorexml". Debug is off in that
+// category unless the host turns it on. Thread-safe.
 VANCOREPLATFORM_API void LogMessage(const VLog::Record& record);
 VANCOREPLATFORM_API void LogMessage(VLog::Severity severity, const VString& message);

@@ -37,7 +37,7 @@ std::size_t UncRootEnd(std::u16string_view text) noexcept
     return share == text.size() ? serverEnd : SkipElement(text, share);
 }
 
-// How many code units the root takes; 0 when the path has none.
+// The number of code units of the root; 0 if the path has none.
 std::size_t RootEnd(std::u16string_view text) noexcept
 {
     if (text.size() >= 2 && IsDriveLetter(text[0]) && text[1] == u':')
@@ -48,7 +48,7 @@ std::size_t RootEnd(std::u16string_view text) noexcept
     return unc ? UncRootEnd(text) : 1;
 }
 
-// The root in one spelling, then the elements.
+// The root, with "/" for every separator, and the elements.
 struct Parts {
     std::u16string root;
     std::vector<std::u16string_view> elements;
@@ -59,8 +59,7 @@ Parts Split(std::u16string_view text)
     Parts parts;
     const std::size_t rootEnd = RootEnd(text);
     for (std::size_t i = 0; i < rootEnd; ++i) {
-        // "//" before a server tells a UNC root from a plain one; further down, runs of
-        // separators count as one.
+        // The "//" at the start distinguishes a UNC root from a plain one. Later runs of separators count as one.
         const bool repeated = i > 1 && IsSeparator(text[i]) && IsSeparator(text[i - 1]);
         if (!repeated)
             parts.root.push_back(IsSeparator(text[i]) ? u'/' : text[i]);
@@ -73,7 +72,7 @@ Parts Split(std::u16string_view text)
     return parts;
 }
 
-// `text` without the separators at its end, but for those of its root.
+// `text` without the separators at its end, except those of its root.
 std::u16string_view DropTrailingSeparators(std::u16string_view text, std::size_t rootEnd) noexcept
 {
     std::size_t end = text.size();
@@ -82,7 +81,7 @@ std::u16string_view DropTrailingSeparators(std::u16string_view text, std::size_t
     return text.substr(0, end);
 }
 
-// The separator that the two texts use, so that a joined path is of one style.
+// The separator that the two texts use, so that a joined path has one style.
 char16_t ChooseSeparator(std::u16string_view left, std::u16string_view right) noexcept
 {
     const std::size_t inLeft = left.find_last_of(Separators);

@@ -1,15 +1,15 @@
-// File-system paths, also those of other machines.
+// File-system paths of any system.
 #pragma once
 
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/VString.h"
 
-// A path kept as the text it was given.
+// A file-system path. It keeps the text that it was given and never accesses the file system.
 //
-// Documents carry the paths of other machines, so its rules are the same on every
-// system: both "/" and "\" separate, and a drive ("C:"), a drive with a separator
-// ("C:\"), a leading separator and a UNC root ("\\server\share") are roots.
-// Nothing here touches the file system.
+// Documents contain paths of other machines, so the rules are the same on every system:
+//  - Both "/" and "\" are separators.
+//  - A root is a drive ("C:"), a drive with a separator ("C:\"), a leading separator or a UNC share
+//    ("\\server\share").
 class VANCOREPLATFORM_API VPath {
 public:
     VPath() = default;
@@ -17,23 +17,23 @@ public:
     VPath(const char* utf8) : m_text(utf8) {}
 
     const VString& String() const noexcept { return m_text; }
-    // The text with "/" for every separator.
+    // The text with "/" in place of every "\".
     VString GenericString() const;
     bool IsEmpty() const noexcept { return m_text.IsEmpty(); }
-    // Begins with a root: a separator, a drive, a UNC server.
+    // True if the path begins with a root.
     bool IsAbsolute() const;
 
-    // Drops the last element, with the separators before and behind it; a root stays.
-    // Nothing is left of a bare name. Equal paths stay equal.
+    // Removes the last element and the separators around it. A root stays. A bare name becomes the empty path.
+    // Equal paths stay equal.
     void RemoveFilename();
 
-    // `right` below `left`, with one separator between; an absolute `right`
-    // replaces `left`, an empty one leaves it.
+    // Joins `left` and `right` with one separator. The result is `right` if `right` is absolute, and `left` if
+    // `right` is empty.
     friend VANCOREPLATFORM_API VPath operator/(const VPath& left, const VPath& right);
 
-    // Root first, then element by element, by code units: the kind and number of
-    // separators do not count behind the root, nor any at the end; letter case does.
-    // Dots are elements like others.
+    // Compares the roots, then element by element, by code units and with letter case. The kind of separators
+    // does not matter, nor does their number behind the root. Separators at the end are ignored. "." and ".." are
+    // ordinary elements.
     friend VANCOREPLATFORM_API bool operator==(const VPath& a, const VPath& b);
     friend VANCOREPLATFORM_API bool operator<(const VPath& a, const VPath& b);
     friend bool operator!=(const VPath& a, const VPath& b) { return !(a == b); }

@@ -1,4 +1,4 @@
-// Scanning a text from the left.
+// A cursor over a text.
 #pragma once
 
 #include <cstddef>
@@ -8,20 +8,20 @@
 #include "vancoreplatform/VCType.h"
 #include "vancoreplatform/VString.h"
 
-// A position in a text that moves forward over what it is asked to skip.
-// Refers to the text, which must outlive it and stay unchanged.
+// A cursor that moves forward through a text. It borrows the text, which must outlive the cursor and stay
+// unchanged.
 class VScanString {
 public:
     explicit VScanString(const VString& text) noexcept : VScanString(text.View()) {}
     explicit VScanString(std::u16string_view text) noexcept : m_position(text.data()), m_end(text.data() + text.size())
     {}
 
-    // Moves past white space as VCType::isSpace has it. Linear in what it skips.
+    // Skips white space, as VCType::isSpace defines it. Linear in the number of skipped units.
     void skipWhitespace() noexcept
     {
         while (m_position != m_end && VCType::isSpace(*m_position)) {
             ++m_position;
-            // An indent is blanks, four at once.
+            // Indentation is mostly blanks, so skip four at once.
             while (static_cast<std::size_t>(m_end - m_position) >= 4 &&
                 std::memcmp(m_position, u"    ", 4 * sizeof(char16_t)) == 0)
                 m_position += 4;

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t MaxUnits = static_cast<std::size_t>(VString::MaxLength);
 constexpr char16_t ReplacementCharacter = 0xFFFD;
 
-// Qt counts in int without a check, so nothing that grows may reach it unchecked.
+// Throws std::length_error if the result is too long. Qt counts in int and does not check for overflow.
 void CheckGrowth(std::size_t length, std::size_t added)
 {
     if (added > MaxUnits || length > MaxUnits - added)
@@ -44,8 +44,8 @@ constexpr bool IsLowSurrogate(char16_t unit) noexcept
     return (unit & 0xFC00) == 0xDC00;
 }
 
-// So many units at once are looked at and narrowed, by loops of a fixed count over copies:
-// those become vector operations.
+// ASCII is tested and narrowed in blocks of this many units. Compilers vectorise the loops, because the count is
+// fixed and the units are local copies.
 constexpr std::size_t AsciiBlock = 16;
 
 using UnitBlock = std::array<char16_t, AsciiBlock>;
@@ -70,7 +70,7 @@ void WriteAsciiBlock(char* out, const UnitBlock& block) noexcept
     std::memcpy(out, bytes.data(), AsciiBlock);
 }
 
-// The code point that begins at `position`, which moves behind it.
+// Reads the code point at `position` and moves `position` behind it.
 inline char32_t NextCodePoint(std::u16string_view text, std::size_t& position) noexcept
 {
     const char16_t unit = text[position++];
@@ -129,7 +129,7 @@ std::size_t CountUtf8(std::u16string_view text) noexcept
     return bytes;
 }
 
-// Qt drops a byte order mark at the start; here it is a character like any other.
+// Counts the byte order marks at the start. Qt drops them, but a VString keeps them as characters.
 std::size_t CountMarks(const char* utf8, std::size_t length) noexcept
 {
     constexpr std::string_view mark = "\xEF\xBB\xBF";
@@ -139,14 +139,14 @@ std::size_t CountMarks(const char* utf8, std::size_t length) noexcept
     return count;
 }
 
-// At least one code unit comes of each.
+// Counts the bytes that begin a character. Each character takes at least one code unit.
 std::size_t CountCharacters(const char* utf8, std::size_t length) noexcept
 {
     return static_cast<std::size_t>(
         std::count_if(utf8, utf8 + length, [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
-// The end of a piece of about `limit` bytes that cuts no sequence.
+// The end of a piece of at most `limit` bytes that does not end inside a sequence.
 std::size_t FindPieceEnd(const char* utf8, std::size_t begin, std::size_t length, std::size_t limit) noexcept
 {
     if (length - begin <= limit)
@@ -180,7 +180,7 @@ VString VString::fromUtf8(const char* utf8, std::size_t length)
     if (length > MaxUnits)
         CheckGrowth(0, CountCharacters(utf8, length));
     VString result;
-    // Pieces, because Qt counts bytes in int and drops a mark at the start of each.
+    // Decodes in pieces, because Qt counts bytes in int. The marks that Qt drops from each piece are added here.
     constexpr std::size_t pieceBytes = 0x100000;
     for (std::size_t position = 0; position < length;) {
         const std::size_t end = FindPieceEnd(utf8, position, length, pieceBytes);
@@ -245,7 +245,7 @@ std::string VString::toStdString() const
     const std::u16string_view text = View();
     std::string result;
     result.reserve(CountUtf8(text));
-    // Through a buffer that stays in the cache, so that the result need not be zeroed first.
+    // Writes into a small buffer and appends it, because resizing the result would first fill it with zeros.
     constexpr std::size_t longestBlock = 3 * (AsciiBlock + 1);
     char buffer[4096];
     char* const full = buffer + sizeof buffer - longestBlock;
@@ -289,7 +289,7 @@ VString& VString::append(const char16_t* text, std::size_t length)
     CheckGrowth(m_text.size(), length);
     const std::less<const char16_t*> before;
     const bool ownText = !before(text, begin()) && before(text, end());
-    // Growing may move the buffer away from under a piece of itself.
+    // Growing may free the buffer that `text` points into, so copy it first.
     if (ownText)
         return append(VString(text, length));
     m_text.append(AsQChars(text), static_cast<int>(length));

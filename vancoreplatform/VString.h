@@ -13,15 +13,14 @@
 
 #include "vancoreplatform/Export.h"
 
-// A text of UTF-16 code units, length-counted: a NUL is an ordinary unit.
+// A string of UTF-16 code units. The length is stored, so a NUL is an ordinary unit.
 //
-// Ownership: a value; copies share one buffer until one of them is changed, so
-// copying costs one reference count. At most `MaxLength` code units; an
-// operation that would grow past it throws std::length_error and leaves the
-// string as it was.
+// Ownership: a value. Copies share one buffer until one of them changes, so a copy costs one reference count.
 //
-// Threads: distinct objects may be used from distinct threads also while they
-// share a buffer; one object has no lock.
+// Limits: at most `MaxLength` code units. An operation that would exceed this throws std::length_error and leaves
+// the string unchanged.
+//
+// Threads: different threads may use different objects, even if these share a buffer. An object has no lock.
 //
 // All positions and lengths are in UTF-16 code units unless a name says UTF-8.
 //
@@ -45,15 +44,15 @@ public:
     VString(const QString& text) : m_text(text) {}
     VString(QString&& text) noexcept : m_text(std::move(text)) {}
 
-    // From UTF-8 of the given length, NULs kept; ill-formed sequences become U+FFFD.
+    // From `length` bytes of UTF-8, NULs included. Ill-formed sequences become U+FFFD.
     static VString fromUtf8(const char* utf8, std::size_t length);
     static VString fromStdString(const std::string& utf8);
     static VString number(std::int32_t value);
     static VString number(std::uint32_t value);
     static VString number(std::int64_t value);
     static VString number(std::uint64_t value);
-    // printf's 'g' with `precision` significant digits in the C locale, whatever
-    // the process locale is; infinities are "inf" and "-inf".
+    // Formats like printf's 'g' with `precision` significant digits, always in the C locale. Infinities are "inf"
+    // and "-inf".
     static VString number(double value, int precision);
     // The parts with `separator` between them.
     static VString join(const std::vector<VString>& parts, const VString& separator);
@@ -71,7 +70,7 @@ public:
     char16_t operator[](int position) const noexcept { return utf16()[position]; }
     const_iterator begin() const noexcept { return utf16(); }
     const_iterator end() const noexcept { return utf16() + m_text.size(); }
-    // True when both strings are one shared buffer, so equal without a look at the text.
+    // True if both strings share one buffer and are therefore equal. Constant time.
     bool IsSharedWith(const VString& other) const noexcept
     {
         return m_text.constData() == other.m_text.constData() && length() == other.length();
@@ -95,20 +94,19 @@ public:
     int indexOf(char16_t unit, int from = 0) const { return m_text.indexOf(QChar(unit), from); }
 
     VString left(int length) const { return m_text.left(length); }
-    // From `position`, to the end when `length` is negative.
+    // The part from `position` on, up to the end if `length` is negative.
     VString mid(int position, int length = -1) const { return m_text.mid(position, length); }
-    // A copy in which every `before` is replaced by `after`, scanned once from
-    // the left. An empty `before` changes nothing.
+    // A copy in which every `before` is replaced by `after`. The text is scanned once, from the left. An empty
+    // `before` changes nothing.
     VString replace(const VString& before, const VString& after) const;
     // The parts between the separators, empty ones kept: n separators give n + 1 parts.
     std::vector<VString> split(char16_t separator) const;
 
-    // Without leading / surrounding white space: tab to carriage return, and the
-    // blank. A no-break space is text.
+    // A copy without leading (trimLeft) or surrounding (trimmed) white space, as VCType::isSpace defines it.
     VString trimLeft() const;
     VString trimmed() const;
 
-    // In the C locale; 0 and `*ok` false when the text is no number.
+    // Reads a number in the C locale. If the text is not a number, returns 0 and sets `*ok` to false.
     double toDouble(bool* ok = nullptr) const;
     int toInt(bool* ok = nullptr, int base = 10) const;
 
@@ -117,7 +115,7 @@ public:
         return a.IsSharedWith(b) || a.View() == b.View();
     }
     friend bool operator!=(const VString& a, const VString& b) noexcept { return !(a == b); }
-    // By code units, not by code points or by language.
+    // Order by code units, not by code points or language.
     friend bool operator<(const VString& a, const VString& b) noexcept { return a.View() < b.View(); }
     friend bool operator>(const VString& a, const VString& b) noexcept { return b < a; }
     friend bool operator<=(const VString& a, const VString& b) noexcept { return !(b < a); }

@@ -1,4 +1,4 @@
-// Marks what `vansys` offers to other modules: everything else stays hidden.
+// `VANSYS_API` exports a symbol from the library `vansys`. All other symbols are hidden.
 #pragma once
 
 #if defined(_WIN32)

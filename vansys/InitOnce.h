@@ -1,16 +1,16 @@
-// Things that are made once in a process.
+// One-time initialisation.
 #pragma once
 
 #include <atomic>
 #include <mutex>
 #include <utility>
 
-// Runs what it is first given, once, whatever number of threads ask; the others wait
-// until it has run. When it throws, the next call tries again.
+// Runs one initialisation, exactly once, however many threads call. The first caller runs its function; the
+// others wait until it has returned. If the function throws, its caller gets the exception and the next call
+// tries again. Costs one atomic load once the initialisation is done.
 class InitOnce {
 public:
-    // Not std::call_once: where that stands on pthread_once, a function that throws can
-    // leave the next caller waiting for ever.
+    // std::call_once is not used: implemented with pthread_once, it can block for ever after a function has thrown.
     template <typename Function>
     void operator()(Function&& initialise)
     {

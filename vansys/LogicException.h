@@ -1,4 +1,4 @@
-// Broken invariants and misuse by the caller.
+// Failed logic assertions.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 #include "vansys/Export.h"
 #include "vansys/VantoraException.h"
 
-// A logic assertion that failed: a caller's misuse, never a fault in a document.
-// The message is the expression text.
+// A failed logic assertion: the caller misused an operation. A fault in a document never raises one.
+// The message is the text of the asserted expression.
 class VANSYS_API LogicException : public VantoraException {
 public:
     LogicException(const VString& file, int line, const VString& expression, const VError::ErrorInfo& info);
@@ -19,8 +19,8 @@ public:
     VantoraException* Clone() const override;
     [[noreturn]] void Throw() const override;
 
-    // The source that asserted, cut to its module, with backslashes:
-    // "vancorexml\main\parser\DOM".
+    // The source file of the assertion: its path from the root of the sources, with backslashes and without
+    // extension, such as "vancorexml\main\parser\DOM".
     const VString& GetFile() const noexcept { return m_file; }
     int GetLine() const noexcept { return m_line; }
     const VString& GetExpression() const noexcept { return GetMessage(); }
@@ -65,6 +65,6 @@ struct AssertionSite {
 [[noreturn]] VANSYS_API void ThrowLogicException(
     const VString& file, int line, const VString& expression, const VantoraError::ErrorCode& error);
 
-// The error of a logic assertion: the code and the key "LogicException_LogicAssert_0x"
-// with the code in eight upper-case hexadecimal digits.
+// Makes the error of a logic assertion. Its key is "LogicException_LogicAssert_0x", followed by the code in
+// eight upper-case hexadecimal digits.
 VANSYS_API VantoraError::ErrorCode MakeLogicError(std::uint32_t code);

@@ -24,12 +24,12 @@ constexpr AssertionSite ClosedByAnotherThread{
 
 }  // namespace Assertions
 
-// No object with a destructor, so that scopes work while the process ends.
+// A plain pointer has no destructor, so scopes also work while the process ends.
 thread_local void* t_innermost = nullptr;
 
 }  // namespace
 
-// The innermost entry that is open; the closed ones above it go.
+// Removes the closed entries above the innermost open one and returns the open one, or null.
 MemoryScope::Entry* MemoryScope::Entry::Innermost() noexcept
 {
     auto* entry = static_cast<Entry*>(t_innermost);

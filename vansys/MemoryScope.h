@@ -1,15 +1,16 @@
-// Attribution of memory to a task.
+// Attribution of memory to tasks.
 #pragma once
 
 #include <thread>
 
 #include "vansys/Export.h"
 
-// Marks the memory a thread takes while the scope lives as belonging to `name`. It must
-// be closed by the thread that opened it: Close raises a LogicException (code
-// 0x3C6E9D12) whose text is "MemoryScope can only be used on single thread" otherwise,
-// and the scope stays open. Scopes close in any order; closing again does nothing.
-// The destructor closes an open scope and raises nothing.
+// Attributes the memory that a thread allocates while the scope is open to the task `name`.
+//
+// The thread that opened a scope must close it. On another thread, Close raises a LogicException (code
+// 0x3C6E9D12, text "MemoryScope can only be used on single thread") and the scope stays open. Scopes may be
+// closed in any order. Closing a scope again does nothing. The destructor closes an open scope, on any thread,
+// and raises nothing.
 class VANSYS_API MemoryScope {
 public:
     // `name` must outlive the scope.
@@ -27,5 +28,5 @@ private:
     struct Entry;
 
     std::thread::id m_thread;
-    Entry* m_entry;  // of the opening thread's list; null once closed
+    Entry* m_entry;  // in the list of the opening thread; null once closed
 };

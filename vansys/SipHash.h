@@ -12,9 +12,9 @@ struct SipKey {
     std::uint64_t high = 0;
 };
 
-// SipHash by J.-P. Aumasson and D. J. Bernstein, with `CompressionRounds` for every eight
-// bytes and `FinalRounds` at the end. Colliding bytes cannot be constructed without the key.
-// Linear.
+// SipHash by J.-P. Aumasson and D. J. Bernstein, with `CompressionRounds` rounds for every eight bytes and
+// `FinalRounds` rounds at the end. Nobody can construct collisions without the key. Linear in the number of
+// bytes.
 template <int CompressionRounds, int FinalRounds>
 class SipHash {
 public:
@@ -37,7 +37,7 @@ private:
           m_v3(key.high ^ 0x7465646279746573)
     {}
 
-    // Up to eight bytes, the first lowest.
+    // Reads up to eight bytes as a little-endian number.
     static std::uint64_t Load(const unsigned char* bytes, std::size_t count) noexcept
     {
         std::uint64_t word = 0;

@@ -7,8 +7,8 @@
 
 namespace Unicode {
 
-// Rewrites, in place, every carriage return with its line feed and every lone
-// carriage return as one line feed; returns the new length in bytes.
+// Replaces, in place, each carriage return with line feed and each lone carriage return by one line feed.
+// Returns the new length in bytes. Linear.
 VANSYS_API std::size_t normalizeLineEndings(char* utf8, std::size_t length) noexcept;
 
 }  // namespace Unicode

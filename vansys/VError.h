@@ -21,10 +21,10 @@ VANSYS_API ErrorCode MakeError(std::uint32_t code, const VString& key);
 
 namespace VError {
 
-// Who is taken to have caused the error.
+// The party that caused the error.
 enum class ErrorSource : int { Unspecified = 0, Caller = 1, Product = 2 };
 
-// The numbers of the gRPC status codes that the product uses.
+// The gRPC status codes that the product uses, with their numbers.
 enum class StatusCode : int { Ok = 0, Cancelled = 1, Unknown = 2, InvalidArgument = 3, NotFound = 5, Internal = 13 };
 
 // The identity, source and status of a diagnostic or an exception. A value.
@@ -35,7 +35,7 @@ public:
         ErrorSource source = ErrorSource::Unspecified,
         StatusCode status = StatusCode::Unknown);
 
-    // For messages that have no identity of their own: code 0, empty key.
+    // Used for messages without an identity: code 0, empty key.
     static const ErrorInfo NoError;
 
     std::uint32_t GetCode() const noexcept { return m_error.code; }
@@ -54,5 +54,5 @@ private:
 
 }  // namespace VError
 
-// LogMessage with the identity of the place that logs.
+// Logs a message with the identity of the code that logs it. Thread-safe.
 VANSYS_API void LogMessage(VLog::Severity severity, const VString& message, const VError::ErrorInfo& site);

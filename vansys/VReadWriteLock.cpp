@@ -16,8 +16,9 @@ constexpr AssertionSite WriteUnderRead{File, 131, "no write lock under a read lo
 
 }  // namespace Assertions
 
-// How often one thread holds one lock. Its first take acquires the lock, shared for a read and exclusive for a write,
-// and its last release unlocks it. The takes and releases between them only change the counts.
+// The number of times that one thread has locked one VReadWriteLock, for each mode. The first call locks the
+// mutex, shared for a read and exclusive for a write. The last unlock releases the mutex. The calls between them
+// only change the counts.
 struct Holding {
     int reads = 0;
     int writes = 0;

@@ -1,27 +1,25 @@
-// A read/write lock that its holder may take again.
+// A recursive read/write lock.
 #pragma once
 
 #include <shared_mutex>
 
 #include "vansys/Export.h"
 
-// Many readers or one writer. The thread that holds it takes it again in the same
-// mode without waiting, also while a writer waits, and reads while it holds the
-// write. Pair every take with a release on the same thread, in any order of modes; other
-// threads wait until the last one. A release without a take does nothing.
+// A lock for many readers or one writer. Any thread may lock it. It must not be destroyed while a thread holds it.
 //
-// A take or release costs the same however many locks the thread holds. A take that fails,
-// with std::bad_alloc or the system's std::system_error, changes nothing.
+// The holder can lock again in the same mode without waiting, even while a writer waits. The holder of the write
+// lock can also lock for reading. Pair every lock with an unlock on the same thread, in any order of modes; other
+// threads wait until the last unlock. An unlock without a lock does nothing.
 //
-// Taking the write while holding only the read cannot succeed; it raises a
-// LogicException (code 0x5D1E7A60, text "no write lock under a read lock") instead
-// of waiting for ever.
+// A thread that holds only the read lock cannot lock for writing, because it would wait for itself. LockForWrite
+// then raises a LogicException (code 0x5D1E7A60, text "no write lock under a read lock").
 //
-// A lock belongs to no thread: any thread may take it. It must not die while held.
+// Locking and unlocking cost the same however many locks the thread holds. Locking may throw std::bad_alloc or
+// the system's std::system_error; the lock is then unchanged.
 class VANSYS_API VReadWriteLock {
 public:
-    // `options` must be 0: no option is defined. Raises a LogicException (code 0x6B20F4D1,
-    // text "options == 0") otherwise.
+    // `options` must be 0, because no option is defined. Otherwise the constructor raises a LogicException
+    // (code 0x6B20F4D1, text "options == 0").
     explicit VReadWriteLock(int options);
     ~VReadWriteLock();
     VReadWriteLock(const VReadWriteLock&) = delete;

@@ -1,4 +1,4 @@
-// A mutex that its holder may take again.
+// A mutex that its holder can lock again.
 #pragma once
 
 #include <mutex>

@@ -1,4 +1,4 @@
-// The base of the product's exceptions.
+// The base class of the product's exceptions.
 #pragma once
 
 #include <exception>
@@ -8,8 +8,8 @@
 #include "vansys/Export.h"
 #include "vansys/VError.h"
 
-// A message with the identity of the error. Catch it by reference; a derived class
-// overrides Clone and Throw so that its type survives a copy.
+// An exception with a message and the identity of the error. Catch it by reference. A derived class overrides
+// Clone and Throw, so that copies keep its type.
 class VANSYS_API VantoraException : public std::exception {
 public:
     VantoraException(const VString& message, const VError::ErrorInfo& info);
@@ -17,21 +17,20 @@ public:
     VantoraException& operator=(const VantoraException& other);
     ~VantoraException() override;
 
-    // A copy on the heap, of the derived type; the caller owns it.
+    // Returns a copy of the derived type on the heap. The caller owns it.
     virtual VantoraException* Clone() const;
-    // Throws a copy of this exception, of the derived type.
+    // Throws a copy of the derived type.
     [[noreturn]] virtual void Throw() const;
-    // The message, or the description that a derived class gives, as UTF-8; valid while the
-    // exception lives.
+    // The message, or the description that a derived class sets, as UTF-8. Valid while the exception lives.
     const char* what() const noexcept override;
 
     const VString& GetMessage() const noexcept { return m_message; }
-    // All messages of the exception, a line each; one unless a class has more.
+    // All messages of the exception, one per line. This class has one message; a derived class may have more.
     virtual VString GetConcatenatedMessages() const;
     const VError::ErrorInfo& GetErrorInfo() const noexcept { return m_info; }
 
 protected:
-    // For a class whose message alone does not say what went wrong: what() gives `description`.
+    // For derived classes whose message alone does not describe the error: what() returns `description`.
     VantoraException(const VString& message, const VError::ErrorInfo& info, const VString& description);
 
 private:

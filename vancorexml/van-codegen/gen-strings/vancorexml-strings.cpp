@@ -54,7 +54,7 @@ QString ResourcePath(const VString& language)
 
 bool Load(QTranslator& translator, const VString& language)
 {
-    // Empty, not null: a null delimiter would make the translator try shorter names.
+    // The delimiters are empty, not null, because with null the translator would also try shorter names.
     const QString none = QLatin1String("");
     return translator.load(ResourcePath(language), none, none, none);
 }
@@ -63,14 +63,14 @@ bool Load(QTranslator& translator, const VString& language)
 constexpr const char* CacheName = "vancorexml-strings";
 
 // Removes the cache from the process's objects when the library is unloaded. Otherwise the process would destroy the
-// cache at its exit, by code that is gone.
+// cache at its exit, when the code of its destructor is no longer loaded.
 struct CacheRemover {
     ~CacheRemover() { CoreThreadContext::RemoveProcessObject(CacheName); }
 };
 
 boost::any CreateCache()
 {
-    // Made here, so that it is destroyed before the store of process objects, also when the process exits.
+    // Constructed after the store of process objects, so the process destroys the remover before the store.
     static const CacheRemover remover{};
     return std::make_shared<CoreXml::LocalStringTableCache>();
 }

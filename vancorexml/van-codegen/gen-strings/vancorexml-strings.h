@@ -16,23 +16,21 @@ namespace CoreXml {
 inline constexpr std::uint32_t IDS_ERR_XML_ENTITY = 0xCDE820DF;
 inline constexpr std::uint32_t IDS_ERR_XML_INVALID_ENCODING = 0x927F7F7B;
 
-// The message in the language of the calling thread's session; in English without a session
-// or without a translation; empty for an unknown id. Callable from any thread.
+// Returns the message in the language of the calling thread's session. Falls back to English without a session or
+// without a translation. Empty for an unknown id. Thread-safe.
 VANCOREXML_API VString GetLocalizedString(std::uint32_t id);
-// The same in a language named as "de_DE". For a language that is not supported the closest
-// one serves.
+// Returns the message in `language`, such as "de_DE". Falls back to the closest supported language.
 VANCOREXML_API VString GetLocalizedString(std::uint32_t id, const VString& language);
 
-// The translations loaded so far: one per language that was ever asked for, also for those
-// that have none. One for the process; thread-safe.
+// The cache of the translations, with one entry for each requested language, even for a language without a
+// translation. One per process; thread-safe.
 class VANCOREXML_API LocalStringTableCache {
 public:
-    // The process's cache. Raises a LogicException when the process object of that name is
-    // something else.
+    // The process's cache. Raises a LogicException if the process object of the cache's name has another type.
     static std::shared_ptr<LocalStringTableCache> GetInstance();
 
-    // Null for the empty language and for the one the product is written in. What is returned
-    // may be empty; it is read-only and may be shared between threads.
+    // Returns null for the empty language and for the product's default language. The translator may be empty. It is
+    // read-only, so threads may share it.
     std::shared_ptr<QTranslator> GetTranslator(const VString& language);
 
 private:
