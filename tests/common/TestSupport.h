@@ -1,4 +1,4 @@
-// What the tests share: matching of logic assertions, capture of logs, folders of their own.
+// Shared by the tests: matching of logic assertions, capture of logs, temporary folders, limits of CPU time.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -19,7 +19,7 @@
 #include "vansys/LogicException.h"
 #include "vansys/VantoraException.h"
 
-// A failure shows strings as text, not as lists of code units.
+// Makes GoogleTest print strings as text and not as lists of code units.
 inline void PrintTo(const VString& text, std::ostream* out)
 {
     *out << '"' << text << '"';
@@ -27,8 +27,8 @@ inline void PrintTo(const VString& text, std::ostream* out)
 
 namespace testsupport {
 
-// `run` raises the logic assertion with this file, line, expression text and code, and the
-// key that belongs to the code.
+// Expects that `run` raises the logic assertion with this file, line, expression and code, and with the key that
+// belongs to the code.
 inline void ExpectLogicException(
     const std::function<void()>& run, const char* file, int line, const char* text, std::uint32_t code)
 {
@@ -47,7 +47,7 @@ inline void ExpectLogicException(
     ADD_FAILURE() << "no logic assertion \"" << text << "\"";
 }
 
-// Collects what is logged while it lives.
+// Collects the log records of all threads while it lives.
 class LogCapture {
 public:
     LogCapture() : m_capture([this](const VLog::Record& record) { records.push_back(record); }) {}
@@ -58,7 +58,7 @@ private:
     VLog::Capture m_capture;
 };
 
-// A folder that goes when the test ends.
+// A temporary folder. It is deleted with this object.
 class TemporaryFolder {
 public:
     VString Path(const VString& name) const { return VString(m_folder.filePath(name.ToQString())); }
@@ -81,8 +81,8 @@ private:
     QTemporaryDir m_folder;
 };
 
-// Fails the test when the process uses more CPU time than this while it lives. For costs that a
-// slow build, such as a sanitizer's, multiplies by less than the limit leaves room for.
+// Fails the test if the process uses more than `seconds` of CPU time while the object lives. Choose a limit that
+// leaves room for slow builds, such as those with a sanitizer.
 class CpuTimeLimit {
 public:
     explicit CpuTimeLimit(double seconds) : m_seconds(seconds) {}

@@ -21,7 +21,7 @@ public:
 
 }  // namespace
 
-TEST(ActivityTest, AFinishedActivityHasItsTagsInOrder)
+TEST(ActivityTest, KeepsTheTagsInOrder)
 {
     Tracing tracing;
     {
@@ -60,7 +60,7 @@ TEST(ActivityTest, AnActivityBegunWithoutASinkIsNotTraced)
     EXPECT_TRUE(records.empty());
 }
 
-TEST(ActivityTest, AnActivityThatOutlivesTheSinkReachesNobody)
+TEST(ActivityTest, AnActivityThatOutlivesTheSinkIsDropped)
 {
     std::vector<art::ActivityRecord> records;
     art::SetActivitySink([&records](const art::ActivityRecord& record) { records.push_back(record); });

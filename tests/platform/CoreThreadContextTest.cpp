@@ -11,13 +11,13 @@
 #include <thread>
 #include <vector>
 
-TEST(CoreThreadContextTest, ThereIsNoSessionAtFirst)
+TEST(CoreThreadContextTest, HasNoSessionByDefault)
 {
     ASSERT_TRUE(CoreThreadContext::HasSessionId);
     EXPECT_FALSE(CoreThreadContext::HasSessionId());
 }
 
-TEST(CoreThreadContextTest, TheHostMayAnswerForSessions)
+TEST(CoreThreadContextTest, TheHostCanReplaceTheSessionCheck)
 {
     const auto before = CoreThreadContext::HasSessionId;
     CoreThreadContext::HasSessionId = [] { return true; };
@@ -55,7 +55,7 @@ TEST(CoreThreadContextThreadTest, SessionCheckIsReplacedWhileOthersCallIt)
     CoreThreadContext::HasSessionId = before;
 }
 
-TEST(CoreThreadContextTest, ASessionCheckMayReplaceItself)
+TEST(CoreThreadContextTest, ASessionCheckCanReplaceItself)
 {
     const auto before = CoreThreadContext::HasSessionId;
     CoreThreadContext::HasSessionId = [before] {
@@ -92,7 +92,7 @@ TEST(CoreThreadContextTest, EachThreadHasItsOwnObjects)
     EXPECT_EQ(boost::any_cast<int>(CoreThreadContext::GetGenericObject("CoreThreadContextTest.own")), 1);
 }
 
-TEST(CoreThreadContextTest, AProcessObjectIsMadeOnceForAllThreads)
+TEST(CoreThreadContextTest, AProcessObjectIsCreatedOnceForAllThreads)
 {
     std::atomic<int> made{0};
     const auto ask = [&made] {
@@ -108,7 +108,7 @@ TEST(CoreThreadContextTest, AProcessObjectIsMadeOnceForAllThreads)
     EXPECT_EQ(made, 1);
 }
 
-TEST(CoreThreadContextTest, ARemovedProcessObjectIsDestroyedAndMadeAgain)
+TEST(CoreThreadContextTest, ARemovedProcessObjectIsDestroyedAndCreatedAgain)
 {
     const auto create = [] { return boost::any(std::make_shared<int>(5)); };
     const auto ask = [&] {
@@ -127,7 +127,7 @@ TEST(CoreThreadContextTest, RemovingAMissingProcessObjectDoesNothing)
     CoreThreadContext::RemoveProcessObject("CoreThreadContextTest.missing");
 }
 
-TEST(CoreThreadContextTest, AProcessObjectThatFailedIsTriedAgain)
+TEST(CoreThreadContextTest, CreatesAProcessObjectAgainAfterAFailure)
 {
     const auto fail = []() -> boost::any { throw std::runtime_error("not yet"); };
     EXPECT_THROW(CoreThreadContext::GetProcessObject("CoreThreadContextTest.failed", fail), std::runtime_error);

@@ -19,7 +19,7 @@ struct FormatCase {
 
 class DataValueFormatterCaseTest : public testing::TestWithParam<FormatCase> {};
 
-TEST_P(DataValueFormatterCaseTest, WritesTheValue)
+TEST_P(DataValueFormatterCaseTest, FormatsTheValue)
 {
     EXPECT_EQ(
         DataValueFormatter::Format(GetParam().value, DataValueFormatter::FormatOptions()), VString(GetParam().text));
@@ -27,12 +27,12 @@ TEST_P(DataValueFormatterCaseTest, WritesTheValue)
 
 INSTANTIATE_TEST_SUITE_P(Values,
     DataValueFormatterCaseTest,
-    testing::Values(FormatCase{"Nothing", DataValue(), "%null%"},
+    testing::Values(FormatCase{"Null", DataValue(), "%null%"},
         FormatCase{"True", DataValue(true), "true"},
         FormatCase{"False", DataValue(false), "false"},
-        FormatCase{"Whole", DataValue(-12), "-12"},
-        FormatCase{"LargestWhole", DataValue(std::numeric_limits<std::int64_t>::max()), "9223372036854775807"},
-        FormatCase{"Number", DataValue(0.1), "0.10000000000000001"},
+        FormatCase{"Integer", DataValue(-12), "-12"},
+        FormatCase{"LargestInteger", DataValue(std::numeric_limits<std::int64_t>::max()), "9223372036854775807"},
+        FormatCase{"Double", DataValue(0.1), "0.10000000000000001"},
         FormatCase{"Infinity", DataValue(-std::numeric_limits<double>::infinity()), "-inf"},
         FormatCase{"Text", DataValue("größe"), "\"größe\""},
         FormatCase{"SixteenBitText", DataValue(u"größe"), "\"größe\""},
@@ -40,14 +40,14 @@ INSTANTIATE_TEST_SUITE_P(Values,
         FormatCase{"QuotesAndBackslashes", DataValue("a\"b\\c"), "\"a\\\"b\\\\c\""}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(DataValueFormatterTest, NothingIsWrittenAsTheOptionsSay)
+TEST(DataValueFormatterTest, FormatsNullAsTheOptionsSay)
 {
     DataValueFormatter::FormatOptions options;
     options.null = "none";
     EXPECT_EQ(DataValueFormatter::Format(DataValue(), options), VString("none"));
 }
 
-TEST(DataValueTest, TypesCountForEquality)
+TEST(DataValueTest, ValuesOfDifferentTypesDiffer)
 {
     EXPECT_EQ(DataValue(1), DataValue(std::int64_t{1}));
     EXPECT_NE(DataValue(1), DataValue(1.0));
@@ -56,7 +56,7 @@ TEST(DataValueTest, TypesCountForEquality)
     EXPECT_EQ(DataValue("a"), DataValue(VString("a")));
 }
 
-TEST(DataValueTest, OnlyNothingIsNull)
+TEST(DataValueTest, OnlyTheDefaultValueIsNull)
 {
     EXPECT_TRUE(DataValue().IsNull());
     EXPECT_FALSE(DataValue("").IsNull());

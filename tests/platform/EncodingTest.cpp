@@ -17,7 +17,7 @@ Encoding Detect(const std::string& bytes)
     return DetectEncoding(bytes.data(), bytes.size());
 }
 
-// The plain form: decode what the lead byte announces, then look at the value.
+// A naive scan to compare with: decodes each sequence as its first byte says and checks the code point.
 std::size_t FirstInvalidNaively(const std::string& bytes)
 {
     std::size_t position = 0;
@@ -51,7 +51,7 @@ struct InvalidCase {
 
 class FindInvalidUtf8CaseTest : public testing::TestWithParam<InvalidCase> {};
 
-TEST_P(FindInvalidUtf8CaseTest, NamesTheStartOfTheBadSequence)
+TEST_P(FindInvalidUtf8CaseTest, ReturnsTheStartOfTheBadSequence)
 {
     EXPECT_EQ(FirstInvalid(GetParam().bytes), GetParam().offset);
 }
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(Sequences,
         InvalidCase{"BehindALongRun", std::string(1000, 'a') + "\xE4 ", 1000}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(FindInvalidUtf8Test, TheEdgesOfEveryRangeAreValid)
+TEST(FindInvalidUtf8Test, AcceptsTheBoundsOfEveryRange)
 {
     const std::string bytes = std::string("\0\x7F", 2) +
         "\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
@@ -86,7 +86,7 @@ TEST(FindInvalidUtf8Test, TheEdgesOfEveryRangeAreValid)
     EXPECT_EQ(FirstInvalid(""), 0u);
 }
 
-TEST(FindInvalidUtf8Test, FindsABadByteAtEveryPlaceOfAWord)
+TEST(FindInvalidUtf8Test, FindsABadByteAtEveryOffsetOfAWord)
 {
     for (std::size_t length = 1; length < 40; ++length) {
         for (std::size_t bad = 0; bad < length; ++bad) {
@@ -97,7 +97,7 @@ TEST(FindInvalidUtf8Test, FindsABadByteAtEveryPlaceOfAWord)
     }
 }
 
-TEST(FindInvalidUtf8Test, AgreesWithThePlainFormOnEveryShortSequence)
+TEST(FindInvalidUtf8Test, AgreesWithTheNaiveScanOnEveryShortSequence)
 {
     for (unsigned lead = 0; lead < 0x100; ++lead) {
         for (unsigned second = 0; second < 0x100; ++second) {
@@ -109,7 +109,7 @@ TEST(FindInvalidUtf8Test, AgreesWithThePlainFormOnEveryShortSequence)
     }
 }
 
-TEST(FindInvalidUtf8Test, AgreesWithThePlainFormOnRandomBytes)
+TEST(FindInvalidUtf8Test, AgreesWithTheNaiveScanOnRandomBytes)
 {
     const std::string pieces[] = {"a",
         "abcdefghij",
@@ -136,7 +136,7 @@ TEST(DetectEncodingTest, AsciiAndTheEmptyTextAreUtf8)
     EXPECT_EQ(Detect("<a/>"), Encoding::Utf8);
 }
 
-TEST(DetectEncodingTest, ValidUtf8IsUtf8WithAndWithoutItsMark)
+TEST(DetectEncodingTest, AcceptsValidUtf8WithAndWithoutAMark)
 {
     EXPECT_EQ(Detect("größe"), Encoding::Utf8);
     EXPECT_EQ(Detect("\xEF\xBB\xBF<a/>"), Encoding::Utf8);
@@ -148,7 +148,7 @@ TEST(DetectEncodingTest, ASequenceCutAtTheEndIsValid)
         EXPECT_EQ(Detect(cut), Encoding::Utf8) << cut;
 }
 
-TEST(DetectEncodingTest, BytesThatNoContinuationMakesValidAreUnknown)
+TEST(DetectEncodingTest, BytesThatCannotBecomeValidAreUnknown)
 {
     for (const char* bytes : {"a\x80", "a\xC0", "a\xED\xA0", "a\xE0\x80", "a\xF4\x90", "a\xF8", "\xE4rger", "\xC3 "})
         EXPECT_EQ(Detect(bytes), Encoding::Unknown) << bytes;
@@ -160,7 +160,7 @@ TEST(DetectEncodingTest, NulsAreNotUtf8)
     EXPECT_EQ(Detect(std::string("<\0a\0", 4)), Encoding::Unknown);
 }
 
-TEST(DetectEncodingTest, Utf16MarksAreUtf16)
+TEST(DetectEncodingTest, AUtf16MarkMeansUtf16)
 {
     EXPECT_EQ(Detect(std::string("\xFF\xFE<\0", 4)), Encoding::Utf16);
     EXPECT_EQ(Detect(std::string("\xFE\xFF\0<", 4)), Encoding::Utf16);

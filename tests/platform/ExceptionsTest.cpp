@@ -36,7 +36,7 @@ TEST(VantoraExceptionTest, IsAStandardException)
     }
 }
 
-TEST(VantoraExceptionTest, AssignsWhole)
+TEST(VantoraExceptionTest, AssignmentCopiesEverything)
 {
     VantoraException exception("one", VError::ErrorInfo::NoError);
     exception = VantoraException("two", SomeInfo());
@@ -44,7 +44,7 @@ TEST(VantoraExceptionTest, AssignsWhole)
     EXPECT_EQ(exception.GetErrorInfo(), SomeInfo());
 }
 
-TEST(VantoraExceptionTest, ACloneIsItsOwn)
+TEST(VantoraExceptionTest, ACloneIsIndependent)
 {
     auto original = std::make_unique<VantoraException>("broken", SomeInfo());
     const std::unique_ptr<VantoraException> clone(original->Clone());
@@ -91,7 +91,7 @@ TEST(LogicExceptionTest, CloneAndThrowKeepTheType)
     testsupport::ExpectLogicException([&clone] { clone->Throw(); }, "vansys\\Test", 3, "pointer", 1);
 }
 
-TEST(VIOExceptionTest, CarriesItsMessageInBothForms)
+TEST(VIOExceptionTest, HasItsMessageAsStringAndAsUtf8)
 {
     const VIO::Exception exception("größe");
     EXPECT_EQ(exception.GetMessage(), VString("größe"));

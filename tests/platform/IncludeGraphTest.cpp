@@ -48,7 +48,7 @@ std::set<std::string> IncludesOf(const std::filesystem::path& file)
     return includes;
 }
 
-// Every source of the modules with what it includes.
+// All sources of the modules, each with the files that it includes.
 const Graph& Files()
 {
     static const Graph files = [] {
@@ -79,9 +79,9 @@ Graph Modules()
     return modules;
 }
 
-// The files or modules that lie on a circle or lead to one: what is left when everything
-// that includes nothing that is left has been taken away.
-std::set<std::string> LeadingToCircles(Graph graph)
+// The files or modules that lie on a cycle or lead to one. Removes the nodes that include no remaining node, until
+// there are none.
+std::set<std::string> LeadingToCycles(Graph graph)
 {
     for (bool changed = true; changed;) {
         changed = false;
@@ -117,32 +117,32 @@ std::set<std::string> Violations(const std::set<std::string>& from, Allowed allo
 
 }  // namespace
 
-TEST(IncludeGraphTest, SeesTheSources)
+TEST(IncludeGraphTest, FindsTheSources)
 {
     EXPECT_GT(Files().size(), 80u);
     EXPECT_EQ(Files().at("vansys/VError.h").count("vancoreplatform/VString.h"), 1u);
     EXPECT_EQ(Modules().at("vancorexml").count("vansys"), 1u);
 }
 
-TEST(IncludeGraphTest, ACircleWouldBeSeen)
+TEST(IncludeGraphTest, FindsCycles)
 {
-    EXPECT_TRUE(LeadingToCircles({{"a", {"b"}}, {"b", {"c"}}, {"c", {}}}).empty());
-    EXPECT_EQ(LeadingToCircles({{"a", {"b"}}, {"b", {"c"}}, {"c", {"b"}}, {"d", {}}}),
-        (std::set<std::string>{"a", "b", "c"}));
-    EXPECT_EQ(LeadingToCircles({{"a", {"a"}}}), (std::set<std::string>{"a"}));
+    EXPECT_TRUE(LeadingToCycles({{"a", {"b"}}, {"b", {"c"}}, {"c", {}}}).empty());
+    EXPECT_EQ(
+        LeadingToCycles({{"a", {"b"}}, {"b", {"c"}}, {"c", {"b"}}, {"d", {}}}), (std::set<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(LeadingToCycles({{"a", {"a"}}}), (std::set<std::string>{"a"}));
 }
 
-TEST(IncludeGraphTest, FilesFormNoCircle)
+TEST(IncludeGraphTest, FilesHaveNoIncludeCycles)
 {
-    EXPECT_EQ(LeadingToCircles(Files()), std::set<std::string>());
+    EXPECT_EQ(LeadingToCycles(Files()), std::set<std::string>());
 }
 
-TEST(IncludeGraphTest, ModulesFormNoCircle)
+TEST(IncludeGraphTest, ModulesHaveNoIncludeCycles)
 {
-    EXPECT_EQ(LeadingToCircles(Modules()), std::set<std::string>());
+    EXPECT_EQ(LeadingToCycles(Modules()), std::set<std::string>());
 }
 
-TEST(IncludeGraphTest, TheGroundIncludesNoOtherModule)
+TEST(IncludeGraphTest, TheLowestModuleIncludesNoOtherModule)
 {
     EXPECT_EQ(Violations({"vancoreplatform"}, [](const std::string&) { return false; }), std::set<std::string>());
 }

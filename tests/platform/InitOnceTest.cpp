@@ -25,7 +25,7 @@ TEST(InitOnceTest, RunsOnceForAllThreads)
     EXPECT_EQ(runs, 1);
 }
 
-TEST(VRecursiveMutexThreadTest, ItsHolderTakesItAgain)
+TEST(VRecursiveMutexThreadTest, TheHolderCanLockItAgain)
 {
     VRecursiveMutex mutex;
     const VRecursiveMutexLocker outer(mutex);
@@ -35,7 +35,7 @@ TEST(VRecursiveMutexThreadTest, ItsHolderTakesItAgain)
     EXPECT_FALSE(takenElsewhere);
 }
 
-TEST(InitOnceTest, AFailureIsTriedAgain)
+TEST(InitOnceTest, TheNextCallTriesAgainAfterAFailure)
 {
     InitOnce once;
     EXPECT_THROW(once([] { throw std::runtime_error("not yet"); }), std::runtime_error);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The assertion that closing a scope on another thread raises, null when none.
+// Closes the scope on another thread. Returns the assertion that this raises, or null.
 std::unique_ptr<VantoraException> CloseElsewhere(MemoryScope& scope)
 {
     std::unique_ptr<VantoraException> raised;
@@ -25,12 +25,12 @@ std::unique_ptr<VantoraException> CloseElsewhere(MemoryScope& scope)
 
 }  // namespace
 
-TEST(MemoryScopeTest, ThereIsNoneAtFirst)
+TEST(MemoryScopeTest, NoScopeIsOpenByDefault)
 {
     EXPECT_EQ(MemoryScope::Current(), nullptr);
 }
 
-TEST(MemoryScopeTest, TheInnermostIsCurrent)
+TEST(MemoryScopeTest, TheInnermostScopeIsCurrent)
 {
     const MemoryScope outer("outer");
     EXPECT_STREQ(MemoryScope::Current(), "outer");
@@ -41,7 +41,7 @@ TEST(MemoryScopeTest, TheInnermostIsCurrent)
     EXPECT_STREQ(MemoryScope::Current(), "outer");
 }
 
-TEST(MemoryScopeTest, ClosesBeforeItDies)
+TEST(MemoryScopeTest, CanBeClosedBeforeItsDestruction)
 {
     MemoryScope scope("scope");
     scope.Close();
@@ -60,7 +60,7 @@ TEST(MemoryScopeTest, ScopesCloseInAnyOrder)
     EXPECT_EQ(MemoryScope::Current(), nullptr);
 }
 
-TEST(MemoryScopeTest, EachThreadHasItsOwn)
+TEST(MemoryScopeTest, EachThreadHasItsOwnScopes)
 {
     const MemoryScope scope("here");
     const char* there = "unset";
@@ -90,7 +90,7 @@ TEST(MemoryScopeTest, AScopeThatAnotherThreadFailedToCloseStaysOpen)
     EXPECT_EQ(MemoryScope::Current(), nullptr);
 }
 
-TEST(MemoryScopeTest, AScopeThatDiesOnAnotherThreadIsClosedWithoutAnAssertion)
+TEST(MemoryScopeTest, DestructionOnAnotherThreadClosesTheScopeWithoutAnAssertion)
 {
     auto scope = std::make_unique<MemoryScope>("here");
     std::thread([&scope] { scope.reset(); }).join();

@@ -21,14 +21,14 @@ public:
 
 }  // namespace
 
-TEST(MetricsTest, AreOffUntilThereIsASink)
+TEST(MetricsTest, AreOffWithoutASink)
 {
     EXPECT_FALSE(Metrics::TestBitsAndContext(~std::uint64_t{0}));
     const Metrics::Scope scope("off");
     EXPECT_FALSE(scope.IsOpen());
 }
 
-TEST(MetricsTest, AFinishedScopeHasItsValuesInOrder)
+TEST(MetricsTest, KeepsTheValuesInOrder)
 {
     Collection collection;
     {
@@ -43,7 +43,7 @@ TEST(MetricsTest, AFinishedScopeHasItsValuesInOrder)
     EXPECT_EQ(collection.records[0].values, values);
 }
 
-TEST(MetricsTest, TheTimeOfAScopeContainsThatOfItsInner)
+TEST(MetricsTest, AnOuterScopeLastsAtLeastAsLongAsItsInnerScope)
 {
     Collection collection;
     {
@@ -55,7 +55,7 @@ TEST(MetricsTest, TheTimeOfAScopeContainsThatOfItsInner)
     EXPECT_GE(collection.records[1].nanoseconds, collection.records[0].nanoseconds);
 }
 
-TEST(MetricsTest, XmlWorkHasItsCategory)
+TEST(MetricsTest, CollectsTheXmlCategoryByDefault)
 {
     EXPECT_EQ(Metrics::XmlCategory, 0x80000000000u);
     Collection collection;
@@ -75,7 +75,7 @@ TEST(MetricsTest, ScopesOfOtherCategoriesAreNotCollected)
     EXPECT_STREQ(collection.records[0].name, "other");
 }
 
-TEST(MetricsTest, NothingIsRecordedInAClosedScope)
+TEST(MetricsTest, AScopeBegunWithoutASinkIsNotCollected)
 {
     std::vector<Metrics::ScopeRecord> records;
     {

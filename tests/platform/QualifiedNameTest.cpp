@@ -22,7 +22,7 @@ struct OneLocalCase {
     const char* text;
 };
 
-// Every text of up to `length` code units of what the written form is made of.
+// All texts of up to `length` code units over the alphabet of the written form.
 std::vector<VString> ManyTexts(int length)
 {
     std::vector<VString> texts{""};
@@ -40,7 +40,7 @@ std::vector<VString> ManyTexts(int length)
 
 class QualifiedNameFormTest : public testing::TestWithParam<NameCase> {};
 
-TEST_P(QualifiedNameFormTest, WritesAndReads)
+TEST_P(QualifiedNameFormTest, FormatsAndParses)
 {
     const QualifiedName name(GetParam().root, GetParam().local);
     EXPECT_EQ(name.GetFullValue(), VString(GetParam().full));
@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(Names,
 
 class QualifiedNameOneLocalTest : public testing::TestWithParam<OneLocalCase> {};
 
-TEST_P(QualifiedNameOneLocalTest, IsOneLocalPartAsItStands)
+TEST_P(QualifiedNameOneLocalTest, ParsesAsOneLocalPart)
 {
     EXPECT_EQ(QualifiedName::Parse(GetParam().text), QualifiedName("", GetParam().text));
 }
@@ -71,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(Texts,
     testing::Values(OneLocalCase{"NoBrackets", "field"},
         OneLocalCase{"Dot", "source.field"},
         OneLocalCase{"NotClosed", "[field"},
-        OneLocalCase{"ClosedByADoubled", "[field]]"},
+        OneLocalCase{"DoubledBracketAtTheEnd", "[field]]"},
         OneLocalCase{"TextBehind", "[field]x"},
         OneLocalCase{"TextBefore", " [field]"},
         OneLocalCase{"DotAtTheEnd", "[source]."},
@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(Texts,
         OneLocalCase{"ClosingBracket", "]"}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(QualifiedNameTest, EveryShortNameComesBack)
+TEST(QualifiedNameTest, ParsesEveryShortNameThatItFormats)
 {
     const std::vector<VString> texts = ManyTexts(4);
     for (const VString& root : texts) {
@@ -93,7 +93,7 @@ TEST(QualifiedNameTest, EveryShortNameComesBack)
     }
 }
 
-TEST(QualifiedNameTest, RandomNamesComeBack)
+TEST(QualifiedNameTest, ParsesRandomNamesThatItFormats)
 {
     constexpr char16_t units[] = {u'[', u']', u'.', u'a', u'\0', u' ', 0xD83D, 0xDE00, 0xFFFF};
     std::mt19937 random(11);
@@ -110,7 +110,7 @@ TEST(QualifiedNameTest, RandomNamesComeBack)
     }
 }
 
-TEST(QualifiedNameTest, ReadingIsLinearInHostileText)
+TEST(QualifiedNameTest, ParsesMillionsOfBrackets)
 {
     const VString brackets(QString(2000000, QLatin1Char(']')));
     EXPECT_EQ(QualifiedName::Parse("[" + brackets).GetRootValue(), VString());
@@ -129,11 +129,11 @@ TEST(QualifiedNameTest, OrdersByRootThenLocal)
     EXPECT_LT(QualifiedName("a", "z"), QualifiedName("b", "a"));
     EXPECT_LT(QualifiedName("a", "a"), QualifiedName("a", "b"));
     EXPECT_FALSE(QualifiedName("a", "a") < QualifiedName("a", "a"));
-    // The written forms stand the other way round.
+    // The written forms have the opposite order.
     EXPECT_LT(QualifiedName("", "z"), QualifiedName("a", "a"));
 }
 
-TEST(QualifiedNameTest, TheRootIsReplaced)
+TEST(QualifiedNameTest, SetRootValueReplacesTheRoot)
 {
     QualifiedName name("old", "field");
     name.SetRootValue("new");
@@ -154,7 +154,7 @@ TEST(FieldNameTest, LocalNamesHaveNoRoot)
     EXPECT_EQ(FieldName::ParseLocal("[field]"), FieldName("", "field"));
 }
 
-TEST(FieldNameTest, OneCacheServesBothReadings)
+TEST(FieldNameTest, GlobalAndLocalParsingShareOneCache)
 {
     QualifiedNameCache cache;
     EXPECT_EQ(FieldName::ParseLocal("[source].[field]", cache), FieldName("", "field"));
@@ -162,7 +162,7 @@ TEST(FieldNameTest, OneCacheServesBothReadings)
     EXPECT_EQ(cache.size(), 1u);
 }
 
-TEST(FieldNameTest, ACachedNameIsFoundAndNotReadAgain)
+TEST(FieldNameTest, ACachedNameIsNotParsedAgain)
 {
     QualifiedNameCache cache{{"[source].[field]", QualifiedName("cached", "name")}};
     EXPECT_EQ(FieldName::ParseGlobal("[source].[field]", cache), FieldName("cached", "name"));

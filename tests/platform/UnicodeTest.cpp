@@ -22,20 +22,20 @@ TEST(UnicodeTest, PairsAndLoneCarriageReturnsBecomeLineFeeds)
     EXPECT_EQ(Normalized("a\r"), "a\n");
 }
 
-TEST(UnicodeTest, EachEndingCountsByItself)
+TEST(UnicodeTest, ConsecutiveLineEndingsStaySeparate)
 {
     EXPECT_EQ(Normalized("\r\r\n\n\r\n\r"), "\n\n\n\n\n");
     EXPECT_EQ(Normalized("\n\r"), "\n\n");
 }
 
-TEST(UnicodeTest, OtherBytesStay)
+TEST(UnicodeTest, KeepsOtherBytes)
 {
     const std::string text("größe\0\t", 9);
     EXPECT_EQ(Normalized(text), text);
     EXPECT_EQ(Normalized(""), "");
 }
 
-TEST(UnicodeTest, NothingBehindTheLengthIsReadOrWritten)
+TEST(UnicodeTest, DoesNotReadOrWriteBehindTheLength)
 {
     std::string text = "a\r\nb\r\n";
     EXPECT_EQ(Unicode::normalizeLineEndings(text.data(), 5), 4u);

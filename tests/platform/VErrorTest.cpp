@@ -38,7 +38,7 @@ TEST(VErrorTest, NoErrorHasNoIdentity)
     EXPECT_EQ(ErrorInfo::NoError, ErrorInfo());
 }
 
-TEST(VErrorTest, EveryFieldCountsForEquality)
+TEST(VErrorTest, EqualityComparesEveryField)
 {
     const ErrorInfo info(VantoraError::MakeError(1, "Key"), ErrorSource::Caller, StatusCode::Unknown);
     EXPECT_EQ(info, ErrorInfo(VantoraError::MakeError(1, "Key"), ErrorSource::Caller, StatusCode::Unknown));

@@ -50,7 +50,7 @@ struct BadCase {
 
 class VFileDecodedTest : public testing::TestWithParam<DecodedCase> {};
 
-TEST_P(VFileDecodedTest, GivesTheText)
+TEST_P(VFileDecodedTest, DecodesTheText)
 {
     EXPECT_EQ(Decode(GetParam().bytes), GetParam().text);
 }
@@ -101,22 +101,10 @@ INSTANTIATE_TEST_SUITE_P(Bytes,
     VFileBadByteTest,
     testing::Values(BadCase{"NoUtf8", "ab\xF6 ", "UTF-8", 2},
         BadCase{"CutInsideACharacter", "ab\xE2\x82", "UTF-8", 2},
-        BadCase{"BehindAUtf8Mark",
-            "\xEF\xBB\xBF"
-            "a\xFF",
-            "UTF-8",
-            4},
+        BadCase{"BehindAUtf8Mark", "\uFEFFa\xFF", "UTF-8", 4},
         BadCase{"MarkedUtf8IgnoresTheDeclaration", "\xEF\xBB\xBF" + Declared("latin1") + "\xF6", "UTF-8", 42},
-        BadCase{"Utf16OddByte",
-            "\xFF\xFE"
-            "a\0b"s,
-            "UTF-16",
-            4},
-        BadCase{"Utf16LoneHighHalf",
-            "\xFF\xFE\x3D\xD8"
-            "a\0"s,
-            "UTF-16",
-            2},
+        BadCase{"Utf16OddByte", "\377\376a\0b"s, "UTF-16", 4},
+        BadCase{"Utf16LoneHighHalf", "\377\376\075\330a\0"s, "UTF-16", 2},
         BadCase{"Utf16HighHalfAtTheEnd", "\xFE\xFF\0a\xD8\x3D"s, "UTF-16", 4},
         BadCase{"Utf16HighHalfBeforeAnOddByte", "\xFE\xFF\xD8\x3D\xDE"s, "UTF-16", 2},
         BadCase{"Utf16LoneLowHalf", "\xFE\xFF\0a\xDE\0"s, "UTF-16", 4},
@@ -136,14 +124,14 @@ INSTANTIATE_TEST_SUITE_P(Bytes,
         BadCase{"AsciiOnly", Declared("US-ASCII") + "\xF6", "US-ASCII", 41}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(VFileDecodingTest, WithoutTheFlagTheDeclarationDoesNotCount)
+TEST(VFileDecodingTest, IgnoresTheDeclarationWithoutTheFlag)
 {
     EXPECT_THAT(FailureOf(Declared("iso-8859-1") + "\xF6", false), HasSubstr("not valid UTF-8"));
 }
 
-TEST(VFileDecodingTest, LongTextsOfADeclaredEncodingAreDecodedWhole)
+TEST(VFileDecodingTest, DecodesLongTextsInADeclaredEncoding)
 {
-    // A prime number of bytes a line moves characters over every boundary of a piece.
+    // Each round adds seven bytes, so the pieces end at different positions, some of them inside a character.
     std::string bytes = Declared("Shift_JIS");
     VString text = VString::fromStdString(bytes);
     for (int i = 0; i < 30000; ++i) {
@@ -153,7 +141,7 @@ TEST(VFileDecodingTest, LongTextsOfADeclaredEncodingAreDecodedWhole)
     EXPECT_EQ(Decode(bytes), text);
 }
 
-TEST(VFileDecodingTest, ABadByteIsNamedAlsoFarBehind)
+TEST(VFileDecodingTest, NamesTheOffsetOfABadByteInALongText)
 {
     std::string bytes = Declared("Shift_JIS");
     for (int i = 0; i < 30000; ++i)
@@ -163,12 +151,10 @@ TEST(VFileDecodingTest, ABadByteIsNamedAlsoFarBehind)
     EXPECT_THAT(FailureOf(bytes), HasSubstr("offset " + std::to_string(offset)));
 }
 
-TEST(VFileDecodingTest, ACharacterCutByAPieceIsNamedWhereItBegins)
+TEST(VFileDecodingTest, NamesTheStartOfABadCharacterThatCrossesPieces)
 {
     constexpr std::size_t pieceBytes = 0x10000;
     std::string bytes = Declared("Shift_JIS");
-    bytes += std::string(pieceBytes - 1 - bytes.size(), 'a') +
-        "\x82\xFF"
-        "aaa";
+    bytes += std::string(pieceBytes - 1 - bytes.size(), 'a') + "\202\377aaa";
     EXPECT_THAT(FailureOf(bytes), HasSubstr("offset " + std::to_string(pieceBytes - 1)));
 }

@@ -17,7 +17,7 @@ using testsupport::TemporaryFolder;
 
 namespace {
 
-// The message of the failure that `run` throws.
+// The message of the VIO::Exception that `run` throws.
 std::string FailureOf(const std::function<void()>& run)
 {
     try {
@@ -105,7 +105,7 @@ TEST(VFileTest, TheEmptyNameIsRefused)
     EXPECT_THROW(GetFileSize(""), VIO::Exception);
 }
 
-TEST(VFileTest, ANameDoesNotEndAtANul)
+TEST(VFileTest, RefusesANameWithANul)
 {
     const TemporaryFolder folder;
     const VString path = folder.Write("a.txt", "abc") + VString(u"\0.xml", 5);
@@ -113,7 +113,7 @@ TEST(VFileTest, ANameDoesNotEndAtANul)
     EXPECT_THROW(GetFileSize(path), VIO::Exception);
 }
 
-TEST(VFileTest, NamesBesideAsciiAreFound)
+TEST(VFileTest, OpensFilesWithNamesOutsideAscii)
 {
     const TemporaryFolder folder;
     const VString path = folder.Write(u"größe 文 \U0001F600.txt", "abc");
@@ -144,7 +144,7 @@ TEST(VFileTest, TheSizeOfAMissingFileThrows)
 #if defined(__linux__)
 namespace {
 
-// Takes the right to enter a folder away, also from the administrator, while it lives.
+// Locks a folder while it lives. The test then runs as another user if it runs as root, whom permissions do not stop.
 class LockedFolder {
 public:
     explicit LockedFolder(const VString& path) : m_path(path.ToQString()), m_user(getuid())
@@ -166,7 +166,7 @@ private:
 
 }  // namespace
 
-TEST(VFileTest, AFileInAFolderThatMayNotBeEnteredIsNotCalledMissing)
+TEST(VFileTest, AFileInALockedFolderIsNotCalledMissing)
 {
     const TemporaryFolder folder;
     ASSERT_TRUE(QDir().mkdir(folder.Path("locked").ToQString()));
@@ -178,7 +178,7 @@ TEST(VFileTest, AFileInAFolderThatMayNotBeEnteredIsNotCalledMissing)
     EXPECT_EQ(FailureOf([&] { VFile::LoadTextFile(path, true); }), expected);
 }
 
-TEST(VFileTest, TheReasonIsWhatTheSystemSays)
+TEST(VFileTest, MessagesEndWithTheReasonOfTheSystem)
 {
     const TemporaryFolder folder;
     const VString file = folder.Write("a.xml", "");
@@ -208,11 +208,7 @@ TEST(VFileTest, LoadsTextFilesAsUtf8)
     const TemporaryFolder folder;
     EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("a.txt", "größe"), true), "größe");
     EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("b.txt", ""), true), "");
-    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("c.txt",
-                                            "\xEF\xBB\xBFgrö\xC3\x9F"
-                                            "e"),
-                  true),
-        "größe");
+    EXPECT_EQ(VFile::LoadTextFileAsUtf8(folder.Write("c.txt", "\uFEFFgröße"), true), "größe");
     EXPECT_EQ(
         VFile::LoadTextFileAsUtf8(folder.Write("d.xml", "<?xml version='1.0' encoding='ISO-8859-1'?><\xE4/>"), true),
         "<?xml version='1.0' encoding='ISO-8859-1'?><ä/>");
@@ -229,7 +225,7 @@ TEST(VFileTest, LoadsFilesThatAreLargerThanOneRead)
     EXPECT_EQ(VFile::LoadTextFile(folder.Write("a.txt", bytes), true).toStdString(), bytes);
 }
 
-TEST(VFileTest, LoadingNamesTheFileOfABadByte)
+TEST(VFileTest, DecodingErrorsNameTheFile)
 {
     const TemporaryFolder folder;
     const VString path = folder.Write("bad.xml", "ab\xFF");
@@ -238,7 +234,7 @@ TEST(VFileTest, LoadingNamesTheFileOfABadByte)
     EXPECT_THAT(message, HasSubstr("offset 2"));
 }
 
-TEST(VFileTest, ATextThatNoStringHoldsThrows)
+TEST(VFileTest, ATextLongerThanAStringThrows)
 {
     const TemporaryFolder folder;
     const VString path = folder.Write("huge.xml", "");

@@ -11,7 +11,7 @@
 
 namespace {
 
-// A hundred thousand short texts that differ little.
+// A hundred thousand short texts with small differences.
 std::vector<VString> ManyTexts()
 {
     std::vector<VString> texts;
@@ -35,7 +35,7 @@ TEST(SipHashTest, GivesThePublishedHashes)
     unsigned char bytes[64];
     for (unsigned char i = 0; i < sizeof bytes; ++i)
         bytes[i] = i;
-    // Of the reference's table for two and four rounds, with the bytes 0, 1, 2, ...
+    // From the reference implementation's table for 2 and 4 rounds, with the bytes 0, 1, 2, ...
     for (const Vector& vector : {Vector{0, 0x726FDB47DD0E0E31},
              Vector{1, 0x74F839C593DC67FD},
              Vector{7, 0xAB0200F58B01D137},
@@ -54,7 +54,7 @@ TEST(SipHashTest, GivesThePublishedHashesOfFewerRounds)
     EXPECT_EQ((SipHash<1, 3>::Hash(key, bytes, 1)), 0xC9F49BF37D57CA93u);
 }
 
-TEST(SipHashTest, TheKeyCounts)
+TEST(SipHashTest, TheHashDependsOnTheKey)
 {
     const unsigned char bytes[] = {1, 2, 3};
     const std::uint64_t hash = SipHash<1, 3>::Hash({1, 2}, bytes, 3);
@@ -71,7 +71,7 @@ TEST(VHash32Test, EqualTextsHaveEqualHashes)
     EXPECT_EQ(VStringHash()(built), static_cast<std::size_t>(VSeededHash("name")));
 }
 
-TEST(VHash32Test, TheEmptyTextsAreEqualToo)
+TEST(VHash32Test, EmptyTextsHaveEqualHashes)
 {
     EXPECT_EQ(VHash32(VString()), VHash32(VString("a").left(0)));
     EXPECT_EQ(VSeededHash(VString()), VSeededHash(VString("a").left(0)));
@@ -83,7 +83,7 @@ TEST(VHash32Test, TheUnkeyedHashIsTheSameInEveryRun)
     EXPECT_NE(VHash32("name", 1), VHash32("name", 2));
 }
 
-TEST(VHash32Test, NulsCount)
+TEST(VHash32Test, NulsChangeTheHash)
 {
     std::set<std::uint32_t> unkeyed;
     std::set<std::uint64_t> keyed;
@@ -105,12 +105,12 @@ TEST(VHash32Test, DistinctTextsSeldomCollide)
         unkeyed.insert(VHash32(text));
         keyed.insert(VSeededHash(text));
     }
-    // Of a perfect hash of 32 bits about one pair in a hundred thousand texts collides.
+    // With a perfect 32-bit hash about one pair among a hundred thousand texts collides.
     EXPECT_GT(unkeyed.size(), texts.size() - 20);
     EXPECT_EQ(keyed.size(), texts.size());
 }
 
-TEST(VHash32Test, TheLowBitsSpreadToo)
+TEST(VHash32Test, TheLowBitsAreSpreadEvenly)
 {
     std::vector<int> unkeyed(1024);
     std::vector<int> keyed(1024);
@@ -119,7 +119,7 @@ TEST(VHash32Test, TheLowBitsSpreadToo)
         ++unkeyed[VHash32(text) % 1024];
         ++keyed[VSeededHash(text) % 1024];
     }
-    // About 98 texts a bucket; ten standard deviations are a hundred.
+    // About 98 texts per bucket; the limit is ten standard deviations higher.
     for (std::size_t i = 0; i < 1024; ++i) {
         EXPECT_LT(unkeyed[i], 198);
         EXPECT_LT(keyed[i], 198);

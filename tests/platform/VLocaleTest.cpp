@@ -25,7 +25,7 @@ TEST(LanguageUtilsTest, TheDefaultIsAmericanEnglish)
     EXPECT_EQ(LanguageUtils::GetDefaultLanguage(), VString("en"));
 }
 
-TEST(LanguageUtilsTest, SupportedCodesStandForThemselves)
+TEST(LanguageUtilsTest, ReturnsSupportedCodesUnchanged)
 {
     for (const char* code : {"de_DE",
              "it_IT",
@@ -47,7 +47,7 @@ TEST(LanguageUtilsTest, SupportedCodesStandForThemselves)
 
 class ClosestLanguageTest : public testing::TestWithParam<LanguageCase> {};
 
-TEST_P(ClosestLanguageTest, StandsIn)
+TEST_P(ClosestLanguageTest, ReturnsTheClosestCode)
 {
     EXPECT_EQ(
         LanguageUtils::GetClosestSupportedLanguageCode(GetParam().asked).GetISOString(), VString(GetParam().given));

@@ -70,7 +70,7 @@ TEST(VLogTest, ACaptureReceivesTheIdentityOfTheSite)
     EXPECT_EQ(log.records[0].statusCode, 5);
 }
 
-TEST(VLogTest, CapturesNest)
+TEST(VLogTest, TheNewestCaptureReceives)
 {
     LogCapture outer;
     {
@@ -83,7 +83,7 @@ TEST(VLogTest, CapturesNest)
     EXPECT_EQ(outer.records[0].message, VString("outside"));
 }
 
-TEST(VLogTest, CapturesMayEndInAnyOrder)
+TEST(VLogTest, CapturesCanEndInAnyOrder)
 {
     auto outer = std::make_unique<LogCapture>();
     LogCapture inner;
@@ -107,7 +107,7 @@ TEST(VLogTest, ACaptureReceivesFromEveryThread)
     EXPECT_EQ(log.records.size(), 400u);
 }
 
-TEST(VLogTest, NothingReachesQtUnderACapture)
+TEST(VLogTest, QtReceivesNothingDuringACapture)
 {
     QtLog qt;
     LogCapture log;
@@ -115,7 +115,7 @@ TEST(VLogTest, NothingReachesQtUnderACapture)
     EXPECT_TRUE(qt.messages.empty());
 }
 
-TEST(VLogTest, WithoutACaptureQtReceivesUnderItsCategory)
+TEST(VLogTest, QtReceivesUnderItsCategoryWithoutACapture)
 {
     QtLog qt;
     LogMessage(VLog::Info, "note");

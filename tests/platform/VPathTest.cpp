@@ -15,7 +15,7 @@ VPath Folder(const char* text)
     return path;
 }
 
-// Every text of up to `length` code units of an alphabet that has all the parts of roots.
+// All texts of up to `length` code units over an alphabet that can form every kind of root.
 std::vector<VPath> ManyPaths(int length)
 {
     std::vector<std::u16string> texts{u""};
@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(Paths,
 
 class VPathJoinTest : public testing::TestWithParam<JoinCase> {};
 
-TEST_P(VPathJoinTest, PutsTheRightBelowTheLeft)
+TEST_P(VPathJoinTest, JoinsTwoPaths)
 {
     EXPECT_EQ((VPath(GetParam().left) / VPath(GetParam().right)).String(), VString(GetParam().joined));
 }
@@ -171,7 +171,7 @@ INSTANTIATE_TEST_SUITE_P(Paths,
 
 class VPathEqualityTest : public testing::TestWithParam<EqualityCase> {};
 
-TEST_P(VPathEqualityTest, GoesElementByElement)
+TEST_P(VPathEqualityTest, ComparesElementByElement)
 {
     const VPath a(GetParam().a);
     const VPath b(GetParam().b);
@@ -202,7 +202,7 @@ TEST(VPathTest, OrdersElementByElement)
 {
     EXPECT_LT(VPath("a/b"), VPath("a/c"));
     EXPECT_LT(VPath("a"), VPath("a/b"));
-    // By the whole text it would be the other way round.
+    // The whole texts have the opposite order.
     EXPECT_LT(VPath("a/b"), VPath("a.b"));
     EXPECT_LT(VPath("a\\b"), VPath("aB/b"));
 }
@@ -244,7 +244,7 @@ TEST(VPathTest, EqualPathsHaveEqualFolders)
     }
 }
 
-TEST(VPathTest, AFolderIsAtMostItsPath)
+TEST(VPathTest, AFolderIsNeverGreaterThanItsPath)
 {
     for (const VPath& path : ManyPaths(5)) {
         VPath folder = path;
@@ -257,7 +257,7 @@ TEST(VPathTest, AFolderIsAtMostItsPath)
     }
 }
 
-TEST(VPathTest, AJoinedNameIsRemovedAgain)
+TEST(VPathTest, RemoveFilenameReversesAJoin)
 {
     for (const VPath& path : ManyPaths(4)) {
         VPath joined = path / VPath("x/y");

@@ -23,7 +23,7 @@ int LockUnlessItFails(const char* function, pthread_rwlock_t* lock)
     return reinterpret_cast<int (*)(pthread_rwlock_t*)>(dlsym(RTLD_NEXT, function))(lock);
 }
 
-// The system refuses every lock while it lives.
+// Makes every lock operation of the system fail while it lives.
 class Refusal {
 public:
     Refusal() { s_fails = true; }
@@ -42,7 +42,7 @@ extern "C" int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept
     return LockUnlessItFails("pthread_rwlock_wrlock", lock);
 }
 
-TEST(VReadWriteLockFailureTest, AReadThatFailsIsNotCounted)
+TEST(VReadWriteLockFailureTest, AFailedReadLockIsNotCounted)
 {
     VReadWriteLock lock(0);
     {
@@ -53,7 +53,7 @@ TEST(VReadWriteLockFailureTest, AReadThatFailsIsNotCounted)
     lock.UnlockWrite();
 }
 
-TEST(VReadWriteLockFailureTest, AWriteThatFailsIsNotCounted)
+TEST(VReadWriteLockFailureTest, AFailedWriteLockIsNotCounted)
 {
     VReadWriteLock lock(0);
     {
@@ -64,7 +64,7 @@ TEST(VReadWriteLockFailureTest, AWriteThatFailsIsNotCounted)
     EXPECT_THROW(lock.LockForWrite(), LogicException) << "the failed write is still counted";
 }
 
-TEST(VReadWriteLockFailureTest, AFailedTakeOfManyLeavesTheOthersHeld)
+TEST(VReadWriteLockFailureTest, AFailedLockLeavesOtherLocksHeld)
 {
     std::deque<VReadWriteLock> locks;
     for (int i = 0; i < 6; ++i)

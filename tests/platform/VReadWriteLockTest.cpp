@@ -16,7 +16,7 @@
 
 namespace {
 
-// A thread that asks for the write lock and has it once it may.
+// Locks for writing on another thread. The constructor returns when that thread is about to lock.
 class Writer {
 public:
     explicit Writer(VReadWriteLock& lock)
@@ -38,14 +38,14 @@ private:
     std::thread m_thread;
 };
 
-// Runs on another thread, to its end.
+// Runs `function` on another thread and waits for its end.
 template <typename Function>
 void Elsewhere(Function function)
 {
     std::thread(function).join();
 }
 
-// Of one lock more, taken and released while the thread holds `held` others; the least of several runs.
+// The time to lock and unlock one lock while the thread holds `held` others: the least of several runs.
 [[maybe_unused]] double NanosecondsPerLock(int held)
 {
     std::vector<std::unique_ptr<VReadWriteLock>> locks;
@@ -114,7 +114,7 @@ TEST(VReadWriteLockThreadTest, AWriterReenters)
     outer.reset();
 }
 
-TEST(VReadWriteLockThreadTest, AWriterReads)
+TEST(VReadWriteLockThreadTest, AWriterCanRead)
 {
     VReadWriteLock lock(0);
     auto outer = std::make_unique<VWriteLocker>(lock);
@@ -128,7 +128,7 @@ TEST(VReadWriteLockThreadTest, AWriterReads)
     outer.reset();
 }
 
-TEST(VReadWriteLockThreadTest, ReleasesInAnyOrderOfModes)
+TEST(VReadWriteLockThreadTest, UnlocksInAnyOrderOfModes)
 {
     VReadWriteLock lock(0);
     lock.LockForWrite();
@@ -158,7 +158,7 @@ TEST(VReadWriteLockThreadTest, WritingUnderAReadRaisesTheAssertion)
     }
 }
 
-TEST(VReadWriteLockThreadTest, TheAssertionLeavesTheReadLockAsItWas)
+TEST(VReadWriteLockThreadTest, TheAssertionKeepsTheReadLock)
 {
     VReadWriteLock lock(0);
     {
@@ -169,7 +169,7 @@ TEST(VReadWriteLockThreadTest, TheAssertionLeavesTheReadLockAsItWas)
     Elsewhere([&lock] { const VWriteLocker there(lock); });
 }
 
-TEST(VReadWriteLockThreadTest, AReleaseWithoutATakeDoesNothing)
+TEST(VReadWriteLockThreadTest, AnUnlockWithoutALockDoesNothing)
 {
     VReadWriteLock lock(0);
     lock.UnlockRead();
@@ -215,16 +215,16 @@ TEST(VReadWriteLockTest, OptionsOtherThanZeroRaiseTheAssertion)
     }
 }
 
-// A linear search makes the larger number hundreds of times slower; memory that is not cached, two to ten times.
-// The thread sanitizer's search for deadlocks allows 64 locks.
+// With a linear search the larger number would be hundreds of times slower. With cache misses it is two to ten times
+// slower. The thread sanitizer's deadlock detector allows only 64 locks.
 #if !defined(__SANITIZE_THREAD__)
-TEST(VReadWriteLockTest, ManyHeldLocksDoNotSlowATakeDown)
+TEST(VReadWriteLockTest, ManyHeldLocksDoNotSlowLockingDown)
 {
     EXPECT_LT(NanosecondsPerLock(20000), 40 * NanosecondsPerLock(100));
 }
 #endif
 
-TEST(VReadWriteLockThreadTest, AnotherLockAtTheSamePlaceIsFree)
+TEST(VReadWriteLockThreadTest, ANewLockAtTheSameAddressIsFree)
 {
     for (int i = 0; i < 3; ++i) {
         VReadWriteLock lock(0);

@@ -18,7 +18,7 @@ ResourceRegistrationCache& Cache()
     return ResourceRegistrationCache::GetInstance();
 }
 
-// The embedded folder of these tests, looked into while it lives.
+// Registers the embedded folder of these tests while it lives.
 class RegisteredFolder {
 public:
     RegisteredFolder() { Cache().AddFolder(Folder); }
@@ -27,7 +27,7 @@ public:
 
 }  // namespace
 
-TEST(VResourceTest, PathsAreTheAliasWithItsQualifier)
+TEST(VResourceTest, PathsJoinQualifierAndAlias)
 {
     EXPECT_EQ(Cache().GetResourcePath("ALIAS", ""), VString("ALIAS"));
     EXPECT_EQ(Cache().GetResourcePath("ALIAS", "folder"), VString("folder/ALIAS"));
@@ -39,7 +39,7 @@ TEST(VResourceTest, AMissingResourceIsInvalidAndEmpty)
     EXPECT_TRUE(UTF8StringVResource("no-such-resource").GetString().IsEmpty());
 }
 
-TEST(VResourceTest, FindsEmbeddedTextsAsTheyAre)
+TEST(VResourceTest, ReturnsEmbeddedTextsUnchanged)
 {
     const RegisteredFolder folder;
     EXPECT_TRUE(VResource("greeting").isValid());
@@ -47,12 +47,12 @@ TEST(VResourceTest, FindsEmbeddedTextsAsTheyAre)
     EXPECT_TRUE(VResource(Cache().GetResourcePath("greeting", "inner")).isValid());
 }
 
-TEST(VResourceTest, OnlyRegisteredFoldersAreLookedInto)
+TEST(VResourceTest, SearchesOnlyRegisteredFolders)
 {
     EXPECT_FALSE(VResource("greeting").isValid());
 }
 
-TEST(VResourceTest, AFolderAddedTwiceIsTakenAwayTwice)
+TEST(VResourceTest, AFolderAddedTwiceMustBeRemovedTwice)
 {
     Cache().AddFolder(Folder);
     Cache().AddFolder(Folder);
@@ -69,7 +69,7 @@ TEST(VResourceTest, AFolderIsNoResource)
     EXPECT_FALSE(VResource("inner").isValid());
 }
 
-TEST(VResourceTest, NamesThatLeadElsewhereAreNoResources)
+TEST(VResourceTest, NamesWithEmptyOrDotPartsAreNoResources)
 {
     const RegisteredFolder folder;
     const char* const names[] = {
@@ -93,7 +93,7 @@ TEST(VResourceTest, NamesThatLeadElsewhereAreNoResources)
         EXPECT_FALSE(VResource(name).isValid()) << name;
 }
 
-TEST(VResourceTest, RegisteredTextsComeBeforeFolders)
+TEST(VResourceTest, RegisteredTextsTakePrecedenceOverFolders)
 {
     const RegisteredFolder folder;
     Cache().RegisterText("greeting", "hello");
@@ -104,8 +104,8 @@ TEST(VResourceTest, RegisteredTextsComeBeforeFolders)
     EXPECT_EQ(UTF8StringVResource("greeting").GetString(), VString(u"\uFEFFgrüß dich\n"));
 }
 
-// Reading this much takes many times the bound.
-TEST(VResourceTest, AskingForALargeResourceDoesNotReadIt)
+// Reading the file would take many times the limit.
+TEST(VResourceTest, IsValidDoesNotReadTheResource)
 {
     const QTemporaryDir folder;
     QFile large(folder.filePath("large"));
@@ -126,7 +126,7 @@ TEST(VResourceTest, AnEmptyTextIsAResource)
     EXPECT_FALSE(VResource("nothing").isValid());
 }
 
-TEST(VResourceTest, FindLeavesTheContentWhenThereIsNone)
+TEST(VResourceTest, FindLeavesTheContentUnchangedOnFailure)
 {
     VString content = "before";
     EXPECT_FALSE(Cache().Find("no-such-resource", &content));

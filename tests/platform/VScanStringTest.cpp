@@ -13,13 +13,13 @@ bool IsBlank(const VString& text)
 
 }  // namespace
 
-TEST(VScanStringTest, WhiteSpaceIsSkippedToTheEnd)
+TEST(VScanStringTest, SkipsWhiteSpaceToTheEnd)
 {
     EXPECT_TRUE(IsBlank(""));
     EXPECT_TRUE(IsBlank(" \t\n\v\f\r "));
 }
 
-TEST(VScanStringTest, AnIndentOfAnyWidthIsWhiteSpaceAndWhatStandsInItIsNot)
+TEST(VScanStringTest, SkipsIndentsOfAnyWidthButNoTextInThem)
 {
     for (int width = 0; width < 20; ++width) {
         const std::u16string indent = u"\n" + std::u16string(static_cast<std::size_t>(width), u' ');
@@ -47,7 +47,7 @@ TEST(VScanStringTest, ANoBreakSpaceIsText)
     EXPECT_FALSE(IsBlank(u"\u0085"));
 }
 
-TEST(VScanStringTest, IsAtTheStartAtFirst)
+TEST(VScanStringTest, StartsAtTheBeginning)
 {
     const VString text = " ";
     EXPECT_FALSE(VScanString(text).IsAtEnd());

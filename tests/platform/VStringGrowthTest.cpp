@@ -10,14 +10,13 @@
 
 namespace {
 
-// More than half of what a string can hold. Nobody looks at the text, so no memory is
-// touched.
+// More than half of the maximal length. The units are not initialised, so the memory is only reserved.
 VString HugeText()
 {
     return VString(QString(VString::MaxLength / 2 + 1, Qt::Uninitialized));
 }
 
-// How often the buffer of a string grows while it takes `count` single code units.
+// Counts how often the buffer grows while `count` single code units are appended.
 int CountGrowths(VString text, int count)
 {
     int growths = 0;
@@ -67,14 +66,14 @@ TEST(VStringGrowthTest, AppendingIsAmortisedConstant)
     EXPECT_LT(CountGrowths(VString(), 1000000), 64);
 }
 
-TEST(VStringGrowthTest, AppendingStaysAmortisedConstantBehindAReserve)
+TEST(VStringGrowthTest, AppendingStaysAmortisedConstantAfterAReserve)
 {
     VString text;
     text.reserve(10);
     EXPECT_LT(CountGrowths(text, 1000000), 64);
 }
 
-TEST(VStringGrowthTest, TooLongATextIsRefusedAtConstruction)
+TEST(VStringGrowthTest, ConstructionRefusesATextThatIsTooLong)
 {
     EXPECT_THROW(VString(u"x", static_cast<std::size_t>(VString::MaxLength) + 1), std::length_error);
     EXPECT_THROW(VString(u"x", static_cast<std::size_t>(-1)), std::length_error);
@@ -99,7 +98,7 @@ TEST(VStringGrowthTest, TheLastUnitFitsAndTheNextDoesNot)
     EXPECT_EQ(text.append("").length(), VString::MaxLength);
 }
 
-TEST(VStringGrowthTest, EveryOtherWayToGrowThrowsToo)
+TEST(VStringGrowthTest, EveryOtherGrowingOperationThrowsToo)
 {
     const VString huge = HugeText();
     EXPECT_THROW(huge + huge, std::length_error);

@@ -44,7 +44,7 @@ TEST(VStringTest, NullPointersGiveTheEmptyString)
     EXPECT_EQ(VString(static_cast<const char16_t*>(nullptr)), VString());
 }
 
-TEST(VStringTest, TheEmptyStringIsOneValueHoweverItCameAbout)
+TEST(VStringTest, AllEmptyStringsAreEqual)
 {
     EXPECT_EQ(VString(), VString(""));
     EXPECT_EQ(VString(""), VString("a").left(0));
@@ -77,8 +77,7 @@ TEST(VStringTest, KeepsTextBehindANul)
 
 TEST(VStringTest, IllFormedUtf8BecomesReplacementCharacters)
 {
-    const VString text = VString::fromStdString("a\xFF"
-                                                "b");
+    const VString text = VString::fromStdString("a\377b");
     EXPECT_EQ(text, VString(u"a\uFFFDb"));
 }
 
@@ -90,7 +89,7 @@ TEST(VStringTest, ByteOrderMarksAreCharacters)
     EXPECT_EQ(text.toStdString(), marks);
 }
 
-TEST(VStringTest, LongTextsBehindAMarkAreDecodedWhole)
+TEST(VStringTest, DecodesLongTextsBehindAByteOrderMark)
 {
     std::string bytes = "\xEF\xBB\xBF";
     std::u16string units = u"\uFEFF";
@@ -104,12 +103,10 @@ TEST(VStringTest, LongTextsBehindAMarkAreDecodedWhole)
 TEST(VStringTest, UnpairedSurrogatesBecomeReplacementCharactersInUtf8)
 {
     const std::u16string units = {u'a', HighHalf, u'b', LowHalf, HighHalf, LowHalf, HighHalf};
-    EXPECT_EQ(Units(units).toStdString(),
-        "a\xEF\xBF\xBD"
-        "b\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
+    EXPECT_EQ(Units(units).toStdString(), "a\uFFFDb\uFFFD\U0001F600\uFFFD");
 }
 
-TEST(VStringTest, EveryCodePointComesBackFromUtf8)
+TEST(VStringTest, ConvertsEveryCodePointToUtf8AndBack)
 {
     for (char32_t codePoint = 0; codePoint <= 0x10FFFF; codePoint = codePoint == 0xD7FF ? 0xE000 : codePoint + 1) {
         const QString expected = QString::fromUcs4(&codePoint, 1);
@@ -119,8 +116,8 @@ TEST(VStringTest, EveryCodePointComesBackFromUtf8)
     }
 }
 
-// Runs of ASCII between other characters, pairs and halves, in `pieces` pieces: the text and
-// its UTF-8.
+// A random text and its UTF-8: `pieces` runs of ASCII, each followed by another character, which may be a surrogate
+// pair or an unpaired surrogate.
 std::pair<std::u16string, std::string> RandomRuns(std::mt19937& random, int pieces)
 {
     const std::pair<std::u16string, std::string> others[] = {{u"\u007F", "\x7F"},
@@ -141,7 +138,7 @@ std::pair<std::u16string, std::string> RandomRuns(std::mt19937& random, int piec
     return result;
 }
 
-TEST(VStringTest, RunsOfAsciiBetweenOtherCharactersBecomeUtf8)
+TEST(VStringTest, ConvertsRunsOfAsciiBetweenOtherCharacters)
 {
     std::mt19937 random(1);
     for (int round = 0; round < 5000; ++round) {
@@ -150,7 +147,7 @@ TEST(VStringTest, RunsOfAsciiBetweenOtherCharactersBecomeUtf8)
     }
 }
 
-TEST(VStringTest, LongTextsOfTheLongestCharactersBecomeUtf8)
+TEST(VStringTest, ConvertsLongTextsOfThreeByteCharacters)
 {
     std::string expected;
     for (int i = 0; i < 10000; ++i)
@@ -210,7 +207,7 @@ TEST(VStringTest, CutsPieces)
     EXPECT_EQ(text.mid(9), VString());
 }
 
-TEST(VStringTest, ReplaceReturnsACopyScannedOnce)
+TEST(VStringTest, ReplaceScansTheTextOnce)
 {
     const VString text = "aaaa";
     EXPECT_EQ(text.replace("aa", "a"), VString("aa"));
@@ -219,7 +216,7 @@ TEST(VStringTest, ReplaceReturnsACopyScannedOnce)
     EXPECT_EQ(text, VString("aaaa"));
 }
 
-TEST(VStringTest, ReplacingNothingChangesNothing)
+TEST(VStringTest, ReplacingTheEmptyTextChangesNothing)
 {
     const VString text = "abc";
     EXPECT_EQ(text.replace("", "x"), text);
@@ -235,7 +232,7 @@ TEST(VStringTest, SplitKeepsEmptyParts)
     EXPECT_EQ(VString("/").split(u'/'), (Parts{"", ""}));
 }
 
-TEST(VStringTest, JoinUndoesSplit)
+TEST(VStringTest, JoinReversesSplit)
 {
     for (const char* text : {"", "/", "a", "a/b", "/a//b/"}) {
         EXPECT_EQ(VString::join(VString(text).split(u'/'), "/"), VString(text));
@@ -269,7 +266,7 @@ TEST(VStringTest, ReadsNumbersInTheCLocale)
     EXPECT_EQ(VString("12x").toInt(), 0);
 }
 
-TEST(VStringTest, WritesWholeNumbers)
+TEST(VStringTest, FormatsIntegers)
 {
     EXPECT_EQ(VString::number(std::numeric_limits<std::int32_t>::min()), VString("-2147483648"));
     EXPECT_EQ(VString::number(std::numeric_limits<std::uint32_t>::max()), VString("4294967295"));
@@ -286,7 +283,7 @@ struct DoubleCase {
 
 class VStringDoubleTest : public testing::TestWithParam<DoubleCase> {};
 
-TEST_P(VStringDoubleTest, WritesAsPrintfG)
+TEST_P(VStringDoubleTest, FormatsLikePrintfG)
 {
     EXPECT_EQ(VString::number(GetParam().value, GetParam().precision), VString(GetParam().text));
 }
@@ -307,7 +304,7 @@ INSTANTIATE_TEST_SUITE_P(Values,
         DoubleCase{"MoreDigitsThanADoubleHas", 0.5, 100000, "0.5"}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(VStringTest, DoublesComeBackFromSeventeenDigits)
+TEST(VStringTest, SeventeenDigitsRestoreADouble)
 {
     for (const double value : {0.1, 1.0 / 3.0, 5e-324, 1.7976931348623157e308, -123456789.12345678}) {
         EXPECT_EQ(VString::number(value, 17).toDouble(), value);
@@ -316,11 +313,11 @@ TEST(VStringTest, DoublesComeBackFromSeventeenDigits)
     EXPECT_TRUE(std::isinf(VString("-inf").toDouble()));
 }
 
-TEST(VStringTest, NumbersFollowNoLocale)
+TEST(VStringTest, NumbersIgnoreTheLocale)
 {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::German));
-    std::setlocale(LC_ALL, "de_DE.UTF-8");  // where the machine has it
+    std::setlocale(LC_ALL, "de_DE.UTF-8");  // no effect if the machine lacks the locale
     const VString text = VString::number(0.5, 17);
     const double value = VString("0.5").toDouble();
     std::setlocale(LC_ALL, "C");
@@ -338,7 +335,7 @@ TEST(VCTypeTest, SpaceIsTabToCarriageReturnAndTheBlank)
     }
 }
 
-TEST(CorePlatformUtilsTest, ValidCharactersAreThoseOfXml)
+TEST(CorePlatformUtilsTest, AcceptsTheCharactersOfXml)
 {
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
         const bool control = unit < 0x20 && unit != '\t' && unit != '\n' && unit != '\r';

@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(Texts,
         VersionCase{"FarTooLargeAPart", "99999999999999999999999.1", "0.1", "0_1"}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(VersionNumberTest, OtherDigitsAreNoNumbers)
+TEST(VersionNumberTest, DigitsOutsideAsciiAreNoNumbers)
 {
     EXPECT_EQ(Version(u"\u0661\u0668.1"), Version("0.1"));
 }
@@ -87,7 +87,7 @@ TEST(VersionNumberTest, OrdersByNumber)
     EXPECT_NE(Version("18.1"), Version("18.2"));
 }
 
-TEST(VersionNumberTest, TheSeparatorsAreTheCallers)
+TEST(VersionNumberTest, UsesTheGivenSeparators)
 {
     EXPECT_EQ(VersionNumber("18_1+x", u'_', u'+', 0), Version("18.1"));
 }
