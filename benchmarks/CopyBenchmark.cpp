@@ -1,4 +1,4 @@
-// Copies and comparisons of whole trees.
+// Tasks: copy and compare whole trees.
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/Corpus.h"

@@ -1,4 +1,4 @@
-// The real files that every task works on.
+// The documents that the tasks use.
 #pragma once
 
 #include <string>
@@ -10,12 +10,12 @@ struct CorpusFile {
     std::string bytes;
 };
 
-// The three large documents: ssg-debian11-ds.xml, freedesktop.org.xml, vk.xml. Ends the
-// program with a message when one is missing, because a table with holes is no result.
+// The three large documents: ssg-debian11-ds.xml, freedesktop.org.xml, vk.xml. If one is missing, ends the program
+// with a message, because a table with gaps is useless.
 const std::vector<CorpusFile>& LargeDocuments();
 
 // Two thousand small documents of unicode-cldr-core, in the order of their paths.
 const std::vector<CorpusFile>& SmallDocuments();
 
-// A generated document of about that many bytes: records with attributes and texts.
+// Generates a document of about `bytes` bytes: records with attributes and texts.
 std::string MakeDocument(std::size_t bytes);

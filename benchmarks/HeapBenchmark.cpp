@@ -27,7 +27,7 @@ void RegisterHeapTasks(const Peers& peers)
                 [=, &file](benchmark::State& state) {
                     std::size_t held = 0;
                     for (auto _ : state) {
-                        peer->Parse(file.bytes).reset();  // what the parser keeps for itself is there already
+                        peer->Parse(file.bytes).reset();  // makes the parser allocate the memory that it keeps
                         const std::size_t before = HeapInUse();
                         const auto document = peer->Parse(file.bytes);
                         held = HeapInUse() - before;

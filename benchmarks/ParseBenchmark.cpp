@@ -1,4 +1,4 @@
-// Bytes to tree, tree to destruction, file to tree.
+// Tasks: parse from memory, parse and destroy, parse from a file.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -15,7 +15,7 @@ double Seconds(Clock::duration duration)
     return std::chrono::duration<double>(duration).count();
 }
 
-// The destruction of the tree is outside of what is timed.
+// Times `parse` without the destruction of the tree.
 template <typename Parse>
 void TimeParse(benchmark::State& state, std::size_t bytes, const Parse& parse)
 {

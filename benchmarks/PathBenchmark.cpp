@@ -1,4 +1,4 @@
-// Elements by path.
+// Tasks: find elements by path.
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/Corpus.h"
@@ -11,7 +11,7 @@ struct Paths {
     std::vector<std::string> paths;
 };
 
-// For each document: a name anywhere, a named path, a path with any name in it.
+// The paths for each document: a name at any depth, a path of names, a path with a wildcard.
 const std::vector<Paths> Table = {
     {"ssg-debian11-ds.xml",
         {"//xccdf-1.2:Rule",

@@ -1,4 +1,4 @@
-// Renames looked up by one thread and by eight.
+// Tasks: look up renames on one thread and on eight.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -16,7 +16,7 @@ struct Renames {
     std::vector<FieldName> fields;
 };
 
-// A hundred data sources, every second renamed; a thousand fields renamed under the new names.
+// Renames 50 of 100 data sources, and 1,000 fields by the new names of their data sources.
 std::shared_ptr<Renames> MakeRenames()
 {
     auto renames = std::make_shared<Renames>();

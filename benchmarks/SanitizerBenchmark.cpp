@@ -1,4 +1,4 @@
-// The rewriting of attribute names that begin with a colon, against a copy of the bytes.
+// Tasks: sanitize attribute names that begin with a colon, compared with a copy of the bytes.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// `text` with an attribute of that name put into every `every`-th start tag.
+// Inserts `attribute` into every `every`-th start tag of `text`.
 std::string WithAttribute(const std::string& text, const std::string& attribute, std::size_t every)
 {
     std::string result;
@@ -53,7 +53,7 @@ void RegisterSanitizerTasks()
         Register(file.name, std::make_shared<std::string>(file.bytes), false);
         Register(file.name + "+few", std::make_shared<std::string>(WithAttribute(file.bytes, " :mark='1'", 100)), true);
         Register(file.name + "+many", std::make_shared<std::string>(WithAttribute(file.bytes, " :mark='1'", 1)), true);
-        // Colons that stay: one in every tag's value.
+        // Every tag gets a value with colons, which the sanitizer must not change.
         Register(file.name + "+colons",
             std::make_shared<std::string>(WithAttribute(file.bytes, " mark=' :a: b :c'", 1)),
             false);

@@ -1,4 +1,4 @@
-// Whether an element costs the same in a document of 1 MB and in one of 200 MB.
+// Tasks: parse documents of 1 MB to 200 MB, to compare the cost per element.
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/Corpus.h"
@@ -15,7 +15,7 @@ void RegisterScalingTasks()
                 Require(elements > megabytes * 1000000 / 60, "the generated document");
                 for (auto _ : state)
                     benchmark::DoNotOptimize(peer->Parse(text));
-                // Nanoseconds per element, parse and destruction.
+                // The time per element for parsing and destruction.
                 state.counters["per_element"] = benchmark::Counter(static_cast<double>(elements),
                     benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
             })

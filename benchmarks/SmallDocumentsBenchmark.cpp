@@ -1,4 +1,4 @@
-// Many small documents with one parser.
+// Tasks: parse many small documents with one parser.
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/Corpus.h"

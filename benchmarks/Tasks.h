@@ -1,5 +1,5 @@
-// The tasks: each checks its peers' answers against a reference, then registers what is
-// timed. Names are task/document/peer, which the report reads.
+// The tasks. Each task compares the answers of all peers with a reference and then registers its benchmarks. The names
+// have the form task/document/peer, which scripts/bench-report.py reads.
 #pragma once
 
 #include <functional>
@@ -16,14 +16,14 @@ void RegisterSmallDocumentTasks(const Peers& peers);
 void RegisterWriteTasks(const Peers& peers);
 void RegisterPathTasks(const Peers& peers);
 void RegisterCopyTasks(const Peers& peers);
-// Of that library, or of all when it is empty.
+// Registers the tasks of the library `only`, or of all libraries if `only` is empty.
 void RegisterValidationTasks(const std::string& only);
 void RegisterSanitizerTasks();
 void RegisterDiagnosticsTasks();
 void RegisterRenameTasks();
 void RegisterScalingTasks();
-// Measures no time: bytes of heap that each peer holds for a document.
+// Measures the heap that each peer uses for a document, in bytes, and no time.
 void RegisterHeapTasks(const Peers& peers);
 
-// Ends the program when an answer is wrong: what is wrong is never fast.
+// Ends the program with a message about `what` if an answer is wrong, so that a wrong answer is never timed.
 void Require(bool right, const std::string& what);

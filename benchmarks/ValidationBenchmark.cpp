@@ -1,5 +1,5 @@
-// Validation against the schema of an analysis: of a large document, and of a thousand small
-// ones. The destruction of the trees is outside of what is timed.
+// Tasks: validate one large and a thousand small documents against the schema of an analysis. The destruction of the
+// trees is not timed.
 #include <benchmark/benchmark.h>
 
 #include <libxml/parser.h>
@@ -28,12 +28,14 @@ namespace {
 
 constexpr const char* const SchemaName = "VQRC_FILEFORMAT_KXA_XSD";
 
-// An analysis of that many views, without attributes that begin with a colon, so that a bare
-// parser takes it too.
+// Generates an analysis with `views` views. No attribute begins with a colon, because bare Xerces-C refuses these.
 std::string MakeAnalysis(int views)
 {
-    std::string text =
-        "<?xml version='1.0' encoding='utf-8' ?>\n<analysis version='18.1'>\n  <data-sources>\n    <data-source name='orders'>\n      <connection class='text-file' filename='orders.csv' />\n";
+    std::string text = "<?xml version='1.0' encoding='utf-8' ?>\n"
+                       "<analysis version='18.1'>\n"
+                       "  <data-sources>\n"
+                       "    <data-source name='orders'>\n"
+                       "      <connection class='text-file' filename='orders.csv' />\n";
     for (int i = 0; i < 20; ++i) {
         text += "      <column name='Column " + std::to_string(i) + "' caption='Spalte " + std::to_string(i) +
             "' data-type='real' role='measure' />\n";
@@ -41,7 +43,13 @@ std::string MakeAnalysis(int views)
     text += "    </data-source>\n  </data-sources>\n  <views>\n";
     for (int i = 0; i < views; ++i) {
         text += "    <view name='View " + std::to_string(i) +
-            "' data-source='orders' mark='bar'>\n      <title>Umsatz nach Größe</title>\n      <rows>[orders].[Column 1]</rows>\n      <columns>[orders].[Column 2]</columns>\n      <filter class='quantitative' field='[orders].[Column 3]' min='0' max='100.5' />\n      <encoding channel='color' field='[orders].[Column 4]' />\n    </view>\n";
+            "' data-source='orders' mark='bar'>\n"
+            "      <title>Umsatz nach Größe</title>\n"
+            "      <rows>[orders].[Column 1]</rows>\n"
+            "      <columns>[orders].[Column 2]</columns>\n"
+            "      <filter class='quantitative' field='[orders].[Column 3]' min='0' max='100.5' />\n"
+            "      <encoding channel='color' field='[orders].[Column 4]' />\n"
+            "    </view>\n";
     }
     return text + "  </views>\n</analysis>\n";
 }
@@ -66,7 +74,7 @@ public:
     virtual std::unique_ptr<Validated> Validate(const std::string& text) = 0;
 };
 
-// Xerces' reader with the fixed schemas and that of an analysis.
+// Validates with a bare Xerces-C reader that has loaded the schema of an analysis and the schemas that it imports.
 class BareValidator : public Validator {
 public:
     BareValidator() : m_reader(xercessession::MakeReader())
@@ -95,7 +103,7 @@ private:
     std::unique_ptr<xercesc::SAX2XMLReader> m_reader;
 };
 
-// The library's driver with the schema, reloaded for every document.
+// Validates with one driver of the library, which loads the schema once and is reloaded for every document.
 class DriverValidator : public Validator {
 public:
     struct Tree : Validated {
@@ -122,7 +130,7 @@ private:
     std::unique_ptr<XercesXMLParser> m_driver;
 };
 
-// libxml2's tree and its schemas. It wants to be told where the schema that is imported stands.
+// Validates with libxml2. Its schema needs an explicit location for the imported schema.
 class LibxmlValidator : public Validator {
 public:
     struct Tree : Validated {
@@ -167,7 +175,7 @@ private:
     xmlSchemaValidCtxtPtr m_context;
 };
 
-// Defaults of the schema included.
+// Parses and validates `text`. The tree contains the default attributes of the schema.
 std::unique_ptr<DOM> ParseAgainstSchema(const std::string& text)
 {
     DOMParser parser;

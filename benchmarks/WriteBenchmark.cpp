@@ -1,4 +1,4 @@
-// Tree to text.
+// Tasks: write a tree as text.
 #include <benchmark/benchmark.h>
 
 #include <xercesc/sax/SAXParseException.hpp>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Whether the written text is well-formed and the same tree.
+// Whether the written text is well-formed and parses to the same tree.
 bool ReadsBack(const std::string& text, const Digest& digest, const std::string& original)
 {
     try {

@@ -15,9 +15,10 @@ void Require(bool right, const std::string& what)
     std::exit(1);
 }
 
-// With "--peer=NAME" as the first argument, only that library runs, beside the bare pass that its
-// answers are compared with, so that other libraries' heap fragmentation cannot affect it. Without
-// the argument, the answers of all libraries are compared with each other.
+// Runs the benchmarks.
+//   benchmarks [--peer=NAME] [BENCHMARK-OPTIONS...]
+// With --peer, only that library runs, and the bare Xerces-C pass as the reference for its answers. Other libraries'
+// heap fragmentation then cannot affect it. Without --peer, all libraries run and their answers are compared.
 int main(int argc, char** argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";

@@ -1,4 +1,4 @@
-// Any path can be asked of a tree, is walked and collected alike, and names elements of it.
+// Runs an arbitrary path over a tree: no crash, the same matches from all queries, and only elements of the tree.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -15,14 +15,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const DOMElement& root = *document->GetDocumentRoot();
     const VString path = VString::fromUtf8(reinterpret_cast<const char*>(data), size);
     const std::vector<const DOMElement*> all = DOMPath::GetAll(root, path);
-    Require(DOMPath::GetFirst(root, path) == (all.empty() ? nullptr : all.front()), "the first of all is the first");
+    Require(DOMPath::GetFirst(root, path) == (all.empty() ? nullptr : all.front()),
+        "GetFirst returns the first match of GetAll");
     std::size_t walked = 0;
     auto matches = DOMPath::Walk(root, path);
     for (const DOMElement& match : matches) {
-        Require(walked < all.size() && all[walked] == &match, "a walk gives what is collected");
-        Require(&match == &root || match.IsChildOf(root), "a match lies in the tree");
+        Require(walked < all.size() && all[walked] == &match, "Walk visits the matches of GetAll in order");
+        Require(&match == &root || match.IsChildOf(root), "a match belongs to the tree");
         ++walked;
     }
-    Require(walked == all.size(), "a walk gives all that is collected");
+    Require(walked == all.size(), "Walk visits all matches of GetAll");
     return 0;
 }

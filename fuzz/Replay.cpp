@@ -1,5 +1,5 @@
-// Runs a fuzzer over files, where no fuzzing engine is: each as it is, cut in half, and with
-// one byte changed.
+// Runs a fuzzer over files without a fuzzing engine. Each file is passed unchanged, cut in half, and with one byte
+// changed.
 #include <cstddef>
 #include <cstdint>
 #include <fstream>

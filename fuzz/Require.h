@@ -1,10 +1,10 @@
-// The check of a promise that holds for every input.
+// A check for the fuzzers.
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
 
-// Aborts when the promise is broken. The fuzzer reports an abort as a finding.
+// Aborts if the promise does not hold. The fuzzing engine reports an abort as a finding.
 inline void Require(bool holds, const char* promise)
 {
     if (holds)

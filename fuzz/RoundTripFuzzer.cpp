@@ -1,5 +1,5 @@
-// Any bytes are parsed without a crash, and a document without errors is written as one that
-// has none either and reads back with the same elements.
+// Parses arbitrary bytes: no crash. A document without errors is written and parsed again: no errors, and the same
+// elements.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,7 +11,8 @@
 
 namespace {
 
-// The elements' names and attributes; text beside children comes back indented.
+// The names of the elements and their numbers of children and attributes. Text is left out, because writing indents
+// text beside children.
 std::string Describe(const DOM& document)
 {
     std::string description;
@@ -32,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     const VString text = XMLDomFormatter::RenderAsXMLString(*document, nullptr, true);
     const auto again = parser.ParseXmlString(text, "written");
-    Require(!again->HasErrors(), "what is written has no errors");
-    Require(Describe(*document) == Describe(*again), "what is written has the same elements");
+    Require(!again->HasErrors(), "the written document has no errors");
+    Require(Describe(*document) == Describe(*again), "the written document has the same elements");
     return 0;
 }

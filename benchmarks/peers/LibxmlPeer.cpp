@@ -1,4 +1,4 @@
-// libxml2's tree.
+// The peer libxml2: its document tree.
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/xpath.h>
@@ -44,8 +44,8 @@ public:
     {
         xmlXPathContextPtr context = xmlXPathNewContext(m_document);
         context->node = xmlDocGetRootElement(m_document);
-        // Paths name by namespace here: what the root declares is made known, and a name without
-        // a prefix is one of the default namespace.
+        // XPath matches namespaces, not prefixes. Register the namespaces that the root declares; a name without a
+        // prefix belongs to the default namespace.
         bool hasDefault = false;
         for (xmlNsPtr at = context->node->nsDef; at; at = at->next) {
             xmlXPathRegisterNs(
@@ -82,7 +82,7 @@ private:
         const std::string local = reinterpret_cast<const char*>(node->name);
         return node->ns && node->ns->prefix ? reinterpret_cast<const char*>(node->ns->prefix) + (":" + local) : local;
     }
-    // With the namespace declarations, which this tree keeps apart.
+    // Counts namespace declarations too, which libxml2 does not store as attributes.
     static std::size_t CountAttributes(xmlNodePtr node)
     {
         std::size_t count = 0;

@@ -1,4 +1,4 @@
-// The interface of the compared libraries: the tasks that each of them can do.
+// The interface of the compared libraries.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-// A summary of a tree: the numbers of elements and attributes, and the names of the elements in
-// document order. The trees of one document must have equal digests before they are timed.
+// A summary of a tree: the numbers of elements and attributes, and a hash of the element names in document order. The
+// digests of a document's trees are compared before the peers are timed.
 struct Digest {
     std::size_t elements = 0;
     std::size_t attributes = 0;
@@ -26,8 +26,8 @@ struct Digest {
     friend bool operator==(const Digest&, const Digest&) = default;
 };
 
-// The same tree of the document `bytes`. Attributes count only where the document declares
-// none of its own: not every peer adds the defaults of a document type declaration.
+// Returns whether two digests of the document `bytes` agree. Ignores attributes if the document declares some itself,
+// because not every peer adds the defaults of a document type declaration.
 inline bool IsSameTree(const Digest& a, const Digest& b, std::string_view bytes)
 {
     return a.elements == b.elements && a.names == b.names &&
@@ -40,30 +40,31 @@ public:
     virtual ~PeerDocument() = default;
 
     virtual Digest GetDigest() const = 0;
-    // The document as UTF-8; empty when the peer does not write.
+    // Writes the document as UTF-8; empty if the peer cannot write.
     virtual std::string Write() const { return {}; }
-    // How many elements a path selects; npos when the peer has no paths. The path is one of
-    // "//name", "/a/b/c" and "/a/*/c".
+    // Returns how many elements a path selects; npos if the peer has no paths. The path has the form "//name",
+    // "/a/b/c" or "/a/*/c".
     virtual std::size_t CountPath(const std::string&) const { return std::string::npos; }
-    // A deep copy, and whether two trees are equal, where the peer has them.
+    // Returns a deep copy, or null if the peer cannot copy.
     virtual std::unique_ptr<PeerDocument> Copy() const { return nullptr; }
+    // Whether the peer can compare two trees, and whether they are equal.
     virtual bool CanCompare() const { return false; }
     virtual bool Equals(const PeerDocument&) const { return false; }
 };
 
-// A library. A peer keeps its parser between documents where the library lets it.
+// A compared library. It keeps its parser between documents, if the library allows that.
 class Peer {
 public:
     virtual ~Peer() = default;
 
     virtual std::string Name() const = 0;
-    // False for a pass that builds nothing.
+    // False for the bare pass, which builds no tree.
     virtual bool BuildsTree() const { return true; }
     virtual std::unique_ptr<PeerDocument> Parse(const std::string& bytes) = 0;
     virtual std::unique_ptr<PeerDocument> ParseFile(const std::string& path) = 0;
 };
 
-// This library and the bare pass of the parser beneath it come first.
+// One peer for each library. The bare Xerces-C pass is XercesSax.
 std::unique_ptr<Peer> MakeVancoreXmlPeer();
 std::unique_ptr<Peer> MakeXercesSaxPeer();
 std::unique_ptr<Peer> MakeXercesDomPeer();
@@ -72,5 +73,5 @@ std::unique_ptr<Peer> MakeLibxmlPeer();
 std::unique_ptr<Peer> MakeTinyxmlPeer();
 std::unique_ptr<Peer> MakePugixmlPeer();
 
-// All, or only the one of that name.
+// Makes all peers, this library and the bare pass first. If `name` is not empty, makes only the peer of that name.
 std::vector<std::unique_ptr<Peer>> MakePeers(const std::string& name);

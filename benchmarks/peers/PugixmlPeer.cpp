@@ -1,4 +1,4 @@
-// pugixml's tree.
+// The peer pugixml: its document tree.
 #include <pugixml.hpp>
 
 #include <iterator>

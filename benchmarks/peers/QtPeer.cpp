@@ -1,4 +1,4 @@
-// Qt's document tree.
+// The peer Qt: its document tree.
 #include <QDomDocument>
 #include <QFile>
 
@@ -9,7 +9,7 @@ namespace {
 class Document : public PeerDocument {
 public:
     explicit Document(QDomDocument document) : m_document(std::move(document)) {}
-    // The nodes count references in both directions; clearing lets the tree go.
+    // The nodes hold references in both directions; clear() breaks the cycles, so that the tree is freed.
     ~Document() override { m_document.clear(); }
 
     Digest GetDigest() const override

@@ -1,4 +1,4 @@
-// tinyxml2's tree.
+// The peer tinyxml2: its document tree.
 #include <tinyxml2.h>
 
 #include "benchmarks/peers/Peer.h"

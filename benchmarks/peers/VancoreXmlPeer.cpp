@@ -1,4 +1,4 @@
-// This library.
+// The peer vancorexml: this library.
 #include <memory>
 
 #include "benchmarks/peers/Peer.h"

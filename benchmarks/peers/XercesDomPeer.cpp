@@ -1,4 +1,4 @@
-// Xerces-C's own document tree.
+// The peer Xerces-C: its own document tree.
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufFormatTarget.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>

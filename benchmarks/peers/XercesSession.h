@@ -1,4 +1,4 @@
-// The use of Xerces-C in this program.
+// Set-up of Xerces-C for the benchmarks.
 #pragma once
 
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -12,12 +12,12 @@
 
 namespace xercessession {
 
-// Initialised once, never terminated while the program runs.
+// Initialises Xerces-C on the first call. It is never terminated.
 void Initialise();
 
-// A reader with the features of the library's driver while no schema is loaded.
+// Makes a reader with the features that the library's driver sets if it has no schema.
 std::unique_ptr<xercesc::SAX2XMLReader> MakeReader();
-// The features of the library's driver once a schema is loaded, set on such a reader.
+// Adds the features that the library's driver sets if it has a schema.
 void SetSchemaFeatures(xercesc::SAX2XMLReader& reader);
 
 // Runs the reader over the bytes step by step, as the driver does.
