@@ -17,7 +17,7 @@ int main()
     for (const DOMElement& field : DOMPath::Walk(*report->GetDocumentRoot(), path))
         std::cout << field.GetFieldName("name").GetFullValue() << "\n";
 
-    // Files of equal content share one target, and a folder goes where all its files went.
+    // Files of equal content share one new path. A folder is renamed if all its files moved into one folder.
     PathRenames paths;
     paths.SetCRC("C:\\in\\a.csv", "data/a.csv", 17);
     paths.SetCRC("C:\\in\\copy of a.csv", "data/copy of a.csv", 17);

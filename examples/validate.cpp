@@ -6,8 +6,9 @@
 
 int main()
 {
-    const VString schema =
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='price' type='xs:decimal'/></xs:schema>";
+    const VString schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                           "<xs:element name='price' type='xs:decimal'/>"
+                           "</xs:schema>";
     DOMParser parser;
     parser.AddXSDInputSource(std::make_unique<StringInputSource>(schema, "price.xsd", false));
     const auto price = parser.ParseXmlString("<price>cheap</price>", "offer.xml");
