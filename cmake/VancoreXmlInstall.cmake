@@ -1,4 +1,4 @@
-# Installing, so that a user finds the library with find_package(vancorexml) or pkg-config.
+# Installs the project, so that users find the library with find_package(vancorexml) or pkg-config.
 include(CMakePackageConfigHelpers)
 
 get_property(modules GLOBAL PROPERTY VANCOREXML_MODULES)
@@ -88,10 +88,10 @@ set(public_headers
     vancorexml/main/parser/XmlFileType.h
     vancorexml/van-codegen/gen-strings/vancorexml-strings.h)
 
-# Headers keep their place below the include root.
+# Headers keep their folders below the include root.
 foreach(header ${public_headers})
-    get_filename_component(place "${header}" DIRECTORY)
-    install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${place}")
+    get_filename_component(folder "${header}" DIRECTORY)
+    install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
 endforeach()
 set_property(GLOBAL PROPERTY VANCOREXML_PUBLIC_HEADERS ${public_headers})
 
@@ -102,8 +102,8 @@ configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/vancorexml-config.cma
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/vancorexml-config.cmake" "${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" DESTINATION "${package_folder}")
 
-# The prefix is found from the place of the .pc file, because it is not known before `cmake --install --prefix`.
-# Only an absolute library folder does not move with the prefix.
+# The .pc file computes the prefix from its own location, because the prefix is unknown before
+# `cmake --install --prefix`. An absolute library folder does not move with the prefix.
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
     set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
 else()
@@ -116,7 +116,7 @@ foreach(folder LIBDIR INCLUDEDIR)
     set(${variable} "\${prefix}")
     cmake_path(APPEND ${variable} "${CMAKE_INSTALL_${folder}}")
 endforeach()
-# The headers need C++20, and Qt's headers refuse code for position-dependent programs.
+# The headers need C++20. Qt's headers do not compile without position-independent code.
 set(pc_compile_flags "-std=c++20")
 if(NOT WIN32)
     string(APPEND pc_compile_flags " -fPIC")

@@ -1,12 +1,11 @@
-# How every target of the project is built.
+# Settings and functions for all targets of the project.
 include(GNUInstallDirs)
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 
-# An installed copy finds its own libraries wherever its folder is put: a library beside
-# itself, a program from its place to the libraries'.
+# Installed libraries and programs find the libraries by relative paths, so the installed folder can be moved.
 if(NOT WIN32 AND NOT APPLE)
     file(RELATIVE_PATH from_programs_to_libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
     set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${from_programs_to_libraries}")
@@ -39,8 +38,8 @@ function(vancorexml_target_settings target)
     endif()
 endfunction()
 
-# A shared library of the project: its sources, what it links publicly and privately. The
-# include root is the repository's root, also for whoever uses the installed copy.
+# Adds a shared library of the project. Include paths start at the repository's root; those of the installed copy are
+# the same.
 #   vancorexml_add_module(NAME EXPORT_MACRO SOURCES ... PUBLIC ... PRIVATE ...)
 function(vancorexml_add_module name macro)
     cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
@@ -49,9 +48,7 @@ function(vancorexml_add_module name macro)
     vancorexml_target_settings(${name})
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     target_compile_features(${name} PUBLIC cxx_std_20)
-    # A call within a library is one to the function that is there, for the compiler to inline,
-    # and not to whatever another library may have put in its place; a call out of it goes
-    # straight there.
+    # Calls inside a library bind locally and can be inlined (no symbol interposition). Calls out of it skip the PLT.
     if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${name} PRIVATE -fno-semantic-interposition -fno-plt)
     endif()
@@ -68,7 +65,7 @@ function(vancorexml_add_module name macro)
     set_property(GLOBAL APPEND PROPERTY VANCOREXML_MODULES ${name})
 endfunction()
 
-# A test program of GoogleTest cases, each a test of CTest.
+# Adds a program of GoogleTest cases. Each case is a test of CTest.
 #   vancorexml_add_tests(NAME SOURCES ... LIBRARIES ...)
 function(vancorexml_add_tests name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})

@@ -3,16 +3,16 @@
 #
 # SOURCE holds the text of all versions. Processing instructions say which lines belong to which version:
 #   <?from 10.3?>               at the end of a line: the line is for version 10.3 and all later ones;
-#                               on a line of its own: so are the lines down to <?end?>; such blocks nest
+#                               on a line of its own: the same for all lines down to <?end?>; such blocks nest
 #   <?until 10.4?>              likewise, for version 10.4 and all earlier ones
-#   <?include name.xsd.in?>     the expanded text of that file, which stands beside SOURCE, with the indentation
-#                               of the instruction added to its own
+#   <?include name.xsd.in?>     inserts the expanded text of a file in the folder of SOURCE, indented like the
+#                               instruction
 #   @VERSION@ @MAJOR@ @MINOR@   VERSION and its two numbers
 # Several blank lines in a row become one.
 cmake_minimum_required(VERSION 3.22)
 
-# Sets `result` to "keep" if lines that are marked with `bound`, "from" or "until", and `version` are for VERSION, and
-# to "skip" if not.
+# Sets `result` to "keep" if a line with the mark `bound` ("from" or "until") and `version` is for VERSION, and to "skip"
+# if not.
 function(judge bound version result)
     if((bound STREQUAL "from" AND VERSION VERSION_LESS version)
             OR (bound STREQUAL "until" AND VERSION VERSION_GREATER version))

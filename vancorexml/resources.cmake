@@ -1,5 +1,4 @@
-# What is embedded: the schemas and the compiled translations, under ":/vancorexml".
-# Sets resource_sources.
+# Embeds the schemas and the compiled translations as Qt resources in the folder ":/vancorexml". Sets resource_sources.
 find_program(LRELEASE_PROGRAM NAMES lrelease-qt5 lrelease HINTS "${Qt5Core_DIR}/../../../qt5/bin" REQUIRED)
 
 set(locales ar_YE de_DE en_GB es_ES fr_CA fr_FR ga_IE it_IT ja_JP ko_KR pt_BR zh_CN zh_TW)
@@ -7,7 +6,7 @@ set(locales ar_YE de_DE en_GB es_ES fr_CA fr_FR ga_IE it_IT ja_JP ko_KR pt_BR zh
 set(rows)
 set(embedded_files)
 
-# A file among the resources and its name there.
+# Embeds the file `path` as the resource `name`.
 macro(embed name path)
     list(APPEND embedded_files "${path}")
     string(APPEND rows "    <file alias=\"${name}\">${path}</file>\n")
@@ -20,8 +19,8 @@ foreach(name connector_plugin_manifest connector_plugin_resources dynamic_connec
 endforeach()
 embed(VQRC_FILEFORMAT_XHTML_DTD "${resources}/xhtml.dtd")
 
-# The schemas of the documents are made from one source for each type, so that a type that several
-# versions have cannot differ by accident. The sources share the parts.
+# All versions of a document type's schema are generated from one source, so that they cannot differ by accident. The
+# sources include the shared parts.
 set(schema_parts alias-keys binary column common connection field-types flag non-empty option-names text url)
 list(TRANSFORM schema_parts PREPEND "${resources}/")
 list(TRANSFORM schema_parts APPEND ".xsd.in")
