@@ -3,8 +3,8 @@
 
 bench-report.py FOLDER [PAGE.md CHART.svg]
 
-Without a page it prints the tables. Times are medians over the repetitions; the spread is
-half the distance between the quartiles, as a share of the median.
+Without PAGE.md, prints the tables. Times are medians of the samples. The spread is half the distance between the
+quartiles, as a share of the median.
 """
 import collections
 import json
@@ -18,7 +18,7 @@ import tempfile
 OURS = "vancorexml"
 FLOOR = "xerces-sax"
 
-# Task, heading, the peer that others are divided by.
+# Task, heading, and the reference: the peer by whose time the times are divided.
 SECTIONS = [
     ("parse", "Bytes to tree", FLOOR),
     ("parse-destroy", "Bytes to tree and its destruction", FLOOR),
@@ -36,7 +36,7 @@ SECTIONS = [
 
 
 def read(path):
-    """Samples by (task, document, peer), and the heap table, of all results in a folder."""
+    """Reads all results in a folder: samples by (task, document, peer), heap by (document, peer), and counters."""
     samples = collections.defaultdict(list)
     heap = {}
     counters = collections.defaultdict(list)
@@ -95,7 +95,7 @@ def table(lines, samples, task, reference):
 
 
 def goals(samples, heap, counters):
-    """The measures that the library sets itself: name, and its value per document."""
+    """The lines of the table of goals: a row for each measure, a column for each document."""
     documents = list(dict.fromkeys(d for t, d, _ in samples if t == "parse"))
 
     def median(task, document, peer):
@@ -122,16 +122,16 @@ def goals(samples, heap, counters):
         ("`//name` ÷ pugixml's", "3", "1", ratio("path-any", OURS, "path-any", "pugixml")),
         ("sanitizer, nothing to rewrite ÷ the parse", "0.05", "0.02", [shown(median("sanitize", d, OURS), median("parse", d, OURS), 3) for d in documents]),
     ]
-    lines = ["| measure | must reach | aim | " + " | ".join(documents) + " |", "|---|---|---|" + "---|" * len(documents)]
+    lines = ["| measure | limit | goal | " + " | ".join(documents) + " |", "|---|---|---|" + "---|" * len(documents)]
     lines += [f"| {name} | {must} | {aim} | " + " | ".join(values) + " |" for name, must, aim, values in rows]
     lines.append("")
     validation = {d: shown(median("validate", d, OURS), median("validate", d, FLOOR), 2) for d in ("large.kxa", "1000-small.kxa")}
     if any(validation.values()):
-        lines.append("Validation ÷ bare Xerces-C validation: " + ", ".join(f"{d} **{v}**" for d, v in validation.items() if v) + " (must reach 1.15, aim 1.05).")
+        lines.append("Validation ÷ bare Xerces-C validation: " + ", ".join(f"{d} **{v}**" for d, v in validation.items() if v) + " (limit 1.15, goal 1.05).")
     if counters:
         each = {d: statistics.median(v) for d, v in counters.items()}
         low, high = min(each.values()), max(each.values())
-        lines.append("Cost per element: " + ", ".join(f"{d} {v * 1e9:.0f} ns" for d, v in each.items()) + f"; largest ÷ smallest **{high / low:.2f}** (must reach 1.25, aim 1.10).")
+        lines.append("Cost per element: " + ", ".join(f"{d} {v * 1e9:.0f} ns" for d, v in each.items()) + f"; largest ÷ smallest **{high / low:.2f}** (limit 1.25, goal 1.10).")
     lines.append("")
     return lines
 
@@ -153,12 +153,12 @@ def setting(fewest, most):
         f"- compiler: {command('c++', '--version').splitlines()[0]}; flags: -O3 -DNDEBUG (CMake's Release) and the project's own",
         f"- peers: {versions.rstrip(', ')}",
         f"- documents: {corpora.rstrip(', ')}",
-        f"- command: `scripts/bench`, {fewest} repetitions, {most} of what has a goal close by",
+        f"- command: `scripts/bench`; {fewest} samples of a task, {most} samples of a task with a tight goal",
     ]
 
 
 def chart(samples, path):
-    """Bars: bytes to tree as a multiple of the bare pass, a group a document."""
+    """Draws bars: the time from bytes to tree as a multiple of the bare pass, in one group for each document."""
     documents = list(dict.fromkeys(d for t, d, _ in samples if t == "parse"))
     peers = list(dict.fromkeys(p for t, _, p in samples if t == "parse"))
     with tempfile.NamedTemporaryFile("w", suffix=".dat", encoding="utf-8") as data:
@@ -185,15 +185,15 @@ plot for [i=2:{len(peers) + 1}] "{data.name}" using i:xtic(1) title columnheader
 
 def main():
     samples, heap, counters = read(sys.argv[1])
-    lines = ["## Where we want to be", ""] + goals(samples, heap, counters)
+    lines = ["## Goals", ""] + goals(samples, heap, counters)
     for task, heading, reference in SECTIONS:
         body = []
         table(body, samples, task, reference)
         if body:
-            lines += [f"## {heading}", "", f"Times; in bold the multiple of {reference}.", ""] + body
+            lines += [f"## {heading}", "", f"Bold: multiple of the time of {reference}. In brackets: time and spread.", ""] + body
     if heap:
         peers = list(dict.fromkeys(p for _, p in heap))
-        lines += ["## Heap", "", "Bytes held by the document for each byte of the file.", "", "| document | " + " | ".join(peers) + " |", "|---|" + "---|" * len(peers)]
+        lines += ["## Heap", "", "Heap bytes of the parsed document for each byte of the file.", "", "| document | " + " | ".join(peers) + " |", "|---|" + "---|" * len(peers)]
         for document in dict.fromkeys(d for d, _ in heap):
             lines.append(f"| {document} | " + " | ".join(f"{heap[document, p]:.2f}" if (document, p) in heap else "" for p in peers) + " |")
         lines.append("")
@@ -208,10 +208,13 @@ def main():
     intro = [
         "# Performance",
         "",
-        "The tree is built from Xerces-C's events, so a bare Xerces-C pass over the same bytes, with an",
-        "empty handler and the same features, is the floor. Every peer's answer is checked before it is",
-        "timed; then each library runs in processes of its own, in turn. Written by `scripts/bench`; the",
-        "numbers are of one run.",
+        "This page compares vancorexml with other XML libraries. `scripts/bench` writes it; all numbers are of one run.",
+        "",
+        "vancorexml builds its tree from the events of Xerces-C. So its lower bound is a bare Xerces-C pass",
+        "(`xerces-sax`) over the same bytes, with the same features and an empty handler.",
+        "",
+        "The answers of all libraries are compared before anything is timed. Each library runs in processes of its",
+        "own, in turn. Times are medians. The spread after ± is half the distance between the quartiles.",
         "",
     ] + setting(*(choose(len(times) for times in samples.values()) for choose in (min, max))) + ["", "![Bytes to tree](performance.svg)", ""]
     with open(sys.argv[2], "w", encoding="utf-8") as page:
