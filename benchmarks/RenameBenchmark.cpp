@@ -16,7 +16,7 @@ struct Renames {
     std::vector<FieldName> fields;
 };
 
-// Renames 50 of 100 data sources, and 1,000 fields by the new names of their data sources.
+// Renames every second of 100 data sources, and 1,000 fields. The fields are named by the new names of the sources.
 std::shared_ptr<Renames> MakeRenames()
 {
     auto renames = std::make_shared<Renames>();

@@ -22,7 +22,7 @@ void RegisterSanitizerTasks();
 void RegisterDiagnosticsTasks();
 void RegisterRenameTasks();
 void RegisterScalingTasks();
-// Measures the heap that each peer uses for a document, in bytes, and no time.
+// Measures heap bytes per document instead of time.
 void RegisterHeapTasks(const Peers& peers);
 
 // Ends the program with a message about `what` if an answer is wrong, so that a wrong answer is never timed.

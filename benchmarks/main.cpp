@@ -17,8 +17,8 @@ void Require(bool right, const std::string& what)
 
 // Runs the benchmarks.
 //   benchmarks [--peer=NAME] [BENCHMARK-OPTIONS...]
-// With --peer, only that library runs, and the bare Xerces-C pass as the reference for its answers. Other libraries'
-// heap fragmentation then cannot affect it. Without --peer, all libraries run and their answers are compared.
+// With --peer, runs that library and the bare Xerces-C pass, whose answers are the reference. Other libraries' heap
+// fragmentation then cannot affect the times. Without --peer, runs all libraries and compares their answers.
 int main(int argc, char** argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";

@@ -38,8 +38,7 @@ function(vancorexml_target_settings target)
     endif()
 endfunction()
 
-# Adds a shared library of the project. Include paths start at the repository's root; those of the installed copy are
-# the same.
+# Adds a shared library of the project. Include paths start at the repository's root, also in the installed copy.
 #   vancorexml_add_module(NAME EXPORT_MACRO SOURCES ... PUBLIC ... PRIVATE ...)
 function(vancorexml_add_module name macro)
     cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})

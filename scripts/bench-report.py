@@ -18,7 +18,7 @@ import tempfile
 OURS = "vancorexml"
 FLOOR = "xerces-sax"
 
-# Task, heading, and the reference: the peer by whose time the times are divided.
+# Task, heading, and the peer that the others are compared with.
 SECTIONS = [
     ("parse", "Bytes to tree", FLOOR),
     ("parse-destroy", "Bytes to tree and its destruction", FLOOR),

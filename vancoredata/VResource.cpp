@@ -9,7 +9,7 @@
 
 namespace {
 
-// Rejects names that Qt would look up outside the registered folders, and second spellings of a resource's name.
+// Rejects names that lead outside the registered folders, and other spellings of a resource's name.
 bool IsResourceName(const VString& name)
 {
     if (name.startsWith(":"))

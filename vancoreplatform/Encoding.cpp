@@ -39,7 +39,7 @@ constexpr Lead ReadLead(unsigned char byte) noexcept
     return {byte < 0xF4 ? 4 : 0};
 }
 
-// The length of the sequence at the start of `bytes`, which are at least one. IllFormed if it is not UTF-8;
+// The length of the first sequence in `bytes`, which must not be empty. IllFormed if the sequence is not UTF-8;
 // Truncated if the bytes end inside a sequence that could be continued.
 int SequenceLength(const unsigned char* bytes, std::size_t available) noexcept
 {

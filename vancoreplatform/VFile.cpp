@@ -78,7 +78,7 @@ VString DecodeUtf16(const Input& input, bool bigEndian)
     const auto* data = reinterpret_cast<const unsigned char*>(input.bytes);
     std::u16string units;
     units.reserve(input.length / 2);
-    std::size_t high = 0;  // offset of a high surrogate without its low one so far; 0 for none
+    std::size_t high = 0;  // offset of a high surrogate that waits for its low surrogate; 0 for none
     std::size_t position = 2;
     for (; input.length - position >= 2; position += 2) {
         const char16_t unit = static_cast<char16_t>(ReadUnit(data + position, 2, bigEndian));
@@ -323,7 +323,7 @@ unsigned long long GetFileSize(const VPath& path)
     const QFileInfo info(NativeName(path));
     if (info.exists())
         return static_cast<unsigned long long>(info.size());
-    // Qt gives no reason when a file does not exist for it. Opening the file throws the reason.
+    // QFileInfo does not tell why it cannot find a file. Opening the file throws the reason.
     VFile file(path);
     file.OpenForReading();
     return file.Size();

@@ -11,8 +11,8 @@
 # Several blank lines in a row become one.
 cmake_minimum_required(VERSION 3.22)
 
-# Sets `result` to "keep" if a line with the mark `bound` ("from" or "until") and `version` is for VERSION, and to "skip"
-# if not.
+# Decides about a line whose mark is `bound` ("from" or "until") with `version`. Sets `result` to "keep" if the line
+# belongs to VERSION, and to "skip" if not.
 function(judge bound version result)
     if((bound STREQUAL "from" AND VERSION VERSION_LESS version)
             OR (bound STREQUAL "until" AND VERSION VERSION_GREATER version))

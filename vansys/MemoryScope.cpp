@@ -4,9 +4,8 @@
 
 #include "vansys/LogicException.h"
 
-// An entry in the list of the thread that opened the scope. Only that thread removes it from the
-// list. A scope may be destroyed by another thread, which only marks the entry and must not use it
-// afterwards.
+// An entry in the list of the thread that opened the scope. Only that thread removes it from the list. Another thread
+// that destroys the scope only marks the entry and must not use it afterwards.
 struct MemoryScope::Entry {
     const char* name;
     Entry* outer;

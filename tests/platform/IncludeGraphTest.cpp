@@ -79,8 +79,8 @@ Graph Modules()
     return modules;
 }
 
-// The files or modules that lie on a cycle or lead to one. Removes the nodes that include no remaining node, until
-// there are none.
+// The files or modules that lie on a cycle or lead to one. Repeatedly removes nodes that include no remaining node; the
+// nodes that are left are the result.
 std::set<std::string> LeadingToCycles(Graph graph)
 {
     for (bool changed = true; changed;) {

@@ -117,7 +117,7 @@ TEST(QualifiedNameTest, ParsesMillionsOfBrackets)
     EXPECT_EQ(QualifiedName::Parse("[" + brackets + "]").GetLocalValue().length(), 1000000);
 }
 
-TEST(QualifiedNameTest, IsEmptyWithoutBothParts)
+TEST(QualifiedNameTest, IsEmptyOnlyIfBothPartsAreEmpty)
 {
     EXPECT_TRUE(QualifiedName().IsEmpty());
     EXPECT_FALSE(QualifiedName("a", "").IsEmpty());

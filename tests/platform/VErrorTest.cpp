@@ -22,7 +22,7 @@ TEST(VErrorTest, InfoCarriesErrorSourceAndStatus)
     EXPECT_EQ(info.GetStatus(), StatusCode::Internal);
 }
 
-TEST(VErrorTest, SourceAndStatusHaveTheirNumbers)
+TEST(VErrorTest, SourceAndStatusHaveFixedNumbers)
 {
     EXPECT_EQ(static_cast<int>(ErrorSource::Caller), 1);
     EXPECT_EQ(static_cast<int>(ErrorSource::Product), 2);

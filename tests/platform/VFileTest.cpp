@@ -144,7 +144,8 @@ TEST(VFileTest, TheSizeOfAMissingFileThrows)
 #if defined(__linux__)
 namespace {
 
-// Locks a folder while it lives. The test then runs as another user if it runs as root, whom permissions do not stop.
+// Removes all permissions of a folder while it lives. Permissions do not stop root, so a test that runs as root
+// continues as another user.
 class LockedFolder {
 public:
     explicit LockedFolder(const VString& path) : m_path(path.ToQString()), m_user(getuid())

@@ -202,7 +202,7 @@ TEST(VPathTest, OrdersElementByElement)
 {
     EXPECT_LT(VPath("a/b"), VPath("a/c"));
     EXPECT_LT(VPath("a"), VPath("a/b"));
-    // The whole texts have the opposite order.
+    // A comparison of the whole texts would give the opposite order.
     EXPECT_LT(VPath("a/b"), VPath("a.b"));
     EXPECT_LT(VPath("a\\b"), VPath("aB/b"));
 }

@@ -215,7 +215,7 @@ TEST(VReadWriteLockTest, OptionsOtherThanZeroRaiseTheAssertion)
     }
 }
 
-// With a linear search the larger number would be hundreds of times slower. With cache misses it is two to ten times
+// 20,000 held locks would make a linear search hundreds of times slower. Cache misses make locking two to ten times
 // slower. The thread sanitizer's deadlock detector allows only 64 locks.
 #if !defined(__SANITIZE_THREAD__)
 TEST(VReadWriteLockTest, ManyHeldLocksDoNotSlowLockingDown)
@@ -232,7 +232,7 @@ TEST(VReadWriteLockThreadTest, ANewLockAtTheSameAddressIsFree)
     }
 }
 
-TEST(VReadWriteLockThreadTest, ManyThreadsSeeNoHalfWrites)
+TEST(VReadWriteLockThreadTest, ReadersSeeNoPartialWrites)
 {
     VReadWriteLock lock(0);
     std::array<int, 16> values{};

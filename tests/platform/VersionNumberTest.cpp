@@ -38,7 +38,7 @@ TEST(VersionNumberTest, OptionsOtherThanZeroRaiseTheAssertion)
 
 class VersionNumberTextTest : public testing::TestWithParam<VersionCase> {};
 
-TEST_P(VersionNumberTextTest, ReadsItsParts)
+TEST_P(VersionNumberTextTest, ReadsTheParts)
 {
     const VersionNumber version = Version(GetParam().text);
     EXPECT_EQ(version, Version(GetParam().sameAs));
