@@ -1,5 +1,5 @@
-// Every allocation of an operation fails in turn: nothing leaks (the address sanitizer tells),
-// and what promises to stay unchanged does.
+// Each test fails every allocation of an operation in turn. The documents must keep the promised
+// state, and nothing may leak, which the address sanitizer checks.
 #include <cstdint>
 #include <cstdlib>
 #include <new>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Allocations of this thread until one fails; negative: none does.
+// The number of allocations of this thread before one fails; negative means that none fails.
 thread_local long allocationsLeft = -1;
 
 void* Allocate(std::size_t size)
@@ -59,10 +59,11 @@ using namespace treetest;
 
 namespace {
 
-// Runs `run` on what `make` makes, with the first allocation failing, then the second, until
-// none fails; after each failure `check` looks at what is left. Returns how many failed.
+// Calls `run` on a new object from `make` with the first allocation failing, then on another with
+// the second failing, until `run` succeeds. Calls `check` with the object after each failure.
+// Returns the number of failures.
 template <typename Make, typename Run, typename Check>
-int FailEach(Make make, Run run, Check check)
+int FailEachAllocation(Make make, Run run, Check check)
 {
     for (int failures = 0;; ++failures) {
         auto subject = make();
@@ -80,7 +81,8 @@ int FailEach(Make make, Run run, Check check)
     }
 }
 
-// Two documents with the same tree: top -> a(error) -> b(error, warning) ; c
+// Two documents with equal trees. The element top has the children a and c, and a has the child b.
+// There are errors on a and b, and a warning on b.
 struct Pair {
     Pair()
     {
@@ -122,83 +124,71 @@ void ExpectUnchanged(Pair& pair)
 
 }  // namespace
 
-TEST(AllocationFaultTest, ACopyThatFailsLeavesNothing)
+TEST(AllocationFaultTest, FailedCopyChangesNothing)
 {
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { DOMElement copy(*pair.one.GetDocumentRoot()); }, ExpectUnchanged),
-        8);
+    const auto run = [](Pair& pair) { DOMElement copy(*pair.one.GetDocumentRoot()); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 8);
 }
 
-TEST(AllocationFaultTest, AnAssignmentThatFailsChangesNothing)
+TEST(AllocationFaultTest, FailedAssignmentChangesNothing)
 {
     const auto make = [] {
         auto pair = MakePair();
         pair->two.GetElement("c")->AddNewChild("old", nullptr);
         return pair;
     };
+    const auto run = [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetDocumentRoot(); };
     const auto check = [](Pair& pair) {
         ASSERT_NE(pair.two.GetElement("old"), nullptr);
         pair.two.GetElement("c")->RemoveChildren().clear();
         ExpectUnchanged(pair);
     };
-    EXPECT_GT(FailEach(
-                  make, [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetDocumentRoot(); }, check),
-        8);
+    EXPECT_GT(FailEachAllocation(make, run, check), 8);
 }
 
-// The source has errors and warnings, the target none: it gets neither.
-TEST(AllocationFaultTest, AnAssignmentThatFailsCopiesNoRecords)
+// The source has errors and warnings, the target has none and must not get any.
+TEST(AllocationFaultTest, FailedAssignmentCopiesNoRecords)
 {
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetElement("b"); }, ExpectUnchanged),
-        4);
+    const auto run = [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetElement("b"); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 4);
 }
 
-TEST(AllocationFaultTest, MovingAllRecordsThatFailsChangesNothing)
+TEST(AllocationFaultTest, FailedMoveOfAllRecordsChangesNothing)
 {
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { DOMTestAccess::MoveAll(pair.one, pair.two); }, ExpectUnchanged),
-        4);
+    const auto run = [](Pair& pair) { DOMTestAccess::MoveAll(pair.one, pair.two); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 4);
 }
 
-TEST(AllocationFaultTest, AdoptingRecordsThatFailsChangesNothing)
+TEST(AllocationFaultTest, FailedAdoptionOfRecordsChangesNothing)
 {
-    EXPECT_GT(FailEach(
-                  MakePair,
-                  [](Pair& pair) { DOMTestAccess::Adopt(pair.two, *pair.one.GetElement("b"), nullptr); },
-                  ExpectUnchanged),
-        1);
+    const auto run = [](Pair& pair) { DOMTestAccess::Adopt(pair.two, *pair.one.GetElement("b"), nullptr); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 1);
 }
 
-TEST(AllocationFaultTest, ClearingThatFailsLeavesTheTestsRight)
+TEST(AllocationFaultTest, HasErrorsIsRightAfterAFailedClear)
 {
+    const auto run = [](Pair& pair) { pair.one.GetElement("a")->ClearErrors(); };
     const auto check = [](Pair& pair) {
         EXPECT_EQ(pair.one.GetDocumentRoot()->HasErrors(), !pair.one.GetErrors().empty());
         EXPECT_EQ(Strings(pair.one.GetWarnings()), (Texts{"w"}));
     };
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { pair.one.GetElement("a")->ClearErrors(); }, check),
-        0);
+    EXPECT_GT(FailEachAllocation(MakePair, run, check), 0);
 }
 
-TEST(AllocationFaultTest, AnInsertionThatFailsChangesNothing)
+TEST(AllocationFaultTest, FailedInsertionChangesNothing)
 {
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { pair.one.GetElement("c")->AddNewChild("new", nullptr); }, ExpectUnchanged),
-        1);
+    const auto run = [](Pair& pair) { pair.one.GetElement("c")->AddNewChild("new", nullptr); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 1);
 }
 
-TEST(AllocationFaultTest, AMoveBetweenDocumentsThatFailsChangesNothing)
+TEST(AllocationFaultTest, FailedMoveBetweenDocumentsChangesNothing)
 {
-    EXPECT_GT(FailEach(
-                  MakePair,
-                  [](Pair& pair) { pair.one.GetElement("a")->Move(*pair.two.GetElement("c"), nullptr); },
-                  ExpectUnchanged),
-        2);
+    const auto run = [](Pair& pair) { pair.one.GetElement("a")->Move(*pair.two.GetElement("c"), nullptr); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 2);
 }
 
-// So many that the other document's maps must grow.
-TEST(AllocationFaultTest, AMoveOfManyRecordsThatFailsChangesNothing)
+// There are enough records to make the maps of the other document grow.
+TEST(AllocationFaultTest, FailedMoveOfManyRecordsChangesNothing)
 {
     const auto make = [] {
         auto pair = MakePair();
@@ -207,92 +197,79 @@ TEST(AllocationFaultTest, AMoveOfManyRecordsThatFailsChangesNothing)
             AddError(many.AddNewChild("one", nullptr), "e");
         return pair;
     };
+    const auto run = [](Pair& pair) { pair.one.GetElement("many")->Move(*pair.two.GetElement("c"), nullptr); };
     const auto check = [](Pair& pair) {
         ASSERT_NE(pair.one.GetElement("many"), nullptr);
         EXPECT_EQ(ErrorsOf(*pair.one.GetElement("many")).size(), 100u);
         pair.one.GetRoot().RemoveChild("many").reset();
         ExpectUnchanged(pair);
     };
-    EXPECT_GT(
-        FailEach(
-            make, [](Pair& pair) { pair.one.GetElement("many")->Move(*pair.two.GetElement("c"), nullptr); }, check),
-        3);
+    EXPECT_GT(FailEachAllocation(make, run, check), 3);
 }
 
-TEST(AllocationFaultTest, AMoveOutOfAllDocumentsThatFailsChangesNothing)
+TEST(AllocationFaultTest, FailedMoveToATreeWithoutDocumentChangesNothing)
 {
     DOMElement free("free");
-    EXPECT_GT(FailEach(
-                  MakePair, [&free](Pair& pair) { pair.one.GetElement("a")->Move(free, nullptr); }, ExpectUnchanged),
-        2);
+    const auto run = [&free](Pair& pair) { pair.one.GetElement("a")->Move(free, nullptr); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 2);
 }
 
-TEST(AllocationFaultTest, AdoptingChildrenThatFailsChangesNothing)
+TEST(AllocationFaultTest, FailedAdoptionOfChildrenChangesNothing)
 {
-    EXPECT_GT(FailEach(
-                  MakePair,
-                  [](Pair& pair) { pair.two.GetElement("c")->AdoptChildren(*pair.one.GetDocumentRoot(), nullptr); },
-                  ExpectUnchanged),
-        2);
+    const auto run = [](Pair& pair) { pair.two.GetElement("c")->AdoptChildren(*pair.one.GetDocumentRoot(), nullptr); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 2);
 }
 
-TEST(AllocationFaultTest, RemovalsThatFailChangeNothing)
+TEST(AllocationFaultTest, FailedRemovalChangesNothing)
 {
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChild("a").reset(); }, ExpectUnchanged),
-        1);
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); }, ExpectUnchanged),
-        3);
+    const auto removeOne = [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChild("a").reset(); };
+    EXPECT_GT(FailEachAllocation(MakePair, removeOne, ExpectUnchanged), 1);
+    const auto removeAll = [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); };
+    EXPECT_GT(FailEachAllocation(MakePair, removeAll, ExpectUnchanged), 3);
 }
 
-// A child that counted as taken out could be put below itself.
-TEST(AllocationFaultTest, ARemovalThatFailsLeavesTheChildrenInTheTree)
+// If the failed removal marked the children as removed, an element could become its own descendant.
+TEST(AllocationFaultTest, FailedRemovalKeepsTheChildrenInTheTree)
 {
+    const auto run = [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); };
     const auto check = [](Pair& pair) {
         EXPECT_THROW(pair.one.GetElement("b")->AdoptChildren(*pair.one.GetDocumentRoot(), nullptr), LogicException);
         ExpectUnchanged(pair);
     };
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { pair.one.GetDocumentRoot()->RemoveChildren().clear(); }, check),
-        3);
+    EXPECT_GT(FailEachAllocation(MakePair, run, check), 3);
 }
 
-TEST(AllocationFaultTest, ARefusedChildStaysWithTheCaller)
+TEST(AllocationFaultTest, FailedInsertionLeavesTheChildWithTheCaller)
 {
     std::unique_ptr<DOMElement> child = NewElement("new");
-    EXPECT_GT(FailEach(
-                  MakePair,
-                  [&child](Pair& pair) { pair.one.GetElement("b")->AppendChild(std::move(child)); },
-                  [&child](Pair& pair) {
-                      EXPECT_NE(child, nullptr);
-                      ExpectUnchanged(pair);
-                  }),
-        0);
+    const auto run = [&child](Pair& pair) { pair.one.GetElement("b")->AppendChild(std::move(child)); };
+    const auto check = [&child](Pair& pair) {
+        EXPECT_NE(child, nullptr);
+        ExpectUnchanged(pair);
+    };
+    EXPECT_GT(FailEachAllocation(MakePair, run, check), 0);
 }
 
-TEST(AllocationFaultTest, ARecordThatFailsLeavesNoEmptyEntry)
+TEST(AllocationFaultTest, FailedReportLeavesNoEmptyEntry)
 {
     const auto run = [](Pair& pair) { AddError(*pair.one.GetElement("c"), "c"); };
-    EXPECT_GT(FailEach(MakePair,
-                  run,
-                  [](Pair& pair) {
-                      ExpectUnchanged(pair);
-                      EXPECT_FALSE(pair.one.GetElement("c")->HasErrors());
-                  }),
-        1);
+    const auto check = [](Pair& pair) {
+        ExpectUnchanged(pair);
+        EXPECT_FALSE(pair.one.GetElement("c")->HasErrors());
+    };
+    EXPECT_GT(FailEachAllocation(MakePair, run, check), 1);
 }
 
-TEST(AllocationFaultTest, TestsForErrorsSurviveAFailure)
+TEST(AllocationFaultTest, FailedHasErrorsChangesNothing)
 {
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { pair.one.GetElement("a")->HasErrors(); }, ExpectUnchanged),
-        1);
+    const auto run = [](Pair& pair) { pair.one.GetElement("a")->HasErrors(); };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 1);
 }
 
-// The failure may leave the index half built, and the move builds on that.
-TEST(AllocationFaultTest, TestsForErrorsAreRightAfterAFailureAndAMove)
+// The failure may leave the index half built, and the move then updates that index.
+TEST(AllocationFaultTest, ErrorQueriesAreRightAfterAFailedQueryAndAMove)
 {
+    const auto run = [](Pair& pair) { pair.one.GetElement("a")->HasCancelErrors(); };
     const auto check = [](Pair& pair) {
         DOMElement& moved = *pair.one.GetElement("a");
         DOMElement& target = *pair.one.GetElement("c");
@@ -300,49 +277,37 @@ TEST(AllocationFaultTest, TestsForErrorsAreRightAfterAFailureAndAMove)
         EXPECT_TRUE(target.HasErrors() && target.HasUnreportedErrors() && target.HasWarnings());
         EXPECT_FALSE(target.HasCancelErrors() || target.HasOnlyCancelErrors());
     };
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { pair.one.GetElement("a")->HasCancelErrors(); }, check),
-        8);
+    EXPECT_GT(FailEachAllocation(MakePair, run, check), 8);
 }
 
-TEST(AllocationFaultTest, ADeepCopyThatFailsLeavesTheSourceAlone)
+TEST(AllocationFaultTest, FailedDeepCopyLeavesBothTreesUnchanged)
 {
+    const auto run = [](Pair& pair) { pair.two.DeepCopy(pair.one); };
     const auto check = [](Pair& pair) {
         EXPECT_EQ(Strings(pair.one.GetErrors()), (Texts{"a", "b"}));
-        EXPECT_EQ(pair.one, pair.two);  // the tree that was there, which is equal
+        EXPECT_EQ(pair.one, pair.two);
     };
-    EXPECT_GT(FailEach(
-                  MakePair, [](Pair& pair) { pair.two.DeepCopy(pair.one); }, check),
-        8);
+    EXPECT_GT(FailEachAllocation(MakePair, run, check), 8);
 }
 
-TEST(AllocationFaultTest, AttributesThatFailAreAsTheyWere)
+TEST(AllocationFaultTest, FailedChangeLeavesAttributesUnchanged)
 {
+    const AttributeMap other{{"x", "1"}, {"y", "2"}};
+    const std::function<void(AttributeMap&)> changes[] = {
+        [](AttributeMap& map) { map.insert_or_assign("c", "3"); },
+        [&other](AttributeMap& map) { map = other; },
+        [](AttributeMap& map) { map.reserve(40); },
+        [](AttributeMap& map) { const AttributeMap copy(map); },
+    };
     const auto make = [] { return std::make_unique<AttributeMap>(AttributeMap{{"a", "1"}, {"b", "2"}}); };
     const auto check = [](AttributeMap& map) { EXPECT_EQ(map, (AttributeMap{{"a", "1"}, {"b", "2"}})); };
-    const AttributeMap other{{"x", "1"}, {"y", "2"}};
-    EXPECT_EQ(FailEach(
-                  make, [](AttributeMap& map) { map.insert_or_assign("c", "3"); }, check),
-        1);
-    EXPECT_EQ(FailEach(
-                  make, [&other](AttributeMap& map) { map = other; }, check),
-        1);
-    EXPECT_EQ(FailEach(
-                  make, [](AttributeMap& map) { map.reserve(40); }, check),
-        1);
-    EXPECT_EQ(FailEach(
-                  make, [](AttributeMap& map) { const AttributeMap copy(map); }, check),
-        1);
-    EXPECT_EQ(FailEach(
-                  make,
-                  [](AttributeMap&) {
-                      const AttributeMap list{{"a", "1"}, {"b", "2"}};
-                  },
-                  check),
-        1);
+    for (const auto& change : changes)
+        EXPECT_EQ(FailEachAllocation(make, change, check), 1);
+    const auto construct = [](AttributeMap&) { const AttributeMap list{{"a", "1"}, {"b", "2"}}; };
+    EXPECT_EQ(FailEachAllocation(make, construct, check), 1);
 }
 
-// Aligned beyond what the global operator new gives.
+// Has a larger alignment than the global operator new guarantees.
 class AlignedElement : public DOMElement {
 public:
     using DOMElement::DOMElement;
@@ -350,7 +315,7 @@ public:
     alignas(64) char mark = 'm';
 };
 
-TEST(AllocationFaultTest, NothrowNewGivesAnElement)
+TEST(AllocationFaultTest, NothrowNewReturnsAnElement)
 {
     const std::unique_ptr<DOMElement> element(new (std::nothrow) DOMElement("a"));
     EXPECT_EQ(element->GetName(), VString("a"));
@@ -358,7 +323,7 @@ TEST(AllocationFaultTest, NothrowNewGivesAnElement)
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(aligned.get()) % 64, 0u);
 }
 
-TEST(AllocationFaultTest, NothrowNewGivesNullWhenThereIsNoMemory)
+TEST(AllocationFaultTest, NothrowNewReturnsNullWithoutMemory)
 {
     const VString name("a");
     allocationsLeft = 0;
@@ -367,13 +332,13 @@ TEST(AllocationFaultTest, NothrowNewGivesNullWhenThereIsNoMemory)
     EXPECT_EQ(element, nullptr);
 }
 
-// Takes memory, and then fails.
-class FailingElement : public DOMElement {
+// Its constructor throws after its memory was allocated.
+class ThrowingElement : public DOMElement {
 public:
-    FailingElement() : DOMElement("a") { throw std::runtime_error("failed"); }
+    ThrowingElement() : DOMElement("a") { throw std::runtime_error("failed"); }
 };
 
-TEST(AllocationFaultTest, NothrowNewFreesTheMemoryOfAnElementThatFails)
+TEST(AllocationFaultTest, NothrowNewFreesMemoryWhenTheConstructorThrows)
 {
-    EXPECT_THROW(static_cast<void>(new (std::nothrow) FailingElement()), std::runtime_error);
+    EXPECT_THROW(static_cast<void>(new (std::nothrow) ThrowingElement()), std::runtime_error);
 }

@@ -39,8 +39,9 @@ void ExpectSame(const AttributeMap& map, const Model& model)
     }
 }
 
-// Against the standard's map, with names drawn from `names`.
-void ExpectSameAsStandardMap(unsigned seed, int names, int steps)
+// Applies `steps` random operations to an AttributeMap and to a standard map and expects the same
+// results. The operations use `names` different names.
+void ExpectAgreementWithStandardMap(unsigned seed, int names, int steps)
 {
     std::mt19937 random(seed);
     AttributeMap map;
@@ -70,7 +71,7 @@ void ExpectSameAsStandardMap(unsigned seed, int names, int steps)
 
 }  // namespace
 
-// The iterator templates accept only iterators over entries.
+// The range constructor and the range insert accept only iterators over entries.
 template <typename T>
 constexpr bool InsertsRangeOf = requires(AttributeMap map, T i)
 {
@@ -88,7 +89,7 @@ static_assert(!InsertsRangeOf<VString*>);
 static_assert(std::is_same_v<AttributeMap::key_equal, std::equal_to<VString>>);
 static_assert(std::is_same_v<AttributeMap::hasher, VStringHash>);
 
-// Runs on the standard's map as on ours.
+// A change that can be applied to an AttributeMap and to a standard map.
 struct ChangeRow {
     template <typename Change>
     ChangeRow(const char* rowName, Change change) : name(rowName),
@@ -103,7 +104,7 @@ struct ChangeRow {
 
 class AttributeMapChangeTest : public testing::TestWithParam<ChangeRow> {};
 
-TEST_P(AttributeMapChangeTest, ActsAsOnTheStandardMap)
+TEST_P(AttributeMapChangeTest, MatchesTheStandardMap)
 {
     for (const Model& start : {Model{}, Model{{"a", "0"}}, Model{{"b", "2"}, {"c", "3"}}}) {
         AttributeMap map(start.begin(), start.end());
@@ -114,57 +115,56 @@ TEST_P(AttributeMapChangeTest, ActsAsOnTheStandardMap)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Changes,
-    AttributeMapChangeTest,
-    testing::Values(ChangeRow("InsertBraces",
-                        [](auto& map) {
-                            map.insert({"a", "1"}).first->second += "x";
-                        }),
-        ChangeRow("InsertEntry",
-            [](auto& map) { map.insert(std::pair<const VString, VString>("a", "1")).first->second += "x"; }),
-        ChangeRow(
-            "InsertPair", [](auto& map) { map.insert(std::pair<VString, VString>("a", "1")).first->second += "x"; }),
-        ChangeRow("InsertPairOfLiterals", [](auto& map) { map.insert(std::make_pair("a", "1")).first->second += "x"; }),
-        ChangeRow("InsertPairObject",
-            [](auto& map) {
-                std::pair<const VString, VString> entry("a", "1");
-                map.insert(entry);
-                map.insert(map.end(), entry)->second += entry.second;
-            }),
-        ChangeRow("InsertHint",
-            [](auto& map) {
-                map.insert(map.begin(), {"a", "1"})->second += "x";
-            }),
-        ChangeRow("InsertHintPair", [](auto& map) { map.insert(map.cend(), std::make_pair("a", "1"))->second += "x"; }),
-        ChangeRow("InsertList",
-            [](auto& map) {
-                map.insert({{"a", "1"}, {"d", "4"}, {"a", "5"}});
-            }),
-        ChangeRow("EmplaceNothing", [](auto& map) { map.emplace().first->second += "x"; }),
-        ChangeRow("EmplacePair", [](auto& map) { map.emplace(std::make_pair("a", "1")).first->second += "x"; }),
-        ChangeRow("EmplaceTwo", [](auto& map) { map.emplace("a", VString("1")).first->second += "x"; }),
-        ChangeRow("EmplacePiecewise",
-            [](auto& map) {
-                map.emplace(std::piecewise_construct, std::forward_as_tuple("a"), std::forward_as_tuple(u"123", 2))
-                    .first->second += "x";
-            }),
-        ChangeRow("EmplaceHint", [](auto& map) { map.emplace_hint(map.begin(), "a", "1")->second += "x"; }),
-        ChangeRow("TryEmplace", [](auto& map) { map.try_emplace("a", "1").first->second += "x"; }),
-        ChangeRow("TryEmplaceNothing", [](auto& map) { map.try_emplace("a").first->second += "x"; }),
-        ChangeRow("TryEmplaceTwo", [](auto& map) { map.try_emplace("a", u"123", 2).first->second += "x"; }),
-        ChangeRow("TryEmplaceHint", [](auto& map) { map.try_emplace(map.end(), "a", u"123", 2)->second += "x"; }),
-        ChangeRow("InsertOrAssign", [](auto& map) { map.insert_or_assign("a", "1").first->second += "x"; }),
-        ChangeRow("InsertOrAssignHint", [](auto& map) { map.insert_or_assign(map.begin(), "a", "1")->second += "x"; }),
-        ChangeRow("AssignList",
-            [](auto& map) {
-                map = {{"a", "1"}, {"b", "2"}};
-            }),
-        ChangeRow("AssignNothing", [](auto& map) { map = {}; }),
-        ChangeRow("EraseIf",
-            [](auto& map) { std::erase_if(map, [](const auto& entry) { return entry.first == VString("a"); }); })),
-    [](const auto& row) { return row.param.name; });
+const ChangeRow ChangeRows[] = {
+    {"InsertBracedPair",
+        [](auto& map) {
+            map.insert({"a", "1"}).first->second += "x";
+        }},
+    {"InsertEntry", [](auto& map) { map.insert(std::pair<const VString, VString>("a", "1")).first->second += "x"; }},
+    {"InsertPair", [](auto& map) { map.insert(std::pair<VString, VString>("a", "1")).first->second += "x"; }},
+    {"InsertPairOfLiterals", [](auto& map) { map.insert(std::make_pair("a", "1")).first->second += "x"; }},
+    {"InsertPairObject",
+        [](auto& map) {
+            std::pair<const VString, VString> entry("a", "1");
+            map.insert(entry);
+            map.insert(map.end(), entry)->second += entry.second;
+        }},
+    {"InsertHint",
+        [](auto& map) {
+            map.insert(map.begin(), {"a", "1"})->second += "x";
+        }},
+    {"InsertHintPair", [](auto& map) { map.insert(map.cend(), std::make_pair("a", "1"))->second += "x"; }},
+    {"InsertList",
+        [](auto& map) {
+            map.insert({{"a", "1"}, {"d", "4"}, {"a", "5"}});
+        }},
+    {"EmplaceWithoutArguments", [](auto& map) { map.emplace().first->second += "x"; }},
+    {"EmplacePair", [](auto& map) { map.emplace(std::make_pair("a", "1")).first->second += "x"; }},
+    {"EmplaceNameAndValue", [](auto& map) { map.emplace("a", VString("1")).first->second += "x"; }},
+    {"EmplacePiecewise",
+        [](auto& map) {
+            map.emplace(std::piecewise_construct, std::forward_as_tuple("a"), std::forward_as_tuple(u"123", 2))
+                .first->second += "x";
+        }},
+    {"EmplaceHint", [](auto& map) { map.emplace_hint(map.begin(), "a", "1")->second += "x"; }},
+    {"TryEmplace", [](auto& map) { map.try_emplace("a", "1").first->second += "x"; }},
+    {"TryEmplaceWithoutValue", [](auto& map) { map.try_emplace("a").first->second += "x"; }},
+    {"TryEmplaceTwoValueArguments", [](auto& map) { map.try_emplace("a", u"123", 2).first->second += "x"; }},
+    {"TryEmplaceHint", [](auto& map) { map.try_emplace(map.end(), "a", u"123", 2)->second += "x"; }},
+    {"InsertOrAssign", [](auto& map) { map.insert_or_assign("a", "1").first->second += "x"; }},
+    {"InsertOrAssignHint", [](auto& map) { map.insert_or_assign(map.begin(), "a", "1")->second += "x"; }},
+    {"AssignList",
+        [](auto& map) {
+            map = {{"a", "1"}, {"b", "2"}};
+        }},
+    {"AssignEmptyList", [](auto& map) { map = {}; }},
+    {"EraseIf", [](auto& map) { std::erase_if(map, [](const auto& entry) { return entry.first == VString("a"); }); }},
+};
 
-TEST(AttributeMapTest, TryEmplaceLeavesItsArgumentsWhenTheNameIsThere)
+INSTANTIATE_TEST_SUITE_P(
+    Changes, AttributeMapChangeTest, testing::ValuesIn(ChangeRows), [](const auto& row) { return row.param.name; });
+
+TEST(AttributeMapTest, TryEmplaceDoesNotMoveItsArgumentsWhenTheNameExists)
 {
     AttributeMap map{{"a", "1"}};
     VString value("2");
@@ -174,7 +174,7 @@ TEST(AttributeMapTest, TryEmplaceLeavesItsArgumentsWhenTheNameIsThere)
     EXPECT_EQ(map.at("b"), VString("2"));
 }
 
-TEST(AttributeMapTest, EraseIfLooksAtEveryEntryOnce)
+TEST(AttributeMapTest, EraseIfTestsEveryEntryOnce)
 {
     AttributeMap map = MapOf(100);
     int asked = 0;
@@ -189,7 +189,7 @@ TEST(AttributeMapTest, EraseIfLooksAtEveryEntryOnce)
     EXPECT_EQ(map.count("99"), 0u);
 }
 
-TEST(AttributeMapTest, NoMoreThanMaxSizeEntriesAreMadeRoomFor)
+TEST(AttributeMapTest, ReserveThrowsAboveMaxSize)
 {
     AttributeMap map;
     EXPECT_GT(map.max_size(), 1000000u);
@@ -201,16 +201,16 @@ class AttributeMapPropertyTest : public testing::TestWithParam<int> {};
 TEST_P(AttributeMapPropertyTest, AgreesWithTheStandardMap)
 {
     for (unsigned seed = 0; seed < 40; ++seed)
-        ExpectSameAsStandardMap(seed, GetParam(), 40 * GetParam() + 100);
+        ExpectAgreementWithStandardMap(seed, GetParam(), 40 * GetParam() + 100);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, AttributeMapPropertyTest, testing::Values(1, 3, 16, 17, 40, 300), [](const auto& row) {
     return "Names" + std::to_string(row.param);
 });
 
-TEST(AttributeMapTest, AgreesWithTheStandardMapWhenLarge)
+TEST(AttributeMapTest, LargeMapAgreesWithTheStandardMap)
 {
-    ExpectSameAsStandardMap(7, 30000, 300000);
+    ExpectAgreementWithStandardMap(7, 30000, 300000);
 }
 
 TEST(AttributeMapTest, StartsEmpty)
@@ -223,7 +223,7 @@ TEST(AttributeMapTest, StartsEmpty)
     EXPECT_EQ(map.find("a"), map.end());
 }
 
-TEST(AttributeMapTest, ListKeepsTheFirstOfEqualNames)
+TEST(AttributeMapTest, InitializerListKeepsTheFirstOfEqualNames)
 {
     const AttributeMap map{{"a", "1"}, {"b", "2"}, {"a", "3"}};
     EXPECT_EQ(map.size(), 2u);
@@ -240,14 +240,14 @@ TEST(AttributeMapTest, AtThrowsForAMissingName)
     EXPECT_EQ(std::as_const(map).at("a"), VString("2"));
 }
 
-TEST(AttributeMapTest, BracketsInsertTheEmptyValue)
+TEST(AttributeMapTest, SubscriptInsertsAnEmptyValue)
 {
     AttributeMap map;
     EXPECT_EQ(map["a"], VString());
     EXPECT_TRUE(map.contains("a"));
 }
 
-TEST(AttributeMapTest, InsertLeavesAnExistingValue)
+TEST(AttributeMapTest, InsertKeepsAnExistingValue)
 {
     AttributeMap map{{"a", "1"}};
     const auto [position, inserted] = map.insert({"a", "2"});
@@ -262,7 +262,7 @@ TEST(AttributeMapTest, NamesDifferingInCaseOrAfterNulAreDistinct)
     EXPECT_EQ(map.at(VString(u"a\0b", 3)), VString("3"));
 }
 
-TEST(AttributeMapTest, AssignsToItself)
+TEST(AttributeMapTest, SelfAssignmentChangesNothing)
 {
     AttributeMap map = MapOf(20);
     AttributeMap& alias = map;
@@ -292,8 +292,8 @@ TEST(AttributeMapTest, CopiesAreIndependent)
     EXPECT_EQ(copy, MapOf(20));
 }
 
-// Its own name and value as arguments, at every size at which the block may be replaced.
-TEST(AttributeMapTest, TakesItsOwnEntriesAsArguments)
+// Passes names and values of the map itself, while the map grows through many reallocations.
+TEST(AttributeMapTest, AcceptsItsOwnEntriesAsArguments)
 {
     AttributeMap map{{"first", "value"}};
     for (int i = 0; i < 200; ++i) {
@@ -308,7 +308,7 @@ TEST(AttributeMapTest, TakesItsOwnEntriesAsArguments)
     EXPECT_FALSE(map.contains("first"));
 }
 
-TEST(AttributeMapTest, ErasingWhileWalkingSeesEveryEntryOnce)
+TEST(AttributeMapTest, ErasingDuringIterationVisitsEveryEntryOnce)
 {
     AttributeMap map = MapOf(100);
     std::set<VString> seen;
@@ -324,7 +324,7 @@ TEST(AttributeMapTest, ErasingWhileWalkingSeesEveryEntryOnce)
     EXPECT_FALSE(map.contains("99"));
 }
 
-TEST(AttributeMapTest, TakesRangesOfEntries)
+TEST(AttributeMapTest, InsertsRangesOfEntries)
 {
     const Model model{{"a", "1"}, {"b", "2"}};
     AttributeMap map(model.begin(), model.end());
@@ -350,7 +350,7 @@ TEST(AttributeMapTest, ErasesRangesOfEntries)
     }
 }
 
-TEST(AttributeMapTest, EqualRangeHoldsTheEntryOrNothing)
+TEST(AttributeMapTest, EqualRangeHoldsAtMostOneEntry)
 {
     AttributeMap map = MapOf(3);
     const auto [first, last] = map.equal_range("1");
@@ -360,7 +360,7 @@ TEST(AttributeMapTest, EqualRangeHoldsTheEntryOrNothing)
     EXPECT_EQ(none, end);
 }
 
-TEST(AttributeMapTest, ManyInsertionsAndErasesLeaveLookupsRight)
+TEST(AttributeMapTest, LookupsWorkAfterManyInsertionsAndErasures)
 {
     AttributeMap map;
     for (int i = 0; i < 100000; ++i) {
@@ -372,7 +372,7 @@ TEST(AttributeMapTest, ManyInsertionsAndErasesLeaveLookupsRight)
     EXPECT_FALSE(map.contains("99949"));
 }
 
-TEST(AttributeMapTest, ReservedRoomIsNotReallocated)
+TEST(AttributeMapTest, InsertionsWithinTheReservedCapacityDoNotReallocate)
 {
     AttributeMap map;
     map.reserve(100);
@@ -385,14 +385,14 @@ TEST(AttributeMapTest, ReservedRoomIsNotReallocated)
     EXPECT_EQ(map.begin(), first);
 }
 
-TEST(AttributeMapTest, ReserveRefusesTheImpossible)
+TEST(AttributeMapTest, FailedReserveChangesNothing)
 {
     AttributeMap map = MapOf(3);
     EXPECT_THROW(map.reserve(std::size_t{1} << 40), std::length_error);
     EXPECT_EQ(map, MapOf(3));
 }
 
-TEST(AttributeMapTest, ClearAndSwap)
+TEST(AttributeMapTest, SwapExchangesTheEntriesAndClearRemovesThem)
 {
     AttributeMap map = MapOf(30);
     AttributeMap other;
@@ -408,7 +408,7 @@ TEST(AttributeMapTest, ClearAndSwap)
     EXPECT_EQ(other.size(), 1u);
 }
 
-// One attribute is kept in the map itself, more of them outside.
+// The map stores one attribute inline, and more than one in an allocated block.
 TEST(AttributeMapTest, MovesAndSwapsBetweenAllSmallSizes)
 {
     for (int a = 0; a <= 3; ++a) {
@@ -432,7 +432,7 @@ TEST(AttributeMapTest, MovesAndSwapsBetweenAllSmallSizes)
     EXPECT_EQ(one, MapOf(1));
 }
 
-TEST(AttributeMapTest, TheOnlyEntryIsErasedAndPutAgain)
+TEST(AttributeMapTest, InsertsAgainAfterTheOnlyEntryIsRemoved)
 {
     AttributeMap map{{"a", "1"}};
     const AttributeMap::iterator next = map.erase(map.begin());
@@ -458,7 +458,7 @@ TEST(AttributeMapTest, ComparisonIgnoresOrderAndCapacity)
     EXPECT_NE(a, (AttributeMap{{"x", "1"}, {"z", "2"}}));
 }
 
-TEST(AttributeMapTest, MergeMovesTheEntriesWhoseNamesAreNew)
+TEST(AttributeMapTest, MergeMovesOnlyEntriesWithNewNames)
 {
     for (const int count : {1, 3, 40}) {
         AttributeMap map{{"n0", "kept"}};

@@ -1,4 +1,4 @@
-// The document's side of diagnostics.
+// The diagnostics operations of DOM.
 #include "tests/tree/TreeTestSupport.h"
 
 using namespace treetest;
@@ -16,7 +16,7 @@ struct KindRow {
 
 }  // namespace
 
-TEST(DOMDiagnosticsTest, ADocumentWithoutErrors)
+TEST(DOMDiagnosticsTest, ANewDocumentHasNoDiagnostics)
 {
     const DOM document;
     EXPECT_FALSE(document.HasErrors());
@@ -32,7 +32,7 @@ TEST(DOMDiagnosticsTest, ADocumentWithoutErrors)
 
 class DOMErrorKindTest : public testing::TestWithParam<KindRow> {};
 
-TEST_P(DOMErrorKindTest, IsSeenFromTheElementItsParentAndTheDocument)
+TEST_P(DOMErrorKindTest, ShowsOnTheElementAndItsAncestors)
 {
     const KindRow& row = GetParam();
     DOM document;
@@ -51,15 +51,17 @@ TEST_P(DOMErrorKindTest, IsSeenFromTheElementItsParentAndTheDocument)
     EXPECT_TRUE(sibling.HasOnlyCancelErrors());
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds,
-    DOMErrorKindTest,
-    testing::Values(KindRow{"New", false, false, true, false, false},
-        KindRow{"Reported", true, false, false, false, false},
-        KindRow{"NewCancel", false, true, true, true, true},
-        KindRow{"ReportedCancel", true, true, false, true, true}),
-    [](const auto& row) { return row.param.name; });
+const KindRow KindRows[] = {
+    {"New", false, false, true, false, false},
+    {"Reported", true, false, false, false, false},
+    {"NewCancel", false, true, true, true, true},
+    {"ReportedCancel", true, true, false, true, true},
+};
 
-TEST(DOMDiagnosticsTest, OneFaultAmongCancellationsCounts)
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, DOMErrorKindTest, testing::ValuesIn(KindRows), [](const auto& row) { return row.param.name; });
+
+TEST(DOMDiagnosticsTest, HasOnlyCancelErrorsIsFalseWithAnOrdinaryError)
 {
     DOM document;
     document.GetRoot().Error("cancel", Info(1), true, true);
@@ -69,7 +71,7 @@ TEST(DOMDiagnosticsTest, OneFaultAmongCancellationsCounts)
     EXPECT_FALSE(document.HasUnreportedErrors());
 }
 
-TEST(DOMDiagnosticsTest, ConcatenatesInDocumentOrder)
+TEST(DOMDiagnosticsTest, ConcatenatedMessagesAreInDocumentOrder)
 {
     DOM document;
     DOMElement& first = document.GetRoot().AddNewChild("a", nullptr);
@@ -81,7 +83,7 @@ TEST(DOMDiagnosticsTest, ConcatenatesInDocumentOrder)
     EXPECT_EQ(document.GetConcatenatedWarnings(), VString("w"));
 }
 
-TEST(DOMDiagnosticsTest, MetadataComesInTheSameOrder)
+TEST(DOMDiagnosticsTest, MetadataIsInDocumentOrder)
 {
     DOM document;
     DOMElement& child = document.GetRoot().AddNewChild("a", nullptr);
@@ -92,7 +94,7 @@ TEST(DOMDiagnosticsTest, MetadataComesInTheSameOrder)
     EXPECT_EQ(document.GetMetadataForWarnings(), (std::list<VError::ErrorInfo>{Info(3)}));
 }
 
-TEST(DOMDiagnosticsTest, ClearingTakesEveryEntryOfItsKind)
+TEST(DOMDiagnosticsTest, ClearingRemovesAllRecordsOfOneKind)
 {
     DOM document;
     DOMElement& child = document.GetRoot().AddNewChild("a", nullptr);
@@ -108,7 +110,7 @@ TEST(DOMDiagnosticsTest, ClearingTakesEveryEntryOfItsKind)
     EXPECT_FALSE(DOMTestAccess::HasRecords(document));
 }
 
-TEST(DOMDiagnosticsTest, ADyingChildErasesItsSubtreesRecordsOnly)
+TEST(DOMDiagnosticsTest, DestroyingAChildErasesOnlyTheRecordsOfItsSubtree)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -121,7 +123,7 @@ TEST(DOMDiagnosticsTest, ADyingChildErasesItsSubtreesRecordsOnly)
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 1u);
 }
 
-TEST(DOMDiagnosticsTest, ADyingCopyErasesItsOwnRecordsOnly)
+TEST(DOMDiagnosticsTest, DestroyingACopyErasesOnlyItsOwnRecords)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -136,7 +138,7 @@ TEST(DOMDiagnosticsTest, ADyingCopyErasesItsOwnRecordsOnly)
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 1u);
 }
 
-TEST(DOMDiagnosticsTest, TheDyingTopElementClearsEverything)
+TEST(DOMDiagnosticsTest, DestroyingTheRootErasesAllRecords)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -166,7 +168,7 @@ TEST(DOMDiagnosticsTest, RecordsMoveWithTheirElements)
     EXPECT_EQ(DOMTestAccess::ErrorEntries(from), 2u);
 }
 
-TEST(DOMDiagnosticsTest, AChildOfTheTopElementTakesItsRecordsAlong)
+TEST(DOMDiagnosticsTest, MovingAChildOfTheRootMovesTheRecordsOfTheRoot)
 {
     DOM from;
     DOM to;
@@ -180,7 +182,7 @@ TEST(DOMDiagnosticsTest, AChildOfTheTopElementTakesItsRecordsAlong)
     EXPECT_FALSE(DOMTestAccess::HasRecords(from));
 }
 
-TEST(DOMDiagnosticsTest, TheTopElementsRecordsAreDroppedWhereTheOtherHasSome)
+TEST(DOMDiagnosticsTest, RecordsOfTheRootAreDroppedIfTheTargetRootHasSome)
 {
     DOM from;
     DOM to;
@@ -192,7 +194,7 @@ TEST(DOMDiagnosticsTest, TheTopElementsRecordsAreDroppedWhereTheOtherHasSome)
     EXPECT_FALSE(from.HasErrors());
 }
 
-TEST(DOMDiagnosticsTest, RecordsStayBehindWhenAnElementLosesItsDocument)
+TEST(DOMDiagnosticsTest, RecordsStayInTheDocumentWhenAnElementLeavesIt)
 {
     DOM document;
     AddError(document.GetRoot().AddNewChild("a", nullptr), "a");
@@ -204,7 +206,7 @@ TEST(DOMDiagnosticsTest, RecordsStayBehindWhenAnElementLosesItsDocument)
     EXPECT_EQ(Strings(document.GetErrors()), (Texts{"a"}));
 }
 
-TEST(DOMDiagnosticsTest, RecordsLeftBehindGoWithTheElement)
+TEST(DOMDiagnosticsTest, RecordsLeftInTheDocumentAreErasedWithTheElement)
 {
     DOM document;
     AddError(document.GetRoot().AddNewChild("a", nullptr).AddNewChild("b", nullptr), "b");
@@ -216,7 +218,7 @@ TEST(DOMDiagnosticsTest, RecordsLeftBehindGoWithTheElement)
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 0u);
 }
 
-TEST(DOMDiagnosticsTest, TheDocumentMayGoBeforeTheElementThatLeftRecords)
+TEST(DOMDiagnosticsTest, DocumentMayDieBeforeElementsThatItHasRecordsFor)
 {
     DOMElement free("f");
     {
@@ -227,7 +229,7 @@ TEST(DOMDiagnosticsTest, TheDocumentMayGoBeforeTheElementThatLeftRecords)
     EXPECT_EQ(free.GetChild("a")->GetDOMManager(), nullptr);
 }
 
-TEST(DOMDiagnosticsTest, CopyKeepsWhatTheKeyHas)
+TEST(DOMDiagnosticsTest, CopyDoesNotReplaceRecordsOfTheTarget)
 {
     DOM from;
     DOM to;
@@ -242,7 +244,7 @@ TEST(DOMDiagnosticsTest, CopyKeepsWhatTheKeyHas)
     EXPECT_EQ(ErrorsOf(source), (Texts{"source"}));
 }
 
-TEST(DOMDiagnosticsTest, CopyWithoutATargetIsFiledUnderTheSource)
+TEST(DOMDiagnosticsTest, CopyWithoutATargetStoresRecordsForTheSource)
 {
     DOM to;
     {
@@ -267,7 +269,7 @@ TEST(DOMDiagnosticsTest, CopyFromAnElementWithoutDocumentDoesNothing)
     EXPECT_FALSE(document.HasErrors());
 }
 
-TEST(DOMDiagnosticsTest, AdoptDropsWhatTheKeyHasAlready)
+TEST(DOMDiagnosticsTest, AdoptDropsErrorsWhenTheTargetHasErrors)
 {
     DOM from;
     DOM to;
@@ -282,7 +284,7 @@ TEST(DOMDiagnosticsTest, AdoptDropsWhatTheKeyHasAlready)
     EXPECT_FALSE(DOMTestAccess::HasRecords(from));
 }
 
-TEST(DOMDiagnosticsTest, AdoptWithinADocumentRefiles)
+TEST(DOMDiagnosticsTest, AdoptWithinADocumentMovesRecordsToTheTarget)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -295,7 +297,7 @@ TEST(DOMDiagnosticsTest, AdoptWithinADocumentRefiles)
     EXPECT_FALSE(document.HasErrors());
 }
 
-TEST(DOMDiagnosticsTest, MoveAllReplacesTheOthersRecords)
+TEST(DOMDiagnosticsTest, MoveAllReplacesTheRecordsOfTheTarget)
 {
     DOM from;
     DOM to;
@@ -312,7 +314,7 @@ TEST(DOMDiagnosticsTest, MoveAllReplacesTheOthersRecords)
     EXPECT_FALSE(to.HasErrors());
 }
 
-TEST(DOMDiagnosticsTest, MoveAllToItselfClears)
+TEST(DOMDiagnosticsTest, MoveAllToItselfErasesAllRecords)
 {
     DOM document;
     AddError(document.GetRoot(), "e");
@@ -321,7 +323,7 @@ TEST(DOMDiagnosticsTest, MoveAllToItselfClears)
     EXPECT_FALSE(DOMTestAccess::HasRecords(document));
 }
 
-TEST(DOMDiagnosticsTest, MovedRecordsOutliveNeitherDocumentWrongly)
+TEST(DOMDiagnosticsTest, EitherDocumentMayDieFirstAfterMoveAll)
 {
     auto from = std::make_unique<DOM>();
     auto to = std::make_unique<DOM>();

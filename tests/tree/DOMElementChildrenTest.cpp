@@ -1,4 +1,4 @@
-// Adding and removing children.
+// Operations of DOMElement that add and remove children.
 #include "tests/tree/TreeTestSupport.h"
 
 using namespace treetest;
@@ -7,7 +7,9 @@ using testsupport::LogCapture;
 
 namespace {
 
-// One record, of the warning that "before" was no child.
+constexpr char File[] = "vancorexml\\main\\parser\\DOMElement";
+
+// Expects `times` records, each with the warning that "before" is not a child.
 void ExpectMissingBeforeLogged(const LogCapture& log, std::size_t times)
 {
     ASSERT_EQ(log.records.size(), times);
@@ -23,7 +25,7 @@ void ExpectMissingBeforeLogged(const LogCapture& log, std::size_t times)
 
 }  // namespace
 
-TEST(DOMElementChildTest, AddNewChildInsertsBeforeOrAtTheEnd)
+TEST(DOMElementChildTest, AddNewChildInsertsBeforeTheChildOrAtTheEnd)
 {
     LogCapture log;
     DOMElement parent("p");
@@ -48,18 +50,15 @@ TEST(DOMElementChildTest, AppendChildTakesOwnership)
     EXPECT_EQ(raw->GetParent(), &parent);
 }
 
-TEST(DOMElementChildTest, InsertionOfNothingAsserts)
+TEST(DOMElementChildTest, InsertingNullAsserts)
 {
     DOMElement parent("p");
-    ExpectLogicException([&] { parent.AppendChild(parent.RemoveChild("missing")); },
-        "vancorexml\\main\\parser\\DOMElement",
-        412,
-        "child",
-        0x3E5D90A4);
+    const auto appendNull = [&] { parent.AppendChild(parent.RemoveChild("missing")); };
+    ExpectLogicException(appendNull, File, 412, "child", 0x3E5D90A4);
     EXPECT_FALSE(parent.HasChildren());
 }
 
-TEST(DOMElementChildTest, InsertBeforeANonChildIsLoggedAndAppends)
+TEST(DOMElementChildTest, InsertBeforeANonChildLogsAndAppends)
 {
     LogCapture log;
     DOMElement parent("p");
@@ -71,7 +70,7 @@ TEST(DOMElementChildTest, InsertBeforeANonChildIsLoggedAndAppends)
     ExpectMissingBeforeLogged(log, 1);
 }
 
-TEST(DOMElementChildTest, InsertionGivesTheWholeSubtreeTheDocument)
+TEST(DOMElementChildTest, InsertionSetsTheDocumentOfTheWholeSubtree)
 {
     DOM document;
     std::unique_ptr<DOMElement> child = NewElement("a");
@@ -83,7 +82,7 @@ TEST(DOMElementChildTest, InsertionGivesTheWholeSubtreeTheDocument)
     EXPECT_EQ(std::as_const(inner).GetDOMManager(), &document);
 }
 
-TEST(DOMElementChildTest, InsertionIntoATreeWithoutDocumentTakesTheDocumentAway)
+TEST(DOMElementChildTest, InsertionIntoATreeWithoutDocumentClearsTheDocument)
 {
     DOM document;
     document.GetRoot().AddNewChild("a", nullptr).AddNewChild("b", nullptr);
@@ -93,7 +92,7 @@ TEST(DOMElementChildTest, InsertionIntoATreeWithoutDocumentTakesTheDocumentAway)
     EXPECT_EQ(moved.GetChild("b")->GetDOMManager(), nullptr);
 }
 
-TEST(DOMElementChildTest, RemoveChildKeepsBothLinks)
+TEST(DOMElementChildTest, RemoveChildKeepsParentAndDocumentLinks)
 {
     DOM document;
     DOMElement& parent = document.GetRoot().AddNewChild("p", nullptr);
@@ -112,15 +111,11 @@ TEST(DOMElementChildTest, RemoveChildOfAnotherParentAsserts)
 {
     DOMElement parent("p");
     DOMElement& child = parent.AddNewChild("a", nullptr).AddNewChild("b", nullptr);
-    ExpectLogicException([&] { parent.RemoveChild(child); },
-        "vancorexml\\main\\parser\\DOMElement",
-        556,
-        "i != m_children.end()",
-        0x65F1A21B);
+    ExpectLogicException([&] { parent.RemoveChild(child); }, File, 556, "i != m_children.end()", 0x65F1A21B);
     EXPECT_EQ(ChildNames(*parent.GetChild("a")), "b");
 }
 
-TEST(DOMElementChildTest, RemoveChildByNameTakesTheFirst)
+TEST(DOMElementChildTest, RemoveChildByNameRemovesTheFirst)
 {
     DOMElement parent("p");
     DOMElement& first = parent.AddNewChild("a", nullptr);
@@ -153,7 +148,7 @@ TEST(DOMElementChildTest, RemoveChildrenReturnsAll)
     EXPECT_TRUE(parent.RemoveChildren().empty());
 }
 
-TEST(DOMElementChildTest, RemoveIfEmptyLooksAtTheChild)
+TEST(DOMElementChildTest, RemoveIfEmptyRemovesOnlyAnEmptyChild)
 {
     DOMElement parent("p");
     DOMElement& full = parent.AddNewChild("full", nullptr);
@@ -168,7 +163,7 @@ TEST(DOMElementChildTest, RemoveIfEmptyLooksAtTheChild)
     EXPECT_EQ(ChildNames(parent), "full");
 }
 
-TEST(DOMElementChildTest, RemoveIfEmptyByNameLooksAtTheFirst)
+TEST(DOMElementChildTest, RemoveIfEmptyByNameConsidersOnlyTheFirst)
 {
     DOMElement parent("p");
     parent.AddNewChild("a", nullptr).SetText("x");
@@ -182,16 +177,12 @@ TEST(DOMElementChildTest, RemoveIfEmptyOfANonChildAssertsOnlyWhenEmpty)
 {
     DOMElement parent("p");
     DOMElement stranger("s");
-    ExpectLogicException([&] { parent.RemoveIfEmpty(stranger); },
-        "vancorexml\\main\\parser\\DOMElement",
-        556,
-        "i != m_children.end()",
-        0x65F1A21B);
+    ExpectLogicException([&] { parent.RemoveIfEmpty(stranger); }, File, 556, "i != m_children.end()", 0x65F1A21B);
     stranger.SetText("x");
     EXPECT_EQ(parent.RemoveIfEmpty(stranger), nullptr);
 }
 
-TEST(DOMElementChildTest, IsChildOfClimbsAnyDepthButNotZero)
+TEST(DOMElementChildTest, IsChildOfIsTrueForAncestorsButNotForItself)
 {
     DOMElement top("t");
     DOMElement& middle = top.AddNewChild("m", nullptr);

@@ -5,7 +5,8 @@ using namespace treetest;
 
 namespace {
 
-// t(text, attribute, encoded, located) -> a -> b ; c
+// Gives `element` an encoded text, an attribute, locations and the children a and c. The child a gets an
+// encoded text, a location and a child b with an attribute.
 void Fill(DOMElement& element)
 {
     element.SetText("text", true);
@@ -43,7 +44,7 @@ struct DifferenceRow {
 
 }  // namespace
 
-TEST(DOMElementCopyTest, CopyIsEqualButLeavesOutLocationsAndTheFlag)
+TEST(DOMElementCopyTest, CopyIsEqualWithoutLocationsAndEncodedFlag)
 {
     DOM document;
     DOMElement& source = document.GetRoot().AddNewChild("t", nullptr);
@@ -79,7 +80,7 @@ TEST(DOMElementCopyTest, CopyIsIndependent)
     EXPECT_EQ(ChildNames(source), "a c");
 }
 
-TEST(DOMElementCopyTest, CopyDuplicatesRecordsAndTakesThemAlong)
+TEST(DOMElementCopyTest, CopyHasItsOwnRecordsUntilItDies)
 {
     DOM document;
     DOMElement& source = document.GetRoot().AddNewChild("t", nullptr);
@@ -140,14 +141,14 @@ TEST(DOMElementCopyTest, AssignmentCopiesRecordsAcrossDocuments)
     AddError(from.GetRoot(), "outer");
     AddError(*from.GetRoot().GetChild("a"), "inner");
     DOMElement& target = to.GetRoot().AddNewChild("t", nullptr);
-    AddError(target.AddNewChild("old", nullptr), "goes");
+    AddError(target.AddNewChild("old", nullptr), "dropped");
     target = from.GetRoot();
     EXPECT_EQ(ErrorsOf(target), (Texts{"outer", "inner"}));
     EXPECT_EQ(DOMTestAccess::ErrorEntries(to), 2u);
     EXPECT_EQ(DOMTestAccess::ErrorEntries(from), 2u);
 }
 
-TEST(DOMElementCopyTest, AssignmentKeepsRecordsThatTheTargetHas)
+TEST(DOMElementCopyTest, AssignmentDoesNotReplaceRecordsOfTheTarget)
 {
     DOM document;
     DOMElement& source = document.GetRoot().AddNewChild("s", nullptr);
@@ -160,7 +161,7 @@ TEST(DOMElementCopyTest, AssignmentKeepsRecordsThatTheTargetHas)
     EXPECT_EQ(WarningsOf(target), (Texts{"careful"}));
 }
 
-TEST(DOMElementCopyTest, AssignmentWithoutADocumentTakesNoRecords)
+TEST(DOMElementCopyTest, AssignmentToAnElementWithoutDocumentCopiesNoRecords)
 {
     DOM document;
     Fill(document.GetRoot());
@@ -186,7 +187,7 @@ TEST(DOMElementCopyTest, AssignsFromADescendant)
     EXPECT_EQ(element, expected);
     ExpectLinked(element, &document);
     EXPECT_EQ(ErrorsOf(element), (Texts{"a", "b"}));
-    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 4u);  // these and the copy's
+    EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 4u);  // two of `element` and two of `expected`
 }
 
 TEST(DOMElementCopyTest, AssignsFromAnAncestor)
@@ -207,7 +208,7 @@ TEST(DOMElementCopyTest, AssignsFromAnAncestor)
 
 class DOMElementDifferenceTest : public testing::TestWithParam<DifferenceRow> {};
 
-TEST_P(DOMElementDifferenceTest, IsSeenFromBothSides)
+TEST_P(DOMElementDifferenceTest, MakesElementsUnequalInBothDirections)
 {
     DOMElement a("t");
     Fill(a);
@@ -223,23 +224,25 @@ TEST_P(DOMElementDifferenceTest, IsSeenFromBothSides)
     EXPECT_NE(outerA, outerB);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of,
-    DOMElementDifferenceTest,
-    testing::Values(DifferenceRow{"Name", [](DOMElement& e) { e.SetName("other"); }},
-        DifferenceRow{"Text", [](DOMElement& e) { e.SetText("other"); }},
-        DifferenceRow{"AttributeCount", [](DOMElement& e) { e.SetAttribute("more", ""); }},
-        DifferenceRow{"AttributeName",
-            [](DOMElement& e) {
-                e.RemoveAttribute("n");
-                e.SetAttribute("m", "v");
-            }},
-        DifferenceRow{"AttributeValue", [](DOMElement& e) { e.SetAttribute("n", "w"); }},
-        DifferenceRow{"ChildCount", [](DOMElement& e) { e.AddNewChild("d", nullptr); }},
-        DifferenceRow{"ChildOrder", [](DOMElement& e) { e.GetChild("c")->MoveToFront(); }},
-        DifferenceRow{"Grandchild", [](DOMElement& e) { e.GetChild("a")->GetChild("b")->SetText("x"); }}),
-    [](const auto& row) { return row.param.name; });
+const DifferenceRow DifferenceRows[] = {
+    {"Name", [](DOMElement& e) { e.SetName("other"); }},
+    {"Text", [](DOMElement& e) { e.SetText("other"); }},
+    {"AttributeCount", [](DOMElement& e) { e.SetAttribute("more", ""); }},
+    {"AttributeName",
+        [](DOMElement& e) {
+            e.RemoveAttribute("n");
+            e.SetAttribute("m", "v");
+        }},
+    {"AttributeValue", [](DOMElement& e) { e.SetAttribute("n", "w"); }},
+    {"ChildCount", [](DOMElement& e) { e.AddNewChild("d", nullptr); }},
+    {"ChildOrder", [](DOMElement& e) { e.GetChild("c")->MoveToFront(); }},
+    {"Grandchild", [](DOMElement& e) { e.GetChild("a")->GetChild("b")->SetText("x"); }},
+};
 
-TEST(DOMElementCopyTest, ComparisonLeavesOutEverythingElse)
+INSTANTIATE_TEST_SUITE_P(
+    Of, DOMElementDifferenceTest, testing::ValuesIn(DifferenceRows), [](const auto& row) { return row.param.name; });
+
+TEST(DOMElementCopyTest, ComparisonIgnoresFlagsLocationsAndRecords)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("t", nullptr);

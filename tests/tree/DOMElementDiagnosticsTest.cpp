@@ -1,4 +1,4 @@
-// The element's side of diagnostics: the forwards and their assertions.
+// The diagnostics operations of DOMElement, which forward to the document and assert that there is one.
 #include "tests/tree/TreeTestSupport.h"
 
 using namespace treetest;
@@ -6,7 +6,7 @@ using testsupport::ExpectLogicException;
 
 namespace {
 
-struct ForwardRow {
+struct OperationRow {
     const char* operation;
     int line;
     std::uint32_t code;
@@ -18,39 +18,42 @@ std::list<VError::ErrorInfo> someInfos;
 
 }  // namespace
 
-class DOMElementForwardTest : public testing::TestWithParam<ForwardRow> {};
+class DOMElementDiagnosticsOperationTest : public testing::TestWithParam<OperationRow> {};
 
-TEST_P(DOMElementForwardTest, AssertsADocument)
+TEST_P(DOMElementDiagnosticsOperationTest, AssertsWithoutADocument)
 {
-    const ForwardRow& row = GetParam();
+    const OperationRow& row = GetParam();
     DOMElement element("a");
+    const char* const file = "vancorexml\\main\\parser\\DOMElement";
     const std::string text =
         std::string("DOMElement::") + row.operation + " can only be called on a DOMElement that is attached to a DOM";
-    ExpectLogicException(
-        [&] { row.run(element); }, "vancorexml\\main\\parser\\DOMElement", row.line, text.c_str(), row.code);
+    ExpectLogicException([&] { row.run(element); }, file, row.line, text.c_str(), row.code);
     DOM document;
     EXPECT_NO_THROW(row.run(document.GetRoot()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Each,
-    DOMElementForwardTest,
-    testing::Values(ForwardRow{"ClearErrors", 789, 0xBACFCB15, [](DOMElement& e) { e.ClearErrors(); }},
-        ForwardRow{"Error", 801, 0xCA9B9C3D, [](DOMElement& e) { e.Error("m", Info(1), false, false); }},
-        ForwardRow{"PrefixError", 810, 0x35B23465, [](DOMElement& e) { e.PrefixError("m", Info(1), false); }},
-        ForwardRow{"HasErrors", 818, 0xF2FE57DA, [](DOMElement& e) { e.HasErrors(); }},
-        ForwardRow{"HasUnreportedErrors", 827, 0x6BA33C74, [](DOMElement& e) { e.HasUnreportedErrors(); }},
-        ForwardRow{"HasCancelErrors", 836, 0x41FC1050, [](DOMElement& e) { e.HasCancelErrors(); }},
-        ForwardRow{"HasOnlyCancelErrors", 845, 0xB3A0A105, [](DOMElement& e) { e.HasOnlyCancelErrors(); }},
-        ForwardRow{"GetErrors", 853, 0x58C0A15B, [](DOMElement& e) { e.GetErrors(someTexts); }},
-        ForwardRow{"GetMetadataForErrors", 862, 0x325D575C, [](DOMElement& e) { e.GetMetadataForErrors(someInfos); }},
-        ForwardRow{"ClearWarnings", 871, 0x89E3A6EC, [](DOMElement& e) { e.ClearWarnings(); }},
-        ForwardRow{"Warning", 880, 0x7EFAD16F, [](DOMElement& e) { e.Warning("m", Info(1)); }},
-        ForwardRow{"PrefixWarning", 890, 0x97789898, [](DOMElement& e) { e.PrefixWarning("m", Info(1)); }},
-        ForwardRow{"HasWarnings", 898, 0x58D0894A, [](DOMElement& e) { e.HasWarnings(); }},
-        ForwardRow{"GetWarnings", 906, 0x4A1AF88C, [](DOMElement& e) { e.GetWarnings(someTexts); }},
-        ForwardRow{
-            "GetMetadataForWarnings", 915, 0x2DE19AB8, [](DOMElement& e) { e.GetMetadataForWarnings(someInfos); }}),
-    [](const auto& row) { return row.param.operation; });
+const OperationRow OperationRows[] = {
+    {"ClearErrors", 789, 0xBACFCB15, [](DOMElement& e) { e.ClearErrors(); }},
+    {"Error", 801, 0xCA9B9C3D, [](DOMElement& e) { e.Error("m", Info(1), false, false); }},
+    {"PrefixError", 810, 0x35B23465, [](DOMElement& e) { e.PrefixError("m", Info(1), false); }},
+    {"HasErrors", 818, 0xF2FE57DA, [](DOMElement& e) { e.HasErrors(); }},
+    {"HasUnreportedErrors", 827, 0x6BA33C74, [](DOMElement& e) { e.HasUnreportedErrors(); }},
+    {"HasCancelErrors", 836, 0x41FC1050, [](DOMElement& e) { e.HasCancelErrors(); }},
+    {"HasOnlyCancelErrors", 845, 0xB3A0A105, [](DOMElement& e) { e.HasOnlyCancelErrors(); }},
+    {"GetErrors", 853, 0x58C0A15B, [](DOMElement& e) { e.GetErrors(someTexts); }},
+    {"GetMetadataForErrors", 862, 0x325D575C, [](DOMElement& e) { e.GetMetadataForErrors(someInfos); }},
+    {"ClearWarnings", 871, 0x89E3A6EC, [](DOMElement& e) { e.ClearWarnings(); }},
+    {"Warning", 880, 0x7EFAD16F, [](DOMElement& e) { e.Warning("m", Info(1)); }},
+    {"PrefixWarning", 890, 0x97789898, [](DOMElement& e) { e.PrefixWarning("m", Info(1)); }},
+    {"HasWarnings", 898, 0x58D0894A, [](DOMElement& e) { e.HasWarnings(); }},
+    {"GetWarnings", 906, 0x4A1AF88C, [](DOMElement& e) { e.GetWarnings(someTexts); }},
+    {"GetMetadataForWarnings", 915, 0x2DE19AB8, [](DOMElement& e) { e.GetMetadataForWarnings(someInfos); }},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, DOMElementDiagnosticsOperationTest, testing::ValuesIn(OperationRows), [](const auto& row) {
+        return row.param.operation;
+    });
 
 TEST(DOMElementDiagnosticsTest, PrefixedErrorsComeFirst)
 {
@@ -70,7 +73,7 @@ TEST(DOMElementDiagnosticsTest, PrefixedWarningsComeFirst)
     EXPECT_EQ(WarningsOf(document.GetRoot()), (Texts{"prefix", "first"}));
 }
 
-TEST(DOMElementDiagnosticsTest, PrefixingManyIsLinear)
+TEST(DOMElementDiagnosticsTest, PrefixingManyErrorsTakesLinearTime)
 {
     DOM document;
     for (int i = 0; i < 300000; ++i)
@@ -81,7 +84,7 @@ TEST(DOMElementDiagnosticsTest, PrefixingManyIsLinear)
     EXPECT_EQ(messages.back(), VString("0"));
 }
 
-TEST(DOMElementDiagnosticsTest, PrefixedErrorsAreNoCancellations)
+TEST(DOMElementDiagnosticsTest, PrefixedErrorsAreNotCancellations)
 {
     DOM document;
     document.GetRoot().PrefixError("m", Info(1), true);
@@ -91,7 +94,7 @@ TEST(DOMElementDiagnosticsTest, PrefixedErrorsAreNoCancellations)
     EXPECT_TRUE(document.HasErrors());
 }
 
-TEST(DOMElementDiagnosticsTest, CollectorsAppendInDocumentOrder)
+TEST(DOMElementDiagnosticsTest, GettersAppendInDocumentOrder)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -110,7 +113,7 @@ TEST(DOMElementDiagnosticsTest, CollectorsAppendInDocumentOrder)
     EXPECT_EQ(infos, (std::list<VError::ErrorInfo>{Info(9), Info(2), Info(3)}));
 }
 
-TEST(DOMElementDiagnosticsTest, WarningsAreCollectedBesideErrors)
+TEST(DOMElementDiagnosticsTest, WarningsAndErrorsAreCollectedSeparately)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -123,7 +126,7 @@ TEST(DOMElementDiagnosticsTest, WarningsAreCollectedBesideErrors)
     EXPECT_EQ(infos, (std::list<VError::ErrorInfo>{Info(2)}));
 }
 
-TEST(DOMElementDiagnosticsTest, AnErrorShowsOnItsAncestorsNotOnSiblings)
+TEST(DOMElementDiagnosticsTest, ErrorShowsOnAncestorsButNotOnSiblings)
 {
     DOM document;
     DOMElement& grandparent = document.GetRoot().AddNewChild("g", nullptr);
@@ -139,7 +142,7 @@ TEST(DOMElementDiagnosticsTest, AnErrorShowsOnItsAncestorsNotOnSiblings)
     EXPECT_FALSE(parent.HasWarnings());
 }
 
-TEST(DOMElementDiagnosticsTest, AWarningShowsOnItsAncestorsNotOnSiblings)
+TEST(DOMElementDiagnosticsTest, WarningShowsOnAncestorsButNotOnSiblings)
 {
     DOM document;
     DOMElement& parent = document.GetRoot().AddNewChild("p", nullptr);
@@ -153,7 +156,7 @@ TEST(DOMElementDiagnosticsTest, AWarningShowsOnItsAncestorsNotOnSiblings)
     EXPECT_FALSE(document.HasErrors());
 }
 
-TEST(DOMElementDiagnosticsTest, ClearErrorsOfAnInnerElementTakesItsSubtree)
+TEST(DOMElementDiagnosticsTest, ClearErrorsClearsOnlyTheSubtree)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -169,7 +172,7 @@ TEST(DOMElementDiagnosticsTest, ClearErrorsOfAnInnerElementTakesItsSubtree)
     EXPECT_TRUE(b.HasErrors());
 }
 
-TEST(DOMElementDiagnosticsTest, ClearWarningsOfAnInnerElementTakesItsSubtree)
+TEST(DOMElementDiagnosticsTest, ClearWarningsClearsOnlyTheSubtree)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -182,7 +185,7 @@ TEST(DOMElementDiagnosticsTest, ClearWarningsOfAnInnerElementTakesItsSubtree)
     EXPECT_EQ(Strings(document.GetErrors()), (Texts{"error"}));
 }
 
-TEST(DOMElementDiagnosticsTest, ARootSpeaksForTheWholeDocument)
+TEST(DOMElementDiagnosticsTest, QueriesAndClearsOfARootCoverTheWholeDocument)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);

@@ -21,7 +21,7 @@ void ExpectRefusedAsOwnDescendant(const std::function<void()>& run)
     ExpectLogicException(run, File, 420, "An element cannot become its own descendant.", 0x7A41C0D3);
 }
 
-// The children that AdoptChildren stands for, moved one by one.
+// Does the same as AdoptChildren by inserting one child at a time.
 void AdoptOneByOne(DOMElement& parent, DOMElement& other, const DOMElement* before)
 {
     std::vector<std::unique_ptr<DOMElement>> children = other.RemoveChildren();
@@ -29,14 +29,32 @@ void AdoptOneByOne(DOMElement& parent, DOMElement& other, const DOMElement* befo
         parent.InsertChild(std::move(child), before);
 }
 
-const DOMElement* ChildAt(const DOMElement& parent, int position)
+struct Adoption {
+    std::string names;  // the children of the parent afterwards
+    std::size_t logged = 0;
+};
+
+// Calls `adopt` with a parent, another element, and the candidate with the number `before`. Candidate 0
+// is null, 1 is a stranger, 2 and 3 are children of the parent, 4 to 7 are children of the other element.
+template <typename Adopt>
+Adoption AdoptBefore(std::size_t before, Adopt adopt)
 {
-    return position < 0 ? nullptr : parent.GetChildren().at(static_cast<std::size_t>(position));
+    LogCapture log;
+    DOMElement parent("p");
+    DOMElement other("o");
+    const DOMElement stranger("s");
+    AddChildren(parent, {"x", "y"});
+    AddChildren(other, {"a", "b", "c", "d"});
+    std::vector<const DOMElement*> candidates{nullptr, &stranger};
+    candidates.insert(candidates.end(), parent.GetChildren().begin(), parent.GetChildren().end());
+    candidates.insert(candidates.end(), other.GetChildren().begin(), other.GetChildren().end());
+    adopt(parent, other, candidates.at(before));
+    return {ChildNames(parent), log.records.size()};
 }
 
 }  // namespace
 
-TEST(DOMElementMoveTest, MoveGoesBeforeTheChildOfTheNewParent)
+TEST(DOMElementMoveTest, MoveInsertsBeforeTheGivenChild)
 {
     DOMElement top("t");
     DOMElement& from = top.AddNewChild("from", nullptr);
@@ -75,7 +93,7 @@ TEST(DOMElementMoveTest, MoveOfARemovedChildAsserts)
     ExpectLogicException([&] { removed->Move(other, nullptr); }, File, 556, "i != m_children.end()", 0x65F1A21B);
 }
 
-TEST(DOMElementMoveTest, MoveToFrontGoesFirst)
+TEST(DOMElementMoveTest, MoveToFrontMakesTheChildTheFirst)
 {
     LogCapture log;
     DOMElement parent("p");
@@ -85,7 +103,7 @@ TEST(DOMElementMoveTest, MoveToFrontGoesFirst)
     EXPECT_TRUE(log.records.empty());
 }
 
-TEST(DOMElementMoveTest, MoveToFrontOfTheFirstGoesToTheEndAndIsLogged)
+TEST(DOMElementMoveTest, MoveToFrontOfTheFirstChildLogsAndMovesItToTheEnd)
 {
     LogCapture log;
     DOMElement parent("p");
@@ -113,7 +131,7 @@ TEST(DOMElementMoveTest, MoveToFrontWithoutAParentAsserts)
     ExpectLogicException([&] { element.MoveToFront(); }, File, 546, "parent", 0xD66645D1);
 }
 
-TEST(DOMElementMoveTest, AdoptTakesTheChildFromItsParent)
+TEST(DOMElementMoveTest, AdoptMovesTheChildFromItsParent)
 {
     DOM from;
     DOM to;
@@ -127,7 +145,7 @@ TEST(DOMElementMoveTest, AdoptTakesTheChildFromItsParent)
     EXPECT_EQ(child.GetDOMManager(), &to);
 }
 
-TEST(DOMElementMoveTest, AdoptOfItselfOrAnOwnChildChangesNothing)
+TEST(DOMElementMoveTest, AdoptingItselfOrAnOwnChildChangesNothing)
 {
     DOMElement top("t");
     DOMElement& parent = top.AddNewChild("p", nullptr);
@@ -142,16 +160,9 @@ TEST(DOMElementMoveTest, AdoptWithoutAParentAsserts)
 {
     DOMElement parent("p");
     DOMElement child("a");
-    ExpectLogicException([&] { parent.Adopt(child, nullptr); },
-        File,
-        492,
-        "Cannot adopt a child without an existing parent.",
-        0x956B8EC3);
-    ExpectLogicException([&] { parent.Adopt(parent, nullptr); },
-        File,
-        492,
-        "Cannot adopt a child without an existing parent.",
-        0x956B8EC3);
+    const char* const message = "Cannot adopt a child without an existing parent.";
+    ExpectLogicException([&] { parent.Adopt(child, nullptr); }, File, 492, message, 0x956B8EC3);
+    ExpectLogicException([&] { parent.Adopt(parent, nullptr); }, File, 492, message, 0x956B8EC3);
 }
 
 TEST(DOMElementMoveTest, AdoptChildrenKeepsTheirOrder)
@@ -174,42 +185,27 @@ TEST(DOMElementMoveTest, AdoptChildrenOfItselfChangesNothing)
     LogCapture log;
     DOMElement parent("p");
     AddChildren(parent, {"a", "b"});
-    for (const DOMElement* before : {static_cast<const DOMElement*>(nullptr), ChildAt(parent, 0), ChildAt(parent, 1)})
-        parent.AdoptChildren(parent, before);
+    parent.AdoptChildren(parent, nullptr);
+    parent.AdoptChildren(parent, parent.GetChild("a"));
+    parent.AdoptChildren(parent, parent.GetChild("b"));
     EXPECT_EQ(ChildNames(parent), "a b");
     EXPECT_TRUE(log.records.empty());
 }
 
-// Against the same children inserted in turn, for every "before" that there can be: a child
-// of this parent, of the other, of none.
-TEST(DOMElementMoveTest, AdoptChildrenIsInsertionOneByOne)
+TEST(DOMElementMoveTest, AdoptChildrenEqualsInsertingOneByOne)
 {
-    for (int before = -2; before < 6; ++before) {
-        std::string names[2];
-        std::size_t logged[2];
-        for (int way = 0; way < 2; ++way) {
-            LogCapture log;
-            DOMElement parent("p");
-            DOMElement other("o");
-            const DOMElement stranger("s");
-            AddChildren(parent, {"x", "y"});
-            AddChildren(other, {"a", "b", "c", "d"});
-            const DOMElement* const position = before == -2 ? &stranger
-                : before < 2                                ? ChildAt(parent, before)
-                                                            : ChildAt(other, before - 2);
-            if (way == 0)
-                parent.AdoptChildren(other, position);
-            else
-                AdoptOneByOne(parent, other, position);
-            names[way] = ChildNames(parent);
-            logged[way] = log.records.size();
-        }
-        EXPECT_EQ(names[0], names[1]) << before;
-        EXPECT_EQ(logged[0], logged[1]) << before;
+    const auto adoptChildren = [](DOMElement& parent, DOMElement& other, const DOMElement* before) {
+        parent.AdoptChildren(other, before);
+    };
+    for (std::size_t before = 0; before < 8; ++before) {
+        const Adoption adoption = AdoptBefore(before, adoptChildren);
+        const Adoption expected = AdoptBefore(before, AdoptOneByOne);
+        EXPECT_EQ(adoption.names, expected.names) << before;
+        EXPECT_EQ(adoption.logged, expected.logged) << before;
     }
 }
 
-TEST(DOMElementMoveTest, AdoptChildrenOfManyIsLinear)
+TEST(DOMElementMoveTest, AdoptChildrenTakesLinearTime)
 {
     DOMElement parent("p");
     DOMElement other("o");
@@ -258,8 +254,8 @@ TEST(DOMElementMoveTest, NoElementBecomesItsOwnDescendantByAdoptingItsSiblings)
     EXPECT_FALSE(low.HasChildren());
 }
 
-// A removed child still names its old parent, so that parent is above it.
-TEST(DOMElementMoveTest, TheOldParentCannotGoIntoItsRemovedChild)
+// A removed child keeps the link to its old parent, so the old parent counts as its ancestor.
+TEST(DOMElementMoveTest, OldParentCannotMoveIntoItsRemovedChild)
 {
     DOMElement top("t");
     DOMElement& parent = top.AddNewChild("p", nullptr);
@@ -269,7 +265,7 @@ TEST(DOMElementMoveTest, TheOldParentCannotGoIntoItsRemovedChild)
     EXPECT_EQ(parent.GetParent(), &top);
 }
 
-TEST(DOMElementMoveTest, ARemovedChildAdoptsItsOldSiblings)
+TEST(DOMElementMoveTest, RemovedChildCanAdoptItsOldSiblings)
 {
     DOMElement parent("p");
     AddChildren(parent, {"a", "b", "c"});
@@ -279,7 +275,7 @@ TEST(DOMElementMoveTest, ARemovedChildAdoptsItsOldSiblings)
     EXPECT_EQ(removed->GetParent(), &parent);
 }
 
-TEST(DOMElementMoveTest, SubtreesAreAppendedDownwardsInLinearTime)
+TEST(DOMElementMoveTest, AppendingSubtreesToTheLowestElementTakesLinearTime)
 {
     const testsupport::CpuTimeLimit limit(15);
     DOM document;
@@ -293,7 +289,7 @@ TEST(DOMElementMoveTest, SubtreesAreAppendedDownwardsInLinearTime)
     EXPECT_EQ(document.GetDocumentRoot()->GetName(), VString("a"));
 }
 
-TEST(DOMElementMoveTest, AWideSubtreeMovesWithoutAVisitToItsChildren)
+TEST(DOMElementMoveTest, MovingAnElementDoesNotVisitItsChildren)
 {
     const testsupport::CpuTimeLimit limit(15);
     DOM document;
@@ -309,7 +305,7 @@ TEST(DOMElementMoveTest, AWideSubtreeMovesWithoutAVisitToItsChildren)
     EXPECT_EQ(wide.GetParent(), &a);
 }
 
-TEST(DOMElementMoveTest, NoElementGoesBelowARemovedChildOfItsSubtree)
+TEST(DOMElementMoveTest, ElementCannotMoveBelowARemovedChildOfItsSubtree)
 {
     DOM document;
     DOMElement& top = document.GetRoot().AddNewChild("top", nullptr);
@@ -319,17 +315,17 @@ TEST(DOMElementMoveTest, NoElementGoesBelowARemovedChildOfItsSubtree)
     EXPECT_THROW(removed->AddNewChild("low", nullptr).AdoptChildren(document.GetRoot(), nullptr), LogicException);
 }
 
-TEST(DOMElementMoveTest, ChildrenAreFoundFromBothEnds)
+TEST(DOMElementMoveTest, LookupsNearTheEndOfManyChildrenAreFast)
 {
     const testsupport::CpuTimeLimit limit(15);
-    constexpr int Many = 200000;
+    constexpr int Count = 200000;
     DOM document;
     DOMElement& list = document.GetRoot().AddNewChild("list", nullptr);
     const DOMElement* last = &list.AddNewChild("last", nullptr);
-    for (int i = 0; i < Many; ++i)
+    for (int i = 0; i < Count; ++i)
         list.AddNewChild("child", last);
     EXPECT_EQ(list.GetChildren().back(), last);
-    for (int i = 0; i < Many; ++i)
+    for (int i = 0; i < Count; ++i)
         list.RemoveChild(*list.GetChildren().back()).reset();
     EXPECT_EQ(list.GetChildren().size(), 1u);
 }

@@ -6,7 +6,7 @@ using namespace treetest;
 
 namespace {
 
-// `run` throws a DOMException with that message, code and key, caused by the caller.
+// Expects that `run` throws a DOMException with this message, code and key, caused by the caller.
 void ExpectMissing(const std::function<void()>& run, const char* message, std::uint32_t code, const char* key)
 {
     try {
@@ -79,14 +79,14 @@ TEST(DOMElementTest, SetTextReplacesTextAndFlag)
     EXPECT_TRUE(element.IsEncoded());
 }
 
-TEST(DOMElementTest, AppendingAnEncodedPieceToAFreshElementLeavesItPlain)
+TEST(DOMElementTest, AppendingEncodedTextToANewElementLeavesItPlain)
 {
     DOMElement element("a");
     element.AppendText("x", true);
     EXPECT_FALSE(element.IsEncoded());
 }
 
-TEST(DOMElementTest, TextStaysEncodedWhileEveryPieceIs)
+TEST(DOMElementTest, TextIsEncodedWhileEveryPieceIsEncoded)
 {
     DOMElement element("a");
     element.SetText("x", true);
@@ -105,7 +105,7 @@ TEST(DOMElementTest, AppendsItsOwnText)
     EXPECT_EQ(element.GetText(), VString("xyxy"));
 }
 
-// Piece by piece as a parser delivers it; copying the whole each time would take hours.
+// Parsers append a text in pieces. Copying the whole text for each piece would take hours.
 TEST(DOMElementTest, AppendsManyPiecesInPlace)
 {
     DOMElement element("a");
@@ -116,7 +116,7 @@ TEST(DOMElementTest, AppendsManyPiecesInPlace)
     EXPECT_EQ(element.GetText()[9999999], u'9');
 }
 
-TEST(DOMElementTest, AnyContentMakesItNonEmpty)
+TEST(DOMElementTest, TextAttributeOrChildMakesAnElementNonEmpty)
 {
     DOMElement text("a");
     text.SetText("x");
@@ -131,7 +131,7 @@ TEST(DOMElementTest, AnyContentMakesItNonEmpty)
 
 class StringToBoolTest : public testing::TestWithParam<BoolRow> {};
 
-TEST_P(StringToBoolTest, ReadsExactSpellings)
+TEST_P(StringToBoolTest, AcceptsOnlyExactSpellings)
 {
     const BoolRow& row = GetParam();
     bool out = !row.value;
@@ -139,21 +139,23 @@ TEST_P(StringToBoolTest, ReadsExactSpellings)
     EXPECT_EQ(out, row.result ? row.value : !row.value);
 }
 
-INSTANTIATE_TEST_SUITE_P(Spellings,
-    StringToBoolTest,
-    testing::Values(BoolRow{"True", "true", true, true},
-        BoolRow{"Yes", "yes", true, true},
-        BoolRow{"One", "1", true, true},
-        BoolRow{"False", "false", true, false},
-        BoolRow{"No", "no", true, false},
-        BoolRow{"Zero", "0", true, false},
-        BoolRow{"UpperTrue", "TRUE", false, true},
-        BoolRow{"UpperTrueFalse", "TRUE", false, false},
-        BoolRow{"Blank", " true", false, true},
-        BoolRow{"Empty", "", false, false},
-        BoolRow{"Two", "2", false, true},
-        BoolRow{"CapitalNo", "No", false, false}),
-    [](const auto& row) { return std::string(row.param.name) + (row.param.value ? "" : "Off"); });
+const BoolRow BoolRows[] = {
+    {"True", "true", true, true},
+    {"Yes", "yes", true, true},
+    {"One", "1", true, true},
+    {"False", "false", true, false},
+    {"No", "no", true, false},
+    {"Zero", "0", true, false},
+    {"CapitalsLeaveFalse", "TRUE", false, true},
+    {"CapitalsLeaveTrue", "TRUE", false, false},
+    {"LeadingBlank", " true", false, true},
+    {"Empty", "", false, false},
+    {"Two", "2", false, true},
+    {"CapitalizedNo", "No", false, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Spellings, StringToBoolTest, testing::ValuesIn(BoolRows), [](const auto& row) { return row.param.name; });
 
 TEST(DOMElementTest, SetAttributeInsertsAndOverwrites)
 {
@@ -193,7 +195,7 @@ TEST(DOMElementTest, SetAttributesOfItsOwnMapChangesNothing)
     EXPECT_EQ(element.GetAttribute("n"), VString("1"));
 }
 
-TEST(DOMElementTest, RemoveAttributeErasesIfPresent)
+TEST(DOMElementTest, RemoveAttributeErasesOnlyThatAttribute)
 {
     DOMElement element("a");
     element.SetAttribute("n", "1");
@@ -212,7 +214,7 @@ TEST(DOMElementTest, RequireAttributeNamesTheMissingOne)
         [&] { element.RequireAttribute("m"); }, "m", 0x3473F8A4, "DOMException_RequiredDOMAttribute_0x3473F8A4");
 }
 
-TEST(DOMElementTest, GetParentAttrTakesTheNearest)
+TEST(DOMElementTest, GetParentAttrReturnsTheNearestValue)
 {
     DOMElement top("top");
     DOMElement& middle = top.AddNewChild("middle", nullptr);
@@ -226,7 +228,7 @@ TEST(DOMElementTest, GetParentAttrTakesTheNearest)
     EXPECT_EQ(low.GetParentAttr("n"), VString("low"));
 }
 
-TEST(DOMElementTest, AdoptAttributeMovesOne)
+TEST(DOMElementTest, AdoptAttributeMovesTheAttribute)
 {
     DOMElement target("a");
     DOMElement source("b");
@@ -260,7 +262,7 @@ TEST(DOMElementTest, AdoptAttributesWithoutOverwritingStillEmptiesTheOther)
     EXPECT_FALSE(source.HasAttributes());
 }
 
-TEST(DOMElementTest, AdoptAttributesOfAnElementWithoutAny)
+TEST(DOMElementTest, AdoptAttributesMovesAllIntoAnElementWithoutAny)
 {
     for (const bool overwrite : {false, true}) {
         DOMElement target("a");
@@ -282,7 +284,7 @@ TEST(DOMElementTest, AdoptAttributesFromItselfChangesNothing)
     EXPECT_EQ(element.GetAttribute("n"), VString("1"));
 }
 
-TEST(DOMElementTest, LookupsFindTheFirstOfAName)
+TEST(DOMElementTest, LookupsReturnTheFirstChildOfTheName)
 {
     DOMElement element("a");
     DOMElement& first = element.AddNewChild("b", nullptr);
@@ -296,7 +298,7 @@ TEST(DOMElementTest, LookupsFindTheFirstOfAName)
     EXPECT_EQ(&element.GetOrNewChild("b"), &first);
 }
 
-TEST(DOMElementTest, LookupsOfAMissingName)
+TEST(DOMElementTest, OnlyGetOrNewChildCreatesAMissingChild)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
@@ -311,12 +313,15 @@ TEST(DOMElementTest, LookupsOfAMissingName)
 TEST(DOMElementTest, GetRequiredChildNamesTheMissingOne)
 {
     DOMElement element("a");
-    for (const auto& run : std::vector<std::function<void()>>{
-             [&] { element.GetRequiredChild("c"); }, [&] { std::as_const(element).GetRequiredChild("c"); }})
-        ExpectMissing(run, "c", 0x26487BC2, "DOMException_RequiredChildMissing_0x26487BC2");
+    const std::function<void()> lookups[] = {
+        [&] { element.GetRequiredChild("c"); },
+        [&] { std::as_const(element).GetRequiredChild("c"); },
+    };
+    for (const auto& lookup : lookups)
+        ExpectMissing(lookup, "c", 0x26487BC2, "DOMException_RequiredChildMissing_0x26487BC2");
 }
 
-TEST(DOMElementTest, GetRequiredChildByAttrTakesTheFirstMatch)
+TEST(DOMElementTest, GetRequiredChildByAttrReturnsTheFirstMatch)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
@@ -332,8 +337,11 @@ TEST(DOMElementTest, GetRequiredChildByAttrNamesTheAttribute)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
-    // A child that lacks the attribute does not have the empty value.
-    for (const auto& run : std::vector<std::function<void()>>{[&] { element.GetRequiredChildByAttr("n", ""); },
-             [&] { std::as_const(element).GetRequiredChildByAttr("n", "v"); }})
-        ExpectMissing(run, "n", 0x21039DFE, "DOMException_RequiredChildByAttribute_0x21039DFE");
+    // A missing attribute does not match the empty value.
+    const std::function<void()> lookups[] = {
+        [&] { element.GetRequiredChildByAttr("n", ""); },
+        [&] { std::as_const(element).GetRequiredChildByAttr("n", "v"); },
+    };
+    for (const auto& lookup : lookups)
+        ExpectMissing(lookup, "n", 0x21039DFE, "DOMException_RequiredChildByAttribute_0x21039DFE");
 }

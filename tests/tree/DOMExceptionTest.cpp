@@ -15,7 +15,7 @@ DOMException Example()
 
 }  // namespace
 
-TEST(DOMExceptionTest, KeepsMessageAndIdentity)
+TEST(DOMExceptionTest, KeepsMessageAndErrorInfo)
 {
     const DOMException exception = Example();
     EXPECT_EQ(exception.GetMessage(), VString("missing"));
@@ -23,7 +23,7 @@ TEST(DOMExceptionTest, KeepsMessageAndIdentity)
     EXPECT_STREQ(exception.what(), "missing");
 }
 
-TEST(DOMExceptionTest, CloneIsOfItsOwnType)
+TEST(DOMExceptionTest, CloneHasTheSameType)
 {
     const std::unique_ptr<VantoraException> clone(Example().Clone());
     EXPECT_NE(dynamic_cast<DOMException*>(clone.get()), nullptr);
@@ -31,14 +31,14 @@ TEST(DOMExceptionTest, CloneIsOfItsOwnType)
     EXPECT_EQ(clone->GetErrorInfo(), treetest::Info(5));
 }
 
-TEST(DOMExceptionTest, ThrowKeepsTheTypeThroughTheBase)
+TEST(DOMExceptionTest, ThrowThroughTheBaseKeepsTheType)
 {
     const DOMException exception = Example();
     const VantoraException& base = exception;
     EXPECT_THROW(base.Throw(), DOMException);
 }
 
-TEST(DOMExceptionTest, AssignmentTakesBoth)
+TEST(DOMExceptionTest, AssignmentCopiesMessageAndErrorInfo)
 {
     DOMException exception("other", treetest::Info(6));
     exception = Example();
@@ -46,9 +46,9 @@ TEST(DOMExceptionTest, AssignmentTakesBoth)
     EXPECT_EQ(exception.GetErrorInfo().GetCode(), 5u);
 }
 
-// The text of what() after a failed lookup.
+// The text that what() returns for the exception of a failed lookup.
 template <typename Lookup>
-std::string WhatOf(const Lookup& lookup)
+std::string ExceptionText(const Lookup& lookup)
 {
     try {
         lookup(DOMElement("settings"));
@@ -61,12 +61,12 @@ std::string WhatOf(const Lookup& lookup)
     return "no exception";
 }
 
-TEST(DOMExceptionTest, WhatNamesTheMissingChildOrAttribute)
+TEST(DOMExceptionTest, TextNamesTheMissingChildOrAttribute)
 {
-    EXPECT_EQ(
-        WhatOf([](const DOMElement& e) { e.GetRequiredChild("logging"); }), "The element has no child \"logging\".");
-    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.GetRequiredChildByAttr("logging", "1"); }),
+    EXPECT_EQ(ExceptionText([](const DOMElement& e) { e.GetRequiredChild("logging"); }),
+        "The element has no child \"logging\".");
+    EXPECT_EQ(ExceptionText([](const DOMElement& e) { e.GetRequiredChildByAttr("logging", "1"); }),
         "No child of the element has the required value of the attribute \"logging\".");
-    EXPECT_EQ(WhatOf([](const DOMElement& e) { e.RequireAttribute("logging"); }),
+    EXPECT_EQ(ExceptionText([](const DOMElement& e) { e.RequireAttribute("logging"); }),
         "The element has no attribute \"logging\".");
 }

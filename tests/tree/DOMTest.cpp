@@ -20,7 +20,7 @@ DOMElement& AddChain(DOMElement& top, int levels)
     return *low;
 }
 
-// `from` becomes `to` as a name and a path of every kind.
+// Registers `to` as the new name of `from` in every table of renames.
 void RegisterRenames(DOM& document, const VString& from, const VString& to)
 {
     document.AddCaptionRename(from, to);
@@ -50,7 +50,7 @@ Texts RenamesOf(const DOM& document, const VString& name)
 
 }  // namespace
 
-TEST(DOMTest, StartsWithTheTopElementOnly)
+TEST(DOMTest, StartsWithTheRootOnly)
 {
     DOM document;
     EXPECT_EQ(document.GetRoot().GetName(), VString("Document"));
@@ -72,7 +72,7 @@ TEST(DOMTest, DocumentRootIsTheFirstChild)
     EXPECT_EQ(std::as_const(document).GetDocumentRoot(), &first);
 }
 
-TEST(DOMTest, GetElementLooksAThousandLevelsDown)
+TEST(DOMTest, GetElementSearchesAThousandLevels)
 {
     DOM document;
     DOMElement& last = AddChain(document.GetRoot(), 999).AddNewChild("here", nullptr);
@@ -95,7 +95,7 @@ TEST(DOMTest, SettingsAreStored)
     EXPECT_EQ(document.GetProtectedDataSourceName(), VString("ds"));
 }
 
-TEST(DOMTest, ComparesTheTreesAlone)
+TEST(DOMTest, ComparisonConsidersOnlyTheTrees)
 {
     DOM a;
     DOM b(true);
@@ -110,7 +110,7 @@ TEST(DOMTest, ComparesTheTreesAlone)
     EXPECT_TRUE(a != b);
 }
 
-TEST(DOMTest, DeepCopyTakesTheTree)
+TEST(DOMTest, DeepCopyCopiesTheTree)
 {
     DOM source;
     DOM copy;
@@ -126,7 +126,7 @@ TEST(DOMTest, DeepCopyTakesTheTree)
     EXPECT_EQ(source.GetDocumentRoot()->GetText(), VString());
 }
 
-TEST(DOMTest, DeepCopyTakesTheDiagnosticsInsteadOfItsOwn)
+TEST(DOMTest, DeepCopyReplacesTheDiagnostics)
 {
     DOM source;
     DOM copy;
@@ -143,7 +143,7 @@ TEST(DOMTest, DeepCopyTakesTheDiagnosticsInsteadOfItsOwn)
     EXPECT_EQ(Strings(source.GetErrors()), (Texts{"root", "low"}));
 }
 
-TEST(DOMTest, DeepCopyTakesTheSettings)
+TEST(DOMTest, DeepCopyCopiesTheSettings)
 {
     DOM source(true);
     source.SetProtectedDataSourceName("ds");
@@ -159,7 +159,7 @@ TEST(DOMTest, DeepCopyTakesTheSettings)
     EXPECT_FALSE(copy.GetRestrictExternalPaths());
 }
 
-TEST(DOMTest, DeepCopyTakesEveryKindOfRename)
+TEST(DOMTest, DeepCopyCopiesEveryKindOfRename)
 {
     DOM source;
     RegisterRenames(source, "old", "new");
@@ -169,7 +169,7 @@ TEST(DOMTest, DeepCopyTakesEveryKindOfRename)
     EXPECT_EQ(RenamesOf(copy, "old"), (Texts{"new", "new", "new", "new", "[new].[new]", "new"}));
 }
 
-TEST(DOMTest, DeepCopyKeepsNoRenameOfItsOwn)
+TEST(DOMTest, DeepCopyDropsTheRenamesOfTheTarget)
 {
     DOM copy;
     RegisterRenames(copy, "own", "new");
@@ -189,7 +189,7 @@ TEST(DOMTest, DeepCopyOfItselfKeepsTheTreeAndClearsDiagnostics)
     EXPECT_EQ(document.GetCaptionRenameIfItExists("c"), VString("c2"));
 }
 
-TEST(DOMTest, DeepCopyAssertsTwoTopElements)
+TEST(DOMTest, DeepCopyAssertsThatBothDocumentsHaveARoot)
 {
     DOM a;
     DOM b;
@@ -201,7 +201,7 @@ TEST(DOMTest, DeepCopyAssertsTwoTopElements)
     EXPECT_EQ(a, b);
 }
 
-TEST(DOMTest, DiesWithDiagnosticsEverywhere)
+TEST(DOMTest, DestructionIsSafeWithManyDiagnostics)
 {
     auto document = std::make_unique<DOM>();
     AddError(document->GetRoot(), "root");

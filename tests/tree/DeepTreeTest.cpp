@@ -1,4 +1,4 @@
-// A million levels: no operation may use a call stack that grows with them.
+// Trees with a million levels. No operation may use a call stack that grows with the depth.
 #include "tests/tree/TreeTestSupport.h"
 
 using namespace treetest;
@@ -38,7 +38,7 @@ TEST(DeepTreeTest, IsCopiedComparedAndAssigned)
     EXPECT_TRUE(copy == document.GetRoot());
 }
 
-TEST(DeepTreeTest, IsAssignedFromItsOwnMiddle)
+TEST(DeepTreeTest, IsAssignedFromItsMiddleElement)
 {
     DOMElement top("top");
     DOMElement& middle = AddChain(top, Levels / 2);
@@ -48,7 +48,7 @@ TEST(DeepTreeTest, IsAssignedFromItsOwnMiddle)
     EXPECT_TRUE(top.HasChildren());
 }
 
-TEST(DeepTreeTest, ChangesItsDocumentWithAllRecords)
+TEST(DeepTreeTest, MovesToAnotherDocumentWithItsRecords)
 {
     DOM from;
     DOM to;

@@ -1,5 +1,5 @@
-// Elements that keep links without being in a tree, and every order in which they, their old
-// parents and their documents may die. Freed memory shows under the address sanitizer.
+// Detached elements keep links to their old parents and documents. The tests destroy elements, parents
+// and documents in every order; the address sanitizer detects uses of freed memory.
 #include <algorithm>
 
 #include "tests/tree/TreeTestSupport.h"
@@ -13,7 +13,7 @@ std::unique_ptr<DOMElement> RemoveFromParent(DOMElement& element)
     return element.GetParent()->RemoveChild(element);
 }
 
-// Follows the links of an element as the library does.
+// Calls operations that follow the links of `element` and of its subtree.
 void UseLinks(const DOMElement& element)
 {
     element.GetParentAttr("n");
@@ -27,7 +27,7 @@ void UseLinks(const DOMElement& element)
         UseLinks(*child);
 }
 
-// Calls `run` with every order of 0 to count - 1.
+// Calls `run` with every permutation of 0 to count - 1.
 void ForEachOrder(std::size_t count, const std::function<void(const std::vector<std::size_t>&)>& run)
 {
     std::vector<std::size_t> order(count);
@@ -38,20 +38,20 @@ void ForEachOrder(std::size_t count, const std::function<void(const std::vector<
     while (std::next_permutation(order.begin(), order.end()));
 }
 
-// Elements out of their trees and the documents they came from.
-struct Outside {
+// Detached elements and the documents that they come from. Destroyed objects become null.
+struct DetachedObjects {
     std::vector<std::unique_ptr<DOM>> documents;
     std::vector<std::unique_ptr<DOMElement>> elements;
 
     std::size_t size() const { return documents.size() + elements.size(); }
-    void Kill(std::size_t which)
+    void Destroy(std::size_t index)
     {
-        if (which < documents.size())
-            documents[which].reset();
+        if (index < documents.size())
+            documents[index].reset();
         else
-            elements[which - documents.size()].reset();
+            elements[index - documents.size()].reset();
     }
-    void Use() const
+    void UseLinksOfAll() const
     {
         for (const auto& document : documents) {
             if (document)
@@ -64,10 +64,10 @@ struct Outside {
     }
 };
 
-DOM& NewDocument(Outside& outside)
+DOM& NewDocument(DetachedObjects& detached)
 {
-    outside.documents.push_back(std::make_unique<DOM>());
-    DOM& document = *outside.documents.back();
+    detached.documents.push_back(std::make_unique<DOM>());
+    DOM& document = *detached.documents.back();
     DOMElement& top = document.GetRoot().AddNewChild("top", nullptr);
     DOMElement& parent = top.AddNewChild("parent", nullptr);
     DOMElement& child = parent.AddNewChild("child", nullptr);
@@ -85,49 +85,49 @@ DOMElement& Find(DOM& document, const VString& name)
 
 struct Scene {
     const char* name;
-    std::function<void(Outside&)> build;
+    std::function<void(DetachedObjects&)> build;
 };
 
-void RemovedParentAndChild(Outside& outside)
+void RemovedParentAndChild(DetachedObjects& detached)
 {
-    DOM& document = NewDocument(outside);
+    DOM& document = NewDocument(detached);
     DOMElement& parent = Find(document, "parent");
     outside.elements.push_back(RemoveFromParent(*parent.GetChild("child")));
     outside.elements.push_back(RemoveFromParent(parent));
 }
 
-void ChainOfRemovals(Outside& outside)
+void ChainOfRemovals(DetachedObjects& detached)
 {
     DOM& document = NewDocument(outside);
     std::unique_ptr<DOMElement> parent = RemoveFromParent(Find(document, "parent"));
     std::unique_ptr<DOMElement> child = parent->RemoveChild("child");
     std::unique_ptr<DOMElement> grandchild = child->RemoveChild("grandchild");
-    outside.elements.push_back(grandchild->RemoveChild("low"));
-    outside.elements.push_back(std::move(grandchild));
-    outside.elements.push_back(std::move(child));
-    outside.elements.push_back(std::move(parent));
+    detached.elements.push_back(grandchild->RemoveChild("low"));
+    detached.elements.push_back(std::move(grandchild));
+    detached.elements.push_back(std::move(child));
+    detached.elements.push_back(std::move(parent));
 }
 
-void Copies(Outside& outside)
+void Copies(DetachedObjects& detached)
 {
-    DOM& document = NewDocument(outside);
-    outside.elements.push_back(std::make_unique<DOMElement>(Find(document, "parent")));
-    outside.elements.push_back(std::make_unique<DOMElement>(*outside.elements[0]));
-    outside.elements.push_back(outside.elements[0]->RemoveChild("child"));
-    outside.elements.push_back(std::make_unique<DOMElement>(document.GetRoot()));
+    DOM& document = NewDocument(detached);
+    detached.elements.push_back(std::make_unique<DOMElement>(Find(document, "parent")));
+    detached.elements.push_back(std::make_unique<DOMElement>(*detached.elements[0]));
+    detached.elements.push_back(detached.elements[0]->RemoveChild("child"));
+    detached.elements.push_back(std::make_unique<DOMElement>(document.GetRoot()));
 }
 
-void IntoAnotherDocument(Outside& outside)
+void MovedIntoAnotherDocument(DetachedObjects& detached)
 {
-    DOM& from = NewDocument(outside);
-    DOM& to = NewDocument(outside);
+    DOM& from = NewDocument(detached);
+    DOM& to = NewDocument(detached);
     DOMElement& child = Find(from, "child");
     outside.elements.push_back(RemoveFromParent(Find(from, "low")));
     outside.elements.push_back(RemoveFromParent(*child.GetChild("grandchild")));
     Find(to, "low").AppendChild(RemoveFromParent(child));
 }
 
-void ParentIntoAnotherDocument(Outside& outside)
+void ParentMovedIntoAnotherDocument(DetachedObjects& detached)
 {
     DOM& from = NewDocument(outside);
     DOM& to = NewDocument(outside);
@@ -136,7 +136,7 @@ void ParentIntoAnotherDocument(Outside& outside)
     outside.elements.push_back(RemoveFromParent(*to.GetElement("low")->GetChild("parent")));
 }
 
-void IntoATreeWithoutDocument(Outside& outside)
+void MovedIntoATreeWithoutDocument(DetachedObjects& detached)
 {
     DOM& document = NewDocument(outside);
     outside.elements.push_back(NewElement("free"));
@@ -145,26 +145,26 @@ void IntoATreeWithoutDocument(Outside& outside)
     outside.elements.push_back(outside.elements[0]->RemoveChild("child"));
 }
 
-void WithoutAnyDocument(Outside& outside)
+void TreeWithoutDocument(DetachedObjects& detached)
 {
-    outside.elements.push_back(NewElement("top"));
-    DOMElement& parent = outside.elements[0]->AddNewChild("parent", nullptr);
+    detached.elements.push_back(NewElement("top"));
+    DOMElement& parent = detached.elements[0]->AddNewChild("parent", nullptr);
     parent.AddNewChild("child", nullptr).AddNewChild("low", nullptr);
     outside.elements.push_back(parent.RemoveChild("child"));
     outside.elements.push_back(outside.elements[1]->RemoveChild("low"));
     outside.elements.push_back(RemoveFromParent(parent));
 }
 
-void RemovedTogether(Outside& outside)
+void RemovedTogether(DetachedObjects& detached)
 {
-    DOM& document = NewDocument(outside);
+    DOM& document = NewDocument(detached);
     Find(document, "parent").AddNewChild("second", nullptr);
     for (std::unique_ptr<DOMElement>& child : Find(document, "parent").RemoveChildren())
         outside.elements.push_back(std::move(child));
     outside.elements.push_back(RemoveFromParent(Find(document, "parent")));
 }
 
-void RecordsOfAnotherDocument(Outside& outside)
+void RecordsInAnotherDocument(DetachedObjects& detached)
 {
     DOM& from = NewDocument(outside);
     DOM& to = NewDocument(outside);
@@ -178,38 +178,40 @@ class DetachedElementsOrderTest : public testing::TestWithParam<Scene> {};
 
 }  // namespace
 
-TEST_P(DetachedElementsOrderTest, EveryOrderOfDeathIsSafe)
+TEST_P(DetachedElementsOrderTest, EveryOrderOfDestructionIsSafe)
 {
     std::size_t count = 0;
     {
-        Outside outside;
-        GetParam().build(outside);
-        count = outside.size();
+        DetachedObjects detached;
+        GetParam().build(detached);
+        count = detached.size();
     }
     ForEachOrder(count, [](const std::vector<std::size_t>& order) {
-        Outside outside;
-        GetParam().build(outside);
-        for (const std::size_t which : order) {
-            outside.Use();
-            outside.Kill(which);
+        DetachedObjects detached;
+        GetParam().build(detached);
+        for (const std::size_t index : order) {
+            detached.UseLinksOfAll();
+            detached.Destroy(index);
         }
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Of,
-    DetachedElementsOrderTest,
-    testing::Values(Scene{"RemovedParentAndChild", RemovedParentAndChild},
-        Scene{"ChainOfRemovals", ChainOfRemovals},
-        Scene{"Copies", Copies},
-        Scene{"IntoAnotherDocument", IntoAnotherDocument},
-        Scene{"ParentIntoAnotherDocument", ParentIntoAnotherDocument},
-        Scene{"IntoATreeWithoutDocument", IntoATreeWithoutDocument},
-        Scene{"WithoutAnyDocument", WithoutAnyDocument},
-        Scene{"RemovedTogether", RemovedTogether},
-        Scene{"RecordsOfAnotherDocument", RecordsOfAnotherDocument}),
-    [](const auto& row) { return row.param.name; });
+const Scene Scenes[] = {
+    {"RemovedParentAndChild", RemovedParentAndChild},
+    {"ChainOfRemovals", ChainOfRemovals},
+    {"Copies", Copies},
+    {"MovedIntoAnotherDocument", MovedIntoAnotherDocument},
+    {"ParentMovedIntoAnotherDocument", ParentMovedIntoAnotherDocument},
+    {"MovedIntoATreeWithoutDocument", MovedIntoATreeWithoutDocument},
+    {"TreeWithoutDocument", TreeWithoutDocument},
+    {"RemovedTogether", RemovedTogether},
+    {"RecordsInAnotherDocument", RecordsInAnotherDocument},
+};
 
-TEST(DetachedElementsTest, TheParentLinkEndsWithTheParent)
+INSTANTIATE_TEST_SUITE_P(
+    Of, DetachedElementsOrderTest, testing::ValuesIn(Scenes), [](const auto& row) { return row.param.name; });
+
+TEST(DetachedElementsTest, ParentLinkIsClearedWhenTheParentDies)
 {
     DOM document;
     DOMElement& parent = document.GetRoot().AddNewChild("p", nullptr);
@@ -221,7 +223,7 @@ TEST(DetachedElementsTest, TheParentLinkEndsWithTheParent)
     EXPECT_EQ(removed->GetDOMManager(), &document);
 }
 
-TEST(DetachedElementsTest, TheDocumentLinkOfTheSubtreeEndsWithTheDocument)
+TEST(DetachedElementsTest, DocumentLinksOfTheSubtreeAreClearedWhenTheDocumentDies)
 {
     auto document = std::make_unique<DOM>();
     document->GetRoot().AddNewChild("a", nullptr).AddNewChild("b", nullptr);
@@ -235,7 +237,7 @@ TEST(DetachedElementsTest, TheDocumentLinkOfTheSubtreeEndsWithTheDocument)
     EXPECT_EQ(copy.GetChild("b")->GetDOMManager(), nullptr);
 }
 
-TEST(DetachedElementsTest, AnInsertedElementForgetsItsOldLinks)
+TEST(DetachedElementsTest, InsertionReplacesTheOldLinks)
 {
     DOM to;
     {
@@ -247,7 +249,7 @@ TEST(DetachedElementsTest, AnInsertedElementForgetsItsOldLinks)
     EXPECT_EQ(to.GetDocumentRoot()->GetDOMManager(), &to);
 }
 
-TEST(DetachedElementsTest, AChildCopiedIntoTheTreeIsNoLongerOutside)
+TEST(DetachedElementsTest, CopyInsertedIntoTheTreeIsNoLongerDetached)
 {
     auto document = std::make_unique<DOM>();
     DOMElement& a = document->GetRoot().AddNewChild("a", nullptr);
@@ -257,7 +259,7 @@ TEST(DetachedElementsTest, AChildCopiedIntoTheTreeIsNoLongerOutside)
     document.reset();
 }
 
-TEST(DetachedElementsTest, ARemovedChildDiesWithItsOwnRecordsOnly)
+TEST(DetachedElementsTest, DestroyingARemovedChildErasesOnlyItsOwnRecords)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -269,9 +271,9 @@ TEST(DetachedElementsTest, ARemovedChildDiesWithItsOwnRecordsOnly)
     EXPECT_EQ(Strings(document.GetErrors()), (Texts{"root"}));
 }
 
-// Without a parent it is a root, and roots speak for the document; but it is not the
-// document's own, so it takes along only what is its own.
-TEST(DetachedElementsTest, AnOrphanDiesWithItsOwnRecordsOnly)
+// ClearErrors of an element without a parent clears the whole document. The destruction of such an
+// element must erase only its own records, because it is not the root of the document.
+TEST(DetachedElementsTest, DestroyingAnOrphanErasesOnlyItsOwnRecords)
 {
     DOM document;
     DOMElement& parent = document.GetRoot().AddNewChild("p", nullptr);

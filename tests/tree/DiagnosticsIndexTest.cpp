@@ -1,5 +1,5 @@
-// The index behind the tests for diagnostics, against the plain form of the tests: gather
-// the elements with such a record and climb from each.
+// Compares the index behind the Has... queries with a plain implementation, which climbs from every
+// element that has a record.
 #include "vancorexml/main/parser/DiagnosticsIndex.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ using namespace treetest;
 namespace {
 
 template <typename Map, typename Counts>
-bool Plain(const Map& map, const DOMElement& element, Counts counts)
+bool HasRecordInSubtree(const Map& map, const DOMElement& element, Counts counts)
 {
     bool any = false;
     for (const auto& [key, records] : map) {
@@ -24,19 +24,22 @@ bool Plain(const Map& map, const DOMElement& element, Counts counts)
     return any;
 }
 
-void ExpectAsPlain(const DOM& document, const DOMElement& element)
+void ExpectPlainAnswers(const DOM& document, const DOMElement& element)
 {
     const auto& errors = DOMTestAccess::Errors(document);
-    ASSERT_EQ(element.HasErrors(), Plain(errors, element, [](const ErrorRecord&) { return true; }));
-    ASSERT_EQ(element.HasUnreportedErrors(), Plain(errors, element, [](const ErrorRecord& r) { return !r.reported; }));
-    ASSERT_EQ(element.HasCancelErrors(), Plain(errors, element, [](const ErrorRecord& r) { return r.cancel; }));
-    ASSERT_EQ(element.HasOnlyCancelErrors(), !Plain(errors, element, [](const ErrorRecord& r) { return !r.cancel; }));
+    ASSERT_EQ(element.HasErrors(), HasRecordInSubtree(errors, element, [](const ErrorRecord&) { return true; }));
+    ASSERT_EQ(element.HasUnreportedErrors(),
+        HasRecordInSubtree(errors, element, [](const ErrorRecord& r) { return !r.reported; }));
+    ASSERT_EQ(
+        element.HasCancelErrors(), HasRecordInSubtree(errors, element, [](const ErrorRecord& r) { return r.cancel; }));
+    ASSERT_EQ(element.HasOnlyCancelErrors(),
+        !HasRecordInSubtree(errors, element, [](const ErrorRecord& r) { return !r.cancel; }));
     ASSERT_EQ(element.HasWarnings(),
-        Plain(DOMTestAccess::Warnings(document), element, [](const WarningRecord&) { return true; }));
+        HasRecordInSubtree(DOMTestAccess::Warnings(document), element, [](const WarningRecord&) { return true; }));
 }
 
-// Clears the errors of `element` and expects that exactly its subtree's went.
-void ClearErrorsAsPlain(const DOM& document, DOMElement& element)
+// Clears the errors of `element` and expects that only the records of its subtree are erased.
+void ClearErrorsAndExpectSubtreeCleared(const DOM& document, DOMElement& element)
 {
     std::vector<const DOMElement*> subtree{&element};
     for (std::size_t i = 0; i < subtree.size(); ++i)
@@ -50,14 +53,14 @@ void ClearErrorsAsPlain(const DOM& document, DOMElement& element)
         ASSERT_EQ(DOMTestAccess::Errors(document).count(cleared), 0u);
 }
 
-// Two documents, a tree without one, elements outside of any; random changes.
-class World {
+// Changes two documents, a tree without a document, and detached elements at random.
+class RandomDocuments {
 public:
-    explicit World(unsigned seed) : m_random(seed) {}
+    explicit RandomDocuments(unsigned seed) : m_random(seed) {}
 
     void Step()
     {
-        DOMElement& element = Any();
+        DOMElement& element = AnyElement();
         switch (Below(12)) {
         case 0:
         case 1:
@@ -75,8 +78,8 @@ public:
         case 7: PutIn(element); break;
         case 8: Move(element, Any()); break;
         case 9:
-            if (!m_outside.empty() && Below(3) == 0)
-                m_outside.erase(m_outside.begin() + static_cast<std::ptrdiff_t>(Below(m_outside.size())));
+            if (!m_detached.empty() && Below(3) == 0)
+                m_detached.erase(m_detached.begin() + static_cast<std::ptrdiff_t>(Below(m_detached.size())));
             break;
         case 10: Clear(element); break;
         default: Copy(element);
@@ -87,7 +90,7 @@ public:
     {
         for (DOMElement* element : All()) {
             if (element->GetDOMManager())
-                ExpectAsPlain(*element->GetDOMManager(), *element);
+                ExpectPlainAnswers(*element->GetDOMManager(), *element);
         }
     }
 
@@ -97,7 +100,7 @@ private:
     std::vector<DOMElement*> All()
     {
         std::vector<DOMElement*> all{&m_documents[0].GetRoot(), &m_documents[1].GetRoot(), &m_free};
-        for (const auto& element : m_outside)
+        for (const auto& element : m_detached)
             all.push_back(element.get());
         for (std::size_t i = 0; i < all.size(); ++i) {
             for (DOMElement* child : all[i]->GetChildren())
@@ -106,7 +109,7 @@ private:
         return all;
     }
 
-    DOMElement& Any()
+    DOMElement& AnyElement()
     {
         const std::vector<DOMElement*> all = All();
         return *all[Below(all.size())];
@@ -124,19 +127,19 @@ private:
     void RemoveAndKeep(DOMElement& element)
     {
         if (IsHeld(element))
-            m_outside.push_back(element.GetParent()->RemoveChild(element));
+            m_detached.push_back(element.GetParent()->RemoveChild(element));
     }
 
-    void PutIn(DOMElement& parent)
+    void Attach(DOMElement& parent)
     {
-        if (m_outside.empty())
+        if (m_detached.empty())
             return;
-        const std::size_t which = Below(m_outside.size());
+        const std::size_t index = Below(m_detached.size());
         try {
-            parent.AppendChild(std::move(m_outside[which]));
-            m_outside.erase(m_outside.begin() + static_cast<std::ptrdiff_t>(which));
+            parent.AppendChild(std::move(m_detached[index]));
+            m_detached.erase(m_detached.begin() + static_cast<std::ptrdiff_t>(index));
         } catch (const LogicException&) {
-            ASSERT_NE(m_outside[which], nullptr);
+            ASSERT_NE(m_detached[index], nullptr);
         }
     }
 
@@ -156,7 +159,7 @@ private:
         if (!element.GetDOMManager() || Below(4) != 0)
             return;
         switch (Below(4)) {
-        case 0: ClearErrorsAsPlain(*element.GetDOMManager(), element); break;
+        case 0: ClearErrorsAndExpectSubtreeCleared(*element.GetDOMManager(), element); break;
         case 1: element.ClearWarnings(); break;
         case 2: DOMTestAccess::Adopt(m_documents[Below(2)], element, nullptr); break;
         default:
@@ -168,7 +171,7 @@ private:
     void Copy(DOMElement& element)
     {
         if (All().size() < 60)
-            m_outside.push_back(std::make_unique<DOMElement>(element));
+            m_detached.push_back(std::make_unique<DOMElement>(element));
         else
             element = *std::make_unique<DOMElement>("e");
     }
@@ -176,7 +179,7 @@ private:
     std::mt19937 m_random;
     std::array<DOM, 2> m_documents;
     DOMElement m_free{"free"};
-    std::vector<std::unique_ptr<DOMElement>> m_outside;
+    std::vector<std::unique_ptr<DOMElement>> m_detached;
 };
 
 }  // namespace
@@ -185,29 +188,29 @@ TEST(DiagnosticsIndexTest, AgreesWithClimbingOnRandomTrees)
 {
     for (unsigned seed = 0; seed < 150 && !testing::Test::HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
-        World world(seed);
+        RandomDocuments documents(seed);
         for (int step = 0; step < 200 && !testing::Test::HasFailure(); ++step) {
-            world.Step();
-            world.Check();
+            documents.Step();
+            documents.Check();
         }
     }
 }
 
-// Checks seldom, so that most changes meet an index that others have changed before.
+// Checks only after every tenth change, so that several changes update the index between two queries.
 TEST(DiagnosticsIndexTest, AgreesWithClimbingAfterManyChanges)
 {
     for (unsigned seed = 1000; seed < 1200 && !testing::Test::HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
-        World world(seed);
+        RandomDocuments documents(seed);
         for (int step = 0; step < 300; ++step) {
-            world.Step();
+            documents.Step();
             if (step % 10 == 9)
-                world.Check();
+                documents.Check();
         }
     }
 }
 
-TEST(DiagnosticsIndexTest, ARemovedChildCountsForItsOldParent)
+TEST(DiagnosticsIndexTest, RemovedChildStillCountsForItsOldParent)
 {
     DOM document;
     DOMElement& parent = document.GetRoot().AddNewChild("p", nullptr);
@@ -220,7 +223,7 @@ TEST(DiagnosticsIndexTest, ARemovedChildCountsForItsOldParent)
     EXPECT_FALSE(parent.HasErrors());
 }
 
-TEST(DiagnosticsIndexTest, AMoveTakesTheRecordsToTheNewAncestors)
+TEST(DiagnosticsIndexTest, MoveTransfersRecordsToTheNewAncestors)
 {
     DOM document;
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -234,8 +237,8 @@ TEST(DiagnosticsIndexTest, AMoveTakesTheRecordsToTheNewAncestors)
     EXPECT_TRUE(b.HasErrors());
 }
 
-// Errors times depth would be 10 thousand million steps.
-TEST(DiagnosticsIndexTest, AsksEveryElementOfADeepTreeFullOfErrors)
+// A query that climbs from every error would take thousands of millions of steps.
+TEST(DiagnosticsIndexTest, QueriesOfEveryElementOfADeepTreeAreFast)
 {
     constexpr int Levels = 100000;
     DOM document;
@@ -252,8 +255,9 @@ TEST(DiagnosticsIndexTest, AsksEveryElementOfADeepTreeFullOfErrors)
     EXPECT_EQ(withErrors, chain.size());
 }
 
-// Each time anew: the answer for the whole must not need the way up from every record.
-TEST(DiagnosticsIndexTest, TheDocumentIsAskedBetweenChangesDeepDown)
+// Each change invalidates the answer. The answer for the whole document must not need a climb from
+// every record.
+TEST(DiagnosticsIndexTest, DocumentQueriesBetweenDeepChangesAreFast)
 {
     constexpr int Levels = 100000;
     DOM document;
@@ -270,7 +274,7 @@ TEST(DiagnosticsIndexTest, TheDocumentIsAskedBetweenChangesDeepDown)
     }
 }
 
-TEST(DiagnosticsIndexTest, RecordsMayBeAddedBetweenQuestions)
+TEST(DiagnosticsIndexTest, QueriesBetweenNewRecordsAreFast)
 {
     constexpr int Levels = 100000;
     DOM document;
@@ -287,26 +291,26 @@ TEST(DiagnosticsIndexTest, RecordsMayBeAddedBetweenQuestions)
 
 namespace {
 
-constexpr int Many = 20000;
+constexpr int ElementCount = 20000;
 
 struct ShapeRow {
     const char* name;
-    // Adds an element to the tree and returns it; `last` is the one that was added before.
+    // Adds an element to the tree and returns it; `last` is the previously added element.
     DOMElement& (*add)(DOMElement& top, DOMElement& last);
 };
 
-const ShapeRow shapeRows[] = {
+const ShapeRow ShapeRows[] = {
     {"Flat", [](DOMElement& top, DOMElement&) -> DOMElement& { return top.AddNewChild("item", nullptr); }},
     {"Deep", [](DOMElement&, DOMElement& last) -> DOMElement& { return last.AddNewChild("level", nullptr); }},
 };
 
-// An index that is rebuilt for every element visits Many * Many elements, which takes a minute.
+// Rebuilding the index for every query would visit ElementCount * ElementCount elements and take a minute.
 class DiagnosticsIndexCostTest : public testing::TestWithParam<ShapeRow> {
 protected:
     DiagnosticsIndexCostTest()
     {
         DOMElement* last = &top;
-        for (int i = 0; i < Many; ++i) {
+        for (int i = 0; i < ElementCount; ++i) {
             last = &GetParam().add(top, *last);
             elements.push_back(last);
             AddError(*last, "e");
@@ -321,7 +325,7 @@ protected:
 
 }  // namespace
 
-TEST_P(DiagnosticsIndexCostTest, ClearsThatClearNothing)
+TEST_P(DiagnosticsIndexCostTest, QueriesBetweenClearsWithoutEffectAreFast)
 {
     DOMElement& empty = document.GetRoot().AddNewChild("empty", nullptr);
     empty.AddNewChild("child", nullptr);
@@ -332,7 +336,7 @@ TEST_P(DiagnosticsIndexCostTest, ClearsThatClearNothing)
     }
 }
 
-TEST_P(DiagnosticsIndexCostTest, ClearsReportsAndQuestionsForEveryElement)
+TEST_P(DiagnosticsIndexCostTest, QueriesBetweenClearsAndReportsAreFast)
 {
     for (DOMElement* element : elements) {
         element->ClearErrors();
@@ -344,7 +348,7 @@ TEST_P(DiagnosticsIndexCostTest, ClearsReportsAndQuestionsForEveryElement)
     }
 }
 
-TEST_P(DiagnosticsIndexCostTest, ClearsOfTheWholeBetweenReports)
+TEST_P(DiagnosticsIndexCostTest, QueriesBetweenClearsOfAllErrorsAreFast)
 {
     for (DOMElement* element : elements) {
         top.ClearErrors();
@@ -357,7 +361,7 @@ TEST_P(DiagnosticsIndexCostTest, ClearsOfTheWholeBetweenReports)
     }
 }
 
-TEST_P(DiagnosticsIndexCostTest, CopiesThatDieBetweenQuestions)
+TEST_P(DiagnosticsIndexCostTest, QueriesBetweenDestroyedCopiesAreFast)
 {
     DOMElement& item = document.GetRoot().AddNewChild("item", nullptr);
     AddError(item, "e");
@@ -367,7 +371,7 @@ TEST_P(DiagnosticsIndexCostTest, CopiesThatDieBetweenQuestions)
     }
 }
 
-TEST_P(DiagnosticsIndexCostTest, RemovedChildrenThatComeBackBetweenQuestions)
+TEST_P(DiagnosticsIndexCostTest, QueriesBetweenRemovalsAndReinsertionsAreFast)
 {
     DOMElement& list = document.GetRoot().AddNewChild("list", nullptr);
     AddError(list.AddNewChild("item", nullptr), "e");
@@ -379,10 +383,10 @@ TEST_P(DiagnosticsIndexCostTest, RemovedChildrenThatComeBackBetweenQuestions)
     }
 }
 
-TEST_P(DiagnosticsIndexCostTest, NewElementsBetweenQuestions)
+TEST_P(DiagnosticsIndexCostTest, QueriesBetweenNewElementsAreFast)
 {
     DOMElement* last = elements.back();
-    for (int i = 0; i < Many; ++i) {
+    for (int i = 0; i < ElementCount; ++i) {
         last = &GetParam().add(top, *last);
         ASSERT_FALSE(last->HasErrors());
         AddError(*last, "e");
@@ -391,4 +395,4 @@ TEST_P(DiagnosticsIndexCostTest, NewElementsBetweenQuestions)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Of, DiagnosticsIndexCostTest, testing::ValuesIn(shapeRows), [](const auto& row) { return row.param.name; });
+    Of, DiagnosticsIndexCostTest, testing::ValuesIn(ShapeRows), [](const auto& row) { return row.param.name; });

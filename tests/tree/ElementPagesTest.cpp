@@ -11,7 +11,7 @@
 
 namespace {
 
-// Writes the whole place, so that places that overlap or reach beyond a page show.
+// Fills the whole allocation, so that overlaps and overruns cause failures.
 void* AllocateFilled(ElementPages& pages)
 {
     void* const place = pages.Allocate();
@@ -20,7 +20,7 @@ void* AllocateFilled(ElementPages& pages)
     return place;
 }
 
-TEST(ElementPagesTest, EveryCountOfElementsDiesBeforeThePages)
+TEST(ElementPagesTest, ElementsMayDieBeforeTheirPages)
 {
     for (std::size_t count = 0; count < 40; ++count) {
         ElementPages pages(4, 8);
@@ -32,7 +32,7 @@ TEST(ElementPagesTest, EveryCountOfElementsDiesBeforeThePages)
     }
 }
 
-TEST(ElementPagesTest, EveryCountOfElementsOutlivesThePages)
+TEST(ElementPagesTest, ElementsMayOutliveTheirPages)
 {
     for (std::size_t count = 0; count < 40; ++count) {
         auto pages = std::make_unique<ElementPages>(4, 8);
@@ -47,7 +47,7 @@ TEST(ElementPagesTest, EveryCountOfElementsOutlivesThePages)
     }
 }
 
-TEST(ElementPagesTest, PlacesAreHandedOutAgainAfterLeaving)
+TEST(ElementPagesTest, AllocatesAgainAfterReleasingItsPage)
 {
     for (std::size_t count = 0; count < 20; ++count) {
         ElementPages pages(4, 8);
@@ -63,7 +63,7 @@ TEST(ElementPagesTest, PlacesAreHandedOutAgainAfterLeaving)
     }
 }
 
-TEST(ElementPagesTest, ALonePlaceIsAsLargeAndAlignedAsAnyObject)
+TEST(ElementPagesTest, AllocateAloneReturnsAlignedMemoryOfTheRequestedSize)
 {
     for (const std::size_t size : {sizeof(DOMElement), std::size_t{1000}, std::size_t{1}}) {
         void* const place = ElementPages::AllocateStandalone(size);

@@ -11,7 +11,7 @@ namespace {
 
 using Mark = OrderedMarks::Mark;
 
-void ExpectGrowingLabels(const std::vector<Mark*>& order)
+void ExpectIncreasingLabels(const std::vector<Mark*>& order)
 {
     for (std::size_t i = 1; i < order.size(); ++i)
         ASSERT_LT(order[i - 1]->label, order[i]->label) << i;
@@ -24,7 +24,7 @@ bool IsBetweenItsNeighbours(const Mark& mark)
 
 }  // namespace
 
-TEST(OrderedMarksTest, LabelsGrowAlongTheListAfterRandomChanges)
+TEST(OrderedMarksTest, LabelsIncreaseAlongTheListAfterRandomChanges)
 {
     std::mt19937 random(1);
     OrderedMarks list;
@@ -45,13 +45,14 @@ TEST(OrderedMarksTest, LabelsGrowAlongTheListAfterRandomChanges)
             list.InsertAfter(*order[position], mark);
         order.insert(order.begin() + static_cast<std::ptrdiff_t>(std::min(position + 1, order.size())), &mark);
         if (step % 1000 == 0)
-            ExpectGrowingLabels(order);
+            ExpectIncreasingLabels(order);
     }
-    ExpectGrowingLabels(order);
+    ExpectIncreasingLabels(order);
 }
 
-// Each insertion halves the same gap, which the 64 bits of a label allow 64 times.
-TEST(OrderedMarksTest, TakesAMillionMarksAtOnePlace)
+// Each insertion halves the same gap between two labels. With 64-bit labels that works only 64 times
+// before other labels must change.
+TEST(OrderedMarksTest, InsertsAMillionMarksAtOnePosition)
 {
     OrderedMarks list;
     std::deque<Mark> marks(1000000);
@@ -63,10 +64,10 @@ TEST(OrderedMarksTest, TakesAMillionMarksAtOnePlace)
     std::vector<Mark*> order{&marks[0]};
     for (std::size_t i = marks.size() - 1; i > 0; --i)
         order.push_back(&marks[i]);
-    ExpectGrowingLabels(order);
+    ExpectIncreasingLabels(order);
 }
 
-TEST(OrderedMarksTest, TakesAMillionMarksAtTheEnd)
+TEST(OrderedMarksTest, AppendsAMillionMarks)
 {
     OrderedMarks list;
     std::deque<Mark> marks(1000000);
@@ -76,5 +77,5 @@ TEST(OrderedMarksTest, TakesAMillionMarksAtTheEnd)
         ASSERT_TRUE(IsBetweenItsNeighbours(mark)) << order.size();
         order.push_back(&mark);
     }
-    ExpectGrowingLabels(order);
+    ExpectIncreasingLabels(order);
 }

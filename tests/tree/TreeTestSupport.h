@@ -1,4 +1,4 @@
-// What the tree's tests share: a way to the document's private operations, short spellings.
+// Helpers of the tree tests: access to a document's private operations, and shorthand functions.
 #pragma once
 
 #include <list>
@@ -68,7 +68,7 @@ inline std::unique_ptr<DOMElement> NewElement(const VString& name)
     return std::make_unique<DOMElement>(name);
 }
 
-// The names of the children, a blank between two.
+// The names of the children, separated by blanks.
 inline std::string ChildNames(const DOMElement& element)
 {
     std::string names;

@@ -1,4 +1,4 @@
-// Operations that several threads may call at once on documents and their trees. Run under the
+// Operations on documents and trees that several threads may call at once. Run these tests under the
 // thread sanitizer.
 #include <atomic>
 #include <thread>
@@ -11,7 +11,7 @@ namespace {
 
 constexpr int ThreadCount = 4;
 
-// Runs `work` with 0 to ThreadCount - 1, each on a thread of its own, and waits for all.
+// Starts ThreadCount threads, which call `work` with 0 to ThreadCount - 1, and waits for all.
 void OnThreads(const std::function<void(int)>& work)
 {
     std::vector<std::thread> threads;
@@ -21,7 +21,7 @@ void OnThreads(const std::function<void(int)>& work)
         thread.join();
 }
 
-// root -> a(error, warning) -> b(error)
+// Adds the element a with an error and a warning, and its child b with an error.
 void Fill(DOM& document)
 {
     DOMElement& a = document.GetRoot().AddNewChild("a", nullptr);
@@ -35,13 +35,14 @@ struct ChangeRow {
     std::function<void(DOM& document)> run;
 };
 
-// `document` takes something from `other`.
+// An operation that copies or moves something from `other` to `document`.
 struct PairRow {
     const char* name;
     std::function<void(DOM& document, DOM& other)> run;
 };
 
-// A thread cannot take the write lock while it holds the read lock; it is told so.
+// Expects that `run` requests the write lock of `document`. The request raises an assertion, because
+// the thread holds the read lock already.
 void ExpectWriteLock(const DOM& document, const std::function<void()>& run)
 {
     const VReadLocker reading(DOMTestAccess::Lock(document));
@@ -57,7 +58,7 @@ void ExpectWriteLock(const DOM& document, const std::function<void()>& run)
 class DocumentChangeThreadTest : public testing::TestWithParam<ChangeRow> {};
 class DocumentPairThreadTest : public testing::TestWithParam<PairRow> {};
 
-const PairRow pairRows[] = {
+const PairRow PairRows[] = {
     {"DeepCopy", [](DOM& document, DOM& other) { document.DeepCopy(other); }},
     {"Copy",
         [](DOM& document, DOM& other) {
@@ -70,7 +71,7 @@ const PairRow pairRows[] = {
     {"MoveAll", [](DOM& document, DOM& other) { DOMTestAccess::MoveAll(other, document); }},
 };
 
-const ChangeRow changeRows[] = {
+const ChangeRow ChangeRows[] = {
     {"ProtectedDataSourceName", [](DOM& document) { document.SetProtectedDataSourceName("n"); }},
     {"CancelType", [](DOM& document) { document.SetDSValidationCancelType(1); }},
     {"PathRenames", [](DOM& document) { document.SetPathRenames(PathRenames()); }},
@@ -97,7 +98,7 @@ TEST_P(DocumentChangeThreadTest, TakesTheWriteLock)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Of, DocumentChangeThreadTest, testing::ValuesIn(changeRows), [](const auto& row) { return row.param.name; });
+    Of, DocumentChangeThreadTest, testing::ValuesIn(ChangeRows), [](const auto& row) { return row.param.name; });
 
 TEST_P(DocumentPairThreadTest, TakesBothWriteLocks)
 {
@@ -110,27 +111,26 @@ TEST_P(DocumentPairThreadTest, TakesBothWriteLocks)
     EXPECT_EQ(Strings(other.GetErrors()), (Texts{"a", "b"}));
 }
 
-// Each way round on threads of its own: were the locks taken in the order of the arguments,
-// two would wait for each other.
-TEST_P(DocumentPairThreadTest, GoesBothWaysAtOnce)
+// Half of the threads swap the documents. Locking in the order of the arguments would deadlock.
+TEST_P(DocumentPairThreadTest, WorksInBothDirectionsAtOnce)
 {
     DOM document;
     DOM other;
     Fill(document);
     Fill(other);
     OnThreads([&](int thread) {
-        const bool there = thread % 2 == 0;
+        const bool isForward = thread % 2 == 0;
         for (int i = 0; i < 500; ++i)
-            GetParam().run(there ? document : other, there ? other : document);
+            GetParam().run(isForward ? document : other, isForward ? other : document);
     });
     EXPECT_EQ(document, other);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Of, DocumentPairThreadTest, testing::ValuesIn(pairRows), [](const auto& row) { return row.param.name; });
+    Of, DocumentPairThreadTest, testing::ValuesIn(PairRows), [](const auto& row) { return row.param.name; });
 
-// When no diagnostics are copied, no other operation takes the lock of the source.
-TEST(DocumentThreadTest, DeepCopyTakesBothWriteLocksWithoutDiagnosticsToo)
+// Without diagnostics to copy, only DeepCopy itself can lock the source.
+TEST(DocumentThreadTest, DeepCopyTakesBothWriteLocksEvenWithoutDiagnostics)
 {
     DOM document;
     DOM other;
@@ -138,7 +138,7 @@ TEST(DocumentThreadTest, DeepCopyTakesBothWriteLocksWithoutDiagnosticsToo)
         ExpectWriteLock(*locked, [&] { document.DeepCopy(other); });
 }
 
-TEST(DocumentThreadTest, AMoveBetweenDocumentsTakesBothWriteLocks)
+TEST(DocumentThreadTest, MoveBetweenDocumentsTakesBothWriteLocks)
 {
     DOM document;
     DOM other;
@@ -149,7 +149,7 @@ TEST(DocumentThreadTest, AMoveBetweenDocumentsTakesBothWriteLocks)
     EXPECT_EQ(Strings(other.GetErrors()), (Texts{"a", "b"}));
 }
 
-TEST(DocumentThreadTest, SettingsAndRenamesAreReadWhileTheyChange)
+TEST(DocumentThreadTest, SettingsAndRenamesCanBeReadWhileTheyChange)
 {
     DOM source(true);
     source.AddCaptionRename("c", "c2");
@@ -178,7 +178,7 @@ TEST(DocumentThreadTest, SettingsAndRenamesAreReadWhileTheyChange)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(DocumentThreadTest, DiagnosticsAreAskedForWhileTheyChange)
+TEST(DocumentThreadTest, DiagnosticsCanBeQueriedWhileTheyChange)
 {
     DOM document;
     DOMElement& element = document.GetRoot().AddNewChild("a", nullptr);
@@ -206,7 +206,7 @@ TEST(DocumentThreadTest, DiagnosticsAreAskedForWhileTheyChange)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(DocumentThreadTest, ManyReport)
+TEST(DocumentThreadTest, ManyThreadsCanReportErrors)
 {
     DOM document;
     const DOMElement& child = document.GetRoot().AddNewChild("a", nullptr);
@@ -220,7 +220,7 @@ TEST(DocumentThreadTest, ManyReport)
     EXPECT_EQ(document.GetErrors().size(), 500u * ThreadCount);
 }
 
-TEST(ElementThreadTest, CopiesAreMadeByManyReaders)
+TEST(ElementThreadTest, ManyReadersCanCopyElements)
 {
     DOM document;
     Fill(document);
@@ -237,8 +237,8 @@ TEST(ElementThreadTest, CopiesAreMadeByManyReaders)
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 2u);
 }
 
-// Each thread has documents of its own.
-TEST(ElementThreadTest, ElementsLeaveTheirTreesOnManyThreads)
+// Each thread uses its own documents.
+TEST(ElementThreadTest, ElementsAreDetachedOnManyThreads)
 {
     OnThreads([](int) {
         for (int i = 0; i < 200; ++i) {
@@ -257,8 +257,8 @@ TEST(ElementThreadTest, ElementsLeaveTheirTreesOnManyThreads)
     });
 }
 
-// Were there a lock that two documents share, the other thread would wait for it for ever.
-TEST(ElementThreadTest, ADocumentWorksWhileAllLocksOfAnotherAreHeld)
+// If two documents shared a lock, the other thread would wait forever.
+TEST(ElementThreadTest, DocumentWorksWhileAllLocksOfAnotherAreHeld)
 {
     DOM other;
     Fill(other);
@@ -278,8 +278,8 @@ TEST(ElementThreadTest, ADocumentWorksWhileAllLocksOfAnotherAreHeld)
     }).join();
 }
 
-// The document has records for elements that went into a tree without a document.
-TEST(ElementThreadTest, ADocumentAndElementsThatItStillHasRecordsForDieAtOnce)
+// The document keeps the records of elements that moved into a tree without a document.
+TEST(ElementThreadTest, DocumentAndMovedElementsWithRecordsDieConcurrently)
 {
     for (int i = 0; i < 300; ++i) {
         auto document = std::make_unique<DOM>();
@@ -293,7 +293,7 @@ TEST(ElementThreadTest, ADocumentAndElementsThatItStillHasRecordsForDieAtOnce)
     }
 }
 
-TEST(ElementThreadTest, RemovedChildrenDieWhileTheirOldParentLosesOthers)
+TEST(ElementThreadTest, RemovedChildrenDieWhileOthersAreRemoved)
 {
     DOM document;
     DOMElement& parent = document.GetRoot().AddNewChild("parent", nullptr);
@@ -310,9 +310,8 @@ TEST(ElementThreadTest, RemovedChildrenDieWhileTheirOldParentLosesOthers)
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 500u);
 }
 
-// The elements that DeepCopy drops still have records in the third document, which is locked while
-// they die.
-TEST(ElementThreadTest, DeepCopyMayDropElementsThatAThirdDocumentHasRecordsFor)
+// DeepCopy destroys elements that have records in a third document, which another thread locks meanwhile.
+TEST(ElementThreadTest, DeepCopyMayDestroyElementsWithRecordsInAThirdDocument)
 {
     DOM source;
     for (int i = 0; i < 300; ++i) {
@@ -329,7 +328,7 @@ TEST(ElementThreadTest, DeepCopyMayDropElementsThatAThirdDocumentHasRecordsFor)
     }
 }
 
-TEST(ElementThreadTest, ARemovedChildAndItsOldParentInAnotherDocumentDieAtOnce)
+TEST(ElementThreadTest, RemovedChildAndItsMovedParentDieConcurrently)
 {
     for (int i = 0; i < 300; ++i) {
         DOM document;
@@ -344,8 +343,8 @@ TEST(ElementThreadTest, ARemovedChildAndItsOldParentInAnotherDocumentDieAtOnce)
     }
 }
 
-// A question must not bring back what the death of a copy has removed from the index.
-TEST(ElementThreadTest, CopiesDieWhileOthersAsk)
+// A concurrent query must not restore index entries of a copy that was destroyed.
+TEST(ElementThreadTest, CopiesDieWhileAnotherThreadQueries)
 {
     DOM document;
     DOMElement& top = document.GetRoot().AddNewChild("top", nullptr);
@@ -363,7 +362,7 @@ TEST(ElementThreadTest, CopiesDieWhileOthersAsk)
     EXPECT_EQ(DOMTestAccess::Intervals(document), 3u);  // "Document", a and b
 }
 
-TEST(ElementThreadTest, ADocumentAndTheOldParentOfItsRemovedChildDieAtOnce)
+TEST(ElementThreadTest, DocumentAndMovedParentOfARemovedChildDieConcurrently)
 {
     for (int i = 0; i < 300; ++i) {
         auto document = std::make_unique<DOM>();
