@@ -24,7 +24,8 @@ static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChild
 static_assert(
     std::is_same_v<decltype(std::declval<DOMElement&>().GetChildren().begin()), DOMElementChildren::iterator>);
 
-// It yields no references, so it is more than an input iterator for std::ranges only.
+// The iterators return pointers by value, so their classic category is input, although std::ranges
+// sees random access.
 template <typename Iterator>
 constexpr bool IsClassicInputIterator =
     std::is_same_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag>;
@@ -61,7 +62,7 @@ static_assert(std::ranges::sized_range<const DOMElementConstChildren>);
 
 namespace {
 
-// Everything a view answers, for both forms of it.
+// Checks every accessor of a view that shows the children b2, c3 and d4.
 template <typename Children>
 void ExpectThreeChildren(Children& children)
 {
@@ -111,13 +112,13 @@ TEST(DOMElementChildrenTest, TheConstantViewShowsTheChildren)
     EXPECT_TRUE(std::as_const(tree[2]).GetChildren().empty());
 }
 
-// A view passed on by constant reference, as writers take it.
+// Receives the view by constant reference, as XMLFormatter::OutputDOMElements does.
 std::string DescribeView(const DOMElementChildren& children)
 {
     return Describe(children);
 }
 
-TEST(DOMElementChildrenTest, AFunctionTakesEitherViewByConstantReference)
+TEST(DOMElementChildrenTest, EitherViewCanBePassedByConstantReference)
 {
     const Tree tree("a(bcd)");
     EXPECT_EQ(DescribeView(tree[1].GetChildren()), "b2 c3 d4");
@@ -126,14 +127,14 @@ TEST(DOMElementChildrenTest, AFunctionTakesEitherViewByConstantReference)
     EXPECT_EQ(DescribeView(children), "b2 c3 d4");
 }
 
-TEST(DOMElementChildrenTest, IsMadeFromAnElement)
+TEST(DOMElementChildrenTest, CanBeConstructedFromAnElement)
 {
     const Tree tree("a(bcd)");
     DOMElementChildren children(tree[1]);
     ExpectThreeChildren(children);
 }
 
-TEST(DOMElementChildrenTest, AnEmptyViewHasNothingToIterateOver)
+TEST(DOMElementChildrenTest, AnEmptyViewHasEqualBeginAndEnd)
 {
     const Tree tree("a");
     DOMElementChildren children = tree[1].GetChildren();
@@ -145,7 +146,7 @@ TEST(DOMElementChildrenTest, AnEmptyViewHasNothingToIterateOver)
     EXPECT_EQ(children.crbegin(), children.crend());
 }
 
-TEST(DOMElementChildrenTest, AtThrowsFromTheSizeOn)
+TEST(DOMElementChildrenTest, AtThrowsOutOfRange)
 {
     const Tree tree("a(bcd)");
     DOMElementChildren children = tree[1].GetChildren();
@@ -167,7 +168,7 @@ TEST(DOMElementChildrenTest, FollowsLaterChanges)
     EXPECT_TRUE(children.empty());
 }
 
-TEST(DOMElementChildrenTest, CopiesAndMovesShowTheSameElement)
+TEST(DOMElementChildrenTest, CopiedAndMovedViewsShowTheSameChildren)
 {
     const Tree tree("a(bcd(e))");
     DOMElementChildren children = tree[1].GetChildren();
@@ -183,7 +184,7 @@ TEST(DOMElementChildrenTest, CopiesAndMovesShowTheSameElement)
     ExpectThreeChildren(moveAssigned);
 }
 
-TEST(DOMElementChildrenTest, IteratorsStepBothWays)
+TEST(DOMElementChildrenTest, IteratorsStepInBothDirections)
 {
     const Tree tree("a(bcd)");
     DOMElementChildren children = tree[1].GetChildren();
@@ -217,7 +218,7 @@ TEST(DOMElementChildrenTest, IteratorsJumpAndCompareByPosition)
     EXPECT_EQ(i, children.end());
 }
 
-TEST(DOMElementChildrenTest, AMutableIteratorBecomesAConstantOne)
+TEST(DOMElementChildrenTest, MutableIteratorConvertsToAConstantOne)
 {
     const Tree tree("a(bcd)");
     DOMElementChildren children = tree[1].GetChildren();
@@ -226,11 +227,11 @@ TEST(DOMElementChildrenTest, AMutableIteratorBecomesAConstantOne)
     EXPECT_EQ(*i, *children.begin());
 }
 
-TEST(DOMElementChildrenTest, ServesTheRangeAlgorithms)
+TEST(DOMElementChildrenTest, WorksWithRangeAlgorithms)
 {
     const Tree tree("a(bcbd)");
     const auto isB = [](const DOMElement* child) { return child->GetName() == VString("b"); };
-    // The iterator outlives the view that it came from.
+    // The iterator outlives the temporary view.
     const auto found = std::ranges::find_if(tree[1].GetChildren(), isB);
     EXPECT_EQ(Describe(**found), "b2");
     EXPECT_EQ(Describe(**std::ranges::prev(tree[1].GetChildren().end())), "d5");
@@ -239,7 +240,7 @@ TEST(DOMElementChildrenTest, ServesTheRangeAlgorithms)
     EXPECT_EQ(Describe(**std::ranges::next(tree[1].GetChildren().begin(), 2)), "b4");
 }
 
-TEST(DOMElementChildrenTest, ServesTheStandardAlgorithms)
+TEST(DOMElementChildrenTest, WorksWithStandardAlgorithms)
 {
     const Tree tree("a(bcbd)");
     DOMElementChildren children = tree[1].GetChildren();
@@ -247,11 +248,8 @@ TEST(DOMElementChildrenTest, ServesTheStandardAlgorithms)
     EXPECT_EQ(std::count_if(children.begin(), children.end(), isB), 2);
     EXPECT_EQ(Describe(**std::find_if(children.rbegin(), children.rend(), isB)), "b4");
     EXPECT_EQ(std::distance(children.cbegin(), children.cend()), 4);
-    EXPECT_EQ(std::accumulate(children.begin(),
-                  children.end(),
-                  0,
-                  [](int sum, const DOMElement* child) { return sum + child->GetStartLine(); }),
-        14);
+    const auto addLine = [](int sum, const DOMElement* child) { return sum + child->GetStartLine(); };
+    EXPECT_EQ(std::accumulate(children.begin(), children.end(), 0, addLine), 14);
     const auto byLine = [](const DOMElement* child, int line) { return child->GetStartLine() < line; };
     EXPECT_EQ(Describe(**std::lower_bound(children.cbegin(), children.cend(), 4, byLine)), "b4");
 }
@@ -268,7 +266,7 @@ TEST(DOMElementConstChildrenTest, AConstantReferenceKeepsTheViewAlive)
     EXPECT_EQ(children.front()->GetName(), VString("b"));
 }
 
-TEST(DOMElementConstChildrenTest, ACopyShowsTheSameChildren)
+TEST(DOMElementConstChildrenTest, CopyShowsTheSameChildren)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);

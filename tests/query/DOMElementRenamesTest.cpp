@@ -1,4 +1,4 @@
-// What an element asks of its document's renames.
+// The operations of DOMElement that use the renames of its document.
 #include "tests/common/TestSupport.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
@@ -23,14 +23,14 @@ protected:
     DOMElement& element;
 };
 
-class DetachedRenamesTest : public testing::Test {
+class DOMElementRenamesWithoutDocumentTest : public testing::Test {
 protected:
     DOMElement element{"a"};
 };
 
 }  // namespace
 
-TEST_F(DOMElementRenamesTest, GetFieldNameRenamesByBothSteps)
+TEST_F(DOMElementRenamesTest, GetFieldNameRenamesDataSourceAndField)
 {
     element.SetAttribute("k", "[source].[field]");
     EXPECT_EQ(element.GetFieldName("k"), FieldName("new", "renamed"));
@@ -40,7 +40,7 @@ TEST_F(DOMElementRenamesTest, GetFieldNameRenamesByBothSteps)
     EXPECT_EQ(element.GetFieldName("k"), FieldName("", "plain"));
 }
 
-TEST_F(DOMElementRenamesTest, AMissingAttributeIsTheEmptyName)
+TEST_F(DOMElementRenamesTest, MissingAttributeGivesTheEmptyName)
 {
     QualifiedNameCache cache;
     EXPECT_TRUE(element.GetFieldName("k").IsEmpty());
@@ -49,7 +49,7 @@ TEST_F(DOMElementRenamesTest, AMissingAttributeIsTheEmptyName)
     EXPECT_TRUE(element.GetTextAsFieldName(cache).IsEmpty());
 }
 
-TEST_F(DOMElementRenamesTest, GetFieldNameFillsTheCacheBeforeRenaming)
+TEST_F(DOMElementRenamesTest, GetFieldNameCachesTheNameBeforeRenaming)
 {
     QualifiedNameCache cache;
     element.SetAttribute("k", "[source].[field]");
@@ -60,7 +60,7 @@ TEST_F(DOMElementRenamesTest, GetFieldNameFillsTheCacheBeforeRenaming)
     EXPECT_EQ(cache.size(), 1u);
 }
 
-TEST_F(DOMElementRenamesTest, GetFieldNameTrustsTheCache)
+TEST_F(DOMElementRenamesTest, GetFieldNamePrefersTheCache)
 {
     QualifiedNameCache cache{{"text", QualifiedName("source", "field")}};
     element.SetAttribute("k", "text");
@@ -78,13 +78,13 @@ TEST_F(DOMElementRenamesTest, GetLocalFieldNameRenamesUnderTheDataSource)
     EXPECT_EQ(element.GetLocalFieldName("k", "source"), FieldName("", "renamed"));
 }
 
-TEST_F(DOMElementRenamesTest, GetLocalFieldNameReplacesAWrittenRoot)
+TEST_F(DOMElementRenamesTest, GetLocalFieldNameReplacesTheDataSourceInTheText)
 {
     element.SetAttribute("k", "[other].[field]");
     EXPECT_EQ(element.GetLocalFieldName("k", "source"), FieldName("", "renamed"));
 }
 
-TEST_F(DOMElementRenamesTest, GetLocalFieldNameLeavesTheProtectedSource)
+TEST_F(DOMElementRenamesTest, GetLocalFieldNameDoesNotRenameFieldsOfTheProtectedSource)
 {
     document.SetProtectedDataSourceName("source");
     element.SetAttribute("k", "[field]");
@@ -123,7 +123,7 @@ TEST_F(DOMElementRenamesTest, GetTextAsFieldNameReadsTheText)
     EXPECT_EQ(element.GetTextAsFieldName(cache), FieldName("x", "y"));
 }
 
-TEST_F(DOMElementRenamesTest, LookupsAskTheDocument)
+TEST_F(DOMElementRenamesTest, LookupsUseTheRenamesOfTheDocument)
 {
     EXPECT_EQ(element.RenameField(FieldName("source", "field")), FieldName("new", "renamed"));
     EXPECT_EQ(element.RenameDataSource("source"), VString("new"));
@@ -132,20 +132,18 @@ TEST_F(DOMElementRenamesTest, LookupsAskTheDocument)
     EXPECT_EQ(element.RenameMapSource("source"), VString("source"));
 }
 
-TEST_F(DOMElementRenamesTest, AddsReachTheDocument)
+TEST_F(DOMElementRenamesTest, AddedRenamesAreStoredInTheDocument)
 {
     element.AddCaptionRename("old", "newCaption");
     element.AddFieldRename(FieldName("a", "b"), FieldName("c", "d"));
     EXPECT_EQ(document.GetCaptionRenameIfItExists("old"), VString("newCaption"));
     EXPECT_EQ(document.RenameField(FieldName("a", "b")), FieldName("c", "d"));
-    ExpectLogicException([&] { element.AddCaptionRename("old", "x"); },
-        "vancorexml\\main\\parser\\DOM",
-        95,
-        "m_captionRenames.find(oldCaption) == m_captionRenames.end()",
-        0xA2CD6EBC);
+    const char* const condition = "m_captionRenames.find(oldCaption) == m_captionRenames.end()";
+    const auto addAgain = [&] { element.AddCaptionRename("old", "x"); };
+    ExpectLogicException(addAgain, "vancorexml\\main\\parser\\DOM", 95, condition, 0xA2CD6EBC);
 }
 
-TEST_F(DOMElementRenamesTest, CaptionsAreLookedUpByTheAttributesValue)
+TEST_F(DOMElementRenamesTest, CaptionLookupsUseTheAttributeValue)
 {
     element.AddCaptionRename("old", "newCaption");
     element.AddCaptionRename("", "none");
@@ -156,7 +154,7 @@ TEST_F(DOMElementRenamesTest, CaptionsAreLookedUpByTheAttributesValue)
     EXPECT_EQ(element.GetCaptionRenameIfItExists("missing"), VString("none"));
 }
 
-TEST_F(DetachedRenamesTest, NamesStayAsTheyAre)
+TEST_F(DOMElementRenamesWithoutDocumentTest, NamesAreNotRenamed)
 {
     EXPECT_EQ(element.RenameField(FieldName("source", "field")), FieldName("source", "field"));
     EXPECT_EQ(element.RenameDataSource("name"), VString("name"));
@@ -164,7 +162,7 @@ TEST_F(DetachedRenamesTest, NamesStayAsTheyAre)
     EXPECT_EQ(element.RenameMapSource("name"), VString("name"));
 }
 
-TEST_F(DetachedRenamesTest, FieldNamesAreParsedAllTheSame)
+TEST_F(DOMElementRenamesWithoutDocumentTest, FieldNamesAreParsedButNotRenamed)
 {
     QualifiedNameCache cache{{"text", QualifiedName("x", "y")}};
     element.SetAttribute("k", "[source].[field]");
@@ -177,21 +175,18 @@ TEST_F(DetachedRenamesTest, FieldNamesAreParsedAllTheSame)
     EXPECT_EQ(element.GetTextAsFieldName(cache), FieldName("x", "y"));
 }
 
-TEST_F(DetachedRenamesTest, AddsRequireADocument)
+TEST_F(DOMElementRenamesWithoutDocumentTest, AddingARenameRequiresADocument)
 {
-    ExpectLogicException([&] { element.AddFieldRename(FieldName("a", "b"), FieldName("c", "d")); },
-        File,
-        677,
-        "DOMElement::AddFieldRename can only be called on a DOMElement that is attached to a DOM",
-        0x7BB9AD71);
-    ExpectLogicException([&] { element.AddCaptionRename("old", "new"); },
-        File,
-        686,
-        "DOMElement::AddCaptionRename can only be called on a DOMElement that is attached to a DOM",
-        0xFFF990FC);
+    const std::string end = " can only be called on a DOMElement that is attached to a DOM";
+    const std::string field = "DOMElement::AddFieldRename" + end;
+    const std::string caption = "DOMElement::AddCaptionRename" + end;
+    const auto addFieldRename = [&] { element.AddFieldRename(FieldName("a", "b"), FieldName("c", "d")); };
+    const auto addCaptionRename = [&] { element.AddCaptionRename("old", "new"); };
+    ExpectLogicException(addFieldRename, File, 677, field.c_str(), 0x7BB9AD71);
+    ExpectLogicException(addCaptionRename, File, 686, caption.c_str(), 0xFFF990FC);
 }
 
-TEST_F(DetachedRenamesTest, CaptionLookupsRequireADocument)
+TEST_F(DOMElementRenamesWithoutDocumentTest, CaptionLookupsRequireADocument)
 {
     ExpectLogicException([&] { element.GetCaptionRenameIfItExists("k"); },
         File,

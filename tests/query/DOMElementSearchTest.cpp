@@ -11,10 +11,10 @@ using namespace querytest;
 
 namespace {
 
-// r with children a (no attribute k), a (k empty), a (k one), b (k one), a (k two); below the
-// first a another a with k two, below that one an a with k three.
-struct Searched : Tree {
-    Searched() : Tree("r(a(a(a))aaba)")
+// The element r has the children a (without k), a (k empty), a (k one), b (k one) and a (k two). The
+// first a has a child a (k two), which has a child a (k three).
+struct SearchTree : Tree {
+    SearchTree() : Tree("r(a(a(a))aaba)")
     {
         (*this)[5].SetAttribute("k", "");
         (*this)[6].SetAttribute("k", "one");
@@ -54,67 +54,71 @@ class FindElementRows : public testing::TestWithParam<ElementRow> {};
 
 }  // namespace
 
-TEST_P(FindChildRows, Found)
+TEST_P(FindChildRows, ReturnsTheExpectedElement)
 {
-    const Searched tree;
+    const SearchTree tree;
     const auto& [name, child, attribute, value, found] = GetParam();
     EXPECT_EQ(DescribeFound(DOMElementSearch::FindChild(tree[1], child, attribute, value)), found);
     EXPECT_EQ(DescribeFound(DOMElementSearch::FindChild(std::as_const(tree[1]), child, attribute, value)), found);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMElementSearchTest,
-    FindChildRows,
-    testing::Values(ChildRow{"ByValue", "a", "k", "one", "a6"},
-        ChildRow{"ByNameToo", "b", "k", "one", "b7"},
-        ChildRow{"DirectChildrenOnly", "a", "k", "two", "a8"},
-        ChildRow{"NoGrandchild", "a", "k", "three", "none"},
-        ChildRow{"EmptyValueMatchesAMissingAttribute", "a", "k", "", "a2"},
-        ChildRow{"UnknownAttributeIsEmpty", "b", "x", "", "b7"},
-        ChildRow{"NoAttributeName", "b", "", "", "b7"},
-        ChildRow{"NoAttributeNameButAValue", "b", "", "one", "none"},
-        ChildRow{"UnknownName", "x", "k", "one", "none"},
-        ChildRow{"NotTheParent", "r", "k", "", "none"},
-        ChildRow{"CaseCounts", "A", "k", "one", "none"},
-        ChildRow{"ValueCaseCounts", "a", "k", "One", "none"}),
-    [](const auto& row) { return row.param.name; });
+const ChildRow ChildRows[] = {
+    {"ByValue", "a", "k", "one", "a6"},
+    {"ByNameAndValue", "b", "k", "one", "b7"},
+    {"DirectChildrenOnly", "a", "k", "two", "a8"},
+    {"NoGrandchild", "a", "k", "three", "none"},
+    {"EmptyValueMatchesAMissingAttribute", "a", "k", "", "a2"},
+    {"UnknownAttributeIsEmpty", "b", "x", "", "b7"},
+    {"NoAttributeName", "b", "", "", "b7"},
+    {"ValueWithoutAttributeName", "b", "", "one", "none"},
+    {"UnknownName", "x", "k", "one", "none"},
+    {"NotTheElementItself", "r", "k", "", "none"},
+    {"NameIsCaseSensitive", "A", "k", "one", "none"},
+    {"ValueIsCaseSensitive", "a", "k", "One", "none"},
+};
 
-TEST_P(FindElementRows, Found)
+INSTANTIATE_TEST_SUITE_P(
+    DOMElementSearchTest, FindChildRows, testing::ValuesIn(ChildRows), [](const auto& row) { return row.param.name; });
+
+TEST_P(FindElementRows, ReturnsTheExpectedElement)
 {
-    const Searched tree;
+    const SearchTree tree;
     const auto& [name, start, element, depth, attribute, value, found] = GetParam();
+    const DOMElement& constant = tree[start];
     EXPECT_EQ(DescribeFound(DOMElementSearch::FindElement(tree[start], element, depth, attribute, value)), found);
-    EXPECT_EQ(
-        DescribeFound(DOMElementSearch::FindElement(std::as_const(tree[start]), element, depth, attribute, value)),
-        found);
+    EXPECT_EQ(DescribeFound(DOMElementSearch::FindElement(constant, element, depth, attribute, value)), found);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMElementSearchTest,
-    FindElementRows,
-    testing::Values(ElementRow{"TheStartItself", 1, "r", 0, "", "", "r1"},
-        ElementRow{"TheStartAtANegativeDepth", 1, "r", -1, "", "", "r1"},
-        ElementRow{"TheStartAtTheLeastDepth", 1, "r", INT_MIN, "", "", "r1"},
-        ElementRow{"NoChildAtDepthZero", 1, "a", 0, "", "", "none"},
-        ElementRow{"NoChildAtANegativeDepth", 1, "a", -3, "", "", "none"},
-        ElementRow{"AChildAtDepthOne", 1, "b", 1, "", "", "b7"},
-        ElementRow{"NoGrandchildAtDepthOne", 1, "a", 1, "k", "two", "a8"},
-        ElementRow{"AGrandchildFirstInDocumentOrder", 1, "a", 2, "k", "two", "a3"},
-        ElementRow{"NoThirdLevelAtDepthTwo", 1, "a", 2, "k", "three", "none"},
-        ElementRow{"TheThirdLevelAtDepthThree", 1, "a", 3, "k", "three", "a4"},
-        ElementRow{"AnyDepth", 1, "a", INT_MAX, "k", "three", "a4"},
-        ElementRow{"OnlyBelowTheStart", 3, "b", 9, "", "", "none"},
-        ElementRow{"BelowAnInnerStart", 2, "a", 9, "k", "two", "a3"},
-        ElementRow{"NoAttributeName", 1, "a", 9, "", "", "a2"},
-        ElementRow{"TheValueAloneDoesNotCount", 1, "a", 9, "", "one", "a2"},
-        ElementRow{"EmptyValueWantsANonEmptyAttribute", 1, "a", 1, "k", "", "a6"},
-        ElementRow{"EmptyValueInDepth", 1, "a", 9, "k", "", "a3"},
-        ElementRow{"AStartWithoutTheAttributeIsSearched", 2, "a", 9, "k", "", "a3"},
-        ElementRow{"UnknownAttribute", 1, "a", 9, "x", "", "none"},
-        ElementRow{"UnknownValue", 1, "a", 9, "k", "four", "none"},
-        ElementRow{"UnknownName", 1, "x", 9, "", "", "none"},
-        ElementRow{"CaseCounts", 1, "B", 9, "", "", "none"}),
-    [](const auto& row) { return row.param.name; });
+const ElementRow ElementRows[] = {
+    {"TheStartItself", 1, "r", 0, "", "", "r1"},
+    {"TheStartAtANegativeDepth", 1, "r", -1, "", "", "r1"},
+    {"TheStartAtTheSmallestDepth", 1, "r", INT_MIN, "", "", "r1"},
+    {"NoChildAtDepthZero", 1, "a", 0, "", "", "none"},
+    {"NoChildAtANegativeDepth", 1, "a", -3, "", "", "none"},
+    {"AChildAtDepthOne", 1, "b", 1, "", "", "b7"},
+    {"NoGrandchildAtDepthOne", 1, "a", 1, "k", "two", "a8"},
+    {"AGrandchildAtDepthTwo", 1, "a", 2, "k", "two", "a3"},
+    {"NoThirdLevelAtDepthTwo", 1, "a", 2, "k", "three", "none"},
+    {"TheThirdLevelAtDepthThree", 1, "a", 3, "k", "three", "a4"},
+    {"AnyDepth", 1, "a", INT_MAX, "k", "three", "a4"},
+    {"OnlyBelowTheStart", 3, "b", 9, "", "", "none"},
+    {"BelowAnInnerStart", 2, "a", 9, "k", "two", "a3"},
+    {"NoAttributeName", 1, "a", 9, "", "", "a2"},
+    {"ValueWithoutAttributeNameIsIgnored", 1, "a", 9, "", "one", "a2"},
+    {"EmptyValueMatchesANonEmptyAttribute", 1, "a", 1, "k", "", "a6"},
+    {"EmptyValueAtAnyDepth", 1, "a", 9, "k", "", "a3"},
+    {"AStartWithoutTheAttributeIsSearched", 2, "a", 9, "k", "", "a3"},
+    {"UnknownAttribute", 1, "a", 9, "x", "", "none"},
+    {"UnknownValue", 1, "a", 9, "k", "four", "none"},
+    {"UnknownName", 1, "x", 9, "", "", "none"},
+    {"NameIsCaseSensitive", 1, "B", 9, "", "", "none"},
+};
 
-TEST(DOMElementSearchTest, BothFormsKeepConstness)
+INSTANTIATE_TEST_SUITE_P(DOMElementSearchTest, FindElementRows, testing::ValuesIn(ElementRows), [](const auto& row) {
+    return row.param.name;
+});
+
+TEST(DOMElementSearchTest, OverloadsPreserveConstness)
 {
     static_assert(
         std::is_same_v<decltype(DOMElementSearch::FindChild(std::declval<DOMElement&>(), "", "", "")), DOMElement*>);
@@ -150,7 +154,7 @@ TEST(DOMElementSearchTest, GetElementFindsTheRootOfANewDocument)
     EXPECT_EQ(document.GetElement("document"), nullptr);
 }
 
-TEST(DOMElementSearchTest, GetElementLooksAThousandLevelsDown)
+TEST(DOMElementSearchTest, GetElementSearchesAThousandLevels)
 {
     DOM document;
     DOMElement& level999 = AddChain(document.GetRoot(), "level", 999);

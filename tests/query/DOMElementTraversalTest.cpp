@@ -44,7 +44,7 @@ std::string DescribeRange(PreorderIteratorTemplate<T> begin, PreorderIteratorTem
 
 }  // namespace
 
-TYPED_TEST(DOMElementTraversalTest, ALeafIsAllOfItsWalk)
+TYPED_TEST(DOMElementTraversalTest, WalkOfALeafYieldsOnlyTheLeaf)
 {
     const Tree tree("a");
     PreorderGeneratorTemplate<TypeParam> generator(tree[1]);
@@ -53,21 +53,21 @@ TYPED_TEST(DOMElementTraversalTest, ALeafIsAllOfItsWalk)
     EXPECT_EQ(generator.Next(), nullptr);
 }
 
-TYPED_TEST(DOMElementTraversalTest, ParentsComeBeforeTheirChildren)
+TYPED_TEST(DOMElementTraversalTest, YieldsParentsBeforeTheirChildren)
 {
     const Tree tree("r(a(c)b)");
     PreorderGeneratorTemplate<TypeParam> generator(tree[1]);
     EXPECT_EQ(DescribeRest(generator), "r1 a2 c3 b4");
 }
 
-TYPED_TEST(DOMElementTraversalTest, StaysBelowItsStart)
+TYPED_TEST(DOMElementTraversalTest, StaysWithinTheSubtree)
 {
     const Tree tree("r(a(b(c)d)e)");
     PreorderGeneratorTemplate<TypeParam> generator(tree[2]);
     EXPECT_EQ(DescribeRest(generator), "a2 b3 c4 d5");
 }
 
-TYPED_TEST(DOMElementTraversalTest, ACopiedGeneratorWalksByItself)
+TYPED_TEST(DOMElementTraversalTest, CopiedGeneratorsAdvanceIndependently)
 {
     const Tree tree("r(a(c)b)");
     PreorderGeneratorTemplate<TypeParam> generator(tree[1]);
@@ -80,7 +80,7 @@ TYPED_TEST(DOMElementTraversalTest, ACopiedGeneratorWalksByItself)
     EXPECT_EQ(DescribeRest(assigned), "a2 c3 b4");
 }
 
-TYPED_TEST(DOMElementTraversalTest, AMovedGeneratorLeavesNothing)
+TYPED_TEST(DOMElementTraversalTest, MovedGeneratorsContinueTheWalk)
 {
     const Tree tree("r(a(c)b)");
     PreorderGeneratorTemplate<TypeParam> generator(tree[1]);
@@ -92,7 +92,7 @@ TYPED_TEST(DOMElementTraversalTest, AMovedGeneratorLeavesNothing)
     EXPECT_EQ(DescribeRest(assigned), "r1 a2 c3 b4");
 }
 
-TYPED_TEST(DOMElementTraversalTest, AnIteratorBeginsOnTheStart)
+TYPED_TEST(DOMElementTraversalTest, NewIteratorPointsToTheStart)
 {
     const Tree tree("r(a)");
     const PreorderIteratorTemplate<TypeParam> i(tree[1]);
@@ -100,7 +100,7 @@ TYPED_TEST(DOMElementTraversalTest, AnIteratorBeginsOnTheStart)
     EXPECT_EQ(i->GetName(), VString("r"));
 }
 
-TYPED_TEST(DOMElementTraversalTest, PostfixIncrementGivesTheOldPlace)
+TYPED_TEST(DOMElementTraversalTest, PostfixIncrementReturnsTheOldPosition)
 {
     const Tree tree("r(ab)");
     PreorderIteratorTemplate<TypeParam> i(tree[1]);
@@ -127,7 +127,7 @@ TYPED_TEST(DOMElementTraversalTest, CopiedIteratorsAdvanceIndependently)
     EXPECT_EQ(DescribeRange(assigned, {}), "a2 c3 b4");
 }
 
-TYPED_TEST(DOMElementTraversalTest, AnIteratorAssignedToItselfWalksOn)
+TYPED_TEST(DOMElementTraversalTest, SelfAssignedIteratorContinues)
 {
     const Tree tree("r(ab)");
     PreorderIteratorTemplate<TypeParam> i(tree[1]);
@@ -136,7 +136,7 @@ TYPED_TEST(DOMElementTraversalTest, AnIteratorAssignedToItselfWalksOn)
     EXPECT_EQ(DescribeRange(i, {}), "r1 a2 b3");
 }
 
-TYPED_TEST(DOMElementTraversalTest, MovedIteratorsWalkOn)
+TYPED_TEST(DOMElementTraversalTest, MovedIteratorsContinue)
 {
     const Tree tree("r(ab)");
     PreorderIteratorTemplate<TypeParam> i(tree[1]);
@@ -146,7 +146,7 @@ TYPED_TEST(DOMElementTraversalTest, MovedIteratorsWalkOn)
     EXPECT_EQ(DescribeRange(std::move(assigned), {}), "r1 a2 b3");
 }
 
-TYPED_TEST(DOMElementTraversalTest, IteratorsCompareByTheirElementAlone)
+TYPED_TEST(DOMElementTraversalTest, IteratorsCompareOnlyTheirElements)
 {
     const Tree tree("r(ab)");
     PreorderIteratorTemplate<TypeParam> fromRoot(tree[1]);
@@ -156,7 +156,7 @@ TYPED_TEST(DOMElementTraversalTest, IteratorsCompareByTheirElementAlone)
     EXPECT_FALSE(fromRoot != PreorderIteratorTemplate<TypeParam>(tree[2]));
 }
 
-TYPED_TEST(DOMElementTraversalTest, EndsAfterAsManyStepsAsThereAreElements)
+TYPED_TEST(DOMElementTraversalTest, EndsAfterOneStepPerElement)
 {
     const Tree tree("r(a(c)b)");
     const PreorderTraversalTemplate<TypeParam> traversal(tree[1]);
@@ -167,7 +167,7 @@ TYPED_TEST(DOMElementTraversalTest, EndsAfterAsManyStepsAsThereAreElements)
     EXPECT_EQ(traversal.end(), PreorderIteratorTemplate<TypeParam>());
 }
 
-TYPED_TEST(DOMElementTraversalTest, ATraversalIsWalkedAsOftenAsWanted)
+TYPED_TEST(DOMElementTraversalTest, TraversalCanBeIteratedRepeatedly)
 {
     const Tree tree("r(a(c)b)");
     const PreorderTraversalTemplate<TypeParam> traversal(tree[1]);
@@ -179,7 +179,7 @@ TYPED_TEST(DOMElementTraversalTest, ATraversalIsWalkedAsOftenAsWanted)
     }
 }
 
-TYPED_TEST(DOMElementTraversalTest, TraversalsAreCopiedAndMoved)
+TYPED_TEST(DOMElementTraversalTest, CopiedAndMovedTraversalsYieldTheSameElements)
 {
     const Tree tree("r(ab)");
     PreorderTraversalTemplate<TypeParam> traversal(tree[1]);
@@ -222,7 +222,7 @@ TYPED_TEST(DOMElementTraversalTest, MovedFromGeneratorIsAtItsEnd)
     EXPECT_EQ(DescribeRest(moved), "r1 a2 b3");
 }
 
-TYPED_TEST(DOMElementTraversalTest, ServesTheStandardAlgorithms)
+TYPED_TEST(DOMElementTraversalTest, WorksWithStandardAlgorithms)
 {
     const Tree tree("r(a(b)b(c))");
     const PreorderTraversalTemplate<TypeParam> traversal(tree[1]);
@@ -235,7 +235,7 @@ TYPED_TEST(DOMElementTraversalTest, ServesTheStandardAlgorithms)
     EXPECT_EQ(Describe(*found), "b4");
 }
 
-TEST(DOMElementTraversalFormsTest, TheMutableWalkChangesElements)
+TEST(DOMElementTraversalFormsTest, MutableTraversalAllowsChanges)
 {
     const Tree tree("r(a(c)b)");
     for (DOMElement& element : MutablePreorderTraversal(tree[1]))
@@ -243,7 +243,7 @@ TEST(DOMElementTraversalFormsTest, TheMutableWalkChangesElements)
     EXPECT_EQ(Describe(tree.elements), "x1 x2 x3 x4");
 }
 
-TEST(DOMElementTraversalFormsTest, MoreElementsAreOpenThanFirstReserved)
+TEST(DOMElementTraversalFormsTest, StackGrowsBeyondItsReservedCapacity)
 {
     DOMElement root("r");
     for (int i = 0; i < 1000; ++i)

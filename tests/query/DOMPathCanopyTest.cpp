@@ -22,7 +22,7 @@ struct CanopyRow {
     const char* name;
     const char* tree;
     const char* canopyPath;
-    const char* what;
+    const char* target;
     const char* found;
 };
 
@@ -31,65 +31,70 @@ class UnderneathCanopyRows : public testing::TestWithParam<CanopyRow> {};
 
 }  // namespace
 
-TEST_P(WithinCanopyRows, Found)
+TEST_P(WithinCanopyRows, ReturnsTheExpectedElements)
 {
-    const Tree tree(GetParam().tree);
-    EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(tree[1], GetParam().canopyPath, GetParam().what)), GetParam().found);
-    EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(std::as_const(tree[1]), GetParam().canopyPath, GetParam().what)),
-        GetParam().found);
+    const auto& [name, text, canopyPath, target, found] = GetParam();
+    const Tree tree(text);
+    EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(tree[1], canopyPath, target)), found);
+    EXPECT_EQ(Describe(DOMPathCanopy::WithinCanopy(std::as_const(tree[1]), canopyPath, target)), found);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest,
-    WithinCanopyRows,
-    testing::Values(CanopyRow{"Children", "a(c(nxn))", "a/c", "n", "n3 n5"},
-        CanopyRow{"NestedOnesParentsFirst", "a(c(n(n(n)xn)n))", "a/c", "n", "n3 n4 n5 n7 n8"},
-        CanopyRow{"OtherChildrenAreNotEntered", "a(c(x(n)n))", "a/c", "n", "n5"},
-        CanopyRow{"OfEveryCanopyInOrder", "a(c(n)xc(n))", "a/c", "n", "n3 n6"},
-        CanopyRow{"TheCanopysOwnName", "a(c(c(c)))", "a/c", "c", "c3 c4"},
-        CanopyRow{"NestedCanopiesAskedForAgain", "a(c(c(c)))", "//c", "c", "c3 c4 c4"},
-        CanopyRow{"StarIsRefused", "a(c(n))", "a/c", "*", ""},
-        CanopyRow{"AbsoluteCanopyPath", "a(c(n))", "/a/c", "n", "n3"},
-        CanopyRow{"NoCanopy", "a(c(n))", "a/x", "n", ""},
-        CanopyRow{"EmptyCanopyPath", "a(c(n))", "", "n", ""},
-        CanopyRow{"EmptyName", "a(c(n))", "a/c", "", ""},
-        CanopyRow{"APathIsNoName", "a(c(n(m)))", "a/c", "n/m", ""},
-        CanopyRow{"Leaf", "a(c)", "a/c", "n", ""}),
-    [](const auto& row) { return row.param.name; });
+const CanopyRow WithinRows[] = {
+    {"Children", "a(c(nxn))", "a/c", "n", "n3 n5"},
+    {"NestedMatchesParentsFirst", "a(c(n(n(n)xn)n))", "a/c", "n", "n3 n4 n5 n7 n8"},
+    {"OtherChildrenAreNotSearched", "a(c(x(n)n))", "a/c", "n", "n5"},
+    {"EveryCanopyInDocumentOrder", "a(c(n)xc(n))", "a/c", "n", "n3 n6"},
+    {"NameOfTheCanopyItself", "a(c(c(c)))", "a/c", "c", "c3 c4"},
+    {"NestedCanopiesAreSearchedAgain", "a(c(c(c)))", "//c", "c", "c3 c4 c4"},
+    {"StarMatchesNothing", "a(c(n))", "a/c", "*", ""},
+    {"AbsoluteCanopyPath", "a(c(n))", "/a/c", "n", "n3"},
+    {"NoCanopy", "a(c(n))", "a/x", "n", ""},
+    {"EmptyCanopyPath", "a(c(n))", "", "n", ""},
+    {"EmptyName", "a(c(n))", "a/c", "", ""},
+    {"PathIsNotAName", "a(c(n(m)))", "a/c", "n/m", ""},
+    {"Leaf", "a(c)", "a/c", "n", ""},
+};
 
-TEST_P(UnderneathCanopyRows, Found)
+INSTANTIATE_TEST_SUITE_P(
+    DOMPathCanopyTest, WithinCanopyRows, testing::ValuesIn(WithinRows), [](const auto& row) { return row.param.name; });
+
+TEST_P(UnderneathCanopyRows, ReturnsTheExpectedElements)
 {
-    const Tree tree(GetParam().tree);
-    EXPECT_EQ(
-        Describe(DOMPathCanopy::UnderneathCanopy(tree[1], GetParam().canopyPath, GetParam().what)), GetParam().found);
-    EXPECT_EQ(Describe(DOMPathCanopy::UnderneathCanopy(std::as_const(tree[1]), GetParam().canopyPath, GetParam().what)),
-        GetParam().found);
+    const auto& [name, text, canopyPath, target, found] = GetParam();
+    const Tree tree(text);
+    EXPECT_EQ(Describe(DOMPathCanopy::UnderneathCanopy(tree[1], canopyPath, target)), found);
+    EXPECT_EQ(Describe(DOMPathCanopy::UnderneathCanopy(std::as_const(tree[1]), canopyPath, target)), found);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMPathCanopyTest,
-    UnderneathCanopyRows,
-    testing::Values(CanopyRow{"Children", "a(c(xyx))", "a/c", "x", "x3 x5"},
-        CanopyRow{"BelowTheChildren", "a(c(x(y)x(zy)))", "a/c", "x/y", "y4 y7"},
-        CanopyRow{"InNestedCanopies", "a(c(xc(xc(x))x))", "a/c", "x", "x3 x5 x7 x8"},
-        CanopyRow{"NestedCanopyIsNotMatchedByItsName", "a(c(c(x)))", "a/c", "c", ""},
-        CanopyRow{"NestedCanopyIsNotMatchedByAPath", "a(c(c(x)))", "a/c", "c/x", ""},
-        CanopyRow{"NestedCanopyIsNotMatchedByAStar", "a(c(c(x)y))", "a/c", "*", "x4 y5"},
-        CanopyRow{"StarWithAPath", "a(c(x(n)c(y(nm))))", "a/c", "*/n", "n4 n7"},
-        CanopyRow{"OtherChildrenAreSkipped", "a(c(y(x)x))", "a/c", "x", "x5"},
-        CanopyRow{"ChildrenAreNotSearchedForMoreOfThem", "a(c(x(x)))", "a/c", "x", "x3"},
-        CanopyRow{"AnyDepthBelowTheHead", "a(c(x(y(z(y)))))", "a/c", "x//y", "y4 y6"},
-        CanopyRow{"ThreeSlashesBelowTheHead", "a(c(x(y(z(y)))))", "a/c", "x///y", "y6"},
-        CanopyRow{"OfEveryCanopyInOrder", "a(c(x)bc(x))", "a/c", "x", "x3 x6"},
-        CanopyRow{"CanopiesOfDifferentNames", "a(c(b(x)x)b(c(x)x))", "a/*", "x", "x5 x9"},
-        CanopyRow{"NestedCanopiesAskedForAgain", "a(c(c(x)))", "//c", "x", "x4 x4"},
-        CanopyRow{"LeadingSlash", "a(c(x))", "a/c", "/x", ""},
-        CanopyRow{"LeadingSlashes", "a(c(x))", "a/c", "//x", ""},
-        CanopyRow{"EmptySubPath", "a(c(x))", "a/c", "", ""},
-        CanopyRow{"SubPathEndsWithASlash", "a(c(x(y)))", "a/c", "x/", ""},
-        CanopyRow{"NoCanopy", "a(c(x))", "a/b", "x", ""},
-        CanopyRow{"EmptyCanopyPath", "a(c(x))", "", "x", ""}),
-    [](const auto& row) { return row.param.name; });
+const CanopyRow UnderneathRows[] = {
+    {"Children", "a(c(xyx))", "a/c", "x", "x3 x5"},
+    {"BelowTheChildren", "a(c(x(y)x(zy)))", "a/c", "x/y", "y4 y7"},
+    {"InNestedCanopies", "a(c(xc(xc(x))x))", "a/c", "x", "x3 x5 x7 x8"},
+    {"NestedCanopyIsNotMatchedByItsName", "a(c(c(x)))", "a/c", "c", ""},
+    {"NestedCanopyIsNotMatchedByAPath", "a(c(c(x)))", "a/c", "c/x", ""},
+    {"NestedCanopyIsNotMatchedByAStar", "a(c(c(x)y))", "a/c", "*", "x4 y5"},
+    {"StarWithAPath", "a(c(x(n)c(y(nm))))", "a/c", "*/n", "n4 n7"},
+    {"OtherChildrenAreSkipped", "a(c(y(x)x))", "a/c", "x", "x5"},
+    {"MatchesAreNotSearchedForMoreMatches", "a(c(x(x)))", "a/c", "x", "x3"},
+    {"AnyDepthBelowTheHead", "a(c(x(y(z(y)))))", "a/c", "x//y", "y4 y6"},
+    {"ThreeSlashesBelowTheHead", "a(c(x(y(z(y)))))", "a/c", "x///y", "y6"},
+    {"EveryCanopyInDocumentOrder", "a(c(x)bc(x))", "a/c", "x", "x3 x6"},
+    {"CanopiesOfDifferentNames", "a(c(b(x)x)b(c(x)x))", "a/*", "x", "x5 x9"},
+    {"NestedCanopiesAreSearchedAgain", "a(c(c(x)))", "//c", "x", "x4 x4"},
+    {"LeadingSlash", "a(c(x))", "a/c", "/x", ""},
+    {"LeadingSlashes", "a(c(x))", "a/c", "//x", ""},
+    {"EmptySubPath", "a(c(x))", "a/c", "", ""},
+    {"SubPathEndsWithASlash", "a(c(x(y)))", "a/c", "x/", ""},
+    {"NoCanopy", "a(c(x))", "a/b", "x", ""},
+    {"EmptyCanopyPath", "a(c(x))", "", "x", ""},
+};
 
-TEST(DOMPathCanopyTest, WithinIsCutAfter1024Levels)
+INSTANTIATE_TEST_SUITE_P(
+    DOMPathCanopyTest, UnderneathCanopyRows, testing::ValuesIn(UnderneathRows), [](const auto& row) {
+        return row.param.name;
+    });
+
+TEST(DOMPathCanopyTest, WithinStopsAfter1024Levels)
 {
     DOM document;
     DOMElement& canopy = document.GetRoot().AddNewChild("c", nullptr);
@@ -101,7 +106,7 @@ TEST(DOMPathCanopyTest, WithinIsCutAfter1024Levels)
     EXPECT_EQ(found.back(), &level1024);
 }
 
-TEST(DOMPathCanopyTest, WithinContinuesWithTheSiblingsOfABranchThatIsTooDeep)
+TEST(DOMPathCanopyTest, WithinContinuesAfterABranchThatIsTooDeep)
 {
     DOM document;
     DOMElement& canopy = document.GetRoot().AddNewChild("c", nullptr);
@@ -112,7 +117,7 @@ TEST(DOMPathCanopyTest, WithinContinuesWithTheSiblingsOfABranchThatIsTooDeep)
     EXPECT_EQ(found.back(), &behind);
 }
 
-TEST(DOMPathCanopyTest, UnderneathIsCutAfter1024Levels)
+TEST(DOMPathCanopyTest, UnderneathStopsAfter1024Levels)
 {
     DOM document;
     DOMElement& canopy = document.GetRoot().AddNewChild("c", nullptr);
@@ -124,7 +129,7 @@ TEST(DOMPathCanopyTest, UnderneathIsCutAfter1024Levels)
     EXPECT_EQ(DOMPathCanopy::UnderneathCanopy(canopy, "c", "*"), std::vector<DOMElement*>{&found});
 }
 
-// A sub-path is a query of its own: only the nesting of canopies is cut.
+// The limit counts nested canopies only; the sub-path is a separate query without a limit.
 TEST(DOMPathCanopyTest, SubPathsReachAnyDepth)
 {
     DOM document;
@@ -133,8 +138,8 @@ TEST(DOMPathCanopyTest, SubPathsReachAnyDepth)
     EXPECT_EQ(DOMPathCanopy::UnderneathCanopy(canopy, "c", "x//y"), std::vector<DOMElement*>{&low});
 }
 
-// Would not end in any sensible time if the sub-path were taken apart for every child.
-TEST(DOMPathCanopyTest, ALongSubPathIsTakenApartOnce)
+// Parsing the sub-path for every child would take far too long.
+TEST(DOMPathCanopyTest, SubPathIsParsedOnce)
 {
     const Tree tree("c(x)");
     for (int i = 0; i < 200000; ++i)
@@ -142,7 +147,7 @@ TEST(DOMPathCanopyTest, ALongSubPathIsTakenApartOnce)
     EXPECT_TRUE(DOMPathCanopy::UnderneathCanopy(tree[1], "c", Repeated("x/", 100000) + "x").empty());
 }
 
-TEST(DOMPathCanopyTest, TheMutableFormYieldsElementsToChange)
+TEST(DOMPathCanopyTest, MutableOverloadReturnsMutableElements)
 {
     const Tree tree("a(c(x))");
     DOMPathCanopy::WithinCanopy(tree[1], "a/c", "x").front()->SetText("t");

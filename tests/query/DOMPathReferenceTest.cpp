@@ -1,4 +1,4 @@
-// The path walk against its rules, written out plainly.
+// Compares the path walk with a plain implementation of its rules.
 #include "vancorexml/main/parser/DOMPath.h"
 
 #include <random>
@@ -15,8 +15,8 @@ using Segments = std::vector<VString>;
 using Active = std::set<std::size_t>;
 using Matches = std::vector<const DOMElement*>;
 
-// Visits `element`, which is reached with these segments active, and its descendants. Each element
-// closes the set for itself, once: an active empty segment also activates the next segment.
+// Visits `element` and its descendants. `active` holds the segments that may match `element`. At each
+// element, an active empty segment also activates the next segment, but not the one after that.
 void Visit(const DOMElement& element, const Active& active, const Segments& segments, Matches& matches)
 {
     Active closed = active;
@@ -51,7 +51,7 @@ Matches Reference(const DOMElement& element, const Segments& segments)
     return matches;
 }
 
-// All trees of that many elements, each of them an "a" or a "b".
+// All forests of `elements` elements, each named "a" or "b".
 std::vector<std::string> Forests(int elements)
 {
     std::vector<std::string> forests;
@@ -78,7 +78,7 @@ std::vector<std::string> Trees(int elements)
     return trees;
 }
 
-// All paths of up to four segments out of "a", "b", "*" and the empty one.
+// All paths of up to four segments, each "a", "b", "*" or empty.
 std::vector<Segments> ShortPaths()
 {
     std::vector<Segments> paths;
@@ -97,7 +97,7 @@ std::vector<Segments> ShortPaths()
     return paths;
 }
 
-// True when all ways to walk agree with the reference.
+// Whether every query function returns the expected matches.
 bool AgreesWithReference(DOMElement& element, const VString& path, const Matches& expected)
 {
     const DOMElement& constant = element;
@@ -120,7 +120,7 @@ class DOMPathLongPaths : public testing::TestWithParam<int> {};
 
 }  // namespace
 
-TEST(DOMPathReferenceTest, TheTreesAndPathsAreComplete)
+TEST(DOMPathReferenceTest, GeneratesAllTreesAndPaths)
 {
     EXPECT_EQ(Trees(1).size(), 2u);
     EXPECT_EQ(Trees(3).size(), 2u * 8);
@@ -128,7 +128,7 @@ TEST(DOMPathReferenceTest, TheTreesAndPathsAreComplete)
     EXPECT_EQ(ShortPaths().size(), 4u + 16 + 64 + 256);
 }
 
-TEST_P(DOMPathAllTrees, AgreeForAllShortPathsFromEveryElement)
+TEST_P(DOMPathAllTrees, AgreeWithTheReferenceForAllShortPaths)
 {
     const std::vector<Segments> paths = ShortPaths();
     for (const std::string& text : Trees(GetParam())) {
@@ -147,9 +147,9 @@ INSTANTIATE_TEST_SUITE_P(DOMPathReferenceTest, DOMPathAllTrees, testing::Range(1
     return "OfSize" + std::to_string(row.param);
 });
 
-// A chain that branches on every level; paths follow it, with stars and empty segments among
-// the names, also where one machine word ends and the next begins.
-TEST_P(DOMPathLongPaths, Agree)
+// The tree is a chain that branches at every level. The paths follow the chain and replace some names
+// by stars and empty segments, also at the boundaries of 64-bit words.
+TEST_P(DOMPathLongPaths, AgreeWithTheReference)
 {
     const auto length = static_cast<std::size_t>(GetParam());
     std::mt19937 random(static_cast<unsigned>(length));
@@ -169,9 +169,12 @@ TEST_P(DOMPathLongPaths, Agree)
         for (std::size_t i = 0; i < length; ++i) {
             const unsigned kind = random() % kinds;
             const bool isForcedEmpty = round % 5 == 1 && (i % 64 == 62 || i % 64 == 63 || i % 64 == 0);
-            segments.push_back(kind == 0 || isForcedEmpty ? VString()
-                    : kind == 1                           ? VString("*")
-                                                          : chain[start + i]->GetName());
+            if (kind == 0 || isForcedEmpty)
+                segments.emplace_back();
+            else if (kind == 1)
+                segments.emplace_back("*");
+            else
+                segments.push_back(chain[start + i]->GetName());
         }
         const VString path = VString::join(segments, "/");
         const Matches expected = Reference(*chain[start], segments);
@@ -186,7 +189,7 @@ INSTANTIATE_TEST_SUITE_P(
         return "OfSegments" + std::to_string(row.param);
     });
 
-TEST_P(DOMPathLongPaths, OfNamesAloneMatchTheirElement)
+TEST_P(DOMPathLongPaths, OfNamesMatchOneElement)
 {
     DOM document;
     const VString name("n");
@@ -198,7 +201,7 @@ TEST_P(DOMPathLongPaths, OfNamesAloneMatchTheirElement)
     EXPECT_TRUE(DOMPath::GetAll(*document.GetDocumentRoot(), path + "/n").empty());
 }
 
-TEST(DOMPathReferenceTest, ACopyOfALongWalkThrowsToo)
+TEST(DOMPathReferenceTest, AdvancingACopyOfALongWalkThrows)
 {
     DOM document;
     const VString name("n");

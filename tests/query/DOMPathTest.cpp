@@ -24,7 +24,7 @@ static_assert(std::input_iterator<Iterator>);
 static_assert(std::input_iterator<ConstIterator>);
 static_assert(std::sentinel_for<Iterator, Iterator>);
 static_assert(std::is_same_v<std::iter_difference_t<Iterator>, std::ptrdiff_t>);
-// A copy cannot be moved on, which the classic algorithms need.
+// A copy cannot be advanced, but the classic algorithms advance copies.
 template <typename T>
 constexpr bool IsClassicIterator =
     std::is_convertible_v<typename std::iterator_traits<T>::iterator_category, std::input_iterator_tag>;
@@ -56,7 +56,7 @@ struct PathRow {
 
 class DOMPathRows : public testing::TestWithParam<PathRow> {};
 
-// Every way to ask gives the same matches in the same order.
+// Expects that every query function returns these matches in this order.
 template <typename E>
 void ExpectMatches(E& element, const VString& path, const std::string& matches)
 {
@@ -72,9 +72,9 @@ void ExpectMatches(E& element, const VString& path, const std::string& matches)
     EXPECT_EQ(each, all);
 }
 
-// Takes a copy, which cannot go on.
+// The parameter is a copy of the caller's iterator.
 template <typename E>
-void ExpectNoAdvance(DOMPath::IteratorTemplate<E> iterator)
+void ExpectAdvanceThrows(DOMPath::IteratorTemplate<E> iterator)
 {
     try {
         ++iterator;
@@ -87,63 +87,65 @@ void ExpectNoAdvance(DOMPath::IteratorTemplate<E> iterator)
 
 }  // namespace
 
-TEST_P(DOMPathRows, Matches)
+TEST_P(DOMPathRows, ReturnsTheExpectedMatches)
 {
     const Tree tree(GetParam().tree);
     ExpectMatches(tree[GetParam().start], GetParam().path, GetParam().matches);
     ExpectMatches(std::as_const(tree[GetParam().start]), GetParam().path, GetParam().matches);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMPathTest,
-    DOMPathRows,
-    testing::Values(PathRow{"EmptyPath", "a(a)", 1, "", ""},
-        PathRow{"Slash", "a(a)", 1, "/", ""},
-        PathRow{"TwoSlashes", "a(a)", 1, "//", ""},
-        PathRow{"EndsWithASlash", "a(a)", 1, "a/", ""},
-        PathRow{"EndsWithTwoSlashes", "a(a)", 1, "a//", ""},
-        PathRow{"AbsoluteEndsWithASlash", "a(a)", 1, "/a/", ""},
-        PathRow{"TheStartByItsName", "a(a)", 1, "a", "a1"},
-        PathRow{"TheStartOfAnotherName", "b(a)", 1, "a", ""},
-        PathRow{"AnInnerStart", "b(a(c))", 2, "a/c", "c3"},
-        PathRow{"CaseCounts", "a", 1, "A", ""},
-        PathRow{"BlanksAreNotTrimmed", "a", 1, " a", ""},
-        PathRow{"NoPredicates", "a(b)", 1, "a/b[1]", ""},
-        PathRow{"DotIsAName", "a", 1, ".", ""},
-        PathRow{"DotsAreAName", "a(b)", 2, "..", ""},
-        PathRow{"Children", "a(bcb)", 1, "a/b", "b2 b4"},
-        PathRow{"ChildrenOfTheStartOnly", "a(b(b)c(b))", 1, "a/b", "b2"},
-        PathRow{"FromEveryParent", "a(b(x)c(x)b(xx))", 1, "a/b/x", "x3 x7 x8"},
-        PathRow{"AbsoluteFromTheRoot", "a(b(c))", 1, "/a", "a1"},
-        PathRow{"AbsoluteFromBelow", "a(b(c))", 3, "/a", "a1"},
-        PathRow{"AbsoluteOfAnotherName", "a(b(c))", 3, "/b", ""},
-        PathRow{"AbsoluteChildren", "a(b(c))", 3, "/a/b", "b2"},
-        PathRow{"AbsoluteStar", "a(b(c))", 3, "/*", "a1"},
-        PathRow{"DocumentElementsSecondSiblingIsNotReached", "ab", 1, "/b", ""},
-        PathRow{"DescendantsAndTheStart", "b(a(b)b)", 1, "//b", "b1 b3 b4"},
-        PathRow{"DescendantsFromAnInnerElement", "b(a(b(b))b)", 2, "//b", "b3 b4"},
-        PathRow{"DescendantsFromAnInnerMatch", "b(a(b(b))b)", 3, "//b", "b3 b4"},
-        PathRow{"DescendantsOfAnAbsoluteStart", "a(b(c)c)", 3, "/a//c", "c3 c4"},
-        PathRow{"AllElements", "a(b(c)d)", 1, "//*", "a1 b2 c3 d4"},
-        PathRow{"AllFromAnInnerElement", "a(b(c)d)", 2, "//*", "b2 c3"},
-        PathRow{"Star", "a", 1, "*", "a1"},
-        PathRow{"AllChildren", "a(b(c)d)", 1, "a/*", "b2 d4"},
-        PathRow{"StarInTheMiddle", "a(b(x)c(xy)x(d(x)))", 1, "a/*/x", "x3 x5"},
-        PathRow{"StarIsExactlyOneLevel", "a(x(x(x)))", 1, "*/*", "x2"},
-        PathRow{"NeverTheStartOfItsDescendants", "a(a(a))", 1, "a//a", "a2 a3"},
-        PathRow{"AnyDepthFromOneOn", "a(bc(bd(b)))", 1, "a//b", "b2 b4 b6"},
-        PathRow{"ThreeSlashesSkipTheChildren", "a(bc(bd(b)))", 1, "a///b", "b4 b6"},
-        PathRow{"ThreeSlashesForEverySibling", "a(bbc(bb)b)", 1, "a///b", "b5 b6"},
-        PathRow{"FourSlashesSkipTwoLevels", "a(b(b(bb)b)b(b(b)))", 1, "a////b", "b4 b5 b9"},
-        PathRow{"LeadingThreeSlashesSkipTheStart", "b(b(b)b)", 1, "///b", "b2 b3 b4"},
-        PathRow{"LeadingFourSlashes", "b(bb(b)b)", 1, "////b", "b4"},
-        PathRow{"TwoRunsOfEmptySegments", "a(b(c)x(b(y(c))))", 1, "a//b//c", "c3 c7"},
-        PathRow{"NestedMatchesComeOnce", "a(a(b(b)))", 1, "//a//b", "b3 b4"},
-        PathRow{"AMatchIsBeforeThoseBelowIt", "a(b(cb(b))b)", 1, "//b", "b2 b4 b5 b6"},
-        PathRow{"ALeafInTheMiddle", "a(b)", 1, "a/b/c", ""},
-        PathRow{"LongerThanTheTree", "a", 1, "a/a/a/a", ""}),
-    [](const auto& row) { return row.param.name; });
+const PathRow PathRows[] = {
+    {"EmptyPath", "a(a)", 1, "", ""},
+    {"Slash", "a(a)", 1, "/", ""},
+    {"TwoSlashes", "a(a)", 1, "//", ""},
+    {"EndsWithASlash", "a(a)", 1, "a/", ""},
+    {"EndsWithTwoSlashes", "a(a)", 1, "a//", ""},
+    {"AbsoluteEndsWithASlash", "a(a)", 1, "/a/", ""},
+    {"StartWithTheName", "a(a)", 1, "a", "a1"},
+    {"StartWithAnotherName", "b(a)", 1, "a", ""},
+    {"AnInnerStart", "b(a(c))", 2, "a/c", "c3"},
+    {"NamesAreCaseSensitive", "a", 1, "A", ""},
+    {"BlanksAreNotTrimmed", "a", 1, " a", ""},
+    {"PredicatesAreNotSupported", "a(b)", 1, "a/b[1]", ""},
+    {"DotIsAName", "a", 1, ".", ""},
+    {"TwoDotsAreAName", "a(b)", 2, "..", ""},
+    {"Children", "a(bcb)", 1, "a/b", "b2 b4"},
+    {"ChildrenOfTheStartOnly", "a(b(b)c(b))", 1, "a/b", "b2"},
+    {"ChildrenOfEveryMatch", "a(b(x)c(x)b(xx))", 1, "a/b/x", "x3 x7 x8"},
+    {"AbsoluteFromTheRoot", "a(b(c))", 1, "/a", "a1"},
+    {"AbsoluteFromBelow", "a(b(c))", 3, "/a", "a1"},
+    {"AbsoluteOfAnotherName", "a(b(c))", 3, "/b", ""},
+    {"AbsoluteChildren", "a(b(c))", 3, "/a/b", "b2"},
+    {"AbsoluteStar", "a(b(c))", 3, "/*", "a1"},
+    {"SecondTopLevelElementIsNotReached", "ab", 1, "/b", ""},
+    {"DescendantsIncludeTheStart", "b(a(b)b)", 1, "//b", "b1 b3 b4"},
+    {"DescendantsFromAnInnerElement", "b(a(b(b))b)", 2, "//b", "b3 b4"},
+    {"DescendantsFromAnInnerMatch", "b(a(b(b))b)", 3, "//b", "b3 b4"},
+    {"DescendantsOfAnAbsoluteStart", "a(b(c)c)", 3, "/a//c", "c3 c4"},
+    {"AllElements", "a(b(c)d)", 1, "//*", "a1 b2 c3 d4"},
+    {"AllFromAnInnerElement", "a(b(c)d)", 2, "//*", "b2 c3"},
+    {"Star", "a", 1, "*", "a1"},
+    {"AllChildren", "a(b(c)d)", 1, "a/*", "b2 d4"},
+    {"StarInTheMiddle", "a(b(x)c(xy)x(d(x)))", 1, "a/*/x", "x3 x5"},
+    {"StarMatchesExactlyOneLevel", "a(x(x(x)))", 1, "*/*", "x2"},
+    {"DescendantsOfAMatchExcludeTheMatch", "a(a(a))", 1, "a//a", "a2 a3"},
+    {"DoubleSlashMatchesAtAnyDepth", "a(bc(bd(b)))", 1, "a//b", "b2 b4 b6"},
+    {"ThreeSlashesSkipTheChildren", "a(bc(bd(b)))", 1, "a///b", "b4 b6"},
+    {"ThreeSlashesForEverySibling", "a(bbc(bb)b)", 1, "a///b", "b5 b6"},
+    {"FourSlashesSkipTwoLevels", "a(b(b(bb)b)b(b(b)))", 1, "a////b", "b4 b5 b9"},
+    {"LeadingThreeSlashesSkipTheStart", "b(b(b)b)", 1, "///b", "b2 b3 b4"},
+    {"LeadingFourSlashes", "b(bb(b)b)", 1, "////b", "b4"},
+    {"TwoRunsOfEmptySegments", "a(b(c)x(b(y(c))))", 1, "a//b//c", "c3 c7"},
+    {"NestedMatchesAreFoundOnce", "a(a(b(b)))", 1, "//a//b", "b3 b4"},
+    {"MatchesPrecedeTheirDescendants", "a(b(cb(b))b)", 1, "//b", "b2 b4 b5 b6"},
+    {"PathContinuesBelowALeaf", "a(b)", 1, "a/b/c", ""},
+    {"PathIsDeeperThanTheTree", "a", 1, "a/a/a/a", ""},
+};
 
-TEST(DOMPathTest, NamesOfAnyTextAreLiteral)
+INSTANTIATE_TEST_SUITE_P(
+    DOMPathTest, DOMPathRows, testing::ValuesIn(PathRows), [](const auto& row) { return row.param.name; });
+
+TEST(DOMPathTest, AnyTextIsALiteralName)
 {
     for (const char* name : {".", "..", "b[1]", "@k", "*b", "**", "text()", "größe", "p:b", "\\"}) {
         DOMElement root("a");
@@ -153,7 +155,7 @@ TEST(DOMPathTest, NamesOfAnyTextAreLiteral)
     }
 }
 
-TEST(DOMPathTest, AbsoluteWithoutADocumentYieldsNothing)
+TEST(DOMPathTest, AbsolutePathMatchesNothingWithoutADocument)
 {
     DOMElement root("a");
     DOMElement& child = root.AddNewChild("b", nullptr);
@@ -164,7 +166,7 @@ TEST(DOMPathTest, AbsoluteWithoutADocumentYieldsNothing)
     ExpectMatches(root, "//b", "b0");
 }
 
-TEST(DOMPathTest, AbsoluteWithoutADocumentElementYieldsNothing)
+TEST(DOMPathTest, AbsolutePathMatchesNothingInAnEmptyDocument)
 {
     DOM document;
     ExpectMatches(document.GetRoot(), "/Document", "");
@@ -173,7 +175,7 @@ TEST(DOMPathTest, AbsoluteWithoutADocumentElementYieldsNothing)
     ExpectMatches(document.GetRoot(), "Document", "Document0");
 }
 
-TEST(DOMPathTest, ADetachedElementStartsAbsolutePathsAtItsDocument)
+TEST(DOMPathTest, AbsolutePathOfADetachedElementStartsAtItsDocument)
 {
     const Tree tree("a(b(c))");
     const std::unique_ptr<DOMElement> removed = tree[1].RemoveChild("b");
@@ -182,7 +184,7 @@ TEST(DOMPathTest, ADetachedElementStartsAbsolutePathsAtItsDocument)
     ExpectMatches(*removed, "b/c", "c3");
 }
 
-TEST(DOMPathTest, WalkReadsThePathWhenItBegins)
+TEST(DOMPathTest, WalkReadsThePathWhenBeginIsCalled)
 {
     const Tree tree("a(bc)");
     VString path("a/b");
@@ -215,7 +217,7 @@ TEST(DOMPathTest, CopiedWalkKeepsATemporaryPath)
     EXPECT_EQ(Describe(*copy.cbegin()), "b2");
 }
 
-TEST(DOMPathTest, AnIteratorKeepsThePathItBeganWith)
+TEST(DOMPathTest, IteratorKeepsItsPathWhenTheVariableChanges)
 {
     const Tree tree("a(bcb)");
     VString path("a/b");
@@ -224,7 +226,7 @@ TEST(DOMPathTest, AnIteratorKeepsThePathItBeganWith)
     EXPECT_EQ(Describe(*++i), "b4");
 }
 
-TEST(DOMPathTest, AWalkBeginsAnewEachTime)
+TEST(DOMPathTest, WalkCanBeIteratedRepeatedly)
 {
     const Tree tree("a(bb)");
     const VString path("a/b");
@@ -237,7 +239,7 @@ TEST(DOMPathTest, AWalkBeginsAnewEachTime)
     }
 }
 
-TEST(DOMPathTest, AConstantWalkYieldsConstantElements)
+TEST(DOMPathTest, ConstantWalkYieldsConstantElements)
 {
     const Tree tree("a(bb)");
     const VString path("a/b");
@@ -250,7 +252,7 @@ TEST(DOMPathTest, AConstantWalkYieldsConstantElements)
     EXPECT_EQ(Describe(matches), "b2 b3 b2 b3");
 }
 
-TEST(DOMPathIteratorTest, AnExhaustedWalkEqualsEveryEnd)
+TEST(DOMPathIteratorTest, ExhaustedIteratorEqualsEveryEnd)
 {
     const Tree tree("a(b)");
     const VString path("a/b");
@@ -265,7 +267,7 @@ TEST(DOMPathIteratorTest, AnExhaustedWalkEqualsEveryEnd)
     EXPECT_EQ(Iterator(tree[1], "x"), Iterator());
 }
 
-TEST(DOMPathIteratorTest, LiveWalksAreNeverEqual)
+TEST(DOMPathIteratorTest, UnfinishedIteratorsAreNeverEqual)
 {
     const Tree tree("a(b)");
     Iterator one(tree[1], "a/b");
@@ -278,7 +280,7 @@ TEST(DOMPathIteratorTest, LiveWalksAreNeverEqual)
     EXPECT_EQ(one, two);
 }
 
-TEST(DOMPathIteratorTest, TheEndStaysWhereItIs)
+TEST(DOMPathIteratorTest, IncrementingTheEndHasNoEffect)
 {
     Iterator end;
     ++end;
@@ -287,7 +289,7 @@ TEST(DOMPathIteratorTest, TheEndStaysWhereItIs)
     EXPECT_EQ(end, Iterator());
 }
 
-TEST(DOMPathIteratorTest, ACopyIsReadButNotAdvanced)
+TEST(DOMPathIteratorTest, CopyCanBeReadButNotAdvanced)
 {
     const Tree tree("a(bb(b))");
     Iterator i(tree[1], "//b");
@@ -298,7 +300,7 @@ TEST(DOMPathIteratorTest, ACopyIsReadButNotAdvanced)
     EXPECT_EQ(Describe(*assigned), "b2");
     EXPECT_NE(copy, i);
     EXPECT_NE(copy, assigned);
-    ExpectNoAdvance(copy);
+    ExpectAdvanceThrows(copy);
     EXPECT_THROW(++assigned, std::out_of_range);
     EXPECT_EQ(Describe(*++i), "b3");
     EXPECT_EQ(Describe(*++i), "b4");
@@ -306,22 +308,22 @@ TEST(DOMPathIteratorTest, ACopyIsReadButNotAdvanced)
     EXPECT_EQ(Describe(*copy), "b2");
 }
 
-TEST(DOMPathIteratorTest, AConstantCopyIsNotAdvancedEither)
+TEST(DOMPathIteratorTest, CopyOfAConstIteratorCannotBeAdvanced)
 {
     const Tree tree("a(bb)");
     const ConstIterator i(tree[1], "a/b");
-    ExpectNoAdvance(i);
+    ExpectAdvanceThrows(i);
 }
 
-TEST(DOMPathIteratorTest, ACopyOfACopyIsNotAdvancedEither)
+TEST(DOMPathIteratorTest, CopyOfACopyCannotBeAdvanced)
 {
     const Tree tree("a(bb)");
     const Iterator i(tree[1], "a/b");
     const Iterator copy(i);
-    ExpectNoAdvance(Iterator(copy));
+    ExpectAdvanceThrows(Iterator(copy));
 }
 
-TEST(DOMPathIteratorTest, ACopyAdvancesToTheEndWhenNothingIsLeft)
+TEST(DOMPathIteratorTest, CopyOnTheLastMatchCanAdvanceToTheEnd)
 {
     const Tree tree("a(cb)");
     const Iterator i(tree[1], "a/b");
@@ -333,19 +335,19 @@ TEST(DOMPathIteratorTest, ACopyAdvancesToTheEndWhenNothingIsLeft)
     EXPECT_EQ(++endCopy, Iterator());
 }
 
-TEST(DOMPathIteratorTest, PostfixIncrementGivesACopyOfTheOldPlace)
+TEST(DOMPathIteratorTest, PostfixIncrementReturnsACopyOfTheOldPosition)
 {
     const Tree tree("a(bb)");
     Iterator i(tree[1], "a/b");
     const Iterator before = i++;
     EXPECT_EQ(Describe(*before), "b2");
     EXPECT_EQ(Describe(*i), "b3");
-    ExpectNoAdvance(before);
+    ExpectAdvanceThrows(before);
     i++;
     EXPECT_EQ(i, Iterator());
 }
 
-TEST(DOMPathIteratorTest, AMovedIteratorWalksOn)
+TEST(DOMPathIteratorTest, MovedIteratorContinues)
 {
     const Tree tree("a(bb)");
     Iterator i(tree[1], "a/b");
@@ -359,7 +361,7 @@ TEST(DOMPathIteratorTest, AMovedIteratorWalksOn)
     EXPECT_EQ(++assigned, Iterator());
 }
 
-TEST(DOMPathIteratorTest, AnIteratorAssignedToItselfWalksOn)
+TEST(DOMPathIteratorTest, SelfAssignedIteratorContinues)
 {
     const Tree tree("a(bb)");
     Iterator i(tree[1], "a/b");
@@ -369,7 +371,7 @@ TEST(DOMPathIteratorTest, AnIteratorAssignedToItselfWalksOn)
     EXPECT_EQ(Describe(*++i), "b3");
 }
 
-TEST(DOMPathIteratorTest, ServesAlgorithmsThatDoNotCopyIt)
+TEST(DOMPathIteratorTest, WorksWithAlgorithmsThatDoNotCopyIterators)
 {
     const Tree tree("a(bcb)");
     const VString path("a/b");
@@ -377,13 +379,11 @@ TEST(DOMPathIteratorTest, ServesAlgorithmsThatDoNotCopyIt)
     std::vector<DOMElement*> matches;
     std::for_each(walk.begin(), walk.end(), [&matches](DOMElement& match) { matches.push_back(&match); });
     EXPECT_EQ(Describe(matches), "b2 b4");
-    EXPECT_EQ(
-        std::accumulate(
-            walk.begin(), walk.end(), 0, [](int sum, const DOMElement& match) { return sum + match.GetStartLine(); }),
-        6);
+    const auto addLine = [](int sum, const DOMElement& match) { return sum + match.GetStartLine(); };
+    EXPECT_EQ(std::accumulate(walk.begin(), walk.end(), 0, addLine), 6);
 }
 
-TEST(DOMPathWalkerTest, RestartBeginsAgainAtAnotherElement)
+TEST(DOMPathWalkerTest, RestartBeginsAtAnotherElement)
 {
     const Tree tree("a(b(x)b(xx)c(x))");
     DOMPath::Walker walker(tree[1], "b/x");
@@ -399,7 +399,7 @@ TEST(DOMPathWalkerTest, RestartBeginsAgainAtAnotherElement)
     EXPECT_EQ(walker.Next(), nullptr);
 }
 
-TEST(DOMPathWalkerTest, RestartGoesByTheStartOfThePath)
+TEST(DOMPathWalkerTest, RestartSupportsEveryKindOfPath)
 {
     const Tree tree("a(b(c))");
     const DOMElement loose("a");
@@ -415,7 +415,7 @@ TEST(DOMPathWalkerTest, RestartGoesByTheStartOfThePath)
     EXPECT_EQ(none.Next(), nullptr);
 }
 
-TEST(DOMPathForeachTest, TheFunctionMayChangeTheTree)
+TEST(DOMPathForeachTest, CallbackMayChangeTheTree)
 {
     const Tree tree("a(bcb)");
     std::vector<std::string> called;
@@ -429,14 +429,14 @@ TEST(DOMPathForeachTest, TheFunctionMayChangeTheTree)
     EXPECT_EQ(Describe(tree[1].GetChildren()), "b0 x2 c3 b0 x4");
 }
 
-TEST(DOMPathForeachTest, TheFunctionMayRemoveItsMatch)
+TEST(DOMPathForeachTest, CallbackMayRemoveItsMatch)
 {
     const Tree tree("a(bcb(d))");
     DOMPath::Foreach(tree[1], "a/b", [](DOMElement& match) { match.GetParent()->RemoveChild(match); });
     EXPECT_EQ(Describe(tree[1].GetChildren()), "c3");
 }
 
-TEST(DOMPathForeachTest, TheFunctionMayChangeThePath)
+TEST(DOMPathForeachTest, CallbackMayChangeThePath)
 {
     const Tree tree("a(bb)");
     VString path("a/b");
@@ -448,7 +448,7 @@ TEST(DOMPathForeachTest, TheFunctionMayChangeThePath)
     EXPECT_EQ(calls, 2);
 }
 
-TEST(DOMPathForeachTest, AnEmptyFunctionThrowsOnlyForAMatch)
+TEST(DOMPathForeachTest, EmptyCallbackThrowsOnlyForAMatch)
 {
     const Tree tree("a(b)");
     const std::function<void(DOMElement&)> none;
@@ -459,8 +459,8 @@ TEST(DOMPathForeachTest, AnEmptyFunctionThrowsOnlyForAMatch)
     EXPECT_NO_THROW(DOMPath::Foreach(std::as_const(tree[1]), "", constNone));
 }
 
-// Would not end in any sensible time if the rest of the tree were visited.
-TEST(DOMPathTest, TheFirstMatchVisitsNothingBehindIt)
+// Visiting the rest of the tree for every query would take far too long.
+TEST(DOMPathTest, FirstMatchEndsTheSearch)
 {
     DOMElement root("a");
     constexpr int Count = 200000;
@@ -476,8 +476,8 @@ TEST(DOMPathTest, TheFirstMatchVisitsNothingBehindIt)
     EXPECT_EQ(found, 2 * Count);
 }
 
-// The same for the segments of a long path that no element has come to.
-TEST(DOMPathTest, SegmentsThatAreNotReachedCostNothing)
+// Visiting every segment of the long path for each element would take far too long.
+TEST(DOMPathTest, UnreachedSegmentsCostNothing)
 {
     const Tree tree("a(b)");
     for (int i = 0; i < 300000; ++i)
@@ -487,8 +487,8 @@ TEST(DOMPathTest, SegmentsThatAreNotReachedCostNothing)
         EXPECT_TRUE(DOMPath::GetAll(tree[1], Repeated(segments, Count) + "b").empty()) << segments;
 }
 
-// The same for branches that cannot match.
-TEST(DOMPathTest, BranchesThatCannotMatchAreNotEntered)
+// Visiting the large branch, which cannot match, for every query would take far too long.
+TEST(DOMPathTest, BranchesThatCannotMatchAreSkipped)
 {
     const Tree tree("a(xb(c))");
     constexpr int Count = 200000;

@@ -1,4 +1,4 @@
-// The names that a document knows to be renamed.
+// The tables of renames that a document keeps.
 #include <functional>
 
 #include "tests/common/TestSupport.h"
@@ -14,12 +14,12 @@ struct TableRow {
     VString (DOM::*rename)(const VString&) const;
 };
 
-// The tables of plain names that overwrite.
+// The tables of names in which a second rename replaces the first.
 class DOMRenameTables : public testing::TestWithParam<TableRow> {};
 
 }  // namespace
 
-TEST_P(DOMRenameTables, GiveTheNewNameOrTheArgument)
+TEST_P(DOMRenameTables, ReturnTheNewNameOrTheArgument)
 {
     DOM document;
     const auto rename = [&](const VString& name) { return (document.*GetParam().rename)(name); };
@@ -39,7 +39,7 @@ TEST_P(DOMRenameTables, KeepTheLastNewName)
     EXPECT_EQ((document.*GetParam().rename)("old"), VString("newer"));
 }
 
-TEST_P(DOMRenameTables, AreNotFollowedInChains)
+TEST_P(DOMRenameTables, DoNotFollowChains)
 {
     DOM document;
     (document.*GetParam().add)("a", "b");
@@ -47,7 +47,7 @@ TEST_P(DOMRenameTables, AreNotFollowedInChains)
     EXPECT_EQ((document.*GetParam().rename)("a"), VString("b"));
 }
 
-TEST_P(DOMRenameTables, TakeEmptyNames)
+TEST_P(DOMRenameTables, AcceptEmptyNames)
 {
     DOM document;
     (document.*GetParam().add)("", "new");
@@ -56,7 +56,7 @@ TEST_P(DOMRenameTables, TakeEmptyNames)
     EXPECT_EQ((document.*GetParam().rename)("old"), VString(""));
 }
 
-TEST_P(DOMRenameTables, AreSeparate)
+TEST_P(DOMRenameTables, AreIndependentOfEachOther)
 {
     DOM document;
     (document.*GetParam().add)("old", "new");
@@ -67,14 +67,16 @@ TEST_P(DOMRenameTables, AreSeparate)
     EXPECT_EQ(renamed, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(DOMRenamesTest,
-    DOMRenameTables,
-    testing::Values(TableRow{"DataSource", &DOM::AddDataSourceRename, &DOM::RenameDataSource},
-        TableRow{"DataConnection", &DOM::AddDataConnectionRename, &DOM::RenameDataConnection},
-        TableRow{"MapSource", &DOM::AddMapSourceRename, &DOM::RenameMapSource}),
-    [](const auto& row) { return row.param.name; });
+const TableRow TableRows[] = {
+    {"DataSource", &DOM::AddDataSourceRename, &DOM::RenameDataSource},
+    {"DataConnection", &DOM::AddDataConnectionRename, &DOM::RenameDataConnection},
+    {"MapSource", &DOM::AddMapSourceRename, &DOM::RenameMapSource},
+};
 
-TEST(DOMRenamesTest, CaptionsGiveTheNewNameOrTheArgument)
+INSTANTIATE_TEST_SUITE_P(
+    DOMRenamesTest, DOMRenameTables, testing::ValuesIn(TableRows), [](const auto& row) { return row.param.name; });
+
+TEST(DOMRenamesTest, CaptionLookupReturnsTheNewNameOrTheArgument)
 {
     DOM document;
     document.AddCaptionRename("old", "new");
@@ -83,25 +85,22 @@ TEST(DOMRenamesTest, CaptionsGiveTheNewNameOrTheArgument)
     EXPECT_EQ(document.RenameDataSource("old"), VString("old"));
 }
 
-TEST(DOMRenamesTest, ACaptionIsRenamedOnlyOnce)
+TEST(DOMRenamesTest, RenamingACaptionTwiceAsserts)
 {
     DOM document;
     document.AddCaptionRename("old", "new");
-    const auto expect = [&document](const VString& newCaption) {
-        ExpectLogicException([&] { document.AddCaptionRename("old", newCaption); },
-            "vancorexml\\main\\parser\\DOM",
-            95,
-            "m_captionRenames.find(oldCaption) == m_captionRenames.end()",
-            0xA2CD6EBC);
-    };
-    expect("newer");
-    expect("new");
+    const char* const file = "vancorexml\\main\\parser\\DOM";
+    const char* const condition = "m_captionRenames.find(oldCaption) == m_captionRenames.end()";
+    for (const char* newCaption : {"newer", "new"}) {
+        const auto addAgain = [&] { document.AddCaptionRename("old", newCaption); };
+        ExpectLogicException(addAgain, file, 95, condition, 0xA2CD6EBC);
+    }
     EXPECT_EQ(document.GetCaptionRenameIfItExists("old"), VString("new"));
     document.AddCaptionRename("other", "new");
     EXPECT_EQ(document.GetCaptionRenameIfItExists("other"), VString("new"));
 }
 
-TEST(DOMRenamesTest, UnRenameGivesTheFirstOldNameInOrder)
+TEST(DOMRenamesTest, UnRenameReturnsTheFirstOldNameInOrder)
 {
     DOM document;
     EXPECT_EQ(document.UnRenameDataSource("new"), VString("new"));
@@ -114,7 +113,7 @@ TEST(DOMRenamesTest, UnRenameGivesTheFirstOldNameInOrder)
     EXPECT_EQ(document.UnRenameDataSource("c"), VString("c"));
 }
 
-TEST(DOMRenamesTest, UnRenameGoesByCodeUnits)
+TEST(DOMRenamesTest, UnRenameOrdersByCodeUnits)
 {
     DOM document;
     document.AddDataSourceRename("a", "new");
@@ -131,13 +130,13 @@ TEST(DOMRenamesTest, TheProtectedNameIsEmptyAtFirst)
     EXPECT_EQ(document.GetProtectedDataSourceName(), VString("two"));
 }
 
-TEST(DOMRenameFieldTest, AnUnknownFieldStaysAsItIs)
+TEST(DOMRenameFieldTest, UnknownFieldIsNotRenamed)
 {
     const DOM document;
     EXPECT_EQ(document.RenameField(FieldName("source", "field")), FieldName("source", "field"));
 }
 
-TEST(DOMRenameFieldTest, AFieldTakesItsNewName)
+TEST(DOMRenameFieldTest, RenamesAField)
 {
     DOM document;
     document.AddFieldRename(FieldName("source", "field"), FieldName("x", "y"));
@@ -148,7 +147,7 @@ TEST(DOMRenameFieldTest, AFieldTakesItsNewName)
     EXPECT_EQ(document.RenameField(FieldName("source", "field")), FieldName("x", "z"));
 }
 
-TEST(DOMRenameFieldTest, ADataSourceTakesItsNewName)
+TEST(DOMRenameFieldTest, RenamesTheDataSourceOfAField)
 {
     DOM document;
     document.AddDataSourceRename("source", "new");
@@ -156,7 +155,7 @@ TEST(DOMRenameFieldTest, ADataSourceTakesItsNewName)
     EXPECT_EQ(document.RenameField(FieldName("source", "")), FieldName("new", ""));
 }
 
-TEST(DOMRenameFieldTest, FieldsAreFoundUnderTheNewDataSource)
+TEST(DOMRenameFieldTest, LooksUpFieldsUnderTheNewDataSource)
 {
     DOM document;
     document.AddDataSourceRename("source", "new");
@@ -197,7 +196,7 @@ TEST(DOMRenameFieldTest, TheProtectedDataSourceIsNeverRenamed)
     EXPECT_EQ(document.RenameDataSource("source"), VString("new"));
 }
 
-TEST(DOMRenameFieldTest, WhatBecomesTheProtectedDataSourceIsRenamed)
+TEST(DOMRenameFieldTest, RenamingASourceToTheProtectedNameDoesNotProtectItsFields)
 {
     DOM document;
     document.SetProtectedDataSourceName("new");
@@ -206,7 +205,7 @@ TEST(DOMRenameFieldTest, WhatBecomesTheProtectedDataSourceIsRenamed)
     EXPECT_EQ(document.RenameField(FieldName("source", "field")), FieldName("x", "y"));
 }
 
-TEST(DOMRenameFieldTest, NamesWithoutARootAreRenamedOnceAnotherIsProtected)
+TEST(DOMRenameFieldTest, FieldWithoutDataSourceIsRenamedOnlyIfASourceIsProtected)
 {
     DOM document;
     document.AddFieldRename(FieldName("", "field"), FieldName("", "new"));
@@ -215,7 +214,7 @@ TEST(DOMRenameFieldTest, NamesWithoutARootAreRenamedOnceAnotherIsProtected)
     EXPECT_EQ(document.RenameField(FieldName("", "field")), FieldName("", "new"));
 }
 
-TEST(DOMRenamesTest, DeepCopyTakesAllTablesOver)
+TEST(DOMRenamesTest, DeepCopyCopiesAllTables)
 {
     DOM from;
     from.AddCaptionRename("caption", "1");

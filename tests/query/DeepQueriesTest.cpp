@@ -1,4 +1,4 @@
-// A million levels: no query may use a call stack that grows with them.
+// Queries in trees with a million levels. No query may use a call stack that grows with the depth.
 #include <climits>
 #include <iterator>
 
@@ -14,7 +14,7 @@ namespace {
 
 constexpr int Levels = 1000000;
 
-// A million nested elements, the lowest named "x".
+// A document of a million nested elements; the lowest is named "x".
 class DeepQueriesTest : public testing::Test {
 protected:
     DeepQueriesTest() : low(AddChain(document.GetRoot(), "level", Levels)) { low.SetName("x"); }
@@ -25,7 +25,7 @@ protected:
 
 }  // namespace
 
-TEST_F(DeepQueriesTest, PathsFindTheLowest)
+TEST_F(DeepQueriesTest, PathsFindTheLowestElement)
 {
     DOMElement& top = *document.GetDocumentRoot();
     EXPECT_EQ(DOMPath::GetAll(top, "//x"), std::vector<DOMElement*>{&low});
@@ -34,13 +34,13 @@ TEST_F(DeepQueriesTest, PathsFindTheLowest)
     EXPECT_EQ(DOMPath::GetAll(top, "//*").size(), static_cast<std::size_t>(Levels));
 }
 
-TEST_F(DeepQueriesTest, LongPathsFindTheLowest)
+TEST_F(DeepQueriesTest, LongPathsFindTheLowestElement)
 {
     const VString path = "/" + Repeated("/level", 100) + "/x";
     EXPECT_EQ(DOMPath::GetAll(*document.GetDocumentRoot(), path), std::vector<DOMElement*>{&low});
 }
 
-TEST_F(DeepQueriesTest, TheTraversalReachesTheLowest)
+TEST_F(DeepQueriesTest, TraversalReachesTheLowestElement)
 {
     const DOMElementTraversal::PreorderTraversal traversal(document.GetRoot());
     EXPECT_EQ(std::distance(traversal.begin(), traversal.end()), Levels + 1);
@@ -50,7 +50,7 @@ TEST_F(DeepQueriesTest, TheTraversalReachesTheLowest)
     EXPECT_EQ(last, &low);
 }
 
-TEST_F(DeepQueriesTest, TheSearchReachesAsDeepAsAskedFor)
+TEST_F(DeepQueriesTest, SearchReachesTheRequestedDepth)
 {
     EXPECT_EQ(document.GetElement("x"), nullptr);
     EXPECT_EQ(document.GetElement("level"), document.GetDocumentRoot());
@@ -59,7 +59,7 @@ TEST_F(DeepQueriesTest, TheSearchReachesAsDeepAsAskedFor)
     EXPECT_EQ(DOMElementSearch::FindElement(document.GetRoot(), "x", Levels - 1, "", ""), nullptr);
 }
 
-TEST_F(DeepQueriesTest, CanopiesAreCut)
+TEST_F(DeepQueriesTest, CanopySearchStopsAfter1024Levels)
 {
     DOMElement& top = *document.GetDocumentRoot();
     low.AddNewChild("y", nullptr);

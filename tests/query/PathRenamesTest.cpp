@@ -10,7 +10,7 @@ static_assert(std::is_same_v<decltype(std::declval<const PathRenames&>().GetPath
 
 namespace {
 
-// The entries as "old>new", a blank between two.
+// The entries as "old>new", separated by blanks.
 std::string Entries(const PathRenames& renames)
 {
     std::string entries;
@@ -65,7 +65,7 @@ TEST(PathRenamesTest, SetRenameInsertsAndOverwrites)
     EXPECT_EQ(Entries(renames), "a>2 b>3");
 }
 
-TEST(PathRenamesTest, RenamePathTakesExactlyThatPath)
+TEST(PathRenamesTest, RenamePathMatchesOnlyTheExactPath)
 {
     PathRenames renames;
     renames.SetRename("C:\\in\\a.csv", "out/a.csv");
@@ -77,7 +77,7 @@ TEST(PathRenamesTest, RenamePathTakesExactlyThatPath)
     EXPECT_EQ(Text(renames.RenamePath("")), "");
 }
 
-TEST(PathRenamesTest, ReverseRenamePathGivesTheFirstOldPathInOrder)
+TEST(PathRenamesTest, ReverseRenamePathReturnsTheFirstOldPathInOrder)
 {
     PathRenames renames;
     renames.SetRename("c", "x");
@@ -89,7 +89,7 @@ TEST(PathRenamesTest, ReverseRenamePathGivesTheFirstOldPathInOrder)
     EXPECT_EQ(Text(renames.ReverseRenamePath("")), "");
 }
 
-TEST(PathRenamesTest, SetCRCReadsItsTargetBeforeItChangesTheEntryThatHoldsIt)
+TEST(PathRenamesTest, SetCRCAcceptsATargetFromItsOwnMap)
 {
     PathRenames renames;
     renames.SetCRC("a/first.csv", "one/first.csv", 7);
@@ -98,7 +98,7 @@ TEST(PathRenamesTest, SetCRCReadsItsTargetBeforeItChangesTheEntryThatHoldsIt)
     EXPECT_EQ(Entries(renames), "a>one b>two b/second.csv>one/first.csv");
 }
 
-TEST(PathRenamesTest, SetCRCReadsItsSourceBeforeItChangesTheEntryThatHoldsIt)
+TEST(PathRenamesTest, SetCRCAcceptsASourceFromItsOwnMap)
 {
     PathRenames renames;
     renames.SetCRC("a/first.csv", "one/first.csv", 7);
@@ -107,7 +107,7 @@ TEST(PathRenamesTest, SetCRCReadsItsSourceBeforeItChangesTheEntryThatHoldsIt)
     EXPECT_EQ(Entries(renames), "a>one b>two b/second.csv>one/first.csv");
 }
 
-TEST_P(PathRenamesAbsoluteRows, Result)
+TEST_P(PathRenamesAbsoluteRows, ReturnsTheExpectedPath)
 {
     PathRenames renames;
     renames.SetRename("in/a.csv", "out/a.csv");
@@ -117,20 +117,24 @@ TEST_P(PathRenamesAbsoluteRows, Result)
     EXPECT_EQ(Text(renames.RenamePathAbsolute(GetParam().path, GetParam().base)), GetParam().result);
 }
 
-INSTANTIATE_TEST_SUITE_P(PathRenamesTest,
-    PathRenamesAbsoluteRows,
-    testing::Values(AbsoluteRow{"BelowTheBase", "C:/base/in/a.csv", "C:/base", "out/a.csv"},
-        AbsoluteRow{"BaseWithASeparator", "C:\\base\\in\\a.csv", "C:\\base\\", "out/a.csv"},
-        AbsoluteRow{"RenamedToItself", "C:/base/in/same.csv", "C:/base", ""},
-        AbsoluteRow{"AnOldPathThatIsAbsolute", "D:/abs.csv", "C:/base", "out/abs.csv"},
-        AbsoluteRow{"AnOldPathThatIsEmpty", "C:/base", "C:/base", "out/base"},
-        AbsoluteRow{"AnotherBase", "C:/base/in/a.csv", "C:/other", ""},
-        AbsoluteRow{"TheOldPathAlone", "in/a.csv", "C:/base", ""},
-        AbsoluteRow{"WithoutABase", "in/a.csv", "", "out/a.csv"},
-        AbsoluteRow{"Unknown", "C:/base/in/b.csv", "C:/base", ""}),
-    [](const auto& row) { return row.param.name; });
+const AbsoluteRow AbsoluteRows[] = {
+    {"PathBelowTheBase", "C:/base/in/a.csv", "C:/base", "out/a.csv"},
+    {"BaseWithASeparator", "C:\\base\\in\\a.csv", "C:\\base\\", "out/a.csv"},
+    {"RenamedToItself", "C:/base/in/same.csv", "C:/base", ""},
+    {"AbsoluteOldPath", "D:/abs.csv", "C:/base", "out/abs.csv"},
+    {"EmptyOldPath", "C:/base", "C:/base", "out/base"},
+    {"AnotherBase", "C:/base/in/a.csv", "C:/other", ""},
+    {"PathWithoutTheBase", "in/a.csv", "C:/base", ""},
+    {"EmptyBase", "in/a.csv", "", "out/a.csv"},
+    {"Unknown", "C:/base/in/b.csv", "C:/base", ""},
+};
 
-TEST(PathRenamesTest, RenamePathAbsoluteTakesTheFirstEntryInOrder)
+INSTANTIATE_TEST_SUITE_P(
+    PathRenamesTest, PathRenamesAbsoluteRows, testing::ValuesIn(AbsoluteRows), [](const auto& row) {
+        return row.param.name;
+    });
+
+TEST(PathRenamesTest, RenamePathAbsoluteUsesTheFirstEntryInOrder)
 {
     PathRenames renames;
     renames.SetRename("a", "relative");
@@ -139,7 +143,7 @@ TEST(PathRenamesTest, RenamePathAbsoluteTakesTheFirstEntryInOrder)
     EXPECT_EQ(Text(renames.RenamePathAbsolute("/base/a", "/base")), first);
 }
 
-TEST(PathRenamesTest, RenamePathAbsoluteStopsAtAnEntryThatIsThePathItself)
+TEST(PathRenamesTest, RenamePathAbsoluteReturnsNothingIfTheFirstMatchKeepsThePath)
 {
     PathRenames renames;
     renames.SetRename("a", "/base/a");
@@ -153,7 +157,7 @@ TEST(PathRenamesTest, RenamePathAbsoluteStopsAtAnEntryThatIsThePathItself)
     EXPECT_EQ(Text(renames.RenamePathAbsolute("/base/a", "/base")), "y");
 }
 
-TEST_P(PathRenamesValidRows, Valid)
+TEST_P(PathRenamesValidRows, ReturnsTheExpectedValidity)
 {
     PathRenames renames;
     renames.SetRename("z", "elsewhere");
@@ -161,22 +165,25 @@ TEST_P(PathRenamesValidRows, Valid)
     EXPECT_EQ(renames.IsValidPath(GetParam().path), GetParam().valid);
 }
 
-INSTANTIATE_TEST_SUITE_P(PathRenamesTest,
-    PathRenamesValidRows,
-    testing::Values(ValidRow{"TheNewPath", "C:/out", "C:/out", true},
-        ValidRow{"BelowIt", "C:/out", "C:/out/a.csv", true},
-        ValidRow{"OtherSeparators", "C:\\out\\x", "C:/out/x/a.csv", true},
-        ValidRow{"OtherSeparatorsInThePath", "C:/out/x", "C:\\out\\x\\a.csv", true},
-        ValidRow{"OtherLetterCase", "C:/out", "C:/Out/a.csv", false},
-        ValidRow{"BeginsWithTheText", "C:/out", "C:/output", true},
-        ValidRow{"AboveIt", "C:/out", "C:/", false},
-        ValidRow{"TheOldPath", "C:/out", "in", false},
-        ValidRow{"AnEmptyNewPath", "", "anything", true},
-        ValidRow{"TheEmptyPath", "C:/out", "", false},
-        ValidRow{"TheOtherEntry", "C:/out", "elsewhere/a", true}),
-    [](const auto& row) { return row.param.name; });
+const ValidRow ValidRows[] = {
+    {"TheNewPath", "C:/out", "C:/out", true},
+    {"BelowTheNewPath", "C:/out", "C:/out/a.csv", true},
+    {"OtherSeparators", "C:\\out\\x", "C:/out/x/a.csv", true},
+    {"OtherSeparatorsInThePath", "C:/out/x", "C:\\out\\x\\a.csv", true},
+    {"OtherLetterCase", "C:/out", "C:/Out/a.csv", false},
+    {"LongerNameWithTheSameStart", "C:/out", "C:/output", true},
+    {"AboveTheNewPath", "C:/out", "C:/", false},
+    {"TheOldPath", "C:/out", "in", false},
+    {"AnEmptyNewPath", "", "anything", true},
+    {"TheEmptyPath", "C:/out", "", false},
+    {"TheOtherEntry", "C:/out", "elsewhere/a", true},
+};
 
-TEST(PathRenamesTest, ResetForgetsTheRenames)
+INSTANTIATE_TEST_SUITE_P(PathRenamesTest, PathRenamesValidRows, testing::ValuesIn(ValidRows), [](const auto& row) {
+    return row.param.name;
+});
+
+TEST(PathRenamesTest, ResetClearsTheRenames)
 {
     PathRenames renames;
     renames.SetRename("a", "b");
@@ -193,14 +200,14 @@ TEST(PathRenamesCRCTest, AnEmptySourceDoesNothing)
     EXPECT_EQ(Entries(renames), "");
 }
 
-TEST(PathRenamesCRCTest, TheFirstFileOfAContentRenamesItsFolderAlone)
+TEST(PathRenamesCRCTest, FirstFileWithAChecksumRenamesOnlyItsFolder)
 {
     PathRenames renames;
     renames.SetCRC("in/a", "out/a", 1);
     EXPECT_EQ(Entries(renames), "in>out");
 }
 
-TEST(PathRenamesCRCTest, AFileWithoutAFolderRenamesNothing)
+TEST(PathRenamesCRCTest, FirstFileWithoutAFolderRenamesNothing)
 {
     PathRenames renames;
     renames.SetCRC("a", "out/a", 1);
@@ -209,14 +216,14 @@ TEST(PathRenamesCRCTest, AFileWithoutAFolderRenamesNothing)
     EXPECT_EQ(Entries(renames), "b>out/a");
 }
 
-TEST(PathRenamesCRCTest, ATargetWithoutAFolderGivesAnEmptyOne)
+TEST(PathRenamesCRCTest, TargetWithoutAFolderRenamesTheFolderToEmpty)
 {
     PathRenames renames;
     renames.SetCRC("in/a", "a", 1);
     EXPECT_EQ(Entries(renames), "in>");
 }
 
-TEST(PathRenamesCRCTest, EqualContentGoesToTheFirstTarget)
+TEST(PathRenamesCRCTest, FilesWithEqualChecksumsUseTheFirstTarget)
 {
     PathRenames renames;
     renames.SetCRC("in/a", "out/a", -7);
@@ -226,7 +233,7 @@ TEST(PathRenamesCRCTest, EqualContentGoesToTheFirstTarget)
     EXPECT_EQ(Entries(renames), "in>out in/b>out/a in/c>out/a");
 }
 
-TEST(PathRenamesCRCTest, TheSameFileAgainGoesToItsFirstTarget)
+TEST(PathRenamesCRCTest, RepeatedFileUsesItsFirstTarget)
 {
     PathRenames renames;
     renames.SetRename("in/a", "set");
@@ -236,7 +243,7 @@ TEST(PathRenamesCRCTest, TheSameFileAgainGoesToItsFirstTarget)
     EXPECT_EQ(Entries(renames), "in>out in/a>out/a");
 }
 
-TEST(PathRenamesCRCTest, AFolderFollowsFilesThatAgree)
+TEST(PathRenamesCRCTest, FolderIsRenamedWhenItsFilesAgree)
 {
     PathRenames renames;
     renames.SetCRC("in/a", "out/a", 1);
@@ -245,7 +252,7 @@ TEST(PathRenamesCRCTest, AFolderFollowsFilesThatAgree)
     EXPECT_EQ(Entries(renames), "in>out other>out");
 }
 
-TEST(PathRenamesCRCTest, AFileThatDisagreesEndsTheFoldersRenameForGood)
+TEST(PathRenamesCRCTest, DisagreeingFileEndsTheFolderRenameForGood)
 {
     PathRenames renames;
     renames.SetCRC("in/a", "out/a", 1);
@@ -257,7 +264,7 @@ TEST(PathRenamesCRCTest, AFileThatDisagreesEndsTheFoldersRenameForGood)
     EXPECT_EQ(Entries(renames), "");
 }
 
-TEST(PathRenamesCRCTest, TheFirstFileOfAFolderOverwritesASetRename)
+TEST(PathRenamesCRCTest, FirstFileOfAFolderReplacesASetRename)
 {
     PathRenames renames;
     renames.SetRename("in", "set");
@@ -265,7 +272,7 @@ TEST(PathRenamesCRCTest, TheFirstFileOfAFolderOverwritesASetRename)
     EXPECT_EQ(Entries(renames), "in>out");
 }
 
-TEST(PathRenamesCRCTest, ALaterFileThatDisagreesEndsASetRenameToo)
+TEST(PathRenamesCRCTest, DisagreeingLaterFileRemovesASetRename)
 {
     PathRenames renames;
     renames.SetCRC("in/a", "out/a", 1);
@@ -276,7 +283,7 @@ TEST(PathRenamesCRCTest, ALaterFileThatDisagreesEndsASetRenameToo)
     EXPECT_EQ(Entries(renames), "");
 }
 
-TEST(PathRenamesCRCTest, TheFolderFollowsWhereTheFileWasGatheredTo)
+TEST(PathRenamesCRCTest, FolderOfADuplicateFileUsesTheGivenTarget)
 {
     PathRenames renames;
     renames.SetCRC("one/a", "out/a", 1);
@@ -284,7 +291,7 @@ TEST(PathRenamesCRCTest, TheFolderFollowsWhereTheFileWasGatheredTo)
     EXPECT_EQ(Entries(renames), "one>out two>away two/a>out/a");
 }
 
-TEST(PathRenamesCRCTest, ResetKeepsTheChecksumsAndForgetsTheFolders)
+TEST(PathRenamesCRCTest, ResetKeepsChecksumsAndClearsFolders)
 {
     PathRenames renames;
     renames.SetCRC("in/a", "out/a", 1);
@@ -294,7 +301,7 @@ TEST(PathRenamesCRCTest, ResetKeepsTheChecksumsAndForgetsTheFolders)
     EXPECT_EQ(Entries(renames), "in>new in/c>out/a");
 }
 
-TEST(PathRenamesCopyTest, AnAssignmentReplacesAllThree)
+TEST(PathRenamesCopyTest, AssignmentReplacesRenamesChecksumsAndFolders)
 {
     PathRenames from;
     from.SetCRC("in/a", "out/a", 1);
@@ -311,7 +318,7 @@ TEST(PathRenamesCopyTest, AnAssignmentReplacesAllThree)
     EXPECT_EQ(Entries(from), "x>y");
 }
 
-TEST(PathRenamesCopyTest, ASelfAssignmentDoesNothing)
+TEST(PathRenamesCopyTest, SelfAssignmentChangesNothing)
 {
     PathRenames renames;
     renames.SetCRC("in/a", "out/a", 1);
@@ -322,7 +329,7 @@ TEST(PathRenamesCopyTest, ASelfAssignmentDoesNothing)
     EXPECT_EQ(Entries(renames), "in/b>out/a");
 }
 
-TEST(PathRenamesOfDocumentTest, AreSetAndRead)
+TEST(PathRenamesOfDocumentTest, AreStoredAsACopy)
 {
     DOM document;
     EXPECT_TRUE(document.GetPathRenames().GetPathMap().empty());

@@ -1,4 +1,4 @@
-// What the tests of queries share: trees written as text, matches as text.
+// Helpers of the query tests: trees and matches written as text.
 #pragma once
 
 #include <string>
@@ -10,8 +10,9 @@
 
 namespace querytest {
 
-// A document with elements of one-letter names, "a(b(c)d)": a with the children b and d, and
-// c below b. They are numbered in document order from 1 by their start lines.
+// A document written as text with one-letter names: "a(b(c)d)" is an element a with the children b and
+// d, and b has the child c. The elements are numbered in document order from 1. The number of an element
+// is also its start line.
 class Tree {
 public:
     explicit Tree(const std::string& text)
@@ -36,13 +37,13 @@ public:
     std::vector<DOMElement*> elements;
 };
 
-// Name and number, "b2".
+// The name and number of the element, such as "b2".
 inline std::string Describe(const DOMElement& element)
 {
     return element.GetName().toStdString() + std::to_string(element.GetStartLine());
 }
 
-// A blank between two.
+// The descriptions of the elements, separated by blanks.
 template <typename Elements>
 std::string Describe(const Elements& elements)
 {
@@ -52,7 +53,7 @@ std::string Describe(const Elements& elements)
     return text;
 }
 
-// `text`, that many times.
+// `text` repeated `count` times.
 inline VString Repeated(const std::string& text, int count)
 {
     std::string all;
@@ -61,7 +62,7 @@ inline VString Repeated(const std::string& text, int count)
     return VString::fromStdString(all);
 }
 
-// `levels` nested elements of that name below `top`; the lowest.
+// Adds `levels` nested elements of this name below `top` and returns the lowest.
 inline DOMElement& AddChain(DOMElement& top, const VString& name, int levels)
 {
     DOMElement* low = &top;

@@ -1,4 +1,4 @@
-// Operations that many threads may call at once on one document. Run under the thread sanitizer.
+// Operations that many threads may call at once on one document. Run these tests under the thread sanitizer.
 #include <atomic>
 #include <functional>
 #include <list>
@@ -18,7 +18,7 @@ namespace {
 constexpr int ThreadCount = 6;
 constexpr int Rounds = 300;
 
-// Runs `work` with 0 to ThreadCount - 1, each on a thread of its own, and waits for all.
+// Starts ThreadCount threads, which call `work` with 0 to ThreadCount - 1, and waits for all.
 void OnThreads(const std::function<void(int)>& work)
 {
     std::vector<std::thread> threads;
@@ -79,8 +79,8 @@ TEST(QueryThreadTest, ManyThreadsReadFieldNamesOfAnUnchangingDocument)
     EXPECT_EQ(wrong, 0);
 }
 
-// The first thread registers, the others see each name as it was or as it became.
-TEST(RenamesThreadTest, NamesAreRegisteredWhileOthersLookThemUp)
+// The first thread adds renames; the others must see each name either before or after its rename.
+TEST(RenamesThreadTest, RenamesAreAddedWhileOthersLookThemUp)
 {
     DOM document;
     const DOMElement& element = document.GetRoot().AddNewChild("a", nullptr);
@@ -115,7 +115,7 @@ TEST(RenamesThreadTest, NamesAreRegisteredWhileOthersLookThemUp)
     EXPECT_EQ(document.RenameField(FieldName("old7", "x")), FieldName("new7", "y"));
 }
 
-TEST(RenamesThreadTest, EveryThreadRegistersItsOwn)
+TEST(RenamesThreadTest, ManyThreadsAddRenames)
 {
     DOM document;
     OnThreads([&document](int thread) {
@@ -126,8 +126,8 @@ TEST(RenamesThreadTest, EveryThreadRegistersItsOwn)
         ASSERT_EQ(document.RenameMapSource(Numbered("old", i)), Numbered("new", i));
 }
 
-// Anew in each round, so that the threads meet what is worked out on the first question.
-TEST(DiagnosticsThreadTest, ManyThreadsAskForErrorsAtOnce)
+// Each round uses a new document, so that several threads build the index of the errors at once.
+TEST(DiagnosticsThreadTest, ManyThreadsQueryErrorsAtOnce)
 {
     std::atomic<int> wrong{0};
     for (int round = 0; round < 20; ++round) {
@@ -148,7 +148,7 @@ TEST(DiagnosticsThreadTest, ManyThreadsAskForErrorsAtOnce)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(DiagnosticsThreadTest, ErrorsAreRecordedWhileOthersAsk)
+TEST(DiagnosticsThreadTest, ErrorsAreRecordedWhileOthersQuery)
 {
     const Tree tree("a(b(cd)e(fg)h)");
     std::atomic<int> wrong{0};

@@ -1,4 +1,4 @@
-// How often a walk allocates.
+// Counts the allocations of a traversal.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -48,7 +48,7 @@ void operator delete[](void* memory, std::size_t) noexcept
 
 namespace {
 
-TEST(TraversalMemoryTest, RangeForKeepsTheReservedRoom)
+TEST(TraversalMemoryTest, RangeForAllocatesEachStackOnce)
 {
     DOMElement root("r");
     DOMElement& wide = root.AddNewChild("a", nullptr);
@@ -58,7 +58,7 @@ TEST(TraversalMemoryTest, RangeForKeepsTheReservedRoom)
     const std::size_t before = allocations;
     for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(root))
         elements += element.GetName().length() == 1;
-    // A generator and its stack for the traversal, and for the copy that begin() gives.
+    // The traversal and the copy that begin() returns each allocate a generator and its stack.
     EXPECT_EQ(allocations - before, 4u);
     EXPECT_EQ(elements, 122u);
 }

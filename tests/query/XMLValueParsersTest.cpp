@@ -66,119 +66,127 @@ using Limits = std::numeric_limits<double>;
 
 }  // namespace
 
-TEST_P(ParseBoolRows, Value)
+TEST_P(ParseBoolRows, ReturnsTheExpectedValue)
 {
     EXPECT_EQ(XMLValueParsers::ParseBool(GetParam().text), GetParam().value);
     EXPECT_EQ(XMLValueParsers::ParseBool(GetParam().text, true), GetParam().valueOrTrue);
     EXPECT_EQ(XMLValueParsers::ParseBool(GetParam().text, false), GetParam().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest,
-    ParseBoolRows,
-    testing::Values(BoolRow{"True", "true", true, true},
-        BoolRow{"False", "false", false, false},
-        BoolRow{"Empty", "", false, true},
-        BoolRow{"One", "1", false, false},
-        BoolRow{"Capitals", "TRUE", false, false},
-        BoolRow{"Capital", "True", false, false},
-        BoolRow{"Yes", "yes", false, false},
-        BoolRow{"LeadingBlank", " true", false, false},
-        BoolRow{"TrailingBlank", "true ", false, false},
-        BoolRow{"Blank", " ", false, false},
-        BoolRow{"Longer", "trues", false, false},
-        BoolRow{"Shorter", "tru", false, false}),
-    [](const auto& row) { return row.param.name; });
+const BoolRow BoolRows[] = {
+    {"True", "true", true, true},
+    {"False", "false", false, false},
+    {"Empty", "", false, true},
+    {"One", "1", false, false},
+    {"UpperCase", "TRUE", false, false},
+    {"Capitalized", "True", false, false},
+    {"Yes", "yes", false, false},
+    {"LeadingBlank", " true", false, false},
+    {"TrailingBlank", "true ", false, false},
+    {"Blank", " ", false, false},
+    {"TrailingLetter", "trues", false, false},
+    {"MissingLetter", "tru", false, false},
+};
 
-TEST(XMLValueParsersTest, ParseBoolReadsTheWholeTextBehindANul)
+INSTANTIATE_TEST_SUITE_P(
+    XMLValueParsersTest, ParseBoolRows, testing::ValuesIn(BoolRows), [](const auto& row) { return row.param.name; });
+
+TEST(XMLValueParsersTest, ParseBoolComparesTheTextBehindANul)
 {
     EXPECT_FALSE(XMLValueParsers::ParseBool(VString(u"true\0", 5)));
 }
 
-TEST_P(ParseIntRows, Value)
+TEST_P(ParseIntRows, ReturnsTheExpectedValue)
 {
     EXPECT_EQ(XMLValueParsers::ParseInt(GetParam().text), GetParam().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest,
-    ParseIntRows,
-    testing::Values(IntRow{"Zero", "0", 0},
-        IntRow{"Number", "42", 42},
-        IntRow{"Negative", "-42", -42},
-        IntRow{"Plus", "+42", 42},
-        IntRow{"Largest", "2147483647", 2147483647},
-        IntRow{"Least", "-2147483648", -2147483647 - 1},
-        IntRow{"TooLarge", "2147483648", 0},
-        IntRow{"TooSmall", "-2147483649", 0},
-        IntRow{"FarTooLarge", "99999999999999999999", 0},
-        IntRow{"LeadingZeros", "007", 7},
-        IntRow{"Empty", "", 0},
-        IntRow{"Words", "abc", 0},
-        IntRow{"Fraction", "1.5", 0},
-        IntRow{"Exponent", "1e3", 0},
-        IntRow{"Hexadecimal", "0x10", 0},
-        IntRow{"TextBehind", "42a", 0},
-        IntRow{"TwoNumbers", "4 2", 0},
-        IntRow{"SignAlone", "-", 0}),
-    [](const auto& row) { return row.param.name; });
+const IntRow IntRows[] = {
+    {"Zero", "0", 0},
+    {"Number", "42", 42},
+    {"Negative", "-42", -42},
+    {"Plus", "+42", 42},
+    {"Largest", "2147483647", 2147483647},
+    {"Least", "-2147483648", -2147483647 - 1},
+    {"TooLarge", "2147483648", 0},
+    {"TooSmall", "-2147483649", 0},
+    {"FarTooLarge", "99999999999999999999", 0},
+    {"LeadingZeros", "007", 7},
+    {"Empty", "", 0},
+    {"Letters", "abc", 0},
+    {"Fraction", "1.5", 0},
+    {"Exponent", "1e3", 0},
+    {"Hexadecimal", "0x10", 0},
+    {"TrailingText", "42a", 0},
+    {"TwoNumbers", "4 2", 0},
+    {"SignAlone", "-", 0},
+};
 
-TEST(XMLValueParsersTest, ParseIntReadsWhatIsFormatted)
+INSTANTIATE_TEST_SUITE_P(
+    XMLValueParsersTest, ParseIntRows, testing::ValuesIn(IntRows), [](const auto& row) { return row.param.name; });
+
+TEST(XMLValueParsersTest, ParseIntReadsFormattedIntegers)
 {
     for (const std::int32_t value :
         {0, 1, -1, 123456789, std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()})
         EXPECT_EQ(XMLValueParsers::ParseInt(XMLFormatter::FormatIntegerAttribute(value)), value);
 }
 
-TEST_P(ParseFloatRows, Value)
+TEST_P(ParseFloatRows, ReturnsTheExpectedValue)
 {
     EXPECT_EQ(Bits(XMLValueParsers::ParseFloat(GetParam().text)), Bits(GetParam().value));
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest,
-    ParseFloatRows,
-    testing::Values(FloatRow{"Whole", "12", 12.0},
-        FloatRow{"Fraction", "-0.5", -0.5},
-        FloatRow{"Exponent", "1e3", 1000.0},
-        FloatRow{"CapitalExponent", "1E-2", 0.01},
-        FloatRow{"Infinity", "inf", Limits::infinity()},
-        FloatRow{"NegativeInfinity", "-inf", -Limits::infinity()},
-        FloatRow{"NegativeZero", "-0", -0.0},
-        FloatRow{"Empty", "", 0.0},
-        FloatRow{"Words", "abc", 0.0},
-        FloatRow{"CommaIsNoPoint", "1,5", 0.0},
-        FloatRow{"TextBehind", "1.5x", 0.0},
-        FloatRow{"SignAlone", "-", 0.0},
-        FloatRow{"TwoPoints", "1.2.3", 0.0}),
-    [](const auto& row) { return row.param.name; });
+const FloatRow FloatRows[] = {
+    {"Whole", "12", 12.0},
+    {"Fraction", "-0.5", -0.5},
+    {"Exponent", "1e3", 1000.0},
+    {"CapitalExponent", "1E-2", 0.01},
+    {"Infinity", "inf", Limits::infinity()},
+    {"NegativeInfinity", "-inf", -Limits::infinity()},
+    {"NegativeZero", "-0", -0.0},
+    {"Empty", "", 0.0},
+    {"Letters", "abc", 0.0},
+    {"DecimalComma", "1,5", 0.0},
+    {"TrailingText", "1.5x", 0.0},
+    {"SignAlone", "-", 0.0},
+    {"TwoPoints", "1.2.3", 0.0},
+};
 
-TEST_P(RoundTripRows, ComesBackBitForBit)
+INSTANTIATE_TEST_SUITE_P(
+    XMLValueParsersTest, ParseFloatRows, testing::ValuesIn(FloatRows), [](const auto& row) { return row.param.name; });
+
+TEST_P(RoundTripRows, KeepsEveryBit)
 {
     EXPECT_EQ(Bits(RoundTrip(GetParam().value)), Bits(GetParam().value));
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLValueParsersTest,
-    RoundTripRows,
-    testing::Values(DoubleRow{"Zero", 0.0},
-        DoubleRow{"NegativeZero", -0.0},
-        DoubleRow{"Tenth", 0.1},
-        DoubleRow{"Third", 1.0 / 3},
-        DoubleRow{"Infinity", Limits::infinity()},
-        DoubleRow{"NegativeInfinity", -Limits::infinity()},
-        DoubleRow{"Largest", Limits::max()},
-        DoubleRow{"Lowest", Limits::lowest()},
-        DoubleRow{"SmallestNormal", Limits::min()},
-        DoubleRow{"LargestDenormal", FromBits(0x000FFFFFFFFFFFFF)},
-        DoubleRow{"SmallestDenormal", Limits::denorm_min()},
-        DoubleRow{"NegativeDenormal", -Limits::denorm_min()},
-        DoubleRow{"NextToOne", 1.0 + Limits::epsilon()},
-        DoubleRow{"PastTheWholeNumbers", 9007199254740993.0}),
-    [](const auto& row) { return row.param.name; });
+const DoubleRow DoubleRows[] = {
+    {"Zero", 0.0},
+    {"NegativeZero", -0.0},
+    {"Tenth", 0.1},
+    {"Third", 1.0 / 3},
+    {"Infinity", Limits::infinity()},
+    {"NegativeInfinity", -Limits::infinity()},
+    {"Largest", Limits::max()},
+    {"Lowest", Limits::lowest()},
+    {"SmallestNormal", Limits::min()},
+    {"LargestDenormal", FromBits(0x000FFFFFFFFFFFFF)},
+    {"SmallestDenormal", Limits::denorm_min()},
+    {"NegativeDenormal", -Limits::denorm_min()},
+    {"NextToOne", 1.0 + Limits::epsilon()},
+    {"BeyondExactIntegers", 9007199254740993.0},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    XMLValueParsersTest, RoundTripRows, testing::ValuesIn(DoubleRows), [](const auto& row) { return row.param.name; });
 
 TEST(XMLValueParsersTest, NotANumberStaysNotANumber)
 {
     EXPECT_TRUE(std::isnan(RoundTrip(Limits::quiet_NaN())));
 }
 
-TEST(XMLValueParsersTest, RandomDoublesComeBackBitForBit)
+TEST(XMLValueParsersTest, RandomDoublesKeepEveryBit)
 {
     std::mt19937_64 random(17);
     for (int round = 0; round < 100000; ++round) {
@@ -189,7 +197,7 @@ TEST(XMLValueParsersTest, RandomDoublesComeBackBitForBit)
     }
 }
 
-TEST(XMLValueParsersTest, RandomDenormalsComeBackBitForBit)
+TEST(XMLValueParsersTest, RandomDenormalsKeepEveryBit)
 {
     std::mt19937_64 random(18);
     for (int round = 0; round < 20000; ++round) {
