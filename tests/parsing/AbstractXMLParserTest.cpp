@@ -6,7 +6,7 @@
 
 namespace {
 
-// Remembers the schemas it is given instead of loading them.
+// Records the ids and texts of schemas instead of loading them.
 class SchemaCollector : public AbstractXMLParser {
 public:
     SchemaCollector(InputSource& input, std::shared_ptr<SAXInterface> handler)
@@ -35,7 +35,7 @@ struct AbstractXMLParserTest : testing::Test {
     SchemaCollector parser{source, handler};
 };
 
-TEST_F(AbstractXMLParserTest, HoldsInputAndHandlerWithoutMessages)
+TEST_F(AbstractXMLParserTest, StartsWithInputAndHandlerAndNoMessages)
 {
     EXPECT_EQ(&parser.GetInput(), &source);
     EXPECT_EQ(parser.GetHandler(), handler);
@@ -44,13 +44,13 @@ TEST_F(AbstractXMLParserTest, HoldsInputAndHandlerWithoutMessages)
     EXPECT_FALSE(parser.HasFatallyErrored());
 }
 
-TEST_F(AbstractXMLParserTest, LoadXSDStringGivesTheTextItsId)
+TEST_F(AbstractXMLParserTest, LoadXSDStringPassesTextAndId)
 {
     parser.LoadXSDString("  <schema/>", "an id");
     EXPECT_EQ(parser.loaded, std::vector<std::string>{"an id:   <schema/>"});
 }
 
-TEST_F(AbstractXMLParserTest, LoadXSDFileTakesTheFileNameForTheId)
+TEST_F(AbstractXMLParserTest, LoadXSDFileUsesTheFileNameAsId)
 {
     const testsupport::TemporaryFolder folder;
     const VString file = folder.Write("x.xsd", "<schema/>");
@@ -58,7 +58,7 @@ TEST_F(AbstractXMLParserTest, LoadXSDFileTakesTheFileNameForTheId)
     EXPECT_EQ(parser.loaded, std::vector<std::string>{file.toStdString() + ": <schema/>"});
 }
 
-TEST_F(AbstractXMLParserTest, LoadXSDFileReadsTheEncodingOfTheFile)
+TEST_F(AbstractXMLParserTest, LoadXSDFileDecodesTheDeclaredEncoding)
 {
     const testsupport::TemporaryFolder folder;
     const VString file = folder.Write("x.xsd", "<?xml version='1.0' encoding='iso-8859-1'?><s a='\xE4'/>");
@@ -81,7 +81,7 @@ TEST_F(AbstractXMLParserTest, ReloadReplacesInputAndHandler)
     EXPECT_EQ(handler.use_count(), 1);
 }
 
-TEST_F(AbstractXMLParserTest, LocationIsLeftAsItIs)
+TEST_F(AbstractXMLParserTest, GetCurrentLocationLeavesItsArgumentsUnchanged)
 {
     int line = -3;
     int column = -4;
@@ -91,7 +91,7 @@ TEST_F(AbstractXMLParserTest, LocationIsLeftAsItIs)
     EXPECT_EQ(column, -4);
 }
 
-TEST(SAXInterfaceTest, IsNeverDoneByItself)
+TEST(SAXInterfaceTest, IsDoneIsFalseByDefault)
 {
     struct Silent : SAXInterface {
         void StartElement(const VString&, const AttributeMap&) override {}
@@ -102,7 +102,7 @@ TEST(SAXInterfaceTest, IsNeverDoneByItself)
     EXPECT_FALSE(handler.IsDone());
 }
 
-TEST(XMLParseExceptionTest, MessageIsTheConcatenatedMessage)
+TEST(XMLParseExceptionTest, ConcatenatedMessagesReturnTheMessage)
 {
     const XMLParseException exception("stop here");
     EXPECT_EQ(exception.GetConcatenatedMessages(), VString("stop here"));

@@ -1,5 +1,4 @@
-// A parse never depends on those before it: whatever one parser has read, its next document
-// is what a new parser makes of it.
+// A parse never depends on earlier parses: a used parser gives the same result as a new one.
 
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
@@ -13,7 +12,7 @@ struct DocumentRow {
 
 const DocumentRow Documents[] = {
     {"plain", "<a b='1'>text</a>"},
-    {"declared", "<?xml version='1.0' encoding='UTF-8'?><a>\xC3\xA4</a>"},
+    {"declared UTF-8", "<?xml version='1.0' encoding='UTF-8'?><a>\xC3\xA4</a>"},
     {"version 1.1", "<?xml version='1.1'?><a>\xC2\x85</a>"},
     {"version 1.1 control character", "<?xml version='1.1'?><a>&#1;</a>"},
     {"version 1.1 with a fault", "<?xml version='1.1'?><a>"},
@@ -22,7 +21,7 @@ const DocumentRow Documents[] = {
     {"next line is text in 1.0", "<a>x\xC2\x85y</a>"},
     {"standalone", "<?xml version='1.0' standalone='yes'?><!DOCTYPE a [<!ATTLIST a b CDATA 'd'>]><a/>"},
     {"entity declared", "<!DOCTYPE a [<!ENTITY e 'first'>]><a>&e;</a>"},
-    {"entity declared otherwise", "<!DOCTYPE a [<!ENTITY e 'second'>]><a>&e;</a>"},
+    {"entity declared differently", "<!DOCTYPE a [<!ENTITY e 'second'>]><a>&e;</a>"},
     {"entity undeclared", "<a>&e;</a>"},
     {"parameter entity", "<!DOCTYPE a [<!ENTITY % p '<!ENTITY e \"x\">'>%p;]><a>&e;</a>"},
     {"defaulted attribute", "<!DOCTYPE a [<!ATTLIST a b CDATA 'd' c (x|y) 'x'>]><a/>"},
@@ -50,7 +49,7 @@ const DocumentRow Bombs[] = {
     {"general entity bomb", testsupport::GeneralEntityBomb(8, 10)},
 };
 
-// The tree with every position, and the errors.
+// The names, positions and texts of `element` and its descendants.
 std::string Describe(const DOMElement& element)
 {
     std::string text = element.GetName().toStdString();
@@ -71,7 +70,7 @@ std::string ParseWith(DOMParser& parser, const DocumentRow& row)
         document->GetConcatenatedErrors().toStdString();
 }
 
-TEST(DOMParserSequenceTest, EveryDocumentReadsTheSameAfterEveryOther)
+TEST(DOMParserSequenceTest, EveryDocumentParsesTheSameAfterEveryOther)
 {
     for (const DocumentRow& second : Documents) {
         SCOPED_TRACE(second.name);
@@ -86,18 +85,19 @@ TEST(DOMParserSequenceTest, EveryDocumentReadsTheSameAfterEveryOther)
     }
 }
 
-TEST(DOMParserSequenceTest, ABombLeavesNothingBehind)
+TEST(DOMParserSequenceTest, EntityBombDoesNotAffectTheNextParse)
 {
     for (const DocumentRow& bomb : Bombs) {
         SCOPED_TRACE(bomb.name);
         DOMParser used;
         const std::string abandoned = ParseWith(used, bomb);
-        EXPECT_EQ(ParseWith(used, Documents[0]), ParseWith(used, Documents[0]));
+        DOMParser fresh;
+        EXPECT_EQ(ParseWith(used, Documents[0]), ParseWith(fresh, Documents[0]));
         EXPECT_EQ(ParseWith(used, bomb), abandoned);
     }
 }
 
-TEST(DOMParserSequenceTest, OneParserReadsThemAll)
+TEST(DOMParserSequenceTest, OneParserParsesAllDocuments)
 {
     DOMParser used;
     for (int round = 0; round < 2; ++round) {
@@ -118,25 +118,25 @@ struct StopRow {
 const StopRow StopRows[] = {
     {"at the root", "<a><b/></a>", 1},
     {"in the middle", "<a><b><c/>text</b><d/></a>", 3},
-    {"at the last end", "<a><b/></a>", 4},
+    {"at the last end tag", "<a><b/></a>", 4},
     {"inside an entity", "<!DOCTYPE a [<!ENTITY e '<b/><c/><d/>'>]><a>&e;</a>", 2},
     {"in version 1.1", "<?xml version='1.1'?><a><b/></a>", 2},
     {"before a fault", "<a><b></a>", 1},
     {"in a long document", nullptr, 5},
 };
 
-// One driver for the stopped parse and the next, whose result must be that of a new one.
-TEST(DOMParserSequenceTest, AnEarlyStopLeavesNothingBehind)
+// The same driver runs the stopped parse and the next one.
+TEST(DOMParserSequenceTest, EarlyStopDoesNotAffectTheNextParse)
 {
-    std::string longText = "<a>";  // more than the reader looks at in one go
+    std::string longText = "<a>";  // longer than the buffers of the reader
     for (int i = 0; i < 20000; ++i)
         longText += "<b>text</b>";
     longText += "</a>";
     for (const StopRow& stop : StopRows) {
         for (const DocumentRow& next : Documents) {
             SCOPED_TRACE(std::string(stop.name) + ", then " + next.name);
-            auto stopped =
-                std::make_unique<Utf8InputSource>(stop.text ? std::string(stop.text) : longText, "stopped", false);
+            const std::string text = stop.text ? stop.text : longText;
+            auto stopped = std::make_unique<Utf8InputSource>(text, "stopped", false);
             auto first = std::make_shared<testsupport::RecordingHandler>();
             first->doneAfter = stop.events;
             const auto parser = XercesXMLParser::Create(*stopped, first);
@@ -156,7 +156,7 @@ TEST(DOMParserSequenceTest, AnEarlyStopLeavesNothingBehind)
     }
 }
 
-TEST(DOMParserSequenceTest, ParsingAgainGivesTheSameAgain)
+TEST(DOMParserSequenceTest, RepeatedParseGivesTheSameResult)
 {
     for (const DocumentRow& row : Documents) {
         SCOPED_TRACE(row.name);

@@ -38,7 +38,7 @@ TEST_F(DOMParserTest, OptionsAreOffAtFirst)
     EXPECT_TRUE(parser.GetRestrictExternalPaths());
 }
 
-TEST_F(DOMParserTest, TheDocumentGetsTheRestriction)
+TEST_F(DOMParserTest, DocumentsInheritTheRestrictionOfExternalPaths)
 {
     EXPECT_FALSE(parser.ParseXmlString("<a/>", "id")->GetRestrictExternalPaths());
     parser.SetRestrictExternalPaths(true);
@@ -63,13 +63,13 @@ struct TreeRow {
 const TreeRow TreeRows[] = {
     {"leading white space", " \n\t<a/>", "<a></a>"},
     {"blank text is dropped", "<a> \n <b/>\t</a>", "<a><b></b></a>"},
-    {"text is kept as it stands", "<a> x </a>", "<a> x </a>"},
+    {"text keeps its blanks", "<a> x </a>", "<a> x </a>"},
     {"a no-break space is text", "<a>\xC2\xA0</a>", "<a>\xC2\xA0</a>"},
     {"text around children is joined", "<a>1<b/> <b/>2</a>", "<a>12<b></b><b></b></a>"},
     {"attributes", "<a c='2' b='1'/>", "<a b='1' c='2'></a>"},
     {"leading colons", "<a :b='1'/>", "<a :b='1'></a>"},
     {"siblings in order", "<a><b/><c><d/></c><b/></a>", "<a><b></b><c><d></d></c><b></b></a>"},
-    {"comments and instructions leave nothing", "<a><!-- c --><?p i?></a><!-- c -->", "<a></a>"},
+    {"comments and instructions are dropped", "<a><!-- c --><?p i?></a><!-- c -->", "<a></a>"},
 };
 
 TEST_F(DOMParserTest, BuildsTheTree)
@@ -82,13 +82,13 @@ TEST_F(DOMParserTest, BuildsTheTree)
     }
 }
 
-TEST_F(DOMParserTest, KeepsBlankTextWhenAsked)
+TEST_F(DOMParserTest, KeepsBlankTextWhenRequested)
 {
     Utf8InputSource source("<a> <b/>\n</a>", "id", false);
     EXPECT_EQ(TreeText(*parser.ParseXmlInputSource(source, true)), "<a> \n<b></b></a>");
 }
 
-TEST_F(DOMParserTest, AllEntriesGiveTheSameDocument)
+TEST_F(DOMParserTest, AllParseOperationsGiveTheSameDocument)
 {
     const testsupport::TemporaryFolder folder;
     const std::string text = "<a b='1'>\xC3\xA4</a>";
@@ -109,12 +109,12 @@ TEST_F(DOMParserTest, AllEntriesGiveTheSameDocument)
         EXPECT_EQ(TreeText(*document), "<a b='1'>\xC3\xA4</a>");
 }
 
-TEST_F(DOMParserTest, NullTextIsAnEmptyDocument)
+TEST_F(DOMParserTest, NullTextIsAnError)
 {
     EXPECT_TRUE(parser.ParseXmlString(static_cast<const char*>(nullptr), "id")->HasErrors());
 }
 
-TEST_F(DOMParserTest, TextsSkipLeadingWhitespaceAndBytesDoNot)
+TEST_F(DOMParserTest, StringsSkipLeadingWhitespaceAndBytesDoNot)
 {
     const std::string text = " <?xml version='1.0'?><a/>";
     EXPECT_FALSE(parser.ParseXmlString(text, "id")->HasErrors());
@@ -128,14 +128,14 @@ TEST_F(DOMParserTest, FilesSkipLeadingWhitespace)
     EXPECT_FALSE(parser.ParseXmlFile(folder.Write("a.xml", "\n<?xml version='1.0'?><a/>"))->HasErrors());
 }
 
-TEST_F(DOMParserTest, TextIsUtf16WhateverItDeclaresAndByteStringsAreNot)
+TEST_F(DOMParserTest, OnlyByteStringsUseTheirDeclaredEncoding)
 {
     const std::string text = "<?xml version='1.0' encoding='iso-8859-1'?><a>\xC3\xA4</a>";
     EXPECT_EQ(TreeText(*parser.ParseXmlString(VString::fromStdString(text), "id")), "<a>\xC3\xA4</a>");
     EXPECT_EQ(TreeText(*parser.ParseXmlString(text, "id")), "<a>\xC3\x83\xC2\xA4</a>");
 }
 
-TEST_F(DOMParserTest, ErrorsAreOnTheRootInOrder)
+TEST_F(DOMParserTest, ErrorsAreRecordedOnTheRootInOrder)
 {
     const auto document = parser.ParseXmlString("<a b='1' b='2' c='1' c='2'/>", "id");
     const std::vector<VString> errors = Errors(*document);
@@ -149,7 +149,7 @@ TEST_F(DOMParserTest, ErrorsAreOnTheRootInOrder)
     EXPECT_EQ(document->GetMetadataForErrors().front(), VError::ErrorInfo::NoError);
 }
 
-TEST_F(DOMParserTest, AnIllFormedDocumentKeepsWhatWasBuilt)
+TEST_F(DOMParserTest, IllFormedDocumentKeepsTheElementsBeforeTheError)
 {
     const auto document = parser.ParseXmlString("<a><b>x</b><c>", "f.xml");
     EXPECT_EQ(TreeText(*document), "<a><b>x</b><c></c></a>");
@@ -158,7 +158,7 @@ TEST_F(DOMParserTest, AnIllFormedDocumentKeepsWhatWasBuilt)
             "Fatal Error(1,15): input ended before all started tags were ended; last tag started is 'c' (id: f.xml)"});
 }
 
-TEST_F(DOMParserTest, PositionsAreThoseBehindTheTags)
+TEST_F(DOMParserTest, PositionsPointBehindTheTags)
 {
     parser.SetEnableLineNumbersOnElements(true);
     const auto document = parser.ParseXmlString("<a>\n  <b>\n\n  </b>\n</a>", "id");
@@ -176,14 +176,15 @@ TEST_F(DOMParserTest, WithoutLineNumbersPositionsAreUnknown)
     EXPECT_EQ(document->GetDocumentRoot()->GetEndColumn(), 0);
 }
 
-TEST_F(DOMParserTest, ADeclarationOfVersion11KeepsPositions)
+TEST_F(DOMParserTest, PositionsAreRightAfterADeclarationOfVersion11)
 {
     parser.SetEnableLineNumbersOnElements(true);
     const auto document = parser.ParseXmlString("<?xml version='1.1'?>\n<a/>", "id");
     EXPECT_EQ(document->GetDocumentRoot()->GetStartLine(), 2);
 }
 
-// The handler's captures live until the handler returns. It calls `replace`, which replaces or removes it.
+// Expects that the captures of a statistics handler live until it returns, although it calls `replace`,
+// which replaces or removes the handler.
 void ExpectCapturesOutlive(const std::function<void(DOMParser&)>& replace)
 {
     DOMParser parser;
@@ -235,7 +236,7 @@ TEST_F(DOMParserTest, AStatisticsHandlerKeepsItsState)
     EXPECT_EQ(counts, (std::vector<int>{1, 2}));
 }
 
-TEST_F(DOMParserTest, RvaluesAreTakenOver)
+TEST_F(DOMParserTest, RvaluesAreMovedFrom)
 {
     std::string string = std::string(1000, ' ') + "<a/>";
     VString wide = "<b/>";
@@ -248,7 +249,7 @@ TEST_F(DOMParserTest, RvaluesAreTakenOver)
     EXPECT_EQ(bytes.capacity(), 0u);
 }
 
-TEST_F(DOMParserTest, ConstantTextsStayAsTheyAre)
+TEST_F(DOMParserTest, LvaluesAreNotChanged)
 {
     std::string string = "<a/>";
     VString wide = "<b/>";
@@ -261,7 +262,7 @@ TEST_F(DOMParserTest, ConstantTextsStayAsTheyAre)
     EXPECT_EQ(bytes.size(), 4u);
 }
 
-// Acts when the parser reads it first.
+// Calls `act` when a parser first reads the source.
 struct ActingSource : StringInputSource {
     ActingSource(const char* text, std::function<void()> act)
         : StringInputSource(text, "acting", false),
@@ -298,14 +299,14 @@ TEST_F(DOMParserTest, ASchemaMayUseTheParserThatReadsIt)
     EXPECT_EQ(inner, "<a>1</a>");
 }
 
-TEST_F(DOMParserTest, AnExceptionOfASchemaLeavesAUsableParser)
+TEST_F(DOMParserTest, ParserStaysUsableAfterASchemaThrows)
 {
     parser.AddXSDInputSource(std::make_unique<ActingSource>(Schema, [] { throw 7; }));
     EXPECT_THROW(parser.ParseXmlString("<a>1</a>", "id"), int);
     EXPECT_EQ(Errors(*parser.ParseXmlString("<a>1</a>", "id")), std::vector<VString>{});
 }
 
-TEST_F(DOMParserTest, StatisticsComeOnceBehindTheErrors)
+TEST_F(DOMParserTest, StatisticsAreReportedOncePerParse)
 {
     std::vector<std::string> reports;
     parser.SetStatisticsEventHandler([&](const DOMParserStatistics& statistics) {
@@ -329,7 +330,7 @@ TEST_F(DOMParserTest, SchemasValidateEveryLaterParse)
     }
 }
 
-TEST_F(DOMParserTest, ASchemaFileIsReadAnewForEachParse)
+TEST_F(DOMParserTest, SchemaFilesAreReadForEachParse)
 {
     const testsupport::TemporaryFolder folder;
     const VString file = folder.Write("s.xsd", Schema);
@@ -342,7 +343,7 @@ TEST_F(DOMParserTest, ASchemaFileIsReadAnewForEachParse)
     EXPECT_EQ(Errors(*parser.ParseXmlString("<a>x</a>", "id")), std::vector<VString>{});
 }
 
-TEST_F(DOMParserTest, SchemaErrorsComeBeforeTheParsesOwn)
+TEST_F(DOMParserTest, SchemaErrorsPrecedeDocumentErrors)
 {
     parser.AddXSDInputSource(std::make_unique<StringInputSource>("<xs:schema", "bad.xsd", false));
     const std::vector<VString> errors = Errors(*parser.ParseXmlString("<a", "doc.xml"));
@@ -351,14 +352,12 @@ TEST_F(DOMParserTest, SchemaErrorsComeBeforeTheParsesOwn)
     EXPECT_TRUE(errors.back().endsWith("(id: doc.xml)"));
 }
 
-TEST_F(DOMParserTest, ASchemaWithoutAnIdIsAnAssertion)
+TEST_F(DOMParserTest, SchemaWithoutIdAsserts)
 {
     parser.AddXSDInputSource(SchemaSource(VString()));
-    testsupport::ExpectLogicException([&] { parser.ParseXmlString("<a/>", "id"); },
-        "vancorexml\\main\\parser\\XercesXMLParser",
-        203,
-        "!xsdSource.Id().IsEmpty()",
-        0xC83A570E);
+    const char* const file = "vancorexml\\main\\parser\\XercesXMLParser";
+    const auto parse = [&] { parser.ParseXmlString("<a/>", "id"); };
+    testsupport::ExpectLogicException(parse, file, 203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
 }
 
 TEST_F(DOMParserTest, ASchemaResourceValidates)
@@ -371,7 +370,7 @@ TEST_F(DOMParserTest, ASchemaResourceValidates)
     EXPECT_EQ(Errors(*parser.ParseXmlString("<a>x</a>", "id")).size(), 1u);
 }
 
-// The names of the scopes that close while `run` runs, innermost first.
+// The metrics scopes that close while `run` runs, innermost first.
 std::vector<Metrics::ScopeRecord> Measure(const std::function<void()>& run)
 {
     std::vector<Metrics::ScopeRecord> records;
@@ -387,7 +386,7 @@ int Count(const std::vector<Metrics::ScopeRecord>& records, const std::string& n
         records.begin(), records.end(), [&](const Metrics::ScopeRecord& record) { return record.name == name; }));
 }
 
-TEST_F(DOMParserTest, KeepsItsDriverUntilThereAreSchemas)
+TEST_F(DOMParserTest, ReusesItsDriverUnlessThereAreSchemas)
 {
     const auto parse = [this] { parser.ParseXmlString("<a>1</a>", "id"); };
     parse();
@@ -413,7 +412,7 @@ TEST_F(DOMParserTest, RecordsSizeAndBeginningOfTheSource)
     EXPECT_EQ(tree, text);
 }
 
-TEST_F(DOMParserTest, MeasuresBytesAndSchemas)
+TEST_F(DOMParserTest, HasMetricsScopesForBytesAndForSchemas)
 {
     parser.AddXSDInputSource(SchemaSource("s.xsd"));
     const auto records = Measure([this] { parser.ParseXmlBytes({'<', 'a', '/', '>'}); });
@@ -422,7 +421,7 @@ TEST_F(DOMParserTest, MeasuresBytesAndSchemas)
     EXPECT_EQ(Count(records, "DOMParser_ParseXmlInputSource"), 0);
 }
 
-TEST_F(DOMParserTest, AMeasuredFileOfAnotherEncodingThrows)
+TEST_F(DOMParserTest, NonUtf8FileThrowsWhileMetricsAreRecorded)
 {
     const testsupport::TemporaryFolder folder;
     FileInputSource source(folder.Write("a.xml", "<a>\xE4</a>"));
@@ -430,7 +429,7 @@ TEST_F(DOMParserTest, AMeasuredFileOfAnotherEncodingThrows)
     Metrics::SetSink(nullptr);
 }
 
-TEST_F(DOMParserTest, MarksTheMemoryOfAParse)
+TEST_F(DOMParserTest, SetsTheMemoryScopeDuringAParse)
 {
     std::string during;
     parser.SetStatisticsEventHandler([&](const DOMParserStatistics&) { during = MemoryScope::Current(); });
@@ -439,7 +438,7 @@ TEST_F(DOMParserTest, MarksTheMemoryOfAParse)
     EXPECT_EQ(MemoryScope::Current(), nullptr);
 }
 
-TEST_F(DOMParserTest, TracesAFile)
+TEST_F(DOMParserTest, TracesTheParseOfAFile)
 {
     const testsupport::TemporaryFolder folder;
     const VString file = folder.Write("a.xml", "<a/>");
@@ -454,7 +453,7 @@ TEST_F(DOMParserTest, TracesAFile)
     EXPECT_EQ(records.back().tags, (Tags{{"filename", file}, {"source-size", "4"}}));
 }
 
-TEST_F(DOMParserTest, ParsersOfSeveralThreadsDoNotMeet)
+TEST_F(DOMParserTest, ParsersOnSeveralThreadsAreIndependent)
 {
     std::vector<std::thread> threads;
     std::vector<std::string> trees(4);

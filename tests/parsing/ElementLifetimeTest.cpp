@@ -1,4 +1,4 @@
-// The elements of a parse share allocations; each may live and die on its own all the same.
+// The elements of one parse share memory pages, but each element can be destroyed independently.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -17,13 +17,13 @@ std::unique_ptr<DOM> ParseMany()
 {
     VString text = "<all>";
     for (int i = 0; i < Count; ++i) {
-        text += VString("<e n='") + VString::number(std::int32_t{i}) + "'>text of " + VString::number(std::int32_t{i}) +
-            "</e>";
+        const VString number = VString::number(std::int32_t{i});
+        text += "<e n='" + number + "'>text of " + number + "</e>";
     }
     return DOMParser().ParseXmlString(text + "</all>", "many");
 }
 
-std::vector<std::unique_ptr<DOMElement>> RemoveAllElements(DOM& document)
+std::vector<std::unique_ptr<DOMElement>> RemoveAll(DOM& document)
 {
     return document.GetDocumentRoot()->RemoveChildren();
 }
@@ -37,7 +37,7 @@ void ExpectElement(const DOMElement& element, int i)
 TEST(ElementLifetimeTest, SomeElementsOutliveTheirDocument)
 {
     std::unique_ptr<DOM> document = ParseMany();
-    std::vector<std::unique_ptr<DOMElement>> elements = RemoveAllElements(*document);
+    std::vector<std::unique_ptr<DOMElement>> elements = RemoveAll(*document);
     ASSERT_EQ(elements.size(), std::size_t{Count});
     for (int i = 0; i < Count; ++i) {
         if (i % 100 != 0)
@@ -50,12 +50,12 @@ TEST(ElementLifetimeTest, SomeElementsOutliveTheirDocument)
     }
 }
 
-TEST(ElementLifetimeTest, ElementsOfTwoParsesAndNewOnesMix)
+TEST(ElementLifetimeTest, ElementsOfTwoParsesAndNewElementsCanBeMixed)
 {
     const std::unique_ptr<DOM> first = ParseMany();
     std::unique_ptr<DOM> second = ParseMany();
     DOMElement& top = *first->GetDocumentRoot();
-    for (std::unique_ptr<DOMElement>& element : RemoveAllElements(*second))
+    for (std::unique_ptr<DOMElement>& element : RemoveAll(*second))
         top.AppendChild(std::move(element));
     second.reset();
     top.AddNewChild("new", nullptr).SetText("n");
@@ -71,7 +71,7 @@ TEST(ElementLifetimeTest, ElementsOfTwoParsesAndNewOnesMix)
     EXPECT_EQ(top.GetChildren().size(), std::size_t{Count + 2});
 }
 
-TEST(ElementLifetimeTest, CopiesOutliveWhatTheyWereCopiedFrom)
+TEST(ElementLifetimeTest, CopiesOutliveTheirSource)
 {
     std::unique_ptr<DOM> document = ParseMany();
     const auto copy = std::make_unique<DOMElement>(*document->GetDocumentRoot());
@@ -80,8 +80,8 @@ TEST(ElementLifetimeTest, CopiesOutliveWhatTheyWereCopiedFrom)
         ExpectElement(*copy->GetChildren()[static_cast<std::size_t>(i)], i);
 }
 
-// Code outside the library may derive from DOMElement; its objects are larger than an element.
-TEST(ElementLifetimeTest, LargerElementsThanOursAreElements)
+// Code outside the library may derive from DOMElement and add members.
+TEST(ElementLifetimeTest, DerivedElementsMayBeLarger)
 {
     struct Marked : DOMElement {
         using DOMElement::DOMElement;
@@ -93,25 +93,25 @@ TEST(ElementLifetimeTest, LargerElementsThanOursAreElements)
     EXPECT_EQ(element->GetName(), VString("e"));
 }
 
-TEST(ElementLifetimeTest, ADerivedClassIsAlignedAsItAsks)
+TEST(ElementLifetimeTest, DerivedElementsHaveTheirOwnAlignment)
 {
-    struct Usual : DOMElement {
+    struct DefaultAligned : DOMElement {
         using DOMElement::DOMElement;
         alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) char mark = 'm';
     };
-    struct More : DOMElement {
+    struct OverAligned : DOMElement {
         using DOMElement::DOMElement;
         alignas(64) char mark = 'm';
     };
     for (int i = 0; i < 10; ++i) {
-        const auto usual = std::make_unique<Usual>(VString("e"));
-        const auto more = std::make_unique<More>(VString("e"));
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(usual.get()) % alignof(Usual), 0u);
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(more.get()) % alignof(More), 0u);
+        const auto usual = std::make_unique<DefaultAligned>(VString("e"));
+        const auto more = std::make_unique<OverAligned>(VString("e"));
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(usual.get()) % alignof(DefaultAligned), 0u);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(more.get()) % alignof(OverAligned), 0u);
     }
 }
 
-// Each document with elements of all is one thread's; the allocations are everybody's.
+// Each thread owns one document. The elements of all documents share the pages of one parse.
 TEST(ElementLifetimeThreadTest, ElementsOfOneParseDieOnSeveralThreads)
 {
     constexpr std::size_t ThreadCount = 4;
@@ -119,7 +119,7 @@ TEST(ElementLifetimeThreadTest, ElementsOfOneParseDieOnSeveralThreads)
     std::vector<std::unique_ptr<DOM>> documents;
     for (std::size_t i = 0; i < ThreadCount; ++i)
         documents.push_back(std::make_unique<DOM>());
-    std::vector<std::unique_ptr<DOMElement>> elements = RemoveAllElements(*document);
+    std::vector<std::unique_ptr<DOMElement>> elements = RemoveAll(*document);
     for (std::size_t i = 0; i < elements.size(); ++i)
         documents[i % ThreadCount]->GetRoot().AppendChild(std::move(elements[i]));
     document.reset();

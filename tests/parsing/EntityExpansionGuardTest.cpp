@@ -1,4 +1,4 @@
-// The guard against documents that a few declarations blow up, compared with one that expands.
+// Compares the guard, which only computes the sizes of expansions, with a reference that expands.
 
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 
@@ -17,7 +17,7 @@ namespace {
 
 enum class Subject { Document, Schema };
 
-// The message, or nothing.
+// The message of the guard; empty if it accepts `text`.
 std::string Check(Subject subject, const std::string& text, const ExpansionLimits& limits)
 {
     const XercesInitializer xerces;
@@ -33,12 +33,12 @@ std::string MessageOf(std::uint64_t limit, const std::string& things)
         " in the document; this is the limit imposed by the application";
 }
 
-// A piece of an entity, a value or the content.
+// A piece of the value of an entity.
 struct Piece {
     std::string written;
-    std::size_t read = 0;  // units of it in the replacement text
-    std::size_t text = 0;  // units that it comes to
-    int entity = -1;       // that it refers to, if any
+    std::size_t read = 0;  // its length in the replacement text, in UTF-16 code units
+    std::size_t text = 0;  // its length when expanded, without referenced entities
+    int entity = -1;       // the index of the referenced entity; -1 for none
 };
 
 struct Entity {
@@ -46,23 +46,23 @@ struct Entity {
     bool hasMarkup = false;
 };
 
-// Expands as a parser does, one reference after the other.
+// The reference: expands one entity after the other, as a parser does.
 class Expander {
 public:
     explicit Expander(const ExpansionLimits& limits) : m_limits(limits) {}
 
     std::vector<Entity> entities;
     std::set<int> declared;
-    std::string message;    // of the first limit exceeded
-    bool isFaulty = false;  // as an entity contains itself
+    std::string message;    // of the first limit that is exceeded; empty for none
+    bool isFaulty = false;  // true if an entity contains itself
     std::uint64_t text = 0;
 
-    void Refer(int entity, std::uint64_t& count, bool mustCount)
+    void ExpandReference(int entity, std::uint64_t& count, bool hasCountLimit)
     {
         if (!message.empty() || isFaulty)
             return;
         Expand(entity, count);
-        Judge(count, mustCount);
+        CheckLimits(count, hasCountLimit);
     }
     void ExpandParameterEntity(const Entity& entity, const std::vector<Entity>& parameterEntities, std::uint64_t& count)
     {
@@ -71,7 +71,7 @@ public:
             text += piece.text;
             m_read += piece.read;
         }
-        Judge(count, true);
+        CheckLimits(count, true);
         for (const Piece& piece : entity.pieces) {
             if (piece.entity >= 0 && message.empty()) {
                 const Entity& inner = parameterEntities[static_cast<std::size_t>(piece.entity)];
@@ -81,11 +81,11 @@ public:
     }
 
 private:
-    void Judge(std::uint64_t count, bool mustCount)
+    void CheckLimits(std::uint64_t count, bool hasCountLimit)
     {
         if (!message.empty())
             return;
-        if (mustCount && count > m_limits.expansions)
+        if (hasCountLimit && count > m_limits.expansions)
             message = MessageOf(m_limits.expansions, "entity expansions");
         else if (text > m_limits.text)
             message = MessageOf(m_limits.text, "characters of entities");
@@ -120,10 +120,10 @@ private:
 // A random document and the size of its expansion, built together.
 class RandomDocument {
 public:
-    RandomDocument(unsigned seed, const ExpansionLimits& limits, bool mustCount)
+    RandomDocument(unsigned seed, const ExpansionLimits& limits, bool hasCountLimit)
         : expander(limits),
           m_random(seed),
-          m_mustCount(mustCount)
+          m_hasCountLimit(hasCountLimit)
     {
         MakeEntities();
         text = "<!DOCTYPE r [";
@@ -140,9 +140,9 @@ public:
 
     std::string text;
     Expander expander;
-    std::size_t length = 0;  // of texts and attributes that are written, without what expands
+    std::size_t length = 0;  // of texts and attribute values, without entities
     std::uint64_t contentCount = 0;
-    std::uint64_t prologText = 0;  // of the expander, before the content
+    std::uint64_t prologText = 0;  // the expander's `text` before the content
 
     bool HasMarkupInEntities() const
     {
@@ -177,7 +177,7 @@ private:
     void MakeEntities()
     {
         const std::size_t count = 1 + Below(6);
-        // Most documents have no circles.
+        // Entities may contain themselves in one document of six.
         const bool mayCircle = Below(6) == 0;
         for (std::size_t i = 0; i < count; ++i)
             expander.entities.push_back({{}, Below(3) == 0});
@@ -187,7 +187,8 @@ private:
         }
     }
 
-    // Refers to the entity `inner`, or to none where that is `self` or has markup where none may be.
+    // Adds a reference to the entity `inner`. Adds other text instead if `inner` is `self`, or if it has
+    // markup that `entity` must not have.
     void AddPiece(Entity& entity, std::size_t inner, std::size_t self)
     {
         const bool isPlain = !expander.entities[inner].hasMarkup;
@@ -221,9 +222,9 @@ private:
         for (const Piece& piece : entity.pieces)
             text += piece.written;
         text += "\">";
-        // A second declaration changes nothing.
+        // The parser ignores a second declaration.
         if (Below(4) == 0)
-            text += "<!ENTITY e" + std::to_string(m_written) + " 'a value that nobody sees'>";
+            text += "<!ENTITY e" + std::to_string(m_written) + " 'an ignored value'>";
         expander.declared.insert(static_cast<int>(m_written++));
     }
 
@@ -275,15 +276,15 @@ private:
         m_parameterEntities.push_back(entity);
     }
 
-    // The inside of an attribute value.
-    void WriteValue(std::uint64_t& count, bool mustCount, std::size_t& written)
+    // Writes an attribute value without its quotes.
+    void WriteValue(std::uint64_t& count, bool hasCountLimit, std::size_t& written)
     {
         for (std::size_t k = Below(4); k > 0; --k) {
             const int entity = static_cast<int>(Below(expander.entities.size()));
             const bool hasMarkup = expander.entities[static_cast<std::size_t>(entity)].hasMarkup;
             if (expander.declared.contains(entity) && !hasMarkup && Below(2) == 0) {
                 text += Reference(entity).written;
-                expander.Refer(entity, count, mustCount);
+                expander.ExpandReference(entity, count, hasCountLimit);
             } else {
                 text += "&amp;y";
                 written += 2;
@@ -296,7 +297,7 @@ private:
         switch (Below(4)) {
         case 0: {
             text += "<a b='";
-            WriteValue(contentCount, m_mustCount, length);
+            WriteValue(contentCount, m_hasCountLimit, length);
             text += "'/>";
             break;
         }
@@ -311,13 +312,13 @@ private:
         default: {
             const int entity = static_cast<int>(Below(expander.entities.size()));
             text += Reference(entity).written;
-            expander.Refer(entity, contentCount, m_mustCount);
+            expander.ExpandReference(entity, contentCount, m_hasCountLimit);
         }
         }
     }
 
     std::mt19937 m_random;
-    bool m_mustCount;
+    bool m_hasCountLimit;
     std::vector<Entity> m_parameterEntities;
     std::size_t m_written = 0;
     std::size_t m_defaults = 0;
@@ -337,8 +338,8 @@ ExpansionLimits RandomLimits(unsigned seed)
 
 constexpr unsigned RandomDocuments = 3000;
 
-// The comparisons below are worth what the expander is.
-TEST(EntityExpansionGuardTest, TheExpanderAgreesWithTheParser)
+// Checks the reference itself against the parser, because the following tests rely on it.
+TEST(EntityExpansionGuardTest, ReferenceAgreesWithTheParser)
 {
     int compared = 0;
     for (unsigned seed = 0; seed < RandomDocuments; ++seed) {
@@ -358,7 +359,7 @@ TEST(EntityExpansionGuardTest, TheExpanderAgreesWithTheParser)
     EXPECT_GT(compared, static_cast<int>(RandomDocuments) / 20);
 }
 
-TEST(EntityExpansionGuardTest, AgreesWithAnExpanderOnRandomSchemas)
+TEST(EntityExpansionGuardTest, AgreesWithTheReferenceOnRandomSchemas)
 {
     for (unsigned seed = 0; seed < RandomDocuments; ++seed) {
         const ExpansionLimits limits = RandomLimits(seed);
@@ -367,13 +368,13 @@ TEST(EntityExpansionGuardTest, AgreesWithAnExpanderOnRandomSchemas)
     }
 }
 
-TEST(EntityExpansionGuardTest, AgreesWithAnExpanderOnRandomDocuments)
+TEST(EntityExpansionGuardTest, AgreesWithTheReferenceOnRandomDocuments)
 {
     int compared = 0;
     for (unsigned seed = 0; seed < RandomDocuments; ++seed) {
         const ExpansionLimits limits = RandomLimits(seed);
         const RandomDocument document(seed, limits, false);
-        // The parser of the document stops there.
+        // The parser enforces this limit, not the guard.
         if (document.contentCount > limits.expansions)
             continue;
         ++compared;
@@ -388,10 +389,9 @@ struct SizeRow {
     std::uint64_t size;
 };
 
-// Entities of 10, 20 and 0 units.
-const std::string Entities = "<!ENTITY ten '0123456789'><!ENTITY twice '&ten;&ten;'><!ENTITY none ''>"
-                             "<!ENTITY unused '" +
-    std::string(1000, 'x') + "'>";
+// Entities of 10, 20, 0 and 1000 units.
+const std::string Unused = "<!ENTITY unused '" + std::string(1000, 'x') + "'>";
+const std::string Entities = "<!ENTITY ten '0123456789'><!ENTITY twice '&ten;&ten;'><!ENTITY none ''>" + Unused;
 
 const SizeRow TextRows[] = {
     {"nothing used", "<!DOCTYPE r [" + Entities + "]><r/>", 0},
@@ -413,15 +413,15 @@ const SizeRow TextRows[] = {
     {"an entity that a parameter entity declares",
         "<!DOCTYPE r [<!ENTITY % p \"<!ENTITY e '123456789012'>\">%p;]><r a='&e;'>&e;</r>",
         50},
-    {"all together",
+    {"all kinds of expansions",
         "<!DOCTYPE r [" + Entities +
             "<!ENTITY % p '<!--xyz-->'>%p;<!ATTLIST r d CDATA '&ten;'>]>"
             "<r a='&ten;'>&ten;</r>",
         40},
-    {"behind an entity that is not parsed",
+    {"an unparsed entity before a used one",
         "<!DOCTYPE r [<!NOTATION n SYSTEM 'n'><!ENTITY u SYSTEM 'u' NDATA n>" + Entities + "]><r a='&ten;'/>",
         10},
-    {"in a document with an outer part", "<!DOCTYPE r SYSTEM 'r.dtd' [" + Entities + "]><r a='&ten;&unknown;'/>", 10},
+    {"a document with an external subset", "<!DOCTYPE r SYSTEM 'r.dtd' [" + Entities + "]><r a='&ten;&unknown;'/>", 10},
     {"no entities", "<!DOCTYPE r [<!ATTLIST r a CDATA '0123456789'>]><r>&amp;&#65;</r>", 0},
 };
 
@@ -444,7 +444,9 @@ TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfText)
 const SizeRow CountRows[] = {
     {"parameter entities", "<!DOCTYPE r [<!ENTITY % p ''><!ENTITY % q '&#37;p;&#37;p;'>%p;%q;]><r/>", 4},
     {"default values", "<!DOCTYPE r [" + Entities + "<!ATTLIST r a CDATA '&ten;&twice;&none;'>]><r/>", 5},
-    {"both", "<!DOCTYPE r [<!ENTITY % p ''>%p;" + Entities + "<!ATTLIST r a CDATA '&ten;'>]><r/>", 2},
+    {"parameter entities and default values",
+        "<!DOCTYPE r [<!ENTITY % p ''>%p;" + Entities + "<!ATTLIST r a CDATA '&ten;'>]><r/>",
+        2},
 };
 
 TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfExpansionsInDeclarations)
@@ -461,7 +463,7 @@ TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfExpansionsInDeclarations)
     }
 }
 
-TEST(EntityExpansionGuardTest, CountsTheExpansionsInTheContentOfSchemasOnly)
+TEST(EntityExpansionGuardTest, LimitsContentExpansionsOnlyInSchemas)
 {
     const std::string text = "<!DOCTYPE r [" + Entities + "]><r a='&ten;'>&twice;</r>";
     ExpansionLimits limits;
@@ -472,7 +474,7 @@ TEST(EntityExpansionGuardTest, CountsTheExpansionsInTheContentOfSchemasOnly)
     EXPECT_EQ(Check(Subject::Document, text, limits), "");
 }
 
-TEST(EntityExpansionGuardTest, LongNamesWithinEntitiesAreBounded)
+TEST(EntityExpansionGuardTest, LongReferencesWithinEntitiesAreLimited)
 {
     const std::string name(100, 'n');
     const std::string text = "<!DOCTYPE r [<!ENTITY " + name + " 'x'><!ENTITY e '&" + name + ";'>]><r a='&e;&e;&e;'/>";
@@ -484,13 +486,12 @@ TEST(EntityExpansionGuardTest, LongNamesWithinEntitiesAreBounded)
     EXPECT_EQ(Check(Subject::Document, text, limits), expected);
 }
 
-TEST(EntityExpansionGuardTest, NestingWithLongNamesIsBounded)
+TEST(EntityExpansionGuardTest, NestedEntitiesWithLongNamesAreLimited)
 {
     const std::string name(100, 'n');
     const std::string general = "<!ENTITY " + name + " 'x'><!ENTITY e '&" + name + ";'><!ENTITY f '&e;'>";
-    const std::string parameter = "<!ENTITY % " + name + " ''><!ENTITY % e '&#37;" + name +
-        ";'>"
-        "<!ENTITY % f '&#37;e;'>%f; %f;";
+    const std::string inner = "<!ENTITY % " + name + " ''><!ENTITY % e '&#37;" + name + ";'>";
+    const std::string parameter = inner + "<!ENTITY % f '&#37;e;'>%f; %f;";
     const std::string documents[] = {
         "<!DOCTYPE r [" + general + "]><r a='&f;'>&f;</r>",
         "<!DOCTYPE r [" + parameter + "]><r/>",
@@ -505,7 +506,7 @@ TEST(EntityExpansionGuardTest, NestingWithLongNamesIsBounded)
     }
 }
 
-TEST(EntityExpansionGuardTest, NamesThePlaceOfTheExcess)
+TEST(EntityExpansionGuardTest, ReportsThePositionOfTheExcess)
 {
     const std::string text = "<!DOCTYPE r [" + Entities + "]>\n<r>\n <a b='&ten;'/></r>";
     const XercesInitializer xerces;
@@ -538,7 +539,7 @@ TEST(EntityExpansionGuardTest, LeavesFaultyDocumentsToTheParser)
     }
 }
 
-TEST(EntityExpansionGuardTest, ACircleDoesNotHideWhatIsExpandedBeforeIt)
+TEST(EntityExpansionGuardTest, CountsExpansionsBeforeACircularReference)
 {
     ExpansionLimits limits;
     limits.text = 20;

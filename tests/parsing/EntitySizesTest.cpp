@@ -44,7 +44,7 @@ TEST(EntitySizesTest, AReferenceCountsAsItsReplacement)
         EXPECT_EQ(Expand(row.text).text, row.expected) << VString(row.text);
 }
 
-TEST(EntitySizesTest, TextThatIsNoReferenceCountsItsOwnLength)
+TEST(EntitySizesTest, OtherTextCountsItsOwnLength)
 {
     const std::u16string texts[] = {
         u"&",
@@ -67,7 +67,7 @@ TEST(EntitySizesTest, TextThatIsNoReferenceCountsItsOwnLength)
     EXPECT_EQ(Expand(u"&&x;").text, 6u);
 }
 
-TEST(EntitySizesTest, ReferencesCountAmongWhatIsRead)
+TEST(EntitySizesTest, ReadCountIncludesTheReferences)
 {
     const Expansion expansion = Expand(u"a&x;&lt;");
     EXPECT_EQ(expansion.count, 2u);
@@ -75,7 +75,8 @@ TEST(EntitySizesTest, ReferencesCountAmongWhatIsRead)
     EXPECT_EQ(expansion.read, 13u);
 }
 
-// `levels` entities, each `fan` times the one before; the first has one unit.
+// Declares `levels` nested entities and returns the last. The first is one unit long; each further one
+// refers `fan` times to the one before.
 std::size_t DeclareLevels(EntitySizes& sizes, int levels, int fan)
 {
     std::size_t last = sizes.Declare(u"e0", u"x");
@@ -98,13 +99,13 @@ TEST(EntitySizesTest, NestedEntitiesMultiply)
     EXPECT_EQ(expansion.count, 11111u);
 }
 
-TEST(EntitySizesTest, ASumThatIsTooLargeStopsGrowing)
+TEST(EntitySizesTest, SizesSaturateInsteadOfOverflowing)
 {
     EntitySizes sizes(EntitySizes::Kind::General);
     EXPECT_EQ(sizes.Expand(DeclareLevels(sizes, 100, 10)).text, Expansion::Max);
 }
 
-TEST(EntitySizesTest, DeepNestingTakesNoCallStack)
+TEST(EntitySizesTest, DeepNestingNeedsNoCallStack)
 {
     EntitySizes sizes(EntitySizes::Kind::General);
     const Expansion expansion = sizes.Expand(DeclareLevels(sizes, 200000, 1));
@@ -112,7 +113,7 @@ TEST(EntitySizesTest, DeepNestingTakesNoCallStack)
     EXPECT_EQ(expansion.count, 200000u);
 }
 
-TEST(EntitySizesTest, AnEntityMayBeDeclaredAfterOneThatRefersToIt)
+TEST(EntitySizesTest, EntityMayBeDeclaredAfterAReferenceToIt)
 {
     EntitySizes sizes(EntitySizes::Kind::General);
     const std::size_t outer = sizes.Declare(u"outer", u"&inner;&inner;");
@@ -121,7 +122,7 @@ TEST(EntitySizesTest, AnEntityMayBeDeclaredAfterOneThatRefersToIt)
     EXPECT_EQ(sizes.Expand(outer).text, 6u);
 }
 
-TEST(EntitySizesTest, ACircleIsExpandedOnce)
+TEST(EntitySizesTest, CircularEntitiesAreExpandedOnce)
 {
     EntitySizes sizes(EntitySizes::Kind::General);
     const std::size_t a = sizes.Declare(u"a", u"12&x;&b;&x;&x;");
@@ -136,7 +137,7 @@ TEST(EntitySizesTest, ACircleIsExpandedOnce)
     EXPECT_FALSE(sizes.IsCircular(x));
 }
 
-TEST(EntitySizesTest, AnEntityThatContainsItselfIsExpandedOnce)
+TEST(EntitySizesTest, EntityThatContainsItselfIsExpandedOnce)
 {
     EntitySizes sizes(EntitySizes::Kind::General);
     const std::size_t self = sizes.Declare(u"self", u"ab&self;");
@@ -145,7 +146,7 @@ TEST(EntitySizesTest, AnEntityThatContainsItselfIsExpandedOnce)
     EXPECT_TRUE(sizes.IsCircular(self));
 }
 
-TEST(EntitySizesTest, NamesAreComparedWithThoseAround)
+TEST(EntitySizesTest, CountsTheNamesOfNestedEntities)
 {
     EntitySizes sizes(EntitySizes::Kind::General);
     const std::size_t inner = sizes.Declare(u"four", u"x");
@@ -156,7 +157,7 @@ TEST(EntitySizesTest, NamesAreComparedWithThoseAround)
     EXPECT_EQ(sizes.Expand(outer).names, 1u + 3 + 4 + 4);
 }
 
-TEST(EntitySizesTest, QuotedPartsOfParameterEntitiesHoldNoReferences)
+TEST(EntitySizesTest, IgnoresReferencesInQuotedPartsOfParameterEntities)
 {
     EntitySizes sizes(EntitySizes::Kind::Parameter);
     sizes.Declare(u"a", u"12345");

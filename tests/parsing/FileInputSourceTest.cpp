@@ -21,7 +21,7 @@ std::string ReadAll(InputSource& source)
     return all;
 }
 
-TEST_F(FileInputSourceTest, HasTheFileNameForItsId)
+TEST_F(FileInputSourceTest, IdIsTheFileName)
 {
     const VString file = Write("<a/>");
     const FileInputSource source(file);
@@ -30,7 +30,7 @@ TEST_F(FileInputSourceTest, HasTheFileNameForItsId)
     EXPECT_EQ(source.GetReadSize(), 2048u);
 }
 
-TEST_F(FileInputSourceTest, UnopenableFileIsLoggedAndThrown)
+TEST_F(FileInputSourceTest, MissingFileIsLoggedAndThrows)
 {
     testsupport::LogCapture log;
     const VString file = folder.Path("missing.xml");
@@ -45,13 +45,13 @@ TEST_F(FileInputSourceTest, UnopenableFileIsLoggedAndThrown)
     }
 }
 
-TEST_F(FileInputSourceTest, ADirectoryIsUnopenable)
+TEST_F(FileInputSourceTest, DirectoryThrows)
 {
     const testsupport::LogCapture log;
     EXPECT_THROW(FileInputSource source(folder.Path("")), VIO::Exception);
 }
 
-TEST_F(FileInputSourceTest, EmptyFileGivesNothing)
+TEST_F(FileInputSourceTest, EmptyFileHasNoBytesAndNoLines)
 {
     FileInputSource source(Write(""));
     std::string bytes = "kept";
@@ -89,7 +89,7 @@ TEST_F(FileInputSourceTest, GetNextLineJoinsTheChunksOfALine)
 TEST_F(FileInputSourceTest, GetNextLineNormalizesLineEndings)
 {
     FileInputSource source(Write("one\r\ntwo\rthree\nfour\r"));
-    source.SetReadSize(4);  // between the carriage return and its line feed
+    source.SetReadSize(4);  // the first chunk ends between a carriage return and its line feed
     std::string line;
     for (const char* expected : {"one\n", "two\nthree\n", "four\n"}) {
         EXPECT_TRUE(source.GetNextLine(line));
@@ -97,7 +97,7 @@ TEST_F(FileInputSourceTest, GetNextLineNormalizesLineEndings)
     }
 }
 
-TEST_F(FileInputSourceTest, ANewReadSizeTakesEffectWithTheNextChunk)
+TEST_F(FileInputSourceTest, NewReadSizeAppliesToTheNextChunk)
 {
     FileInputSource source(Write("abcdefghij"));
     source.SetReadSize(2);
@@ -108,7 +108,7 @@ TEST_F(FileInputSourceTest, ANewReadSizeTakesEffectWithTheNextChunk)
     EXPECT_EQ(ReadAll(source), "bcdefghij");
 }
 
-TEST_F(FileInputSourceTest, AReadSizeOfZeroIsAnAssertion)
+TEST_F(FileInputSourceTest, ReadSizeOfZeroAsserts)
 {
     FileInputSource source(Write("abc"));
     testsupport::ExpectLogicException(
@@ -117,7 +117,7 @@ TEST_F(FileInputSourceTest, AReadSizeOfZeroIsAnAssertion)
     EXPECT_EQ(ReadAll(source), "abc");
 }
 
-TEST_F(FileInputSourceTest, ResetStartsAgain)
+TEST_F(FileInputSourceTest, ResetReturnsToTheStart)
 {
     FileInputSource source(Write("abcdef"));
     source.SetReadSize(4);
@@ -139,7 +139,7 @@ void ExpectInvalidEncoding(const std::function<void()>& read)
     }
 }
 
-TEST_F(FileInputSourceTest, RefusesAnEncodingInTheLanguageOfTheSession)
+TEST_F(FileInputSourceTest, EncodingErrorIsInTheLanguageOfTheSession)
 {
     const testsupport::Session session("de_DE");
     FileInputSource source(Write("<a>\xE4</a>"));
@@ -153,9 +153,9 @@ TEST_F(FileInputSourceTest, RefusesAnEncodingInTheLanguageOfTheSession)
 }
 
 #ifdef __linux__
-TEST_F(FileInputSourceTest, AReadThatFailsLeavesNoBytesBehind)
+TEST_F(FileInputSourceTest, FailedReadLeavesTheOutputUnchanged)
 {
-    FileInputSource source("/proc/self/mem");  // opens, and has nothing at its start
+    FileInputSource source("/proc/self/mem");  // can be opened, but not read from its start
     for (int round = 0; round < 2; ++round) {
         std::string bytes = "kept";
         EXPECT_THROW(source.GetBytes(bytes, 3), VIO::Exception);
@@ -164,7 +164,7 @@ TEST_F(FileInputSourceTest, AReadThatFailsLeavesNoBytesBehind)
 }
 #endif
 
-TEST_F(FileInputSourceTest, RefusesOtherEncodingsAtEveryRead)
+TEST_F(FileInputSourceTest, EveryReadRefusesOtherEncodings)
 {
     FileInputSource source(Write("<a>\xE4</a>"));
     std::string bytes = "kept";
@@ -173,31 +173,31 @@ TEST_F(FileInputSourceTest, RefusesOtherEncodingsAtEveryRead)
     EXPECT_EQ(bytes, "kept");
 }
 
-TEST_F(FileInputSourceTest, AResetKeepsTheVerdict)
+TEST_F(FileInputSourceTest, ResetKeepsTheEncodingError)
 {
     FileInputSource source(Write("<a>\xE4</a>"));
     std::string bytes;
     ExpectInvalidEncoding([&] { source.GetBytes(bytes, 3); });
     source.ResetToStart();
-    source.SetReadSize(3);  // these bytes alone would pass
+    source.SetReadSize(3);  // these three bytes alone are valid
     ExpectInvalidEncoding([&] { source.GetBytes(bytes, 3); });
 }
 
-TEST_F(FileInputSourceTest, ChecksTheFirstChunkOnly)
+TEST_F(FileInputSourceTest, ChecksTheEncodingOfTheFirstChunkOnly)
 {
     FileInputSource source(Write("abc\xE4"));
     source.SetReadSize(3);
     EXPECT_EQ(ReadAll(source), "abc\xE4");
 }
 
-TEST_F(FileInputSourceTest, ACharacterCutByTheChunkIsAccepted)
+TEST_F(FileInputSourceTest, CharacterSplitBetweenChunksIsAccepted)
 {
     FileInputSource source(Write("ab\xC3\xA4"));
     source.SetReadSize(3);
     EXPECT_EQ(ReadAll(source), "ab\xC3\xA4");
 }
 
-TEST_F(FileInputSourceTest, XercesSeesTheRestOfTheFile)
+TEST_F(FileInputSourceTest, XercesReadsTheRestOfTheFile)
 {
     FileInputSource source(Write("..<a/>"));
     std::string bytes;
@@ -206,14 +206,14 @@ TEST_F(FileInputSourceTest, XercesSeesTheRestOfTheFile)
     EXPECT_EQ(*view.Bytes(), "<a/>");
 }
 
-TEST_F(FileInputSourceTest, XercesSeesAFileOfSeveralRuns)
+TEST_F(FileInputSourceTest, XercesReadsALongFileAsAWhole)
 {
     const std::string text = "<a>" + std::string(0x100000 * 2 + 5, 'x') + "</a>";
     FileInputSource source(Write(text));
     EXPECT_EQ(*source.GetXercesInputSource(ColonProcessingNone).Bytes(), text);
 }
 
-TEST_F(FileInputSourceTest, IsUtf8WhateverTheDeclarationSays)
+TEST_F(FileInputSourceTest, IgnoresTheDeclaredEncoding)
 {
     FileInputSource source(Write("<?xml version='1.0' encoding='iso-8859-1'?><a>\xC3\xA4</a>"));
     auto handler = std::make_shared<testsupport::RecordingHandler>();
@@ -223,7 +223,7 @@ TEST_F(FileInputSourceTest, IsUtf8WhateverTheDeclarationSays)
     EXPECT_TRUE(parser->GetErrors().empty());
 }
 
-TEST_F(FileInputSourceTest, AByteOrderMarkIsNoText)
+TEST_F(FileInputSourceTest, ByteOrderMarkIsNotText)
 {
     FileInputSource source(Write("\xEF\xBB\xBF<?xml version='1.0'?><a/>"));
     auto handler = std::make_shared<testsupport::RecordingHandler>();
@@ -234,7 +234,7 @@ TEST_F(FileInputSourceTest, AByteOrderMarkIsNoText)
 }
 
 struct InputSourceUtilsTest : FileInputSourceTest {
-    // A file of that size that begins with a byte no UTF-8 text begins with.
+    // Writes a file of `size` bytes whose first byte is invalid in UTF-8.
     VString WriteLarge(qint64 size) const
     {
         const VString path = Write("\xFF");
@@ -259,26 +259,26 @@ TEST_F(InputSourceUtilsTest, SkipsLeadingWhitespaceWhenAsked)
     EXPECT_EQ(ReadAll(*source), "<a/>");
 }
 
-TEST_F(InputSourceUtilsTest, KeepsLeadingWhitespaceUnasked)
+TEST_F(InputSourceUtilsTest, KeepsLeadingWhitespaceUnlessAsked)
 {
     const auto source = InputSourceUtils::InputSourceFromFileName(Write(" <a/>"), false);
     EXPECT_EQ(ReadAll(*source), " <a/>");
 }
 
-TEST_F(InputSourceUtilsTest, AFileOfOneGibibyteIsReadPieceByPiece)
+TEST_F(InputSourceUtilsTest, FileOfOneGibibyteIsReadInChunks)
 {
     const auto source = InputSourceUtils::InputSourceFromFileName(WriteLarge(0x40000000), true);
     EXPECT_NE(dynamic_cast<FileInputSource*>(source.get()), nullptr);
     EXPECT_EQ(source->Size(), 0x40000000u);
 }
 
-TEST_F(InputSourceUtilsTest, AFileOneByteSmallerIsDecodedWhole)
+TEST_F(InputSourceUtilsTest, SmallerFileIsDecodedAsAWhole)
 {
-    // Reading it is what finds the bad byte.
+    // The exception shows that the file was decoded.
     EXPECT_THROW(InputSourceUtils::InputSourceFromFileName(WriteLarge(0x3FFFFFFF), true), VIO::Exception);
 }
 
-TEST_F(InputSourceUtilsTest, AMissingFileThrows)
+TEST_F(InputSourceUtilsTest, MissingFileThrows)
 {
     EXPECT_THROW(InputSourceUtils::InputSourceFromFileName(folder.Path("missing.xml"), true), VIO::Exception);
 }

@@ -1,6 +1,5 @@
-// The memory that a parser keeps between parses, measured in allocated bytes. Includes the
-// allocations of the library on systems where a program's operator new replaces that of its
-// shared libraries.
+// Measures the bytes that a parser keeps allocated between parses. They include the allocations of
+// the library on systems where the operator new of a program replaces that of its shared libraries.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -19,7 +18,7 @@ namespace {
 std::size_t liveBytes = 0;
 std::size_t liveBlocks = 0;
 
-// Before each block, and as aligned as that must be.
+// Precedes each block and has the alignment that the block needs.
 struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Head {
     std::size_t size;
 };
@@ -74,7 +73,7 @@ void operator delete[](void* memory, std::size_t) noexcept
 
 namespace {
 
-TEST(KeptMemoryTest, SmallBlocksKeepSomeAndGiveThemBack)
+TEST(KeptMemoryTest, SmallBlocksPoolsBlocksAndFreesThemInItsDestructor)
 {
     const std::size_t before = liveBlocks;
     {
@@ -92,12 +91,16 @@ TEST(KeptMemoryTest, SmallBlocksKeepSomeAndGiveThemBack)
     EXPECT_EQ(liveBlocks, before);
 }
 
-class KeptTextTest : public testing::TestWithParam<const char*> {};
+struct EndRow {
+    const char* name;
+    const char* end;  // the end of the document, after the text
+};
 
-// The text ends with the document, or a fault behind it ends the parse.
-TEST_P(KeptTextTest, NothingOfALongTextIsKeptByTheParser)
+class KeptTextTest : public testing::TestWithParam<EndRow> {};
+
+TEST_P(KeptTextTest, ParserDoesNotKeepALongText)
 {
-    const std::string end = GetParam();
+    const std::string end = GetParam().end;
     DOMParser parser;
     parser.ParseXmlString("<a>short" + end, "id");
     const std::size_t before = liveBytes;
@@ -106,10 +109,18 @@ TEST_P(KeptTextTest, NothingOfALongTextIsKeptByTheParser)
     EXPECT_LT(liveBytes, before + 3'000'000);
 }
 
-INSTANTIATE_TEST_SUITE_P(, KeptTextTest, testing::Values("</a>", "", "</b>", "&undeclared;</a>"));
+const EndRow EndRows[] = {
+    {"EndTag", "</a>"},
+    {"NoEndTag", ""},
+    {"WrongEndTag", "</b>"},
+    {"UndeclaredEntity", "&undeclared;</a>"},
+};
 
-// A builder that is kept would point to the open elements of a document that is gone.
-TEST(KeptMemoryTest, TheBuilderOfADocumentIsNotKeptByTheParser)
+INSTANTIATE_TEST_SUITE_P(
+    BeforeEnd, KeptTextTest, testing::ValuesIn(EndRows), [](const auto& row) { return row.param.name; });
+
+// A kept builder would point to the open elements of a destroyed document.
+TEST(KeptMemoryTest, ParserDoesNotKeepTheBuilder)
 {
     std::string text;
     for (int i = 0; i < 20'000; ++i)

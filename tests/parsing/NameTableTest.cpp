@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(NameTableTest, TheNameThatStandsWhereItStoodIsShared)
+TEST(NameTableTest, NameAtTheSameAddressIsShared)
 {
     NameTable names;
     const char16_t name[] = u"name";
@@ -17,7 +17,7 @@ TEST(NameTableTest, TheNameThatStandsWhereItStoodIsShared)
     EXPECT_TRUE(names.Get(name).IsSharedWith(first));
 }
 
-TEST(NameTableTest, ANameAtManyPlacesIsMadeOnce)
+TEST(NameTableTest, NameAtManyAddressesIsCreatedOnce)
 {
     NameTable names;
     const std::vector<std::u16string> places(1000, u"name, longer than a string keeps in itself");
@@ -26,7 +26,7 @@ TEST(NameTableTest, ANameAtManyPlacesIsMadeOnce)
         EXPECT_TRUE(names.Get(place.c_str()).IsSharedWith(first));
 }
 
-// As many as a wide table has columns.
+// A wide table has about a thousand columns.
 TEST(NameTableTest, MostOfAThousandNamesStayShared)
 {
     NameTable names;
@@ -47,8 +47,8 @@ TEST(NameTableTest, MostOfAThousandNamesStayShared)
     EXPECT_GT(shared, 700u);
 }
 
-// Only the text counts, not where it stands.
-TEST(NameTableTest, AnotherNameAtTheSamePlaceIsAnotherName)
+// Names are compared by content, never by address alone.
+TEST(NameTableTest, ReturnsTheNewNameAtAReusedAddress)
 {
     NameTable names;
     const std::u16string all[] = {u"", u"a", u"ab", u"abc", u"ab", u"abd", u"a", u"", u"b"};
@@ -61,7 +61,7 @@ TEST(NameTableTest, AnotherNameAtTheSamePlaceIsAnotherName)
     }
 }
 
-TEST(NameTableTest, GivesManyNames)
+TEST(NameTableTest, ReturnsManyNames)
 {
     NameTable names;
     std::vector<std::u16string> all;
@@ -73,7 +73,7 @@ TEST(NameTableTest, GivesManyNames)
     }
 }
 
-TEST(NameTableTest, ClearForgets)
+TEST(NameTableTest, ClearDropsTheNames)
 {
     NameTable names;
     const char16_t name[] = u"name";

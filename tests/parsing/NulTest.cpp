@@ -15,12 +15,25 @@ using Events = std::vector<std::string>;
 constexpr const char* Schema =
     "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>";
 
-// Markup of every kind.
+// Contains every kind of markup. The tests replace ENCODING.
 const std::string RichDocument =
-    "<?xml version='1.0' encoding='ENCODING' standalone='yes'?>\n<!-- c -->\n<?p i?>\n"
-    "<!DOCTYPE a [\n<!-- d -->\n<?q j?>\n<!ENTITY e 'x&#65;y'>\n<!ENTITY % p '<!ENTITY f \"1\">'>\n%p;\n"
-    "<!ELEMENT a (#PCDATA|b)*>\n<!ATTLIST a c CDATA 'd' e (f|g) 'f'>\n<!ELEMENT b EMPTY><!ATTLIST b x CDATA #IMPLIED>\n<!NOTATION n PUBLIC 'z'>\n]>\n"
-    "<a c='1' :d='2'>text &e; &#65;<!-- c --><?r k?><![CDATA[ cd ]]><b x = \"3\" ></b></a>\n<!-- e -->\n<?s l?>\n";
+    "<?xml version='1.0' encoding='ENCODING' standalone='yes'?>\n"
+    "<!-- c -->\n"
+    "<?p i?>\n"
+    "<!DOCTYPE a [\n"
+    "<!-- d -->\n"
+    "<?q j?>\n"
+    "<!ENTITY e 'x&#65;y'>\n"
+    "<!ENTITY % p '<!ENTITY f \"1\">'>\n"
+    "%p;\n"
+    "<!ELEMENT a (#PCDATA|b)*>\n"
+    "<!ATTLIST a c CDATA 'd' e (f|g) 'f'>\n"
+    "<!ELEMENT b EMPTY><!ATTLIST b x CDATA #IMPLIED>\n"
+    "<!NOTATION n PUBLIC 'z'>\n"
+    "]>\n"
+    "<a c='1' :d='2'>text &e; &#65;<!-- c --><?r k?><![CDATA[ cd ]]><b x = \"3\" ></b></a>\n"
+    "<!-- e -->\n"
+    "<?s l?>\n";
 
 std::string Rich(const std::string& encoding)
 {
@@ -41,8 +54,8 @@ std::string Utf32(const std::string& ascii)
     return bytes;
 }
 
-// The text with "^" as a NUL.
-std::string Nuls(std::string text)
+// `text` with a NUL for each "^".
+std::string WithNuls(std::string text)
 {
     std::replace(text.begin(), text.end(), '^', '\0');
     return text;
@@ -68,9 +81,36 @@ std::vector<VString> SchemaErrors(const std::string& bytes)
     return parser->GetErrors();
 }
 
+struct PositionRow {
+    const char* name;
+    std::string text;  // with a NUL
+    const char* position;
+
+    // The only error that a parse of the text must report.
+    std::vector<VString> Errors() const
+    {
+        return {VString("Fatal Error") + position + ": invalid character 0x0 (id: id)"};
+    }
+};
+
+const PositionRow AfterElementRows[] = {
+    {"at the end", WithNuls("<a/>^"), "(1,5)"},
+    {"before more text", WithNuls("<a/>^<b/>more"), "(1,5)"},
+    {"after line ends", WithNuls("<a/>\r\n\n ^"), "(3,2)"},
+    {"after a comment", WithNuls("<a/>\n<!-- c -->^\n"), "(2,11)"},
+    {"after an instruction", WithNuls("<a/><?p i?>^"), "(1,12)"},
+    {"after characters of several bytes", WithNuls("<a>\xC3\xA4\xF0\x9F\x98\x80</a>^"), "(1,11)"},
+};
+
+const PositionRow DeclarationRows[] = {
+    {"after the word version", WithNuls("<?xml version^='1.0'?><a/>"), "(1,14)"},
+    {"within a name", WithNuls("<?xml version^other='1.0'?><a/>"), "(1,14)"},
+    {"in the second line", WithNuls("<?xml version='1.0'\r\nencoding^='utf-8'?><a/>"), "(2,9)"},
+};
+
 }  // namespace
 
-TEST(NulTest, EveryNulOfADocumentIsAFatalErrorWithAPlace)
+TEST(NulTest, NulAnywhereIsAFatalErrorWithAPosition)
 {
     for (std::size_t i = 0; i <= Rich("utf-8").size(); ++i) {
         SCOPED_TRACE(Rich("utf-8").substr(0, i) + "^");
@@ -81,20 +121,22 @@ TEST(NulTest, EveryNulOfADocumentIsAFatalErrorWithAPlace)
     }
 }
 
-TEST(NulTest, EveryNulIsAnErrorInEveryEncoding)
+TEST(NulTest, NulAnywhereIsAnErrorInEveryEncoding)
 {
-    for (std::size_t i = 0; i <= RichDocument.size(); ++i) {
+    const auto hasErrors = [](const std::string& bytes) { return !ParseBytes(bytes).errors.empty(); };
+    const auto richWithNul = [](const std::string& encoding, std::size_t position) {
+        return WithNul(Rich(encoding), std::min(position, Rich(encoding).size()));
+    };
+    for (std::size_t i = 0; i <= RichDocument.size() + 2; ++i) {
         SCOPED_TRACE(i);
-        EXPECT_FALSE(ParseBytes(WithNul(Rich("iso-8859-1"), std::min(i, Rich("iso-8859-1").size()))).errors.empty());
-        EXPECT_FALSE(
-            ParseBytes(testsupport::Utf16(WithNul(Rich("utf-16"), std::min(i, Rich("utf-16").size())))).errors.empty());
-        EXPECT_FALSE(ParseBytes(Utf32(WithNul(Rich("ucs-4"), std::min(i, Rich("ucs-4").size())))).errors.empty());
-        EXPECT_FALSE(
-            ParseBytes("\xEF\xBB\xBF" + WithNul(Rich("utf-8"), std::min(i, Rich("utf-8").size()))).errors.empty());
+        EXPECT_TRUE(hasErrors(richWithNul("iso-8859-1", i)));
+        EXPECT_TRUE(hasErrors(testsupport::Utf16(richWithNul("utf-16", i))));
+        EXPECT_TRUE(hasErrors(Utf32(richWithNul("ucs-4", i))));
+        EXPECT_TRUE(hasErrors("\xEF\xBB\xBF" + richWithNul("utf-8", i)));
     }
 }
 
-TEST(NulTest, EveryNulIsAnErrorToAValidatingParser)
+TEST(NulTest, NulAnywhereIsAFatalErrorWhenValidating)
 {
     for (std::size_t i = 0; i <= Rich("utf-8").size(); ++i) {
         SCOPED_TRACE(i);
@@ -104,67 +146,59 @@ TEST(NulTest, EveryNulIsAnErrorToAValidatingParser)
     }
 }
 
-TEST(NulTest, DocumentsWithoutNulAreGoodInEveryEncoding)
+TEST(NulTest, DocumentWithoutNulHasNoErrorsInAnyEncoding)
 {
-    for (const std::string& bytes : {Rich("utf-8"),
-             "\xEF\xBB\xBF" + Rich("utf-8"),
-             Rich("iso-8859-1"),
-             testsupport::Utf16(Rich("utf-16")),
-             Utf32(Rich("ucs-4"))})
+    const std::string documents[] = {
+        Rich("utf-8"),
+        "\xEF\xBB\xBF" + Rich("utf-8"),
+        Rich("iso-8859-1"),
+        testsupport::Utf16(Rich("utf-16")),
+        Utf32(Rich("ucs-4")),
+    };
+    for (const std::string& bytes : documents)
         EXPECT_EQ(ParseBytes(bytes).errors, std::vector<VString>{});
 }
 
-TEST(NulTest, ANulBehindTheDocumentElementIsFoundWhereItStands)
+TEST(NulTest, ReportsThePositionOfANulAfterTheDocumentElement)
 {
-    for (const auto& [text, place] : std::vector<std::pair<std::string, std::string>>{{"<a/>^", "(1,5)"},
-             {"<a/>^<b/>more", "(1,5)"},
-             {"<a/>\r\n\n ^", "(3,2)"},
-             {"<a/>\n<!-- c -->^\n", "(2,11)"},
-             {"<a/><?p i?>^", "(1,12)"},
-             {"<a>\xC3\xA4\xF0\x9F\x98\x80</a>^", "(1,11)"}}) {
-        SCOPED_TRACE(text);
-        const ParseResult result = ParseBytes(Nuls(text));
-        EXPECT_EQ(result.errors,
-            std::vector<VString>{VString(("Fatal Error" + place + ": invalid character 0x0 (id: id)").c_str())});
+    for (const PositionRow& row : AfterElementRows) {
+        SCOPED_TRACE(row.name);
+        const ParseResult result = ParseBytes(row.text);
+        EXPECT_EQ(result.errors, row.Errors());
         EXPECT_TRUE(result.fatal);
     }
 }
 
-TEST(NulTest, ANulInAnXmlDeclarationIsFoundWhereItStands)
+TEST(NulTest, ReportsThePositionOfANulInTheXmlDeclaration)
 {
-    for (const auto& [text, place] :
-        std::vector<std::pair<std::string, std::string>>{{"<?xml version^='1.0'?><a/>", "(1,14)"},
-            {"<?xml version^other='1.0'?><a/>", "(1,14)"},
-            {"<?xml version='1.0'\r\nencoding^='utf-8'?><a/>", "(2,9)"}}) {
-        SCOPED_TRACE(text);
-        const std::vector<VString> expected{
-            VString(("Fatal Error" + place + ": invalid character 0x0 (id: id)").c_str())};
-        EXPECT_EQ(ParseBytes(Nuls(text)).errors, expected);
-        EXPECT_EQ(ParseBytes("\xEF\xBB\xBF" + Nuls(text)).errors, expected);
-        if (text.find("utf-8") == std::string::npos) {
-            EXPECT_EQ(ParseBytes(testsupport::Utf16(Nuls(text))).errors, expected);
-            EXPECT_EQ(ParseBytes(Utf32(Nuls(text))).errors, expected);
+    for (const PositionRow& row : DeclarationRows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(ParseBytes(row.text).errors, row.Errors());
+        EXPECT_EQ(ParseBytes("\xEF\xBB\xBF" + row.text).errors, row.Errors());
+        if (row.text.find("utf-8") == std::string::npos) {
+            EXPECT_EQ(ParseBytes(testsupport::Utf16(row.text)).errors, row.Errors());
+            EXPECT_EQ(ParseBytes(Utf32(row.text)).errors, row.Errors());
         }
     }
 }
 
 TEST(NulTest, BuildsTheElementsBeforeTheNul)
 {
-    EXPECT_EQ(ParseBytes(Nuls("<a>1<b/></a>^<c/>")).events, (Events{"<a>", "1", "<b>", "</>", "</>"}));
+    EXPECT_EQ(ParseBytes(WithNuls("<a>1<b/></a>^<c/>")).events, (Events{"<a>", "1", "<b>", "</>", "</>"}));
 }
 
-TEST(NulTest, AParserGoesOnWithTheNextDocument)
+TEST(NulTest, ParserStaysUsableAfterANul)
 {
     DOMParser parser;
-    EXPECT_TRUE(parser.ParseXmlString(Nuls("<a/>^<b/>"), "id")->HasErrors());
+    EXPECT_TRUE(parser.ParseXmlString(WithNuls("<a/>^<b/>"), "id")->HasErrors());
     const auto document = parser.ParseXmlString("<c/>", "id");
     EXPECT_FALSE(document->HasErrors());
     EXPECT_EQ(testsupport::TreeText(*document), "<c></c>");
 }
 
-TEST(NulTest, ABuilderThatStopsBeforeTheNulDoesNotMeetIt)
+TEST(NulTest, StoppingBeforeTheNulAvoidsTheError)
 {
-    Utf8InputSource source(Nuls("<a><b/></a>^"), "id", false);
+    Utf8InputSource source(WithNuls("<a><b/></a>^"), "id", false);
     auto handler = std::make_shared<testsupport::RecordingHandler>();
     handler->doneAfter = 1;
     const auto parser = XercesXMLParser::Create(source, handler);
@@ -174,7 +208,7 @@ TEST(NulTest, ABuilderThatStopsBeforeTheNulDoesNotMeetIt)
 
 TEST(NulTest, EveryParseOperationReportsANul)
 {
-    const std::string text = Nuls("<a/>\n^<b/>more");
+    const std::string text = WithNuls("<a/>\n^<b/>more");
     const std::vector<unsigned char> bytes(text.begin(), text.end());
     const testsupport::TemporaryFolder folder;
     const VString file = folder.Write("a.xml", text);
@@ -198,17 +232,17 @@ TEST(NulTest, EveryParseOperationReportsANul)
 }
 
 // A NUL in the first chunk already fails the check of the encoding.
-TEST(NulTest, AFileReadInChunksMayHoldTheNulInALaterOne)
+TEST(NulTest, NulInALaterChunkOfAFileIsAnError)
 {
     const testsupport::TemporaryFolder folder;
     const std::string text = "<a>" + std::string(5000, 'x') + "</a>\n";
-    FileInputSource source(folder.Write("a.xml", text + Nuls("^<b/>")));
+    FileInputSource source(folder.Write("a.xml", text + WithNuls("^<b/>")));
     const auto document = DOMParser().ParseXmlInputSource(source, false);
     ASSERT_EQ(testsupport::Errors(*document).size(), 1u);
     EXPECT_TRUE(testsupport::Errors(*document)[0].startsWith("Fatal Error(2,1): invalid character 0x0"));
 }
 
-TEST(NulTest, EveryNulOfASchemaIsAnErrorWithAPlace)
+TEST(NulTest, NulAnywhereInASchemaIsAnErrorWithAPosition)
 {
     const std::string text =
         std::string("<?xml version='1.0' encoding='utf-8'?>\n<!-- c -->") + Schema + "\n<!-- d --> ";
@@ -222,7 +256,7 @@ TEST(NulTest, EveryNulOfASchemaIsAnErrorWithAPlace)
     }
 }
 
-TEST(NulTest, EveryNulOfASchemaIsAnErrorInEveryEncoding)
+TEST(NulTest, NulInASchemaIsAnErrorInEveryEncoding)
 {
     const std::vector<VString> expected{"Fatal Error(2,2): invalid character 0x0 (id: schema)"};
     const std::string text = std::string(Schema) + "\n ";
@@ -238,12 +272,12 @@ TEST(NulTest, EveryNulOfASchemaIsAnErrorInEveryEncoding)
     EXPECT_EQ(SchemaErrors(Utf32(declared("ucs-4") + WithNul(text, text.size()))), expected);
 }
 
-TEST(NulTest, ANulInAnIncludedSchemaIsAnError)
+TEST(NulTest, NulInAnIncludedSchemaIsAnError)
 {
     const testsupport::TemporaryFolder folder;
     Utf8InputSource document("<a/>", "id", false);
     auto handler = std::make_shared<testsupport::RecordingHandler>();
-    handler->schemaPath = folder.Write("included.xsd", Nuls(std::string(Schema) + "\n^more"));
+    handler->schemaPath = folder.Write("included.xsd", WithNuls(std::string(Schema) + "\n^more"));
     const auto parser = XercesXMLParser::Create(document, handler);
     parser->LoadXSDString(
         "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='x.xsd'/></xs:schema>",
@@ -252,8 +286,8 @@ TEST(NulTest, ANulInAnIncludedSchemaIsAnError)
         std::vector<VString>{"Fatal Error(2,1): invalid character 0x0 (id: " + handler->schemaPath + ")"});
 }
 
-// <?xml version='1.0' encoding='ibm037'?><a/>
-TEST(NulTest, EveryNulInAnEbcdicDocumentIsAnError)
+// The document is "<?xml version='1.0' encoding='ibm037'?><a/>".
+TEST(NulTest, NulAnywhereInAnEbcdicDocumentIsAnError)
 {
     const std::string document =
         "\x4C\x6F\xA7\x94\x93\x40\xA5\x85\x99\xA2\x89\x96\x95\x7E\x7D\xF1\x4B\xF0\x7D\x40\x85\x95"
@@ -267,8 +301,9 @@ TEST(NulTest, EveryNulInAnEbcdicDocumentIsAnError)
         EXPECT_TRUE(hasErrors(WithNul(document, i))) << i;
 }
 
-// Xerces drops the bytes of a character that the end of the input cuts off, and the text among them.
-TEST(IncompleteEndTest, ADocumentThatEndsWithinACharacterIsAnError)
+// Xerces drops an incomplete character at the end of its input, with the text that it takes for the
+// missing bytes.
+TEST(IncompleteEndTest, DocumentThatEndsWithAnIncompleteCharacterIsAnError)
 {
     for (const std::string end : {"\xE2\x82", "\xC3", "\xF0\x9F\x98", "\xFF<b/>", "\n\xFD<b>x"}) {
         for (const std::string document : {"<a/>", "<!DOCTYPE a [<!ENTITY e 'v'>]><a>&e;</a>"}) {
@@ -281,7 +316,7 @@ TEST(IncompleteEndTest, ADocumentThatEndsWithinACharacterIsAnError)
     }
 }
 
-TEST(IncompleteEndTest, OtherEncodingsMayEndLikeThat)
+TEST(IncompleteEndTest, BytesOfAnIncompleteCharacterAreValidInOtherEncodings)
 {
     const std::string latin = "<?xml version='1.0' encoding='iso-8859-1'?><a/><!--\xE9-->";
     DOMParser parser;

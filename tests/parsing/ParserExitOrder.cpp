@@ -1,6 +1,6 @@
-// Exits 0 when a static parser and a static driver that are older than the first parse die
-// safely. They are made before anything uses Xerces, so they die after its exit hook. One static
-// object parses while it dies.
+// Exits with 0 when a static parser and a static driver are destroyed safely. They are constructed
+// before anything uses Xerces, so they are destroyed after its exit hook. Another static object parses
+// in its destructor.
 
 #include <cstdio>
 #include <cstdlib>

@@ -6,7 +6,7 @@ namespace {
 
 const VError::ErrorInfo Info(VantoraError::MakeError(0x11, "Key"));
 
-// Reports what it was told to and can be copied.
+// A parser whose parse is `script`.
 class ScriptedParser : public Parser {
 public:
     using Parser::Error;
@@ -27,7 +27,7 @@ TEST(ParserTest, StartsEmpty)
     EXPECT_FALSE(parser.HasFatallyErrored());
 }
 
-TEST(ParserTest, ErrorIsListedWithItsIdentity)
+TEST(ParserTest, ErrorIsListedWithItsMetadata)
 {
     ScriptedParser parser;
     parser.Error("bad", Info);
@@ -38,7 +38,7 @@ TEST(ParserTest, ErrorIsListedWithItsIdentity)
     EXPECT_FALSE(parser.HasWarnings());
 }
 
-TEST(ParserTest, WarningIsListedWithItsIdentity)
+TEST(ParserTest, WarningIsListedWithItsMetadata)
 {
     ScriptedParser parser;
     parser.Warning("odd", Info);
@@ -48,7 +48,7 @@ TEST(ParserTest, WarningIsListedWithItsIdentity)
     EXPECT_FALSE(parser.HasErrors());
 }
 
-TEST(ParserTest, FatalErrorIsAlsoTheLastError)
+TEST(ParserTest, FatalErrorIsListedAsTheLastError)
 {
     ScriptedParser parser;
     parser.Error("bad", VError::ErrorInfo::NoError);
@@ -59,7 +59,7 @@ TEST(ParserTest, FatalErrorIsAlsoTheLastError)
     EXPECT_EQ(parser.GetMetadataForErrors().back(), Info);
 }
 
-TEST(ParserTest, MessagesAndIdentitiesStayAsLong)
+TEST(ParserTest, MessageAndMetadataListsHaveTheSameLength)
 {
     ScriptedParser parser;
     for (int i = 0; i < 7; ++i) {
@@ -73,7 +73,7 @@ TEST(ParserTest, MessagesAndIdentitiesStayAsLong)
     }
 }
 
-TEST(ParserTest, ClearingLeavesTheFatalFlag)
+TEST(ParserTest, ClearingKeepsTheFatalFlag)
 {
     ScriptedParser parser;
     parser.FatalError("f", Info);
@@ -86,7 +86,7 @@ TEST(ParserTest, ClearingLeavesTheFatalFlag)
     EXPECT_TRUE(parser.HasFatallyErrored());
 }
 
-TEST(ParserTest, EachParseStartsAfresh)
+TEST(ParserTest, EachParseStartsWithoutMessages)
 {
     ScriptedParser parser;
     parser.script = [](ScriptedParser& self) {
@@ -104,7 +104,7 @@ TEST(ParserTest, EachParseStartsAfresh)
     EXPECT_TRUE(parser.HasFatallyErrored());
 }
 
-TEST(ParserTest, CopyAndAssignmentTakeEverything)
+TEST(ParserTest, CopyAndAssignmentCopyEverything)
 {
     ScriptedParser parser;
     parser.Warning("w", Info);

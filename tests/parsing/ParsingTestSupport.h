@@ -1,4 +1,4 @@
-// Helpers of the parsing tests: a handler that records its callbacks, and sources that misbehave.
+// Helpers of the parsing tests: handlers, parses of byte strings, and documents with nested entities.
 #pragma once
 
 #include <algorithm>
@@ -19,7 +19,8 @@
 
 namespace testsupport {
 
-// "<name a='1' b='2'>" (sorted by name), "</>" and the texts, in the order they came.
+// Records the events in their order: a start tag as "<name a='1' b='2'>" with the attributes sorted
+// by name, an end tag as "</>", and a text as it is.
 class RecordingHandler : public SAXInterfaceExtension {
 public:
     void StartElement(const VString& name, const AttributeMap& attributes) override
@@ -48,13 +49,13 @@ public:
     }
 
     std::vector<std::string> events;
-    std::size_t doneAfter = 0;  // events; 0 for never
-    VString schemaPath;         // of every import
+    std::size_t doneAfter = 0;  // IsDone() is true after this number of events; 0 for never
+    VString schemaPath;         // the result of every ResolveSchemaPath
     std::vector<std::string> resolved;
     std::vector<std::string> preprocessed;
 };
 
-// Adds up the lengths of all texts and values, in UTF-16 code units.
+// Adds up the lengths of all texts and attribute values, in UTF-16 code units.
 class MeasuringHandler : public SAXInterface {
 public:
     void StartElement(const VString&, const AttributeMap& attributes) override
@@ -68,7 +69,7 @@ public:
     std::size_t length = 0;
 };
 
-// A handler whose second event throws.
+// A handler that throws at the first end tag.
 template <typename Exception>
 class ThrowingHandler : public RecordingHandler {
 public:
@@ -79,7 +80,7 @@ private:
     Exception m_exception;
 };
 
-// A session of that language on this thread while it lives.
+// Gives this thread a session in this language for the lifetime of the object.
 class Session {
 public:
     explicit Session(const char* language)
@@ -94,7 +95,7 @@ public:
     }
 };
 
-// The callbacks and errors of a parse of unchanged `bytes`.
+// The events and messages of a parse.
 struct ParseResult {
     std::vector<std::string> events;
     std::vector<VString> errors;
@@ -119,7 +120,8 @@ inline std::vector<VString> Errors(const DOM& document)
     return {errors.begin(), errors.end()};
 }
 
-// The tree below the root as text: "<a b='1'>text<c></c></a>", the text of an element first.
+// The tree below the root as text, such as "<a b='1'>text<c></c></a>". The text of an element stands
+// before its children.
 inline std::string TreeText(const DOMElement& element)
 {
     std::string text;
@@ -145,8 +147,9 @@ inline std::string Repeat(const std::string& piece, int count)
     return text;
 }
 
-// `levels` parameter entities, each `fan` times the one before; the first is `leaf`. The
-// last is expanded: 1 + fan + fan * fan + ... expansions.
+// A document with `levels` nested parameter entities. The first is `leaf`; each further one refers
+// `fan` times to the one before. The document uses the last, which takes 1 + fan + fan * fan + ...
+// expansions.
 inline std::string ParameterEntityBomb(int levels, int fan, const std::string& leaf)
 {
     std::string text = "<!DOCTYPE r [\n<!ENTITY % e0 \"" + leaf + "\">\n";
@@ -159,7 +162,7 @@ inline std::string ParameterEntityBomb(int levels, int fan, const std::string& l
     return text + "%e" + std::to_string(levels - 1) + ";\n]>\n<r/>";
 }
 
-// The same with general entities, in the content of the document.
+// Like ParameterEntityBomb, but with general entities that the content of the document uses.
 inline std::string GeneralEntityBomb(int levels, int fan)
 {
     std::string text = "<!DOCTYPE r [\n<!ENTITY e0 \"x\">\n";
@@ -172,7 +175,7 @@ inline std::string GeneralEntityBomb(int levels, int fan)
     return text + "]>\n<r>&e" + std::to_string(levels - 1) + ";</r>";
 }
 
-// ASCII as UTF-16, little endian, with its mark.
+// `ascii` as little-endian UTF-16 with a byte order mark.
 inline std::string Utf16(const std::string& ascii)
 {
     std::string bytes = "\xFF\xFE";

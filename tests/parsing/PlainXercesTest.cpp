@@ -1,5 +1,5 @@
-// The library gives Xerces UTF-8 in another form where it can. What Xerces makes of a text must
-// not depend on that.
+// The library passes UTF-8 to Xerces as UTF-16 where possible. The errors must be the same as when
+// Xerces reads the UTF-8 itself.
 
 #include <random>
 
@@ -19,7 +19,7 @@ namespace {
 
 using xercesc::XMLUni;
 
-// The first fault that Xerces reports, as the library words it; empty for a good text.
+// The first fatal error of Xerces in the wording of the library; empty for a well-formed text.
 struct FirstFault : xercesc::DefaultHandler {
     void fatalError(const xercesc::SAXParseException& fault) override
     {
@@ -33,7 +33,7 @@ struct FirstFault : xercesc::DefaultHandler {
     VString text;
 };
 
-VString PlainVerdict(const std::string& bytes, bool isUtf8)
+VString ErrorOfPlainXerces(const std::string& bytes, bool isUtf8)
 {
     FirstFault handler;
     try {
@@ -56,20 +56,20 @@ VString PlainVerdict(const std::string& bytes, bool isUtf8)
     return handler.text;
 }
 
-VString OwnVerdict(InputSource& source)
+VString ErrorOfTheLibrary(InputSource& source)
 {
     const auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::RecordingHandler>());
     parser->Parse();
     return parser->HasErrors() ? parser->GetErrors().front() : VString();
 }
 
-void ExpectPlainVerdict(const std::string& bytes)
+void ExpectErrorOfPlainXerces(const std::string& bytes)
 {
     SCOPED_TRACE(bytes.size() < 300 ? bytes : "a long text");
     Utf8InputSource detected(bytes, "id", false);
-    EXPECT_EQ(OwnVerdict(detected), PlainVerdict(bytes, false));
+    EXPECT_EQ(ErrorOfTheLibrary(detected), ErrorOfPlainXerces(bytes, false));
     const std::unique_ptr<StringInputSource> decoded = StringInputSource::FromUtf8(std::string(bytes), "id", false);
-    EXPECT_EQ(OwnVerdict(*decoded), PlainVerdict(bytes, true));
+    EXPECT_EQ(ErrorOfTheLibrary(*decoded), ErrorOfPlainXerces(bytes, true));
 }
 
 struct PrologRow {
@@ -78,7 +78,7 @@ struct PrologRow {
 };
 
 const PrologRow PrologRows[] = {
-    {"nothing", "<a/>"},
+    {"no prolog", "<a/>"},
     {"a version", "<?xml version='1.0'?><a/>"},
     {"an encoding", "<?xml version='1.0' encoding='UTF-8'?><a/>"},
     {"non-ASCII in the version", "<?xml version='1.0\xC3\xA9'?><a/>"},
@@ -97,25 +97,25 @@ const PrologRow PrologRows[] = {
     {"XML 1.1", "<?xml version='1.1'?><a\xC2\x85>\xE2\x80\xA8</a>"},
     {"XML 1.1 with its line ends in the declaration", "<?xml version='1.1'\xC2\x85?><a/>"},
     {"another version", "<?xml version='1.2'?><a/>"},
-    {"an encoding in other letters", "<?xml version='1.0' encoding='uTf-8'?><a>\xC3\xA9</a>"},
+    {"an encoding in mixed case", "<?xml version='1.0' encoding='uTf-8'?><a>\xC3\xA9</a>"},
     {"an alias of the encoding", "<?xml version='1.0' encoding='UTF8'?><a>\xC3\xA9</a>"},
     {"another encoding", "<?xml version='1.0' encoding='iso-8859-1'?><a>\xC3\xA9</a>"},
-    {"an encoding with units of two bytes", "<?xml version='1.0' encoding='UTF-16'?><a/>"},
-    {"an encoding of one byte order", "<?xml version='1.0' encoding='UTF-16LE'?><a/>"},
+    {"UTF-16 declared", "<?xml version='1.0' encoding='UTF-16'?><a/>"},
+    {"UTF-16LE declared", "<?xml version='1.0' encoding='UTF-16LE'?><a/>"},
     {"an encoding that is not known", "<?xml version='1.0' encoding='none'?><a/>"},
-    {"no encoding", "<?xml version='1.0' encoding=''?><a/>"},
+    {"an empty encoding", "<?xml version='1.0' encoding=''?><a/>"},
     {"an encoding without quotes", "<?xml version='1.0' encoding=UTF-8?><a/>"},
     {"an encoding that is not closed", "<?xml version='1.0' encoding='UTF-8?><a/>"},
     {"the encoding first", "<?xml encoding='UTF-8' version='1.0'?><a/>"},
-    {"the encoding only", "<?xml encoding='UTF-8'?><a/>"},
+    {"only the encoding", "<?xml encoding='UTF-8'?><a/>"},
     {"two encodings", "<?xml version='1.0' encoding='UTF-8' encoding='iso-8859-1'?><a/>"},
-    {"an encoding as the version", "<?xml version='encoding' encoding='iso-8859-1'?><a/>"},
+    {"the word encoding as the version", "<?xml version='encoding' encoding='iso-8859-1'?><a/>"},
     {"a long declaration", "<?xml version='1.0'" + std::string(1000, ' ') + "encoding='UTF-8'?><a>\xC3\xA9</a>"},
     {"a declaration longer than a buffer", "<?xml version='1.0'" + std::string(20000, ' ') + "?><a/>"},
-    {"a mark", "\xEF\xBB\xBF<?xml version='1.0'?><a>\xC3\xA9</a>"},
-    {"a mark and non-ASCII", "\xEF\xBB\xBF<?xml version='1.0\xC3\xA9'?><a/>"},
-    {"a mark only", "\xEF\xBB\xBF"},
-    {"two marks", "\xEF\xBB\xBF\xEF\xBB\xBF<a/>"},
+    {"a byte order mark", "\xEF\xBB\xBF<?xml version='1.0'?><a>\xC3\xA9</a>"},
+    {"a byte order mark and non-ASCII", "\xEF\xBB\xBF<?xml version='1.0\xC3\xA9'?><a/>"},
+    {"only a byte order mark", "\xEF\xBB\xBF"},
+    {"two byte order marks", "\xEF\xBB\xBF\xEF\xBB\xBF<a/>"},
     {"white space first", " <?xml version='1.0'?><a/>"},
     {"a non-ASCII document type", "<?xml version='1.0'?><!DOCTYPE \xC3\xA9><\xC3\xA9/>"},
     {"a declaration in an entity", "<!DOCTYPE a [<!ENTITY e \"<?xml version='1.0'?>x\">]><a>&e;</a>"},
@@ -125,31 +125,31 @@ const PrologRow PrologRows[] = {
     {"a non-ASCII name", "<\xC3\xA9 \xC3\xB6='1'/>"},
     {"a supplementary name", "<\xF0\x90\x80\x80/>"},
     {"a supplementary name in XML 1.1", "<?xml version='1.1'?><\xF0\x90\x80\x80 \xF0\x90\x80\x80='1'/>"},
-    {"a character that is no character", "<a>\xEF\xBF\xBE</a>"},
-    {"the last character", "<a>\xF4\x8F\xBF\xBF</a>"},
+    {"a noncharacter", "<a>\xEF\xBF\xBE</a>"},
+    {"the last Unicode character", "<a>\xF4\x8F\xBF\xBF</a>"},
     {"a control character", "<a>\x01</a>"},
     {"a C1 control in XML 1.1", "<?xml version='1.1'?><a>\xC2\x86</a>"},
     {"a surrogate", "<a>\xED\xA0\x80</a>"},
-    {"nothing at all", ""},
+    {"an empty text", ""},
     {"one character", "<"},
     {"five characters", "<?xml"},
 };
 
 struct PlainXercesTest : testing::Test {
-    // Xerces is used by nobody else before the first parse.
+    // The first parse of the library initializes Xerces.
     PlainXercesTest() { testsupport::ParseBytes("<a/>"); }
 };
 
-TEST_F(PlainXercesTest, APrologGetsItsVerdict)
+TEST_F(PlainXercesTest, PrologsGiveTheErrorsOfPlainXerces)
 {
     for (const PrologRow& row : PrologRows) {
         SCOPED_TRACE(row.name);
-        ExpectPlainVerdict(row.text);
+        ExpectErrorOfPlainXerces(row.text);
     }
 }
 
-// A character of two units may not come apart between two buffers of Xerces.
-TEST_F(PlainXercesTest, SupplementaryCharactersMayStandAnywhere)
+// A surrogate pair must not be split between two buffers of Xerces.
+TEST_F(PlainXercesTest, SupplementaryCharactersMayCrossBufferBoundaries)
 {
     const std::string character = "\xF0\x90\x80\x80";
     for (const char* version : {"1.0", "1.1"}) {
@@ -157,45 +157,32 @@ TEST_F(PlainXercesTest, SupplementaryCharactersMayStandAnywhere)
             for (std::size_t shift = 0; shift < 8; ++shift) {
                 const std::string start = "<?xml version='" + std::string(version) + "'?><a><b ";
                 const std::string space(buffer - start.size() - shift, ' ');
-                ExpectPlainVerdict(start + space + "n" + character + character + "='1'/></a>");
-                ExpectPlainVerdict(start + space + "n='" + character + character + "'/>" + character + "</a>");
-                ExpectPlainVerdict("<?xml version='" + std::string(version) + "'?><!--" +
+                ExpectErrorOfPlainXerces(start + space + "n" + character + character + "='1'/></a>");
+                ExpectErrorOfPlainXerces(start + space + "n='" + character + character + "'/>" + character + "</a>");
+                ExpectErrorOfPlainXerces("<?xml version='" + std::string(version) + "'?><!--" +
                     std::string(buffer - 28 - shift, 'x') + character + character + "--><a/>");
             }
         }
     }
 }
 
-TEST_F(PlainXercesTest, ChangedPrologsGetItsVerdict)
+TEST_F(PlainXercesTest, RandomlyChangedPrologsGiveTheErrorsOfPlainXerces)
 {
-    const std::string text =
-        "<?xml version='1.0' encoding='UTF-8' standalone='no'?>\n<!-- \xC3\xA9 -->\n<!DOCTYPE a [<!ENTITY e '\xC3\xA9'>]>\n<a b='\xF0\x9F\x98\x80'>&e;\xE2\x82\xAC</a>";
-    const std::vector<std::string> pieces{"",
-        "\xC3\xA9",
-        "\xF0\x9F\x98\x80",
-        "'",
-        "\"",
-        ">",
-        "?",
-        "?>",
-        "<",
-        "<?xml ",
-        " ",
-        "\n",
-        "=",
-        "encoding",
-        "UTF-8",
-        "1.1",
-        "\xC2\x85",
-        "\xE9",
-        "\xEF\xBB\xBF",
-        "-"};
+    const std::string text = "<?xml version='1.0' encoding='UTF-8' standalone='no'?>\n"
+                             "<!-- \xC3\xA9 -->\n"
+                             "<!DOCTYPE a [<!ENTITY e '\xC3\xA9'>]>\n"
+                             "<a b='\xF0\x9F\x98\x80'>&e;\xE2\x82\xAC</a>";
+    const std::string characters[] = {
+        "", "\xC3\xA9", "\xF0\x9F\x98\x80", "\xC2\x85", "\xE9", "\xEF\xBB\xBF", " ", "\n"};
+    const std::string markup[] = {"'", "\"", ">", "?", "?>", "<", "<?xml ", "=", "encoding", "UTF-8", "1.1", "-"};
+    std::vector<std::string> pieces(std::begin(characters), std::end(characters));
+    pieces.insert(pieces.end(), std::begin(markup), std::end(markup));
     std::mt19937 random(7);
     for (int round = 0; round < 3000; ++round) {
         std::string changed = text;
         for (unsigned count = random() % 3 + 1; count > 0; --count)
             changed.replace(random() % changed.size(), random() % 3, pieces[random() % pieces.size()]);
-        ExpectPlainVerdict(changed);
+        ExpectErrorOfPlainXerces(changed);
         if (HasFailure())
             return;
     }

@@ -19,7 +19,7 @@ constexpr const char* IncludingSchema =
     "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='x.xsd'/></xs:schema>";
 constexpr std::uint32_t Code = 0x61D3A9F5;
 
-// Acts in every callback.
+// Calls `action` in every callback.
 class ActingHandler : public RecordingHandler {
 public:
     void StartElement(const VString& name, const AttributeMap& attributes) override
@@ -56,7 +56,7 @@ public:
     Action action = [] {};
 };
 
-// Acts when the parser reads it.
+// Calls `action` when a parser reads the source.
 class ActingSource : public StringInputSource {
 public:
     ActingSource(const VString& text, Action action)
@@ -82,21 +82,21 @@ struct ReentryTest : testing::Test {
     std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, handler);
     int refused = 0;
 
-    // Each operation, which must be refused.
-    Action TryEverything()
+    // An action that tries every operation of the parser and expects that each is refused.
+    Action TryEveryOperation()
     {
         return [this] {
             const VString file = folder.Write("a.xsd", Schema);
-            Refuses([this] { parser->Parse(); });
-            Refuses([this] { parser->Reload(other, std::make_shared<RecordingHandler>()); });
-            Refuses([this] { parser->LoadXSDSource(schema); });
-            Refuses([this] { parser->LoadXSDString(Schema, "schema"); });
-            Refuses([&] { parser->LoadXSDFile(file); });
-            Refuses([this] { parser->LoadXSDResource(LookupResource(QtVanResourceId::FileFormatXmlXsd)); });
+            ExpectRefused([this] { parser->Parse(); });
+            ExpectRefused([this] { parser->Reload(other, std::make_shared<RecordingHandler>()); });
+            ExpectRefused([this] { parser->LoadXSDSource(schema); });
+            ExpectRefused([this] { parser->LoadXSDString(Schema, "schema"); });
+            ExpectRefused([&] { parser->LoadXSDFile(file); });
+            ExpectRefused([this] { parser->LoadXSDResource(LookupResource(QtVanResourceId::FileFormatXmlXsd)); });
         };
     }
 
-    void Refuses(const Action& operation)
+    void ExpectRefused(const Action& operation)
     {
         try {
             operation();
@@ -108,9 +108,9 @@ struct ReentryTest : testing::Test {
     }
 };
 
-TEST_F(ReentryTest, ACallbackIsRefusedAndTheParseGoesOn)
+TEST_F(ReentryTest, OperationsInACallbackAreRefusedAndTheParseContinues)
 {
-    handler->action = TryEverything();
+    handler->action = TryEveryOperation();
     parser->Parse();
     EXPECT_EQ(refused, 6 * (5 + 4));
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
@@ -118,32 +118,32 @@ TEST_F(ReentryTest, ACallbackIsRefusedAndTheParseGoesOn)
     EXPECT_EQ(parser->GetLoadedXSDs(), std::vector<VString>{});
 }
 
-TEST_F(ReentryTest, TheErrorsOfTheOuterParseStay)
+TEST_F(ReentryTest, RefusedOperationsKeepTheErrorsOfTheParse)
 {
     StringInputSource invalid("<a><c></a>", "id", false);
-    handler->action = TryEverything();
+    handler->action = TryEveryOperation();
     parser->Reload(invalid, handler);
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Fatal Error(1,9): expected end of tag 'c' (id: id)"});
     EXPECT_TRUE(parser->HasFatallyErrored());
 }
 
-TEST_F(ReentryTest, ACallbackDuringValidationIsRefused)
+TEST_F(ReentryTest, OperationsInACallbackAreRefusedDuringValidation)
 {
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType/></xs:element></xs:schema>",
+    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                          "<xs:element name='a'><xs:complexType/></xs:element></xs:schema>",
         "schema");
     parser->Parse();
     const std::vector<VString> errors = parser->GetErrors();
     ASSERT_FALSE(errors.empty());
-    handler->action = TryEverything();
+    handler->action = TryEveryOperation();
     parser->Parse();
     EXPECT_GT(refused, 0);
     EXPECT_EQ(parser->GetErrors(), errors);
     EXPECT_EQ(parser->GetLoadedXSDs().size(), 3u);
 }
 
-TEST_F(ReentryTest, TheAssertionOfACallbackIsAnErrorOfTheParse)
+TEST_F(ReentryTest, UncaughtAssertionInACallbackIsAnErrorOfTheParse)
 {
     handler->action = [this] { parser->Parse(); };
     parser->Parse();
@@ -156,7 +156,7 @@ TEST_F(ReentryTest, TheAssertionOfACallbackIsAnErrorOfTheParse)
     EXPECT_EQ(handler->events.size(), 5u);
 }
 
-TEST_F(ReentryTest, TheAssertionNamesItself)
+TEST_F(ReentryTest, AssertionHasItsFileExpressionAndKey)
 {
     handler->action = [this] {
         try {
@@ -173,7 +173,7 @@ TEST_F(ReentryTest, TheAssertionNamesItself)
 
 TEST_F(ReentryTest, RefusesOperationsWhileTheInputIsRead)
 {
-    ActingSource acting("<c/>", TryEverything());
+    ActingSource acting("<c/>", TryEveryOperation());
     parser->Reload(acting, handler);
     parser->Parse();
     EXPECT_EQ(refused, 6);
@@ -183,17 +183,17 @@ TEST_F(ReentryTest, RefusesOperationsWhileTheInputIsRead)
 
 TEST_F(ReentryTest, RefusesOperationsWhileASchemaIsRead)
 {
-    ActingSource acting(Schema, TryEverything());
+    ActingSource acting(Schema, TryEveryOperation());
     parser->LoadXSDSource(acting);
     EXPECT_EQ(refused, 6);
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     EXPECT_EQ(parser->GetLoadedXSDs().size(), 3u);
 }
 
-TEST_F(ReentryTest, RefusesOperationsDuringTheSearchForASchemaAndLoadsIt)
+TEST_F(ReentryTest, RefusesOperationsWhileAnIncludeIsResolvedAndLoadsIt)
 {
     handler->schemaPath = folder.Write("x.xsd", Schema);
-    handler->action = TryEverything();
+    handler->action = TryEveryOperation();
     parser->LoadXSDString(IncludingSchema, "schema");
     handler->action = [] {};
     EXPECT_EQ(refused, 2 * 6);
@@ -202,7 +202,7 @@ TEST_F(ReentryTest, RefusesOperationsDuringTheSearchForASchemaAndLoadsIt)
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(ReentryTest, AnAssertionDuringTheLoadingLeavesAUsableParser)
+TEST_F(ReentryTest, ParserStaysUsableAfterAnAssertionWhileLoading)
 {
     handler->schemaPath = folder.Write("x.xsd", Schema);
     handler->action = [this] { parser->Parse(); };
@@ -226,7 +226,7 @@ TEST_F(ReentryTest, AnotherParserMayWorkInACallback)
     EXPECT_EQ(inner->events.size(), 2u * 9u);
 }
 
-// A parser of a caller's own.
+// A parser that a caller derives from Parser.
 struct NestedParser : Parser {
     std::function<void(NestedParser&)> script;
     NestedParser() = default;
@@ -240,16 +240,16 @@ protected:
     }
 };
 
-TEST_F(ReentryTest, EveryKindOfParserRefuses)
+TEST_F(ReentryTest, DerivedParsersRefuseToo)
 {
     NestedParser nested;
-    nested.script = [this](NestedParser& self) { Refuses([&] { self.Parse(); }); };
+    nested.script = [this](NestedParser& self) { ExpectRefused([&] { self.Parse(); }); };
     nested.Parse();
     EXPECT_EQ(refused, 1);
     EXPECT_EQ(nested.GetErrors(), std::vector<VString>{"outer"});
 }
 
-TEST_F(ReentryTest, ACopyOfAParserAtWorkIsNotAtWork)
+TEST_F(ReentryTest, CopyOfARunningParserIsNotRunning)
 {
     NestedParser nested;
     std::unique_ptr<NestedParser> copy;

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(SharedTextsTest, ATextThatComesAgainIsMadeTwiceAndThenKept)
+TEST(SharedTextsTest, RepeatedTextIsStoredAtItsSecondLookup)
 {
     SharedTexts texts(128, SharedTexts::CachePolicy::OnSecondMiss);
     EXPECT_EQ(texts.Get(u"name"), VString("name"));
@@ -18,7 +18,7 @@ TEST(SharedTextsTest, ATextThatComesAgainIsMadeTwiceAndThenKept)
     EXPECT_TRUE(texts.Get(std::u16string(u"name")).IsSharedWith(second));
 }
 
-TEST(SharedTextsTest, TextsThatComeOnceDoNotDriveOutAnother)
+TEST(SharedTextsTest, UniqueTextsDoNotEvictARepeatedText)
 {
     SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     texts.Get(u"kept");
@@ -29,7 +29,7 @@ TEST(SharedTextsTest, TextsThatComeOnceDoNotDriveOutAnother)
     }
 }
 
-TEST(SharedTextsTest, TellsManyTextsApart)
+TEST(SharedTextsTest, DistinguishesManyTexts)
 {
     SharedTexts texts(1 << 16, SharedTexts::CachePolicy::Always);
     for (int round = 0; round < 2; ++round) {
@@ -40,24 +40,24 @@ TEST(SharedTextsTest, TellsManyTextsApart)
     }
 }
 
-// Neither by their length nor by where in them they differ.
-TEST(SharedTextsTest, ShortTextsHaveSlotsOfTheirOwn)
+// The hash must distinguish short texts of different lengths and texts that differ at any position.
+TEST(SharedTextsTest, ShortTextsRarelyShareASlot)
 {
     SharedTexts texts(1 << 16, SharedTexts::CachePolicy::Always);
     for (std::int32_t i = 0; i < 40000; ++i)
         texts.Get((VString("grow") + VString::number(i)).View());
-    int drivenOut = 0;
+    int evicted = 0;
     for (std::int32_t a = 0; a < 128; ++a) {
         for (std::int32_t b = 0; b < a; ++b) {
             const VString kept = texts.Get(VString::number(a).View());
             texts.Get(VString::number(b).View());
-            drivenOut += !texts.Get(VString::number(a).View()).IsSharedWith(kept);
+            evicted += !texts.Get(VString::number(a).View()).IsSharedWith(kept);
         }
     }
-    EXPECT_LE(drivenOut, 1);  // of 8,128 pairs, by chance
+    EXPECT_LE(evicted, 1);  // one of 8,128 pairs may collide by chance
 }
 
-TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
+TEST(SharedTextsTest, EmptyTextAndNulAreDistinct)
 {
     SharedTexts texts(128, SharedTexts::CachePolicy::OnSecondMiss);
     EXPECT_TRUE(texts.Get(u"").IsEmpty());
@@ -65,7 +65,7 @@ TEST(SharedTextsTest, EmptyAndNulAreTextsOfTheirOwn)
     EXPECT_TRUE(texts.Get(u"").IsEmpty());
 }
 
-TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
+TEST(SharedTextsTest, OldTextsAreEvictedAtTheLimit)
 {
     SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     texts.Get(u"first");
@@ -78,12 +78,12 @@ TEST(SharedTextsTest, OneTextAfterTheOtherIsForgottenAtTheLimit)
     EXPECT_FALSE(texts.Get(u"first").IsSharedWith(first));
 }
 
-TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
+TEST(SharedTextsTest, KeepsMostOfManyRepeatedTexts)
 {
     SharedTexts texts(2048, SharedTexts::CachePolicy::OnSecondMiss);
     std::vector<VString> made;
     const auto name = [](int i) { return VString("name") + VString::number(std::int32_t{i}); };
-    // The first lookups make the table as large as it gets.
+    // The first lookups grow the table to its full size.
     for (int i = 0; i < 600; ++i)
         texts.Get(VString::number(std::int32_t{i}).View());
     for (int i = 0; i < 500; ++i)
@@ -102,7 +102,7 @@ TEST(SharedTextsTest, KeepsMostOfAsManyTextsAsItHasSlots)
     EXPECT_GT(std::count(made.begin(), made.end(), VString("kept")), 250);
 }
 
-TEST(SharedTextsTest, ClearForgets)
+TEST(SharedTextsTest, ClearDropsTheTexts)
 {
     SharedTexts texts(128, SharedTexts::CachePolicy::OnSecondMiss);
     texts.Get(u"first");
@@ -111,7 +111,7 @@ TEST(SharedTextsTest, ClearForgets)
     EXPECT_FALSE(texts.Get(u"first").IsSharedWith(first));
 }
 
-TEST(SharedTextsTest, ATextThatComesAgainSurelyIsMadeOnce)
+TEST(SharedTextsTest, ExpectedTextIsStoredAtItsFirstLookup)
 {
     SharedTexts texts(128, SharedTexts::CachePolicy::Always);
     const VString first = texts.Get(u"name");
@@ -119,7 +119,7 @@ TEST(SharedTextsTest, ATextThatComesAgainSurelyIsMadeOnce)
     EXPECT_TRUE(texts.Get(std::u16string(u"name")).IsSharedWith(first));
 }
 
-// How many of the texts "0" to "count - 1" are shared with those of the last round.
+// Looks up the texts "0" to "count - 1" in every round. Returns how many texts the last two rounds share.
 int CountShared(SharedTexts& texts, int count, int rounds)
 {
     std::vector<VString> last(static_cast<std::size_t>(count));
@@ -136,13 +136,13 @@ int CountShared(SharedTexts& texts, int count, int rounds)
     return shared;
 }
 
-TEST(SharedTextsTest, ManyTextsThatComeAgainSurelyAreMostlyShared)
+TEST(SharedTextsTest, MostOfManyExpectedTextsAreShared)
 {
     SharedTexts texts(4096, SharedTexts::CachePolicy::Always);
     EXPECT_GT(CountShared(texts, 1000, 6), 600);
 }
 
-TEST(SharedTextsTest, WhereNoTextComesAgainNoneIsKeptForAWhile)
+TEST(SharedTextsTest, ManyUniqueTextsPauseTheLookups)
 {
     SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     for (int i = 0; i < 2500; ++i)
@@ -161,7 +161,7 @@ TEST(SharedTextsTest, ClearEndsThePause)
     EXPECT_EQ(CountShared(texts, 3, 10), 3);
 }
 
-TEST(SharedTextsTest, TextsThatDifferInOneUnitAreToldApart)
+TEST(SharedTextsTest, DistinguishesTextsThatDifferInOneUnit)
 {
     SharedTexts texts(64, SharedTexts::CachePolicy::OnSecondMiss);
     for (std::size_t length = 1; length < 20; ++length) {

@@ -17,8 +17,8 @@ bool IsAligned(const void* block)
     return reinterpret_cast<std::uintptr_t>(block) % __STDCPP_DEFAULT_NEW_ALIGNMENT__ == 0;
 }
 
-// The address sanitizer keeps what is freed from being used again.
-TEST(SmallBlocksTest, ABlockThatWasFreedIsGivenOutAgainForItsSize)
+// Under the address sanitizer, freed blocks are not reused.
+TEST(SmallBlocksTest, FreedBlockIsReusedForItsSizeClass)
 {
     SmallBlocks blocks;
     void* const first = blocks.Allocate(20);
@@ -34,7 +34,8 @@ TEST(SmallBlocksTest, ABlockThatWasFreedIsGivenOutAgainForItsSize)
     blocks.Free(larger);
 }
 
-// Of every size, in any order, more than are kept: none lies in another.
+// Allocates and frees more blocks than the pool keeps, of every size and in random order. No block may
+// overlap another.
 TEST(SmallBlocksTest, BlocksInUseKeepTheirContent)
 {
     SmallBlocks blocks;
@@ -61,7 +62,7 @@ TEST(SmallBlocksTest, BlocksInUseKeepTheirContent)
         blocks.Free(block);
 }
 
-TEST(SmallBlocksTest, NullIsFreedAlready)
+TEST(SmallBlocksTest, FreeAcceptsNull)
 {
     SmallBlocks().Free(nullptr);
 }

@@ -32,7 +32,7 @@ protected:
         return Utf16InputSource::IsWellFormed(*Plain(text, encoding), text);
     }
 
-    // All that the stream gives when it is asked for `count` bytes at a time.
+    // Reads the whole stream, `count` bytes at a time.
     std::u16string Read(std::string_view text, std::size_t count) const
     {
         const Utf16InputSource source(*Plain(text), text);
@@ -48,30 +48,25 @@ protected:
     }
 
 private:
-    // The first source starts Xerces.
+    // The first XercesInputSource initializes Xerces.
     const XercesInputSource m_first{
         std::make_shared<std::string>(), 0, VString(), ColonProcessingNone, TextEncoding::Detected};
 };
 
-// Runs of ASCII of every length around a block, between characters of two, three and four bytes.
+// Runs of ASCII of 0 to 39 characters between characters of two, three and four bytes.
 std::string MixedText()
 {
     std::string text;
     for (int run = 0; run < 40; ++run) {
         text.append(static_cast<std::size_t>(run), static_cast<char>('a' + run % 26));
-        for (const char* character : {"\xC2\x80",
-                 "\xDF\xBF",
-                 "\xE0\xA0\x80",
-                 "\xED\x9F\xBF",
-                 "\xEF\xBF\xBD",
-                 "\xF0\x90\x80\x80",
-                 "\xF4\x8F\xBF\xBF"})
-            text += character;
+        text += "\xC2\x80\xDF\xBF";                      // U+0080, U+07FF
+        text += "\xE0\xA0\x80\xED\x9F\xBF\xEF\xBF\xBD";  // U+0800, U+D7FF, U+FFFD
+        text += "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF";      // U+10000, U+10FFFF
     }
     return text;
 }
 
-TEST_F(Utf16InputSourceTest, GivesTheTextWhateverThePieces)
+TEST_F(Utf16InputSourceTest, TextDoesNotDependOnTheSizeOfTheReads)
 {
     const std::string text = MixedText();
     const std::u16string expected(VString::fromStdString(text).View());
@@ -80,15 +75,12 @@ TEST_F(Utf16InputSourceTest, GivesTheTextWhateverThePieces)
     EXPECT_EQ(Read(text, 49152), expected);
 }
 
-TEST_F(Utf16InputSourceTest, ASurrogatePairMaySpanTwoReads)
+TEST_F(Utf16InputSourceTest, SurrogatePairMaySpanTwoReads)
 {
-    EXPECT_EQ(Read("a\xF0\x9F\x98\x80"
-                   "b",
-                  2),
-        u"a\U0001F600b");
+    EXPECT_EQ(Read("a\360\237\230\200b", 2), u"a\U0001F600b");
 }
 
-TEST_F(Utf16InputSourceTest, AnEmptyTextEndsAtOnce)
+TEST_F(Utf16InputSourceTest, EmptyTextHasNoBytes)
 {
     EXPECT_EQ(Read("", 16), u"");
 }
@@ -100,40 +92,46 @@ TEST_F(Utf16InputSourceTest, KeepsTheSystemIdAndNamesItsEncoding)
     EXPECT_TRUE(VString(source.getEncoding()).startsWith("UTF-16"));
 }
 
-TEST_F(Utf16InputSourceTest, TextIsWellFormed)
+TEST_F(Utf16InputSourceTest, AcceptsWellFormedText)
 {
-    for (const std::string_view text : {"<abcd/>"sv,
-             "<?xml version=\"1.0\"?><a/>"sv,
-             "<?xml version='1.0' encoding='UTF-8'?><a/>"sv,
-             "<?xml version='1.0' encoding = \"utf-8\" ?><a/>"sv,
-             "<?xmlish x?><a/>"sv,
-             "<!-- encoding='latin1' --><a/>"sv,
-             "<abcd>\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80</abcd>"sv})
+    const std::string_view texts[] = {
+        "<abcd/>",
+        "<?xml version=\"1.0\"?><a/>",
+        "<?xml version='1.0' encoding='UTF-8'?><a/>",
+        "<?xml version='1.0' encoding = \"utf-8\" ?><a/>",
+        "<?xmlish x?><a/>",
+        "<!-- encoding='latin1' --><a/>",
+        "<abcd>\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80</abcd>",
+    };
+    for (const std::string_view text : texts)
         EXPECT_TRUE(IsWellFormed(text)) << text;
 }
 
 TEST_F(Utf16InputSourceTest, LeavesOtherEncodingsToXerces)
 {
-    for (const std::string_view text : {""sv,
-             "<a/>"sv,
-             "\xEF\xBB\xBF<abcd/>"sv,
-             " <abcd/>"sv,
-             "<\0a\0b\0/\0>\0"sv,
-             "\0<\0a\0/\0>"sv,
-             "\xFE\xFF\0<\0a\0/\0>"sv,
-             "<?xml version='1.0' encoding='ISO-8859-1'?><a/>"sv,
-             "<?xml version='1.0' encoding='UTF-16'?><a/>"sv,
-             "<?xml version='1.0' encoding?><a/>"sv,
-             "<?xml version='1.0' encoding='UTF-8'"sv})
+    const std::string_view texts[] = {
+        ""sv,
+        "<a/>"sv,
+        "\xEF\xBB\xBF<abcd/>"sv,
+        " <abcd/>"sv,
+        "<\0a\0b\0/\0>\0"sv,
+        "\0<\0a\0/\0>"sv,
+        "\xFE\xFF\0<\0a\0/\0>"sv,
+        "<?xml version='1.0' encoding='ISO-8859-1'?><a/>"sv,
+        "<?xml version='1.0' encoding='UTF-16'?><a/>"sv,
+        "<?xml version='1.0' encoding?><a/>"sv,
+        "<?xml version='1.0' encoding='UTF-8'"sv,
+    };
+    for (const std::string_view text : texts)
         EXPECT_FALSE(IsWellFormed(text)) << text;
 }
 
-TEST_F(Utf16InputSourceTest, ADeclarationBeyondReasonIsLeftToXerces)
+TEST_F(Utf16InputSourceTest, LeavesOverlongDeclarationsToXerces)
 {
     EXPECT_FALSE(IsWellFormed("<?xml version='1.0'" + std::string(1000, ' ') + "encoding='ISO-8859-1'?><a/>"));
 }
 
-TEST_F(Utf16InputSourceTest, AnEncodingThatTheSourceNamesOverrulesTheText)
+TEST_F(Utf16InputSourceTest, EncodingOfTheSourceOverridesTheDeclaration)
 {
     EXPECT_TRUE(IsWellFormed("<?xml version='1.0' encoding='UTF-16'?><a/>", xercesc::XMLUni::fgUTF8EncodingString));
     EXPECT_TRUE(IsWellFormed("", xercesc::XMLUni::fgUTF8EncodingString));
@@ -142,10 +140,10 @@ TEST_F(Utf16InputSourceTest, AnEncodingThatTheSourceNamesOverrulesTheText)
 
 TEST_F(Utf16InputSourceTest, LeavesIllFormedBytesToXerces)
 {
-    for (const std::string_view bytes :
-        {"\x80"sv, "\xC3"sv, "\xC0\x80"sv, "\xE2\x82"sv, "\xED\xA0\x80"sv, "\xF5\x80\x80\x80"sv, "\xFF"sv}) {
-        EXPECT_FALSE(IsWellFormed("<abcd>" + std::string(bytes) + "</abcd>"));
-        EXPECT_FALSE(IsWellFormed("<abcd>" + std::string(bytes), xercesc::XMLUni::fgUTF8EncodingString));
+    const std::string texts[] = {"\x80", "\xC3", "\xC0\x80", "\xE2\x82", "\xED\xA0\x80", "\xF5\x80\x80\x80", "\xFF"};
+    for (const std::string& bytes : texts) {
+        EXPECT_FALSE(IsWellFormed("<abcd>" + bytes + "</abcd>"));
+        EXPECT_FALSE(IsWellFormed("<abcd>" + bytes, xercesc::XMLUni::fgUTF8EncodingString));
     }
 }
 

@@ -24,7 +24,7 @@ TEST(Utf8InputSourceTest, KeepsItsId)
     EXPECT_TRUE(Utf8InputSource("<a/>", VString(), false).Id().IsEmpty());
 }
 
-TEST(Utf8InputSourceTest, EmptySourceGivesNothing)
+TEST(Utf8InputSourceTest, EmptySourceHasNoBytesAndNoLines)
 {
     Utf8InputSource source("", "id", false);
     std::string bytes = "kept";
@@ -34,7 +34,7 @@ TEST(Utf8InputSourceTest, EmptySourceGivesNothing)
     EXPECT_EQ(source.Size(), 0u);
 }
 
-TEST(Utf8InputSourceTest, GetBytesGivesRunsUpToTheEnd)
+TEST(Utf8InputSourceTest, GetBytesReturnsChunksUpToTheEnd)
 {
     Utf8InputSource source("abcde", "id", false);
     std::string bytes;
@@ -94,7 +94,7 @@ const WhitespaceRow WhitespaceRows[] = {
     {"NUL is text", std::string(" \0<a/>", 6), std::string("\0<a/>", 5)},
 };
 
-TEST(Utf8InputSourceTest, LeadingWhitespaceIsWhatThePlatformSaysOfSignedBytes)
+TEST(Utf8InputSourceTest, LeadingWhitespaceIsAsciiOnly)
 {
     for (const WhitespaceRow& row : WhitespaceRows) {
         SCOPED_TRACE(row.name);
@@ -104,13 +104,13 @@ TEST(Utf8InputSourceTest, LeadingWhitespaceIsWhatThePlatformSaysOfSignedBytes)
     }
 }
 
-TEST(Utf8InputSourceTest, KeepsLeadingWhitespaceUnasked)
+TEST(Utf8InputSourceTest, KeepsLeadingWhitespaceUnlessAsked)
 {
     Utf8InputSource source("  <a/>", "id", false);
     EXPECT_EQ(ReadAll(source), "  <a/>");
 }
 
-TEST(Utf8InputSourceTest, CopiesOrTakesItsBytes)
+TEST(Utf8InputSourceTest, CopiesLvaluesAndMovesRvalues)
 {
     std::string bytes(100, 'x');
     Utf8InputSource copy(bytes, "id", false);
@@ -121,30 +121,22 @@ TEST(Utf8InputSourceTest, CopiesOrTakesItsBytes)
     EXPECT_NE(bytes.data(), buffer);
 }
 
-TEST(StringInputSourceTest, GivesUtf8)
+TEST(StringInputSourceTest, EncodesItsTextAsUtf8)
 {
-    StringInputSource source("gr\xC3\xB6\xC3\x9F"
-                             "e",
-        "id",
-        false);
+    StringInputSource source("gr\303\266\303\237e", "id", false);
     EXPECT_EQ(source.Size(), 7u);
-    EXPECT_EQ(ReadAll(source),
-        "gr\xC3\xB6\xC3\x9F"
-        "e");
+    EXPECT_EQ(ReadAll(source), "gr\303\266\303\237e");
 }
 
-TEST(StringInputSourceTest, TakesUtf8)
+TEST(StringInputSourceTest, FromUtf8DeclaresUtf8)
 {
-    const std::unique_ptr<StringInputSource> source = StringInputSource::FromUtf8(" gr\xC3\xB6\xC3\x9F"
-                                                                                  "e",
-        "an id",
-        true);
+    const auto source = StringInputSource::FromUtf8(" gr\303\266\303\237e", "an id", true);
     EXPECT_EQ(source->Id(), VString("an id"));
-    EXPECT_EQ(ReadAll(*source), "größe");
+    EXPECT_EQ(ReadAll(*source), "gr\303\266\303\237e");
     EXPECT_EQ(VString(source->GetXercesInputSource(ColonProcessingNone).Get().getEncoding()), VString("UTF-8"));
 }
 
-TEST(BorrowedInputSourceTest, ReadsTheCallersBytesWhereTheyAre)
+TEST(BorrowedInputSourceTest, DoesNotCopyTheBytesOfTheCaller)
 {
     const std::string bytes = " <a/>";
     BorrowedInputSource source(bytes, "an id", true);
@@ -155,7 +147,7 @@ TEST(BorrowedInputSourceTest, ReadsTheCallersBytesWhereTheyAre)
     EXPECT_EQ(source.GetXercesInputSource(ColonProcessingSanitize).View().data(), bytes.data() + 1);
 }
 
-TEST(BinaryInputSourceTest, GivesTheBytes)
+TEST(BinaryInputSourceTest, ReturnsTheBytesUnchanged)
 {
     const std::vector<unsigned char> bytes{'<', 'a', 0, 0xFF, '>'};
     BinaryInputSource source(bytes, "id", false);
@@ -169,16 +161,16 @@ TEST(BinaryInputSourceTest, SkipsLeadingWhitespaceWhenAsked)
     EXPECT_EQ(ReadAll(source), "<");
 }
 
-// A source that cannot go back.
-struct Stuck : Utf8InputSource {
-    Stuck() : Utf8InputSource("<a/>", "stuck.xml", false) {}
+// A source whose reset throws.
+struct UnresettableSource : Utf8InputSource {
+    UnresettableSource() : Utf8InputSource("<a/>", "stuck.xml", false) {}
     void ResetToStart() override { throw 7; }
 };
 
-TEST(InputSourceResetterTest, AResetThatFailsIsLogged)
+TEST(InputSourceResetterTest, FailedResetIsLogged)
 {
     testsupport::LogCapture log;
-    Stuck source;
+    UnresettableSource source;
     {
         const InputSourceResetter resetter(source);
     }
@@ -187,10 +179,10 @@ TEST(InputSourceResetterTest, AResetThatFailsIsLogged)
     EXPECT_EQ(log.records[0].message, VString("InputSourceResetter: \"stuck.xml\" could not be reset to its start"));
 }
 
-TEST(InputSourceResetterTest, AResetThatFailsLetsAnotherExceptionPass)
+TEST(InputSourceResetterTest, FailedResetDoesNotReplaceAnotherException)
 {
     const testsupport::LogCapture log;
-    Stuck source;
+    UnresettableSource source;
     EXPECT_THROW(
         {
             const InputSourceResetter resetter(source);
@@ -199,7 +191,7 @@ TEST(InputSourceResetterTest, AResetThatFailsLetsAnotherExceptionPass)
         std::runtime_error);
 }
 
-TEST(InputSourceResetterTest, ResetsTheSourceWhenItDies)
+TEST(InputSourceResetterTest, DestructorResetsTheSource)
 {
     Utf8InputSource source(" <a/>", "id", true);
     {

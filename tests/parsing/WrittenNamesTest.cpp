@@ -1,4 +1,4 @@
-// Messages name attributes as the document writes them, also those that begin with a colon.
+// Messages name attributes as the document spells them, even names that begin with a colon.
 
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancorexml/main/parser/BorrowedInputSource.h"
@@ -12,12 +12,18 @@ using testing::HasSubstr;
 using testing::Not;
 using Texts = std::vector<std::string>;
 
-// <a> with a <b> and an attribute k that is "1".
-constexpr const char* Schema =
-    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType>"
-    "<xs:sequence><xs:element name='b' minOccurs='0'><xs:complexType/></xs:element></xs:sequence>"
-    "<xs:attribute name='k'><xs:simpleType><xs:restriction base='xs:string'><xs:enumeration value='1'/></xs:restriction></xs:simpleType></xs:attribute>"
-    "</xs:complexType></xs:element></xs:schema>";
+// Declares <a> with an optional <b> and an attribute k whose only value is "1".
+constexpr const char* Schema = R"(
+    <xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>
+      <xs:element name='a'>
+        <xs:complexType>
+          <xs:sequence><xs:element name='b' minOccurs='0'><xs:complexType/></xs:element></xs:sequence>
+          <xs:attribute name='k'>
+            <xs:simpleType><xs:restriction base='xs:string'><xs:enumeration value='1'/></xs:restriction></xs:simpleType>
+          </xs:attribute>
+        </xs:complexType>
+      </xs:element>
+    </xs:schema>)";
 
 // The errors without their positions and ids.
 Texts Messages(InputSource& source, const char* schema)
@@ -51,20 +57,20 @@ const Row WellFormednessRows[] = {
     {"an attribute that comes twice", "<a :x='1' :x='2'/>", {"attribute ':x' is already specified for element 'a'"}},
     {"a character that is not allowed", "<a :x='\x01'/>", {"invalid character 0x1 in attribute value ':x'"}},
     {"a name outside of ASCII", "<a :\xC3\xA9='\x01'/>", {"invalid character 0x1 in attribute value ':\xC3\xA9'"}},
-    {"a name that the document itself writes",
+    {"the internal prefix in the document",
         "<IllegalColon:a IllegalColon:x='\x01'/>",
         {"invalid character 0x1 in attribute value 'IllegalColon:x'"}},
-    {"such a name beside a rewritten one",
+    {"the internal prefix beside a rewritten name",
         "<a :y='1' IllegalColon:x='\x01'/>",
         {"invalid character 0x1 in attribute value 'IllegalColon:x'"}},
-    {"such an element",
+    {"an element with the internal prefix",
         "<IllegalColon:x :y='1'>",
         {"input ended before all started tags were ended; last tag started is 'IllegalColon:x'"}},
 };
 
 const Row ValidityRows[] = {
     {"an attribute that is not declared", "<a :x='1'/>", {"attribute ':x' is not declared for element 'a'"}},
-    {"several",
+    {"several attributes that are not declared",
         "<a :x='1'><b :y='1'/></a>",
         {"attribute ':x' is not declared for element 'a'", "attribute ':y' is not declared for element 'b'"}},
     {"an attribute that comes twice",
@@ -74,34 +80,34 @@ const Row ValidityRows[] = {
     {"an element that is not declared",
         "<c :x='1'/>",
         {"no declaration found for element 'c'", "attribute ':x' is not declared for element 'c'"}},
-    {"a name that the document itself writes",
+    {"the internal prefix in the document",
         "<a :x='1'><b IllegalColon:y='1'/></a>",
         {"attribute ':x' is not declared for element 'a'",
             "attribute 'IllegalColon:y' is not declared for element 'b'"}},
-    {"such an element",
+    {"an element with the internal prefix",
         "<a :x='1'><IllegalColon:x/></a>",
         {"attribute ':x' is not declared for element 'a'",
             "no declaration found for element 'IllegalColon:x'",
             "element 'IllegalColon:x' is not allowed for content model '(b?)'"}},
-    {"such a value",
+    {"a value with the internal prefix",
         "<a k='IllegalColon:x' :x='1'/>",
         {"value 'IllegalColon:x' not in enumeration", "attribute ':x' is not declared for element 'a'"}},
     {"a value like a message",
         "<a k=\"attribute 'IllegalColon:x'\" :x='1'/>",
         {"value 'attribute 'IllegalColon:x'' not in enumeration", "attribute ':x' is not declared for element 'a'"}},
-    {"the prefix declared and nothing to rewrite",
+    {"the internal prefix declared, without a rewritten name",
         "<a xmlns:IllegalColon='u' IllegalColon:x='1'/>",
         {"attribute '{u}x' is not declared for element 'a'"}},
-    {"the namespace and nothing to rewrite",
+    {"the internal namespace, without a rewritten name",
         "<a xmlns:n='http://vancorexml.invalid/xml/ThisShouldNotAppear' n:x='1'/>",
         {"attribute '{http://vancorexml.invalid/xml/ThisShouldNotAppear}x' is not declared for element 'a'"}},
-    {"the namespace beside a rewritten name",
+    {"the internal namespace beside a rewritten name",
         "<a :y='1'><b xmlns:n='http://vancorexml.invalid/xml/ThisShouldNotAppear' n:x='1'/></a>",
         {"attribute ':y' is not declared for element 'a'",
             "attribute '{http://vancorexml.invalid/xml/ThisShouldNotAppear}x' is not declared for element 'b'"}},
 };
 
-TEST(WrittenNamesTest, ErrorsOfWellFormednessHaveTheNamesOfTheDocument)
+TEST(WrittenNamesTest, WellFormednessErrorsUseTheNamesOfTheDocument)
 {
     for (const Row& row : WellFormednessRows) {
         SCOPED_TRACE(row.name);
@@ -109,7 +115,7 @@ TEST(WrittenNamesTest, ErrorsOfWellFormednessHaveTheNamesOfTheDocument)
     }
 }
 
-TEST(WrittenNamesTest, ErrorsOfValidationHaveTheNamesOfTheDocument)
+TEST(WrittenNamesTest, ValidationErrorsUseTheNamesOfTheDocument)
 {
     for (const Row& row : ValidityRows) {
         SCOPED_TRACE(row.name);
@@ -117,7 +123,7 @@ TEST(WrittenNamesTest, ErrorsOfValidationHaveTheNamesOfTheDocument)
     }
 }
 
-TEST(WrittenNamesTest, AnIdStaysAsItIs)
+TEST(WrittenNamesTest, SourceIdIsNotChanged)
 {
     StringInputSource source("<a :x='1' :x='1'/>", "attribute 'IllegalColon:x'", false);
     const auto document = DOMParser().ParseXmlInputSource(source, false);
@@ -126,20 +132,20 @@ TEST(WrittenNamesTest, AnIdStaysAsItIs)
         testing::EndsWith("attribute ':x' is already specified for element 'a' (id: attribute 'IllegalColon:x')"));
 }
 
-TEST(WrittenNamesTest, ErrorsOfASchemaHaveItsNames)
+TEST(WrittenNamesTest, SchemaErrorsUseTheNamesOfTheSchema)
 {
     StringInputSource source("<a :x='1'/>", "id", false);
     const auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::RecordingHandler>());
     parser->Parse();
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:IllegalColon='u' IllegalColon:x='1' IllegalColon:x='2'/>",
+    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:IllegalColon='u' "
+                          "IllegalColon:x='1' IllegalColon:x='2'/>",
         "schema");
     ASSERT_FALSE(parser->GetErrors().empty());
     EXPECT_THAT(
         parser->GetErrors().front().toStdString(), HasSubstr("attribute 'IllegalColon:x' is already specified"));
 }
 
-TEST(WrittenNamesTest, EveryKindOfSourceHasThem)
+TEST(WrittenNamesTest, EveryKindOfSourceRestoresNames)
 {
     const testsupport::TemporaryFolder folder;
     const std::string text = "<a :x='1' IllegalColon:y='\x01'/>";
@@ -160,7 +166,7 @@ TEST(WrittenNamesTest, BothDomParsersRestoreNamesInMessages)
     EXPECT_THAT(standalone.ParseXmlString(text, "id").second[0].toStdString(), HasSubstr("attribute ':x'"));
 }
 
-TEST(WrittenNamesTest, ManyErrorsOfALongDocumentStayLinear)
+TEST(WrittenNamesTest, RestoringNamesInManyErrorsTakesLinearTime)
 {
     std::string text = "<a>";
     for (int i = 0; i < 20'000; ++i)

@@ -35,7 +35,7 @@ TEST(XercesInputSourceTest, SharesTheBytes)
     EXPECT_EQ(source.Bytes(), bytes);
 }
 
-TEST(XercesInputSourceTest, KeepsTheBytesAliveAlsoWhenMoved)
+TEST(XercesInputSourceTest, MovedSourceKeepsTheBytesAlive)
 {
     auto bytes = std::make_shared<std::string>("<a/>");
     XercesInputSource source = View(bytes, 0);
@@ -44,7 +44,7 @@ TEST(XercesInputSourceTest, KeepsTheBytesAliveAlsoWhenMoved)
     EXPECT_EQ(Read(moved), "<a/>");
 }
 
-TEST(XercesInputSourceTest, StreamReadsTheBytesWhereTheyAre)
+TEST(XercesInputSourceTest, StreamReadsTheOriginalBytes)
 {
     const auto bytes = std::make_shared<std::string>("<a/>");
     const XercesInputSource source = View(bytes, 0);
@@ -64,13 +64,13 @@ TEST(XercesInputSourceTest, SanitizesACopy)
     EXPECT_THAT(Read(source), testing::AllOf(testing::StartsWith("<a "), testing::HasSubstr("IllegalColon:b='1'")));
 }
 
-TEST(XercesInputSourceTest, LeavesColonsUnasked)
+TEST(XercesInputSourceTest, DoesNotSanitizeUnlessAsked)
 {
     const auto bytes = std::make_shared<std::string>("<a :b='1'/>");
     EXPECT_EQ(View(bytes, 0, ColonProcessingNone).Bytes(), bytes);
 }
 
-TEST(XercesInputSourceTest, HasTheIdForItsSystemId)
+TEST(XercesInputSourceTest, SystemIdIsTheId)
 {
     const auto bytes = std::make_shared<std::string>("<a/>");
     for (const char* id : {"", "a b%20{}<>\xC3\xA4\\:?#.xml", "C:\\x\\y.xml"}) {
@@ -87,7 +87,7 @@ TEST(XercesInputSourceTest, NamesTheEncodingOfDecodedTextOnly)
     EXPECT_EQ(VString(decoded.Get().getEncoding()), VString("UTF-8"));
 }
 
-TEST(XercesInputSourceTest, MemorySourcesGiveTheirOwnBytesFromTheirStart)
+TEST(XercesInputSourceTest, MemorySourcesShareTheirBytesWithXerces)
 {
     Utf8InputSource source("  <a/>", "id", true);
     std::string bytes;

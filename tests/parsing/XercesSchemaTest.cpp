@@ -10,11 +10,23 @@ using testsupport::RecordingHandler;
 using testsupport::Repeat;
 using Events = std::vector<std::string>;
 
-// <a> with any number of <n>, each an integer.
-const char* const Schema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
-                           "<xs:element name='a'><xs:complexType><xs:sequence>"
-                           "<xs:element name='n' type='xs:int' minOccurs='0' maxOccurs='unbounded'/>"
-                           "</xs:sequence><xs:attribute name='k'/></xs:complexType></xs:element></xs:schema>";
+constexpr char File[] = "vancorexml\\main\\parser\\XercesXMLParser";
+
+// A schema with these declarations. Its tag has `attributes` besides the declaration of xs.
+VString SchemaOf(const VString& attributes, const VString& declarations)
+{
+    return "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' " + attributes + ">" + declarations + "</xs:schema>";
+}
+
+VString SchemaOf(const VString& declarations)
+{
+    return SchemaOf("", declarations);
+}
+
+// Declares <a> with any number of <n>, each an integer, and an attribute k.
+const VString Schema = SchemaOf("<xs:element name='a'><xs:complexType>"
+                                "<xs:sequence><xs:element name='n' type='xs:int' minOccurs='0' maxOccurs='unbounded'/>"
+                                "</xs:sequence><xs:attribute name='k'/></xs:complexType></xs:element>");
 
 struct XercesSchemaTest : testing::Test {
     std::unique_ptr<XercesXMLParser> Create(const std::string& text)
@@ -27,7 +39,7 @@ struct XercesSchemaTest : testing::Test {
     std::shared_ptr<RecordingHandler> handler = std::make_shared<RecordingHandler>();
 };
 
-TEST_F(XercesSchemaTest, AValidDocumentHasNoErrors)
+TEST_F(XercesSchemaTest, ValidDocumentHasNoErrors)
 {
     const auto parser = Create("<a k='1'><n>1</n><n>-2</n></a>");
     parser->LoadXSDString(Schema, "schema.xsd");
@@ -37,61 +49,59 @@ TEST_F(XercesSchemaTest, AValidDocumentHasNoErrors)
     EXPECT_EQ(handler->events, (Events{"<a k='1'>", "<n>", "1", "</>", "<n>", "-2", "</>", "</>"}));
 }
 
-// Not as the schema declares them: it knows no prefixes.
-TEST_F(XercesSchemaTest, NamesAreThoseOfTheDocument)
+// The declarations of the schema have no prefixes, so the names must come from the document.
+TEST_F(XercesSchemaTest, HandlerGetsTheNamesOfTheDocument)
 {
     const auto parser = Create("<x:a xmlns:x='u'>\n<x:b/>t<y:b xmlns:y='u' y:k='1'><y:b/></y:b><b xmlns='u'/></x:a>");
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='u' xmlns:p='u'>"
+    const VString schema = SchemaOf("targetNamespace='u' xmlns:p='u'",
         "<xs:attribute name='k'/>"
-        "<xs:element name='a'><xs:complexType mixed='true'><xs:sequence><xs:element ref='p:b' maxOccurs='9'/></xs:sequence></xs:complexType></xs:element>"
-        "<xs:element name='b'><xs:complexType><xs:sequence><xs:element ref='p:b' minOccurs='0'/></xs:sequence><xs:attribute ref='p:k'/></xs:complexType></xs:element>"
-        "</xs:schema>",
-        "schema.xsd");
+        "<xs:element name='a'><xs:complexType mixed='true'>"
+        "<xs:sequence><xs:element ref='p:b' maxOccurs='9'/></xs:sequence>"
+        "</xs:complexType></xs:element>"
+        "<xs:element name='b'><xs:complexType>"
+        "<xs:sequence><xs:element ref='p:b' minOccurs='0'/></xs:sequence>"
+        "<xs:attribute ref='p:k'/></xs:complexType></xs:element>");
+    parser->LoadXSDString(schema, "schema.xsd");
+    const std::string expected = "<x:a xmlns:x='u'>|\n|<x:b>|</>|t|<y:b xmlns:y='u' y:k='1'>|<y:b>|</>|</>|"
+                                 "<b xmlns='u'>|</>|</>|";
     for (int round = 0; round < 2; ++round) {
         handler->events.clear();
         parser->Parse();
         EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
-        EXPECT_EQ(handler->events,
-            (Events{"<x:a xmlns:x='u'>",
-                "\n",
-                "<x:b>",
-                "</>",
-                "t",
-                "<y:b xmlns:y='u' y:k='1'>",
-                "<y:b>",
-                "</>",
-                "</>",
-                "<b xmlns='u'>",
-                "</>",
-                "</>"}));
+        std::string events;
+        for (const std::string& event : handler->events)
+            events += event + "|";
+        EXPECT_EQ(events, expected);
         source->ResetToStart();
     }
 }
 
-// The schema knows no prefix for its default, so it comes by the local name; the tag's stays.
-TEST_F(XercesSchemaTest, ADefaultDoesNotRepeatAnAttributeOfTheTag)
+// A default has only a local name, because the schema knows no prefix. The attribute in the tag wins.
+TEST_F(XercesSchemaTest, DefaultDoesNotRepeatAnAttributeOfTheTag)
 {
     const auto parser = Create("<x:a xmlns:x='u' k='1'/>");
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='u' xmlns:p='u'>"
+    const VString schema = SchemaOf("targetNamespace='u' xmlns:p='u'",
         "<xs:attribute name='k'/>"
-        "<xs:element name='a'><xs:complexType><xs:attribute name='k'/><xs:attribute ref='p:k' default='d'/><xs:attribute name='l' default='e'/></xs:complexType></xs:element>"
-        "</xs:schema>",
-        "schema.xsd");
+        "<xs:element name='a'><xs:complexType>"
+        "<xs:attribute name='k'/><xs:attribute ref='p:k' default='d'/>"
+        "<xs:attribute name='l' default='e'/></xs:complexType></xs:element>");
+    parser->LoadXSDString(schema, "schema.xsd");
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     EXPECT_EQ(handler->events, (Events{"<x:a k='1' l='e' xmlns:x='u'>", "</>"}));
 }
 
-TEST_F(XercesSchemaTest, AnAttributeThatStandsTwiceIsAFatalError)
+TEST_F(XercesSchemaTest, DuplicateAttributesAreFatalErrors)
 {
-    for (const char* const attributes : {"k='1' k='2'",
-             "z='1' z='2'",
-             "xmlns:p='u' xmlns:p='u'",
-             "xmlns='' xmlns=''",
-             "xml:lang='' xml:lang=''",
-             "xmlns:p='u' p:z='1' p:z='2'"}) {
+    const char* const rows[] = {
+        "k='1' k='2'",
+        "z='1' z='2'",
+        "xmlns:p='u' xmlns:p='u'",
+        "xmlns='' xmlns=''",
+        "xml:lang='' xml:lang=''",
+        "xmlns:p='u' p:z='1' p:z='2'",
+    };
+    for (const char* const attributes : rows) {
         handler->events.clear();
         const auto parser = Create("<a " + std::string(attributes) + "/>");
         parser->LoadXSDString(Schema, "schema.xsd");
@@ -101,8 +111,8 @@ TEST_F(XercesSchemaTest, AnAttributeThatStandsTwiceIsAFatalError)
     }
 }
 
-// A reader that was used without schemas knows namespaces once it has some.
-TEST_F(XercesSchemaTest, PrefixesStayWhenSchemasComeLater)
+// The first parse runs without namespaces; loading a schema switches them on.
+TEST_F(XercesSchemaTest, PrefixesStayAfterASchemaIsLoaded)
 {
     const auto parser = Create("<x:a xmlns:x='u'> <x:b/></x:a>");
     const Events events{"<x:a xmlns:x='u'>", " ", "<x:b>", "</>", "</>"};
@@ -118,7 +128,7 @@ TEST_F(XercesSchemaTest, PrefixesStayWhenSchemasComeLater)
     }
 }
 
-TEST_F(XercesSchemaTest, ValidationErrorsAreErrorsAndTheParseGoesOn)
+TEST_F(XercesSchemaTest, ValidationErrorsDoNotStopTheParse)
 {
     const auto parser = Create("<a>\n<n>x</n>\n<m/></a>");
     parser->LoadXSDString(Schema, "schema.xsd");
@@ -138,18 +148,17 @@ TEST_F(XercesSchemaTest, WithoutSchemaNothingIsValidated)
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(XercesSchemaTest, TheTwoFixedSchemasComeFirst)
+TEST_F(XercesSchemaTest, FixedSchemasAreLoadedFirst)
 {
     const auto parser = Create("<a/>");
     EXPECT_TRUE(parser->GetLoadedXSDs().empty());
     parser->LoadXSDString(Schema, "one.xsd");
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:two'/>", "two.xsd");
+    parser->LoadXSDString(SchemaOf("targetNamespace='urn:two'", ""), "two.xsd");
     EXPECT_EQ(parser->GetLoadedXSDs(),
         (std::vector<VString>{"VQRC_FILEFORMAT_XML_XSD", "VQRC_FILEFORMAT_USER_XSD", "one.xsd", "two.xsd"}));
 }
 
-TEST_F(XercesSchemaTest, LoadXSDResourceTakesTheNameForTheId)
+TEST_F(XercesSchemaTest, LoadXSDResourceUsesTheNameAsId)
 {
     ResourceRegistrationCache::GetInstance().RegisterText("TEST_XSD", Schema);
     const auto parser = Create("<a><m/></a>");
@@ -160,11 +169,10 @@ TEST_F(XercesSchemaTest, LoadXSDResourceTakesTheNameForTheId)
     EXPECT_TRUE(parser->HasErrors());
 }
 
-TEST_F(XercesSchemaTest, FaultsOfASchemaAreErrorsUntilTheParse)
+TEST_F(XercesSchemaTest, SchemaErrorsAreListedUntilTheNextParse)
 {
     const auto parser = Create("<a/>");
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a' type='missing'/>", "bad.xsd");
+    parser->LoadXSDString(SchemaOf("<xs:element name='a' type='missing'/>").replace("</xs:schema>", ""), "bad.xsd");
     ASSERT_TRUE(parser->HasErrors());
     EXPECT_TRUE(parser->GetErrors()[0].contains("(id: bad.xsd)"));
     EXPECT_EQ(parser->GetLoadedXSDs().back(), VString("bad.xsd"));
@@ -173,7 +181,7 @@ TEST_F(XercesSchemaTest, FaultsOfASchemaAreErrorsUntilTheParse)
     EXPECT_NE(parser->GetErrors(), whileLoading);
 }
 
-TEST_F(XercesSchemaTest, AFatalFaultOfASchemaComesLast)
+TEST_F(XercesSchemaTest, FatalSchemaErrorIsListedLast)
 {
     const auto parser = Create("<a/>");
     parser->LoadXSDString("<xs:schema", "bad.xsd");
@@ -182,21 +190,21 @@ TEST_F(XercesSchemaTest, AFatalFaultOfASchemaComesLast)
     EXPECT_TRUE(parser->HasFatallyErrored());
 }
 
-TEST_F(XercesSchemaTest, ASchemaIsDecodedText)
+TEST_F(XercesSchemaTest, SchemaStringsIgnoreTheirDeclaredEncoding)
 {
     const auto parser = Create("<a><n>1</n></a>");
-    parser->LoadXSDString(VString("<?xml version='1.0' encoding='UTF-16'?>") + Schema, "schema.xsd");
+    parser->LoadXSDString("<?xml version='1.0' encoding='UTF-16'?>" + Schema, "schema.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
 TEST_F(XercesSchemaTest, SchemasAreNotSanitized)
 {
     const auto parser = Create("<a/>");
-    parser->LoadXSDString("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' :b='1'/>", "schema.xsd");
+    parser->LoadXSDString(SchemaOf(":b='1'", ""), "schema.xsd");
     EXPECT_TRUE(parser->HasErrors());
 }
 
-TEST_F(XercesSchemaTest, DocumentsAreSanitizedAlsoWithSchemas)
+TEST_F(XercesSchemaTest, DocumentsAreSanitizedWithSchemasToo)
 {
     const auto parser = Create("<a :b='1'/>");
     parser->LoadXSDString(Schema, "schema.xsd");
@@ -219,7 +227,7 @@ TEST_F(XercesSchemaTest, ReloadKeepsTheSchemas)
     EXPECT_EQ(second->events, (Events{"<a>", "<m>", "</>", "</>"}));
 }
 
-TEST_F(XercesSchemaTest, SchemasSurviveFaultsAndOtherVersions)
+TEST_F(XercesSchemaTest, SchemasStayLoadedAfterErrorsAndOtherVersions)
 {
     const auto parser = Create("<a/>");
     parser->LoadXSDString(Schema, "schema.xsd");
@@ -241,14 +249,11 @@ TEST_F(XercesSchemaTest, SchemasSurviveFaultsAndOtherVersions)
     }
 }
 
-TEST_F(XercesSchemaTest, AnEmptyIdIsAnAssertion)
+TEST_F(XercesSchemaTest, EmptyIdAsserts)
 {
     const auto parser = Create("<a/>");
-    testsupport::ExpectLogicException([&] { parser->LoadXSDString(Schema, VString()); },
-        "vancorexml\\main\\parser\\XercesXMLParser",
-        203,
-        "!xsdSource.Id().IsEmpty()",
-        0xC83A570E);
+    const auto load = [&] { parser->LoadXSDString(Schema, VString()); };
+    testsupport::ExpectLogicException(load, File, 203, "!xsdSource.Id().IsEmpty()", 0xC83A570E);
 }
 
 struct PlainSource : InputSource {
@@ -259,27 +264,24 @@ struct PlainSource : InputSource {
     unsigned long long Size() const override { return 0; }
 };
 
-TEST_F(XercesSchemaTest, ASchemaSourceWithoutAViewIsAnAssertion)
+TEST_F(XercesSchemaTest, SchemaSourceWithoutXercesViewAsserts)
 {
     const auto parser = Create("<a/>");
     PlainSource plain;
-    testsupport::ExpectLogicException([&] { parser->LoadXSDSource(plain); },
-        "vancorexml\\main\\parser\\XercesXMLParser",
-        206,
-        "xercesableSource != nullptr",
-        0xAB95E4EA);
+    const auto load = [&] { parser->LoadXSDSource(plain); };
+    testsupport::ExpectLogicException(load, File, 206, "xercesableSource != nullptr", 0xAB95E4EA);
 }
 
-const char* const Importing = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:t='urn:t'>"
-                              "<xs:import namespace='urn:t' schemaLocation='types.xsd'/>"
-                              "<xs:element name='a' type='t:number'/></xs:schema>";
-const char* const Imported = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:t'>"
-                             "<xs:simpleType name='number'><xs:restriction base='@TYPE@'/></xs:simpleType></xs:schema>";
+const VString Importing = SchemaOf("xmlns:t='urn:t'",
+    "<xs:import namespace='urn:t' schemaLocation='types.xsd'/>"
+    "<xs:element name='a' type='t:number'/>");
+const VString Imported =
+    SchemaOf("targetNamespace='urn:t'", "<xs:simpleType name='number'><xs:restriction base='@TYPE@'/></xs:simpleType>");
 
-TEST_F(XercesSchemaTest, AnExtensionFindsAndRewritesWhatASchemaImports)
+TEST_F(XercesSchemaTest, ExtensionResolvesAndRewritesImports)
 {
     const testsupport::TemporaryFolder folder;
-    handler->schemaPath = folder.Write("found.xsd", Imported);
+    handler->schemaPath = folder.Write("found.xsd", Imported.toStdString());
     const auto parser = Create("<a>x</a>");
     parser->LoadXSDString(Importing, "main.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
@@ -289,32 +291,29 @@ TEST_F(XercesSchemaTest, AnExtensionFindsAndRewritesWhatASchemaImports)
     EXPECT_EQ(parser->GetErrors().size(), 1u);
 }
 
-TEST_F(XercesSchemaTest, AnExtensionFindsWhatASchemaIncludes)
+TEST_F(XercesSchemaTest, ExtensionResolvesIncludes)
 {
     const testsupport::TemporaryFolder folder;
-    handler->schemaPath = folder.Write("found.xsd",
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:simpleType name='number'><xs:restriction base='xs:int'/></xs:simpleType></xs:schema>");
+    const VString included = SchemaOf("<xs:simpleType name='number'><xs:restriction base='xs:int'/></xs:simpleType>");
+    handler->schemaPath = folder.Write("found.xsd", included.toStdString());
     const auto parser = Create("<a>1</a>");
     parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include schemaLocation='types.xsd'/><xs:element name='a' type='number'/></xs:schema>",
-        "main.xsd");
+        SchemaOf("<xs:include schemaLocation='types.xsd'/><xs:element name='a' type='number'/>"), "main.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(XercesSchemaTest, AnImportWithoutLocationIsAskedForWithoutSystemId)
+TEST_F(XercesSchemaTest, ImportWithoutLocationIsResolvedWithAnEmptySystemId)
 {
     const auto parser = Create("<a/>");
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:import namespace='urn:t'/><xs:element name='a'/></xs:schema>",
-        "main.xsd");
+    parser->LoadXSDString(SchemaOf("<xs:import namespace='urn:t'/><xs:element name='a'/>"), "main.xsd");
     EXPECT_EQ(handler->resolved, Events{"main.xsd|"});
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(XercesSchemaTest, AnEmptyPathLeavesTheImportOut)
+TEST_F(XercesSchemaTest, EmptyPathSkipsTheImport)
 {
     const testsupport::TemporaryFolder folder;
     const auto parser = Create("<a/>");
@@ -324,7 +323,7 @@ TEST_F(XercesSchemaTest, AnEmptyPathLeavesTheImportOut)
     EXPECT_TRUE(parser->HasErrors());  // the imported type is missing
 }
 
-TEST_F(XercesSchemaTest, AHandlerWithoutTheExtensionIsNotAsked)
+TEST_F(XercesSchemaTest, ImportFailsWithoutTheExtension)
 {
     struct Silent : SAXInterface {
         void StartElement(const VString&, const AttributeMap&) override {}
@@ -337,12 +336,12 @@ TEST_F(XercesSchemaTest, AHandlerWithoutTheExtensionIsNotAsked)
     EXPECT_TRUE(parser->HasErrors());
 }
 
-TEST_F(XercesSchemaTest, TheResolverIsThatOfTheReloadedHandler)
+TEST_F(XercesSchemaTest, ReloadReplacesTheResolver)
 {
     const testsupport::TemporaryFolder folder;
     const auto parser = Create("<a>1</a>");
     auto second = std::make_shared<RecordingHandler>();
-    second->schemaPath = folder.Write("found.xsd", Imported);
+    second->schemaPath = folder.Write("found.xsd", Imported.toStdString());
     parser->Reload(*source, second);
     handler.reset();
     parser->LoadXSDString(Importing, "main.xsd");
@@ -350,17 +349,17 @@ TEST_F(XercesSchemaTest, TheResolverIsThatOfTheReloadedHandler)
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(XercesSchemaTest, AMissingFileOfTheExtensionEscapesTheLoading)
+TEST_F(XercesSchemaTest, MissingImportedFileThrows)
 {
     handler->schemaPath = "no such file.xsd";
     const auto parser = Create("<a/>");
     EXPECT_THROW(parser->LoadXSDString(Importing, "main.xsd"), VIO::Exception);
 }
 
-TEST_F(XercesSchemaTest, TheDocumentsSchemaLocationIsNotLoaded)
+TEST_F(XercesSchemaTest, SchemaLocationOfTheDocumentIsIgnored)
 {
     const testsupport::TemporaryFolder folder;
-    handler->schemaPath = folder.Write("found.xsd", Imported);
+    handler->schemaPath = folder.Write("found.xsd", Imported.toStdString());
     const auto parser =
         Create("<a xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:schemaLocation='urn:t types.xsd'/>");
     parser->LoadXSDString(Schema, "schema.xsd");
@@ -368,7 +367,7 @@ TEST_F(XercesSchemaTest, TheDocumentsSchemaLocationIsNotLoaded)
     EXPECT_TRUE(handler->resolved.empty());
 }
 
-TEST_F(XercesSchemaTest, AnExternalDtdSubsetCannotBeOpened)
+TEST_F(XercesSchemaTest, ExternalDtdSubsetIsAnErrorWhenValidating)
 {
     const auto parser = Create("<!DOCTYPE a SYSTEM 'a.dtd'><a/>");
     parser->LoadXSDString(Schema, "schema.xsd");
@@ -378,29 +377,27 @@ TEST_F(XercesSchemaTest, AnExternalDtdSubsetCannotBeOpened)
     EXPECT_TRUE(handler->resolved.empty());
 }
 
-TEST_F(XercesSchemaTest, TheEntitiesOfASchemaAreRefused)
+TEST_F(XercesSchemaTest, ExternalEntitiesOfASchemaAreRefused)
 {
     const testsupport::TemporaryFolder folder;
-    const std::string file =
-        folder.Write("outside.txt", "<xs:element xmlns:xs='http://www.w3.org/2001/XMLSchema' name='b'/>").toStdString();
-    const std::string body =
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>&e;<xs:element name='a'/></xs:schema>";
+    const VString file =
+        folder.Write("outside.txt", "<xs:element xmlns:xs='http://www.w3.org/2001/XMLSchema' name='b'/>");
     const auto parser = Create("<b/>");
     parser->LoadXSDString(
-        VString::fromStdString("<!DOCTYPE xs:schema [<!ENTITY e SYSTEM '" + file + "'>]>" + body), "main.xsd");
+        "<!DOCTYPE xs:schema [<!ENTITY e SYSTEM '" + file + "'>]>" + SchemaOf("&e;<xs:element name='a'/>"), "main.xsd");
     ASSERT_EQ(parser->GetErrors().size(), 1u);
     EXPECT_TRUE(parser->GetErrors()[0].startsWith("Fatal Error(1,"));
-    EXPECT_TRUE(parser->GetErrors()[0].contains("not allowed. '" + VString::fromStdString(file) + "' (id: main.xsd)"));
+    EXPECT_TRUE(parser->GetErrors()[0].contains("not allowed. '" + file + "' (id: main.xsd)"));
     parser->Parse();
-    EXPECT_TRUE(parser->HasErrors());  // what the file declares is not known
+    EXPECT_TRUE(parser->HasErrors());  // the declaration in the file was not loaded
 }
 
-TEST_F(XercesSchemaTest, TheExternalDtdSubsetOfASchemaIsRefused)
+TEST_F(XercesSchemaTest, ExternalDtdSubsetOfASchemaIsRefused)
 {
     const testsupport::TemporaryFolder folder;
-    const std::string file = folder.Write("outside.dtd", "<!ENTITY e 'text'>").toStdString();
+    const VString file = folder.Write("outside.dtd", "<!ENTITY e 'text'>");
     const auto parser = Create("<a/>");
-    parser->LoadXSDString(VString::fromStdString("<!DOCTYPE xs:schema SYSTEM '" + file + "'>") + Schema, "main.xsd");
+    parser->LoadXSDString("<!DOCTYPE xs:schema SYSTEM '" + file + "'>" + Schema, "main.xsd");
     ASSERT_EQ(parser->GetErrors().size(), 1u);
     EXPECT_TRUE(parser->GetErrors()[0].contains("outside.dtd' (id: main.xsd)"));
     EXPECT_TRUE(parser->HasFatallyErrored());
@@ -409,18 +406,20 @@ TEST_F(XercesSchemaTest, TheExternalDtdSubsetOfASchemaIsRefused)
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(XercesSchemaTest, EntitiesThatExpandWithoutEndAbandonTheSchema)
+TEST_F(XercesSchemaTest, EntityBombAbortsTheLoadingOfASchema)
 {
-    const VString entities =
-        "<!ENTITY a ''><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'><!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'><!ENTITY d '&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'><!ENTITY e '&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;'><!ENTITY f '&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>";
+    const VString entities = "<!ENTITY a ''>"
+                             "<!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'>"
+                             "<!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'>"
+                             "<!ENTITY d '&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'>"
+                             "<!ENTITY e '&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;'>"
+                             "<!ENTITY f '&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>";
     const auto parser = Create("<a/>");
-    parser->LoadXSDString(
-        "<!DOCTYPE xs:schema [" + entities + "]><xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>&f;</xs:schema>",
-        "bomb.xsd");
+    parser->LoadXSDString("<!DOCTYPE xs:schema [" + entities + "]>" + SchemaOf("&f;"), "bomb.xsd");
     EXPECT_TRUE(parser->HasFatallyErrored());
-    EXPECT_EQ(parser->GetErrors().back(),
-        VString(
-            "Fatal Error: parser has encountered more than '50000' entity expansions in the document; this is the limit imposed by the application (id: bomb.xsd)"));
+    const VString expected = "Fatal Error: parser has encountered more than '50000' entity expansions in the "
+                             "document; this is the limit imposed by the application (id: bomb.xsd)";
+    EXPECT_EQ(parser->GetErrors().back(), expected);
     parser->LoadXSDString(Schema, "schema.xsd");
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
@@ -428,7 +427,7 @@ TEST_F(XercesSchemaTest, EntitiesThatExpandWithoutEndAbandonTheSchema)
 
 const std::string SchemaStart = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'";
 
-TEST_F(XercesSchemaTest, ASchemaThatBlowsUpIsRefused)
+TEST_F(XercesSchemaTest, SchemasWithExcessiveExpansionAreRefused)
 {
     std::string levels;
     for (int i = 1; i < 5; ++i)
@@ -460,7 +459,7 @@ TEST_F(XercesSchemaTest, ASchemaThatBlowsUpIsRefused)
     }
 }
 
-TEST_F(XercesSchemaTest, ADocumentThatIsValidatedMayNotBlowUpEither)
+TEST_F(XercesSchemaTest, ValidatedDocumentWithExcessiveExpansionIsRefused)
 {
     const std::string entity = "<!DOCTYPE a [<!ENTITY e '" + std::string(1000000, 'x') + "'>]>";
     const auto parser = Create(entity + "<a k='" + Repeat("&e;", 120) + "'/>");
@@ -470,7 +469,7 @@ TEST_F(XercesSchemaTest, ADocumentThatIsValidatedMayNotBlowUpEither)
     EXPECT_TRUE(parser->GetErrors()[0].contains("characters of entities"));
 }
 
-TEST_F(XercesSchemaTest, ASchemaThatIsImportedMayNotBlowUpEither)
+TEST_F(XercesSchemaTest, ImportedSchemaWithExcessiveExpansionIsRefused)
 {
     const testsupport::TemporaryFolder folder;
     handler->schemaPath = folder.Write("bomb.xsd",
@@ -487,16 +486,16 @@ TEST_F(XercesSchemaTest, ASchemaMayUseEntitiesAndDefaults)
 {
     const auto parser = Create("<a k='1'><n>1</n></a>");
     const VString unused = VString::fromStdString("<!ENTITY unused '" + std::string(1000000, 'x') + "'>");
-    parser->LoadXSDString("<!DOCTYPE xs:schema [" + unused +
-            "<!ENTITY id 'i'><!ATTLIST xs:element id CDATA #IMPLIED version CDATA #IMPLIED><!ATTLIST xs:schema id CDATA '&id;'>]>" +
-            VString(Schema),
-        "schema.xsd");
+    const VString used = "<!ENTITY id 'i'>"
+                         "<!ATTLIST xs:element id CDATA #IMPLIED version CDATA #IMPLIED>"
+                         "<!ATTLIST xs:schema id CDATA '&id;'>";
+    parser->LoadXSDString("<!DOCTYPE xs:schema [" + unused + used + "]>" + Schema, "schema.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(XercesSchemaTest, ASchemaMayBeLoadedAfterAnImportThatThrew)
+TEST_F(XercesSchemaTest, SchemaCanBeLoadedAfterAFailedImport)
 {
     handler->schemaPath = "no such file.xsd";
     const auto parser = Create("<a><n>x</n></a>");
@@ -530,7 +529,7 @@ TEST_F(XercesSchemaTest, IdentityConstraintsAreChecked)
     const auto parser = Create("<a><n>1</n><n>1</n></a>");
     const VString unique =
         "<xs:unique name='u'><xs:selector xpath='n'/><xs:field xpath='.'/></xs:unique></xs:element></xs:schema>";
-    parser->LoadXSDString(VString(Schema).replace("</xs:element></xs:schema>", unique), "schema.xsd");
+    parser->LoadXSDString(Schema.replace("</xs:element></xs:schema>", unique), "schema.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
     parser->Parse();
     EXPECT_EQ(parser->GetErrors().size(), 1u);
@@ -539,15 +538,14 @@ TEST_F(XercesSchemaTest, IdentityConstraintsAreChecked)
 TEST_F(XercesSchemaTest, AmbiguousContentOfASchemaIsAnError)
 {
     const auto parser = Create("<a/>");
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:sequence>"
-        "<xs:element name='n' minOccurs='0'/><xs:element name='n'/>"
-        "</xs:sequence></xs:complexType></xs:element></xs:schema>",
-        "schema.xsd");
+    const VString schema = SchemaOf("<xs:element name='a'><xs:complexType>"
+                                    "<xs:sequence><xs:element name='n' minOccurs='0'/><xs:element name='n'/>"
+                                    "</xs:sequence></xs:complexType></xs:element>");
+    parser->LoadXSDString(schema, "schema.xsd");
     EXPECT_EQ(parser->GetErrors().size(), 1u);
 }
 
-TEST_F(XercesSchemaTest, ANamespaceMayBeImportedFromSeveralPlaces)
+TEST_F(XercesSchemaTest, NamespaceMayBeImportedFromSeveralFiles)
 {
     struct Finding : RecordingHandler {
         void ResolveSchemaPath(VString& pathOut, const VString&, const VString& systemId) override
@@ -558,31 +556,31 @@ TEST_F(XercesSchemaTest, ANamespaceMayBeImportedFromSeveralPlaces)
     };
     const auto finding = std::make_shared<Finding>();
     for (const char* name : {"one", "two"}) {
-        finding->folder.Write(VString(name) + ".xsd",
-            VString(Imported).replace("@TYPE@", "xs:int").replace("number", name).toStdString());
+        const VString imported = Imported.replace("@TYPE@", "xs:int").replace("number", name);
+        finding->folder.Write(VString(name) + ".xsd", imported.toStdString());
     }
     Utf8InputSource input("<a/>", "doc.xml", false);
     const auto parser = XercesXMLParser::Create(input, finding);
-    parser->LoadXSDString(
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:t='urn:t'>"
-        "<xs:import namespace='urn:t' schemaLocation='one.xsd'/><xs:import namespace='urn:t' schemaLocation='two.xsd'/>"
-        "<xs:element name='a' type='t:one'/><xs:element name='b' type='t:two'/></xs:schema>",
-        "main.xsd");
+    const VString importing = SchemaOf("xmlns:t='urn:t'",
+        "<xs:import namespace='urn:t' schemaLocation='one.xsd'/>"
+        "<xs:import namespace='urn:t' schemaLocation='two.xsd'/>"
+        "<xs:element name='a' type='t:one'/><xs:element name='b' type='t:two'/>");
+    parser->LoadXSDString(importing, "main.xsd");
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(XercesSchemaTest, DocumentsMayCarryXmlAndUserAttributes)
+TEST_F(XercesSchemaTest, DocumentsMayHaveAttributesOfTheXmlNamespace)
 {
-    const VString schema =
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
-        "<xs:element name='a'><xs:complexType><xs:anyAttribute namespace='##other' processContents='strict'/></xs:complexType></xs:element></xs:schema>";
+    const VString schema = SchemaOf("<xs:element name='a'><xs:complexType>"
+                                    "<xs:anyAttribute namespace='##other' processContents='strict'/>"
+                                    "</xs:complexType></xs:element>");
     const auto parser = Create("<a xml:lang='de' xml:space='preserve'/>");
     parser->LoadXSDString(schema, "schema.xsd");
     parser->Parse();
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{});
 }
 
-TEST_F(XercesSchemaTest, MeasuresItsSteps)
+TEST_F(XercesSchemaTest, RecordsMetricsScopesForItsSteps)
 {
     std::vector<std::string> names;
     const auto parser = Create("<a/>");

@@ -27,8 +27,8 @@ const EventRow EventRows[] = {
     {"empty element", "<a/>", {"<a>", "</>"}},
     {"nested", "<a><b/></a>", {"<a>", "<b>", "</>", "</>"}},
     {"attributes", "<a b='1' c=''/>", {"<a b='1' c=''>", "</>"}},
-    {"text comes whole", "<a>x&amp;y<![CDATA[<z>]]>&#65;<!-- c -->w</a>", {"<a>", "x&y<z>Aw", "</>"}},
-    {"text before and behind children", "<a>1<b>2</b>3</a>", {"<a>", "1", "<b>", "2", "</>", "3", "</>"}},
+    {"adjacent texts are one text", "<a>x&amp;y<![CDATA[<z>]]>&#65;<!-- c -->w</a>", {"<a>", "x&y<z>Aw", "</>"}},
+    {"text before and after children", "<a>1<b>2</b>3</a>", {"<a>", "1", "<b>", "2", "</>", "3", "</>"}},
     {"white space between elements", "<a>\n <b/>\n</a>", {"<a>", "\n ", "<b>", "</>", "\n", "</>"}},
     {"ignorable white space is text",
         "<!DOCTYPE a [<!ELEMENT a (b)><!ELEMENT b EMPTY>]><a> <b/></a>",
@@ -39,7 +39,9 @@ const EventRow EventRows[] = {
     {"prefixes stay", "<x:a xmlns:x='u' x:b='1'/>", {"<x:a x:b='1' xmlns:x='u'>", "</>"}},
     {"undeclared prefixes pass", "<x:a y:b='1'/>", {"<x:a y:b='1'>", "</>"}},
     {"leading colons are restored", "<a :b='1' c='2'/>", {"<a :b='1' c='2'>", "</>"}},
-    {"leading colons below", "<a><b :c='1'/><b :c='2'/></a>", {"<a>", "<b :c='1'>", "</>", "<b :c='2'>", "</>", "</>"}},
+    {"leading colons in child elements",
+        "<a><b :c='1'/><b :c='2'/></a>",
+        {"<a>", "<b :c='1'>", "</>", "<b :c='2'>", "</>", "</>"}},
     {"element names are not restored", "<IllegalColon:a/>", {"<IllegalColon:a>", "</>"}},
     {"defaulted attributes", "<!DOCTYPE a [<!ATTLIST a b CDATA 'd'>]><a/>", {"<a b='d'>", "</>"}},
     {"internal entities", "<!DOCTYPE a [<!ENTITY e 'x<b/>y'>]><a>&e;</a>", {"<a>", "x", "<b>", "</>", "y", "</>"}},
@@ -47,7 +49,7 @@ const EventRow EventRows[] = {
     {"supplementary characters", "<a>\xF0\x9F\x98\x80</a>", {"<a>", "\xF0\x9F\x98\x80", "</>"}},
 };
 
-TEST(XercesXMLParserTest, TellsTheHandlerTheDocument)
+TEST(XercesXMLParserTest, PassesTheDocumentToTheHandler)
 {
     for (const EventRow& row : EventRows) {
         SCOPED_TRACE(row.name);
@@ -58,14 +60,14 @@ TEST(XercesXMLParserTest, TellsTheHandlerTheDocument)
     }
 }
 
-TEST(XercesXMLParserTest, LongTextComesWhole)
+TEST(XercesXMLParserTest, LongTextIsPassedInOnePiece)
 {
     const std::string text(3000000, 'x');
     EXPECT_EQ(ParseBytes("<a>" + text + "</a>").events, (Events{"<a>", text, "</>"}));
 }
 
-// An entity's text comes in a piece of its own, and so does an empty section.
-TEST(XercesXMLParserTest, TextInManyPiecesComesWhole)
+// Xerces delivers the text of an entity and an empty CDATA section as separate pieces.
+TEST(XercesXMLParserTest, AdjacentTextsArePassedInOnePiece)
 {
     for (const std::size_t longest : {1, 3, 40, 300}) {
         std::string text = "<!DOCTYPE a [<!ENTITY e 'entity'>]><a><![CDATA[]]>";
@@ -79,7 +81,7 @@ TEST(XercesXMLParserTest, TextInManyPiecesComesWhole)
     }
 }
 
-TEST(XercesXMLParserTest, NamesAndTextsStayApart)
+TEST(XercesXMLParserTest, DifferentNamesAndTextsAreNotConfused)
 {
     std::string text = "<a>";
     Events events{"<a>"};
@@ -100,13 +102,13 @@ struct EncodingRow {
 
 const EncodingRow EncodingRows[] = {
     {"undeclared UTF-8", "<a>\xC3\xA4</a>", "\xC3\xA4"},
-    {"UTF-8 with a mark", "\xEF\xBB\xBF<a>\xC3\xA4</a>", "\xC3\xA4"},
+    {"UTF-8 with a byte order mark", "\xEF\xBB\xBF<a>\xC3\xA4</a>", "\xC3\xA4"},
     {"declared Latin-1", "<?xml version='1.0' encoding='iso-8859-1'?><a>\xE4</a>", "\xC3\xA4"},
     {"UTF-16", testsupport::Utf16("<a>x</a>"), "x"},
     {"declared UTF-16", testsupport::Utf16("<?xml version='1.0' encoding='UTF-16'?><a>x</a>"), "x"},
 };
 
-TEST(XercesXMLParserTest, ByteSourcesSayTheirEncodingThemselves)
+TEST(XercesXMLParserTest, EncodingOfByteSourcesIsDetected)
 {
     for (const EncodingRow& row : EncodingRows) {
         SCOPED_TRACE(row.name);
@@ -116,7 +118,7 @@ TEST(XercesXMLParserTest, ByteSourcesSayTheirEncodingThemselves)
     }
 }
 
-TEST(XercesXMLParserTest, DecodedTextIsUtf8WhateverItDeclares)
+TEST(XercesXMLParserTest, DecodedTextIgnoresItsDeclaredEncoding)
 {
     for (const char* encoding : {"iso-8859-1", "UTF-16LE", "UTF-16", "windows-1252", "UTF-8", "no-such-encoding"}) {
         SCOPED_TRACE(encoding);
@@ -130,7 +132,7 @@ TEST(XercesXMLParserTest, DecodedTextIsUtf8WhateverItDeclares)
     }
 }
 
-TEST(XercesXMLParserTest, AFaultIsAFatalErrorWithPositionAndId)
+TEST(XercesXMLParserTest, IllFormedDocumentIsAFatalErrorWithPositionAndId)
 {
     const ParseResult result = ParseBytes("<a>\n<b></c>\n</a>", "file.xml");
     ASSERT_EQ(result.errors.size(), 1u);
@@ -150,7 +152,7 @@ TEST(XercesXMLParserTest, AnyIdIsAllowed)
     }
 }
 
-TEST(XercesXMLParserTest, MetadataIsNoError)
+TEST(XercesXMLParserTest, MetadataOfAnErrorIsNoError)
 {
     Utf8InputSource source("<a>", "id", false);
     const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
@@ -165,7 +167,7 @@ TEST(XercesXMLParserTest, WarningsWithoutErrorAreNotReported)
     EXPECT_EQ(result.errors, std::vector<VString>{});
 }
 
-TEST(XercesXMLParserTest, WarningsComeWithAnError)
+TEST(XercesXMLParserTest, WarningsAreReportedWithAnError)
 {
     const ParseResult result = ParseBytes("<!DOCTYPE a [<!ATTLIST a b CDATA '1'>\n<!ATTLIST a b CDATA '2'>]><a>");
     ASSERT_EQ(result.warnings.size(), 1u);
@@ -187,7 +189,7 @@ TEST(XercesXMLParserTest, DoneHandlerStopsWithoutError)
     EXPECT_LE(handler->events.size(), 3u);
 }
 
-TEST(XercesXMLParserTest, AFaultBehindTheStopIsNotMet)
+TEST(XercesXMLParserTest, ErrorsAfterAnEarlyStopAreNotReported)
 {
     Utf8InputSource source("<a><b></a>", "id", false);
     auto handler = std::make_shared<RecordingHandler>();
@@ -198,7 +200,7 @@ TEST(XercesXMLParserTest, AFaultBehindTheStopIsNotMet)
     EXPECT_EQ(handler->events, Events{"<a>"});
 }
 
-TEST(XercesXMLParserTest, ADoneHandlerStaysDone)
+TEST(XercesXMLParserTest, DoneHandlerGetsNoEventsOfTheNextParse)
 {
     Utf8InputSource source("<a><b/></a>", "id", false);
     auto handler = std::make_shared<RecordingHandler>();
@@ -229,7 +231,7 @@ TEST(XercesXMLParserTest, ParseExceptionIsRecordedTwice)
     EXPECT_TRUE(parser->HasFatallyErrored());
 }
 
-TEST(XercesXMLParserTest, OtherExceptionsAreUnexpected)
+TEST(XercesXMLParserTest, OtherExceptionsAreRecordedAsUnexpected)
 {
     Utf8InputSource source("<a><b/></a>", "id", false);
     for (const auto& parser : {ParseThrowing(source, std::runtime_error("x")),
@@ -241,7 +243,7 @@ TEST(XercesXMLParserTest, OtherExceptionsAreUnexpected)
     }
 }
 
-TEST(XercesXMLParserTest, LackOfMemoryIsRecordedByItsName)
+TEST(XercesXMLParserTest, OutOfMemoryIsRecordedByName)
 {
     Utf8InputSource source("<a><b/></a>", "id", false);
     const auto parser = ParseThrowing(source, xercesc::OutOfMemoryException());
@@ -250,7 +252,7 @@ TEST(XercesXMLParserTest, LackOfMemoryIsRecordedByItsName)
     EXPECT_FALSE(parser->HasFatallyErrored());
 }
 
-TEST(XercesXMLParserTest, AnExceptionOfXercesIsRecordedByItsText)
+TEST(XercesXMLParserTest, XercesExceptionIsRecordedWithItsMessage)
 {
     struct Unreadable : Utf8InputSource {
         Unreadable() : Utf8InputSource("<a/>", "id", false) {}
@@ -275,7 +277,7 @@ TEST(XercesXMLParserTest, DiagnosticsBeforeAnExceptionAreDropped)
     EXPECT_EQ(parser->GetWarnings(), std::vector<VString>{});
 }
 
-TEST(XercesXMLParserTest, ASourceWithoutAViewIsUnexpected)
+TEST(XercesXMLParserTest, SourceWithoutXercesViewIsAnError)
 {
     struct Plain : InputSource {
         Plain() : InputSource("id") {}
@@ -290,9 +292,9 @@ TEST(XercesXMLParserTest, ASourceWithoutAViewIsUnexpected)
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Unexpected exception"});
 }
 
-TEST(XercesXMLParserTest, ParsingWithErrorsIsAnAssertion)
+TEST(XercesXMLParserTest, ParsingWithOldErrorsAsserts)
 {
-    // Parse() clears the lists; only a derived class could get here.
+    // Parse() clears the errors, so only a derived class can reach the assertion.
     struct Exposed : XercesXMLParser {
         using XercesXMLParser::XercesXMLParser;
         static void CallDoParse(XercesXMLParser& parser) { (parser.*(&Exposed::DoParse))(); }
@@ -304,14 +306,12 @@ TEST(XercesXMLParserTest, ParsingWithErrorsIsAnAssertion)
     Utf8InputSource source("<a/>", "id", false);
     const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
     Exposed::CallError(*parser);
-    testsupport::ExpectLogicException([&] { Exposed::CallDoParse(*parser); },
-        "vancorexml\\main\\parser\\XercesXMLParser",
-        231,
-        "HasErrors() == false",
-        0xE60C9000);
+    const char* const file = "vancorexml\\main\\parser\\XercesXMLParser";
+    const auto parse = [&] { Exposed::CallDoParse(*parser); };
+    testsupport::ExpectLogicException(parse, file, 231, "HasErrors() == false", 0xE60C9000);
 }
 
-// Whether a question leaves both values as they are.
+// Whether GetCurrentLocation leaves both of its arguments unchanged.
 bool HasNoPosition(SAXFileLocation& parser)
 {
     int line = -1;
@@ -351,11 +351,11 @@ TEST(XercesXMLParserTest, HasNoPositionBeforeAParse)
 struct EndRow {
     const char* name;
     std::string text;
-    std::size_t doneAfter;  // events
+    std::size_t doneAfter;  // IsDone() is true after this number of events; 0 for never
 };
 
 const EndRow EndRows[] = {
-    {"a good end", "<a>\n<b/></a>", 0},
+    {"a normal end", "<a>\n<b/></a>", 0},
     {"a stop by the builder", "<a>\n<b/><c/></a>", 1},
     {"a stop at the end", "<a/>", 2},
     {"a fault", "<a>\n<b></a>", 0},
@@ -390,7 +390,8 @@ TEST(XercesXMLParserTest, HasNoPositionAfterACallbackThatThrows)
     EXPECT_TRUE(HasNoPosition(*ParseThrowing(source, XMLParseException("x"))));
 }
 
-// The driver reads the input before the parse begins, so there is no position in it yet, nor one of the last parse.
+// The driver reads the input before the parse begins, so there is no position yet, not even that of the
+// last parse.
 TEST(XercesXMLParserTest, HasNoPositionWhileTheInputIsRead)
 {
     struct Asking : Utf8InputSource {
@@ -425,7 +426,7 @@ TEST(XercesXMLParserTest, ReloadParsesAnotherDocumentWithAnotherHandler)
     EXPECT_EQ(second->events, (Events{"<b>", "</>"}));
 }
 
-TEST(XercesXMLParserTest, SharesItsHandler)
+TEST(XercesXMLParserTest, ReleasesItsHandlerInItsDestructor)
 {
     Utf8InputSource source("<a/>", "id", false);
     auto handler = std::make_shared<RecordingHandler>();
@@ -436,7 +437,7 @@ TEST(XercesXMLParserTest, SharesItsHandler)
     EXPECT_EQ(handler.use_count(), 1);
 }
 
-TEST(XercesXMLParserTest, MeasuresItsSteps)
+TEST(XercesXMLParserTest, RecordsMetricsScopesForItsSteps)
 {
     std::vector<std::string> names;
     Metrics::SetSink([&](const Metrics::ScopeRecord& record) { names.push_back(record.name); });

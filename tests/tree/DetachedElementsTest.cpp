@@ -8,7 +8,7 @@ using namespace treetest;
 
 namespace {
 
-std::unique_ptr<DOMElement> RemoveFromParent(DOMElement& element)
+std::unique_ptr<DOMElement> Detach(DOMElement& element)
 {
     return element.GetParent()->RemoveChild(element);
 }
@@ -92,14 +92,14 @@ void RemovedParentAndChild(DetachedObjects& detached)
 {
     DOM& document = NewDocument(detached);
     DOMElement& parent = Find(document, "parent");
-    outside.elements.push_back(RemoveFromParent(*parent.GetChild("child")));
-    outside.elements.push_back(RemoveFromParent(parent));
+    detached.elements.push_back(Detach(*parent.GetChild("child")));
+    detached.elements.push_back(Detach(parent));
 }
 
 void ChainOfRemovals(DetachedObjects& detached)
 {
-    DOM& document = NewDocument(outside);
-    std::unique_ptr<DOMElement> parent = RemoveFromParent(Find(document, "parent"));
+    DOM& document = NewDocument(detached);
+    std::unique_ptr<DOMElement> parent = Detach(Find(document, "parent"));
     std::unique_ptr<DOMElement> child = parent->RemoveChild("child");
     std::unique_ptr<DOMElement> grandchild = child->RemoveChild("grandchild");
     detached.elements.push_back(grandchild->RemoveChild("low"));
@@ -122,27 +122,27 @@ void MovedIntoAnotherDocument(DetachedObjects& detached)
     DOM& from = NewDocument(detached);
     DOM& to = NewDocument(detached);
     DOMElement& child = Find(from, "child");
-    outside.elements.push_back(RemoveFromParent(Find(from, "low")));
-    outside.elements.push_back(RemoveFromParent(*child.GetChild("grandchild")));
-    Find(to, "low").AppendChild(RemoveFromParent(child));
+    detached.elements.push_back(Detach(Find(from, "low")));
+    detached.elements.push_back(Detach(*child.GetChild("grandchild")));
+    Find(to, "low").AppendChild(Detach(child));
 }
 
 void ParentMovedIntoAnotherDocument(DetachedObjects& detached)
 {
-    DOM& from = NewDocument(outside);
-    DOM& to = NewDocument(outside);
-    outside.elements.push_back(RemoveFromParent(Find(from, "child")));
-    Find(to, "low").AppendChild(RemoveFromParent(Find(from, "parent")));
-    outside.elements.push_back(RemoveFromParent(*to.GetElement("low")->GetChild("parent")));
+    DOM& from = NewDocument(detached);
+    DOM& to = NewDocument(detached);
+    detached.elements.push_back(Detach(Find(from, "child")));
+    Find(to, "low").AppendChild(Detach(Find(from, "parent")));
+    detached.elements.push_back(Detach(*to.GetElement("low")->GetChild("parent")));
 }
 
 void MovedIntoATreeWithoutDocument(DetachedObjects& detached)
 {
-    DOM& document = NewDocument(outside);
-    outside.elements.push_back(NewElement("free"));
-    outside.elements.push_back(RemoveFromParent(Find(document, "low")));
-    outside.elements[0]->AppendChild(RemoveFromParent(Find(document, "child")));
-    outside.elements.push_back(outside.elements[0]->RemoveChild("child"));
+    DOM& document = NewDocument(detached);
+    detached.elements.push_back(NewElement("free"));
+    detached.elements.push_back(Detach(Find(document, "low")));
+    detached.elements[0]->AppendChild(Detach(Find(document, "child")));
+    detached.elements.push_back(detached.elements[0]->RemoveChild("child"));
 }
 
 void TreeWithoutDocument(DetachedObjects& detached)
@@ -150,9 +150,9 @@ void TreeWithoutDocument(DetachedObjects& detached)
     detached.elements.push_back(NewElement("top"));
     DOMElement& parent = detached.elements[0]->AddNewChild("parent", nullptr);
     parent.AddNewChild("child", nullptr).AddNewChild("low", nullptr);
-    outside.elements.push_back(parent.RemoveChild("child"));
-    outside.elements.push_back(outside.elements[1]->RemoveChild("low"));
-    outside.elements.push_back(RemoveFromParent(parent));
+    detached.elements.push_back(parent.RemoveChild("child"));
+    detached.elements.push_back(detached.elements[1]->RemoveChild("low"));
+    detached.elements.push_back(Detach(parent));
 }
 
 void RemovedTogether(DetachedObjects& detached)
@@ -160,18 +160,18 @@ void RemovedTogether(DetachedObjects& detached)
     DOM& document = NewDocument(detached);
     Find(document, "parent").AddNewChild("second", nullptr);
     for (std::unique_ptr<DOMElement>& child : Find(document, "parent").RemoveChildren())
-        outside.elements.push_back(std::move(child));
-    outside.elements.push_back(RemoveFromParent(Find(document, "parent")));
+        detached.elements.push_back(std::move(child));
+    detached.elements.push_back(Detach(Find(document, "parent")));
 }
 
 void RecordsInAnotherDocument(DetachedObjects& detached)
 {
-    DOM& from = NewDocument(outside);
-    DOM& to = NewDocument(outside);
-    outside.elements.push_back(RemoveFromParent(Find(from, "child")));
+    DOM& from = NewDocument(detached);
+    DOM& to = NewDocument(detached);
+    detached.elements.push_back(Detach(Find(from, "child")));
     DOMTestAccess::MoveAll(from, to);
-    outside.elements.push_back(RemoveFromParent(Find(from, "parent")));
-    AddError(*outside.elements[0], "again");
+    detached.elements.push_back(Detach(Find(from, "parent")));
+    AddError(*detached.elements[0], "again");
 }
 
 class DetachedElementsOrderTest : public testing::TestWithParam<Scene> {};

@@ -74,9 +74,9 @@ public:
             if (element.GetDOMManager())
                 element.Warning("m", Info(1));
             break;
-        case 6: RemoveAndKeep(element); break;
-        case 7: PutIn(element); break;
-        case 8: Move(element, Any()); break;
+        case 6: Detach(element); break;
+        case 7: Attach(element); break;
+        case 8: Move(element, AnyElement()); break;
         case 9:
             if (!m_detached.empty() && Below(3) == 0)
                 m_detached.erase(m_detached.begin() + static_cast<std::ptrdiff_t>(Below(m_detached.size())));
@@ -124,7 +124,7 @@ private:
             });
     }
 
-    void RemoveAndKeep(DOMElement& element)
+    void Detach(DOMElement& element)
     {
         if (IsHeld(element))
             m_detached.push_back(element.GetParent()->RemoveChild(element));

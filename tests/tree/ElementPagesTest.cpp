@@ -12,7 +12,7 @@
 namespace {
 
 // Fills the whole allocation, so that overlaps and overruns cause failures.
-void* AllocateFilled(ElementPages& pages)
+void* AllocateAndFill(ElementPages& pages)
 {
     void* const place = pages.Allocate();
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(place) % alignof(DOMElement), 0u);
@@ -26,7 +26,7 @@ TEST(ElementPagesTest, ElementsMayDieBeforeTheirPages)
         ElementPages pages(4, 8);
         std::vector<void*> places;
         for (std::size_t i = 0; i < count; ++i)
-            places.push_back(AllocateFilled(pages));
+            places.push_back(AllocateAndFill(pages));
         for (void* place : places)
             ElementPages::Free(place);
     }
@@ -38,7 +38,7 @@ TEST(ElementPagesTest, ElementsMayOutliveTheirPages)
         auto pages = std::make_unique<ElementPages>(4, 8);
         std::vector<void*> places;
         for (std::size_t i = 0; i < count; ++i)
-            places.push_back(AllocateFilled(*pages));
+            places.push_back(AllocateAndFill(*pages));
         pages.reset();
         while (!places.empty()) {
             ElementPages::Free(places.back());
@@ -54,7 +54,7 @@ TEST(ElementPagesTest, AllocatesAgainAfterReleasingItsPage)
         std::vector<void*> places;
         for (int round = 0; round < 3; ++round) {
             for (std::size_t i = 0; i < count; ++i)
-                places.push_back(AllocateFilled(pages));
+                places.push_back(AllocateAndFill(pages));
             pages.Release();
             pages.Release();
         }
@@ -63,7 +63,7 @@ TEST(ElementPagesTest, AllocatesAgainAfterReleasingItsPage)
     }
 }
 
-TEST(ElementPagesTest, AllocateAloneReturnsAlignedMemoryOfTheRequestedSize)
+TEST(ElementPagesTest, AllocateStandaloneReturnsAlignedMemoryOfTheRequestedSize)
 {
     for (const std::size_t size : {sizeof(DOMElement), std::size_t{1000}, std::size_t{1}}) {
         void* const place = ElementPages::AllocateStandalone(size);
