@@ -129,7 +129,7 @@ TEST_P(DocumentPairThreadTest, WorksInBothDirectionsAtOnce)
 INSTANTIATE_TEST_SUITE_P(
     Of, DocumentPairThreadTest, testing::ValuesIn(PairRows), [](const auto& row) { return row.param.name; });
 
-// Without diagnostics to copy, only DeepCopy itself can lock the source.
+// There are no diagnostics to copy, so DeepCopy must lock the source itself.
 TEST(DocumentThreadTest, DeepCopyTakesBothWriteLocksEvenWithoutDiagnostics)
 {
     DOM document;
