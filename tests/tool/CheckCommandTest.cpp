@@ -4,7 +4,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using testsupport::TemporaryFolder;
 
-TEST(CheckCommandTest, CountsGoodDocuments)
+TEST(CheckCommandTest, CountsDocumentsWithoutErrors)
 {
     const TemporaryFolder folder;
     const ToolResult result =
@@ -14,7 +14,7 @@ TEST(CheckCommandTest, CountsGoodDocuments)
     EXPECT_EQ(result.output, "2 documents, 0 errors\n");
 }
 
-TEST(CheckCommandTest, PrintsAnErrorALineWithTheFile)
+TEST(CheckCommandTest, PrintsEachErrorOnOneLineWithTheFileName)
 {
     const TemporaryFolder folder;
     const std::string file = folder.Write("a.xml", "<a>\n  <b></c>\n</a>").toStdString();
@@ -32,7 +32,7 @@ TEST(CheckCommandTest, ReadsStandardInput)
     EXPECT_THAT(result.errors, StartsWith("-: Fatal Error("));
 }
 
-TEST(CheckCommandTest, UnreadableFileIsWorseThanErrorsAndTheRestIsChecked)
+TEST(CheckCommandTest, MissingFileEndsWithStatus2AndTheOtherFilesAreChecked)
 {
     const TemporaryFolder folder;
     const std::string bad = folder.Write("bad.xml", "<a>").toStdString();
@@ -43,13 +43,13 @@ TEST(CheckCommandTest, UnreadableFileIsWorseThanErrorsAndTheRestIsChecked)
     EXPECT_EQ(result.output, "2 documents, 1 error, 1 not checked\n");
 }
 
-TEST(CheckCommandTest, ErrorsComeInTheOrderOfTheArguments)
+TEST(CheckCommandTest, ErrorsArePrintedInTheOrderOfTheArguments)
 {
     const TemporaryFolder folder;
     std::vector<std::string> arguments{"check", "--jobs", "4"};
     std::vector<std::string> expected;
     for (int i = 0; i < 40; ++i) {
-        // The earlier, the longer to check.
+        // Earlier documents take longer to check.
         const std::string text = "<a>" + std::string(static_cast<std::size_t>(40 - i) * 20000, 'x');
         arguments.push_back(folder.Write(VString::number(i), text).toStdString());
         expected.push_back(arguments.back());
@@ -62,23 +62,23 @@ TEST(CheckCommandTest, ErrorsComeInTheOrderOfTheArguments)
     EXPECT_EQ(files, expected);
 }
 
-TEST(CheckCommandTest, RefusedEntityHasTheRightPlaceBehindBlankLines)
+TEST(CheckCommandTest, PositionOfARejectedEntityCountsLeadingBlankLines)
 {
     const ToolResult result = RunTool({"check", "-"}, "\n\n  <!DOCTYPE a [\n<!ENTITY e SYSTEM 'x'>]><a/>");
     EXPECT_THAT(result.errors, HasSubstr("not allowed.(4,"));
     EXPECT_EQ(result.output, "1 document, 2 errors\n");
 }
 
-TEST(CheckCommandTest, PlaceIsThatOfTheFileBehindSkippedSpaceAndColonAttributes)
+TEST(CheckCommandTest, PositionsReferToTheFileDespiteLeadingSpaceAndColonAttributes)
 {
-    // Without the blank lines and the two colon attributes the scanner has the same column.
+    // The plain tag is as long as the tag with colons, so both errors have the same column.
     const std::string plain = RunTool({"check", "-"}, "<a  b='1'  c='2'></x>").errors;
     EXPECT_THAT(plain, StartsWith("-: Fatal Error(1,"));
     const std::string shifted = RunTool({"check", "-"}, "\n\n\n<a :b='1' :c='2'></x>").errors;
     EXPECT_EQ(shifted, "-: Fatal Error(4," + plain.substr(std::string("-: Fatal Error(1,").size()));
 }
 
-TEST(CheckCommandTest, DocumentOfXml11DoesNotChangeTheNext)
+TEST(CheckCommandTest, XmlVersionOfADocumentDoesNotAffectTheNext)
 {
     const TemporaryFolder folder;
     const std::string newer = folder.Write("1.xml", "<?xml version='1.1'?><a>\x01</a>").toStdString();

@@ -2,8 +2,8 @@
 
 using testsupport::TemporaryFolder;
 
-// Names and places are those of the file, not of what the scanner reads.
-TEST(ColonNamesTest, CheckNamesAnAttributeAsTheFileWritesIt)
+// Messages give names and positions of the file, not those of the sanitized text that the scanner reads.
+TEST(ColonNamesTest, CheckPrintsAttributeNamesAsWrittenInTheFile)
 {
     const TemporaryFolder folder;
     const std::string file = folder.Write("a.xml", "<a>\n<b :x='1' :x='2'/></a>").toStdString();
@@ -13,14 +13,12 @@ TEST(ColonNamesTest, CheckNamesAnAttributeAsTheFileWritesIt)
         file + ": Fatal Error(2,14): attribute ':x' is already specified for element 'b' (id: " + file + ")\n");
 }
 
-TEST(ColonNamesTest, CheckAgainstASchemaNamesItTheSame)
+TEST(ColonNamesTest, CheckAgainstASchemaPrintsAttributeNamesAsWritten)
 {
     const TemporaryFolder folder;
-    const std::string schema =
-        folder
-            .Write("a.xsd",
-                "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType/></xs:element></xs:schema>")
-            .toStdString();
+    const char* const text = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                             "<xs:element name='a'><xs:complexType/></xs:element></xs:schema>";
+    const std::string schema = folder.Write("a.xsd", text).toStdString();
     const std::string file = folder.Write("a.xml", "<a :x='1'/>").toStdString();
     const ToolResult result = RunTool({"check", "--schema", schema, file});
     EXPECT_EQ(result.status, 1);

@@ -14,12 +14,12 @@ std::ostream& operator<<(std::ostream& out, const Usage& usage)
     return out << usage.name;
 }
 
-// Runs the tool in a folder of its own, so that files can be given by any name.
-class InFolder {
+// Runs the tool inside a folder of its own, so that tests can pass relative file names.
+class ToolInFolder {
 public:
     void Write(const char* name, const std::string& text) const { m_folder.Write(name, text); }
     std::string Read(const char* name) const { return testsupport::TemporaryFolder::Read(m_folder.Path(name)); }
-    std::vector<std::string> Names() const { return NamesBeside(m_folder.Path("a")); }
+    std::vector<std::string> Names() const { return NamesInFolderOf(m_folder.Path("a")); }
     std::string Path() const { return m_folder.Path("").toStdString(); }
     ToolResult Run(const std::vector<std::string>& arguments) const
     {
@@ -39,7 +39,7 @@ std::string NameOf(const testing::TestParamInfo<Usage>& info)
 
 class CommandLineUsageTest : public testing::TestWithParam<Usage> {};
 
-TEST_P(CommandLineUsageTest, MistakeEndsWithStatus2AndSaysSo)
+TEST_P(CommandLineUsageTest, MistakeEndsWithStatus2AndAMessage)
 {
     const ToolResult result = RunTool(GetParam().arguments);
     EXPECT_EQ(result.status, 2);
@@ -47,33 +47,34 @@ TEST_P(CommandLineUsageTest, MistakeEndsWithStatus2AndSaysSo)
     EXPECT_NE(result.errors, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Mistakes,
-    CommandLineUsageTest,
-    testing::Values(Usage{"NoCommand", {}},
-        Usage{"UnknownCommand", {"shred", "a.xml"}},
-        Usage{"UnknownOption", {"format", "a.xml", "--shiny"}},
-        Usage{"FormatWithoutFile", {"format"}},
-        Usage{"FormatOfTwoFiles", {"format", "a.xml", "b.xml"}},
-        Usage{"FormatOutputWithoutName", {"format", "a.xml", "-o"}},
-        Usage{"FormatInPlaceOfStandardInput", {"format", "-", "--in-place"}},
-        Usage{"FormatInPlaceWithOutput", {"format", "a.xml", "--in-place", "-o", "b.xml"}},
-        Usage{"CheckWithoutFile", {"check"}},
-        Usage{"CheckOfStandardInputTwice", {"check", "-", "-"}},
-        Usage{"CheckWithNoJobs", {"check", "a.xml", "--jobs", "0"}},
-        Usage{"CheckWithJobsThatAreNoNumber", {"check", "a.xml", "--jobs", "many"}},
-        Usage{"CheckAgainstUnknownSchema", {"check", "a.xml", "--schema", "no-such-schema"}},
-        Usage{"QueryWithoutPath", {"query", "a.xml"}},
-        Usage{"QueryCountWithText", {"query", "a.xml", "a", "--count", "--text"}},
-        Usage{"QueryXmlWithAttribute", {"query", "a.xml", "a", "--xml", "--attribute", "b"}},
-        Usage{"QueryWithinAndUnderneath", {"query", "a.xml", "a", "--within", "b", "--underneath", "c"}},
-        Usage{"VersionWithoutFile", {"version"}},
-        Usage{"SchemaWithoutCommand", {"schema"}},
-        Usage{"SchemaShowWithoutName", {"schema", "show"}}),
-    NameOf);
+const Usage Mistakes[] = {
+    {"NoCommand", {}},
+    {"UnknownCommand", {"shred", "a.xml"}},
+    {"UnknownOption", {"format", "a.xml", "--shiny"}},
+    {"FormatWithoutFile", {"format"}},
+    {"FormatOfTwoFiles", {"format", "a.xml", "b.xml"}},
+    {"FormatOutputWithoutName", {"format", "a.xml", "-o"}},
+    {"FormatInPlaceOfStandardInput", {"format", "-", "--in-place"}},
+    {"FormatInPlaceWithOutput", {"format", "a.xml", "--in-place", "-o", "b.xml"}},
+    {"CheckWithoutFile", {"check"}},
+    {"CheckOfStandardInputTwice", {"check", "-", "-"}},
+    {"CheckWithZeroJobs", {"check", "a.xml", "--jobs", "0"}},
+    {"CheckWithNonNumericJobs", {"check", "a.xml", "--jobs", "many"}},
+    {"CheckAgainstUnknownSchema", {"check", "a.xml", "--schema", "no-such-schema"}},
+    {"QueryWithoutPath", {"query", "a.xml"}},
+    {"QueryCountWithText", {"query", "a.xml", "a", "--count", "--text"}},
+    {"QueryXmlWithAttribute", {"query", "a.xml", "a", "--xml", "--attribute", "b"}},
+    {"QueryWithinAndUnderneath", {"query", "a.xml", "a", "--within", "b", "--underneath", "c"}},
+    {"VersionWithoutFile", {"version"}},
+    {"SchemaWithoutCommand", {"schema"}},
+    {"SchemaShowWithoutName", {"schema", "show"}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Mistakes, CommandLineUsageTest, testing::ValuesIn(Mistakes), NameOf);
 
 class CommandLineHelpTest : public testing::TestWithParam<Usage> {};
 
-TEST_P(CommandLineHelpTest, GoesToStandardOutput)
+TEST_P(CommandLineHelpTest, HelpIsPrintedToStandardOutput)
 {
     const ToolResult result = RunTool(GetParam().arguments);
     EXPECT_EQ(result.status, 0);
@@ -81,17 +82,18 @@ TEST_P(CommandLineHelpTest, GoesToStandardOutput)
     EXPECT_THAT(result.output, HasSubstr("--help"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Helps,
-    CommandLineHelpTest,
-    testing::Values(Usage{"Tool", {"--help"}},
-        Usage{"Format", {"format", "--help"}},
-        Usage{"Check", {"check", "--help"}},
-        Usage{"Query", {"query", "--help"}},
-        Usage{"Version", {"version", "--help"}},
-        Usage{"Schema", {"schema", "--help"}}),
-    NameOf);
+const Usage HelpOptions[] = {
+    {"Tool", {"--help"}},
+    {"Format", {"format", "--help"}},
+    {"Check", {"check", "--help"}},
+    {"Query", {"query", "--help"}},
+    {"Version", {"version", "--help"}},
+    {"Schema", {"schema", "--help"}},
+};
 
-TEST(CommandLineTest, VersionIsOneLine)
+INSTANTIATE_TEST_SUITE_P(Commands, CommandLineHelpTest, testing::ValuesIn(HelpOptions), NameOf);
+
+TEST(CommandLineTest, VersionOptionPrintsOneLine)
 {
     const ToolResult result = RunTool({"--version"});
     EXPECT_EQ(result.status, 0);
@@ -105,15 +107,15 @@ TEST(CommandLineTest, UnknownCommandIsNamed)
     EXPECT_THAT(RunTool({"--", "frmat"}).errors, testing::StartsWith("vanxml: There is no command \"frmat\"\n"));
 }
 
-TEST(CommandLineTest, MistakeIsNamedAsItWasTyped)
+TEST(CommandLineTest, MessageQuotesTheArgumentAsTyped)
 {
-    EXPECT_THAT(
-        RunTool({"format", "--", "a.xml", "--strict"}).errors, testing::MatchesRegex("vanxml: [^\n]* --strict\n.*"));
+    const ToolResult result = RunTool({"format", "--", "a.xml", "--strict"});
+    EXPECT_THAT(result.errors, testing::MatchesRegex("vanxml: [^\n]* --strict\n.*"));
 }
 
-TEST(CommandLineTest, FilesMayBeCalledLikeCommandsAndOptions)
+TEST(CommandLineTest, FilesMayHaveNamesOfCommandsAndOptions)
 {
-    const InFolder folder;
+    const ToolInFolder folder;
     for (const char* name : {"-a", "--count", "check", "++", "a.xml"})
         folder.Write(name, "<a/>");
     EXPECT_EQ(folder.Run({"format", "--no-header", "--", "--count"}).output, "<a />\n");
@@ -122,7 +124,7 @@ TEST(CommandLineTest, FilesMayBeCalledLikeCommandsAndOptions)
     EXPECT_EQ(folder.Run({"check", "a.xml", "--", "-a", "--count", "check", "++"}).output, "5 documents, 0 errors\n");
 }
 
-TEST(CommandLineTest, StandardInputIsADashAlsoBehindTwo)
+TEST(CommandLineTest, DashAfterADoubleDashMeansStandardInput)
 {
     EXPECT_EQ(RunTool({"format", "--no-header", "--", "-"}, "<a/>").output, "<a />\n");
 }
@@ -134,20 +136,19 @@ TEST(CommandLineTest, FileNamesAreUtf8InAnyLocale)
     EXPECT_EQ(RunProgram("env", {"LC_ALL=C", VANXML_PATH, "format", "--no-header", name}).output, "<a />\n");
 }
 
-TEST(CommandLineTest, NamesKeepTheirFirstCharacter)
+TEST(CommandLineTest, FileNamesKeepUnusualFirstCharacters)
 {
-    // U+001F, U+FEFF and a name that looks like a list, each beside the file of the other name.
-    for (const std::string name : {"\x1F"
-                                   "a.xml",
-             "\xEF\xBB\xBF"
-             "a.xml",
-             "[a.xml]"}) {
-        const InFolder folder;
+    // Each name would become a.xml if its first character were dropped or its brackets were taken for a list.
+    for (const std::string name : {"\037a.xml", "\uFEFFa.xml", "[a.xml]"}) {
+        const ToolInFolder folder;
         folder.Write(name.c_str(), "<good/>");
         folder.Write("a.xml", "<neighbour/>");
-        const std::vector<std::string> uses[] = {
-            {"format", "--in-place", name}, {"format", "--in-place", "--", name}, {"format", name, "-o", name}};
-        for (const std::vector<std::string>& arguments : uses) {
+        const std::vector<std::string> commands[] = {
+            {"format", "--in-place", name},
+            {"format", "--in-place", "--", name},
+            {"format", name, "-o", name},
+        };
+        for (const std::vector<std::string>& arguments : commands) {
             EXPECT_EQ(folder.Run(arguments).status, 0);
             EXPECT_EQ(folder.Read("a.xml"), "<neighbour/>");
             EXPECT_EQ(folder.Read(name.c_str()), Header() + "<good />\n");
@@ -161,19 +162,19 @@ TEST(CommandLineTest, NamesKeepTheirFirstCharacter)
 #if !defined(_WIN32)
 namespace {
 
-// Runs the tool through a shell, which turns "\377" and the like into bytes. The tool is "$1".
-ToolResult RunInShell(const InFolder& folder, const std::string& script)
+// Runs a shell script in which "$1" is the tool. The printf of the shell makes bytes that are not UTF-8.
+ToolResult RunInShell(const ToolInFolder& folder, const std::string& script)
 {
     return RunProgram("sh", {"-c", script, "sh", VANXML_PATH}, std::string(), std::string(), folder.Path());
 }
 
 }  // namespace
 
-// Each bad byte would become U+FFFD, which is the name of the neighbour.
-TEST(CommandLineTest, NameThatIsNotUtf8IsRefusedAndNoOtherFileIsTouched)
+// If the invalid byte were replaced by U+FFFD, the name would be that of the neighbour.
+TEST(CommandLineTest, InvalidUtf8NameIsRejectedAndNoOtherFileChanges)
 {
-    const InFolder folder;
-    const char* neighbour = "a\xEF\xBF\xBD.xml";
+    const ToolInFolder folder;
+    const char* neighbour = "a\uFFFD.xml";
     folder.Write(neighbour, "<a><b/></a>");
     folder.Write("good.xml", "<a><b/></a>");
     const char* const scripts[] = {
@@ -196,12 +197,15 @@ TEST(CommandLineTest, NameThatIsNotUtf8IsRefusedAndNoOtherFileIsTouched)
     }
 }
 
-TEST(CommandLineTest, MalformedUtf8SequencesAreRefused)
+TEST(CommandLineTest, MalformedUtf8SequencesAreRejected)
 {
-    const InFolder folder;
-    // A truncated character, half a surrogate pair, and an overlong slash.
+    const ToolInFolder folder;
+    // A truncated character, half a surrogate pair and an overlong encoding of a slash.
     const std::pair<std::string, std::string> names[] = {
-        {"gr\\303", "gr\\xc3"}, {"\\355\\240\\200", "\\xed\\xa0\\x80"}, {"\\300\\257", "\\xc0\\xaf"}};
+        {"gr\\303", "gr\\xc3"},
+        {"\\355\\240\\200", "\\xed\\xa0\\x80"},
+        {"\\300\\257", "\\xc0\\xaf"},
+    };
     for (const auto& [printed, shown] : names) {
         const ToolResult result = RunInShell(folder, "\"$1\" check \"$(printf '" + printed + "')\"");
         EXPECT_EQ(result.errors, "vanxml: The argument \"" + shown + "\" is not UTF-8\n");

@@ -2,7 +2,7 @@
 #include "tests/common/TestSupport.h"
 #include "vancorexml/main/parser/DOM.h"
 
-TEST(ElementPathsTest, NumbersOnlyWhereANameStandsTwice)
+TEST(ElementPathsTest, NumbersOnlySiblingsThatShareAName)
 {
     DOM document;
     DOMElement& root = document.GetRoot().AddNewChild("r", nullptr);
@@ -17,15 +17,17 @@ TEST(ElementPathsTest, NumbersOnlyWhereANameStandsTwice)
     EXPECT_EQ(paths.PathOf(inner), "/r/a[2]/a");
 }
 
-TEST(ElementPathsTest, LooksAtEachListOfChildrenOnce)
+TEST(ElementPathsTest, NumbersManySiblingsInLinearTime)
 {
     DOM document;
     DOMElement& root = document.GetRoot().AddNewChild("r", nullptr);
-    for (int i = 0; i < 200000; ++i)
+    constexpr std::size_t count = 200000;
+    constexpr std::size_t digits = 1088895;  // of the numbers from 1 to 200000
+    for (std::size_t i = 0; i < count; ++i)
         root.AddNewChild("a", nullptr);
     ElementPaths paths;
     std::size_t length = 0;
     for (const DOMElement* child : root.GetChildren())
         length += paths.PathOf(*child).size();
-    EXPECT_EQ(length, 200000 * std::string("/r/a[]").size() + 1088895);
+    EXPECT_EQ(length, count * std::string("/r/a[]").size() + digits);
 }

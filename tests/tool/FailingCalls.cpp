@@ -1,9 +1,10 @@
-// Preloaded into a program, replaces the calls that write files. The environment controls them:
+// Preloaded into a program, replaces the system calls that write files. Environment variables control it:
 //   FAILING_CALL   the call that fails: create, write, flush, close or rename
-//   FAILING_ERROR  the error number that it fails with
-//   FAILING_TIMES  how often it fails; always when not given
-//   CALLS_FILE     a file to which the name of each call is appended, a line each
-// Only calls on regular files that are open for writing count, and the flush of a folder.
+//   FAILING_ERROR  the error number of the failure
+//   FAILING_TIMES  the number of calls that fail; without it every call fails
+//   CALLS_FILE     a file to which the name of each call is appended, one on each line
+// The calls write, flush and close are recorded and fail only for regular files that are open for writing. The flush
+// of a folder is recorded as "flush folder" and never fails.
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -28,7 +29,7 @@ void Record(const char* call)
     syscall(SYS_close, file);
 }
 
-// True, with errno set, when the call is to fail now.
+// Records the call. Returns true, with errno set, if the call must fail.
 bool Fails(const char* call)
 {
     Record(call);
@@ -97,7 +98,7 @@ int fdatasync(int file)
     return Flush(file);
 }
 
-// As Linux does it, the file is closed also when this fails.
+// Closes the file even when it reports a failure, as Linux does.
 int close(int file)
 {
     const bool fails = IsOutputFile(file) && Fails("close");

@@ -4,7 +4,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testsupport::TemporaryFolder;
 
-TEST(FormatCommandTest, WritesTheDocumentWithHeader)
+TEST(FormatCommandTest, WritesTheHeaderAndTheDocument)
 {
     const TemporaryFolder folder;
     const ToolResult result = RunTool({"format", folder.Write("a.xml", "<a z='1' b='2'><c>x</c></a>").toStdString()});
@@ -13,7 +13,7 @@ TEST(FormatCommandTest, WritesTheDocumentWithHeader)
     EXPECT_EQ(result.output, Header() + "<a b='2' z='1'>\n  <c>x</c>\n</a>\n");
 }
 
-TEST(FormatCommandTest, LeavesTheHeaderOut)
+TEST(FormatCommandTest, NoHeaderOptionOmitsTheHeader)
 {
     EXPECT_EQ(RunTool({"format", "-", "--no-header"}, "<a/>").output, "<a />\n");
 }
@@ -25,32 +25,29 @@ TEST(FormatCommandTest, ReadsStandardInput)
     EXPECT_EQ(result.output, Header() + "<a>größe</a>\n");
 }
 
-TEST(FormatCommandTest, FilesAndStandardInputGiveTheSame)
+TEST(FormatCommandTest, ReadsTheEncodingOfFilesAndOfStandardInput)
 {
-    const std::string latin1 = "<?xml version='1.0' encoding='iso-8859-1'?><a>gr\xF6\xDF"
-                               "e</a>";
+    const std::string latin1 = "<?xml version='1.0' encoding='iso-8859-1'?><a>gr\366\337e</a>";
     const TemporaryFolder folder;
     EXPECT_EQ(RunTool({"format", "-"}, latin1).output, Header() + "<a>größe</a>\n");
     EXPECT_EQ(RunTool({"format", folder.Write("a.xml", latin1).toStdString()}).output, Header() + "<a>größe</a>\n");
 }
 
-TEST(FormatCommandTest, FormattingItsOutputAgainChangesNothing)
+TEST(FormatCommandTest, FormattingTheOutputAgainChangesNothing)
 {
-    const std::string first =
-        RunTool({"format", "-"}, "<a><b c='&#10;&lt;'/><d>some text of more than 32 units &lt; a &amp; b</d></a>")
-            .output;
+    const std::string text = "<a><b c='&#10;&lt;'/><d>some text of more than 32 units &lt; a &amp; b</d></a>";
+    const std::string first = RunTool({"format", "-"}, text).output;
     EXPECT_THAT(first, HasSubstr("<![CDATA["));
     EXPECT_EQ(RunTool({"format", "-"}, first).output, first);
 }
 
-TEST(FormatCommandTest, StrictEscapesLongTextInsteadOfACDataSection)
+TEST(FormatCommandTest, StrictOptionEscapesLongTextInsteadOfUsingCData)
 {
-    const ToolResult result =
-        RunTool({"format", "-", "--strict", "--no-header"}, "<a>some text of more than 32 units &lt; a &amp; b</a>");
-    EXPECT_EQ(result.output, "<a>some text of more than 32 units &lt; a &amp; b</a>\n");
+    const std::string text = "<a>some text of more than 32 units &lt; a &amp; b</a>";
+    EXPECT_EQ(RunTool({"format", "-", "--strict", "--no-header"}, text).output, text + "\n");
 }
 
-TEST(FormatCommandTest, ColonAttributesComeBack)
+TEST(FormatCommandTest, KeepsAttributesThatBeginWithAColon)
 {
     EXPECT_EQ(RunTool({"format", "-", "--no-header"}, "<a :b='1'/>").output, "<a :b='1' />\n");
 }
@@ -76,12 +73,12 @@ TEST(FormatCommandTest, DocumentWithErrorsIsNotWritten)
     EXPECT_EQ(TemporaryFolder::Read(output), "old");
 }
 
-TEST(FormatCommandTest, OutputToADashIsStandardOutput)
+TEST(FormatCommandTest, OutputNameDashMeansStandardOutput)
 {
     EXPECT_EQ(RunTool({"format", "-", "-o", "-"}, "<a/>").output, Header() + "<a />\n");
 }
 
-TEST(FormatCommandTest, OutputWithAnEmptyNameFails)
+TEST(FormatCommandTest, EmptyOutputNameIsAnError)
 {
     const ToolResult result = RunTool({"format", "-", "-o", ""}, "<a/>");
     EXPECT_EQ(result.status, 2);
@@ -89,7 +86,7 @@ TEST(FormatCommandTest, OutputWithAnEmptyNameFails)
     EXPECT_THAT(result.errors, HasSubstr("Cannot write \"\""));
 }
 
-TEST(FormatCommandTest, OutputIntoAMissingFolderFails)
+TEST(FormatCommandTest, OutputIntoAMissingFolderIsAnError)
 {
     const TemporaryFolder folder;
     const ToolResult result = RunTool({"format", "-", "-o", folder.Path("no/out.xml").toStdString()}, "<a/>");
@@ -103,13 +100,13 @@ TEST(FormatCommandTest, FullDiskIsAnError)
     const ToolResult shortText = RunProgram(VANXML_PATH, {"format", "-"}, "<a/>", "/dev/full");
     EXPECT_EQ(shortText.status, 2);
     EXPECT_THAT(shortText.errors, HasSubstr("Cannot write standard output: No space left on device"));
-    const ToolResult longText =
-        RunProgram(VANXML_PATH, {"format", "-"}, "<a>" + std::string(1 << 20, 'x') + "</a>", "/dev/full");
+    const std::string megabyte(1 << 20, 'x');
+    const ToolResult longText = RunProgram(VANXML_PATH, {"format", "-"}, "<a>" + megabyte + "</a>", "/dev/full");
     EXPECT_EQ(longText.status, 2);
     EXPECT_THAT(longText.errors, HasSubstr("Cannot write standard output: No space left on device"));
 }
 
-TEST(FormatCommandTest, DeviceIsWrittenToAndNotReplaced)
+TEST(FormatCommandTest, OutputToADeviceDoesNotReplaceIt)
 {
     const ToolResult result = RunTool({"format", "-", "-o", "/dev/full"}, "<a/>");
     EXPECT_EQ(result.status, 2);
@@ -117,11 +114,11 @@ TEST(FormatCommandTest, DeviceIsWrittenToAndNotReplaced)
     EXPECT_FALSE(QFileInfo("/dev/full").isFile());
 }
 
-TEST(FormatCommandTest, ReaderThatWentAwayIsAnError)
+TEST(FormatCommandTest, ClosedPipeIsAnError)
 {
-    const ToolResult result = RunProgram("sh",
-        {"-c", "(\"$1\" format - ; echo \"status $?\" >&2) | true", "sh", VANXML_PATH},
-        "<a>" + std::string(4 << 20, 'x') + "</a>");
+    const std::string script = "(\"$1\" format - ; echo \"status $?\" >&2) | true";
+    const std::string text = "<a>" + std::string(4 << 20, 'x') + "</a>";
+    const ToolResult result = RunProgram("sh", {"-c", script, "sh", VANXML_PATH}, text);
     EXPECT_THAT(result.errors, HasSubstr("Cannot write standard output: "));
     EXPECT_THAT(result.errors, HasSubstr("status 2"));
 }
@@ -148,6 +145,8 @@ std::ostream& operator<<(std::ostream& out, const BadInput& input)
     return out << input.name;
 }
 
+const char* const ExternalEntity = "<!DOCTYPE a [<!ENTITY e SYSTEM '/etc/passwd'>]><a>&e;</a>";
+
 std::string EntityBomb()
 {
     std::string text = "<!DOCTYPE a [<!ENTITY e0 'ha'>";
@@ -164,7 +163,7 @@ std::string EntityBomb()
 
 class FormatBadInputTest : public testing::TestWithParam<BadInput> {};
 
-TEST_P(FormatBadInputTest, HasItsStatusAndMessageAndWritesNothing)
+TEST_P(FormatBadInputTest, EndsWithItsStatusAndMessageAndWritesNothing)
 {
     const TemporaryFolder folder;
     const std::string file = folder.Write("bad.xml", GetParam().bytes).toStdString();
@@ -176,21 +175,21 @@ TEST_P(FormatBadInputTest, HasItsStatusAndMessageAndWritesNothing)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Inputs,
-    FormatBadInputTest,
-    testing::Values(BadInput{"Empty", "", 1, "Fatal Error("},
-        BadInput{"OnlyBlanks", " \n ", 1, "Fatal Error("},
-        BadInput{"Truncated", "<a><b>", 1, "Fatal Error("},
-        BadInput{"NotXml", "hello", 1, "Fatal Error("},
-        BadInput{"NulByte", std::string("<a>\0</a>", 8), 1, "Fatal Error("},
-        BadInput{"ExternalEntity",
-            "<!DOCTYPE a [<!ENTITY e SYSTEM '/etc/passwd'>]><a>&e;</a>",
-            1,
-            "XML External <!ENTITY> definitions are not allowed.(1,"},
-        BadInput{"EntityBomb", EntityBomb(), 1, "Fatal Error("},
-        BadInput{"CutInsideACharacter", "<a>gr\xC3", 2, "offset 5"},
-        BadInput{"NotUtf8", "<a>gr\xF6\xDF</a>", 2, "offset 5"}),
-    [](const auto& input) { return std::string(input.param.name); });
+const BadInput BadInputs[] = {
+    {"Empty", "", 1, "Fatal Error("},
+    {"OnlyWhiteSpace", " \n ", 1, "Fatal Error("},
+    {"TruncatedDocument", "<a><b>", 1, "Fatal Error("},
+    {"NotXml", "hello", 1, "Fatal Error("},
+    {"NulByte", std::string("<a>\0</a>", 8), 1, "Fatal Error("},
+    {"ExternalEntity", ExternalEntity, 1, "XML External <!ENTITY> definitions are not allowed.(1,"},
+    {"EntityBomb", EntityBomb(), 1, "Fatal Error("},
+    {"TruncatedCharacter", "<a>gr\xC3", 2, "offset 5"},
+    {"NotUtf8", "<a>gr\xF6\xDF</a>", 2, "offset 5"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Inputs, FormatBadInputTest, testing::ValuesIn(BadInputs), [](const auto& input) {
+    return std::string(input.param.name);
+});
 
 TEST(FormatCommandTest, MissingFileCannotBeRead)
 {
@@ -201,7 +200,7 @@ TEST(FormatCommandTest, MissingFileCannotBeRead)
 }
 
 #if defined(__linux__)
-TEST(FormatCommandTest, FileInAFolderThatMayNotBeEnteredIsNotCalledMissing)
+TEST(FormatCommandTest, FileInALockedFolderIsReportedAsPermissionDenied)
 {
     if (RunToolAsOrdinaryUser({"--version"}).status != 0)
         GTEST_SKIP() << "an ordinary user cannot run the tool";
@@ -220,7 +219,7 @@ TEST(FormatCommandTest, FileInAFolderThatMayNotBeEnteredIsNotCalledMissing)
 }
 #endif
 
-TEST(FormatCommandTest, FolderCannotBeRead)
+TEST(FormatCommandTest, FolderInsteadOfAFileCannotBeRead)
 {
     const TemporaryFolder folder;
     const ToolResult result = RunTool({"format", folder.Path("").toStdString()});
@@ -228,9 +227,9 @@ TEST(FormatCommandTest, FolderCannotBeRead)
     EXPECT_THAT(result.errors, HasSubstr("Cannot read"));
 }
 
-TEST(FormatCommandTest, TextLongerThanAStringIsTooLarge)
+TEST(FormatCommandTest, OutputLongerThanAStringIsAnError)
 {
-    // With an indentation of two blanks a level the text grows with the square of the depth.
+    // Each level indents by two more blanks, so the output grows with the square of the depth.
     const int depth = 40000;
     std::string text;
     for (int i = 0; i < depth; ++i)
@@ -244,7 +243,7 @@ TEST(FormatCommandTest, TextLongerThanAStringIsTooLarge)
 }
 
 #if defined(__linux__)
-TEST(FormatCommandTest, StandardOutputByAnotherNameIsNotReplaced)
+TEST(FormatCommandTest, OutputToDevStdoutAppendsToTheRedirectedFile)
 {
     const testsupport::TemporaryFolder folder;
     const std::string log = folder.Write("log", "old\n").toStdString();

@@ -4,7 +4,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testsupport::TemporaryFolder;
 
-TEST(InPlaceTest, ReplacesTheFileAndLeavesNothingElse)
+TEST(InPlaceTest, ReplacesTheFileAndLeavesNoTemporaryFile)
 {
     const TemporaryFolder folder;
     const VString file = folder.Write("a.xml", "<a><b/></a>");
@@ -12,15 +12,15 @@ TEST(InPlaceTest, ReplacesTheFileAndLeavesNothingElse)
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output + result.errors, "");
     EXPECT_EQ(TemporaryFolder::Read(file), Header() + "<a>\n  <b />\n</a>\n");
-    EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml"));
+    EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
 }
 
 TEST(InPlaceTest, ReplacesFilesWithTheLongestNames)
 {
-    // A name has at most 255 bytes: "ö" takes two of them, the emoji four.
+    // A name has at most 255 bytes. "ö" takes two of them, the emoji four.
     std::vector<VString> names{std::string(249, 'a').c_str(), std::string(255, 'a').c_str()};
     names.push_back(VString::fromStdString(std::string(253, 'a') + "ö"));
-    names.push_back(VString::fromStdString(std::string(251, 'a') + "\xF0\x9F\x98\x80"));
+    names.push_back(VString::fromStdString(std::string(251, 'a') + "😀"));
     for (const VString& name : names) {
         const TemporaryFolder folder;
         const std::string file = folder.Write(name, "<a><b/></a>").toStdString();
@@ -28,11 +28,11 @@ TEST(InPlaceTest, ReplacesFilesWithTheLongestNames)
         EXPECT_EQ(result.errors, "");
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(TemporaryFolder::Read(folder.Path(name)), Header() + "<a>\n  <b />\n</a>\n");
-        EXPECT_THAT(NamesBeside(folder.Path(name)), ElementsAre(name.toStdString()));
+        EXPECT_THAT(NamesInFolderOf(folder.Path(name)), ElementsAre(name.toStdString()));
     }
 }
 
-TEST(InPlaceTest, MakesFilesWithTheLongestNames)
+TEST(InPlaceTest, CreatesFilesWithTheLongestNames)
 {
     const TemporaryFolder folder;
     std::string ideographs;
@@ -43,27 +43,27 @@ TEST(InPlaceTest, MakesFilesWithTheLongestNames)
         EXPECT_EQ(RunTool({"format", "-", "-o", file}, "<a/>").status, 0);
         EXPECT_EQ(TemporaryFolder::Read(VString::fromStdString(file)), Header() + "<a />\n");
     }
-    EXPECT_EQ(NamesBeside(folder.Path("a")).size(), 2u);
+    EXPECT_EQ(NamesInFolderOf(folder.Path("a")).size(), 2u);
 }
 
-TEST(InPlaceTest, NameThatIsTooLongIsAnError)
+TEST(InPlaceTest, TooLongNameIsAnError)
 {
     const TemporaryFolder folder;
     const std::string file = folder.Path(VString::fromStdString(std::string(256, 'a'))).toStdString();
     const ToolResult result = RunTool({"format", "-", "-o", file}, "<a/>");
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("Cannot write \"" + file + "\": "));
-    EXPECT_THAT(NamesBeside(folder.Path("a")), ElementsAre());
+    EXPECT_THAT(NamesInFolderOf(folder.Path("a")), ElementsAre());
 }
 
-TEST(InPlaceTest, FileWithErrorsStaysByteForByte)
+TEST(InPlaceTest, FileWithErrorsStaysUnchanged)
 {
     const TemporaryFolder folder;
     const std::string bytes = "<a>\r\n<b></a>\n";
     const VString file = folder.Write("a.xml", bytes);
     EXPECT_EQ(RunTool({"format", "--in-place", file.toStdString()}).status, 1);
     EXPECT_EQ(TemporaryFolder::Read(file), bytes);
-    EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml"));
+    EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
 }
 
 TEST(InPlaceTest, KeepsThePermissions)
@@ -89,10 +89,10 @@ TEST(InPlaceTest, ReplacesTheTargetOfALinkAndKeepsTheLink)
     EXPECT_EQ(TemporaryFolder::Read(file), Header() + "<a />\n");
     EXPECT_TRUE(QFileInfo(link).isSymLink());
     EXPECT_TRUE(QFileInfo(linkToLink).isSymLink());
-    EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml", "link-to-link.xml", "link.xml"));
+    EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml", "link-to-link.xml", "link.xml"));
 }
 
-TEST(InPlaceTest, OutputToALinkThatLeadsNowhereMakesTheFile)
+TEST(InPlaceTest, OutputToADanglingLinkCreatesItsTarget)
 {
     const TemporaryFolder folder;
     const VString link = folder.Path("link.xml");
@@ -102,7 +102,7 @@ TEST(InPlaceTest, OutputToALinkThatLeadsNowhereMakesTheFile)
     EXPECT_EQ(TemporaryFolder::Read(folder.Path("new.xml")), Header() + "<a />\n");
 }
 
-TEST(InPlaceTest, LinkThatLeadsToItselfIsAnError)
+TEST(InPlaceTest, LinkToItselfIsAnError)
 {
     const TemporaryFolder folder;
     const VString link = folder.Path("link.xml");
@@ -110,12 +110,12 @@ TEST(InPlaceTest, LinkThatLeadsToItselfIsAnError)
     const ToolResult result = RunTool({"format", "-", "-o", link.toStdString()}, "<a/>");
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("Cannot write"));
-    EXPECT_THAT(NamesBeside(link), ElementsAre("link.xml"));
+    EXPECT_THAT(NamesInFolderOf(link), ElementsAre("link.xml"));
 }
 
 #if defined(__linux__)
-// Even the administrator cannot make a file in a folder of the kernel's.
-TEST(InPlaceTest, FolderThatCannotBeWrittenIsAnErrorAndTheFileStays)
+// Not even root can create a file in /proc.
+TEST(InPlaceTest, UnwritableFolderIsAnError)
 {
     const ToolResult result = RunTool({"format", "-", "-o", "/proc/vanxml-test.xml"}, "<a/>");
     EXPECT_EQ(result.status, 2);
@@ -126,19 +126,15 @@ TEST(InPlaceTest, PipeIsNotReplaced)
 {
     const TemporaryFolder folder;
     const std::string pipe = folder.Path("pipe.xml").toStdString();
-    const ToolResult result = RunProgram("sh",
-        {"-c",
-            "mkfifo \"$2\" && { echo '<a/>' > \"$2\" & \"$1\" format --in-place \"$2\"; }",
-            "sh",
-            VANXML_PATH,
-            pipe});
+    const std::string script = "mkfifo \"$2\" && { echo '<a/>' > \"$2\" & \"$1\" format --in-place \"$2\"; }";
+    const ToolResult result = RunProgram("sh", {"-c", script, "sh", VANXML_PATH, pipe});
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("it is not a regular file"));
     EXPECT_FALSE(QFileInfo(QString::fromStdString(pipe)).isFile());
 }
 #endif
 
-TEST(InPlaceTest, OutputThatIsAFolderIsAnErrorAndTheFolderStays)
+TEST(InPlaceTest, OutputOntoAFolderIsAnErrorAndKeepsTheFolder)
 {
     const TemporaryFolder folder;
     const QString target = folder.Path("target").ToQString();
@@ -147,10 +143,10 @@ TEST(InPlaceTest, OutputThatIsAFolderIsAnErrorAndTheFolderStays)
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("Cannot write \"" + target.toStdString() + "\""));
     EXPECT_TRUE(QFileInfo(target).isDir());
-    EXPECT_THAT(NamesBeside(VString(target)), ElementsAre("target"));
+    EXPECT_THAT(NamesInFolderOf(VString(target)), ElementsAre("target"));
 }
 
-TEST(InPlaceTest, OutputInAFolderThatIsNotThereIsAnError)
+TEST(InPlaceTest, OutputIntoAMissingFolderIsAnError)
 {
     const TemporaryFolder folder;
     const std::string target = folder.Path("gone/a.xml").toStdString();

@@ -4,45 +4,45 @@ using testsupport::TemporaryFolder;
 
 namespace {
 
-const std::string Cut("<a/>\n\0<b/>more", 14);
+const std::string TextWithNul("<a/>\n\0<b/>more", 14);
 
 }  // namespace
 
-TEST(NulCommandTest, CheckReportsTheNulWithItsPlace)
+TEST(NulCommandTest, CheckReportsThePositionOfANul)
 {
     const TemporaryFolder folder;
-    const std::string file = folder.Write("a.xml", Cut).toStdString();
+    const std::string file = folder.Write("a.xml", TextWithNul).toStdString();
     const ToolResult result = RunTool({"check", file});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, file + ": Fatal Error(2,1): invalid character 0x0 (id: " + file + ")\n");
 }
 
-TEST(NulCommandTest, CheckReportsTheNulOfStandardInput)
+TEST(NulCommandTest, CheckRejectsANulInStandardInput)
 {
-    EXPECT_EQ(RunTool({"check", "-"}, Cut).status, 1);
+    EXPECT_EQ(RunTool({"check", "-"}, TextWithNul).status, 1);
 }
 
-TEST(NulCommandTest, FormatInPlaceLeavesTheFileByteForByte)
+TEST(NulCommandTest, FormatInPlaceKeepsAFileWithANulUnchanged)
 {
     const TemporaryFolder folder;
-    const VString file = folder.Write("a.xml", Cut);
+    const VString file = folder.Write("a.xml", TextWithNul);
     EXPECT_EQ(RunTool({"format", "--in-place", file.toStdString()}).status, 1);
-    EXPECT_EQ(TemporaryFolder::Read(file), Cut);
+    EXPECT_EQ(TemporaryFolder::Read(file), TextWithNul);
 }
 
-TEST(NulCommandTest, FormatWritesNoOutputFile)
+TEST(NulCommandTest, FormatWritesNoOutputFileForTextWithANul)
 {
     const TemporaryFolder folder;
-    const VString file = folder.Write("a.xml", Cut);
+    const VString file = folder.Write("a.xml", TextWithNul);
     const VString output = folder.Path("b.xml");
     EXPECT_EQ(RunTool({"format", "-o", output.toStdString(), file.toStdString()}).status, 1);
     EXPECT_FALSE(QFile::exists(output.ToQString()));
 }
 
-TEST(NulCommandTest, QueryReportsTheNul)
+TEST(NulCommandTest, QueryRejectsANul)
 {
     const TemporaryFolder folder;
-    const ToolResult result = RunTool({"query", folder.Write("a.xml", Cut).toStdString(), "a"});
+    const ToolResult result = RunTool({"query", folder.Write("a.xml", TextWithNul).toStdString(), "a"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "");
 }

@@ -1,4 +1,4 @@
-// Replacing files while calls to the system fail. The tool runs with FailingCalls preloaded.
+// Replaces files while system calls fail: runs the tool with the library of FailingCalls.cpp preloaded.
 #include <cerrno>
 
 #include "tests/tool/ToolRun.h"
@@ -20,19 +20,19 @@ std::ostream& operator<<(std::ostream& out, const Failure& failure)
     return out << failure.call << " fails with " << failure.reason;
 }
 
-// A folder with the document that is to be replaced.
+// Owns a folder with one document, which the tests replace.
 class OutputFileTest : public testing::TestWithParam<Failure> {
 protected:
-    ToolResult RunWith(std::vector<std::string> environment, const std::vector<std::string>& arguments) const
+    ToolResult RunWithEnvironment(std::vector<std::string> environment, const std::vector<std::string>& arguments) const
     {
-        // The sanitizer accepts a library that is loaded before it only when told to.
+        // AddressSanitizer must be the first library, unless this option allows another order.
         environment.push_back("ASAN_OPTIONS=verify_asan_link_order=0");
         environment.insert(environment.end(), {"LD_PRELOAD=" FAILING_CALLS_PATH, VANXML_PATH});
         environment.insert(environment.end(), arguments.begin(), arguments.end());
         return RunProgram("env", environment);
     }
 
-    static std::vector<std::string> Failing(const Failure& failure)
+    static std::vector<std::string> FailingEnvironment(const Failure& failure)
     {
         return {std::string("FAILING_CALL=") + failure.call, "FAILING_ERROR=" + std::to_string(failure.error)};
     }
@@ -45,55 +45,58 @@ protected:
 
 }  // namespace
 
-TEST_P(OutputFileTest, FailureLeavesTheOldFileAndNothingElse)
+TEST_P(OutputFileTest, FailureKeepsTheOldFileAndLeavesNoTemporaryFile)
 {
-    const std::vector<std::string> uses[] = {{"format", "--in-place", name}, {"format", name, "-o", name}};
-    for (const std::vector<std::string>& arguments : uses) {
-        const ToolResult result = RunWith(Failing(GetParam()), arguments);
+    const std::vector<std::string> commands[] = {{"format", "--in-place", name}, {"format", name, "-o", name}};
+    for (const std::vector<std::string>& arguments : commands) {
+        const ToolResult result = RunWithEnvironment(FailingEnvironment(GetParam()), arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.output, "");
         EXPECT_EQ(result.errors, "vanxml: Cannot write \"" + name + "\": " + GetParam().reason + "\n");
         EXPECT_EQ(TemporaryFolder::Read(file), oldBytes);
-        EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml"));
+        EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
     }
 }
 
-TEST_P(OutputFileTest, FailureMakesNoNewFile)
+TEST_P(OutputFileTest, FailureCreatesNoFile)
 {
     const std::string newName = folder.Path("new.xml").toStdString();
-    const ToolResult result = RunWith(Failing(GetParam()), {"format", name, "-o", newName});
+    const ToolResult result = RunWithEnvironment(FailingEnvironment(GetParam()), {"format", name, "-o", newName});
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr(GetParam().reason));
-    EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml"));
+    EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Failures,
-    OutputFileTest,
-    testing::Values(Failure{"create", ENOSPC, "No space left on device"},
-        Failure{"create", EEXIST, "File exists"},
-        Failure{"write", ENOSPC, "No space left on device"},
-        Failure{"write", EIO, "Input/output error"},
-        Failure{"flush", ENOSPC, "No space left on device"},
-        Failure{"flush", EDQUOT, "Disk quota exceeded"},
-        Failure{"flush", EIO, "Input/output error"},
-        Failure{"close", ENOSPC, "No space left on device"},
-        Failure{"rename", EACCES, "Permission denied"}),
-    [](const auto& test) { return test.param.call + std::to_string(test.index); });
+const Failure Failures[] = {
+    {"create", ENOSPC, "No space left on device"},
+    {"create", EEXIST, "File exists"},
+    {"write", ENOSPC, "No space left on device"},
+    {"write", EIO, "Input/output error"},
+    {"flush", ENOSPC, "No space left on device"},
+    {"flush", EDQUOT, "Disk quota exceeded"},
+    {"flush", EIO, "Input/output error"},
+    {"close", ENOSPC, "No space left on device"},
+    {"rename", EACCES, "Permission denied"},
+};
 
-TEST_F(OutputFileTest, NameThatIsTakenIsNotUsed)
+INSTANTIATE_TEST_SUITE_P(Failures, OutputFileTest, testing::ValuesIn(Failures), [](const auto& test) {
+    return test.param.call + std::to_string(test.index);
+});
+
+TEST_F(OutputFileTest, RetriesWhenATemporaryNameIsTaken)
 {
-    std::vector<std::string> environment = Failing({"create", EEXIST, ""});
+    std::vector<std::string> environment = FailingEnvironment({"create", EEXIST, ""});
     environment.push_back("FAILING_TIMES=3");
-    const ToolResult result = RunWith(environment, {"format", "--in-place", name});
+    const ToolResult result = RunWithEnvironment(environment, {"format", "--in-place", name});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(TemporaryFolder::Read(file), Header() + "<a>\n  <b />\n</a>\n");
-    EXPECT_THAT(NamesBeside(file), ElementsAre("a.xml"));
+    EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
 }
 
-TEST_F(OutputFileTest, FileIsFlushedBeforeAndItsFolderAfterTheReplacement)
+TEST_F(OutputFileTest, FlushesTheFileBeforeTheRenameAndTheFolderAfterIt)
 {
     const TemporaryFolder other;
     const VString calls = other.Path("calls");
-    EXPECT_EQ(RunWith({"CALLS_FILE=" + calls.toStdString()}, {"format", "--in-place", name}).status, 0);
+    EXPECT_EQ(RunWithEnvironment({"CALLS_FILE=" + calls.toStdString()}, {"format", "--in-place", name}).status, 0);
     EXPECT_EQ(TemporaryFolder::Read(calls), "create\nwrite\nflush\nclose\nrename\nflush folder\n");
 }

@@ -1,10 +1,9 @@
-// Takes documents through parse, write, parse and compares the trees.
+// Parses documents, writes the trees, parses the output and compares the two trees of each document.
 //
 //     roundtrip_corpus FOLDER_OR_FILE...
 //
-// Text that stands beside child elements moves behind them when it is written, so documents
-// that have such text are counted and not compared. Ends with 1 when trees differ, or when
-// there was nothing to compare.
+// The formatter writes the text of an element after its children. Documents with mixed content are therefore
+// counted but not compared. Exits with 1 if two trees differ or if no document was compared.
 #include <QDirIterator>
 #include <QFileInfo>
 
@@ -22,7 +21,7 @@ struct Counts {
     std::size_t equal = 0;
     std::size_t different = 0;
     std::size_t mixed = 0;
-    std::size_t faulty = 0;  // with errors, or not readable
+    std::size_t faulty = 0;  // with errors or unreadable
 };
 
 bool HasMixedContent(const DOMElement& start)
@@ -86,6 +85,6 @@ int main(int argc, char** argv)
             TryRoundTrip(parser, files.next(), counts);
     }
     std::cout << counts.equal << " equal, " << counts.different << " different, " << counts.mixed
-              << " with text beside elements (not compared), " << counts.faulty << " with errors\n";
+              << " with mixed content (not compared), " << counts.faulty << " with errors\n";
     return counts.different == 0 && counts.equal > 0 ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-// Schemas whose names look like something else: like an embedded resource of Qt, or like a schema of the library.
+// Schema files whose names look like Qt resources (":x.xsd") or like built-in schemas.
 #include "tests/tool/ToolRun.h"
 
 using testing::HasSubstr;
@@ -9,7 +9,7 @@ namespace {
 const std::string SchemaStart = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'";
 const std::string CountSchema = SchemaStart + "><xs:element name='count' type='xs:int'/></xs:schema>";
 
-// Checks documents in a folder of its own, where a relative name begins with its first character.
+// Runs the tool inside a folder of its own, so that tests can pass relative file names.
 class SchemaNamesTest : public testing::Test {
 protected:
     SchemaNamesTest()
@@ -29,8 +29,8 @@ protected:
         return RunProgram(VANXML_PATH, arguments, "", "", m_folder.Path(".").toStdString());
     }
 
-    // The schema is found and finds the one error.
-    void ExpectChecked(const std::string& schema) const
+    // The tool finds the schema, which rejects bad.xml only.
+    void ExpectSchemaIsUsed(const std::string& schema) const
     {
         const ToolResult result = Check(schema);
         EXPECT_THAT(result.errors, testing::StartsWith("bad.xml: Error(1,")) << schema;
@@ -43,25 +43,25 @@ private:
 
 }  // namespace
 
-TEST_F(SchemaNamesTest, SchemaWithALeadingColonIsNamed)
+TEST_F(SchemaNamesTest, FileNameMayBeginWithAColon)
 {
     Write(":x.xsd", CountSchema);
     for (const char* name : {":x.xsd", "./:x.xsd"})
-        ExpectChecked(name);
+        ExpectSchemaIsUsed(name);
 }
 
-TEST_F(SchemaNamesTest, SchemaWithALeadingColonIsIncluded)
+TEST_F(SchemaNamesTest, IncludedFileNameMayBeginWithAColon)
 {
     Write(":x.xsd", CountSchema);
     for (const char* location : {":x.xsd", "./:x.xsd", "%3Ax.xsd"}) {
         for (const char* name : {"main.xsd", ":main.xsd"}) {
             Write(name, SchemaStart + "><xs:include schemaLocation='" + location + "'/></xs:schema>");
-            ExpectChecked(name);
+            ExpectSchemaIsUsed(name);
         }
     }
 }
 
-TEST_F(SchemaNamesTest, SchemaWithALeadingColonIsImported)
+TEST_F(SchemaNamesTest, ImportedFileNameMayBeginWithAColon)
 {
     const std::string type = "<xs:simpleType name='count'><xs:restriction base='xs:int'/></xs:simpleType>";
     Write(":types.xsd", SchemaStart + " targetNamespace='urn:t'>" + type + "</xs:schema>");
@@ -69,24 +69,24 @@ TEST_F(SchemaNamesTest, SchemaWithALeadingColonIsImported)
         const std::string import = std::string("<xs:import namespace='urn:t' schemaLocation='") + location + "'/>";
         const std::string element = "<xs:element name='count' type='t:count'/>";
         Write("main.xsd", SchemaStart + " xmlns:t='urn:t'>" + import + element + "</xs:schema>");
-        ExpectChecked("main.xsd");
+        ExpectSchemaIsUsed("main.xsd");
     }
 }
 
-TEST_F(SchemaNamesTest, NameOfALibrarySchemaBehindAFolderIsAFile)
+TEST_F(SchemaNamesTest, BuiltInSchemaNameAfterAFolderMeansAFile)
 {
     Write("VQRC_FILEFORMAT_KXA_XSD", CountSchema);
-    ExpectChecked("./VQRC_FILEFORMAT_KXA_XSD");
-    ExpectChecked(".//VQRC_FILEFORMAT_KXA_XSD");
+    ExpectSchemaIsUsed("./VQRC_FILEFORMAT_KXA_XSD");
+    ExpectSchemaIsUsed(".//VQRC_FILEFORMAT_KXA_XSD");
 }
 
-TEST_F(SchemaNamesTest, BareNameOfALibrarySchemaIsNotAFile)
+TEST_F(SchemaNamesTest, BuiltInSchemaNameAloneDoesNotMeanAFile)
 {
     Write("VQRC_FILEFORMAT_KXA_XSD", CountSchema);
     EXPECT_EQ(Check("VQRC_FILEFORMAT_KXA_XSD").output, "2 documents, 2 errors\n");
 }
 
-TEST_F(SchemaNamesTest, NameOfALibrarySchemaWithASeparatorBehindItIsUnknown)
+TEST_F(SchemaNamesTest, BuiltInSchemaNameWithATrailingSeparatorIsUnknown)
 {
     const ToolResult result = Check("VQRC_FILEFORMAT_KXA_XSD/");
     EXPECT_EQ(result.status, 2);

@@ -1,5 +1,5 @@
-// Preloaded into the tool, replaces operations of the library by ones that throw. THROWN in the
-// environment says what: logic, memory, parser-memory, length, product, parser or unknown.
+// Preloaded into the tool, replaces two functions of the library by ones that throw. The environment variable
+// THROWN selects the exception: logic, memory, parser-memory, length, product, parser or unknown.
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
@@ -29,7 +29,7 @@ namespace {
     if (thrown == "product")
         throw VantoraException("a product's message", VError::ErrorInfo::NoError);
     if (thrown == "parser") {
-        xercesc::XMLPlatformUtils::Initialize();  // loads the message
+        xercesc::XMLPlatformUtils::Initialize();  // loads the message texts
         throw xercesc::RuntimeException("file", 1, xercesc::XMLExcepts::CPtr_PointerIsZero);
     }
     throw 1;

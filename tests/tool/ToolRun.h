@@ -1,4 +1,4 @@
-// Running the tool as its users do.
+// Runs the tool as a separate process.
 #pragma once
 
 #include <QFileInfo>
@@ -15,13 +15,13 @@
 #include "tests/common/TestSupport.h"
 
 struct ToolResult {
-    int status = -1;  // of the exit; -1 when the tool crashed or did not end
+    int status = -1;  // exit status; -1 if the tool crashed or did not end in time
     std::string output;
     std::string errors;
 };
 
-// Runs `program` with its output going to the file `outputFile`, or into the result, and in
-// `folder`, or where the test runs.
+// Runs `program` in `folder`, by default the current one. Standard output goes to `outputFile` if one is
+// given, otherwise into the result.
 inline ToolResult RunProgram(const std::string& program,
     const std::vector<std::string>& arguments,
     const std::string& input = std::string(),
@@ -56,7 +56,7 @@ inline ToolResult RunTool(const std::vector<std::string>& arguments, const std::
 }
 
 #if defined(__linux__)
-// Runs the tool as somebody who is not the administrator, whom no permission stops.
+// Runs the tool as an ordinary user, because file permissions do not restrict root.
 inline ToolResult RunToolAsOrdinaryUser(const std::vector<std::string>& arguments)
 {
     if (geteuid() != 0)
@@ -67,8 +67,8 @@ inline ToolResult RunToolAsOrdinaryUser(const std::vector<std::string>& argument
 }
 #endif
 
-// The names in the folder of `file`, hidden ones included, sorted.
-inline std::vector<std::string> NamesBeside(const VString& file)
+// Returns the sorted names in the folder of `file`, including hidden ones.
+inline std::vector<std::string> NamesInFolderOf(const VString& file)
 {
     const QDir::Filters all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System;
     std::vector<std::string> names;

@@ -12,17 +12,17 @@ TEST(VersionCommandTest, PrintsTheVersionOfTheFirstElement)
     EXPECT_EQ(result.errors, "");
 }
 
-TEST(VersionCommandTest, ReadsAnotherAttribute)
+TEST(VersionCommandTest, AttributeOptionSelectsTheAttribute)
 {
     EXPECT_EQ(RunTool({"version", "-", "--attribute", "build"}, "<a version='1' build='2.5'/>").output, "2.5\n");
 }
 
-TEST(VersionCommandTest, DoesNotParse)
+TEST(VersionCommandTest, ReadsTheVersionOfAMalformedDocument)
 {
     EXPECT_EQ(RunTool({"version", "-"}, "<a version='10.4'><b></c>").output, "10.4\n");
 }
 
-TEST(VersionCommandTest, DocumentWithoutVersionHasStatus1AndAMessage)
+TEST(VersionCommandTest, DocumentWithoutAVersionEndsWithStatus1AndAMessage)
 {
     for (const char* text : {"<a><b version='1'/></a>", "", "no element"}) {
         const ToolResult result = RunTool({"version", "-"}, text);
@@ -33,15 +33,15 @@ TEST(VersionCommandTest, DocumentWithoutVersionHasStatus1AndAMessage)
     }
 }
 
-TEST(VersionCommandTest, UnreadableFileFails)
+TEST(VersionCommandTest, MissingFileEndsWithStatus2)
 {
     const ToolResult result = RunTool({"version", "no-such-file.kxa"});
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("Cannot read"));
 }
 
-TEST(VersionCommandTest, FindsTheVersionBehindALongComment)
+TEST(VersionCommandTest, FindsTheVersionAfterALongComment)
 {
-    EXPECT_EQ(
-        RunTool({"version", "-"}, "<!--" + std::string(10 << 20, 'x') + "--><a version='18.1'/>").output, "18.1\n");
+    const std::string comment = "<!--" + std::string(10 << 20, 'x') + "-->";
+    EXPECT_EQ(RunTool({"version", "-"}, comment + "<a version='18.1'/>").output, "18.1\n");
 }
