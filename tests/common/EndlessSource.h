@@ -19,8 +19,8 @@ public:
         bytes = m_start.substr(std::min(m_position, m_start.size()), count);
         bytes.resize(count, ' ');
         m_position += count;
-        ++runs;
-        longestRun = std::max(longestRun, count);
+        ++blocks;
+        longestBlock = std::max(longestBlock, count);
         return true;
     }
     void ResetToStart() override { m_position = 0; }
@@ -29,8 +29,8 @@ public:
     // Whether the next read starts at the first byte.
     bool IsAtStart() const noexcept { return m_position == 0; }
 
-    int runs = 0;
-    unsigned int longestRun = 0;
+    int blocks = 0;
+    unsigned int longestBlock = 0;
 
 private:
     const std::string m_start;

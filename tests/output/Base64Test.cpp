@@ -16,16 +16,14 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// An address that must not be read.
+// An invalid address, from which a read would crash.
 const unsigned char* const NoBytes = reinterpret_cast<const unsigned char*>(std::uintptr_t(8));
 
 std::vector<VString> Encode(const std::string& bytes, bool splitLines)
 {
     std::vector<VString> lines;
-    Base64Encode(reinterpret_cast<const unsigned char*>(bytes.data()),
-        static_cast<unsigned int>(bytes.size()),
-        lines,
-        splitLines);
+    const auto* const data = reinterpret_cast<const unsigned char*>(bytes.data());
+    Base64Encode(data, static_cast<unsigned int>(bytes.size()), lines, splitLines);
     return lines;
 }
 
@@ -60,28 +58,30 @@ struct EncodeRow {
 
 class Base64EncodeTest : public testing::TestWithParam<EncodeRow> {};
 
-TEST_P(Base64EncodeTest, GivesOneLine)
+TEST_P(Base64EncodeTest, EncodesToOneLine)
 {
     EXPECT_THAT(Encode(GetParam().bytes, true), ElementsAre(VString(GetParam().text)));
     EXPECT_THAT(Encode(GetParam().bytes, false), ElementsAre(VString(GetParam().text)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows,
-    Base64EncodeTest,
-    testing::Values(EncodeRow{"OneByte", "M", "TQ=="},
-        EncodeRow{"TwoBytes", "Ma", "TWE="},
-        EncodeRow{"ThreeBytes", "Man", "TWFu"},
-        EncodeRow{"FourBytes", "ManM", "TWFuTQ=="},
-        EncodeRow{"LastOfTheAlphabet", "\xFB\xFF\xFE", "+//+"}),
-    [](const auto& row) { return row.param.name; });
+const EncodeRow EncodeRows[] = {
+    {"OneByte", "M", "TQ=="},
+    {"TwoBytes", "Ma", "TWE="},
+    {"ThreeBytes", "Man", "TWFu"},
+    {"FourBytes", "ManM", "TWFuTQ=="},
+    {"LastCharactersOfTheAlphabet", "\xFB\xFF\xFE", "+//+"},
+};
 
-TEST(Base64EncodeLinesTest, NothingGivesNoLine)
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Base64EncodeTest, testing::ValuesIn(EncodeRows), [](const auto& row) { return row.param.name; });
+
+TEST(Base64EncodeLinesTest, NoBytesGiveNoLine)
 {
     EXPECT_THAT(Encode("", true), IsEmpty());
     EXPECT_THAT(Encode("", false), IsEmpty());
 }
 
-TEST(Base64EncodeLinesTest, LinesAreAppended)
+TEST(Base64EncodeLinesTest, AppendsLines)
 {
     std::vector<VString> lines = {"before"};
     Base64Encode(reinterpret_cast<const unsigned char*>("Man"), 3, lines, true);
@@ -93,7 +93,7 @@ TEST(Base64EncodeLinesTest, FiftyFourBytesFillOneLine)
     EXPECT_THAT(Encode(std::string(54, '\0'), true), ElementsAre(Repeat("A", 72)));
 }
 
-TEST(Base64EncodeLinesTest, OneByteMoreBeginsAnother)
+TEST(Base64EncodeLinesTest, FiftyFiveBytesBeginASecondLine)
 {
     EXPECT_THAT(Encode(std::string(55, '\0'), true), ElementsAre(Repeat("A", 72), VString("AA==")));
 }
@@ -103,7 +103,7 @@ TEST(Base64EncodeLinesTest, WithoutSplittingThereIsOneLine)
     EXPECT_THAT(Encode(std::string(162, '\0'), false), ElementsAre(Repeat("A", 216)));
 }
 
-TEST(Base64EncodeLinesTest, EveryLengthIsEncodedAsQtDoes)
+TEST(Base64EncodeLinesTest, EncodesEveryLengthLikeQt)
 {
     std::mt19937 random(1);
     for (std::size_t length = 1; length < 300; ++length) {
@@ -139,45 +139,47 @@ struct DecodeRow {
 
 class Base64DecodeTest : public testing::TestWithParam<DecodeRow> {};
 
-TEST_P(Base64DecodeTest, Decodes)
+TEST_P(Base64DecodeTest, DecodesTheText)
 {
     EXPECT_EQ(Decode(GetParam().text), GetParam().bytes);
 }
 
 using namespace std::string_literals;
 
-INSTANTIATE_TEST_SUITE_P(Rows,
-    Base64DecodeTest,
-    testing::Values(DecodeRow{"Empty", u"", ""},
-        DecodeRow{"WhiteSpaceOnly", u" \n\t", ""},
-        DecodeRow{"Whole", u"TWFu", "Man"},
-        DecodeRow{"OnePadding", u"TWE=", "Ma"},
-        DecodeRow{"TwoPaddings", u"TQ==", "M"},
-        DecodeRow{"ThreePaddings", u"T===", "L"},
-        DecodeRow{"Trimmed", u"  TWFu\r\n", "Man"},
-        DecodeRow{"LineFeedBetweenGroups", u"TWFu\nTQ==", "ManM"},
-        DecodeRow{"CharactersInsideAGroupAreSkipped", u"T-W.F u", "Man"},
-        DecodeRow{"CutWithoutPadding", u"TQ", "M\0\0"s},
-        DecodeRow{"OneCharacter", u"T", "L\0\0"s},
-        DecodeRow{"NothingValid", u"-", "\0\0\0"s},
-        DecodeRow{"InvalidBehindAGroup", u"TWFu-", "Man\0\0\0"s},
-        DecodeRow{"PaddingBehindAWholeGroup", u"TWFu==", "Man\0"s},
-        DecodeRow{"OnePaddingBehindAWholeGroup", u"TWFu=", "Man\0\0"s},
-        DecodeRow{"PaddingInsideAGroup", u"TQ==TWFu", "M\x16\xE0\0"s},
-        DecodeRow{"OnlyTheLowByteCounts", u"\u0154\u2657\u0646\u0175", "Man"},
-        DecodeRow{"LowByteIsPadding", u"TQ\u013D\u023D", "M"},
-        DecodeRow{"LastOfTheAlphabet", u"+//+", "\xFB\xFF\xFE"},
-        DecodeRow{"BesideTheAlphabet", u"*TW{F:@[`,.u", "Man"}),
-    [](const auto& row) { return row.param.name; });
+const DecodeRow DecodeRows[] = {
+    {"Empty", u"", ""},
+    {"WhiteSpaceOnly", u" \n\t", ""},
+    {"WholeGroup", u"TWFu", "Man"},
+    {"OnePadding", u"TWE=", "Ma"},
+    {"TwoPaddings", u"TQ==", "M"},
+    {"ThreePaddings", u"T===", "L"},
+    {"Trimmed", u"  TWFu\r\n", "Man"},
+    {"LineFeedBetweenGroups", u"TWFu\nTQ==", "ManM"},
+    {"InvalidCharactersInsideAGroupAreSkipped", u"T-W.F u", "Man"},
+    {"TruncatedWithoutPadding", u"TQ", "M\0\0"s},
+    {"OneCharacter", u"T", "L\0\0"s},
+    {"NoValidCharacter", u"-", "\0\0\0"s},
+    {"InvalidCharacterAfterAGroup", u"TWFu-", "Man\0\0\0"s},
+    {"TwoPaddingsAfterAWholeGroup", u"TWFu==", "Man\0"s},
+    {"OnePaddingAfterAWholeGroup", u"TWFu=", "Man\0\0"s},
+    {"GroupAfterPadding", u"TQ==TWFu", "M\x16\xE0\0"s},
+    {"OnlyTheLowByteCounts", u"\u0154\u2657\u0646\u0175", "Man"},
+    {"LowByteIsPadding", u"TQ\u013D\u023D", "M"},
+    {"LastCharactersOfTheAlphabet", u"+//+", "\xFB\xFF\xFE"},
+    {"NeighboursOfTheAlphabetAreSkipped", u"*TW{F:@[`,.u", "Man"},
+};
 
-TEST(Base64DecodeTextTest, ReplacesTheBytes)
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Base64DecodeTest, testing::ValuesIn(DecodeRows), [](const auto& row) { return row.param.name; });
+
+TEST(Base64DecodeTextTest, ReplacesTheOldBytes)
 {
     std::vector<unsigned char> bytes = {1, 2, 3, 4, 5};
     Base64Decode("TQ==", bytes);
     EXPECT_THAT(bytes, ElementsAre('M'));
 }
 
-TEST(Base64DecodeTextTest, EncodedBytesComeBack)
+TEST(Base64DecodeTextTest, EncodedBytesRoundTrip)
 {
     std::mt19937 random(2);
     for (std::size_t length = 0; length < 300; ++length) {
@@ -186,9 +188,9 @@ TEST(Base64DecodeTextTest, EncodedBytesComeBack)
     }
 }
 
-// The decoder said once more, with a position of the group that each skipped character and
-// the four places of a group advance.
-std::string PlainDecode(const VString& text)
+// A simple reference decoder. `position` is the start of the current group. Each skipped character moves it
+// forward by one, each decoded group by four.
+std::string ReferenceDecode(const VString& text)
 {
     const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     const VString trimmed = text.trimmed();
@@ -220,21 +222,21 @@ std::string PlainDecode(const VString& text)
     return bytes;
 }
 
-VString RandomText(std::mt19937& random, const std::u16string& alphabet, std::size_t longest)
+VString RandomText(std::mt19937& random, const std::u16string& alphabet, std::size_t maxLength)
 {
-    std::u16string text(random() % (longest + 1), u' ');
+    std::u16string text(random() % (maxLength + 1), u' ');
     for (char16_t& unit : text)
         unit = alphabet[random() % alphabet.size()];
     return VString(text.data(), text.size());
 }
 
-TEST(Base64DecodeTextTest, RandomTextsAreDecodedAsInThePlainForm)
+TEST(Base64DecodeTextTest, DecodesRandomTextsLikeTheReference)
 {
     std::mt19937 random(3);
     const std::u16string alphabet = u"ABTQYZabz0189+/==== \n-*{\u0141\u2041\u013D\uFFFF";
     for (int round = 0; round < 200000; ++round) {
         const VString text = RandomText(random, alphabet, 16);
-        ASSERT_EQ(Decode(text), PlainDecode(text)) << text;
+        ASSERT_EQ(Decode(text), ReferenceDecode(text)) << text;
     }
 }
 
@@ -244,34 +246,36 @@ struct IsBase64Row {
     bool expected;
 };
 
-class Base64IsTest : public testing::TestWithParam<IsBase64Row> {};
+class IsBase64RowTest : public testing::TestWithParam<IsBase64Row> {};
 
-TEST_P(Base64IsTest, Answers)
+TEST_P(IsBase64RowTest, TellsBase64FromOtherText)
 {
     EXPECT_EQ(IsBase64(GetParam().text), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows,
-    Base64IsTest,
-    testing::Values(IsBase64Row{"Empty", u"", true},
-        IsBase64Row{"Whole", u"TWFu", true},
-        IsBase64Row{"TwoGroups", u"TWFuTWFu", true},
-        IsBase64Row{"OnePadding", u"TWE=", true},
-        IsBase64Row{"TwoPaddings", u"TWFuTQ==", true},
-        IsBase64Row{"LastOfTheAlphabet", u"+/+/", true},
-        IsBase64Row{"ThreeCharacters", u"TQ=", false},
-        IsBase64Row{"NoPadding", u"TQ", false},
-        IsBase64Row{"ThreePaddings", u"T===", false},
-        IsBase64Row{"OnlyPadding", u"====", false},
-        IsBase64Row{"PaddingInside", u"TQ==TWFu", false},
-        IsBase64Row{"PaddingBeforeTheEnd", u"TQ=T", false},
-        IsBase64Row{"LineFeedInside", u"TWF\n", false},
-        IsBase64Row{"OtherCharacter", u"TW-u", false},
-        IsBase64Row{"OnlyTheLowByteFits", u"\u0154WFu", false}),
-    [](const auto& row) { return row.param.name; });
+const IsBase64Row IsBase64Rows[] = {
+    {"Empty", u"", true},
+    {"OneGroup", u"TWFu", true},
+    {"TwoGroups", u"TWFuTWFu", true},
+    {"OnePadding", u"TWE=", true},
+    {"TwoPaddings", u"TWFuTQ==", true},
+    {"LastCharactersOfTheAlphabet", u"+/+/", true},
+    {"ThreeCharacters", u"TQ=", false},
+    {"NoPadding", u"TQ", false},
+    {"ThreePaddings", u"T===", false},
+    {"OnlyPadding", u"====", false},
+    {"GroupAfterPadding", u"TQ==TWFu", false},
+    {"PaddingBeforeTheEnd", u"TQ=T", false},
+    {"LineFeedInside", u"TWF\n", false},
+    {"OtherCharacter", u"TW-u", false},
+    {"WideCharacterWithALowByteOfTheAlphabet", u"\u0154WFu", false},
+};
 
-// The same language without an expression.
-bool PlainIsBase64(const VString& text)
+INSTANTIATE_TEST_SUITE_P(
+    Rows, IsBase64RowTest, testing::ValuesIn(IsBase64Rows), [](const auto& row) { return row.param.name; });
+
+// A simple reference without a regular expression.
+bool ReferenceIsBase64(const VString& text)
 {
     const std::string bytes = text.toStdString();
     const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -280,16 +284,16 @@ bool PlainIsBase64(const VString& text)
     return text.length() % 4 == 0 && (rest.empty() || rest == "=" || rest == "==");
 }
 
-TEST(Base64IsTextTest, RandomTextsAreJudgedAsInThePlainForm)
+TEST(IsBase64Test, JudgesRandomTextsLikeTheReference)
 {
     std::mt19937 random(4);
     for (int round = 0; round < 50000; ++round) {
         const VString text = RandomText(random, u"AZaz09+/AZaz09+/==\n-\u0141", 12);
-        ASSERT_EQ(IsBase64(text), PlainIsBase64(text)) << text;
+        ASSERT_EQ(IsBase64(text), ReferenceIsBase64(text)) << text;
     }
 }
 
-TEST(Base64IsTextTest, LongTextsAreJudged)
+TEST(IsBase64Test, JudgesTextsOfTenMillionCharacters)
 {
     const VString text(QString(10000000, QChar(u'A')));
     EXPECT_TRUE(IsBase64(text));

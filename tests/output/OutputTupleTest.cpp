@@ -13,14 +13,14 @@
 
 namespace {
 
-TEST(OutputTupleTest, EmptyTupleIsAnOpenAndACloseTag)
+TEST(OutputTupleTest, EmptyTupleWritesAnOpenAndACloseTag)
 {
     XMLStringFormatter writer;
     OutputTuple(writer, Tuple());
     EXPECT_EQ(writer.GetOutput(), VString("<tuple>\n</tuple>\n"));
 }
 
-TEST(OutputTupleTest, EachValueIsAnElementWithTheFormattedValue)
+TEST(OutputTupleTest, EachValueBecomesAnElement)
 {
     XMLStringFormatter writer;
     OutputTuple(writer, Tuple{DataValue(), DataValue(true), DataValue(12), DataValue(0.5), DataValue("a<b")});
@@ -34,14 +34,14 @@ TEST(OutputTupleTest, EachValueIsAnElementWithTheFormattedValue)
                 "</tuple>\n"));
 }
 
-TEST(OutputTupleTest, ValuesGoThroughTheContentTagOfThreeArguments)
+TEST(OutputTupleTest, WritesValuesWithTheThreeArgumentOutputContentTag)
 {
     outputtest::RecordingWriter writer;
     OutputTuple(writer, Tuple{DataValue(1)});
     EXPECT_THAT(writer.calls, testing::Contains("OutputContentTag(value)"));
 }
 
-TEST(OutputTupleTest, BecomesATree)
+TEST(OutputTupleTest, XMLDomFormatterBuildsATreeOfTheValues)
 {
     XMLDomFormatter writer;
     OutputTuple(writer, Tuple{DataValue(1), DataValue(2)});
@@ -70,7 +70,7 @@ private:
     Tuple& m_tuple;
 };
 
-TEST(OutputTupleTest, SizeIsReadAgainAfterEachValue)
+TEST(OutputTupleTest, ReadsTheSizeAgainAfterEachValue)
 {
     Tuple tuple{DataValue(1)};
     GrowingTupleWriter writer(tuple);

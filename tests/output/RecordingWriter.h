@@ -1,4 +1,4 @@
-// Writers that note what is called on them.
+// Writers that record the calls made to them.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,9 @@
 
 namespace outputtest {
 
-// Records each virtual call, except for the ones that write whole elements, and then calls the base.
-// Can fail when its sink is called for the nth time, or from then on.
+// Records each virtual call except OutputDOMElement and OutputDOMElements, then calls the base class. A call of
+// OutputString, the sink, is recorded as "emit(text)". FailOnce(n) makes call n of OutputString throw, FailFrom(n)
+// call n and all later ones. Calls are counted from 0.
 class RecordingWriter : public XMLFormatter {
 public:
     using XMLFormatter::XMLFormatter;
@@ -23,103 +24,106 @@ public:
 
     void Indent() override
     {
-        Note("Indent");
+        Record("Indent");
         XMLFormatter::Indent();
     }
     void Undent() override
     {
-        Note("Undent");
+        Record("Undent");
         XMLFormatter::Undent();
     }
     const VString& GetIndent() const override
     {
-        Note("GetIndent");
+        Record("GetIndent");
         return XMLFormatter::GetIndent();
     }
     void Flush() override
     {
-        Note("Flush");
+        Record("Flush");
         XMLFormatter::Flush();
     }
     void OutputAttributes(const AttributeMap& attributes) override
     {
-        Note("OutputAttributes", std::to_string(attributes.size()));
+        Record("OutputAttributes", std::to_string(attributes.size()));
         XMLFormatter::OutputAttributes(attributes);
     }
     void OutputContent(const VString& text, bool verbatim) override
     {
-        Note(verbatim ? "OutputContent verbatim" : "OutputContent escaped", text);
+        Record(verbatim ? "OutputContent verbatim" : "OutputContent escaped", text);
         XMLFormatter::OutputContent(text, verbatim);
     }
     void OutputContent(const VString& text) override
     {
-        Note("OutputContent", text);
+        Record("OutputContent", text);
         XMLFormatter::OutputContent(text);
     }
     void OutputContentTag(
         const VString& tag, const AttributeMap& attributes, const VString& content, bool encode) override
     {
-        Note(encode ? "OutputContentTag encode" : "OutputContentTag verbatim", tag);
+        Record(encode ? "OutputContentTag encode" : "OutputContentTag verbatim", tag);
         XMLFormatter::OutputContentTag(tag, attributes, content, encode);
     }
     void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content) override
     {
-        Note("OutputContentTag", tag);
+        Record("OutputContentTag", tag);
         XMLFormatter::OutputContentTag(tag, attributes, content);
     }
     void OutputComment(const VString& text) override
     {
-        Note("OutputComment", text);
+        Record("OutputComment", text);
         XMLFormatter::OutputComment(text);
     }
     void OutputCloseTag(const VString& tag) override
     {
-        Note("OutputCloseTag", tag);
+        Record("OutputCloseTag", tag);
         XMLFormatter::OutputCloseTag(tag);
     }
     void OutputOpenTag(const VString& tag, const AttributeMap& attributes) override
     {
-        Note("OutputOpenTag", tag);
+        Record("OutputOpenTag", tag);
         XMLFormatter::OutputOpenTag(tag, attributes);
     }
     void OutputTag(const VString& tag, const AttributeMap& attributes) override
     {
-        Note("OutputTag", tag);
+        Record("OutputTag", tag);
         XMLFormatter::OutputTag(tag, attributes);
     }
     void OutputHeader() override
     {
-        Note("OutputHeader");
+        Record("OutputHeader");
         XMLFormatter::OutputHeader();
     }
     void OutputLine(const VString& text) override
     {
-        Note("OutputLine", text);
+        Record("OutputLine", text);
         XMLFormatter::OutputLine(text);
     }
     void OutputBinary(const unsigned char* data, unsigned int length) override
     {
-        Note("OutputBinary", std::to_string(length));
+        Record("OutputBinary", std::to_string(length));
         XMLFormatter::OutputBinary(data, length);
     }
     void OutputString(const VString& text) override
     {
-        Note("emit", text);
+        Record("emit", text);
         pieces.push_back(text.toStdString());
         const std::size_t call = m_emitted++;
         if (call >= m_firstFailure && call <= m_lastFailure)
             throw std::runtime_error("the sink is full");
     }
 
-    // Each call as its name and what tells it apart, in order.
+    // The calls in order, each as "name" or "name(detail)".
     mutable std::vector<std::string> calls;
     // The texts passed to OutputString.
     std::vector<std::string> pieces;
 
 protected:
-    void Note(const std::string& name) const { calls.push_back(name); }
-    void Note(const std::string& name, const std::string& detail) const { calls.push_back(name + "(" + detail + ")"); }
-    void Note(const std::string& name, const VString& detail) const { Note(name, detail.toStdString()); }
+    void Record(const std::string& name) const { calls.push_back(name); }
+    void Record(const std::string& name, const std::string& detail) const
+    {
+        calls.push_back(name + "(" + detail + ")");
+    }
+    void Record(const std::string& name, const VString& detail) const { Record(name, detail.toStdString()); }
 
 private:
     static constexpr std::size_t Never = std::numeric_limits<std::size_t>::max();
@@ -129,21 +133,31 @@ private:
     std::size_t m_lastFailure = Never;
 };
 
-// Notes those that write whole elements too; each child comes through the call.
+// Also records OutputDOMElement and OutputDOMElements. Because OutputDOMElement is overridden, the base class calls
+// it for each child.
 class RecordingTreeWriter : public RecordingWriter {
 public:
     using RecordingWriter::RecordingWriter;
 
     void OutputDOMElement(const DOMElement& element) override
     {
-        Note("OutputDOMElement", element.GetName());
+        Record("OutputDOMElement", element.GetName());
         XMLFormatter::OutputDOMElement(element);
     }
     void OutputDOMElements(const DOMElementChildren& elements) override
     {
-        Note("OutputDOMElements", std::to_string(elements.size()));
+        Record("OutputDOMElements", std::to_string(elements.size()));
         RecordingWriter::OutputDOMElements(elements);
     }
 };
+
+// Returns the calls as one text, separated by ", ".
+inline std::string JoinCalls(const std::vector<std::string>& calls)
+{
+    std::string text;
+    for (const std::string& call : calls)
+        text += (text.empty() ? "" : ", ") + call;
+    return text;
+}
 
 }  // namespace outputtest

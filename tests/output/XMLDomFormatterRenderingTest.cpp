@@ -12,18 +12,18 @@ namespace {
 const AttributeMap NoAttributes;
 const VString LongMarkup = "a text with <markup> & more, over 32 units";
 
-// The protected walk.
+// Makes the protected Format public.
 class TestFormatter : public XMLDomFormatter {
 public:
     using XMLDomFormatter::Format;
 };
 
-TEST(XMLDomFormatterRenderingTest, GetOutputOfNothingIsEmpty)
+TEST(XMLDomFormatterRenderingTest, GetOutputOfAnEmptyDocumentIsEmpty)
 {
     EXPECT_EQ(XMLDomFormatter().GetOutput(FormatModeStrict), VString());
 }
 
-TEST(XMLDomFormatterRenderingTest, GetOutputOfHeaderAndCommentsHasNoElement)
+TEST(XMLDomFormatterRenderingTest, GetOutputWritesHeaderAndCommentsWithoutAnElement)
 {
     XMLDomFormatter writer;
     writer.OutputComment("first");
@@ -58,7 +58,7 @@ TEST(XMLDomFormatterRenderingTest, GetOutputWritesAnUnfinishedTree)
     EXPECT_EQ(writer.GetOutput(FormatModeContent), VString("<a x='1'>\n  <b>t</b>\n</a>\n"));
 }
 
-TEST(XMLDomFormatterRenderingTest, GetOutputTakesTheMode)
+TEST(XMLDomFormatterRenderingTest, GetOutputUsesTheGivenMode)
 {
     XMLDomFormatter writer;
     writer.OutputContentTag("a", NoAttributes, LongMarkup);
@@ -87,7 +87,7 @@ std::unique_ptr<DOMElement> MixedTree()
     return root;
 }
 
-TEST(XMLDomFormatterRenderingTest, FormatWritesTextBesideChildrenWithoutTheTargetsIndentation)
+TEST(XMLDomFormatterRenderingTest, FormatDoesNotIndentMixedTextByTheTargetsIndentation)
 {
     XMLStringFormatter target;
     TestFormatter().Format(target, *MixedTree());
@@ -100,7 +100,7 @@ TEST(XMLDomFormatterRenderingTest, FormatWritesTextBesideChildrenWithoutTheTarge
                 "outer</a>\n"));
 }
 
-TEST(XMLDomFormatterRenderingTest, FormatWritesThisWritersIndentationBeforeTextBesideChildren)
+TEST(XMLDomFormatterRenderingTest, FormatIndentsMixedTextByItsOwnIndentation)
 {
     TestFormatter writer;
     writer.Indent();
@@ -110,7 +110,7 @@ TEST(XMLDomFormatterRenderingTest, FormatWritesThisWritersIndentationBeforeTextB
     EXPECT_EQ(target.GetOutput(), VString("<a><b><c>&amp;</c><d />    inner</b>    outer</a>"));
 }
 
-// Counts elements that are written as a whole.
+// Counts the calls of OutputDOMElement.
 class ElementCounter : public XMLStringFormatter {
 public:
     void OutputDOMElement(const DOMElement& element) override
@@ -122,7 +122,7 @@ public:
     int count = 0;
 };
 
-TEST(XMLDomFormatterRenderingTest, FormatDoesNotGoThroughTheTargetsOutputDOMElement)
+TEST(XMLDomFormatterRenderingTest, FormatDoesNotCallOutputDOMElementOfTheTarget)
 {
     ElementCounter target;
     TestFormatter().Format(target, *MixedTree());
@@ -147,8 +147,11 @@ TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringWritesTheDocumentElementInCo
     document.GetRoot().AddNewChild("a", nullptr).AddNewChild("b", nullptr).SetText(LongMarkup);
     VString comment = "c";
     EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(document, &comment, true),
-        VString(
-            "<?xml version='1.0' encoding='utf-8' ?>\n\n<!-- c -->\n<a>\n  <b><![CDATA[a text with <markup> & more, over 32 units]]></b>\n</a>\n"));
+        VString("<?xml version='1.0' encoding='utf-8' ?>\n\n"
+                "<!-- c -->\n"
+                "<a>\n"
+                "  <b><![CDATA[a text with <markup> & more, over 32 units]]></b>\n"
+                "</a>\n"));
 }
 
 TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringOfAnEmptyDocumentIsTheHeader)
@@ -169,7 +172,7 @@ TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringWritesAnElement)
                 "  outer</a>\n"));
 }
 
-TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringOfAnElementHasHeaderAndComment)
+TEST(XMLDomFormatterRenderingTest, RenderAsXMLStringOfAnElementWritesHeaderAndComment)
 {
     VString comment = "c";
     EXPECT_EQ(XMLDomFormatter::RenderAsXMLString(DOMElement("a"), &comment, true),

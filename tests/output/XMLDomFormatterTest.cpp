@@ -17,7 +17,7 @@ constexpr char SourceFile[] = "vancorexml\\main\\parser\\XMLDomFormatter";
 const AttributeMap NoAttributes;
 const AttributeMap SomeAttributes = {{"x", "1"}, {"y", "2"}};
 
-// The protected parts.
+// Makes the protected constructor public.
 class TestFormatter : public XMLDomFormatter {
 public:
     TestFormatter() = default;
@@ -39,7 +39,7 @@ TEST(XMLDomFormatterTest, IndentsByTwoBlanks)
     EXPECT_EQ(writer.GetIndent(), VString("  "));
 }
 
-TEST(XMLDomFormatterTest, BuildsOnInAGivenDocument)
+TEST(XMLDomFormatterTest, AppendsToAGivenDocument)
 {
     auto document = std::make_unique<DOM>();
     DOM* const given = document.get();
@@ -51,7 +51,7 @@ TEST(XMLDomFormatterTest, BuildsOnInAGivenDocument)
     EXPECT_EQ(writer.GetRoot().GetChildren()[1]->GetName(), VString("b"));
 }
 
-TEST(XMLDomFormatterTest, GetElementFindsByName)
+TEST(XMLDomFormatterTest, GetElementFindsAnElementByName)
 {
     XMLDomFormatter writer;
     writer.OutputTag("a", NoAttributes);
@@ -59,7 +59,7 @@ TEST(XMLDomFormatterTest, GetElementFindsByName)
     EXPECT_EQ(writer.GetElement("b"), nullptr);
 }
 
-TEST(XMLDomFormatterTest, OutputOpenTagMakesTheElementInWhichTheNextIsWritten)
+TEST(XMLDomFormatterTest, OutputOpenTagMakesTheNextElementAChild)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", SomeAttributes);
@@ -72,7 +72,7 @@ TEST(XMLDomFormatterTest, OutputOpenTagMakesTheElementInWhichTheNextIsWritten)
     EXPECT_EQ(a->GetDOMManager(), &writer.GetDocument());
 }
 
-TEST(XMLDomFormatterTest, OutputTagDoesNotOpen)
+TEST(XMLDomFormatterTest, OutputTagMakesTheNextElementASibling)
 {
     XMLDomFormatter writer;
     writer.OutputTag("a", SomeAttributes);
@@ -81,7 +81,7 @@ TEST(XMLDomFormatterTest, OutputTagDoesNotOpen)
     EXPECT_EQ(writer.GetDocumentRoot()->GetAttributes(), SomeAttributes);
 }
 
-TEST(XMLDomFormatterTest, OutputCloseTagGoesBackToTheParent)
+TEST(XMLDomFormatterTest, OutputCloseTagReturnsToTheParent)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -90,7 +90,7 @@ TEST(XMLDomFormatterTest, OutputCloseTagGoesBackToTheParent)
     EXPECT_EQ(writer.GetRoot().GetChildren().size(), 2u);
 }
 
-TEST(XMLDomFormatterTest, OutputCloseTagOfAnotherNameAssertsAndClosesNothing)
+TEST(XMLDomFormatterTest, OutputCloseTagWithAnotherNameAssertsAndClosesNothing)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -100,7 +100,7 @@ TEST(XMLDomFormatterTest, OutputCloseTagOfAnotherNameAssertsAndClosesNothing)
     EXPECT_NE(writer.GetDocumentRoot()->GetChild("c"), nullptr);
 }
 
-TEST(XMLDomFormatterTest, OutputAttributesReplacesThoseOfTheOpenElement)
+TEST(XMLDomFormatterTest, OutputAttributesReplacesTheAttributesOfTheOpenElement)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", {{"z", "0"}});
@@ -133,7 +133,7 @@ TEST(XMLDomFormatterTest, OutputDOMElementsAppendsACopyOfEach)
     EXPECT_EQ(writer.GetRoot().GetChildren()[1]->GetName(), VString("g"));
 }
 
-// The names of the subtree, "a(b c(d))".
+// Returns the names in the subtree of `element`, such as "a(b c(d))".
 std::string NamesOf(const DOMElement& element)
 {
     std::string names;
@@ -142,9 +142,9 @@ std::string NamesOf(const DOMElement& element)
     return element.GetName().toStdString() + (names.empty() ? "" : "(" + names + ")");
 }
 
-TEST(XMLDomFormatterTest, OutputDOMElementsAppendsTheChildrenThatTheOpenElementHadBefore)
+TEST(XMLDomFormatterTest, OutputDOMElementsCopiesTheChildrenOfTheOpenElementOnce)
 {
-    // With so many children the list is full, and the first copy moves it.
+    // With 127 children the list is full. Appending the first copy reallocates it while it is being read.
     constexpr std::size_t count = 127;
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -157,7 +157,7 @@ TEST(XMLDomFormatterTest, OutputDOMElementsAppendsTheChildrenThatTheOpenElementH
         EXPECT_EQ(*children[i + count], *children[i]);
 }
 
-TEST(XMLDomFormatterTest, OutputDOMElementsOfAnAncestorAppendsToTheOpenElement)
+TEST(XMLDomFormatterTest, OutputDOMElementsCopiesTheChildrenOfAnAncestor)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -167,7 +167,7 @@ TEST(XMLDomFormatterTest, OutputDOMElementsOfAnAncestorAppendsToTheOpenElement)
     EXPECT_EQ(NamesOf(*writer.GetDocumentRoot()), "a(b c(b c(b)))");
 }
 
-TEST(XMLDomFormatterTest, OutputDOMElementAppendsTheOpenElementToItself)
+TEST(XMLDomFormatterTest, OutputDOMElementAppendsACopyOfTheOpenElementToItself)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", SomeAttributes);
@@ -176,7 +176,7 @@ TEST(XMLDomFormatterTest, OutputDOMElementAppendsTheOpenElementToItself)
     EXPECT_EQ(NamesOf(*writer.GetDocumentRoot()), "a(b a(b))");
 }
 
-TEST(XMLDomFormatterTest, OutputDOMElementAppendsTheWholeDocumentToTheOpenElement)
+TEST(XMLDomFormatterTest, OutputDOMElementAppendsACopyOfTheDocumentToTheOpenElement)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -185,13 +185,13 @@ TEST(XMLDomFormatterTest, OutputDOMElementAppendsTheWholeDocumentToTheOpenElemen
     EXPECT_EQ(NamesOf(writer.GetRoot()), "Document(a(b(Document(a(b)))))");
 }
 
-// Writes elements tag by tag, where XMLDomFormatter copies them.
+// Writes elements tag by tag; XMLDomFormatter would copy them.
 class TagWriter : public XMLDomFormatter {
 public:
     void OutputDOMElement(const DOMElement& element) override { XMLFormatter::OutputDOMElement(element); }
 };
 
-TEST(XMLDomFormatterTest, OpenElementIsWrittenIntoItselfTagByTag)
+TEST(XMLDomFormatterTest, OpenElementCanBeWrittenIntoItselfTagByTag)
 {
     TagWriter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -201,7 +201,7 @@ TEST(XMLDomFormatterTest, OpenElementIsWrittenIntoItselfTagByTag)
     EXPECT_EQ(NamesOf(*writer.GetDocumentRoot()), "a(b c a(b c))");
 }
 
-TEST(XMLDomFormatterTest, OperationsTakeTheOpenElementsOwnNameTextAndAttributes)
+TEST(XMLDomFormatterTest, ArgumentsMayReferToTheOpenElement)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", SomeAttributes);
@@ -235,7 +235,7 @@ TEST(XMLDomFormatterTest, OutputContentMarksEncodedText)
     EXPECT_TRUE(writer.GetDocumentRoot()->IsEncoded());
 }
 
-TEST(XMLDomFormatterTest, OutputContentOfATextAloneIsNotEncoded)
+TEST(XMLDomFormatterTest, OutputContentWithoutTheFlagIsNotEncoded)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -255,7 +255,7 @@ TEST(XMLDomFormatterTest, OutputContentTagMakesAClosedElementWithText)
     EXPECT_FALSE(writer.GetDocumentRoot()->IsEncoded());
 }
 
-TEST(XMLDomFormatterTest, OutputContentTagWithTheFlagWritesMarkupAsText)
+TEST(XMLDomFormatterTest, OutputContentTagWithTheFlagWritesItsTagsAsText)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", {{"z", "0"}});
@@ -263,7 +263,7 @@ TEST(XMLDomFormatterTest, OutputContentTagWithTheFlagWritesMarkupAsText)
     const DOMElement* a = writer.GetDocumentRoot();
     EXPECT_FALSE(a->HasChildren());
     EXPECT_EQ(a->GetAttributes(), SomeAttributes);
-    // The content replaced the text before it; the close tag was appended.
+    // The open tag was written as text, then replaced by the content. The close tag was appended.
     EXPECT_EQ(a->GetText(), VString("t</b>\n"));
 }
 
@@ -285,7 +285,7 @@ TEST(XMLDomFormatterTest, OutputLineAppendsALine)
     EXPECT_EQ(writer.GetDocumentRoot()->GetText(), VString("t\nu\n"));
 }
 
-TEST(XMLDomFormatterTest, OutputBinaryLeavesLinesOfBase64MarkedEncoded)
+TEST(XMLDomFormatterTest, OutputBinaryStoresBase64LinesAsEncodedText)
 {
     const std::vector<unsigned char> bytes(55, 0);
     XMLDomFormatter writer;
@@ -296,7 +296,7 @@ TEST(XMLDomFormatterTest, OutputBinaryLeavesLinesOfBase64MarkedEncoded)
     EXPECT_TRUE(writer.GetDocumentRoot()->IsEncoded());
 }
 
-TEST(XMLDomFormatterTest, OutputBinaryOfNothingMarksTheElementEncoded)
+TEST(XMLDomFormatterTest, OutputBinaryOfNoBytesMarksTheElementEncoded)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -305,7 +305,7 @@ TEST(XMLDomFormatterTest, OutputBinaryOfNothingMarksTheElementEncoded)
     EXPECT_TRUE(writer.GetDocumentRoot()->IsEncoded());
 }
 
-TEST(XMLDomFormatterTest, OutputBinaryBesideATextAsserts)
+TEST(XMLDomFormatterTest, OutputBinaryAssertsIfTheElementHasText)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -315,14 +315,14 @@ TEST(XMLDomFormatterTest, OutputBinaryBesideATextAsserts)
     EXPECT_EQ(writer.GetDocumentRoot()->GetText(), VString("t"));
 }
 
-TEST(XMLDomFormatterTest, OutputCommentStaysOutOfTheTree)
+TEST(XMLDomFormatterTest, OutputCommentDoesNotChangeTheTree)
 {
     XMLDomFormatter writer;
     writer.OutputComment("c");
     EXPECT_TRUE(writer.GetRoot().IsEmpty());
 }
 
-TEST(XMLDomFormatterTest, OutputHeaderStaysOutOfTheTree)
+TEST(XMLDomFormatterTest, OutputHeaderDoesNotChangeTheTree)
 {
     XMLDomFormatter writer;
     writer.OutputHeader();
@@ -353,15 +353,13 @@ class XMLDomFormatterClosedTest : public testing::TestWithParam<OperationRow> {
 protected:
     void ExpectAssertion(XMLDomFormatter& writer) const
     {
-        testsupport::ExpectLogicException([this, &writer] { GetParam().run(writer); },
-            SourceFile,
-            GetParam().line,
-            "m_stack.top() != nullptr",
-            GetParam().code);
+        const OperationRow& row = GetParam();
+        const auto run = [&row, &writer] { row.run(writer); };
+        testsupport::ExpectLogicException(run, SourceFile, row.line, "m_stack.top() != nullptr", row.code);
     }
 };
 
-TEST_P(XMLDomFormatterClosedTest, AssertsOnceTheTopmostElementIsClosed)
+TEST_P(XMLDomFormatterClosedTest, AssertsAfterTheTopmostElementIsClosed)
 {
     XMLDomFormatter writer;
     writer.OutputCloseTag("Document");
@@ -369,7 +367,7 @@ TEST_P(XMLDomFormatterClosedTest, AssertsOnceTheTopmostElementIsClosed)
     EXPECT_TRUE(writer.GetRoot().IsEmpty());
 }
 
-TEST_P(XMLDomFormatterClosedTest, AssertsOnceTheDocumentIsTaken)
+TEST_P(XMLDomFormatterClosedTest, AssertsAfterTakeDocument)
 {
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -378,31 +376,27 @@ TEST_P(XMLDomFormatterClosedTest, AssertsOnceTheDocumentIsTaken)
     EXPECT_TRUE(document->GetDocumentRoot()->IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Operations,
-    XMLDomFormatterClosedTest,
-    testing::Values(
-        OperationRow{
-            "OutputAttributes", [](XMLDomFormatter& w) { w.OutputAttributes(SomeAttributes); }, 0x5619328D, 128},
-        OperationRow{
-            "OutputDOMElement", [](XMLDomFormatter& w) { w.OutputDOMElement(DOMElement("e")); }, 0xD26E62DD, 191},
-        OperationRow{"OutputContent", [](XMLDomFormatter& w) { w.OutputContent("t", false); }, 0xCE4F4D17, 173},
-        OperationRow{"OutputContentOfAText", [](XMLDomFormatter& w) { w.OutputContent("t"); }, 0xCE4F4D17, 173},
-        OperationRow{"OutputContentTag",
-            [](XMLDomFormatter& w) { w.OutputContentTag("e", SomeAttributes, "t"); },
-            0x2AF5921A,
-            181},
-        OperationRow{"OutputComment", [](XMLDomFormatter& w) { w.OutputComment("c"); }, 0xBA49C527, 165},
-        OperationRow{"OutputCloseTag", [](XMLDomFormatter& w) { w.OutputCloseTag("Document"); }, 0x5C6709A4, 155},
-        OperationRow{
-            "OutputOpenTag", [](XMLDomFormatter& w) { w.OutputOpenTag("e", SomeAttributes); }, 0xE04AB21E, 215},
-        OperationRow{"OutputTag", [](XMLDomFormatter& w) { w.OutputTag("e", SomeAttributes); }, 0xE6086904, 233},
-        OperationRow{"OutputHeader", [](XMLDomFormatter& w) { w.OutputHeader(); }, 0x968B6274, 200},
-        OperationRow{"OutputLine", [](XMLDomFormatter& w) { w.OutputLine("t"); }, 0x0F7E4CE7, 206},
-        OperationRow{"OutputString", [](XMLDomFormatter& w) { w.OutputString("t"); }, 0x32368D81, 225},
-        OperationRow{"OutputBinary", [](XMLDomFormatter& w) { w.OutputBinary(nullptr, 0); }, 0xE813A351, 136}),
-    [](const auto& row) { return row.param.name; });
+const OperationRow Operations[] = {
+    {"OutputAttributes", [](XMLDomFormatter& w) { w.OutputAttributes(SomeAttributes); }, 0x5619328D, 128},
+    {"OutputDOMElement", [](XMLDomFormatter& w) { w.OutputDOMElement(DOMElement("e")); }, 0xD26E62DD, 191},
+    {"OutputContent", [](XMLDomFormatter& w) { w.OutputContent("t", false); }, 0xCE4F4D17, 173},
+    {"OutputContentWithoutTheFlag", [](XMLDomFormatter& w) { w.OutputContent("t"); }, 0xCE4F4D17, 173},
+    {"OutputContentTag", [](XMLDomFormatter& w) { w.OutputContentTag("e", SomeAttributes, "t"); }, 0x2AF5921A, 181},
+    {"OutputComment", [](XMLDomFormatter& w) { w.OutputComment("c"); }, 0xBA49C527, 165},
+    {"OutputCloseTag", [](XMLDomFormatter& w) { w.OutputCloseTag("Document"); }, 0x5C6709A4, 155},
+    {"OutputOpenTag", [](XMLDomFormatter& w) { w.OutputOpenTag("e", SomeAttributes); }, 0xE04AB21E, 215},
+    {"OutputTag", [](XMLDomFormatter& w) { w.OutputTag("e", SomeAttributes); }, 0xE6086904, 233},
+    {"OutputHeader", [](XMLDomFormatter& w) { w.OutputHeader(); }, 0x968B6274, 200},
+    {"OutputLine", [](XMLDomFormatter& w) { w.OutputLine("t"); }, 0x0F7E4CE7, 206},
+    {"OutputString", [](XMLDomFormatter& w) { w.OutputString("t"); }, 0x32368D81, 225},
+    {"OutputBinary", [](XMLDomFormatter& w) { w.OutputBinary(nullptr, 0); }, 0xE813A351, 136},
+};
 
-TEST(XMLDomFormatterTest, FailedCommentAndHeaderAreNotKept)
+INSTANTIATE_TEST_SUITE_P(Operations, XMLDomFormatterClosedTest, testing::ValuesIn(Operations), [](const auto& row) {
+    return row.param.name;
+});
+
+TEST(XMLDomFormatterTest, RejectedCommentAndHeaderAreNotWritten)
 {
     XMLDomFormatter writer;
     writer.OutputCloseTag("Document");
@@ -411,7 +405,7 @@ TEST(XMLDomFormatterTest, FailedCommentAndHeaderAreNotKept)
     EXPECT_EQ(writer.GetOutput(FormatModeContent), VString());
 }
 
-TEST(XMLDomFormatterTest, TakeDocumentGivesTheDocumentAway)
+TEST(XMLDomFormatterTest, TakeDocumentReleasesTheDocument)
 {
     XMLDomFormatter writer;
     writer.OutputTag("a", NoAttributes);
@@ -422,7 +416,7 @@ TEST(XMLDomFormatterTest, TakeDocumentGivesTheDocumentAway)
     EXPECT_EQ(writer.TakeDocument(), nullptr);
 }
 
-TEST(XMLDomFormatterTest, AccessorsAssertOnceTheDocumentIsTaken)
+TEST(XMLDomFormatterTest, AccessorsAssertAfterTakeDocument)
 {
     XMLDomFormatter writer;
     writer.TakeDocument();

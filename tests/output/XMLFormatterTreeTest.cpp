@@ -12,6 +12,7 @@
 
 namespace {
 
+using outputtest::JoinCalls;
 using outputtest::RecordingTreeWriter;
 using outputtest::RecordingWriter;
 using testing::ElementsAre;
@@ -28,10 +29,11 @@ std::unique_ptr<DOMElement> DeepTree()
     return root;
 }
 
-// <e> a million times, and as often </e>.
+// "<e>" and "</e>" for each level, except for the innermost, which is "<e />".
 constexpr std::size_t DeepTextLength = (DeepLevels - 1) * std::size_t(3 + 4) + 5;
 
-// a(x=1) with the children b (empty), c (text), d(e (encoded text), text) and a text.
+// Returns the element a with an attribute, a text and three children: b is empty, c has a text, and d has an
+// encoded text and a child e, which has an encoded text too.
 std::unique_ptr<DOMElement> SmallTree()
 {
     auto root = std::make_unique<DOMElement>(u"a");
@@ -53,7 +55,7 @@ VString Write(const DOMElement& element)
     return writer.GetOutput();
 }
 
-TEST(XMLFormatterTreeTest, EmptyElementIsATag)
+TEST(XMLFormatterTreeTest, EmptyElementIsWrittenByOutputTag)
 {
     RecordingTreeWriter writer;
     writer.OutputDOMElement(DOMElement("a"));
@@ -61,7 +63,7 @@ TEST(XMLFormatterTreeTest, EmptyElementIsATag)
         ElementsAre("OutputDOMElement(a)", "OutputTag(a)", "emit()"));
 }
 
-TEST(XMLFormatterTreeTest, ElementWithTextIsAnEncodedContentTag)
+TEST(XMLFormatterTreeTest, TextIsWrittenByOutputContentTagWithEncoding)
 {
     DOMElement element("a");
     element.SetText("t");
@@ -71,7 +73,7 @@ TEST(XMLFormatterTreeTest, ElementWithTextIsAnEncodedContentTag)
         ElementsAre("OutputDOMElement(a)", "OutputContentTag encode(a)", "GetIndent"));
 }
 
-TEST(XMLFormatterTreeTest, ElementWithEncodedTextIsAVerbatimContentTag)
+TEST(XMLFormatterTreeTest, EncodedTextIsWrittenByOutputContentTagVerbatim)
 {
     DOMElement element("a");
     element.SetText("&amp;", true);
@@ -81,7 +83,7 @@ TEST(XMLFormatterTreeTest, ElementWithEncodedTextIsAVerbatimContentTag)
         ElementsAre("OutputDOMElement(a)", "OutputContentTag verbatim(a)", "GetIndent"));
 }
 
-TEST(XMLFormatterTreeTest, ChildrenComeBeforeTheText)
+TEST(XMLFormatterTreeTest, ChildrenAreWrittenBeforeTheText)
 {
     EXPECT_EQ(Write<XMLStringFormatter>(*SmallTree()),
         VString("<a x='1'>\n"
@@ -93,81 +95,44 @@ TEST(XMLFormatterTreeTest, ChildrenComeBeforeTheText)
                 "  t &amp; u</a>\n"));
 }
 
-TEST(XMLFormatterTreeTest, ElementWithChildrenGoesThroughIndenterChildrenAndText)
+TEST(XMLFormatterTreeTest, ElementWithChildrenIsWrittenByOpenTagChildrenTextAndCloseTag)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
     element.SetText("t");
     RecordingTreeWriter writer("", true);
     writer.OutputDOMElement(element);
-    EXPECT_THAT(writer.calls,
-        ElementsAre("OutputDOMElement(a)",
-            "OutputOpenTag(a)",
-            "emit()",
-            "emit(<)",
-            "emit(a)",
-            "OutputAttributes(0)",
-            "OutputLine(>)",
-            "emit(>)",
-            "Indent",
-            "OutputDOMElement(b)",
-            "OutputTag(b)",
-            "emit()",
-            "emit(<)",
-            "emit(b)",
-            "OutputAttributes(0)",
-            "OutputLine( />)",
-            "emit( />)",
-            "GetIndent",
-            "emit()",
-            "OutputContent escaped(t)",
-            "emit(t)",
-            "Undent",
-            "OutputCloseTag(a)",
-            "emit()",
-            "emit(</)",
-            "emit(a)",
-            "OutputLine(>)",
-            "emit(>)"));
+    EXPECT_EQ(JoinCalls(writer.calls),
+        "OutputDOMElement(a), "
+        "OutputOpenTag(a), emit(), emit(<), emit(a), OutputAttributes(0), OutputLine(>), emit(>), Indent, "
+        "OutputDOMElement(b), "
+        "OutputTag(b), emit(), emit(<), emit(b), OutputAttributes(0), OutputLine( />), emit( />), "
+        "GetIndent, emit(), OutputContent escaped(t), emit(t), "
+        "Undent, OutputCloseTag(a), emit(), emit(</), emit(a), OutputLine(>), emit(>)");
 }
 
-TEST(XMLFormatterTreeTest, OutputDOMElementsWritesEachInOrder)
+TEST(XMLFormatterTreeTest, OutputDOMElementsWritesElementsInOrder)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
     element.AddNewChild("c", nullptr);
     RecordingTreeWriter writer("", true);
     writer.OutputDOMElements(element.GetChildren());
-    EXPECT_THAT(writer.calls,
-        ElementsAre("OutputDOMElements(2)",
-            "OutputDOMElement(b)",
-            "OutputTag(b)",
-            "emit()",
-            "emit(<)",
-            "emit(b)",
-            "OutputAttributes(0)",
-            "OutputLine( />)",
-            "emit( />)",
-            "OutputDOMElement(c)",
-            "OutputTag(c)",
-            "emit()",
-            "emit(<)",
-            "emit(c)",
-            "OutputAttributes(0)",
-            "OutputLine( />)",
-            "emit( />)"));
+    EXPECT_EQ(JoinCalls(writer.calls),
+        "OutputDOMElements(2), "
+        "OutputDOMElement(b), "
+        "OutputTag(b), emit(), emit(<), emit(b), OutputAttributes(0), OutputLine( />), emit( />), "
+        "OutputDOMElement(c), "
+        "OutputTag(c), emit(), emit(<), emit(c), OutputAttributes(0), OutputLine( />), emit( />)");
 }
 
 std::vector<std::string> WithoutElementCalls(std::vector<std::string> calls)
 {
-    calls.erase(std::remove_if(calls.begin(),
-                    calls.end(),
-                    [](const std::string& call) { return call.rfind("OutputDOMElement(", 0) == 0; }),
-        calls.end());
+    std::erase_if(calls, [](const std::string& call) { return call.starts_with("OutputDOMElement("); });
     return calls;
 }
 
-TEST(XMLFormatterTreeTest, WalkMakesTheSameCallsAsTheRecursion)
+TEST(XMLFormatterTreeTest, IterativeWalkMakesTheSameCallsAsRecursion)
 {
     const auto tree = SmallTree();
     RecordingWriter walking;
@@ -178,7 +143,7 @@ TEST(XMLFormatterTreeTest, WalkMakesTheSameCallsAsTheRecursion)
     EXPECT_EQ(WithoutElementCalls(recursing.calls), walking.calls);
 }
 
-// The calls of a writer whose sink fails once at call number `call`, or at it and every later call.
+// Returns the calls of a writer whose sink throws at call number `call`, and at later calls unless `once` is set.
 template <typename Writer>
 std::vector<std::string> CallsUntilFailure(std::size_t call, bool once, bool& thrown)
 {
@@ -199,7 +164,7 @@ std::vector<std::string> CallsUntilFailure(std::size_t call, bool once, bool& th
 
 class XMLFormatterTreeFailureTest : public testing::TestWithParam<bool> {};
 
-TEST_P(XMLFormatterTreeFailureTest, EverySinkFailureClosesTheSameElements)
+TEST_P(XMLFormatterTreeFailureTest, SinkFailureClosesTheSameElementsAsRecursion)
 {
     RecordingWriter whole;
     whole.OutputDOMElement(*SmallTree());
@@ -217,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(Failures, XMLFormatterTreeFailureTest, testing::Bool(),
     return row.param ? "Once" : "FromThenOn";
 });
 
-TEST(XMLFormatterTreeTest, FailureInTheDepthClosesFromTheInsideOut)
+TEST(XMLFormatterTreeTest, FailureClosesTheInnermostElementFirst)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr).AddNewChild("c", nullptr);
@@ -226,26 +191,13 @@ TEST(XMLFormatterTreeTest, FailureInTheDepthClosesFromTheInsideOut)
     EXPECT_THROW(writer.OutputDOMElement(element), std::runtime_error);
     const auto failed = std::find(writer.calls.begin(), writer.calls.end(), "OutputTag(c)");
     ASSERT_NE(failed, writer.calls.end());
-    EXPECT_THAT(std::vector<std::string>(failed, writer.calls.end()),
-        ElementsAre("OutputTag(c)",
-            "emit()",
-            "Undent",
-            "OutputCloseTag(b)",
-            "emit()",
-            "emit(</)",
-            "emit(b)",
-            "OutputLine(>)",
-            "emit(>)",
-            "Undent",
-            "OutputCloseTag(a)",
-            "emit()",
-            "emit(</)",
-            "emit(a)",
-            "OutputLine(>)",
-            "emit(>)"));
+    EXPECT_EQ(JoinCalls(std::vector<std::string>(failed, writer.calls.end())),
+        "OutputTag(c), emit(), "
+        "Undent, OutputCloseTag(b), emit(), emit(</), emit(b), OutputLine(>), emit(>), "
+        "Undent, OutputCloseTag(a), emit(), emit(</), emit(a), OutputLine(>), emit(>)");
 }
 
-TEST(XMLFormatterTreeTest, FailureInACloseTagIsSwallowedAndTheWalkGoesOn)
+TEST(XMLFormatterTreeTest, FailureInACloseTagIsSwallowedAndTheWalkContinues)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr).AddNewChild("c", nullptr);
@@ -253,10 +205,11 @@ TEST(XMLFormatterTreeTest, FailureInACloseTagIsSwallowedAndTheWalkGoesOn)
     RecordingWriter writer("", true);
     writer.FailOnce(12);  // the empty indentation of </b>
     writer.OutputDOMElement(element);
+    // 12 pieces of <a>, <b> and <c />, the failing one, and 4 pieces each of <d /> and </a>.
     EXPECT_EQ(writer.pieces.size(), 12u + 1 + 4 + 4);
 }
 
-// A derived class that overrides nothing around whole elements.
+// Overrides OutputString, but not OutputDOMElement.
 class UpperWriter : public XMLStringFormatter {
 public:
     void OutputString(const VString& text) override
@@ -265,13 +218,13 @@ public:
     }
 };
 
-TEST(XMLFormatterTreeTest, DerivedClassWritesTheSame)
+TEST(XMLFormatterTreeTest, OverrideOfOutputStringReceivesTheWholeTree)
 {
     const auto tree = SmallTree();
     EXPECT_EQ(Write<UpperWriter>(*tree), VString(Write<XMLStringFormatter>(*tree).ToQString().toUpper()));
 }
 
-// Brackets every element.
+// Writes brackets around every element.
 class BracketWriter : public XMLStringFormatter {
 public:
     BracketWriter() : XMLStringFormatter("", true) {}
@@ -284,7 +237,7 @@ public:
     }
 };
 
-TEST(XMLFormatterTreeTest, OverrideSeesBeforeAndAfterEachChild)
+TEST(XMLFormatterTreeTest, OverrideOfOutputDOMElementWrapsEachChild)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr).AddNewChild("c", nullptr);
@@ -292,7 +245,7 @@ TEST(XMLFormatterTreeTest, OverrideSeesBeforeAndAfterEachChild)
     EXPECT_EQ(Write<BracketWriter>(element), VString("[<a>[<b>[<c />]</b>][<d />]</a>]"));
 }
 
-// Inherits its override.
+// Inherits the override of OutputDOMElement.
 class InheritingWriter : public BracketWriter {
 public:
     void OutputString(const VString& text) override
@@ -301,21 +254,21 @@ public:
     }
 };
 
-TEST(XMLFormatterTreeTest, InheritedOverrideSeesEachChild)
+TEST(XMLFormatterTreeTest, InheritedOverrideWrapsEachChild)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr).AddNewChild("c", nullptr);
     EXPECT_EQ(Write<InheritingWriter>(element), VString("[<A>[<B>[<C />]</B>]</A>]"));
 }
 
-class Other {
+class OtherBase {
 public:
-    virtual ~Other() = default;
+    virtual ~OtherBase() = default;
     int number = 1;
 };
 
-// Has the writer as its second base.
-class SecondBaseWriter : public Other, public XMLStringFormatter {
+// Has XMLStringFormatter as its second base class, at another address than the whole object.
+class SecondBaseWriter : public OtherBase, public XMLStringFormatter {
 public:
     SecondBaseWriter() : XMLStringFormatter("", true) {}
 
@@ -327,14 +280,14 @@ public:
     }
 };
 
-TEST(XMLFormatterTreeTest, OverrideBehindAnotherBaseSeesEachChild)
+TEST(XMLFormatterTreeTest, OverrideInAClassWithTwoBasesWrapsEachChild)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
     EXPECT_EQ(Write<SecondBaseWriter>(element), VString("(<a>(<b />)</a>)"));
 }
 
-// Leaves out some elements.
+// Skips elements with the attribute "hidden".
 class FilteringWriter : public XMLStringFormatter {
 public:
     FilteringWriter() : XMLStringFormatter("", true) {}
@@ -346,7 +299,7 @@ public:
     }
 };
 
-TEST(XMLFormatterTreeTest, OverrideCanLeaveAChildOut)
+TEST(XMLFormatterTreeTest, OverrideCanSkipAChild)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr).SetAttribute("hidden", "1");
@@ -354,7 +307,7 @@ TEST(XMLFormatterTreeTest, OverrideCanLeaveAChildOut)
     EXPECT_EQ(Write<FilteringWriter>(element), VString("<a><c /></a>"));
 }
 
-// Writes one element of the tree through the base from within another operation.
+// Calls OutputDOMElement while OutputTag is running.
 class NestingWriter : public XMLStringFormatter {
 public:
     NestingWriter() : XMLStringFormatter("", true) {}
@@ -370,7 +323,7 @@ public:
     }
 };
 
-TEST(XMLFormatterTreeTest, WalkMayStartInsideAnother)
+TEST(XMLFormatterTreeTest, WalkMayStartInsideAnotherWalk)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
@@ -386,7 +339,7 @@ TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAString)
     EXPECT_TRUE(writer.GetOutput().endsWith("</e></e>"));
 }
 
-// Overrides only the sink.
+// Overrides only the sink of XMLFormatter.
 class CountingWriter : public XMLFormatter {
 public:
     CountingWriter() : XMLFormatter("", true) {}
@@ -403,7 +356,7 @@ TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAnotherSink)
     EXPECT_EQ(writer.units, DeepTextLength);
 }
 
-// The same, on top of the writer into a string.
+// Overrides only the sink of XMLStringFormatter.
 class CountingStringWriter : public XMLStringFormatter {
 public:
     CountingStringWriter() : XMLStringFormatter("", true) {}
@@ -413,15 +366,15 @@ public:
     std::size_t units = 0;
 };
 
-TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenByAClassThatOverridesOnlyTheSinkOfTheStringWriter)
+TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAnOverriddenStringSink)
 {
     CountingStringWriter writer;
     writer.OutputDOMElement(*DeepTree());
     EXPECT_EQ(writer.units, DeepTextLength);
 }
 
-// Full at a number of pieces.
-class FullWriter : public CountingWriter {
+// Throws at the first piece of the innermost element and at every later one.
+class LimitedWriter : public CountingWriter {
 public:
     void OutputString(const VString&) override
     {
@@ -432,11 +385,11 @@ public:
     int pieces = 0;
 };
 
-TEST(XMLFormatterTreeTest, FailureUnderAMillionLevelsClosesThemAll)
+TEST(XMLFormatterTreeTest, FailureBelowAMillionLevelsClosesAllElements)
 {
-    FullWriter writer;
+    LimitedWriter writer;
     EXPECT_THROW(writer.OutputDOMElement(*DeepTree()), std::length_error);
-    // Each of the open elements tried its first piece.
+    // Each open element tried to write the first piece of its close tag.
     EXPECT_EQ(writer.pieces, 4 * (DeepLevels - 1) + 1 + (DeepLevels - 1));
 }
 
@@ -466,26 +419,28 @@ TEST_P(XMLFormatterDocumentTest, FormatDOMOfADocumentWritesItsDocumentElement)
     EXPECT_EQ(Format(document), VString(GetParam().expected) + VString("<a />"));
 }
 
-TEST_P(XMLFormatterDocumentTest, FormatDOMOfADocumentWithoutElementWritesTheRest)
+TEST_P(XMLFormatterDocumentTest, FormatDOMOfAnEmptyDocumentWritesHeaderAndComment)
 {
     EXPECT_EQ(Format(DOM()), VString(GetParam().expected));
 }
 
-TEST_P(XMLFormatterDocumentTest, FormatDOMOfAnElementWritesIt)
+TEST_P(XMLFormatterDocumentTest, FormatDOMOfAnElementWritesTheElement)
 {
     EXPECT_EQ(Format(DOMElement("a")), VString(GetParam().expected) + VString("<a />"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows,
-    XMLFormatterDocumentTest,
-    testing::Values(DocumentRow{"Bare", nullptr, false, ""},
-        DocumentRow{"Header", nullptr, true, "<?xml version='1.0' encoding='utf-8' ?>"},
-        DocumentRow{"Comment", "c--d", false, "<!-- c-&45;d -->"},
-        DocumentRow{"EmptyComment", "", false, "<!--  -->"},
-        DocumentRow{"HeaderAndComment", "c", true, "<?xml version='1.0' encoding='utf-8' ?><!-- c -->"}),
-    [](const auto& row) { return row.param.name; });
+const DocumentRow DocumentRows[] = {
+    {"NeitherHeaderNorComment", nullptr, false, ""},
+    {"Header", nullptr, true, "<?xml version='1.0' encoding='utf-8' ?>"},
+    {"Comment", "c--d", false, "<!-- c-&45;d -->"},
+    {"EmptyComment", "", false, "<!--  -->"},
+    {"HeaderAndComment", "c", true, "<?xml version='1.0' encoding='utf-8' ?><!-- c -->"},
+};
 
-TEST(XMLFormatterTreeTest, FormatDOMGoesThroughVirtualCalls)
+INSTANTIATE_TEST_SUITE_P(
+    Rows, XMLFormatterDocumentTest, testing::ValuesIn(DocumentRows), [](const auto& row) { return row.param.name; });
+
+TEST(XMLFormatterTreeTest, FormatDOMCallsTheVirtualOperations)
 {
     RecordingTreeWriter writer("", true);
     VString comment = "c";

@@ -13,7 +13,7 @@
 
 namespace {
 
-TEST(XMLFormatterValuesTest, BooleansAreWords)
+TEST(XMLFormatterValuesTest, BooleansAreTrueOrFalse)
 {
     EXPECT_EQ(XMLFormatter::FormatBooleanAttribute(true), VString("true"));
     EXPECT_EQ(XMLFormatter::FormatBooleanAttribute(false), VString("false"));
@@ -40,24 +40,26 @@ TEST_P(XMLFormatterNumberTest, FloatHas6Digits)
 
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 
-INSTANTIATE_TEST_SUITE_P(Rows,
-    XMLFormatterNumberTest,
-    testing::Values(NumberRow{"Zero", 0.0, "0", "0"},
-        NumberRow{"NegativeZero", -0.0, "-0", "-0"},
-        NumberRow{"Whole", 12.0, "12", "12"},
-        NumberRow{"Half", -0.5, "-0.5", "-0.5"},
-        NumberRow{"Tenth", 0.1, "0.10000000000000001", "0.1"},
-        NumberRow{"Third", 1.0 / 3, "0.33333333333333331", "0.333333"},
-        NumberRow{"Million", 1e6, "1000000", "1e+06"},
-        NumberRow{"Large", 1e20, "1e+20", "1e+20"},
-        NumberRow{"LastFixed", 1e16, "10000000000000000", "1e+16"},
-        NumberRow{"Small", 0.0001, "0.0001", "0.0001"},
-        NumberRow{"Smaller", 0.00001, "1.0000000000000001e-05", "1e-05"},
-        NumberRow{"Infinity", Infinity, "inf", "inf"},
-        NumberRow{"NegativeInfinity", -Infinity, "-inf", "-inf"}),
-    [](const auto& row) { return row.param.name; });
+const NumberRow NumberRows[] = {
+    {"Zero", 0.0, "0", "0"},
+    {"NegativeZero", -0.0, "-0", "-0"},
+    {"WholeNumber", 12.0, "12", "12"},
+    {"Half", -0.5, "-0.5", "-0.5"},
+    {"Tenth", 0.1, "0.10000000000000001", "0.1"},
+    {"Third", 1.0 / 3, "0.33333333333333331", "0.333333"},
+    {"Million", 1e6, "1000000", "1e+06"},
+    {"LargeWithExponent", 1e20, "1e+20", "1e+20"},
+    {"LargestPowerOfTenWithoutExponent", 1e16, "10000000000000000", "1e+16"},
+    {"SmallWithoutExponent", 0.0001, "0.0001", "0.0001"},
+    {"SmallWithExponent", 0.00001, "1.0000000000000001e-05", "1e-05"},
+    {"Infinity", Infinity, "inf", "inf"},
+    {"NegativeInfinity", -Infinity, "-inf", "-inf"},
+};
 
-TEST(XMLFormatterValuesTest, DoublesComeBack)
+INSTANTIATE_TEST_SUITE_P(
+    Rows, XMLFormatterNumberTest, testing::ValuesIn(NumberRows), [](const auto& row) { return row.param.name; });
+
+TEST(XMLFormatterValuesTest, DoublesRoundTrip)
 {
     std::mt19937_64 random(1);
     for (int round = 0; round < 20000; ++round) {
@@ -72,10 +74,9 @@ TEST(XMLFormatterValuesTest, DoublesComeBack)
 
 TEST(XMLFormatterValuesTest, Int64IsDecimal)
 {
-    EXPECT_EQ(
-        XMLFormatter::FormatInt64Attribute(std::numeric_limits<std::int64_t>::min()), VString("-9223372036854775808"));
-    EXPECT_EQ(
-        XMLFormatter::FormatInt64Attribute(std::numeric_limits<std::int64_t>::max()), VString("9223372036854775807"));
+    using Limits = std::numeric_limits<std::int64_t>;
+    EXPECT_EQ(XMLFormatter::FormatInt64Attribute(Limits::min()), VString("-9223372036854775808"));
+    EXPECT_EQ(XMLFormatter::FormatInt64Attribute(Limits::max()), VString("9223372036854775807"));
 }
 
 TEST(XMLFormatterValuesTest, IntegerIsDecimal)

@@ -8,7 +8,7 @@
 
 namespace {
 
-// As long as a string can be; its memory is never touched.
+// Returns a text of the maximum length, whose memory is never touched.
 VString LongestText()
 {
     return VString(QString(VString::MaxLength, Qt::Uninitialized));
@@ -19,7 +19,7 @@ TEST(XMLStringFormatterTest, StartsEmpty)
     EXPECT_EQ(XMLStringFormatter().GetOutput(), VString());
 }
 
-TEST(XMLStringFormatterTest, DefaultsToTwoBlanksAndLines)
+TEST(XMLStringFormatterTest, DefaultsToLinesIndentedByTwoBlanks)
 {
     XMLStringFormatter writer;
     {
@@ -29,7 +29,7 @@ TEST(XMLStringFormatterTest, DefaultsToTwoBlanksAndLines)
     EXPECT_EQ(writer.GetOutput(), VString("<a>\n  <b />\n</a>\n"));
 }
 
-TEST(XMLStringFormatterTest, TakesUnitAndSingleLine)
+TEST(XMLStringFormatterTest, UsesTheGivenIndentationAndSingleLineMode)
 {
     XMLStringFormatter writer("\t", true);
     {
@@ -39,7 +39,7 @@ TEST(XMLStringFormatterTest, TakesUnitAndSingleLine)
     EXPECT_EQ(writer.GetOutput(), VString("<a>\t<b /></a>"));
 }
 
-TEST(XMLStringFormatterTest, GetOutputKeepsWhatWasWritten)
+TEST(XMLStringFormatterTest, GetOutputDoesNotClearTheOutput)
 {
     XMLStringFormatter writer;
     writer.OutputString("a");
@@ -57,7 +57,7 @@ TEST(XMLStringFormatterTest, GetOutputIsACopy)
     EXPECT_EQ(before, VString("a"));
 }
 
-TEST(XMLStringFormatterTest, CopiesWriteOnByThemselves)
+TEST(XMLStringFormatterTest, CopiesWriteIndependently)
 {
     XMLStringFormatter writer;
     writer.OutputString("abc");
@@ -69,7 +69,7 @@ TEST(XMLStringFormatterTest, CopiesWriteOnByThemselves)
     EXPECT_EQ(copy.GetOutput(), VString("abcdy"));
 }
 
-TEST(XMLStringFormatterTest, OwnOutputCanBeWrittenAgain)
+TEST(XMLStringFormatterTest, OutputCanBeWrittenToItself)
 {
     XMLStringFormatter writer;
     writer.OutputString("ab");
@@ -78,7 +78,7 @@ TEST(XMLStringFormatterTest, OwnOutputCanBeWrittenAgain)
     EXPECT_EQ(writer.GetOutput(), VString("abababababababab"));
 }
 
-TEST(XMLStringFormatterTest, WritingLaterTextLeavesTheCallersStringUnchanged)
+TEST(XMLStringFormatterTest, LaterOutputLeavesTheCallersStringUnchanged)
 {
     const VString text = "abc";
     XMLStringFormatter writer;
@@ -87,14 +87,14 @@ TEST(XMLStringFormatterTest, WritingLaterTextLeavesTheCallersStringUnchanged)
     EXPECT_EQ(text, VString("abc"));
 }
 
-TEST(XMLStringFormatterTest, TooMuchTextThrows)
+TEST(XMLStringFormatterTest, OutputLongerThanAStringThrows)
 {
     XMLStringFormatter writer;
     writer.OutputString(LongestText());
     EXPECT_THROW(writer.OutputString("x"), std::length_error);
 }
 
-TEST(XMLStringFormatterTest, TooMuchTextStaysAFailure)
+TEST(XMLStringFormatterTest, EveryCallThrowsAfterTooLongText)
 {
     XMLStringFormatter writer;
     writer.OutputString("x");
@@ -103,13 +103,13 @@ TEST(XMLStringFormatterTest, TooMuchTextStaysAFailure)
     EXPECT_THROW(writer.GetOutput(), std::length_error);
 }
 
-// Writes nothing to open an element, so that a shared text can fill the buffer.
+// Writes no open tags, so that a text of the maximum length fits.
 class CloseTagWriter : public XMLStringFormatter {
 public:
     void OutputOpenTag(const VString&, const AttributeMap&) override {}
 };
 
-TEST(XMLStringFormatterTest, TextCutInASwallowedCloseTagIsNotGivenOut)
+TEST(XMLStringFormatterTest, GetOutputThrowsAfterASwallowedFailureOfACloseTag)
 {
     CloseTagWriter writer;
     {

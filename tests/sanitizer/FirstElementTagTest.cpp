@@ -33,6 +33,6 @@ TEST(FirstElementTagTest, ReadsNoFurtherThanTheRunThatCompletesTheTag)
     const std::string tag = "<a b='" + std::string(600, 'x') + "'>";
     testsupport::EndlessSource source(tag);
     EXPECT_EQ(ReadFirstElementTag(source), tag);
-    EXPECT_EQ(source.runs, 2);
+    EXPECT_EQ(source.blocks, 2);
     EXPECT_TRUE(source.IsAtStart());
 }

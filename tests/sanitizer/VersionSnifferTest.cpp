@@ -19,7 +19,7 @@ struct SniffRow {
 
 class SniffRows : public testing::TestWithParam<SniffRow> {};
 
-// Fails its second read.
+// Throws on its second read.
 class FailingSource : public InputSource {
 public:
     FailingSource() : InputSource("failing") {}
@@ -46,7 +46,7 @@ private:
 
 }  // namespace
 
-TEST_P(SniffRows, Version)
+TEST_P(SniffRows, ReadsTheVersionAndResetsTheSource)
 {
     Utf8InputSource source(GetParam().text, "sniffed", false);
     const Nullable<VersionNumber> version = VersionSniffer(source, GetParam().attribute);
@@ -62,45 +62,46 @@ TEST_P(SniffRows, Version)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(VersionSnifferTest,
-    SniffRows,
-    testing::Values(SniffRow{"Plain", "<a version='18.1'/>", "", "18.1"},
-        SniffRow{"AnotherAttribute", "<a version='18.1' format=\"2.0\"/>", "format", "2.0"},
-        SniffRow{"BehindEverything",
-            "<?xml version='1.0'?>\n<!-- version='3' --><!DOCTYPE a [<!ELEMENT a ANY>]>\n<a version='18.1'>",
-            "",
-            "18.1"},
-        SniffRow{"PartOfAName", "<a build_version='1'/>", "", nullptr},
-        SniffRow{"OnlyOnAChild", "<a><b version='1'/></a>", "", nullptr},
-        SniffRow{"Empty", "", "", nullptr},
-        SniffRow{"NoCompleteTag", "<a version='18.1'", "", nullptr},
-        SniffRow{"IllFormedVersion", "<a version='new'/>", "", "new"},
-        SniffRow{"LongTag", "<a b='" + std::string(2000, 'x') + "' version='10.5'/>", "", "10.5"},
-        SniffRow{"AcrossTheEndOfARun", std::string(508, ' ') + "<a version='10.4'/>", "", "10.4"},
-        SniffRow{"CommentAcrossTheEndOfARun", "<!--" + std::string(506, ' ') + "--><a version='10.3'/>", "", "10.3"},
-        SniffRow{
-            "OpenAtTheEndOfARun", std::string(510, ' ') + "<!-- <b version='1'> --><a version='10.2'/>", "", "10.2"},
-        SniffRow{"ApostropheInACommentOfADoctype", "<!DOCTYPE a [<!-- don't -->]><a version='18.1'/>", "", nullptr}),
-    [](const auto& row) { return row.param.name; });
+const SniffRow SniffedTexts[] = {
+    {"Plain", "<a version='18.1'/>", "", "18.1"},
+    {"GivenAttribute", "<a version='18.1' format=\"2.0\"/>", "format", "2.0"},
+    {"AfterDeclarationCommentAndDoctype",
+        "<?xml version='1.0'?>\n<!-- version='3' --><!DOCTYPE a [<!ELEMENT a ANY>]>\n<a version='18.1'>",
+        "",
+        "18.1"},
+    {"SuffixOfAnotherName", "<a build_version='1'/>", "", nullptr},
+    {"OnlyOnAChild", "<a><b version='1'/></a>", "", nullptr},
+    {"Empty", "", "", nullptr},
+    {"IncompleteTag", "<a version='18.1'", "", nullptr},
+    {"IllFormedVersion", "<a version='new'/>", "", "new"},
+    {"LongTag", "<a b='" + std::string(2000, 'x') + "' version='10.5'/>", "", "10.5"},
+    {"TagAcrossTwoBlocks", std::string(508, ' ') + "<a version='10.4'/>", "", "10.4"},
+    {"CommentEndAcrossTwoBlocks", "<!--" + std::string(506, ' ') + "--><a version='10.3'/>", "", "10.3"},
+    {"CommentStartAcrossTwoBlocks", std::string(510, ' ') + "<!-- <b version='1'> --><a version='10.2'/>", "", "10.2"},
+    {"ApostropheInACommentOfADoctype", "<!DOCTYPE a [<!-- don't -->]><a version='18.1'/>", "", nullptr},
+};
 
-TEST(VersionSnifferTest, AFailingSourceIsResetAndItsFailurePassesThrough)
+INSTANTIATE_TEST_SUITE_P(
+    VersionSnifferTest, SniffRows, testing::ValuesIn(SniffedTexts), [](const auto& row) { return row.param.name; });
+
+TEST(VersionSnifferTest, ResetsAFailingSourceAndRethrows)
 {
     FailingSource source;
     EXPECT_THROW(VersionSniffer(source, VString()), std::runtime_error);
     EXPECT_EQ(source.resets, 1);
 }
 
-TEST(VersionSnifferTest, AFileInAnotherEncodingThrows)
+TEST(VersionSnifferTest, ThrowsForAFileThatIsNotUtf8)
 {
     const testsupport::TemporaryFolder folder;
     FileInputSource source(folder.Write("latin1.xml", "<a version='1' b='\xE9t\xE9'/>"));
     EXPECT_THROW(VersionSniffer(source, VString()), VantoraException);
 }
 
-TEST(VersionSnifferTest, ReadsNoFurtherThanTheRunThatCompletesTheTag)
+TEST(VersionSnifferTest, StopsReadingAfterTheBlockThatCompletesTheTag)
 {
     testsupport::EndlessSource source("<a b='" + std::string(600, 'x') + "' version='18.1'>");
     EXPECT_EQ(VersionSniffer(source, VString()).GetValue().GetAsString(), VString("18.1"));
-    EXPECT_EQ(source.runs, 2);
-    EXPECT_EQ(source.longestRun, 512u);
+    EXPECT_EQ(source.blocks, 2);
+    EXPECT_EQ(source.longestBlock, 512u);
 }

@@ -6,6 +6,7 @@
 
 namespace {
 
+constexpr const char* const File = "vancorexml\\main\\parser\\XMLRangeTable";
 constexpr std::size_t Untouched = 77;
 
 struct RangeRow {
@@ -20,7 +21,7 @@ class XMLRangeTableRows : public testing::TestWithParam<RangeRow> {};
 
 }  // namespace
 
-TEST_P(XMLRangeTableRows, TypeAndEnd)
+TEST_P(XMLRangeTableRows, FindsTypeAndEndOfTheRange)
 {
     XMLRangeTable table(GetParam().text);
     std::size_t end = Untouched;
@@ -28,26 +29,28 @@ TEST_P(XMLRangeTableRows, TypeAndEnd)
     EXPECT_EQ(end, GetParam().end);
 }
 
-INSTANTIATE_TEST_SUITE_P(XMLRangeTableTest,
-    XMLRangeTableRows,
-    testing::Values(RangeRow{"EmptyText", "", 0, XMLRangeTypeNone, Untouched},
-        RangeRow{"NoBang", "<a/>", 1, XMLRangeTypeNone, Untouched},
-        RangeRow{"BangAtTheStartEndsTheSearch", "!<!-- -->", 3, XMLRangeTypeNone, Untouched},
-        RangeRow{"BangWithoutOpen", "a!<!--b-->", 4, XMLRangeTypeComment, 10},
-        RangeRow{"CDataFromItsFirstByte", "<![CDATA[x]]>y", 0, XMLRangeTypeCData, 13},
-        RangeRow{"CDataToItsLastByte", "<![CDATA[x]]>y", 12, XMLRangeTypeCData, 13},
-        RangeRow{"BehindCData", "<![CDATA[x]]>y", 13, XMLRangeTypeNone, Untouched},
-        RangeRow{"CDataHidesAComment", "<![CDATA[<!--]]>-->", 17, XMLRangeTypeNone, Untouched},
-        RangeRow{"Comment", "a<!--b-->c", 5, XMLRangeTypeComment, 9},
-        RangeRow{"BeforeAComment", "a<!--b-->c", 0, XMLRangeTypeNone, Untouched},
-        RangeRow{"CommentOfFiveBytes", "<!-->x", 4, XMLRangeTypeComment, 5},
-        RangeRow{"Declaration", "<!DOCTYPE a>", 4, XMLRangeTypeDeclaration, 12},
-        RangeRow{"OtherSectionIsADeclaration", "<![IGNORE[x]]>", 4, XMLRangeTypeDeclaration, 14},
-        RangeRow{"WithoutItsEnd", "<!--b", 4, XMLRangeTypeComment, 5},
-        RangeRow{"SecondRange", "<!-- --><!D>", 9, XMLRangeTypeDeclaration, 12}),
-    [](const auto& row) { return row.param.name; });
+const RangeRow RangeRows[] = {
+    {"EmptyText", "", 0, XMLRangeTypeNone, Untouched},
+    {"NoBang", "<a/>", 1, XMLRangeTypeNone, Untouched},
+    {"BangAtTheStartEndsTheSearch", "!<!-- -->", 3, XMLRangeTypeNone, Untouched},
+    {"BangWithoutLessThan", "a!<!--b-->", 4, XMLRangeTypeComment, 10},
+    {"FirstByteOfCData", "<![CDATA[x]]>y", 0, XMLRangeTypeCData, 13},
+    {"LastByteOfCData", "<![CDATA[x]]>y", 12, XMLRangeTypeCData, 13},
+    {"AfterCData", "<![CDATA[x]]>y", 13, XMLRangeTypeNone, Untouched},
+    {"CDataHidesAComment", "<![CDATA[<!--]]>-->", 17, XMLRangeTypeNone, Untouched},
+    {"Comment", "a<!--b-->c", 5, XMLRangeTypeComment, 9},
+    {"BeforeAComment", "a<!--b-->c", 0, XMLRangeTypeNone, Untouched},
+    {"CommentOfFiveBytes", "<!-->x", 4, XMLRangeTypeComment, 5},
+    {"Declaration", "<!DOCTYPE a>", 4, XMLRangeTypeDeclaration, 12},
+    {"ConditionalSectionIsADeclaration", "<![IGNORE[x]]>", 4, XMLRangeTypeDeclaration, 14},
+    {"UnterminatedComment", "<!--b", 4, XMLRangeTypeComment, 5},
+    {"SecondRange", "<!-- --><!D>", 9, XMLRangeTypeDeclaration, 12},
+};
 
-TEST(XMLRangeTableTest, TypesHaveTheirValues)
+INSTANTIATE_TEST_SUITE_P(
+    XMLRangeTableTest, XMLRangeTableRows, testing::ValuesIn(RangeRows), [](const auto& row) { return row.param.name; });
+
+TEST(XMLRangeTableTest, TypesHaveFixedValues)
 {
     EXPECT_EQ(static_cast<std::uint32_t>(XMLRangeTypeCData), 0u);
     EXPECT_EQ(static_cast<std::uint32_t>(XMLRangeTypeComment), 1u);
@@ -63,7 +66,7 @@ TEST(XMLRangeTableTest, DefaultTableHasNoRanges)
     EXPECT_EQ(end, Untouched);
 }
 
-TEST(XMLRangeTableTest, TheSamePositionMayBeAskedAgain)
+TEST(XMLRangeTableTest, SamePositionMayBeQueriedAgain)
 {
     XMLRangeTable table("<!--b-->");
     std::size_t end = 0;
@@ -71,19 +74,17 @@ TEST(XMLRangeTableTest, TheSamePositionMayBeAskedAgain)
     EXPECT_EQ(table.GetRangeTypeAt(3, end), XMLRangeTypeComment);
 }
 
-TEST(XMLRangeTableTest, DecreasingPositionsRaise)
+TEST(XMLRangeTableTest, DecreasingPositionRaises)
 {
     XMLRangeTable table("<!--b-->");
     std::size_t end = 0;
     table.GetRangeTypeAt(3, end);
-    testsupport::ExpectLogicException([&] { table.GetRangeTypeAt(2, end); },
-        "vancorexml\\main\\parser\\XMLRangeTable",
-        104,
-        "GetRangeTypeAt must be called with increasing positions",
-        0x1A238B43);
+    const auto goBack = [&] { table.GetRangeTypeAt(2, end); };
+    testsupport::ExpectLogicException(
+        goBack, File, 104, "GetRangeTypeAt must be called with increasing positions", 0x1A238B43);
 }
 
-TEST(XMLRangeTableTest, CopiesHaveACursorOfTheirOwn)
+TEST(XMLRangeTableTest, CopiesHaveTheirOwnCursor)
 {
     XMLRangeTable table("<!--b--><!D>");
     std::size_t end = 0;
@@ -96,7 +97,7 @@ TEST(XMLRangeTableTest, CopiesHaveACursorOfTheirOwn)
     EXPECT_EQ(table.GetRangeTypeAt(2, end), XMLRangeTypeComment);
 }
 
-TEST(XMLRangeTableTest, MoveTakesTheRangesOver)
+TEST(XMLRangeTableTest, MoveTransfersTheRanges)
 {
     XMLRangeTable table("<!--b-->");
     XMLRangeTable moved(std::move(table));
@@ -106,14 +107,13 @@ TEST(XMLRangeTableTest, MoveTakesTheRangesOver)
     EXPECT_EQ(assigned.GetRangeTypeAt(1, end), XMLRangeTypeComment);
 }
 
-TEST(XMLRangeTableTest, CopyingWhatWasMovedFromRaises)
+TEST(XMLRangeTableTest, CopyOfAMovedFromTableRaises)
 {
     XMLRangeTable table("<!--b-->");
     const XMLRangeTable moved(std::move(table));
     XMLRangeTable target;
     const auto expect = [](const std::function<void()>& run) {
-        testsupport::ExpectLogicException(
-            run, "vancorexml\\main\\parser\\XMLRangeTable", 141, "other.m_pImpl != nullptr", 0x7DE85DF8);
+        testsupport::ExpectLogicException(run, File, 141, "other.m_pImpl != nullptr", 0x7DE85DF8);
     };
     expect([&] { XMLRangeTable copy(table); });
     expect([&] { target = table; });

@@ -43,75 +43,76 @@ class QuotesRows : public testing::TestWithParam<QuotesRow> {};
 
 }  // namespace
 
-TEST_P(FindTagEndRows, End)
+TEST_P(FindTagEndRows, FindsTheEndOfTheTag)
 {
     EXPECT_EQ(XmlUtils::FindTagEnd(GetParam().text, GetParam().start), GetParam().end);
 }
 
-INSTANTIATE_TEST_SUITE_P(XmlUtilsTest,
-    FindTagEndRows,
-    testing::Values(TagEndRow{"PlainTag", "<a>", 0, 2},
-        TagEndRow{"InTheMiddle", "x<a>y>", 1, 3},
-        TagEndRow{"Instruction", "<?a > ?>", 0, 7},
-        TagEndRow{"Comment", "<!-- > -->", 0, 9},
-        TagEndRow{"CommentOfFiveBytes", "<!-->", 0, 4},
-        TagEndRow{"CData", "<![CDATA[ > ]]>", 0, 14},
-        TagEndRow{"DeclarationWithQuotes", "<!DOCTYPE a '>'>", 0, 15},
-        TagEndRow{"QuotedClose", "<a b='>' c=\">\">", 0, 14},
-        TagEndRow{"OtherQuoteInside", "<a b='\">'>", 0, 9},
-        TagEndRow{"QuoteWithoutItsEnd", "<a b='>", 0, XmlUtils::npos},
-        TagEndRow{"NoClose", "<abc", 0, XmlUtils::npos},
-        TagEndRow{"FewerThanThreeBytes", "<>", 0, XmlUtils::npos},
-        TagEndRow{"ThreeBytes", "<>>", 0, 1},
-        TagEndRow{"InstructionWithoutItsEnd", "<?a >", 0, XmlUtils::npos}),
-    [](const auto& row) { return row.param.name; });
+const TagEndRow TagEndRows[] = {
+    {"PlainTag", "<a>", 0, 2},
+    {"TagInTheMiddle", "x<a>y>", 1, 3},
+    {"Instruction", "<?a > ?>", 0, 7},
+    {"Comment", "<!-- > -->", 0, 9},
+    {"CommentOfFiveBytes", "<!-->", 0, 4},
+    {"CData", "<![CDATA[ > ]]>", 0, 14},
+    {"DeclarationWithQuotes", "<!DOCTYPE a '>'>", 0, 15},
+    {"QuotedGreaterThan", "<a b='>' c=\">\">", 0, 14},
+    {"QuoteInsideTheOtherQuotes", "<a b='\">'>", 0, 9},
+    {"UnterminatedQuote", "<a b='>", 0, XmlUtils::npos},
+    {"UnterminatedTag", "<abc", 0, XmlUtils::npos},
+    {"FewerThanThreeBytes", "<>", 0, XmlUtils::npos},
+    {"ThreeBytes", "<>>", 0, 1},
+    {"UnterminatedInstruction", "<?a >", 0, XmlUtils::npos},
+};
 
-TEST(XmlUtilsTest, FindTagEndRaisesWithoutAnOpenBrace)
+INSTANTIATE_TEST_SUITE_P(
+    XmlUtilsTest, FindTagEndRows, testing::ValuesIn(TagEndRows), [](const auto& row) { return row.param.name; });
+
+TEST(XmlUtilsTest, FindTagEndRaisesUnlessStartIsALessThanSign)
 {
-    testsupport::ExpectLogicException(
-        [] { XmlUtils::FindTagEnd("a<b>", 0); }, File, 208, "xml[start] == c_openBrace", 0x92C7E05B);
-    testsupport::ExpectLogicException(
-        [] { XmlUtils::FindTagEnd("a<b>", 4); }, File, 208, "xml[start] == c_openBrace", 0x92C7E05B);
+    for (const std::size_t start : {std::size_t{0}, std::size_t{4}}) {
+        const auto find = [start] { XmlUtils::FindTagEnd("a<b>", start); };
+        testsupport::ExpectLogicException(find, File, 208, "xml[start] == c_openBrace", 0x92C7E05B);
+    }
 }
 
-TEST_P(AttributeValueRows, Value)
+TEST_P(AttributeValueRows, FindsTheValue)
 {
     EXPECT_EQ(XmlUtils::GetAttributeValueInTag(GetParam().tag, GetParam().attribute, {0, GetParam().tag.size()}),
         GetParam().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(XmlUtilsTest,
-    AttributeValueRows,
-    testing::Values(ValueRow{"Apostrophes", "<a b='1'>", "b", "1"},
-        ValueRow{"DoubleQuotes", "<a b=\"1'2\">", "b", "1'2"},
-        ValueRow{"BlanksAroundTheSign", "<a b \t=\n '1'>", "b", "1"},
-        ValueRow{"EmptyValue", "<a b=''>", "b", ""},
-        ValueRow{"PartOfAName", "<a build_version='1' version='2'>", "version", "2"},
-        ValueRow{"InsideAValue", "<a b=' version=\"1\" ' version='2'>", "version", "2"},
-        ValueRow{"BeginningOfAName", "<a versions='1' version='2'>", "version", "2"},
-        ValueRow{"NoSign", "<a b c='1'>", "b", std::nullopt},
-        ValueRow{"NoQuote", "<a b=1>", "b", std::nullopt},
-        ValueRow{"NoClosingQuote", "<a b='1>", "b", std::nullopt},
-        ValueRow{"Missing", "<a b='1'>", "c", std::nullopt},
-        ValueRow{"EmptyName", "<a b='1'>", "", std::nullopt},
-        ValueRow{"ElementNameIsNone", "<a='1'>", "a", std::nullopt},
-        ValueRow{"TheFirstThatCounts", "<a b='1' b='2'>", "b", "1"}),
-    [](const auto& row) { return row.param.name; });
+const ValueRow ValueRows[] = {
+    {"Apostrophes", "<a b='1'>", "b", "1"},
+    {"DoubleQuotes", "<a b=\"1'2\">", "b", "1'2"},
+    {"BlanksAroundTheEqualsSign", "<a b \t=\n '1'>", "b", "1"},
+    {"EmptyValue", "<a b=''>", "b", ""},
+    {"SuffixOfAnotherName", "<a build_version='1' version='2'>", "version", "2"},
+    {"NameInsideAValue", "<a b=' version=\"1\" ' version='2'>", "version", "2"},
+    {"PrefixOfAnotherName", "<a versions='1' version='2'>", "version", "2"},
+    {"NoEqualsSign", "<a b c='1'>", "b", std::nullopt},
+    {"ValueWithoutQuotes", "<a b=1>", "b", std::nullopt},
+    {"NoClosingQuote", "<a b='1>", "b", std::nullopt},
+    {"MissingAttribute", "<a b='1'>", "c", std::nullopt},
+    {"EmptyName", "<a b='1'>", "", std::nullopt},
+    {"ElementNameIsNotAnAttribute", "<a='1'>", "a", std::nullopt},
+    {"FirstOfTwoAttributes", "<a b='1' b='2'>", "b", "1"},
+};
 
-TEST(XmlUtilsTest, AttributeValueBehindTheTagIsNotSeen)
+INSTANTIATE_TEST_SUITE_P(
+    XmlUtilsTest, AttributeValueRows, testing::ValuesIn(ValueRows), [](const auto& row) { return row.param.name; });
+
+TEST(XmlUtilsTest, GetAttributeValueInTagIgnoresTextAfterTheTag)
 {
     EXPECT_EQ(XmlUtils::GetAttributeValueInTag("<a><b c='1'>", "c", {0, 3}), std::nullopt);
     EXPECT_EQ(XmlUtils::GetAttributeValueInTag("<a b='><c d='1'>", "b", {0, 7}), std::nullopt);
 }
 
-TEST(XmlUtilsTest, GetAttributeValueInTagRaisesOutsideOfTheText)
+TEST(XmlUtilsTest, GetAttributeValueInTagRaisesForARangeOutsideTheText)
 {
     const auto expect = [](const XmlUtils::TagRange& range) {
-        testsupport::ExpectLogicException([&] { XmlUtils::GetAttributeValueInTag("<a>", "b", range); },
-            File,
-            358,
-            "idx < xml.size() && end < xml.size()",
-            0xA3E88D2C);
+        const auto get = [&range] { XmlUtils::GetAttributeValueInTag("<a>", "b", range); };
+        testsupport::ExpectLogicException(get, File, 358, "idx < xml.size() && end < xml.size()", 0xA3E88D2C);
     };
     expect({3, 1});
     expect({0, 4});
@@ -119,53 +120,55 @@ TEST(XmlUtilsTest, GetAttributeValueInTagRaisesOutsideOfTheText)
     expect({XmlUtils::npos, 0});
 }
 
-TEST(XmlUtilsTest, GetAttributeValueInTagRaisesForWhatIsNoTag)
+TEST(XmlUtilsTest, GetAttributeValueInTagRaisesForARangeThatIsNotATag)
 {
     const auto expect = [](const XmlUtils::TagRange& range) {
-        testsupport::ExpectLogicException([&] { XmlUtils::GetAttributeValueInTag("x<a>y", "b", range); },
-            File,
-            359,
-            "xml[idx] == c_openBrace && xml[end] == c_closeBrace",
-            0xC2D03F8A);
+        const auto get = [&range] { XmlUtils::GetAttributeValueInTag("x<a>y", "b", range); };
+        testsupport::ExpectLogicException(
+            get, File, 359, "xml[idx] == c_openBrace && xml[end] == c_closeBrace", 0xC2D03F8A);
     };
     expect({0, 4});
     expect({1, 4});
 }
 
-TEST_P(FirstElementTagRows, Range)
+TEST_P(FirstElementTagRows, FindsTheRangeOfTheTag)
 {
     const XmlUtils::TagRange range = XmlUtils::FindFirstElementTag(GetParam().text);
     EXPECT_EQ(range.start, GetParam().start);
     EXPECT_EQ(range.length, GetParam().length);
 }
 
-INSTANTIATE_TEST_SUITE_P(XmlUtilsTest,
-    FirstElementTagRows,
-    testing::Values(FirstTagRow{"OnlyAnElement", "<a b='1'/>", 0, 10},
-        FirstTagRow{"BehindEverything", "<?xml?><!-- <b> --><!DOCTYPE a><a>", 31, 3},
-        FirstTagRow{"BehindText", "text <a>", 5, 3},
-        FirstTagRow{"Empty", "", XmlUtils::npos, 0},
-        FirstTagRow{"NoElement", "<?xml?>", XmlUtils::npos, 0},
-        FirstTagRow{"NotComplete", "<a b='1'", XmlUtils::npos, 0},
-        FirstTagRow{"CommentNotComplete", "<!-- <a>", XmlUtils::npos, 0}),
-    [](const auto& row) { return row.param.name; });
+const FirstTagRow FirstTagRows[] = {
+    {"OnlyAnElement", "<a b='1'/>", 0, 10},
+    {"AfterDeclarationCommentAndDoctype", "<?xml?><!-- <b> --><!DOCTYPE a><a>", 31, 3},
+    {"AfterText", "text <a>", 5, 3},
+    {"Empty", "", XmlUtils::npos, 0},
+    {"NoElement", "<?xml?>", XmlUtils::npos, 0},
+    {"IncompleteTag", "<a b='1'", XmlUtils::npos, 0},
+    {"IncompleteComment", "<!-- <a>", XmlUtils::npos, 0},
+};
 
-TEST_P(QuotesRows, Match)
+INSTANTIATE_TEST_SUITE_P(
+    XmlUtilsTest, FirstElementTagRows, testing::ValuesIn(FirstTagRows), [](const auto& row) { return row.param.name; });
+
+TEST_P(QuotesRows, TellsWhetherQuotesMatch)
 {
     EXPECT_EQ(XmlUtils::AreQuotesMatchingInRange(GetParam().text, 0, GetParam().text.size() - 1), GetParam().match);
 }
 
-INSTANTIATE_TEST_SUITE_P(XmlUtilsTest,
-    QuotesRows,
-    testing::Values(QuotesRow{"None", "abc", true},
-        QuotesRow{"Pair", "a'b'c", true},
-        QuotesRow{"OtherInside", "'\"'", true},
-        QuotesRow{"Open", "a'b", false},
-        QuotesRow{"SecondOpen", "'a'\"", false},
-        QuotesRow{"Crossed", "'\"'\"", false}),
-    [](const auto& row) { return row.param.name; });
+const QuotesRow QuoteRows[] = {
+    {"NoQuotes", "abc", true},
+    {"Pair", "a'b'c", true},
+    {"QuoteInsideTheOtherQuotes", "'\"'", true},
+    {"UnterminatedQuote", "a'b", false},
+    {"UnterminatedSecondQuote", "'a'\"", false},
+    {"CrossedQuotes", "'\"'\"", false},
+};
 
-TEST(XmlUtilsTest, QuotesOutsideOfTheRangeDoNotCount)
+INSTANTIATE_TEST_SUITE_P(
+    XmlUtilsTest, QuotesRows, testing::ValuesIn(QuoteRows), [](const auto& row) { return row.param.name; });
+
+TEST(XmlUtilsTest, QuotesOutsideTheRangeAreIgnored)
 {
     EXPECT_TRUE(XmlUtils::AreQuotesMatchingInRange("'a'b'", 0, 2));
     EXPECT_FALSE(XmlUtils::AreQuotesMatchingInRange("'a'b'", 0, 1));
@@ -184,7 +187,7 @@ TEST(XmlUtilsTest, FindSearchesFromAPosition)
     EXPECT_EQ(XmlUtils::Find(VString("aßc"), u'x', 0), XmlUtils::npos);
 }
 
-TEST(XmlUtilsTest, ContainsSubstringAtStaysInTheText)
+TEST(XmlUtilsTest, ContainsSubstringAtDoesNotReadPastTheText)
 {
     EXPECT_TRUE(XmlUtils::ContainsSubstringAt(std::string("abc"), "bc", 1));
     EXPECT_FALSE(XmlUtils::ContainsSubstringAt(std::string("abc"), "bcd", 1));
@@ -194,7 +197,7 @@ TEST(XmlUtilsTest, ContainsSubstringAtStaysInTheText)
     EXPECT_FALSE(XmlUtils::ContainsSubstringAt(VString("aßc"), "ßcd", 1));
 }
 
-TEST(XmlUtilsTest, CharacterClassesOfBytesAndUnits)
+TEST(XmlUtilsTest, ClassifiesBytesAndCodeUnits)
 {
     EXPECT_TRUE(XmlUtils::IsNameChar('a') && XmlUtils::IsNameChar('-') && XmlUtils::IsNameChar(':') &&
         XmlUtils::IsNameChar(u'é'));
@@ -206,7 +209,7 @@ TEST(XmlUtilsTest, CharacterClassesOfBytesAndUnits)
     EXPECT_FALSE(XmlUtils::IsWhitespace('\v') || XmlUtils::IsWhitespace('a') || XmlUtils::IsWhitespace(u'\u00A0'));
 }
 
-TEST(XmlUtilsTest, EveryByteOfANonAsciiNameIsANameCharacter)
+TEST(XmlUtilsTest, NonAsciiBytesAreNameCharacters)
 {
     for (int byte = 0x80; byte < 0xFE; ++byte) {
         EXPECT_TRUE(XmlUtils::IsNameChar(static_cast<char>(byte))) << byte;

@@ -9,7 +9,7 @@
 
 namespace {
 
-const std::string Declared = " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'";
+const std::string Declaration = " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'";
 
 struct SanitizeRow {
     const char* name;
@@ -22,79 +22,83 @@ class UntouchedRows : public testing::TestWithParam<SanitizeRow> {};
 
 }  // namespace
 
-TEST_P(SanitizeRows, Rewritten)
+TEST_P(SanitizeRows, RewritesColonAttributes)
 {
     EXPECT_EQ(*XercesColonSanitizer::Sanitize(std::make_shared<std::string>(GetParam().input)), GetParam().output);
 }
 
-INSTANTIATE_TEST_SUITE_P(XercesColonSanitizerTest,
-    SanitizeRows,
-    testing::Values(SanitizeRow{"EmptyElement", "<a :b='1'/>", "<a" + Declared + " IllegalColon:b='1'/>"},
-        SanitizeRow{"SeveralInOneTag",
-            "<a :b='1' c='2' :d='3'/>",
-            "<a" + Declared + " IllegalColon:b='1' c='2' IllegalColon:d='3'/>"},
-        SanitizeRow{"InAChild", "<a><b :c='1'/></a>", "<a" + Declared + "><b IllegalColon:c='1'/></a>"},
-        SanitizeRow{"NonAsciiName", "<a :größe='1'/>", "<a" + Declared + " IllegalColon:größe='1'/>"},
-        SanitizeRow{"NonAsciiElement", "<größe :b='1'/>", "<größe" + Declared + " IllegalColon:b='1'/>"},
-        SanitizeRow{"BlanksBeforeTheSign", "<a :b \n= '1'/>", "<a" + Declared + " IllegalColon:b \n= '1'/>"},
-        SanitizeRow{"LineBreakBeforeTheColon", "<a\n:b='1'/>", "<a" + Declared + "\nIllegalColon:b='1'/>"},
-        SanitizeRow{"ColonAlone", "<a :='1'/>", "<a" + Declared + " IllegalColon:='1'/>"},
-        SanitizeRow{"NameWithColons", "<a :b:c='1'/>", "<a" + Declared + " IllegalColon:b:c='1'/>"},
-        SanitizeRow{"BehindADeclaration",
-            "<?xml version='1.0'?><!-- c --><a :b='1'/>",
-            "<?xml version='1.0'?><!-- c --><a" + Declared + " IllegalColon:b='1'/>"},
-        SanitizeRow{"BlankBeforeTheElementName", "< a :b='1'/>", "< a" + Declared + " IllegalColon:b='1'/>"},
-        SanitizeRow{"LooksLikeAnAttributeInText", "<a> :b='1'></a>", "<a" + Declared + "> IllegalColon:b='1'></a>"},
-        SanitizeRow{
-            "InAnInstructionBeforeTheElement", "<?p :b='1'?><a/>", "<?p IllegalColon:b='1'?><a" + Declared + "/>"},
-        SanitizeRow{"BeforeAndInTheElement",
-            "<?p :b='1'?><a :c='1'/>",
-            "<?p IllegalColon:b='1'?><a" + Declared + " IllegalColon:c='1'/>"}),
-    [](const auto& row) { return row.param.name; });
+const SanitizeRow RewrittenTexts[] = {
+    {"EmptyElement", "<a :b='1'/>", "<a" + Declaration + " IllegalColon:b='1'/>"},
+    {"SeveralAttributesInOneTag",
+        "<a :b='1' c='2' :d='3'/>",
+        "<a" + Declaration + " IllegalColon:b='1' c='2' IllegalColon:d='3'/>"},
+    {"AttributeOfAChild", "<a><b :c='1'/></a>", "<a" + Declaration + "><b IllegalColon:c='1'/></a>"},
+    {"NonAsciiAttribute", "<a :größe='1'/>", "<a" + Declaration + " IllegalColon:größe='1'/>"},
+    {"NonAsciiElement", "<größe :b='1'/>", "<größe" + Declaration + " IllegalColon:b='1'/>"},
+    {"BlanksBeforeTheEqualsSign", "<a :b \n= '1'/>", "<a" + Declaration + " IllegalColon:b \n= '1'/>"},
+    {"LineBreakBeforeTheColon", "<a\n:b='1'/>", "<a" + Declaration + "\nIllegalColon:b='1'/>"},
+    {"ColonAlone", "<a :='1'/>", "<a" + Declaration + " IllegalColon:='1'/>"},
+    {"NameWithColons", "<a :b:c='1'/>", "<a" + Declaration + " IllegalColon:b:c='1'/>"},
+    {"AfterADeclarationAndAComment",
+        "<?xml version='1.0'?><!-- c --><a :b='1'/>",
+        "<?xml version='1.0'?><!-- c --><a" + Declaration + " IllegalColon:b='1'/>"},
+    {"BlankBeforeTheElementName", "< a :b='1'/>", "< a" + Declaration + " IllegalColon:b='1'/>"},
+    {"TextThatLooksLikeAnAttribute", "<a> :b='1'></a>", "<a" + Declaration + "> IllegalColon:b='1'></a>"},
+    {"InstructionBeforeTheElement", "<?p :b='1'?><a/>", "<?p IllegalColon:b='1'?><a" + Declaration + "/>"},
+    {"InstructionAndElement",
+        "<?p :b='1'?><a :c='1'/>",
+        "<?p IllegalColon:b='1'?><a" + Declaration + " IllegalColon:c='1'/>"},
+};
 
-TEST_P(UntouchedRows, TheSameObjectComesBack)
+INSTANTIATE_TEST_SUITE_P(
+    XercesColonSanitizerTest, SanitizeRows, testing::ValuesIn(RewrittenTexts), [](const auto& row) {
+        return row.param.name;
+    });
+
+TEST_P(UntouchedRows, ReturnsTheInputObject)
 {
     const auto input = std::make_shared<std::string>(GetParam().input);
     EXPECT_EQ(XercesColonSanitizer::Sanitize(input), input);
 }
 
-INSTANTIATE_TEST_SUITE_P(XercesColonSanitizerTest,
-    UntouchedRows,
-    testing::Values(SanitizeRow{"Empty", "", ""},
-        SanitizeRow{"NoColon", "<a b='1'/>", ""},
-        SanitizeRow{"ColonAtTheStart", ":a='1'/>", ""},
-        SanitizeRow{"PrefixedAttribute", "<a b:c='1'/>", ""},
-        SanitizeRow{"PrefixedElement", "<a:b/>", ""},
-        SanitizeRow{"InAValue", "<a b=' :c=1 '/>", ""},
-        SanitizeRow{"InAComment", "<a><!-- :b='1' --><c/></a>", ""},
-        SanitizeRow{"InCData", "<a><![CDATA[ :b='1' ]]><c/></a>", ""},
-        SanitizeRow{"InADeclaration", "<!DOCTYPE a [ :b='1' ]><a/>", ""},
-        SanitizeRow{"InTextBeforeATag", "<a> :b='1'</a>", ""},
-        SanitizeRow{"NoSign", "<a :b '1'/>", ""},
-        SanitizeRow{"NoCloseAtAll", "<a :b='1'", ""},
-        SanitizeRow{"OpenBeforeTheClose", "<a :b='1' <c/>", ""},
-        SanitizeRow{"QuotesDoNotMatch", "<a :b='1/>", ""},
-        SanitizeRow{"LastTagThatIsNotEmpty", "<a :b='1'>", ""}),
-    [](const auto& row) { return row.param.name; });
+const SanitizeRow UntouchedTexts[] = {
+    {"Empty", "", ""},
+    {"NoColon", "<a b='1'/>", ""},
+    {"ColonAtTheStart", ":a='1'/>", ""},
+    {"PrefixedAttribute", "<a b:c='1'/>", ""},
+    {"PrefixedElement", "<a:b/>", ""},
+    {"ColonInAValue", "<a b=' :c=1 '/>", ""},
+    {"ColonInAComment", "<a><!-- :b='1' --><c/></a>", ""},
+    {"ColonInCData", "<a><![CDATA[ :b='1' ]]><c/></a>", ""},
+    {"ColonInADeclaration", "<!DOCTYPE a [ :b='1' ]><a/>", ""},
+    {"ColonInText", "<a> :b='1'</a>", ""},
+    {"NoEqualsSign", "<a :b '1'/>", ""},
+    {"NoGreaterThan", "<a :b='1'", ""},
+    {"LessThanBeforeGreaterThan", "<a :b='1' <c/>", ""},
+    {"UnterminatedQuote", "<a :b='1/>", ""},
+    {"LastTagIsAnOpenTag", "<a :b='1'>", ""},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    XercesColonSanitizerTest, UntouchedRows, testing::ValuesIn(UntouchedTexts), [](const auto& row) {
+        return row.param.name;
+    });
 
 TEST(XercesColonSanitizerTest, TextWithoutAnElementRaises)
 {
-    testsupport::ExpectLogicException(
-        [] { XercesColonSanitizer::Sanitize(std::make_shared<std::string>("<?p :b='1'/>")); },
-        "vancorexml\\main\\parser\\XercesColonSanitizer",
-        188,
-        "range.start != string::npos",
-        0x6FFE1D79);
+    const char* const file = "vancorexml\\main\\parser\\XercesColonSanitizer";
+    const auto sanitize = [] { XercesColonSanitizer::Sanitize(std::make_shared<std::string>("<?p :b='1'/>")); };
+    testsupport::ExpectLogicException(sanitize, file, 188, "range.start != string::npos", 0x6FFE1D79);
 }
 
-TEST(XercesColonSanitizerTest, TheInputStaysAsItIs)
+TEST(XercesColonSanitizerTest, InputIsNotModified)
 {
     const auto input = std::make_shared<std::string>("<a :b='1'/>");
     XercesColonSanitizer::Sanitize(input);
     EXPECT_EQ(*input, "<a :b='1'/>");
 }
 
-TEST(XercesColonSanitizerTest, ModesHaveTheirValues)
+TEST(XercesColonSanitizerTest, ModesHaveFixedValues)
 {
     EXPECT_EQ(ColonProcessingNone, 0);
     EXPECT_EQ(ColonProcessingSanitize, 1);
@@ -112,7 +116,7 @@ TEST(XercesColonSanitizerTest, RestoreNameUndoesTheRewriting)
     EXPECT_EQ(XercesColonSanitizer::RestoreName(""), VString());
 }
 
-TEST(XercesColonSanitizerTest, TheParsedAttributeHasItsNameBack)
+TEST(XercesColonSanitizerTest, ParserRestoresTheAttributeName)
 {
     DOMParser parser;
     const auto document = parser.ParseXmlString("<a :b='1' c='2'/>", "colon");
@@ -121,7 +125,7 @@ TEST(XercesColonSanitizerTest, TheParsedAttributeHasItsNameBack)
     EXPECT_EQ(document->GetDocumentRoot()->GetAttributes(), expected);
 }
 
-TEST(XercesColonSanitizerTest, RunsInAScopeOfItsOwn)
+TEST(XercesColonSanitizerTest, RecordsAMetricsScope)
 {
     std::vector<std::string> names;
     Metrics::SetSink([&names](const Metrics::ScopeRecord& record) { names.emplace_back(record.name); });

@@ -1,5 +1,5 @@
-// The scanners in their plain form: each looks again from the start whenever it is asked. They
-// say what the linear ones must give.
+// Reference scanners: simple and slow, because each call searches its text from the start. The linear scanners of
+// the library must give the same results.
 #pragma once
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 #include "vancorexml/main/parser/XMLRangeTable.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 
-namespace wordforword {
+namespace reference {
 
 inline constexpr std::size_t npos = std::string::npos;
 
@@ -34,7 +34,7 @@ inline bool AreQuotesMatching(const std::string& text, std::size_t start, std::s
     return true;
 }
 
-// npos also where there is no "<" at `start`, which the library refuses.
+// `start` must be the position of a "<".
 inline std::size_t FindTagEnd(const std::string& text, std::size_t start)
 {
     if (start + 2 >= text.size())
@@ -127,7 +127,7 @@ inline std::vector<Range> FindRanges(const std::string& text)
     return ranges;
 }
 
-// The colons to rewrite.
+// Returns the positions of the colons to rewrite.
 inline std::vector<std::size_t> FindColons(const std::string& text)
 {
     const std::vector<Range> ranges = FindRanges(text);
@@ -167,30 +167,30 @@ inline std::vector<std::size_t> FindColons(const std::string& text)
     }
 }
 
-// The rewritten text; none where the library raises because there is no element.
+// Returns the rewritten text, or nothing if the library raises because the text has no element.
 inline std::optional<std::string> Sanitize(const std::string& text)
 {
     const std::vector<std::size_t> colons = FindColons(text);
     if (colons.empty())
         return text;
-    const XmlUtils::TagRange tag = wordforword::FindFirstElementTag(text);
+    const XmlUtils::TagRange tag = reference::FindFirstElementTag(text);
     if (tag.start == npos)
         return std::nullopt;
-    std::size_t place = tag.start + 1;
-    while (XmlUtils::IsWhitespace(text[place]))
-        ++place;
-    while (XmlUtils::IsNameChar(text[place]))
-        ++place;
-    // From the back, so that the places before stay valid.
+    std::size_t insertPosition = tag.start + 1;
+    while (XmlUtils::IsWhitespace(text[insertPosition]))
+        ++insertPosition;
+    while (XmlUtils::IsNameChar(text[insertPosition]))
+        ++insertPosition;
+    // Rewrite from the end, so that earlier positions stay valid.
     std::string result = text;
     bool isDeclared = false;
     const auto declare = [&] {
         if (!isDeclared)
-            result.insert(place, " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'");
+            result.insert(insertPosition, " xmlns:IllegalColon='http://vancorexml.invalid/xml/ThisShouldNotAppear'");
         isDeclared = true;
     };
     for (auto colon = colons.rbegin(); colon != colons.rend(); ++colon) {
-        if (*colon < place)
+        if (*colon < insertPosition)
             declare();
         result.replace(*colon, 1, "IllegalColon:");
     }
@@ -198,17 +198,17 @@ inline std::optional<std::string> Sanitize(const std::string& text)
     return result;
 }
 
-// The version attribute of the root tag, with the whole buffer searched after every run.
-inline std::optional<std::string> Sniff(const std::string& text, std::size_t runSize)
+// Returns the version attribute of the root tag. Searches the whole buffer again after every block.
+inline std::optional<std::string> Sniff(const std::string& text, std::size_t blockSize)
 {
-    for (std::size_t length = std::min(runSize, text.size());; length = std::min(length + runSize, text.size())) {
+    for (std::size_t length = std::min(blockSize, text.size());; length = std::min(length + blockSize, text.size())) {
         const std::string buffer = text.substr(0, length);
-        const XmlUtils::TagRange range = wordforword::FindFirstElementTag(buffer);
+        const XmlUtils::TagRange range = reference::FindFirstElementTag(buffer);
         if (range.start != npos)
-            return wordforword::GetAttributeValueInTag(buffer, "version", range);
+            return reference::GetAttributeValueInTag(buffer, "version", range);
         if (length == text.size())
             return std::nullopt;
     }
 }
 
-}  // namespace wordforword
+}  // namespace reference
