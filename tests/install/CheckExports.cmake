@@ -1,5 +1,5 @@
-# Every symbol a library exports is one of ours, or type information that the language makes
-# every library share. None belongs to a private class or namespace.
+# Fails if a library exports a symbol of Xerces-C, Qt or Boost, or of a private class or namespace. Weak symbols are
+# allowed: type information and inline functions of these libraries must be shared with them.
 list(JOIN PRIVATE_NAMES "|" private_names)
 foreach(library ${LIBRARIES})
     execute_process(COMMAND "${NM}" -D --defined-only -C "${library}" RESULT_VARIABLE result OUTPUT_VARIABLE symbols)
@@ -9,7 +9,7 @@ foreach(library ${LIBRARIES})
     string(REPLACE ";" "," symbols "${symbols}")
     string(REPLACE "\n" ";" symbols "${symbols}")
     foreach(symbol ${symbols})
-        # Only what the linker always resolves here: text, data and read-only data.
+        # T, D, B and R are the strong symbols: code, data, zero-initialised data and read-only data.
         if(symbol MATCHES "^[0-9a-f]+ [TDBR] (xercesc|xercesc_3_2|Q[A-Z]|qt_|boost::)")
             message(FATAL_ERROR "${library} exports a foreign symbol: ${symbol}")
         endif()

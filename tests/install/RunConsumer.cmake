@@ -1,4 +1,4 @@
-# Runs one command; what it printed is shown when it fails.
+# Runs one command and sets `output` to its output. If the command fails, shows the output and stops.
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT result EQUAL 0)

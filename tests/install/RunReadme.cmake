@@ -1,9 +1,9 @@
-# Installs a copy of SOURCE by the commands of its README, and builds and runs a program by them. The copy's build
-# folder stays, so that the next run builds only what changed.
+# Copies SOURCE, installs the copy with the commands of its README, and builds and runs the README's program. The
+# copy keeps its build folder, so the next run compiles only changed files.
 set(copy "${WORK}/source")
 set(program "${WORK}/program")
 
-# Sets `result` to the README's block of commands that begins with `start`.
+# Sets `result` to the README's block of commands whose first line begins with `start`.
 function(read_commands start result)
     file(READ "${SOURCE}/README.md" readme)
     string(FIND "${readme}" "```\n${start}" begin)
@@ -15,7 +15,7 @@ function(read_commands start result)
     set(${result} "${commands}" PARENT_SCOPE)
 endfunction()
 
-# Runs commands of the README in `folder`, with `prefix` for PREFIX.
+# Replaces PREFIX in `commands` by `prefix` and runs them in `folder`.
 function(run_commands commands folder prefix)
     string(REPLACE "PREFIX/lib" "PREFIX/${LIBDIR}" commands "${commands}")
     string(REPLACE "PREFIX" "${prefix}" commands "${commands}")
@@ -27,7 +27,7 @@ function(run_commands commands folder prefix)
     endif()
 endfunction()
 
-# Builds the README's program against the copy in `prefix`, and runs it.
+# Builds the README's program against the library installed in `prefix`, runs it and checks its output.
 function(build_program prefix)
     file(REMOVE_RECURSE "${program}")
     file(COPY "${SOURCE}/examples/shop.cpp" DESTINATION "${program}")
@@ -40,13 +40,13 @@ function(build_program prefix)
     endif()
 endfunction()
 
-# The files keep their times, by which the build knows what changed.
+# The copied files keep their modification times, so the build recompiles only changed files.
 file(GLOB old "${copy}/*")
 list(REMOVE_ITEM old "${copy}/build")
 file(REMOVE_RECURSE ${old} "${WORK}/prefix" "${WORK}/moved")
 file(GLOB entries "${SOURCE}/*")
 foreach(entry ${entries})
-    # Neither build folders nor git's own: they are large, and this copy lies in one of them.
+    # Skip build folders and .git: they are large, and the copy itself lies in a build folder.
     string(FIND "${WORK}/" "${entry}/" inside)
     if(NOT inside EQUAL 0 AND NOT EXISTS "${entry}/CMakeCache.txt" AND NOT entry MATCHES "/(build|\\.git)$")
         file(COPY "${entry}" DESTINATION "${copy}")

@@ -23,7 +23,7 @@ StandaloneDOMElement& Append(StandaloneDOMElement& parent, const char* name)
     return const_cast<StandaloneDOMElement&>(parent.GetChildren().back().get());
 }
 
-// The nodes as text: names of elements in brackets between the texts.
+// Lists the nodes in order: "[name]" for a child element, "(text)" for a text.
 std::string Nodes(const StandaloneDOMElement& element)
 {
     std::string nodes;
@@ -33,7 +33,7 @@ std::string Nodes(const StandaloneDOMElement& element)
     return nodes;
 }
 
-// A tree from random choices, the same for the same seed.
+// Returns a random tree. The same seed gives the same tree.
 std::unique_ptr<StandaloneDOMElement> MakeRandomTree(unsigned seed)
 {
     std::mt19937 random(seed);
@@ -52,7 +52,7 @@ std::unique_ptr<StandaloneDOMElement> MakeRandomTree(unsigned seed)
 
 }  // namespace
 
-TEST(StandaloneDOMElementTest, NewElementHasOnlyItsName)
+TEST(StandaloneDOMElementTest, NewElementHasOnlyAName)
 {
     VString name = "b";
     const StandaloneDOMElement copied(name);
@@ -65,7 +65,7 @@ TEST(StandaloneDOMElementTest, NewElementHasOnlyItsName)
     }
 }
 
-TEST(StandaloneDOMElementTest, NameAndMarkAreSet)
+TEST(StandaloneDOMElementTest, NameAndEncodedFlagCanBeChanged)
 {
     StandaloneDOMElement element("a");
     element.SetName("b");
@@ -74,7 +74,7 @@ TEST(StandaloneDOMElementTest, NameAndMarkAreSet)
     EXPECT_TRUE(element.IsEncoded());
 }
 
-TEST(StandaloneDOMElementTest, AttributesAreSetOverwrittenAndRemoved)
+TEST(StandaloneDOMElementTest, AttributesCanBeSetReplacedAndRemoved)
 {
     StandaloneDOMElement element("a");
     element.SetAttribute("x", "1");
@@ -102,7 +102,7 @@ TEST(StandaloneDOMElementTest, SetAttributesReplacesTheMap)
     EXPECT_EQ(element.GetAttribute("y"), VString("2"));
 }
 
-TEST(StandaloneDOMElementTest, TryGetAttributeLeavesTheValueWhenThereIsNone)
+TEST(StandaloneDOMElementTest, TryGetAttributeKeepsTheValueIfTheAttributeIsMissing)
 {
     StandaloneDOMElement element("a");
     element.SetAttribute("x", "1");
@@ -113,14 +113,14 @@ TEST(StandaloneDOMElementTest, TryGetAttributeLeavesTheValueWhenThereIsNone)
     EXPECT_EQ(value, VString("1"));
 }
 
-TEST(StandaloneDOMElementTest, GetAttributeRaisesWhenThereIsNone)
+TEST(StandaloneDOMElementTest, GetAttributeRaisesIfTheAttributeIsMissing)
 {
     const StandaloneDOMElement element("a");
     testsupport::ExpectLogicException(
         [&] { element.GetAttribute("x"); }, File, 224, "it != m_attributes.end()", 0x16A1A876);
 }
 
-TEST(StandaloneDOMElementTest, TextsSideBySideAreOne)
+TEST(StandaloneDOMElementTest, AdjacentTextsAreMerged)
 {
     StandaloneDOMElement element("a");
     element.AppendText("1");
@@ -131,7 +131,7 @@ TEST(StandaloneDOMElementTest, TextsSideBySideAreOne)
     EXPECT_EQ(Nodes(element), "(12)[b](3)");
 }
 
-TEST(StandaloneDOMElementTest, TheLastAppendTextSetsTheMark)
+TEST(StandaloneDOMElementTest, LastAppendTextSetsTheEncodedFlag)
 {
     StandaloneDOMElement element("a");
     element.AppendText("t", true);
@@ -140,7 +140,7 @@ TEST(StandaloneDOMElementTest, TheLastAppendTextSetsTheMark)
     EXPECT_FALSE(element.IsEncoded());
 }
 
-TEST(StandaloneDOMElementTest, AnEmptyTextIsANode)
+TEST(StandaloneDOMElementTest, EmptyTextIsANode)
 {
     StandaloneDOMElement element("a");
     element.AppendText("");
@@ -148,7 +148,7 @@ TEST(StandaloneDOMElementTest, AnEmptyTextIsANode)
     EXPECT_FALSE(element.IsEmpty() || element.HasChildren());
 }
 
-TEST(StandaloneDOMElementTest, AnElementWithAttributesIsNotEmpty)
+TEST(StandaloneDOMElementTest, ElementWithAttributesIsNotEmpty)
 {
     StandaloneDOMElement element("a");
     element.SetAttribute("x", "1");
@@ -164,7 +164,7 @@ TEST(StandaloneDOMElementTest, AppendChildRaisesForNull)
     EXPECT_TRUE(element.IsEmpty());
 }
 
-TEST(StandaloneDOMElementTest, InsertChildBeforeLooksForAnEqualChild)
+TEST(StandaloneDOMElementTest, InsertChildBeforeFindsTheFirstEqualChild)
 {
     StandaloneDOMElement element("a");
     element.AppendText("t");
@@ -177,7 +177,7 @@ TEST(StandaloneDOMElementTest, InsertChildBeforeLooksForAnEqualChild)
     EXPECT_EQ(Nodes(element), "(t)[b][new][c][c]");
 }
 
-TEST(StandaloneDOMElementTest, InsertChildBeforeRaises)
+TEST(StandaloneDOMElementTest, InsertChildBeforeRaisesForNullAndForAMissingChild)
 {
     StandaloneDOMElement element("a");
     Append(element, "b");
@@ -189,7 +189,7 @@ TEST(StandaloneDOMElementTest, InsertChildBeforeRaises)
     EXPECT_EQ(Nodes(element), "[b]");
 }
 
-TEST(StandaloneDOMElementTest, RemoveChildTakesOutThatVeryChild)
+TEST(StandaloneDOMElementTest, RemoveChildSelectsTheChildByIdentity)
 {
     StandaloneDOMElement element("a");
     Append(element, "b");
@@ -200,16 +200,16 @@ TEST(StandaloneDOMElementTest, RemoveChildTakesOutThatVeryChild)
     EXPECT_EQ(Nodes(element), "[b](t)");
 }
 
-TEST(StandaloneDOMElementTest, RemoveChildRaisesForAnEqualStranger)
+TEST(StandaloneDOMElementTest, RemoveChildRaisesForAnEqualElementThatIsNotAChild)
 {
     StandaloneDOMElement element("a");
     Append(element, "b");
-    const StandaloneDOMElement stranger("b");
-    testsupport::ExpectLogicException([&] { element.RemoveChild(stranger); }, File, 342, "false", 0x108BF60C);
+    const StandaloneDOMElement equal("b");
+    testsupport::ExpectLogicException([&] { element.RemoveChild(equal); }, File, 342, "false", 0x108BF60C);
     EXPECT_EQ(Nodes(element), "[b]");
 }
 
-TEST(StandaloneDOMElementTest, RemoveChildrenLeavesTheTexts)
+TEST(StandaloneDOMElementTest, RemoveChildrenKeepsTheTexts)
 {
     StandaloneDOMElement element("a");
     element.AppendText("1");
@@ -223,7 +223,7 @@ TEST(StandaloneDOMElementTest, RemoveChildrenLeavesTheTexts)
     EXPECT_EQ(Nodes(element), "(1)(2)");
 }
 
-TEST(StandaloneDOMElementTest, EraseAllChildNodesLeavesNameAndAttributes)
+TEST(StandaloneDOMElementTest, EraseAllChildNodesKeepsTheAttributes)
 {
     StandaloneDOMElement element("a");
     element.SetAttribute("x", "1");
@@ -253,7 +253,7 @@ TEST(StandaloneDOMElementTest, QueriesLookAtDirectChildrenOnly)
     EXPECT_TRUE(element.HasChildren() && element.HasText());
 }
 
-TEST(StandaloneDOMElementTest, WalkNodesPassesWhatCanBeChanged)
+TEST(StandaloneDOMElementTest, WalkNodesPassesMutableNodes)
 {
     StandaloneDOMElement element("a");
     element.AppendText("1");
@@ -262,7 +262,7 @@ TEST(StandaloneDOMElementTest, WalkNodesPassesWhatCanBeChanged)
     EXPECT_EQ(Nodes(element), "(2)[c]");
 }
 
-TEST(StandaloneDOMElementTest, WalkNodesThrowsForAnEmptyCallbackThatIsNeeded)
+TEST(StandaloneDOMElementTest, WalkNodesThrowsIfItNeedsAnEmptyCallback)
 {
     StandaloneDOMElement element("a");
     element.AppendText("1");
@@ -274,7 +274,7 @@ TEST(StandaloneDOMElementTest, WalkNodesThrowsForAnEmptyCallbackThatIsNeeded)
     EXPECT_THROW(std::as_const(element).WalkNodes(noElement, [](const VString&) {}), std::bad_function_call);
 }
 
-TEST(StandaloneDOMElementTest, EqualityIsDeepAndIgnoresTheMark)
+TEST(StandaloneDOMElementTest, EqualityIsDeepAndIgnoresTheEncodedFlag)
 {
     const auto make = [](bool encoded) {
         auto element = Make("a");
@@ -286,7 +286,7 @@ TEST(StandaloneDOMElementTest, EqualityIsDeepAndIgnoresTheMark)
     EXPECT_FALSE(*make(false) != *make(true));
 }
 
-TEST(StandaloneDOMElementTest, EveryDifferenceCounts)
+TEST(StandaloneDOMElementTest, EveryDifferenceMakesElementsUnequal)
 {
     const auto base = [] {
         auto element = Make("a");
@@ -320,7 +320,7 @@ TEST(StandaloneDOMElementTest, EveryDifferenceCounts)
     }
 }
 
-TEST(StandaloneDOMElementTest, CloneIsEqualAndSharesNothing)
+TEST(StandaloneDOMElementTest, CloneIsEqualAndIndependent)
 {
     for (unsigned seed = 0; seed < 20; ++seed) {
         const auto tree = MakeRandomTree(seed);
@@ -332,7 +332,7 @@ TEST(StandaloneDOMElementTest, CloneIsEqualAndSharesNothing)
     }
 }
 
-TEST(StandaloneDOMElementTest, CloneKeepsTheMarks)
+TEST(StandaloneDOMElementTest, CloneKeepsTheEncodedFlags)
 {
     StandaloneDOMElement element("a");
     element.SetEncoded(true);
@@ -342,7 +342,7 @@ TEST(StandaloneDOMElementTest, CloneKeepsTheMarks)
     EXPECT_TRUE(clone->GetChild("b")->IsEncoded());
 }
 
-TEST(StandaloneDOMElementTest, AMillionLevelsNeedNoDeepStack)
+TEST(StandaloneDOMElementTest, MillionLevelsNeedNoDeepStack)
 {
     const auto make = [] {
         auto top = Make("a");

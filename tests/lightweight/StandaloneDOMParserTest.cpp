@@ -12,7 +12,9 @@
 namespace {
 
 constexpr const char* const Schema =
-    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:attribute name='n' type='xs:int' default='7'/></xs:complexType></xs:element></xs:schema>";
+    "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'>"
+    "<xs:complexType><xs:attribute name='n' type='xs:int' default='7'/></xs:complexType>"
+    "</xs:element></xs:schema>";
 
 std::unique_ptr<InputSource> SchemaSource()
 {
@@ -21,7 +23,7 @@ std::unique_ptr<InputSource> SchemaSource()
 
 }  // namespace
 
-TEST(StandaloneDOMParserTest, TheRootIsTheOnlyChildOfTheWrapper)
+TEST(StandaloneDOMParserTest, RootIsTheOnlyChildOfTheDocumentWrapper)
 {
     const auto [tree, errors] = StandaloneDOMParser().ParseXmlString("<a>text</a>", "id");
     EXPECT_TRUE(errors.empty());
@@ -55,7 +57,7 @@ TEST(StandaloneDOMParserTest, BlankTextIsKeptWhenAsked)
     EXPECT_EQ(tree->GetChildren()[0].get().GetAllText(), VString("\n  \n"));
 }
 
-TEST(StandaloneDOMParserTest, EveryStringFormSkipsLeadingWhitespace)
+TEST(StandaloneDOMParserTest, EveryStringOverloadSkipsLeadingWhiteSpace)
 {
     const StandaloneDOMParser parser;
     const std::string text = "\n \t<?xml version='1.0'?><a/>";
@@ -64,7 +66,7 @@ TEST(StandaloneDOMParserTest, EveryStringFormSkipsLeadingWhitespace)
     EXPECT_TRUE(parser.ParseXmlString(text.c_str(), "id").second.empty());
 }
 
-TEST(StandaloneDOMParserTest, BytesAreTakenAsTheyAre)
+TEST(StandaloneDOMParserTest, ParseXmlBytesDoesNotSkipLeadingWhiteSpace)
 {
     const std::string text = " <?xml version='1.0'?><a/>";
     const StandaloneDOMParser parser;
@@ -72,7 +74,7 @@ TEST(StandaloneDOMParserTest, BytesAreTakenAsTheyAre)
     EXPECT_TRUE(parser.ParseXmlBytes({text.begin() + 1, text.end()}).second.empty());
 }
 
-TEST(StandaloneDOMParserTest, AFaultGivesTheTreeBuiltSoFarAndItsMessage)
+TEST(StandaloneDOMParserTest, FaultReturnsTheTreeBuiltSoFarAndAnError)
 {
     const auto [tree, errors] = StandaloneDOMParser().ParseXmlString("<a><b/><c></a>", "fault.xml");
     ASSERT_EQ(errors.size(), 1u);
@@ -81,7 +83,7 @@ TEST(StandaloneDOMParserTest, AFaultGivesTheTreeBuiltSoFarAndItsMessage)
     EXPECT_NE(tree->GetChildren()[0].get().GetChild("b"), nullptr);
 }
 
-TEST(StandaloneDOMParserTest, ADocumentThatBlowsUpIsRefused)
+TEST(StandaloneDOMParserTest, DocumentWithExcessiveEntityExpansionIsRejected)
 {
     std::string start = "<!DOCTYPE a [<!ENTITY e '" + std::string(1000000, 'x') + "'>]><a b='";
     const auto [sound, noErrors] =
@@ -95,7 +97,7 @@ TEST(StandaloneDOMParserTest, ADocumentThatBlowsUpIsRefused)
     EXPECT_TRUE(errors[0].contains("characters of entities"));
 }
 
-TEST(StandaloneDOMParserTest, FilesAreReadAndTheirFailuresPassThrough)
+TEST(StandaloneDOMParserTest, ParseXmlFileReadsAFileAndPropagatesReadErrors)
 {
     const testsupport::TemporaryFolder folder;
     const StandaloneDOMParser parser;
@@ -103,12 +105,12 @@ TEST(StandaloneDOMParserTest, FilesAreReadAndTheirFailuresPassThrough)
     EXPECT_THROW(parser.ParseXmlFile(folder.Path("missing.xml")), VIO::Exception);
 }
 
-TEST(StandaloneDOMParserTest, WithoutASchemaNothingIsValidated)
+TEST(StandaloneDOMParserTest, DoesNotValidateWithoutASchema)
 {
     EXPECT_TRUE(StandaloneDOMParser().ParseXmlString("<a n='x'/>", "id").second.empty());
 }
 
-TEST(StandaloneDOMParserTest, AddedSchemasValidateAndShapeEveryParse)
+TEST(StandaloneDOMParserTest, AddedSchemaValidatesEveryDocumentAndAddsDefaults)
 {
     StandaloneDOMParser parser;
     parser.AddXSDInputSource(SchemaSource());
@@ -120,7 +122,7 @@ TEST(StandaloneDOMParserTest, AddedSchemasValidateAndShapeEveryParse)
     }
 }
 
-TEST(StandaloneDOMParserTest, ASchemaFromAFileIsReadAnewForEveryParse)
+TEST(StandaloneDOMParserTest, SchemaFromAFileValidatesEveryDocument)
 {
     const testsupport::TemporaryFolder folder;
     StandaloneDOMParser parser;
@@ -131,7 +133,7 @@ TEST(StandaloneDOMParserTest, ASchemaFromAFileIsReadAnewForEveryParse)
     }
 }
 
-TEST(StandaloneDOMParserTest, AResourceServesAsASchema)
+TEST(StandaloneDOMParserTest, ResourceCanBeUsedAsASchema)
 {
     StandaloneDOMParser parser;
     parser.AddXSDResourceId(QtVanResourceId::FileFormatKxeXsd);
@@ -139,7 +141,7 @@ TEST(StandaloneDOMParserTest, AResourceServesAsASchema)
     EXPECT_FALSE(parser.ParseXmlString("<captions version='17'/>", "id").second.empty());
 }
 
-TEST(StandaloneDOMParserTest, ABrokenSchemaSaysOnlyThatNothingIsDeclared)
+TEST(StandaloneDOMParserTest, ErrorsInsideABrokenSchemaAreNotReported)
 {
     StandaloneDOMParser parser;
     parser.AddXSDInputSource(std::make_unique<StringInputSource>(
@@ -150,14 +152,14 @@ TEST(StandaloneDOMParserTest, ABrokenSchemaSaysOnlyThatNothingIsDeclared)
         EXPECT_FALSE(error.contains("broken.xsd")) << error;
 }
 
-TEST(StandaloneDOMParserTest, ASchemaWithoutAnIdRaises)
+TEST(StandaloneDOMParserTest, SchemaWithoutAnIdRaises)
 {
     StandaloneDOMParser parser;
     parser.AddXSDInputSource(std::make_unique<StringInputSource>(Schema, "", false));
     EXPECT_THROW(parser.ParseXmlString("<a/>", "id"), LogicException);
 }
 
-TEST(StandaloneDOMParserTest, AStatisticsHandlerMayReplaceItself)
+TEST(StandaloneDOMParserTest, StatisticsHandlerMayReplaceItself)
 {
     StandaloneDOMParser parser;
     auto capture = std::make_shared<int>(7);
@@ -177,7 +179,7 @@ TEST(StandaloneDOMParserTest, AStatisticsHandlerMayReplaceItself)
     EXPECT_EQ(calls, 1);
 }
 
-TEST(StandaloneDOMParserTest, AStatisticsHandlerMayDestroyItsParser)
+TEST(StandaloneDOMParserTest, StatisticsHandlerMayDestroyItsParser)
 {
     auto parser = std::make_unique<StandaloneDOMParser>();
     parser->SetStatisticsEventHandler([&](const DOMParserStatistics&) { parser.reset(); });
@@ -185,7 +187,7 @@ TEST(StandaloneDOMParserTest, AStatisticsHandlerMayDestroyItsParser)
     EXPECT_FALSE(parser);
 }
 
-TEST(StandaloneDOMParserTest, StatisticsComeOncePerParse)
+TEST(StandaloneDOMParserTest, StatisticsAreReportedOncePerParse)
 {
     StandaloneDOMParser parser;
     std::vector<std::pair<unsigned long long, VString>> seen;
@@ -200,7 +202,7 @@ TEST(StandaloneDOMParserTest, StatisticsComeOncePerParse)
     EXPECT_NO_THROW(parser.ParseXmlString("<a/>", "third"));
 }
 
-TEST(StandaloneDOMParserTest, EveryEntryHasAScope)
+TEST(StandaloneDOMParserTest, EveryEntryPointRecordsAMetricsScope)
 {
     std::vector<std::string> names;
     Metrics::SetSink([&names](const Metrics::ScopeRecord& record) { names.emplace_back(record.name); });
@@ -210,13 +212,16 @@ TEST(StandaloneDOMParserTest, EveryEntryHasAScope)
     parser.ParseXmlBytes({'<', 'a', '/', '>'});
     parser.ParseXmlFile(folder.Write("a.xml", "<a/>"));
     Metrics::SetSink({});
-    for (const char* name :
-        {"StandaloneDOMParser_ParseXmlString", "StandaloneDOMParser_ParseXmlBytes", "StandaloneDOMParser_ParseXmlFile"})
-        EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << name;
-    EXPECT_EQ(std::count(names.begin(), names.end(), "StandaloneDOMParser_ParseXmlInputSource"), 3);
+    const auto count = [&names](const std::string& operation) {
+        return std::count(names.begin(), names.end(), "StandaloneDOMParser_" + operation);
+    };
+    EXPECT_EQ(count("ParseXmlString"), 1);
+    EXPECT_EQ(count("ParseXmlBytes"), 1);
+    EXPECT_EQ(count("ParseXmlFile"), 1);
+    EXPECT_EQ(count("ParseXmlInputSource"), 3);
 }
 
-TEST(StandaloneDOMParserTest, AMillionLevelsParse)
+TEST(StandaloneDOMParserTest, ParsesAMillionLevels)
 {
     constexpr int depth = 1000000;
     std::string text;

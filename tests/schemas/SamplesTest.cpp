@@ -1,4 +1,4 @@
-// The schemas against the samples.
+// Validates the samples against the schemas.
 #include <memory>
 #include <set>
 #include <string>
@@ -33,8 +33,8 @@ XmlFileType TypeOf(const QFileInfo& file)
 std::vector<Sample> SamplesIn(const char* folder)
 {
     std::vector<Sample> samples;
-    for (const QFileInfo& file : QDir(QStringLiteral(SAMPLES_FOLDER) + QString::fromLatin1(folder))
-                                     .entryInfoList({QStringLiteral("*.kx?")}, QDir::Files, QDir::Name))
+    const QDir files(QStringLiteral(SAMPLES_FOLDER) + QString::fromLatin1(folder));
+    for (const QFileInfo& file : files.entryInfoList({QStringLiteral("*.kx?")}, QDir::Files, QDir::Name))
         samples.push_back({VString(file.filePath()), TypeOf(file)});
     return samples;
 }
@@ -51,15 +51,15 @@ std::list<VString> Validate(const VString& path, std::unique_ptr<InputSource> sc
     return parser.ParseXmlFile(path)->GetErrors();
 }
 
-std::list<VString> ValidateAgainstItsOwn(const Sample& sample)
+std::list<VString> ValidateAgainstOwnVersion(const Sample& sample)
 {
     const auto document = InputSourceUtils::InputSourceFromFileName(sample.path, true);
     return Validate(
         sample.path, XSDResources::GetVersionedXsdInputSourceForDocument(sample.type, *document, VString()));
 }
 
-// The sample's text with another version on its root.
-VString Renumbered(const VString& path, const char* version)
+// Returns the text of a sample with its version replaced by `version`.
+VString TextWithVersion(const VString& path, const char* version)
 {
     VString text = VString::fromStdString(testsupport::TemporaryFolder::Read(path));
     for (const char* known : Versions)
@@ -67,12 +67,13 @@ VString Renumbered(const VString& path, const char* version)
     return text;
 }
 
-// Without the columns: on the root's line they are those of the text that was parsed, in which
-// the prefix is declared.
+// Removes the columns from messages. On the line of the root element the parser also counts the columns of the
+// inserted prefix declaration, which the recorded messages do not.
 VString WithoutColumns(const VString& messages)
 {
-    return VString(QString(messages.ToQString())
-                       .replace(QRegularExpression(QStringLiteral("\\(([0-9]+),[0-9]+\\)")), QStringLiteral("(\\1)")));
+    static const QRegularExpression lineAndColumn(QStringLiteral("\\(([0-9]+),[0-9]+\\)"));
+    QString text = messages.ToQString();
+    return VString(text.replace(lineAndColumn, QStringLiteral("(\\1)")));
 }
 
 }  // namespace
@@ -90,7 +91,7 @@ TEST(SamplesTest, EverySchemaHasASample)
 TEST(SamplesTest, EverySampleValidatesAgainstItsOwnVersion)
 {
     for (const Sample& sample : SamplesIn(""))
-        EXPECT_THAT(ValidateAgainstItsOwn(sample), testing::IsEmpty()) << sample.path;
+        EXPECT_THAT(ValidateAgainstOwnVersion(sample), testing::IsEmpty()) << sample.path;
 }
 
 TEST(SamplesTest, NoSampleValidatesAgainstAnotherVersion)
@@ -115,26 +116,26 @@ TEST(SamplesTest, NoSampleValidatesAgainstAnotherType)
     }
 }
 
-TEST(SamplesTest, EveryCurrentSampleHasWhatTheProductsDocumentsHave)
+TEST(SamplesTest, EveryCurrentSampleHasTypicalContents)
 {
     const std::pair<const char*, const char*> wanted[] = {
-        {"an attribute that begins with a colon", " :[a-z]+='"},
-        {"a text outside ASCII", "[^\\x{00}-\\x{7F}]"},
-        {"a file's path", "[A-Z]:\\\\|\\\\\\\\"},
-        {"a Base64 block", "\\n *[A-Za-z0-9+/]{64,}=*\\n"},
+        {"attribute that begins with a colon", " :[a-z]+='"},
+        {"text outside ASCII", "[^\\x{00}-\\x{7F}]"},
+        {"file path", "[A-Z]:\\\\|\\\\\\\\"},
+        {"Base64 block", "\\n *[A-Za-z0-9+/]{64,}=*\\n"},
     };
     for (const Sample& sample : SamplesIn("")) {
         if (sample.path.contains("-10-"))
             continue;
         const QString text = QString::fromStdString(testsupport::TemporaryFolder::Read(sample.path));
-        for (const auto& [what, pattern] : wanted) {
+        for (const auto& [content, pattern] : wanted) {
             EXPECT_TRUE(text.contains(QRegularExpression(QString::fromLatin1(pattern))))
-                << sample.path << " has not " << what;
+                << sample.path << " has no " << content;
         }
     }
 }
 
-TEST(SamplesTest, EveryElementMayCarryAttributesOfTheUsersOwn)
+TEST(SamplesTest, EveryElementMayHaveUserAttributes)
 {
     for (const Sample& sample : SamplesIn("")) {
         const auto document = DOMParser().ParseXmlFile(sample.path);
@@ -145,16 +146,14 @@ TEST(SamplesTest, EveryElementMayCarryAttributesOfTheUsersOwn)
         DOMParser parser;
         parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(
             sample.type, VersionNumber(root.GetAttribute("version"), u'.', u'-', 0)));
-        EXPECT_THAT(
-            parser.ParseXmlString(XMLDomFormatter::RenderAsXMLString(*document, nullptr, true), "marked")->GetErrors(),
-            testing::IsEmpty())
-            << sample.path;
+        const VString text = XMLDomFormatter::RenderAsXMLString(*document, nullptr, true);
+        EXPECT_THAT(parser.ParseXmlString(text, "marked")->GetErrors(), testing::IsEmpty()) << sample.path;
     }
 }
 
-TEST(SamplesTest, VersionsDifferInMoreThanTheirNumber)
+TEST(SamplesTest, SchemasOfTwoVersionsAcceptDifferentSamples)
 {
-    // With the number out of the way, no two versions of a type accept the same samples.
+    // All samples get the same version, so only the other rules of a schema decide which samples it accepts.
     for (const XmlFileType type : {XmlFileTypeKXA, XmlFileTypeKXB, XmlFileTypeKXC, XmlFileTypeKXD}) {
         std::set<std::string> accepted;
         for (const char* version : Versions) {
@@ -164,11 +163,11 @@ TEST(SamplesTest, VersionsDifferInMoreThanTheirNumber)
                     continue;
                 DOMParser parser;
                 parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(type, Version(version)));
-                verdicts +=
-                    parser.ParseXmlString(Renumbered(sample.path, version), "renumbered")->HasErrors() ? '-' : '+';
+                const VString text = TextWithVersion(sample.path, version);
+                verdicts += parser.ParseXmlString(text, "renumbered")->HasErrors() ? '-' : '+';
             }
             EXPECT_TRUE(accepted.insert(verdicts).second)
-                << type << " " << version << " accepts the same as another: " << verdicts;
+                << type << " " << version << " accepts the same samples as another version: " << verdicts;
         }
     }
 }
@@ -178,28 +177,26 @@ TEST(SamplesTest, EveryInvalidSampleGivesItsRecordedErrors)
     int checked = 0;
     for (const Sample& sample : SamplesIn("/invalid")) {
         const VString name(QFileInfo(sample.path.ToQString()).fileName());
-        // For these two samples there is no schema; the tests of the tool check their errors.
+        // Two samples have no schema. The tests of the tool check their errors.
         if (name.startsWith("no-"))
             continue;
         VString errors;
-        for (const VString& message : ValidateAgainstItsOwn(sample))
+        for (const VString& message : ValidateAgainstOwnVersion(sample))
             errors += message.replace(VString(" (id: ") + sample.path + ")", "") + "\n";
-        EXPECT_EQ(WithoutColumns(errors),
-            WithoutColumns(VString::fromStdString(testsupport::TemporaryFolder::Read(sample.path + ".errors"))))
-            << name;
+        const std::string recorded = testsupport::TemporaryFolder::Read(sample.path + ".errors");
+        EXPECT_EQ(WithoutColumns(errors), WithoutColumns(VString::fromStdString(recorded))) << name;
         ++checked;
     }
     EXPECT_EQ(checked, 20);
 }
 
-TEST(SamplesTest, TheExtensionManifestIsWellFormed)
+TEST(SamplesTest, ExtensionManifestIsWellFormed)
 {
     EXPECT_FALSE(DOMParser().ParseXmlFile(VString(SAMPLES_FOLDER) + "/notes-extension.xml")->HasErrors());
 }
 
-TEST(SamplesTest, ValidationShapesTheTree)
+TEST(SamplesTest, ValidationAddsDefaultsAndCollapsesWhiteSpace)
 {
-    // Defaults are added; a token's white space is collapsed.
     DOMParser parser;
     parser.AddXSDInputSource(XSDResources::GetVersionedXsdInputSource(XmlFileTypeKXC, Version("18.1")));
     const auto document = parser.ParseXmlString(

@@ -21,18 +21,18 @@ struct NameRow {
     XmlFileType type;
     const char* version;
     const char* resource;
-    bool isThere;
+    bool isListed;
 };
 
 class NameRows : public testing::TestWithParam<NameRow> {};
 
 }  // namespace
 
-TEST_P(NameRows, ResourceNameAndPresence)
+TEST_P(NameRows, FindsTheNameAndTheResource)
 {
     const NameRow& row = GetParam();
     EXPECT_EQ(XSDResources::GetVersionedXsdResourceName(row.type, Version(row.version)), VString(row.resource));
-    EXPECT_EQ(XSDResources::IsThereAnXSDResource(row.type, Version(row.version)), row.isThere);
+    EXPECT_EQ(XSDResources::IsThereAnXSDResource(row.type, Version(row.version)), row.isListed);
     const auto source = XSDResources::GetVersionedXsdInputSource(row.type, Version(row.version));
     ASSERT_EQ(source != nullptr, *row.resource != '\0');
     if (!source)
@@ -41,32 +41,34 @@ TEST_P(NameRows, ResourceNameAndPresence)
     EXPECT_GT(source->Size(), 100u);
 }
 
-INSTANTIATE_TEST_SUITE_P(XSDResourcesTest,
-    NameRows,
-    testing::Values(NameRow{"KxaCurrent", XmlFileTypeKXA, "18.1", "VQRC_FILEFORMAT_KXA_XSD", true},
-        NameRow{"KxbCurrent", XmlFileTypeKXB, "18.1", "VQRC_FILEFORMAT_KXB_XSD", true},
-        NameRow{"KxcCurrent", XmlFileTypeKXC, "18.1", "VQRC_FILEFORMAT_KXC_XSD", true},
-        NameRow{"KxdCurrent", XmlFileTypeKXD, "18.1", "VQRC_FILEFORMAT_KXD_XSD", true},
-        NameRow{"KxeCurrent", XmlFileTypeKXE, "18.1", "VQRC_FILEFORMAT_KXE_XSD", true},
-        NameRow{"KxfCurrent", XmlFileTypeKXF, "18.1", "VQRC_FILEFORMAT_KXF_XSD", true},
-        NameRow{"CurrentWithAZero", XmlFileTypeKXA, "18.1.0", "VQRC_FILEFORMAT_KXA_XSD", true},
-        NameRow{"CurrentWithASuffix", XmlFileTypeKXA, "18.1-beta", "VQRC_FILEFORMAT_KXA_XSD", true},
-        NameRow{"PatchOfTheCurrentIsListedButHasNone", XmlFileTypeKXA, "18.1.3", "", true},
-        NameRow{"KxaOlder", XmlFileTypeKXA, "10.2", "VQRC_FILEFORMAT_KXA_XSD_10_2", true},
-        NameRow{"KxbOlder", XmlFileTypeKXB, "10.3", "VQRC_FILEFORMAT_KXB_XSD_10_3", true},
-        NameRow{"KxcOlder", XmlFileTypeKXC, "10.4", "VQRC_FILEFORMAT_KXC_XSD_10_4", true},
-        NameRow{"KxdOlder", XmlFileTypeKXD, "10.5", "VQRC_FILEFORMAT_KXD_XSD_10_5", true},
-        NameRow{"PatchOfAnOlder", XmlFileTypeKXA, "10.5.2", "VQRC_FILEFORMAT_KXA_XSD_10_5", true},
-        NameRow{"NotListed", XmlFileTypeKXA, "9.0", "", false},
-        NameRow{"KxeOlderIsThereButHasNone", XmlFileTypeKXE, "10.2", "", true},
-        NameRow{"KxfOlderIsThereButHasNone", XmlFileTypeKXF, "9.0", "", true},
-        NameRow{"TypeZero", XmlFileTypeNone, "18.1", "", false},
-        NameRow{"TypeSix", XmlFileTypePreferences, "18.1", "", false},
-        NameRow{"TypeSeven", XmlFileTypeManifest, "10.5", "", false},
-        NameRow{"UnknownType", static_cast<XmlFileType>(9), "18.1", "", false}),
-    [](const auto& row) { return row.param.name; });
+const NameRow ResourceNames[] = {
+    {"KxaCurrent", XmlFileTypeKXA, "18.1", "VQRC_FILEFORMAT_KXA_XSD", true},
+    {"KxbCurrent", XmlFileTypeKXB, "18.1", "VQRC_FILEFORMAT_KXB_XSD", true},
+    {"KxcCurrent", XmlFileTypeKXC, "18.1", "VQRC_FILEFORMAT_KXC_XSD", true},
+    {"KxdCurrent", XmlFileTypeKXD, "18.1", "VQRC_FILEFORMAT_KXD_XSD", true},
+    {"KxeCurrent", XmlFileTypeKXE, "18.1", "VQRC_FILEFORMAT_KXE_XSD", true},
+    {"KxfCurrent", XmlFileTypeKXF, "18.1", "VQRC_FILEFORMAT_KXF_XSD", true},
+    {"CurrentWithATrailingZero", XmlFileTypeKXA, "18.1.0", "VQRC_FILEFORMAT_KXA_XSD", true},
+    {"CurrentWithASuffix", XmlFileTypeKXA, "18.1-beta", "VQRC_FILEFORMAT_KXA_XSD", true},
+    {"PatchOfTheCurrentIsListedButHasNoResource", XmlFileTypeKXA, "18.1.3", "", true},
+    {"KxaOlder", XmlFileTypeKXA, "10.2", "VQRC_FILEFORMAT_KXA_XSD_10_2", true},
+    {"KxbOlder", XmlFileTypeKXB, "10.3", "VQRC_FILEFORMAT_KXB_XSD_10_3", true},
+    {"KxcOlder", XmlFileTypeKXC, "10.4", "VQRC_FILEFORMAT_KXC_XSD_10_4", true},
+    {"KxdOlder", XmlFileTypeKXD, "10.5", "VQRC_FILEFORMAT_KXD_XSD_10_5", true},
+    {"PatchOfAnOlderVersion", XmlFileTypeKXA, "10.5.2", "VQRC_FILEFORMAT_KXA_XSD_10_5", true},
+    {"NotListed", XmlFileTypeKXA, "9.0", "", false},
+    {"OlderKxeIsListedButHasNoResource", XmlFileTypeKXE, "10.2", "", true},
+    {"OlderKxfIsListedButHasNoResource", XmlFileTypeKXF, "9.0", "", true},
+    {"TypeNone", XmlFileTypeNone, "18.1", "", false},
+    {"TypePreferences", XmlFileTypePreferences, "18.1", "", false},
+    {"TypeManifest", XmlFileTypeManifest, "10.5", "", false},
+    {"UnknownType", static_cast<XmlFileType>(9), "18.1", "", false},
+};
 
-TEST(XSDResourcesTest, EveryListedVersionOfTheFourTypesHasASchema)
+INSTANTIATE_TEST_SUITE_P(
+    XSDResourcesTest, NameRows, testing::ValuesIn(ResourceNames), [](const auto& row) { return row.param.name; });
+
+TEST(XSDResourcesTest, EveryListedVersionOfAVersionedTypeHasASchema)
 {
     for (const XmlFileType type : {XmlFileTypeKXA, XmlFileTypeKXB, XmlFileTypeKXC, XmlFileTypeKXD}) {
         for (const char* version : {"10.2", "10.3", "10.4", "10.5", "18.1"}) {
@@ -90,7 +92,7 @@ TEST(XSDResourcesTest, GetSchemaVersionsListsTheVersionsOldestFirst)
     EXPECT_THAT(texts(XmlFileTypeManifest), testing::IsEmpty());
 }
 
-TEST(XSDResourcesTest, TypesHaveTheirValues)
+TEST(XSDResourcesTest, TypesHaveFixedValues)
 {
     EXPECT_EQ(XmlFileTypeKXA, 1);
     EXPECT_EQ(XmlFileTypeKXB, 2);
@@ -100,7 +102,7 @@ TEST(XSDResourcesTest, TypesHaveTheirValues)
     EXPECT_EQ(XmlFileTypeKXF, 8);
 }
 
-TEST(XSDResourcesTest, AnOlderVersionIsLoggedAndTheCurrentIsNot)
+TEST(XSDResourcesTest, OlderVersionIsLoggedAndTheCurrentOneIsNot)
 {
     testsupport::LogCapture log;
     XSDResources::GetVersionedXsdResourceName(XmlFileTypeKXA, Version("18.1"));
@@ -111,7 +113,7 @@ TEST(XSDResourcesTest, AnOlderVersionIsLoggedAndTheCurrentIsNot)
     EXPECT_EQ(log.records[0].message, VString("XSD Resource version '10.3.7' != Current version '18.1'"));
 }
 
-TEST(XSDResourcesTest, AnApplicationMayRegisterASchemaOfItsOwn)
+TEST(XSDResourcesTest, ApplicationMayRegisterItsOwnSchema)
 {
     ResourceRegistrationCache::GetInstance().RegisterText("VQRC_FILEFORMAT_KXA_XSD_9_0", "<schema/>");
     EXPECT_EQ(XSDResources::GetVersionedXsdResourceName(XmlFileTypeKXA, Version("9.0")),
@@ -120,7 +122,7 @@ TEST(XSDResourcesTest, AnApplicationMayRegisterASchemaOfItsOwn)
     ResourceRegistrationCache::GetInstance().UnregisterText("VQRC_FILEFORMAT_KXA_XSD_9_0");
 }
 
-TEST(XSDResourcesTest, TheDocumentsOwnVersionChoosesAndTheDocumentIsAtItsStart)
+TEST(XSDResourcesTest, VersionOfTheDocumentSelectsTheSchemaAndTheSourceIsReset)
 {
     Utf8InputSource document("<analysis version='10.4' format='10.2'/>", "document", false);
     EXPECT_EQ(XSDResources::GetVersionedXsdInputSourceForDocument(XmlFileTypeKXA, document, VString())->Id(),
@@ -134,7 +136,7 @@ TEST(XSDResourcesTest, TheDocumentsOwnVersionChoosesAndTheDocumentIsAtItsStart)
     EXPECT_EQ(bytes, "<analysis");
 }
 
-TEST(XSDResourcesTest, ADocumentWithoutAVersionThrowsAndIsAtItsStart)
+TEST(XSDResourcesTest, DocumentWithoutAVersionThrowsAndTheSourceIsReset)
 {
     Utf8InputSource document("<analysis/>", "document", false);
     try {
@@ -152,16 +154,14 @@ TEST(XSDResourcesTest, ADocumentWithoutAVersionThrowsAndIsAtItsStart)
     EXPECT_EQ(bytes, "<analysis");
 }
 
-TEST(XSDResourceResolverTest, AResourceThatIsThereResolves)
+TEST(XSDResourceResolverTest, ExistingResourceResolves)
 {
     EXPECT_NO_THROW(XSDResourceResolver::CheckResolves("VQRC_FILEFORMAT_KXA_XSD"));
 }
 
-TEST(XSDResourceResolverTest, AMissingOneRaises)
+TEST(XSDResourceResolverTest, MissingResourceRaises)
 {
-    testsupport::ExpectLogicException([] { XSDResourceResolver::CheckResolves("VQRC_NONE"); },
-        "vancorexml\\main\\parser\\XSDResourceResolver",
-        67,
-        "Resource 'VQRC_NONE' did not resolve.",
-        0xABCA807E);
+    const char* const file = "vancorexml\\main\\parser\\XSDResourceResolver";
+    const auto check = [] { XSDResourceResolver::CheckResolves("VQRC_NONE"); };
+    testsupport::ExpectLogicException(check, file, 67, "Resource 'VQRC_NONE' did not resolve.", 0xABCA807E);
 }

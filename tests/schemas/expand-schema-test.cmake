@@ -1,4 +1,4 @@
-# Expands sources of a few lines:
+# Tests expand-schema.cmake with small sources:
 #   cmake -D SCRIPT=expand-schema.cmake -D FOLDER=folder-to-write-to -P expand-schema-test.cmake
 cmake_minimum_required(VERSION 3.22)
 
@@ -29,11 +29,11 @@ endfunction()
 function(expect_refused source)
     run("${source}" 10.5 status output)
     if(status EQUAL 0)
-        message(SEND_ERROR "accepted:\n${source}")
+        message(SEND_ERROR "accepted the invalid source\n${source}")
     endif()
 endfunction()
 
-# Text that CMake could take for a list, a variable or an escape stays as it is.
+# CMake must not interpret lists, variables and escapes in the text.
 expect("<?xml version='1.0'?>\n[0-9];\\.$x \${y} é\n" 10.5 "<?xml version='1.0'?>\n[0-9];\\.$x \${y} é\n")
 expect("@VERSION@ @MAJOR@ @MINOR@\n" 10.5 "10.5 10 5\n")
 

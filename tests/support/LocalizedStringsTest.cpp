@@ -20,8 +20,8 @@ const VString EnglishEntity = "XML External <!ENTITY> definitions are not allowe
 const VString EnglishEncoding = "The XML file is in an unsupported encoding.";
 constexpr std::uint32_t Unknown = 0x12345678;
 
-// A session with that language on this thread while it lives; without a language there is a
-// session that has no locale.
+// Puts this thread into a session with the locale `language` until destroyed. A null language makes a session
+// without a locale.
 class Session {
 public:
     explicit Session(const char* language)
@@ -83,16 +83,17 @@ TEST(LocalizedStringsTest, EveryLocaleHasItsTranslationFile)
     }
 }
 
-TEST(LocalizedStringsTest, EveryLocaleGivesItsOwnTexts)
+TEST(LocalizedStringsTest, EveryLocaleHasItsOwnTexts)
 {
     for (const LocaleRow& row : Locales) {
-        EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale), VString(row.entity));
-        EXPECT_EQ(
-            CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_INVALID_ENCODING, row.locale), VString(row.encoding));
+        const VString entity = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale);
+        const VString encoding = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_INVALID_ENCODING, row.locale);
+        EXPECT_EQ(entity, VString(row.entity));
+        EXPECT_EQ(encoding, VString(row.encoding));
     }
 }
 
-TEST(LocalizedStringsTest, TranslationsAreNoEnglishCopies)
+TEST(LocalizedStringsTest, TranslationsDifferFromEnglishAndFromEachOther)
 {
     std::set<VString> texts;
     for (const LocaleRow& row : Locales) {
@@ -104,13 +105,13 @@ TEST(LocalizedStringsTest, TranslationsAreNoEnglishCopies)
     }
 }
 
-TEST(LocalizedStringsTest, IdsHaveTheirNumbers)
+TEST(LocalizedStringsTest, IdsHaveFixedNumbers)
 {
     EXPECT_EQ(CoreXml::IDS_ERR_XML_ENTITY, 0xCDE820DFu);
     EXPECT_EQ(CoreXml::IDS_ERR_XML_INVALID_ENCODING, 0x927F7F7Bu);
 }
 
-TEST(LocalizedStringsTest, WithoutASessionTheTextIsEnglishAlsoWithALocale)
+TEST(LocalizedStringsTest, TextIsEnglishWithoutASessionEvenIfALocaleIsSet)
 {
     CoreThreadContext::SetGenericObject("locale", std::make_shared<VLocale>(VString("de_DE")));
     EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY), EnglishEntity);
@@ -118,26 +119,26 @@ TEST(LocalizedStringsTest, WithoutASessionTheTextIsEnglishAlsoWithALocale)
     CoreThreadContext::SetGenericObject("locale", boost::any());
 }
 
-TEST(LocalizedStringsTest, ASessionGivesItsLanguage)
+TEST(LocalizedStringsTest, SessionSelectsTheLanguage)
 {
     const Session session("it_IT");
     EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY), VString(Locales[1].entity));
 }
 
-TEST(LocalizedStringsTest, ASessionWithoutALocaleGivesEnglish)
+TEST(LocalizedStringsTest, SessionWithoutALocaleSelectsEnglish)
 {
     const Session session(nullptr);
     EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY), EnglishEntity);
 }
 
-TEST(LocalizedStringsTest, AnEmptySessionTestThrows)
+TEST(LocalizedStringsTest, EmptyHasSessionIdFunctionThrows)
 {
     CoreThreadContext::HasSessionId = nullptr;
     EXPECT_THROW(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY), std::bad_function_call);
     CoreThreadContext::HasSessionId = [] { return false; };
 }
 
-TEST(LocalizedStringsTest, AnUnknownIdIsEmptyInEveryLanguage)
+TEST(LocalizedStringsTest, UnknownIdGivesAnEmptyTextInEveryLanguage)
 {
     EXPECT_TRUE(CoreXml::GetLocalizedString(Unknown).IsEmpty());
     for (const LocaleRow& row : Locales)
@@ -145,13 +146,13 @@ TEST(LocalizedStringsTest, AnUnknownIdIsEmptyInEveryLanguage)
     EXPECT_TRUE(CoreXml::GetLocalizedString(Unknown, "").IsEmpty());
 }
 
-TEST(LocalizedStringsTest, TheClosestLanguageServesForOneThatIsNotSupported)
+TEST(LocalizedStringsTest, UnsupportedLocaleFallsBackToItsLanguage)
 {
     EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, "de_AT"), VString(Locales[0].entity));
     EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, "es_MX"), VString(Locales[3].entity));
 }
 
-TEST(LocalizedStringsTest, AnUnknownLanguageGivesTheSessionsAndElseEnglish)
+TEST(LocalizedStringsTest, UnknownLanguageFallsBackToTheSessionAndThenToEnglish)
 {
     EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, "xx_XX"), EnglishEntity);
     const Session session("fr_FR");
@@ -159,13 +160,13 @@ TEST(LocalizedStringsTest, AnUnknownLanguageGivesTheSessionsAndElseEnglish)
     EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, ""), VString(Locales[4].entity));
 }
 
-TEST(LocalizedStringsTest, EnglishAskedForStaysEnglishInAnySession)
+TEST(LocalizedStringsTest, RequestedEnglishOverridesTheSession)
 {
     const Session session("fr_FR");
     EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, "en_US"), EnglishEntity);
 }
 
-TEST(LocalizedStringsTest, ATranslatorIsLoadedOnce)
+TEST(LocalizedStringsTest, TranslatorIsLoadedOnce)
 {
     const auto cache = CoreXml::LocalStringTableCache::GetInstance();
     const auto first = cache->GetTranslator("ja_JP");
@@ -175,7 +176,7 @@ TEST(LocalizedStringsTest, ATranslatorIsLoadedOnce)
     EXPECT_EQ(CoreXml::LocalStringTableCache::GetInstance(), cache);
 }
 
-TEST(LocalizedStringsTest, ALanguageWithoutAFileKeepsAnEmptyTranslator)
+TEST(LocalizedStringsTest, LanguageWithoutAFileHasAnEmptyTranslator)
 {
     const auto cache = CoreXml::LocalStringTableCache::GetInstance();
     const auto translator = cache->GetTranslator("qq_QQ");
@@ -184,38 +185,36 @@ TEST(LocalizedStringsTest, ALanguageWithoutAFileKeepsAnEmptyTranslator)
     EXPECT_EQ(cache->GetTranslator("qq_QQ"), translator);
 }
 
-TEST(LocalizedStringsTest, TheDefaultLanguageAndNoneHaveNoTranslator)
+TEST(LocalizedStringsTest, DefaultAndEmptyLanguageHaveNoTranslator)
 {
     const auto cache = CoreXml::LocalStringTableCache::GetInstance();
     EXPECT_EQ(cache->GetTranslator(""), nullptr);
     EXPECT_EQ(cache->GetTranslator(LanguageUtils::GetDefaultISOString()), nullptr);
 }
 
-// In a process of its own, where nobody has asked for the cache yet.
-TEST(LocalizedStringsDeathTest, AnotherObjectInItsPlaceIsAnAssertion)
+// Runs in a process of its own, in which the cache does not exist yet.
+TEST(LocalizedStringsDeathTest, GetInstanceAssertsIfItsKeyHoldsAnotherObject)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto run = [] {
         CoreThreadContext::GetProcessObject("vancorexml-strings", [] { return boost::any(7); });
-        testsupport::ExpectLogicException([] { CoreXml::LocalStringTableCache::GetInstance(); },
-            "vancorexml\\van-codegen\\gen-strings\\vancorexml-strings",
-            78,
-            "s_cache",
-            0x2F8D61B4);
+        const char* const file = "vancorexml\\van-codegen\\gen-strings\\vancorexml-strings";
+        const auto getInstance = [] { CoreXml::LocalStringTableCache::GetInstance(); };
+        testsupport::ExpectLogicException(getInstance, file, 78, "s_cache", 0x2F8D61B4);
         std::exit(testing::Test::HasFailure() ? 1 : 0);
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST(LocalizedStringsThreadTest, ManyThreadsAskForManyLanguages)
+TEST(LocalizedStringsThreadTest, ManyThreadsGetTextsInManyLanguages)
 {
     std::vector<std::thread> threads;
     for (int t = 0; t < 8; ++t) {
         threads.emplace_back([] {
             for (int i = 0; i < 50; ++i) {
                 for (const LocaleRow& row : Locales) {
-                    EXPECT_EQ(
-                        CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale), VString(row.entity));
+                    const VString text = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale);
+                    EXPECT_EQ(text, VString(row.entity));
                 }
             }
         });

@@ -44,19 +44,19 @@ const AliasRow Rows[] = {
 
 }  // namespace
 
-TEST(QtVanResourcesTest, EveryNumberHasItsAlias)
+TEST(QtVanResourcesTest, EveryIdHasItsAlias)
 {
     for (const AliasRow& row : Rows)
         EXPECT_EQ(LookupResourceAlias(row.id), VString(row.alias));
 }
 
-TEST(QtVanResourcesTest, TheTwoFixedNumbers)
+TEST(QtVanResourcesTest, FixedIdsHaveTheirAliases)
 {
     EXPECT_EQ(LookupResourceAlias(QtVanResourceId{0x8B50C6EA}), VString("VQRC_FILEFORMAT_XML_XSD"));
     EXPECT_EQ(LookupResourceAlias(QtVanResourceId{0x63CABD5B}), VString("VQRC_FILEFORMAT_USER_XSD"));
 }
 
-TEST(QtVanResourcesTest, EveryResourceIsThereAndHasAText)
+TEST(QtVanResourcesTest, EveryResourceExistsAndHasText)
 {
     for (const AliasRow& row : Rows) {
         const UTF8StringVResource resource(LookupResource(row.id));
@@ -65,27 +65,26 @@ TEST(QtVanResourcesTest, EveryResourceIsThereAndHasAText)
     }
 }
 
-TEST(QtVanResourcesTest, WithoutAQualifierThePathIsTheAlias)
+TEST(QtVanResourcesTest, PathWithoutAQualifierIsTheAlias)
 {
     EXPECT_EQ(LookupResource(QtVanResourceId::FileFormatKxaXsd), VString("VQRC_FILEFORMAT_KXA_XSD"));
     EXPECT_EQ(LookupResource(QtVanResourceId::FileFormatKxaXsd, VString()), VString("VQRC_FILEFORMAT_KXA_XSD"));
-    EXPECT_EQ(
-        LookupDefaultQtVanRes(QtVanResourceId::FileFormatKxaXsd), LookupResource(QtVanResourceId::FileFormatKxaXsd));
+    EXPECT_EQ(LookupDefaultQtVanRes(QtVanResourceId::FileFormatKxaXsd), VString("VQRC_FILEFORMAT_KXA_XSD"));
 }
 
-TEST(QtVanResourcesTest, TheQualifierIsPassedOn)
+TEST(QtVanResourcesTest, QualifierIsPassedToTheRegistry)
 {
     EXPECT_EQ(LookupResource(QtVanResourceId::FileFormatKxaXsd, "dark"),
         ResourceRegistrationCache::GetInstance().GetResourcePath("VQRC_FILEFORMAT_KXA_XSD", "dark"));
 }
 
-TEST(QtVanResourcesTest, AnUnknownNumberHasNoAliasAndNoResource)
+TEST(QtVanResourcesTest, UnknownIdHasNoAliasAndNoResource)
 {
     for (const std::uint32_t number : {0u, 1u, 0x8B50C6E9u, 0x8B50C6EBu, 0xFFFFFFFFu}) {
         const QtVanResourceId id{number};
+        const VString emptyPath = ResourceRegistrationCache::GetInstance().GetResourcePath(VString(), VString());
         EXPECT_TRUE(LookupResourceAlias(id).IsEmpty()) << number;
-        EXPECT_EQ(LookupResource(id), ResourceRegistrationCache::GetInstance().GetResourcePath(VString(), VString()))
-            << number;
+        EXPECT_EQ(LookupResource(id), emptyPath) << number;
         EXPECT_FALSE(VResource(LookupResource(id)).isValid()) << number;
     }
 }

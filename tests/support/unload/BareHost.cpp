@@ -1,5 +1,6 @@
-// A host that knows nothing of the platform: with the plug-in it loads and unloads all of the library's modules.
-//   bare_host PLUGIN    exits with 0 when the plug-in worked and left memory each time
+// A host that does not link the platform. Loading the plug-in therefore loads every module of the library, and
+// unloading the plug-in unloads them.
+//   bare_host PLUGIN    exits with 0 if the plug-in worked and was unmapped each time
 #include <dlfcn.h>
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// A host that uses the platform itself and loads the library as part of a plug-in.
+// A host that links the platform and loads the library as part of a plug-in.
 #include <dlfcn.h>
 
 #include <array>
@@ -65,13 +65,13 @@ void LoadAndUse(int times)
     }
 }
 
-// Exits as a program does at the end of main, with 0 when nothing failed.
+// Exits like a return from main, with status 0 if nothing failed.
 [[noreturn]] void Exit()
 {
     std::exit(testing::Test::HasFailure() ? 1 : 0);
 }
 
-// The cases run in processes of their own, whose exit is part of what they test.
+// Each test runs in a process of its own and also checks how that process exits.
 class LibraryUnloadDeathTest : public testing::Test {
 protected:
     LibraryUnloadDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
@@ -100,7 +100,7 @@ TEST_F(LibraryUnloadDeathTest, ProcessExitsCleanlyWithTheLibraryLoaded)
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(LibraryUnloadDeathTest, NothingOfTheLibraryStaysInThePlatform)
+TEST_F(LibraryUnloadDeathTest, UnloadedLibraryLeavesNothingInThePlatform)
 {
     const auto run = [] {
         LoadAndUse(1);

@@ -1,4 +1,4 @@
-// A plug-in of a host that uses the library: loading it loads the library, unloading it unloads both.
+// A plug-in that uses the library. Loading the plug-in loads the library, unloading it unloads both.
 #include <cstddef>
 #include <string>
 
@@ -8,14 +8,14 @@
 
 #define PLUGIN_API extern "C" __attribute__((visibility("default")))
 
-// Writes the message about external entities in that language, at most `size` bytes with the terminating NUL.
+// Writes the message about external entities in `language`: at most `size` bytes, including the terminating NUL.
 PLUGIN_API void AskForMessage(const char* language, char* buffer, std::size_t size)
 {
     const std::string text = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, language).toStdString();
     buffer[text.copy(buffer, size - 1)] = '\0';
 }
 
-// Checks a document against one of the library's schemas; true when the parser finds the error in it.
+// Parses an invalid document against a schema of the library. Returns true if the parser reports an error.
 PLUGIN_API bool ParseAgainstSchema()
 {
     DOMParser parser;
