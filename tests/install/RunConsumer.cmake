@@ -1,3 +1,6 @@
+# A script has no policies of its own, but if(IN_LIST) needs one.
+cmake_minimum_required(VERSION 3.22)
+
 # Runs one command and sets `output` to its output. If the command fails, shows the output and stops.
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)

@@ -305,7 +305,7 @@ void XercesXMLParserImpl::DoParse()
 {
     if (HasErrors())
         ThrowLogicException(Assertions::ParseBeginsWithErrors);
-    const Step step("XercesXMLParser_DoXercesParse");
+    const TracedStep step("XercesXMLParser_DoXercesParse");
     bool isReusable = false;
     try {
         ReadInput();
