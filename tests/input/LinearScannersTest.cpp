@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/common/TestSupport.h"
-#include "tests/sanitizer/ReferenceScanners.h"
+#include "tests/input/ReferenceScanners.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/VersionSniffer.h"
 #include "vancorexml/main/parser/XercesColonSanitizer.h"
