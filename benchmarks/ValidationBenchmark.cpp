@@ -22,7 +22,7 @@
 #include "vancorexml/main/parser/DOMBuilder.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
-#include "vancorexml/main/parser/XercesXMLParser.h"
+#include "vancorexml/main/parser/XercesTreeParser.h"
 
 namespace {
 
@@ -118,7 +118,7 @@ public:
         if (m_driver) {
             m_driver->Reload(source, builder);
         } else {
-            m_driver = XercesXMLParser::Create(source, builder);
+            m_driver = XercesTreeParser::Create(source, builder);
             m_driver->LoadXSDResource(VString(SchemaName));
         }
         m_driver->Parse();
@@ -127,7 +127,7 @@ public:
     }
 
 private:
-    std::unique_ptr<XercesXMLParser> m_driver;
+    std::unique_ptr<XercesTreeParser> m_driver;
 };
 
 // Validates with libxml2. Its schema needs an explicit location for the imported schema.

@@ -174,6 +174,14 @@ TEST(AttributeMapTest, TryEmplaceDoesNotMoveItsArgumentsWhenTheNameExists)
     EXPECT_EQ(map.at("b"), VString("2"));
 }
 
+TEST(AttributeMapTest, InsertNewAddsEntriesThatLookupsFind)
+{
+    AttributeMap map;
+    for (int i = 0; i < 50; ++i)
+        EXPECT_EQ(map.InsertNew(VString::number(i), VString::number(-i))->second, VString::number(-i));
+    EXPECT_EQ(map, MapOf(50));
+}
+
 TEST(AttributeMapTest, EraseIfTestsEveryEntryOnce)
 {
     AttributeMap map = MapOf(100);

@@ -194,10 +194,8 @@ AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value
     return position;
 }
 
-AttributeMap::iterator AttributeMap::InsertNew(const VString& name, VString&& value)
+AttributeMap::iterator AttributeMap::GrowAndAppend(const VString& name, VString&& value)
 {
-    if (m_size != m_capacity)
-        return Append(name, std::move(value));
     const VString key(name);  // a copy, because `name` may refer to an entry, which moves when the map grows
     Reallocate(2 * size() + 1);
     return Append(key, std::move(value));

@@ -157,6 +157,12 @@ public:
     {
         return try_emplace(name, std::forward<Args>(args)...).first;
     }
+    // Inserts without a lookup. Precondition: the map has no entry named `name`. Otherwise it holds the name twice,
+    // and a lookup finds either entry.
+    iterator InsertNew(const VString& name, VString&& value)
+    {
+        return m_size != m_capacity ? Append(name, std::move(value)) : GrowAndAppend(name, std::move(value));
+    }
     // Inserts the entry, or overwrites the value of an existing one.
     std::pair<iterator, bool> insert_or_assign(const VString& name, VString value);
     iterator insert_or_assign(const_iterator, const VString& name, VString value)
@@ -183,8 +189,6 @@ public:
     friend bool operator!=(const AttributeMap& a, const AttributeMap& b) noexcept { return !(a == b); }
 
 private:
-    friend class XercesXMLHandler;  // appends
-
     bool IsInBlock() const noexcept { return m_capacity > 1; }
     // For an empty map without a block; leaves `other` as such a map.
     void AdoptEntries(AttributeMap& other) noexcept;
@@ -193,8 +197,8 @@ private:
     void Reallocate(size_type capacity);
     // For a name that is not there, while there is room.
     iterator Append(const VString& name, VString&& value) noexcept;
-    // For a name that is not there.
-    iterator InsertNew(const VString& name, VString&& value);
+    // For a name that is not there, when there is no room.
+    iterator GrowAndAppend(const VString& name, VString&& value);
 
     static constexpr size_type MaxSize = std::numeric_limits<std::uint32_t>::max() / 4;
 

@@ -4,11 +4,11 @@
 
 #include "vancorexml/main/parser/DOMElement.h"
 
-DOMBuilder::DOMBuilder(DOM& document, bool keepBlankText) : ElementTaker(keepBlankText), m_stack{&document.GetRoot()} {}
+DOMBuilder::DOMBuilder(DOM& document, bool keepBlankText) : TreeBuilder(keepBlankText), m_stack{&document.GetRoot()} {}
 
 DOMBuilder::~DOMBuilder() = default;
 
-AttributeMap& DOMBuilder::TakeElement(const VString& name)
+void DOMBuilder::StartElement(const VString& name, const TagAttributes& attributes)
 {
     DOMElement& element = m_stack.back()->AddNewChild(name, m_pages);
     m_stack.push_back(&element);
@@ -18,7 +18,7 @@ AttributeMap& DOMBuilder::TakeElement(const VString& name)
         m_locationProvider->GetCurrentLocation(line, column);
         element.SetElementStartLocation(line, column);
     }
-    return element.GetAttributes();
+    attributes.AddTo(element.GetAttributes());
 }
 
 void DOMBuilder::EndElement()
@@ -34,13 +34,7 @@ void DOMBuilder::EndElement()
         m_pages.Release();
 }
 
-void DOMBuilder::Characters(const VString& text)
-{
-    if (WantsText(text.View()))
-        TakeText(VString(text));
-}
-
-void DOMBuilder::TakeText(VString&& text)
+void DOMBuilder::Characters(VString&& text)
 {
     DOMElement& element = *m_stack.back();
     if (element.HasText())

@@ -1,12 +1,12 @@
-// From a parser's callbacks to a document.
+// From the events of a parse to a document.
 #pragma once
 
 #include <vector>
 
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/ElementPages.h"
-#include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/SAXInterface.h"
+#include "vancorexml/main/parser/TreeBuilder.h"
 
 // Builds the elements that a parser reports below the root of a document.
 //
@@ -14,7 +14,7 @@
 // of positions.
 //
 // Threads: one at a time.
-class DOMBuilder final : public SAXInterface, public ElementTaker {
+class DOMBuilder final : public TreeBuilder {
 public:
     // Text that is white space only is dropped unless `keepBlankText`.
     DOMBuilder(DOM& document, bool keepBlankText);
@@ -23,11 +23,9 @@ public:
     // Elements get the position of the provider at their start and at their end.
     void SetLocationProvider(SAXFileLocation& provider) noexcept { m_locationProvider = &provider; }
 
-    void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name) = attributes; }
-    void TakeText(VString&& text) override;
-    AttributeMap& TakeElement(const VString& name) override;
+    void StartElement(const VString& name, const TagAttributes& attributes) override;
     void EndElement() override;
-    void Characters(const VString& text) override;
+    void Characters(VString&& text) override;
 
 private:
     // The root and the open elements below it, the innermost last.

@@ -9,8 +9,9 @@
 #include "vancorexml/main/parser/DOMBuilder.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
 #include "vancorexml/main/parser/StatisticsHandler.h"
+#include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
-#include "vancorexml/main/parser/XercesXMLParser.h"
+#include "vancorexml/main/parser/XercesTreeParser.h"
 #include "vansys/LogicException.h"
 #include "vansys/MemoryScope.h"
 
@@ -56,35 +57,35 @@ struct DOMParser::Impl {
     // A driver cannot drop schemas, so one that has, or is about to get, schemas is never reused.
     // A parse holds its driver alone: a callback that starts another parse gets another driver,
     // and a parse that throws leaves none behind.
-    std::shared_ptr<XercesXMLParser> ReleaseDriver(InputSource& source, const std::shared_ptr<SAXInterface>& builder);
+    std::shared_ptr<XercesTreeParser> ReleaseDriver(InputSource& source, const std::shared_ptr<TreeBuilder>& builder);
     // Keeps the driver for the next parse, without the source and the builder of the last one.
-    void AdoptDriver(std::shared_ptr<XercesXMLParser> used);
+    void AdoptDriver(std::shared_ptr<XercesTreeParser> used);
 
     // The empty source of a driver between two parses.
     StringInputSource nothing{VString(), VString(), false};
     // Null before the first parse and while a parse uses the driver.
-    std::shared_ptr<XercesXMLParser> driver;
+    std::shared_ptr<XercesTreeParser> driver;
     std::vector<std::unique_ptr<InputSource>> xsdSources;
     bool enableLineNumbers = false;
     bool restrictExternalPaths = false;
     StatisticsHandler statisticsHandler;
 };
 
-std::shared_ptr<XercesXMLParser> DOMParser::Impl::ReleaseDriver(
-    InputSource& source, const std::shared_ptr<SAXInterface>& builder)
+std::shared_ptr<XercesTreeParser> DOMParser::Impl::ReleaseDriver(
+    InputSource& source, const std::shared_ptr<TreeBuilder>& builder)
 {
-    std::shared_ptr<XercesXMLParser> kept = std::exchange(driver, nullptr);
+    std::shared_ptr<XercesTreeParser> kept = std::exchange(driver, nullptr);
     if (!kept || !xsdSources.empty())
-        return XercesXMLParser::Create(source, builder);
+        return XercesTreeParser::Create(source, builder);
     kept->Reload(source, builder);
     return kept;
 }
 
-void DOMParser::Impl::AdoptDriver(std::shared_ptr<XercesXMLParser> used)
+void DOMParser::Impl::AdoptDriver(std::shared_ptr<XercesTreeParser> used)
 {
     if (!used->GetLoadedXSDs().empty())
         return;
-    used->Reload(nothing, nullptr);
+    used->Reload(nothing, std::shared_ptr<TreeBuilder>());
     used->ClearErrorsAndWarnings();
     driver = std::move(used);
 }
@@ -200,7 +201,7 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
 
     auto document = std::make_unique<DOM>(m_impl->restrictExternalPaths);
     const auto builder = std::make_shared<DOMBuilder>(*document, keepBlankText);
-    const std::shared_ptr<XercesXMLParser> driver = m_impl->ReleaseDriver(source, builder);
+    const std::shared_ptr<XercesTreeParser> driver = m_impl->ReleaseDriver(source, builder);
     if (m_impl->enableLineNumbers)
         builder->SetLocationProvider(*driver);
     // Iterate by index: reading a schema may add another one.

@@ -4,45 +4,35 @@
 
 #include "metrics2/Metrics.h"
 #include "vancoredata/VResource.h"
-#include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
-#include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/StatisticsHandler.h"
+#include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
-#include "vancorexml/main/parser/XercesXMLParser.h"
+#include "vancorexml/main/parser/XercesTreeParser.h"
 
 namespace {
 
-// Builds the tree from the parser's callbacks.
-class StandaloneDOMBuilder final : public SAXInterface, public ElementTaker {
+class StandaloneDOMBuilder final : public TreeBuilder {
 public:
     explicit StandaloneDOMBuilder(bool keepWhitespaceText)
-        : ElementTaker(keepWhitespaceText),
+        : TreeBuilder(keepWhitespaceText),
           m_root(std::make_unique<StandaloneDOMElement>("Document")),
           m_open{m_root.get()}
     {}
 
-    void StartElement(const VString& name, const AttributeMap& attributes) override { TakeElement(name) = attributes; }
-
-    AttributeMap& TakeElement(const VString& name) override
+    void StartElement(const VString& name, const TagAttributes& attributes) override
     {
         auto element = std::make_unique<StandaloneDOMElement>(name);
         m_open.push_back(element.get());
         m_open[m_open.size() - 2]->AppendChild(std::move(element));
-        return m_open.back()->GetAttributes();
+        attributes.AddTo(m_open.back()->GetAttributes());
     }
-
-    void TakeText(VString&& text) override { m_open.back()->AppendText(text); }
 
     void EndElement() override { m_open.pop_back(); }
 
-    void Characters(const VString& text) override
-    {
-        if (WantsText(text.View()))
-            TakeText(VString(text));
-    }
+    void Characters(VString&& text) override { m_open.back()->AppendText(text); }
 
-    std::unique_ptr<StandaloneDOMElement> TakeRoot() { return std::move(m_root); }
+    std::unique_ptr<StandaloneDOMElement> ReleaseRoot() { return std::move(m_root); }
 
 private:
     std::unique_ptr<StandaloneDOMElement> m_root;
@@ -111,7 +101,7 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource
 {
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlInputSource");
     const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
-    const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, builder);
+    const std::unique_ptr<XercesTreeParser> parser = XercesTreeParser::Create(source, builder);
     // Iterate by index: reading a schema may add another one.
     for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
         InputSource& schema = *m_impl->xsdSources[i];
@@ -124,5 +114,5 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource
     if (parser->HasErrors())
         errors.assign(parser->GetErrors().begin(), parser->GetErrors().end());
     m_impl->statisticsHandler.Call(source);
-    return {builder->TakeRoot(), std::move(errors)};
+    return {builder->ReleaseRoot(), std::move(errors)};
 }

@@ -13,7 +13,6 @@
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLString.hpp>
 
-#include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 #include "vancorexml/main/parser/NulFinder.h"
@@ -49,20 +48,58 @@ VString MakeText(std::u16string_view text, SharedTexts& known)
 
 }  // namespace
 
-XercesXMLHandler::XercesXMLHandler(std::shared_ptr<SAXInterface> target)
-    : m_target(std::move(target)),
-      m_taker(dynamic_cast<ElementTaker*>(m_target.get())),
+// The attributes of a start tag as Xerces holds them.
+class XercesXMLHandler::Attributes final : public TagAttributes {
+public:
+    Attributes(
+        XercesXMLHandler& handler, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count) noexcept
+        : m_handler(handler),
+          m_attributes(attributes),
+          m_count(count)
+    {}
+
+    void AddTo(AttributeMap& map) const override;
+
+private:
+    XercesXMLHandler& m_handler;
+    const xercesc::RefVectorOf<xercesc::XMLAttr>& m_attributes;
+    XMLSize_t m_count;
+};
+
+void XercesXMLHandler::Attributes::AddTo(AttributeMap& map) const
+{
+    NameTable& names = m_handler.m_names;
+    SharedTexts& values = m_handler.m_values;
+    map.reserve(m_count);
+    // Xerces rejects a tag with duplicate attributes, so the attributes of the tag are inserted without a lookup.
+    // From the first restored colon name or default value on, a name may collide, so each needs a lookup.
+    bool isOfTag = true;
+    for (XMLSize_t i = 0; i < m_count; ++i) {
+        const xercesc::XMLAttr& attribute = *m_attributes.elementAt(i);
+        const VString& qname = names.Get(attribute.getQName());
+        const std::u16string_view name = XercesColonSanitizer::RestoreNameView(qname.View());
+        const bool isRestored = name.size() != qname.View().size();
+        isOfTag = isOfTag && !isRestored && attribute.getSpecified();
+        if (isOfTag)
+            map.InsertNew(qname, MakeText(attribute.getValue(), values));
+        else if (!isRestored)
+            map.try_emplace(qname, MakeText(attribute.getValue(), values));
+        else if (!name.empty())
+            map.try_emplace(names.Get(name), MakeText(attribute.getValue(), values));
+    }
+}
+
+XercesXMLHandler::XercesXMLHandler(std::shared_ptr<TreeBuilder> builder)
+    : m_builder(std::move(builder)),
       m_values(ShortTextLimit, SharedTexts::CachePolicy::OnSecondMiss),
       m_texts(ShortTextLimit, SharedTexts::CachePolicy::OnSecondMiss)
 {}
 
 XercesXMLHandler::~XercesXMLHandler() = default;
 
-void XercesXMLHandler::SetTarget(std::shared_ptr<SAXInterface> target) noexcept
+void XercesXMLHandler::SetBuilder(std::shared_ptr<TreeBuilder> builder) noexcept
 {
-    m_taker = dynamic_cast<ElementTaker*>(target.get());
-    m_target = std::move(target);
-    m_isDone = false;
+    m_builder = std::move(builder);
     resetErrors();
 }
 
@@ -128,59 +165,22 @@ void XercesXMLHandler::FlushText()
     if (m_pendingLength == 0)
         return;
     const std::u16string_view pending(m_pendingText.data(), m_pendingLength);
-    if (!m_taker || m_taker->WantsText(pending)) {
-        VString text = MakeText(pending, m_texts);
-        if (m_taker)
-            m_taker->TakeText(std::move(text));
-        else
-            m_target->Characters(text);
-    }
+    if (m_builder->WantsText(pending))
+        m_builder->Characters(MakeText(pending, m_texts));
     ForgetText();
-}
-
-void XercesXMLHandler::PutAttributes(
-    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map)
-{
-    map.reserve(count);
-    // Xerces rejects a tag with duplicate attributes, so the attributes of the tag are appended without a lookup.
-    // From the first restored colon name or default value on, a name may collide, so each needs a lookup.
-    bool isOfTag = true;
-    for (XMLSize_t i = 0; i < count; ++i) {
-        const xercesc::XMLAttr& attribute = *attributes.elementAt(i);
-        const VString& qname = m_names.Get(attribute.getQName());
-        const std::u16string_view name = XercesColonSanitizer::RestoreNameView(qname.View());
-        const bool isRestored = name.size() != qname.View().size();
-        isOfTag = isOfTag && !isRestored && attribute.getSpecified();
-        if (isOfTag)
-            map.Append(qname, MakeText(attribute.getValue(), m_values));
-        else if (!isRestored)
-            map.try_emplace(qname, MakeText(attribute.getValue(), m_values));
-        else if (!name.empty())
-            map.try_emplace(m_names.Get(name), MakeText(attribute.getValue(), m_values));
-    }
 }
 
 void XercesXMLHandler::startElement(
     const XMLCh* qname, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count)
 {
     FlushText();
-    if (m_taker) {
-        PutAttributes(attributes, count, m_taker->TakeElement(m_names.Get(qname)));
-    } else {
-        const VString name = m_names.Get(qname);
-        AttributeMap map;
-        PutAttributes(attributes, count, map);
-        m_target->StartElement(name, map);
-        m_isDone |= m_target->IsDone();
-    }
+    m_builder->StartElement(m_names.Get(qname), Attributes(*this, attributes, count));
 }
 
 void XercesXMLHandler::endElement()
 {
     FlushText();
-    m_target->EndElement();
-    if (!m_taker)
-        m_isDone |= m_target->IsDone();
+    m_builder->EndElement();
 }
 
 void XercesXMLHandler::internalEntityDecl(const XMLCh*, const XMLCh*)
@@ -281,26 +281,20 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
         RefuseEntity(*resource);
     if (type != xercesc::XMLResourceIdentifier::SchemaImport && type != xercesc::XMLResourceIdentifier::SchemaInclude)
         return nullptr;
-    auto* extension = dynamic_cast<SAXInterfaceExtension*>(m_target.get());
-    if (!extension)
+    const std::optional<FoundSchema> schema = m_builder->FindSchema(resource->getBaseURI(), resource->getSystemId());
+    if (!schema)
         return nullptr;
-    const VString systemId = resource->getSystemId();
-    VString path;
-    extension->ResolveSchemaPath(path, resource->getBaseURI(), systemId);
-    if (path.IsEmpty())
-        return nullptr;
-    const std::string text =
-        extension->PreprocessSchemaText(systemId, VFile::LoadTextFile(path, true), path).toStdString();
+    const std::string text = schema->text.toStdString();
 
     auto bytes = std::make_unique<XMLByte[]>(text.size() + 1);
     std::memcpy(bytes.get(), text.data(), text.size());
     auto source = std::make_unique<xercesc::MemBufInputSource>(
-        bytes.get(), text.size(), path.utf16(), true, xercesc::XMLPlatformUtils::fgMemoryManager);
+        bytes.get(), text.size(), schema->path.utf16(), true, xercesc::XMLPlatformUtils::fgMemoryManager);
     static_cast<void>(bytes.release());  // now the source's, which deletes it
     source->setCopyBufToStream(false);
     source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
     if (const auto nul = NulFinder::Find(*source, text))
-        RefuseNul(path, nul->line, nul->column);
+        RefuseNul(schema->path, nul->line, nul->column);
     CheckSchema(*source, text);
     return source.release();
 }

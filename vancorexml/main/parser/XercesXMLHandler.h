@@ -1,4 +1,4 @@
-// From Xerces' events to the callbacks of a builder.
+// From Xerces' events to the operations of a builder.
 #pragma once
 
 #include <cstdint>
@@ -14,10 +14,9 @@
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/AttributeMap.h"
-#include "vancorexml/main/parser/ElementTaker.h"
 #include "vancorexml/main/parser/NameTable.h"
-#include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/SharedTexts.h"
+#include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/WrittenNames.h"
 
 // Ends a parse whose fault the handler has recorded already.
@@ -26,17 +25,17 @@ struct ParseAbandoned {};
 // Hands elements and texts to a builder, with sanitized attribute names restored, and
 // collects what Xerces reports.
 //
-// Ownership: shares the builder; Xerces refers to the handler, so a reader must get another
-// before this one dies.
+// Ownership: shares the builder, which may be null while nothing is parsed or loaded. Xerces refers to the handler,
+// so a reader must get another before this one dies.
 //
 // Threads: one at a time.
 class XercesXMLHandler final : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver {
 public:
-    explicit XercesXMLHandler(std::shared_ptr<SAXInterface> target);
+    explicit XercesXMLHandler(std::shared_ptr<TreeBuilder> builder);
     ~XercesXMLHandler() override;
 
-    // The next parse is for another builder, or none when `target` is null.
-    void SetTarget(std::shared_ptr<SAXInterface> target) noexcept;
+    // The next parse is for another builder.
+    void SetBuilder(std::shared_ptr<TreeBuilder> builder) noexcept;
     // Discards text left by an aborted parse. `names` restores the names in the messages of this parse.
     void BeginParse(WrittenNames names);
     // Checks the entities of `document` when it declares the first one. `document` must live until the
@@ -52,7 +51,7 @@ public:
     // Call when the parse that supplied the locator is over: the locator refers to the input of that parse.
     void ForgetLocator() noexcept { m_locator = nullptr; }
 
-    bool IsDone() const noexcept { return m_isDone; }
+    bool IsDone() const noexcept { return m_builder->IsDone(); }
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
     const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
     const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
@@ -87,8 +86,8 @@ public:
     // Likewise for a NUL.
     [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
-    // The schema that a schema imports or includes, from the file that the builder names. Null
-    // when it names none, and for everything else: the parse then leaves the entity out.
+    // The schema that a schema imports or includes, if the builder finds it. Null otherwise, and
+    // for everything else: the parse then leaves the entity out.
     // External entities abort the loading of a schema, because for null Xerces would fetch them
     // itself.
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
@@ -97,21 +96,19 @@ public:
     using xercesc::DefaultHandler::startElement;
 
 private:
+    class Attributes;
+
     // Grows the buffer so that more than `length` further units fit.
     void GrowText(std::size_t length);
     // Empties the pending text. Frees its buffer when that is large.
     void ForgetText() noexcept;
     void FlushText();
-    void PutAttributes(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count, AttributeMap& map);
     VString Format(const char* kind, const xercesc::SAXParseException& exception);
     [[noreturn]] void AbandonExpansion(const VString& message, const VString& id, XMLFileLoc line, XMLFileLoc column);
     // Abandons a schema that uses an external entity.
     [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
-    std::shared_ptr<SAXInterface> m_target;
-    // The same object as m_target when it is one of the library's own builders, else null.
-    ElementTaker* m_taker;
-    bool m_isDone = false;
+    std::shared_ptr<TreeBuilder> m_builder;
     const xercesc::Locator* m_locator = nullptr;
     // Text that was not handed on yet, followed by spare room.
     std::vector<XMLCh> m_pendingText;

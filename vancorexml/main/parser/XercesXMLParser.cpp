@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "vancoredata/VResource.h"
+#include "vancorexml/main/parser/SAXAdapter.h"
 #include "vancorexml/main/parser/XercesXMLParserImpl.h"
 
 XercesXMLParser::XercesXMLParser(InputSource& input, std::shared_ptr<SAXInterface> handler)
@@ -13,7 +14,8 @@ XercesXMLParser::~XercesXMLParser() = default;
 
 std::unique_ptr<XercesXMLParser> XercesXMLParser::Create(InputSource& input, std::shared_ptr<SAXInterface> handler)
 {
-    return std::make_unique<XercesXMLParserImpl>(input, std::move(handler));
+    auto builder = std::make_shared<SAXAdapter>(handler);
+    return std::make_unique<XercesXMLParserImpl>(input, std::move(handler), std::move(builder));
 }
 
 void XercesXMLParser::LoadXSDResource(const VString& resourceName)

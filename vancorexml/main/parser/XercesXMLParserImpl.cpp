@@ -21,6 +21,7 @@
 #include "vancoreplatform/Encoding.h"
 #include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/QtVanResources.h"
+#include "vancorexml/main/parser/SAXAdapter.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
@@ -174,11 +175,12 @@ void DocumentReader::ignorableWhitespace(const XMLCh* text, XMLSize_t length, bo
     docCharacters(text, length, isCData);
 }
 
-XercesXMLParserImpl::XercesXMLParserImpl(InputSource& input, std::shared_ptr<SAXInterface> handler)
-    : XercesXMLParser(input, handler),
+XercesXMLParserImpl::XercesXMLParserImpl(
+    InputSource& input, std::shared_ptr<SAXInterface> handler, std::shared_ptr<TreeBuilder> builder)
+    : XercesTreeParser(input, std::move(handler)),
       m_grammars(std::make_unique<xercesc::XMLGrammarPoolImpl>(xercesc::XMLPlatformUtils::fgMemoryManager)),
       m_securityManager(std::make_unique<xercesc::SecurityManager>()),
-      m_handler(std::make_unique<XercesXMLHandler>(std::move(handler)))
+      m_handler(std::make_unique<XercesXMLHandler>(std::move(builder)))
 {
     RequireReader();
     PrepareParserState();
@@ -382,8 +384,15 @@ void XercesXMLParserImpl::MoveDiagnosticsFromHandler()
 
 void XercesXMLParserImpl::Reload(InputSource& input, std::shared_ptr<SAXInterface> handler)
 {
-    XercesXMLParser::Reload(input, handler);
-    m_handler->SetTarget(std::move(handler));
+    auto builder = std::make_shared<SAXAdapter>(handler);
+    XercesXMLParser::Reload(input, std::move(handler));
+    m_handler->SetBuilder(std::move(builder));
+}
+
+void XercesXMLParserImpl::Reload(InputSource& input, std::shared_ptr<TreeBuilder> builder)
+{
+    XercesXMLParser::Reload(input, nullptr);
+    m_handler->SetBuilder(std::move(builder));
 }
 
 void XercesXMLParserImpl::GetCurrentLocation(int& line, int& column)

@@ -1,4 +1,4 @@
-// The parser behind XercesXMLParser.
+// The parser behind XercesXMLParser and XercesTreeParser.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +12,12 @@
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
+#include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
 #include "vancorexml/main/parser/XercesMemory.h"
 #include "vancorexml/main/parser/XercesPlatform.h"
+#include "vancorexml/main/parser/XercesTreeParser.h"
 #include "vancorexml/main/parser/XercesXMLHandler.h"
-#include "vancorexml/main/parser/XercesXMLParser.h"
 
 // Xerces' reader, which also records whether the document declared XML 1.1, and counts the default
 // attributes of document type declarations. It passes elements and text straight to the handler:
@@ -67,13 +68,16 @@ private:
 // Drives Xerces' reader. The next parse reuses the reader unless a document had an error or
 // declared XML 1.1: both leave state in the reader, which would read the next document as 1.1
 // too. The grammars live outside the reader and stay loaded.
-class XercesXMLParserImpl : public XercesXMLParser {
+class XercesXMLParserImpl : public XercesTreeParser {
 public:
-    XercesXMLParserImpl(InputSource& input, std::shared_ptr<SAXInterface> handler);
+    // `handler` is the caller's handler behind `builder`, or null for a builder of the library.
+    XercesXMLParserImpl(
+        InputSource& input, std::shared_ptr<SAXInterface> handler, std::shared_ptr<TreeBuilder> builder);
     ~XercesXMLParserImpl() override;
 
     void LoadXSDSource(InputSource& xsdSource) override;
     void Reload(InputSource& input, std::shared_ptr<SAXInterface> handler) override;
+    void Reload(InputSource& input, std::shared_ptr<TreeBuilder> builder) override;
     std::vector<VString> GetLoadedXSDs() const override { return m_loadedXSDs; }
     void GetCurrentLocation(int& line, int& column) override;
 
