@@ -66,6 +66,7 @@ set(public_headers
     vancorexml/main/parser/InputSourceResetter.h
     vancorexml/main/parser/InputSourceUtils.h
     vancorexml/main/parser/OutputTuple.h
+    vancorexml/main/parser/ParseDiagnostic.h
     vancorexml/main/parser/Parser.h
     vancorexml/main/parser/PathRenames.h
     vancorexml/main/parser/QtVanResources.h

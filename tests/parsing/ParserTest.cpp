@@ -73,6 +73,25 @@ TEST(ParserTest, MessageAndMetadataListsHaveTheSameLength)
     }
 }
 
+TEST(ParserTest, GetDiagnosticsReturnsThemInTheOrderOfRecording)
+{
+    ScriptedParser parser;
+    parser.Error("e", Info);
+    parser.Warning("w", Info);
+    parser.FatalError("f", Info);
+    std::vector<VString> texts;
+    std::vector<ParseDiagnostic::Severity> severities;
+    for (const ParseDiagnostic& diagnostic : parser.GetDiagnostics()) {
+        texts.push_back(diagnostic.GetText());
+        severities.push_back(diagnostic.severity);
+        EXPECT_EQ(diagnostic.line, 0u);
+        EXPECT_EQ(diagnostic.column, 0u);
+    }
+    using Severity = ParseDiagnostic::Severity;
+    EXPECT_EQ(texts, (std::vector<VString>{"e", "w", "f"}));
+    EXPECT_EQ(severities, (std::vector<Severity>{Severity::Error, Severity::Warning, Severity::FatalError}));
+}
+
 TEST(ParserTest, ClearingKeepsTheFatalFlag)
 {
     ScriptedParser parser;
@@ -83,6 +102,7 @@ TEST(ParserTest, ClearingKeepsTheFatalFlag)
     EXPECT_FALSE(parser.HasWarnings());
     EXPECT_TRUE(parser.GetMetadataForErrors().empty());
     EXPECT_TRUE(parser.GetMetadataForWarnings().empty());
+    EXPECT_TRUE(parser.GetDiagnostics().empty());
     EXPECT_TRUE(parser.HasFatallyErrored());
 }
 
@@ -118,6 +138,7 @@ TEST(ParserTest, CopyAndAssignmentCopyEverything)
         EXPECT_EQ(other->GetMetadataForErrors(), std::vector<VError::ErrorInfo>{Info});
         EXPECT_EQ(other->GetWarnings(), std::vector<VString>{"w"});
         EXPECT_EQ(other->GetMetadataForWarnings(), std::vector<VError::ErrorInfo>{Info});
+        EXPECT_EQ(other->GetDiagnostics().size(), 2u);
         EXPECT_TRUE(other->HasFatallyErrored());
     }
 }

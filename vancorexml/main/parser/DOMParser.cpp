@@ -69,6 +69,7 @@ struct DOMParser::Impl {
     bool enableLineNumbers = false;
     bool restrictExternalPaths = false;
     StatisticsHandler statisticsHandler;
+    std::vector<ParseDiagnostic> diagnostics;
 };
 
 std::shared_ptr<XercesTreeParser> DOMParser::Impl::ReleaseDriver(
@@ -128,6 +129,11 @@ void DOMParser::AddXSDResourceId(QtVanResourceId id)
 {
     const VString name = LookupResource(id);
     AddXSDInputSource(std::make_unique<StringInputSource>(UTF8StringVResource(name).GetString(), name, false));
+}
+
+const std::vector<ParseDiagnostic>& DOMParser::GetDiagnostics() const noexcept
+{
+    return m_impl->diagnostics;
 }
 
 std::unique_ptr<DOM> DOMParser::ParseXmlBytes(const std::vector<unsigned char>& bytes)
@@ -212,8 +218,11 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
         driver->LoadXSDSource(schema);
     }
     CopyErrors(*driver, document->GetRoot());
+    std::vector<ParseDiagnostic> diagnostics = driver->GetDiagnostics();
     driver->Parse();
     CopyErrors(*driver, document->GetRoot());
+    diagnostics.insert(diagnostics.end(), driver->GetDiagnostics().begin(), driver->GetDiagnostics().end());
+    m_impl->diagnostics = std::move(diagnostics);
     m_impl->AdoptDriver(driver);
     m_impl->statisticsHandler.Call(source);
     memory.Close();

@@ -9,6 +9,7 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/InputSource.h"
+#include "vancorexml/main/parser/ParseDiagnostic.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
@@ -72,6 +73,11 @@ public:
     // Drops text that is white space only, unless `keepBlankText`. While metrics are collected,
     // exceptions from GetBytes of a source that is not UTF-8 propagate.
     std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepBlankText);
+
+    // The errors and warnings of the last parse as data, in the order they were met, those of its schemas
+    // first. Their positions are those in the source as given. Valid until the next parse. A parse that throws
+    // leaves them as they are.
+    const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept;
 
 private:
     struct Impl;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/ParseDiagnostic.h"
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vansys/VError.h"
 
@@ -36,6 +37,8 @@ public:
     // no identity of its own.
     std::vector<VError::ErrorInfo> GetMetadataForErrors() const { return m_errorInfos; }
     std::vector<VError::ErrorInfo> GetMetadataForWarnings() const { return m_warningInfos; }
+    // The same errors and warnings as data, together in the order they were met; valid until the next parse.
+    const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept { return m_diagnostics; }
 
 protected:
     Parser() = default;
@@ -63,6 +66,9 @@ protected:
     // An error that also marks the parse as fatally errored.
     void FatalError(const VString& message, const VError::ErrorInfo& info);
     void Warning(const VString& message, const VError::ErrorInfo& info);
+    // Does what the operation above for its severity does, with `text` as the message. The operations above
+    // record a diagnostic that has only a severity and a message.
+    void Record(const VString& text, const VError::ErrorInfo& info, ParseDiagnostic diagnostic);
 
 private:
     // Stays with its parser: a copy of a parser at work is idle.
@@ -80,4 +86,5 @@ private:
     std::vector<VError::ErrorInfo> m_errorInfos;
     bool m_fatallyErrored = false;
     WorkState m_work;
+    std::vector<ParseDiagnostic> m_diagnostics;
 };

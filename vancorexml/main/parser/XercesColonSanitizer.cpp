@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "metrics2/Metrics.h"
@@ -182,17 +183,23 @@ std::size_t FindDeclarationPlace(const std::string& text)
 
 std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_ptr<std::string>& text)
 {
+    return ColonRewriting::Rewrite(text).text;
+}
+
+ColonRewriting::Rewritten ColonRewriting::Rewrite(const std::shared_ptr<std::string>& text)
+{
     const Metrics::Scope scope("XercesColonSanitizer");
     const std::string& input = *text;
     ColonFinder colons(input);
     std::size_t colon = colons.Next();
     if (colon == npos)
-        return text;
+        return {text, {}};
 
     const std::size_t declarationPlace = FindDeclarationPlace(input);
     if (declarationPlace == npos)
         ThrowLogicException(Assertions::NoDeclarationPlace);
     auto output = std::make_shared<std::string>();
+    std::vector<SourceMap::Insertion> insertions;
     output->reserve(input.size() + 64);
     std::size_t copied = 0;
     // A processing instruction before the document element may hold the first colons.
@@ -202,8 +209,9 @@ std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_pt
         copied = end;
     };
     const auto declare = [&] {
-        output->append(" ").append(ColonRewriting::DeclarationName);
-        output->append("='").append(ColonRewriting::Namespace).append("'");
+        const std::size_t start = output->size();
+        output->append(" ").append(DeclarationName).append("='").append(Namespace).append("'");
+        insertions.push_back({start, output->size() - start});
         isDeclared = true;
     };
     for (; colon != npos; colon = colons.Next()) {
@@ -212,7 +220,9 @@ std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_pt
             declare();
         }
         copyTo(colon);
-        *output += ColonRewriting::Prefix;
+        // The colon of the document becomes the one at the end of the prefix.
+        insertions.push_back({output->size(), Prefix.size() - 1});
+        *output += Prefix;
         copied = colon + 1;
     }
     if (!isDeclared) {
@@ -220,7 +230,7 @@ std::shared_ptr<std::string> XercesColonSanitizer::Sanitize(const std::shared_pt
         declare();
     }
     copyTo(input.size());
-    return output;
+    return {std::move(output), std::move(insertions)};
 }
 
 std::set<std::string> ColonRewriting::FindNames(const std::string& text)

@@ -1,11 +1,13 @@
 #include "vancorexml/main/parser/XercesInputSource.h"
 
 #include <utility>
+#include <vector>
 
 #include <xercesc/util/XMLUni.hpp>
 
+#include "vancorexml/main/parser/ColonRewriting.h"
+#include "vancorexml/main/parser/SourceMap.h"
 #include "vancorexml/main/parser/XercesBuffer.h"
-#include "vancorexml/main/parser/XercesColonSanitizer.h"
 #include "vancorexml/main/parser/XercesPlatform.h"
 
 static_assert(sizeof(XMLCh) == sizeof(char16_t));
@@ -19,9 +21,15 @@ XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes,
       m_startOffset(startOffset)
 {
     const XercesInitializer xerces;
-    if (mode == ColonProcessingSanitize)
-        m_given = std::exchange(m_bytes, XercesColonSanitizer::Sanitize(m_bytes));
+    std::vector<SourceMap::Insertion> insertions;
+    if (mode == ColonProcessingSanitize) {
+        ColonRewriting::Rewritten rewritten = ColonRewriting::Rewrite(m_bytes);
+        m_given = std::exchange(m_bytes, std::move(rewritten.text));
+        insertions = std::move(rewritten.insertions);
+    }
     m_isRewritten = m_given && m_given != m_bytes;
+    if (startOffset != 0 || m_isRewritten)
+        m_map = std::make_shared<SourceMap>(m_bytes, startOffset, std::move(insertions));
     // A file's bytes are not kept twice.
     if (!m_isRewritten || m_given.use_count() == 1)
         m_given.reset();

@@ -10,6 +10,8 @@
 #include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
+class SourceMap;
+
 // How the parser finds out the encoding of a text.
 enum class TextEncoding {
     Detected,  // by its byte order mark and its XML declaration
@@ -49,6 +51,9 @@ public:
     const std::shared_ptr<std::string>& Given() const noexcept { return m_given; }
     // The part of the bytes that the view shows.
     std::string_view View() const noexcept { return std::string_view(*m_bytes).substr(m_startOffset); }
+    // Maps positions in the view to positions in the bytes as they were given. Null when these are the same:
+    // the view starts at offset 0 and nothing was rewritten.
+    const std::shared_ptr<SourceMap>& GetSourceMap() const noexcept { return m_map; }
 
 private:
     std::unique_ptr<Buffer> m_source;
@@ -56,4 +61,5 @@ private:
     std::shared_ptr<std::string> m_given;
     bool m_isRewritten = false;
     std::size_t m_startOffset;
+    std::shared_ptr<SourceMap> m_map;
 };

@@ -31,16 +31,6 @@ constexpr std::size_t ShortTextLength = 24;
 // A larger buffer of pending text is not kept for the next run of text.
 constexpr std::size_t KeptTextCapacity = 1 << 16;
 
-// kind, "(line,column)" unless the position is unknown, message, id.
-VString FormatDiagnostic(
-    const char* kind, const VString& message, const VString& systemId, XMLFileLoc line, XMLFileLoc column)
-{
-    VString location;
-    if (line != 0 || column != 0)
-        location = VFormatString("(%1,%2)").arg(std::uint64_t{line}).arg(std::uint64_t{column});
-    return VFormatString("%1%2: %3 (id: %4)").arg(kind).arg(location).arg(message).arg(systemId);
-}
-
 VString MakeText(std::u16string_view text, SharedTexts& known)
 {
     return text.size() <= ShortTextLength ? known.Get(text) : VString(text.data(), text.size());
@@ -103,9 +93,11 @@ void XercesXMLHandler::SetBuilder(std::shared_ptr<TreeBuilder> builder) noexcept
     resetErrors();
 }
 
-void XercesXMLHandler::BeginParse(WrittenNames names)
+void XercesXMLHandler::BeginParse(const VString& id, const XercesInputSource& source)
 {
-    m_writtenNames = std::move(names);
+    m_writtenNames = WrittenNames(source);
+    m_sourceId = id;
+    m_sourceMap = source.GetSourceMap();
     ForgetText();
 }
 
@@ -122,16 +114,23 @@ void XercesXMLHandler::EndParse() noexcept
     m_values.Clear();
     m_texts.Clear();
     m_writtenNames = WrittenNames();
+    m_sourceId = VString();
+    m_sourceMap.reset();
+    m_refusal.reset();
 }
 
-void XercesXMLHandler::BeginSchema(const VString& id)
+void XercesXMLHandler::BeginSchema(const VString& id, const XercesInputSource& source)
 {
-    m_schemaId = id;
+    m_isLoadingSchema = true;
+    m_sourceId = id;
+    m_sourceMap = source.GetSourceMap();
 }
 
 void XercesXMLHandler::EndSchema() noexcept
 {
-    m_schemaId = VString();
+    m_isLoadingSchema = false;
+    m_sourceId = VString();
+    m_sourceMap.reset();
 }
 
 void XercesXMLHandler::CheckSchema(const xercesc::InputSource& source, std::string_view bytes)
@@ -140,7 +139,7 @@ void XercesXMLHandler::CheckSchema(const xercesc::InputSource& source, std::stri
     if (Utf16InputSource::IsWellFormed(source, bytes) && bytes.find("<!DOCTYPE") == std::string_view::npos)
         return;
     if (const auto excess = EntityExpansionGuard().CheckSchema(source))
-        AbandonExpansion(excess->message, source.getSystemId(), 0, 0);
+        Refuse(excess->message, source.getSystemId(), 0, 0);
 }
 
 void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
@@ -187,69 +186,99 @@ void XercesXMLHandler::internalEntityDecl(const XMLCh*, const XMLCh*)
 {
     if (const xercesc::InputSource* const document = std::exchange(m_unchecked, nullptr)) {
         if (const auto excess = EntityExpansionGuard().CheckDocument(*document))
-            AbandonExpansion(excess->message, m_locator->getSystemId(), excess->line, excess->column);
+            Refuse(excess->message, m_locator->getSystemId(), excess->line, excess->column);
     }
 }
 
 void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const XMLCh*)
 {
-    const std::uint64_t line = m_locator ? m_locator->getLineNumber() : 0;
-    const std::uint64_t column = m_locator ? m_locator->getColumnNumber() : 0;
+    ParseDiagnostic diagnostic;
+    diagnostic.severity = ParseDiagnostic::Severity::FatalError;
+    diagnostic.layout = ParseDiagnostic::Layout::ExternalEntity;
+    diagnostic.message = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY);
+    diagnostic.sourceId = m_sourceId;
+    diagnostic.line = m_locator ? m_locator->getLineNumber() : 0;
+    diagnostic.column = m_locator ? m_locator->getColumnNumber() : 0;
+    diagnostic.entity = name;
+    const VString text = diagnostic.GetText();
+    MapPosition(diagnostic);
+    m_refusal = std::move(diagnostic);
     m_fatallyErrored = true;
-    throw XMLParseException(VFormatString("%1(%2,%3) '%4'")
-                                .arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY))
-                                .arg(line)
-                                .arg(column)
-                                .arg(name));
+    throw XMLParseException(text);
 }
 
-VString XercesXMLHandler::Format(const char* kind, const xercesc::SAXParseException& exception)
+void XercesXMLHandler::MapPosition(ParseDiagnostic& diagnostic)
 {
-    const VString message = m_writtenNames.Restore(exception.getMessage());
-    return FormatDiagnostic(
-        kind, message, exception.getSystemId(), exception.getLineNumber(), exception.getColumnNumber());
+    if (!m_sourceMap)
+        return;
+    const SourceMap::Position mapped = m_sourceMap->Map({diagnostic.line, diagnostic.column});
+    diagnostic.line = mapped.line;
+    diagnostic.column = mapped.column;
+}
+
+void XercesXMLHandler::Record(ParseDiagnostic::Severity severity,
+    const VString& message,
+    const VString& id,
+    std::uint64_t line,
+    std::uint64_t column)
+{
+    const bool isOfSource = id == m_sourceId;
+    ParseDiagnostic diagnostic;
+    diagnostic.severity = severity;
+    diagnostic.layout = ParseDiagnostic::Layout::Fault;
+    diagnostic.message = message;
+    diagnostic.sourceId = isOfSource ? m_sourceId : id;  // shares the text if it can
+    diagnostic.line = line;
+    diagnostic.column = column;
+    std::vector<VString>& texts = severity == ParseDiagnostic::Severity::Warning ? m_warnings : m_errors;
+    texts.push_back(diagnostic.GetText());
+    if (isOfSource)
+        MapPosition(diagnostic);
+    m_diagnostics.push_back(std::move(diagnostic));
+    m_fatallyErrored |= severity == ParseDiagnostic::Severity::FatalError;
+}
+
+void XercesXMLHandler::Record(ParseDiagnostic::Severity severity, const xercesc::SAXParseException& exception)
+{
+    Record(severity,
+        m_writtenNames.Restore(exception.getMessage()),
+        exception.getSystemId(),
+        exception.getLineNumber(),
+        exception.getColumnNumber());
 }
 
 void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
 {
-    m_warnings.push_back(Format("Warning", exception));
+    Record(ParseDiagnostic::Severity::Warning, exception);
 }
 
 void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
 {
     if (!m_writtenNames.IsAboutDeclaration(exception.getMessage()))
-        m_errors.push_back(Format("Error", exception));
+        Record(ParseDiagnostic::Severity::Error, exception);
 }
 
 void XercesXMLHandler::fatalError(const xercesc::SAXParseException& exception)
 {
-    m_errors.push_back(Format("Fatal Error", exception));
-    m_fatallyErrored = true;
+    Record(ParseDiagnostic::Severity::FatalError, exception);
 }
 
 void XercesXMLHandler::resetErrors()
 {
     m_warnings.clear();
     m_errors.clear();
+    m_diagnostics.clear();
     m_fatallyErrored = false;
 }
 
 void XercesXMLHandler::AbandonExpansion(const VString& message)
 {
-    AbandonExpansion(message, m_locator->getSystemId(), m_locator->getLineNumber(), m_locator->getColumnNumber());
+    Refuse(message, m_locator->getSystemId(), m_locator->getLineNumber(), m_locator->getColumnNumber());
 }
 
-void XercesXMLHandler::AbandonExpansion(const VString& message, const VString& id, XMLFileLoc line, XMLFileLoc column)
+void XercesXMLHandler::Refuse(const VString& message, const VString& id, std::uint64_t line, std::uint64_t column)
 {
-    m_errors.push_back(FormatDiagnostic("Fatal Error", message, id, line, column));
-    m_fatallyErrored = true;
-    throw ParseAbandoned();
-}
-
-void XercesXMLHandler::Refuse(const char* message, const VString& id, std::uint64_t line, std::uint64_t column)
-{
-    m_errors.push_back(FormatDiagnostic("Fatal Error", message, id, line, column));
-    m_fatallyErrored = true;
+    Record(ParseDiagnostic::Severity::FatalError, message, id, line, column);
     throw ParseAbandoned();
 }
 
@@ -265,19 +294,13 @@ void XercesXMLHandler::RefuseEntity(const xercesc::XMLResourceIdentifier& resour
     const VString message = VFormatString("%1 '%2'")
                                 .arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY))
                                 .arg(resource.getSystemId());
-    m_errors.push_back(FormatDiagnostic("Fatal Error",
-        message,
-        resource.getBaseURI(),
-        place ? place->getLineNumber() : 0,
-        place ? place->getColumnNumber() : 0));
-    m_fatallyErrored = true;
-    throw ParseAbandoned();
+    Refuse(message, resource.getBaseURI(), place ? place->getLineNumber() : 0, place ? place->getColumnNumber() : 0);
 }
 
 xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdentifier* resource)
 {
     const auto type = resource->getResourceIdentifierType();
-    if (type == xercesc::XMLResourceIdentifier::ExternalEntity && !m_schemaId.IsEmpty())
+    if (type == xercesc::XMLResourceIdentifier::ExternalEntity && m_isLoadingSchema)
         RefuseEntity(*resource);
     if (type != xercesc::XMLResourceIdentifier::SchemaImport && type != xercesc::XMLResourceIdentifier::SchemaInclude)
         return nullptr;

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <xercesc/framework/XMLAttr.hpp>
@@ -15,9 +17,12 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/AttributeMap.h"
 #include "vancorexml/main/parser/NameTable.h"
+#include "vancorexml/main/parser/ParseDiagnostic.h"
 #include "vancorexml/main/parser/SharedTexts.h"
+#include "vancorexml/main/parser/SourceMap.h"
 #include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/WrittenNames.h"
+#include "vancorexml/main/parser/XercesInputSource.h"
 
 // Ends a parse whose fault the handler has recorded already.
 struct ParseAbandoned {};
@@ -36,15 +41,16 @@ public:
 
     // The next parse is for another builder.
     void SetBuilder(std::shared_ptr<TreeBuilder> builder) noexcept;
-    // Discards text left by an aborted parse. `names` restores the names in the messages of this parse.
-    void BeginParse(WrittenNames names);
+    // Discards text left by an aborted parse. Diagnostics about `id` get the names and positions of the
+    // document as it was given.
+    void BeginParse(const VString& id, const XercesInputSource& source);
     // Checks the entities of `document` when it declares the first one. `document` must live until the
     // parse ends.
     void CheckEntitiesOf(const xercesc::InputSource& document) noexcept;
     // Frees the caches of the parse, and discards text left by an aborted parse.
     void EndParse() noexcept;
     // While the schema `id` is loaded, external entities are refused.
-    void BeginSchema(const VString& id);
+    void BeginSchema(const VString& id, const XercesInputSource& source);
     // Abandons the schema if it exceeds an expansion limit. `bytes` is the content of `source`.
     void CheckSchema(const xercesc::InputSource& source, std::string_view bytes);
     void EndSchema() noexcept;
@@ -55,6 +61,10 @@ public:
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
     const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
     const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
+    // One for each warning and error, in the order they were met, with positions in the source as given.
+    std::vector<ParseDiagnostic> ReleaseDiagnostics() noexcept { return std::exchange(m_diagnostics, {}); }
+    // The external entity declaration for which this parse was refused, if it was.
+    const std::optional<ParseDiagnostic>& GetRefusal() const noexcept { return m_refusal; }
     // Null except between the first event of a parse and its end.
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
 
@@ -82,7 +92,7 @@ public:
     void fatalError(const xercesc::SAXParseException& exception) override;
     void resetErrors() override;
     // Records a fatal error of the document or schema `id` and throws ParseAbandoned.
-    [[noreturn]] void Refuse(const char* message, const VString& id, std::uint64_t line, std::uint64_t column);
+    [[noreturn]] void Refuse(const VString& message, const VString& id, std::uint64_t line, std::uint64_t column);
     // Likewise for a NUL.
     [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
@@ -103,8 +113,15 @@ private:
     // Empties the pending text. Frees its buffer when that is large.
     void ForgetText() noexcept;
     void FlushText();
-    VString Format(const char* kind, const xercesc::SAXParseException& exception);
-    [[noreturn]] void AbandonExpansion(const VString& message, const VString& id, XMLFileLoc line, XMLFileLoc column);
+    void Record(ParseDiagnostic::Severity severity, const xercesc::SAXParseException& exception);
+    // `line` and `column` are the scanner's.
+    void Record(ParseDiagnostic::Severity severity,
+        const VString& message,
+        const VString& id,
+        std::uint64_t line,
+        std::uint64_t column);
+    // Replaces the position of the scanner.
+    void MapPosition(ParseDiagnostic& diagnostic);
     // Abandons a schema that uses an external entity.
     [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
@@ -119,7 +136,12 @@ private:
 
     // The document until its entities are checked, else null.
     const xercesc::InputSource* m_unchecked = nullptr;
-    VString m_schemaId;  // of the schema that is loaded now
+    bool m_isLoadingSchema = false;
+    // The document or schema that is read now, and its map. The map may be null.
+    VString m_sourceId;
+    std::shared_ptr<SourceMap> m_sourceMap;
+    std::vector<ParseDiagnostic> m_diagnostics;
+    std::optional<ParseDiagnostic> m_refusal;
     WrittenNames m_writtenNames;
     NameTable m_names;
     SharedTexts m_values;

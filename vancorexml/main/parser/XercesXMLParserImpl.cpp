@@ -286,7 +286,7 @@ void XercesXMLParserImpl::LoadSchema(InputSource& schema)
 
 void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VString& id)
 {
-    m_handler->BeginSchema(id);
+    m_handler->BeginSchema(id, source);
     try {
         if (const auto nul = NulFinder::Find(source.Get(), source.View()))
             m_handler->RefuseNul(id, nul->line, nul->column);
@@ -313,19 +313,39 @@ void XercesXMLParserImpl::DoParse()
         ReadInput();
         isReusable = !HasErrors() && !m_reader->HasReadVersion11();
     } catch (const xercesc::OutOfMemoryException&) {
-        Error("OutOfMemoryException", VError::ErrorInfo::NoError);
+        RecordException("OutOfMemoryException");
     } catch (const XMLParseException& exception) {
-        const VString message = exception.GetConcatenatedMessages();
-        Error(message, VError::ErrorInfo::NoError);
-        FatalError(message, VError::ErrorInfo::NoError);
+        RecordParseException(exception.GetConcatenatedMessages());
     } catch (const xercesc::XMLException& exception) {
-        Error(exception.getMessage(), VError::ErrorInfo::NoError);
+        RecordException(exception.getMessage());
     } catch (...) {
-        Error("Unexpected exception", VError::ErrorInfo::NoError);
+        RecordException("Unexpected exception");
     }
     m_handler->EndParse();
     if (!isReusable)
         DiscardReader();
+}
+
+void XercesXMLParserImpl::RecordException(const VString& message)
+{
+    Record(message, VError::ErrorInfo::NoError, DescribeException(message));
+}
+
+void XercesXMLParserImpl::RecordParseException(const VString& message)
+{
+    ParseDiagnostic diagnostic = m_handler->GetRefusal().value_or(DescribeException(message));
+    diagnostic.severity = ParseDiagnostic::Severity::Error;
+    Record(message, VError::ErrorInfo::NoError, diagnostic);
+    diagnostic.severity = ParseDiagnostic::Severity::FatalError;
+    Record(message, VError::ErrorInfo::NoError, std::move(diagnostic));
+}
+
+ParseDiagnostic XercesXMLParserImpl::DescribeException(const VString& message)
+{
+    ParseDiagnostic diagnostic;
+    diagnostic.message = message;
+    diagnostic.sourceId = GetInput().Id();
+    return diagnostic;
 }
 
 void XercesXMLParserImpl::ReadInput()
@@ -334,7 +354,7 @@ void XercesXMLParserImpl::ReadInput()
     m_handler->resetErrors();
     auto& provider = dynamic_cast<IXercesInputSourceProvider&>(GetInput());
     const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
-    m_handler->BeginParse(WrittenNames(source));
+    m_handler->BeginParse(GetInput().Id(), source);
     try {
         if (const auto nul = NulFinder::FindInDeclaration(source.Get(), source.View()))
             m_handler->RefuseNul(GetInput().Id(), nul->line, nul->column);
@@ -370,14 +390,11 @@ void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source, std::
 
 void XercesXMLParserImpl::MoveDiagnosticsFromHandler()
 {
-    for (const VString& warning : m_handler->GetWarnings())
-        Warning(warning, VError::ErrorInfo::NoError);
-    const std::vector<VString>& errors = m_handler->GetErrors();
-    for (std::size_t i = 0; i < errors.size(); ++i) {
-        if (m_handler->HasFatallyErrored() && i + 1 == errors.size())
-            FatalError(errors[i], VError::ErrorInfo::NoError);
-        else
-            Error(errors[i], VError::ErrorInfo::NoError);
+    auto warning = m_handler->GetWarnings().begin();
+    auto error = m_handler->GetErrors().begin();
+    for (ParseDiagnostic& diagnostic : m_handler->ReleaseDiagnostics()) {
+        const VString& text = diagnostic.severity == ParseDiagnostic::Severity::Warning ? *warning++ : *error++;
+        Record(text, VError::ErrorInfo::NoError, std::move(diagnostic));
     }
     m_handler->resetErrors();
 }

@@ -99,6 +99,11 @@ private:
     // `uncheckedEnd`: see DocumentReader::SetUncheckedEnd.
     void ReadDocument(const xercesc::InputSource& source, std::string_view uncheckedEnd = {});
     void MoveDiagnosticsFromHandler();
+    // Records an exception that has ended the parse.
+    void RecordException(const VString& message);
+    // Likewise for an XMLParseException, which counts twice.
+    void RecordParseException(const VString& message);
+    ParseDiagnostic DescribeException(const VString& message);
 
     // Declared before all members that use Xerces, so that those are destroyed first.
     XercesInitializer m_xerces;
