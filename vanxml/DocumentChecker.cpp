@@ -56,6 +56,6 @@ bool DocumentChecker::CheckAgainst(const SchemaReference& schema, SourceDocument
         return false;
     }
     for (const VString& message : driver->Check(source.Source()))
-        AddError(result, source.ErrorLine(message));
+        AddError(result, FormatErrorLine(source.Name(), message));
     return true;
 }

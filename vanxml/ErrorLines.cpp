@@ -53,6 +53,16 @@ std::string EscapeControlCharacters(std::string_view text)
     return escaped.toStdString();
 }
 
+std::vector<VString> FormatErrors(const std::vector<ParseDiagnostic>& diagnostics)
+{
+    std::vector<VString> errors;
+    for (const ParseDiagnostic& diagnostic : diagnostics) {
+        if (diagnostic.severity != ParseDiagnostic::Severity::Warning)
+            errors.push_back(diagnostic.GetText());
+    }
+    return errors;
+}
+
 std::string FormatErrorLine(const VString& name, const VString& message)
 {
     return EscapeControlCharacters((name + ": " + message).toStdString()) + "\n";

@@ -3,8 +3,10 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/ParseDiagnostic.h"
 
 // Escapes the characters of a UTF-8 text that control a terminal, so the result is one harmless line.
 // Control characters (C0, DEL and C1), line and paragraph separators and the marks of bidirectional
@@ -12,6 +14,9 @@
 // UTF-8 becomes `\xff`. Backslashes stay, so that paths of Windows stay readable; therefore the
 // escaping cannot be reversed. Linear.
 std::string EscapeControlCharacters(std::string_view text);
+
+// Returns the texts of the errors, without the warnings.
+std::vector<VString> FormatErrors(const std::vector<ParseDiagnostic>& diagnostics);
 
 // Returns "NAME: MESSAGE" and a line feed, for an error of the document `name`. Escapes both.
 std::string FormatErrorLine(const VString& name, const VString& message);

@@ -5,6 +5,7 @@
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/XMLDomFormatter.h"
 #include "vancorexml/main/parser/XMLStringFormatter.h"
+#include "vanxml/ErrorLines.h"
 #include "vanxml/OutputFile.h"
 #include "vanxml/SourceDocument.h"
 #include "vanxml/StandardStreams.h"
@@ -37,8 +38,8 @@ ExitStatus FormatCommand::Run()
     DOMParser parser;
     const std::unique_ptr<DOM> document = parser.ParseXmlInputSource(source.Source(), false);
     if (document->HasErrors()) {
-        for (const VString& message : document->GetErrors())
-            StandardStreams::WriteError(source.ErrorLine(message));
+        for (const VString& message : FormatErrors(parser.GetDiagnostics()))
+            StandardStreams::WriteError(FormatErrorLine(source.Name(), message));
         return ExitStatus::Faulty;
     }
     const std::string bytes = Render(*document).toStdString();

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <memory>
 
 #include "vancorexml/main/parser/DOMParser.h"
@@ -62,8 +63,8 @@ ExitStatus QueryCommand::Run()
     parser.SetEnableLineNumbersOnElements(true);
     const std::unique_ptr<const DOM> document = parser.ParseXmlInputSource(source.Source(), false);
     if (document->HasErrors()) {
-        for (const VString& message : document->GetErrors())
-            StandardStreams::WriteError(source.ErrorLine(message));
+        for (const VString& message : FormatErrors(parser.GetDiagnostics()))
+            StandardStreams::WriteError(FormatErrorLine(source.Name(), message));
         return ExitStatus::Faulty;
     }
     std::size_t count = 0;
@@ -117,8 +118,8 @@ QueryCommand::Visitor QueryCommand::MakePrinter(SourceDocument& source) const
 QueryCommand::Visitor QueryCommand::MakePositionPrinter(SourceDocument& source) const
 {
     return [&source, paths = std::make_shared<ElementPaths>()](const DOMElement& element) {
-        const SourcePositions::Position place =
-            source.Positions().Map({element.GetStartLine(), element.GetStartColumn()});
+        const SourceMap::Position place = source.MapPosition(
+            {static_cast<std::uint64_t>(element.GetStartLine()), static_cast<std::uint64_t>(element.GetStartColumn())});
         const std::string path = EscapeControlCharacters(paths->PathOf(element));
         StandardStreams::Write(std::to_string(place.line) + ":" + std::to_string(place.column) + "\t" + path + "\n");
     };

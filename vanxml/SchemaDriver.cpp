@@ -10,6 +10,7 @@
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 #include "vansys/LogicException.h"
+#include "vanxml/ErrorLines.h"
 #include "vanxml/SchemaText.h"
 
 namespace {
@@ -120,5 +121,5 @@ std::vector<VString> SchemaDriver::Check(InputSource& document)
 {
     m_parser->Reload(document, m_handler);
     m_parser->Parse();
-    return m_parser->GetErrors();
+    return FormatErrors(m_parser->GetDiagnostics());
 }

@@ -26,7 +26,8 @@ public:
     // found. If there are errors, Check must not be called.
     const std::vector<VString>& SchemaErrors() const noexcept { return m_schemaErrors; }
 
-    // Returns the errors of the document in the order in which they were found.
+    // Returns the errors of the document in the order in which they were found, with positions in the
+    // document as given.
     std::vector<VString> Check(InputSource& document);
 
 private:

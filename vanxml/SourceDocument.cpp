@@ -2,55 +2,41 @@
 
 #include <utility>
 
-#include "vancoreplatform/VCType.h"
 #include "vancoreplatform/VFile.h"
-#include "vancorexml/main/parser/InputSourceUtils.h"
+#include "vancorexml/main/parser/FileInputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
-#include "vancorexml/main/parser/XercesColonSanitizer.h"
-#include "vansys/LogicException.h"
-#include "vanxml/ErrorLines.h"
+#include "vancorexml/main/parser/XercesInputSource.h"
 #include "vanxml/StandardStreams.h"
 
 namespace {
 
-// Files from this size on are left to the library, which reads them in chunks.
+// The library reads files from this size on in chunks.
 constexpr unsigned long long streamedSize = 0x40000000;
 
-std::string LeadingWhitespace(const VString& text)
-{
-    int length = 0;
-    while (length < text.length() && VCType::isSpace(text[length]))
-        ++length;
-    return text.left(length).toStdString();
-}
+// A source that keeps the map of the last view that it gave to a parser.
+template <typename Source>
+class MappedSource final : public Source {
+public:
+    using Source::Source;
 
-// From where the source begins to its end.
-std::shared_ptr<std::string> ReadAll(InputSource& source)
-{
-    auto bytes = std::make_shared<std::string>();
-    std::string chunk;
-    source.ResetToStart();
-    while (source.GetBytes(chunk, 1u << 20) && !chunk.empty())
-        *bytes += chunk;
-    source.ResetToStart();
-    return bytes;
-}
-
-SourcePositions FindPositions(std::string_view skipped, const std::shared_ptr<std::string>& given)
-{
-    try {
-        return SourcePositions(skipped, *given, *XercesColonSanitizer::Sanitize(given));
-    } catch (const LogicException&) {
-        // A text without an element: it cannot be rewritten, nor parsed.
-        return SourcePositions(skipped, *given, *given);
+    XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override
+    {
+        XercesInputSource view = Source::GetXercesInputSource(mode);
+        m_map = view.GetSourceMap();
+        return view;
     }
-}
+
+    const std::shared_ptr<SourceMap>& Map() const noexcept { return m_map; }
+
+private:
+    std::shared_ptr<SourceMap> m_map;
+};
 
 }  // namespace
 
-SourceDocument::SourceDocument(std::unique_ptr<InputSource> source, std::string skipped)
+SourceDocument::SourceDocument(std::unique_ptr<InputSource> source, const std::shared_ptr<SourceMap>& map)
     : m_source(std::move(source)),
-      m_skipped(std::move(skipped))
+      m_map(&map)
 {}
 
 SourceDocument SourceDocument::Read(const VString& name)
@@ -60,21 +46,18 @@ SourceDocument SourceDocument::Read(const VString& name)
         const std::string bytes = StandardStreams::ReadInput();
         text = VFile::DecodeText(bytes.data(), bytes.size(), name, true);
     } else if (GetFileSize(VPath(name)) >= streamedSize) {
-        return SourceDocument(InputSourceUtils::InputSourceFromFileName(name, true), std::string());
+        auto source = std::make_unique<MappedSource<FileInputSource>>(name);
+        const std::shared_ptr<SourceMap>& map = source->Map();
+        return SourceDocument(std::move(source), map);
     } else {
         text = VFile::LoadTextFile(name, true);
     }
-    return SourceDocument(std::make_unique<StringInputSource>(text, name, true), LeadingWhitespace(text));
+    auto source = std::make_unique<MappedSource<StringInputSource>>(text, name, true);
+    const std::shared_ptr<SourceMap>& map = source->Map();
+    return SourceDocument(std::move(source), map);
 }
 
-const SourcePositions& SourceDocument::Positions()
+SourceMap::Position SourceDocument::MapPosition(SourceMap::Position scanned)
 {
-    if (!m_positions)
-        m_positions = FindPositions(m_skipped, ReadAll(*m_source));
-    return *m_positions;
-}
-
-std::string SourceDocument::ErrorLine(const VString& message)
-{
-    return FormatErrorLine(Name(), Positions().MapMessage(message, Name()));
+    return *m_map ? (*m_map)->Map(scanned) : scanned;
 }

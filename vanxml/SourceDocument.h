@@ -2,15 +2,12 @@
 #pragma once
 
 #include <memory>
-#include <optional>
-#include <string>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/InputSource.h"
-#include "vanxml/SourcePositions.h"
+#include "vancorexml/main/parser/SourceMap.h"
 
-// A file or standard input, read and decoded. Maps the positions that the library reports back to
-// positions in the file.
+// A file or standard input, read and decoded. Maps the positions of elements back to positions in the file.
 //
 // Ownership: owns the text; its source must not outlive it. Movable.
 //
@@ -24,17 +21,15 @@ public:
     const VString& Name() const noexcept { return m_source->Id(); }
     InputSource& Source() noexcept { return *m_source; }
 
-    // The first call reads and sanitizes the text once more, so call it only when there is a
-    // position to show.
-    const SourcePositions& Positions();
-
-    // The message of the library as a line for standard error, with positions of the file.
-    std::string ErrorLine(const VString& message);
+    // The position in the file of a position that the last parse of the source has reported. Cost: see
+    // SourceMap::Map.
+    SourceMap::Position MapPosition(SourceMap::Position scanned);
 
 private:
-    SourceDocument(std::unique_ptr<InputSource> source, std::string skipped);
+    // `map` is part of `source`, which updates it.
+    SourceDocument(std::unique_ptr<InputSource> source, const std::shared_ptr<SourceMap>& map);
 
     std::unique_ptr<InputSource> m_source;
-    std::string m_skipped;  // the white space before what the source gives
-    std::optional<SourcePositions> m_positions;
+    // The map of the last view that the source gave to a parser; null when positions stay.
+    const std::shared_ptr<SourceMap>* m_map;
 };
