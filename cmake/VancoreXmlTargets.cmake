@@ -15,9 +15,13 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
+option(VANCOREXML_FAST_BUILD "Precompile headers and compile related sources together" ON)
+
+# ccache caches sources that use precompiled headers only with this sloppiness.
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND VANCOREXML_DEVELOPER AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros;${CCACHE_PROGRAM}")
 endif()
 
 # The settings that all of the project's targets share.
@@ -30,22 +34,73 @@ function(vancorexml_target_settings target)
         VISIBILITY_INLINES_HIDDEN ON
         POSITION_INDEPENDENT_CODE ON)
     if(VANCOREXML_DEVELOPER AND NOT MSVC)
-        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+        target_compile_options(${target} PRIVATE
+            -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
     endif()
     if(VANCOREXML_SANITIZE)
-        target_compile_options(${target} PRIVATE -fsanitize=${VANCOREXML_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        target_compile_options(${target} PRIVATE
+            -fsanitize=${VANCOREXML_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=${VANCOREXML_SANITIZE})
     endif()
 endfunction()
 
+# Precompiles headers for the target.
+function(vancorexml_precompile target)
+    if(NOT VANCOREXML_FAST_BUILD)
+        return()
+    endif()
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+    vancorexml_cache_precompiled(${target})
+endfunction()
+
+# Compiles the target with the precompiled headers of another one, which must have the same options.
+function(vancorexml_reuse_precompiled target other)
+    if(NOT VANCOREXML_FAST_BUILD)
+        return()
+    endif()
+    target_precompile_headers(${target} REUSE_FROM ${other})
+    vancorexml_cache_precompiled(${target})
+endfunction()
+
+# ccache needs -fpch-preprocess to cache sources that use precompiled headers of g++.
+function(vancorexml_cache_precompiled target)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(${target} PRIVATE -fpch-preprocess)
+    endif()
+endfunction()
+
 # Adds a shared library of the project. Include paths start at the repository's root, also in the installed copy.
-#   vancorexml_add_module(NAME EXPORT_MACRO SOURCES ... PUBLIC ... PRIVATE ...)
+#   vancorexml_add_module(NAME EXPORT_MACRO [OBJECTS] SOURCES ... PRECOMPILE ... PUBLIC ... PRIVATE ...)
+# With OBJECTS, the sources are compiled into the object library NAME_objects. Tests of classes that the shared library
+# does not export link NAME_objects instead of NAME. A program must not link both.
 function(vancorexml_add_module name macro)
-    cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
-    add_library(${name} SHARED ${arg_SOURCES})
+    cmake_parse_arguments(arg "OBJECTS" "" "SOURCES;PRECOMPILE;PUBLIC;PRIVATE" ${ARGN})
+    if(arg_OBJECTS)
+        set(compiled ${name}_objects)
+        add_library(${compiled} OBJECT ${arg_SOURCES})
+        vancorexml_module_settings(${compiled} ${macro})
+        target_link_libraries(${compiled} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+        # Windows: a program that links the objects must not import their symbols.
+        target_compile_definitions(${compiled} INTERFACE ${macro}_BUILD)
+        add_library(${name} SHARED $<TARGET_OBJECTS:${compiled}>)
+        set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+    else()
+        set(compiled ${name})
+        add_library(${name} SHARED ${arg_SOURCES})
+    endif()
+    if(arg_PRECOMPILE)
+        vancorexml_precompile(${compiled} ${arg_PRECOMPILE})
+    endif()
     add_library(vancorexml::${name} ALIAS ${name})
-    vancorexml_target_settings(${name})
+    vancorexml_module_settings(${name} ${macro})
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+    set_property(GLOBAL APPEND PROPERTY VANCOREXML_MODULES ${name})
+endfunction()
+
+# Sets the compiler options of the sources of a shared library.
+function(vancorexml_module_settings name macro)
+    vancorexml_target_settings(${name})
     target_compile_features(${name} PUBLIC cxx_std_20)
     # Calls inside a library bind locally and can be inlined (no symbol interposition). Calls out of it skip the PLT.
     if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
@@ -60,18 +115,36 @@ function(vancorexml_add_module name macro)
     target_include_directories(${name} PUBLIC
         "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
         "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
-    target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
-    set_property(GLOBAL APPEND PROPERTY VANCOREXML_MODULES ${name})
 endfunction()
 
-# Adds a program of GoogleTest cases. Each case is a test of CTest.
-#   vancorexml_add_tests(NAME SOURCES ... LIBRARIES ...)
-function(vancorexml_add_tests name)
-    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
-    add_executable(${name} ${arg_SOURCES})
+# Sets the compiler options of test programs. Tests spend their time in the library, so the code of the tests is not
+# optimized, which halves its compile time. Builds with sanitizers keep their own optimization level.
+function(vancorexml_test_settings name)
     vancorexml_target_settings(${name})
     target_compile_definitions(${name} PRIVATE QT_NO_KEYWORDS)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
-    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
+    if(NOT VANCOREXML_SANITIZE AND NOT MSVC)
+        target_compile_options(${name} PRIVATE -O0)
+    endif()
+    target_link_libraries(${name} PRIVATE GTest::gtest GTest::gmock)
+endfunction()
+
+# Adds a program of GoogleTest cases. Each case is a test of CTest. The sources are compiled several at a time, except
+# for those listed as ALONE, which define a name that another source also defines.
+#   vancorexml_add_tests(NAME SOURCES ... ALONE ... LIBRARIES ...)
+function(vancorexml_add_tests name)
+    cmake_parse_arguments(arg "" "" "SOURCES;ALONE;LIBRARIES" ${ARGN})
+    add_executable(${name} ${arg_SOURCES} ${arg_ALONE})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest_main)
+    vancorexml_test_settings(${name})
+    vancorexml_reuse_precompiled(${name} tests_precompiled)
+    if(VANCOREXML_FAST_BUILD)
+        set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+        set_source_files_properties(${arg_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+        # g++ warns about test fixtures in unnamed namespaces if a source is included by another one.
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+            target_compile_options(${name} PRIVATE -Wno-subobject-linkage)
+        endif()
+    endif()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 600)
 endfunction()
