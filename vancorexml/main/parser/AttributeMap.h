@@ -53,6 +53,7 @@ public:
     using iterator = value_type*;
     using const_iterator = const value_type*;
 
+    // NOLINTNEXTLINE(modernize-use-equals-default): a defaulted one is deleted, because m_entry has a constructor.
     AttributeMap() noexcept {}
     // If names are equal, the first entry stays.
     AttributeMap(std::initializer_list<value_type> entries);

@@ -79,7 +79,7 @@ private:
 
     static Word ReadWord(const char16_t* units) noexcept
     {
-        Word word;
+        Word word = 0;
         std::memcpy(&word, units, sizeof word);
         return word;
     }
