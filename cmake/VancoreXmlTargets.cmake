@@ -70,15 +70,16 @@ function(vancorexml_cache_precompiled target)
 endfunction()
 
 # Adds a shared library of the project. Include paths start at the repository's root, also in the installed copy.
-#   vancorexml_add_module(NAME EXPORT_MACRO [OBJECTS] SOURCES ... PRECOMPILE ... PUBLIC ... PRIVATE ...)
+#   vancorexml_add_module(NAME EXPORT_MACRO [OBJECTS] SOURCES ... PUBLIC ... PRIVATE ...)
 # With OBJECTS, the sources are compiled into the object library NAME_objects. Tests of classes that the shared library
 # does not export link NAME_objects instead of NAME. A program must not link both.
 function(vancorexml_add_module name macro)
-    cmake_parse_arguments(arg "OBJECTS" "" "SOURCES;PRECOMPILE;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(arg "OBJECTS" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     if(arg_OBJECTS)
         set(compiled ${name}_objects)
         add_library(${compiled} OBJECT ${arg_SOURCES})
-        vancorexml_module_settings(${compiled} ${macro})
+        vancorexml_module_settings(${compiled})
+        target_compile_definitions(${compiled} PRIVATE ${macro}_BUILD)
         target_link_libraries(${compiled} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
         # Windows: a program that links the objects must not import their symbols.
         target_compile_definitions(${compiled} INTERFACE ${macro}_BUILD)
@@ -88,18 +89,17 @@ function(vancorexml_add_module name macro)
         set(compiled ${name})
         add_library(${name} SHARED ${arg_SOURCES})
     endif()
-    if(arg_PRECOMPILE)
-        vancorexml_precompile(${compiled} ${arg_PRECOMPILE})
-    endif()
+    vancorexml_reuse_precompiled(${compiled} modules_precompiled)
     add_library(vancorexml::${name} ALIAS ${name})
-    vancorexml_module_settings(${name} ${macro})
+    vancorexml_module_settings(${name})
+    target_compile_definitions(${name} PRIVATE ${macro}_BUILD)
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
     set_property(GLOBAL APPEND PROPERTY VANCOREXML_MODULES ${name})
 endfunction()
 
 # Sets the compiler options of the sources of a shared library.
-function(vancorexml_module_settings name macro)
+function(vancorexml_module_settings name)
     vancorexml_target_settings(${name})
     target_compile_features(${name} PUBLIC cxx_std_20)
     # Calls inside a library bind locally and can be inlined (no symbol interposition). Calls out of it skip the PLT.
@@ -111,7 +111,7 @@ function(vancorexml_module_settings name macro)
     if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(${name} PRIVATE -fno-gnu-unique)
     endif()
-    target_compile_definitions(${name} PRIVATE ${macro}_BUILD QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+    target_compile_definitions(${name} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
     target_include_directories(${name} PUBLIC
         "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
         "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")

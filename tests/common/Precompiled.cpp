@@ -1,1 +1,0 @@
-// Makes the target of the precompiled headers a C++ target; the headers are listed in tests/CMakeLists.txt.
