@@ -11,10 +11,11 @@ namespace {
 
 using Entry = AttributeMap::value_type;
 
-// Up to this capacity a scan is as fast as an index, and needs no memory for one.
+// Up to this capacity a linear scan is as fast as a hash index, so the map allocates no index.
 constexpr std::size_t ScanLimit = 16;
 
-// Returns a power of two that is at least twice the capacity, so the index is at most half full.
+// Returns the number of slots of the index: 0 up to ScanLimit, else a power of two that is at least twice
+// the capacity, so the index is at most half full.
 std::size_t SlotCount(std::size_t capacity)
 {
     if (capacity <= ScanLimit)
@@ -54,7 +55,7 @@ public:
         m_slots[slot] = static_cast<std::uint32_t>(position + 1);
     }
 
-    // The name must not be in the index.
+    // Adds a name that is not in the index.
     void Insert(const VString& name, std::size_t position) noexcept
     {
         std::size_t slot = Home(name);
@@ -67,7 +68,7 @@ public:
     {
         for (std::size_t next = Next(slot); m_slots[next] != 0; next = Next(next)) {
             const std::size_t home = Home(m_entries[Position(next)].first);
-            // An entry may move back unless its home slot lies behind the gap.
+            // An entry may fill the gap unless its home slot lies between the gap and its own slot.
             if (((next - home) & m_mask) >= ((next - slot) & m_mask)) {
                 m_slots[slot] = m_slots[next];
                 slot = next;
@@ -242,7 +243,7 @@ AttributeMap::iterator AttributeMap::erase(const_iterator position)
     return entry;
 }
 
-// Erases from the back, because the entry that fills a gap comes from behind the range.
+// Erases from the back: the last entry of the map fills each gap, and it must not be one that is still to be erased.
 AttributeMap::iterator AttributeMap::erase(const_iterator first, const_iterator last)
 {
     while (last != first)

@@ -59,13 +59,14 @@ char16_t* EncodeGroup(const unsigned char* data, unsigned int count, char16_t* o
     return out;
 }
 
-// A group of up to four characters: their values, 0 for missing ones, and the number of "=" among them.
+// The values of up to four characters, 0 for missing ones, and the number of "=" signs read with them.
 struct Group {
     std::array<unsigned int, 4> values{};
     int padding = 0;
 };
 
-// Reads a group and advances behind it. Uses only the low 8 bits of a unit.
+// Reads a group at `position` and moves `position` behind it. Skips characters that are not in the alphabet.
+// Uses only the low 8 bits of a code unit.
 Group ReadGroup(const VString& text, int& position)
 {
     Group group;

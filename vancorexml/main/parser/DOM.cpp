@@ -62,7 +62,8 @@ const DOMElement* DOM::GetElement(const VString& name) const
 
 void DOM::DeepCopy(const DOM& dom)
 {
-    // The old elements die after the locks are released, because their destructors may lock a third document.
+    // `old` is declared before the locks, so the old elements die after the locks are released: their destructors
+    // may lock a third document.
     std::vector<std::unique_ptr<DOMElement>> old;
     const TwoWriteLocks locks(m_lock, dom.m_lock);
     if (!m_root)

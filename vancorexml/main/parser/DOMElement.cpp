@@ -11,8 +11,7 @@
 #include "vansys/LogicException.h"
 
 #if defined(__GLIBCXX__) && defined(__LP64__)
-// An element of a parse takes 120 bytes: this size and the one-word page header before it. Documents
-// have millions of elements.
+// Documents have millions of elements. With the page pointer in front of it, each takes 120 bytes.
 static_assert(sizeof(DOMElement) == 112);
 #endif
 
@@ -93,7 +92,8 @@ DOMElement::DOMElement(const DOMElement& other, DOM* manager, DOMElement* parent
       m_attributes(other.m_attributes)
 {}
 
-// Delegates first: after that constructor the object is complete, so a failure runs the destructor.
+// Delegates to the constructor above. After it the object is complete, so an exception in the body runs the
+// destructor.
 DOMElement::DOMElement(const DOMElement& other) : DOMElement(other, other.m_manager, nullptr)
 {
     RegisterDetached();
@@ -107,8 +107,8 @@ DOMElement::~DOMElement()
     DestroyChildren();
     if (m_links)
         ClearIncomingLinks();
-    // Comes last: a query on another thread must not add an interval for an element after its death
-    // was reported.
+    // Must be the last step. While children or links still lead to this element, a query on another thread could
+    // add an interval for it again.
     if (m_manager)
         m_manager->m_diagnostics->ElementDies(*this);
 }
@@ -183,7 +183,8 @@ void DOMElement::CopyChildrenOf(const DOMElement& source, Children& into)
     }
 }
 
-// Destroys the last leaf again and again and climbs by the parent links, so it does not recurse.
+// Does not recurse: descends to the last leaf, returns to its parent by the parent link, destroys the leaf, and
+// repeats this.
 void DOMElement::DestroyChildren() noexcept
 {
     DOMElement* i = this;
@@ -496,9 +497,9 @@ void DOMElement::RequireNotBelow(const DOMElement& child) const
         ThrowLogicException(Assertions::OwnDescendant);
 }
 
-// Climbs from this element and walks the subtree of `top`, one step of each in turn, until either finds
-// the answer. This element may also be below `top` through a removed child that links into the subtree.
-// The walk cannot see removed children, so it gives up when it meets an element that has some.
+// Alternates one step of a climb from this element with one step of a walk through the subtree of `top`, until
+// one of them finds the answer. This element may also be below `top` through a removed child that links into the
+// subtree. The walk cannot see removed children, so it gives up when it meets an element that has some.
 bool DOMElement::IsAtOrBelow(const DOMElement& top) const
 {
     struct Visit {

@@ -1,4 +1,4 @@
-// The links of detached elements, and their end when an element or a document dies.
+// Registers the links of detached elements, and clears them when an element or a document dies.
 #include <utility>
 
 #include "vancorexml/main/parser/DOM.h"
@@ -79,7 +79,7 @@ void DOMElement::ClearIncomingLinks() noexcept
         for (DOMElement* const child : m_links->removedChildren->elements) {
             child->m_parent = nullptr;
             child->m_links->isListedByParent = false;
-            // A child that belongs to another document has no interval in either index.
+            // Does nothing for a child of another document: neither index has an interval for it.
             if (m_manager)
                 m_manager->m_diagnostics->ElementMoves(*child);
         }
@@ -96,8 +96,8 @@ void DOMElement::DocumentDies(DOM& document) noexcept
     }
 }
 
-// The elements left to visit form a linked list: the parent link of an element's first child holds the
-// next element of the list, and the visit restores it. So the walk does not allocate.
+// Does not allocate. The elements left to visit form a linked list: the parent link of an element's first child
+// points to the next element of the list until the visit restores the link.
 void DOMElement::SetSubtreeManager(DOM* manager) noexcept
 {
     m_manager = manager;

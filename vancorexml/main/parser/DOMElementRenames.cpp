@@ -5,7 +5,7 @@
 
 namespace {
 
-// Each named for the operation that an element without a document was asked for.
+// Each site is named after the operation that was called on an element without a document.
 namespace Assertions {
 
 constexpr char File[] = "vancorexml\\main\\parser\\DOMElement";

@@ -19,13 +19,13 @@ namespace {
 
 namespace Assertions {
 
-// Unreachable: a Parser records each message together with its identity.
+// Unreachable: a Parser records each message together with its ErrorInfo.
 constexpr AssertionSite ErrorWithoutInfo{
     "vancorexml\\main\\parser\\DOMParser", 97, "errors.size() == errorInfos.size()", 0x46AC9E8D};
 
 }  // namespace Assertions
 
-// The number of bytes of a document that are recorded with its metrics.
+// The number of leading bytes of a document that are recorded with its metrics.
 constexpr unsigned int MetricsTextLength = 128;
 
 void RecordSource(Metrics::Scope& metrics, InputSource& source)
@@ -54,14 +54,14 @@ void CopyErrors(const Parser& parser, DOMElement& root)
 }  // namespace
 
 struct DOMParser::Impl {
-    // A driver cannot drop schemas, so one that has, or is about to get, schemas is never reused.
-    // A parse holds its driver alone: a callback that starts another parse gets another driver,
-    // and a parse that throws leaves none behind.
+    // Releases the kept driver to a parse, or makes a new one. The parse owns its driver alone: a callback
+    // that starts another parse gets another driver, and a parse that throws destroys its driver. A driver
+    // cannot drop schemas, so one that has, or is about to get, schemas is never reused.
     std::shared_ptr<XercesTreeParser> ReleaseDriver(InputSource& source, const std::shared_ptr<TreeBuilder>& builder);
-    // Keeps the driver for the next parse, without the source and the builder of the last one.
+    // Keeps the driver for the next parse unless it has schemas. Makes it forget the source and the builder.
     void AdoptDriver(std::shared_ptr<XercesTreeParser> used);
 
-    // The empty source of a driver between two parses.
+    // An empty source, to which the kept driver refers between two parses.
     StringInputSource nothing{VString(), VString(), false};
     // Null before the first parse and while a parse uses the driver.
     std::shared_ptr<XercesTreeParser> driver;

@@ -16,7 +16,7 @@ void SetBit(std::vector<Word>& words, std::size_t bit)
     words[bit / WordBits] |= Word{1} << bit % WordBits;
 }
 
-// Returns the document element, where an absolute path starts, or null.
+// Returns the document element, at which an absolute path starts; null if there is none.
 const DOMElement* DocumentElementOf(const DOMElement& element)
 {
     const DOM* const document = element.GetDOMManager();
@@ -25,9 +25,9 @@ const DOMElement* DocumentElementOf(const DOMElement& element)
 
 }  // namespace
 
-// A set of segments is an array of 64-bit words with one bit for each segment. It contains the segments
-// that are active for the elements of a level. Only the words from the first to the last active segment
-// are stored and examined, so a long path with few active segments costs no more than a short path.
+// A set of segments is an array of 64-bit words with one bit for each segment. Each level of the walk has
+// a set of active segments, which its elements are compared with. Only the words from the first to the last active
+// segment are stored and examined, so a long path with few active segments costs no more than a short path.
 //
 // In every set, an active empty segment also activates its successor, because it may match zero levels.
 // This happens once per level, so each further empty segment consumes one more level.
@@ -35,7 +35,7 @@ DOMPath::Walker::Walker(const DOMElement& element, const VString& path) : m_segm
 {
     if (m_segments.back().IsEmpty())
         return;
-    // One extra word: a set that ends in the last word may be carried over into it.
+    // One extra word, because shifting a set can carry a bit out of its last word.
     const std::size_t words = (m_segments.size() + WordBits - 1) / WordBits + 1;
     m_emptySegments.resize(words);
     m_starSegments.resize(words);
@@ -144,7 +144,8 @@ void DOMPath::Walker::PushLevel(const DOMElement& element, std::size_t firstWord
     m_frames.push_back({children.begin(), children.end(), span});
 }
 
-// Drops a bit that is carried out of the last word. A caller adds a word if a segment could be lost.
+// Activates the successor of each active empty segment. Drops a bit that is carried out of the last word; a
+// caller that could lose a segment adds a word first.
 void DOMPath::Walker::ActivateSuccessors(std::vector<Word>& active, std::size_t firstWord) const
 {
     Word carried = 0;

@@ -17,7 +17,7 @@ bool IsAtOrBelow(const DOMElement& element, const DOMElement& ancestor)
     return &element == &ancestor || element.IsChildOf(ancestor);
 }
 
-// Like IsAtOrBelow, without what hangs on a removed child.
+// Like IsAtOrBelow, but false if a removed child lies between the two elements.
 bool IsInTreeBelow(const DOMElement& element, const DOMElement& ancestor)
 {
     for (const DOMElement* i = &element; i; i = i->GetParent()) {
@@ -77,8 +77,8 @@ void DiagnosticsIndex::ElementMoves(const DOMElement& element) noexcept
         return;
     const Interval& moved = top->second;
     try {
-        // The first mark within an interval begins another; without it, the intervals within the
-        // other one are directly in this one.
+        // The first mark within `moved` begins a nested interval. Once that interval is removed, the first mark
+        // begins the next one, until none is left.
         while (moved.begin.next != &moved.end)
             MoveToPending(m_intervals.find(static_cast<const BeginMark*>(moved.begin.next)->element));
         MoveToPending(top);
@@ -230,7 +230,8 @@ void DiagnosticsIndex::UpdateKinds(Interval& interval, DiagnosticKinds kinds)
 
 void DiagnosticsIndex::MoveToPending(Intervals::iterator position)
 {
-    // When memory ran out while the interval was inserted, m_pending still has all of its kinds.
+    // If an allocation failed while the interval was inserted, m_pending still has an entry with all kinds, and
+    // that entry stays.
     if (position->second.kinds != 0)
         m_pending.try_emplace(position->first, position->second.kinds);
     RemoveInterval(position);

@@ -38,7 +38,8 @@ void ForEachRecord(const Map& map, const DOMElement& element, Visit visit)
     }
 }
 
-// Reserves room for `count` more entries without a rehash. Grows by doubling and never shrinks.
+// Makes room for `count` more entries, so that inserting them causes no rehash. Grows by doubling and never
+// shrinks.
 template <typename Map>
 void ReserveInMap(Map& map, std::size_t count)
 {
@@ -48,7 +49,8 @@ void ReserveInMap(Map& map, std::size_t count)
         map.rehash(std::max(needed, 2 * map.bucket_count()));
 }
 
-// Moves the entry of `node` in `from` to `key` in `to`. An existing entry of `key` stays.
+// Moves the entry of `node` in `from` to `key` in `to`. If `key` has an entry, that one stays and the entry of
+// `node` is erased. Moving an entry onto itself erases it.
 template <typename Map>
 void MoveEntry(Map& to, Map& from, const DOMElement& node, const DOMElement& key) noexcept
 {
@@ -131,7 +133,7 @@ bool DocumentDiagnostics::Has(const DOMElement& element, DiagnosticKind kind) co
     const bool mayHave = kind == AnyWarning ? !m_warnings.empty() : !m_errors.empty();
     if (!mayHave)
         return false;
-    // Every entry has an error or a warning, so these two need no index.
+    // An entry is never empty, so for the whole document AnyError and AnyWarning need no index.
     const bool isRoot = element.IsRootNode();
     if (isRoot && (kind == AnyError || kind == AnyWarning))
         return true;
@@ -276,8 +278,8 @@ void DocumentDiagnostics::DocumentDies() noexcept
         EraseRecordsOf(*m_top);
         ties.swap(m_ties);
     }
-    // Holds no lock of the document here: an element that dies on another thread locks first the tie and
-    // then the document.
+    // The document must be unlocked here: an element that dies on another thread locks first the tie and then
+    // the document.
     for (const auto& [element, tie] : ties)
         tie->DocumentDies();
 }

@@ -15,19 +15,19 @@ namespace {
 constexpr std::size_t FirstCapacity = HasAddressSanitizer ? 1 : 4;
 constexpr std::size_t MaxCapacity = HasAddressSanitizer ? 1 : 1024;
 
-// The room before an element without a page: the page word, padded to the alignment of the element.
+// The bytes in front of an element without a page: a null page pointer, padded so that the element is aligned.
 constexpr std::size_t StandaloneHeaderSize = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIGNMENT__, sizeof(void*));
 
 }  // namespace
 
-// The memory of one element. Free reads the page from the word before the element.
+// The memory of one element. Free finds the page by the pointer in front of the element.
 struct ElementPages::Slot {
     Page* page;
     alignas(DOMElement) unsigned char element[sizeof(DOMElement)];
 };
 
 struct ElementPages::Page {
-    // The number of living elements and of unused slots.
+    // The number of living elements plus the number of slots that are not allocated yet.
     std::atomic<std::size_t> references;
 
     Slot* Slots() noexcept { return reinterpret_cast<Slot*>(this + 1); }

@@ -30,15 +30,15 @@ using xercesc::XMLUni;
 
 VString MakeMessage(std::uint64_t limit, const char* things)
 {
-    // Xerces' own message about general entities.
+    // Worded like Xerces' own message about general entities.
     return VFormatString("parser has encountered more than '%1' %2 in the document; "
                          "this is the limit imposed by the application")
         .arg(limit)
         .arg(VString(things));
 }
 
-// 80 random bits as letters, drawn once per process, so that no document contains it by chance. The
-// array needs no destructor: static objects may parse while the process exits.
+// Returns the mark: 80 random bits as letters, drawn once per process, so that no document contains the mark by
+// chance. An array needs no destructor, so static objects may still parse while the process exits.
 View Mark()
 {
     static const std::array<char16_t, 20> mark = [] {
@@ -65,12 +65,14 @@ std::size_t ParseNumber(View digits)
     return number;
 }
 
-// Ends a rehearsal that has found an excess, or whose remaining document cannot cause one.
+// Thrown to end a rehearsal early: it found an excess, or the rest of the document cannot cause one.
 struct RehearsalEnd {};
 
-// Whether this build of Xerces shows a rehearsal all places where it expands an entity.
+// True if this build of Xerces reports every expansion of an entity to a rehearsal.
 bool IsRehearsalComplete();
 
+// Reads a document or a schema as EntityExpansionGuard.h describes, and charges each expansion of an entity against
+// the limits.
 class Rehearsal final : public xercesc::SAX2XMLReaderImpl {
 public:
     enum class Subject {
@@ -137,7 +139,7 @@ private:
     void Charge(const Expansion& expansion, std::uint64_t& count);
     // Charges the entity of each mark in a text.
     void ChargeMarks(View text, std::uint64_t& count);
-    // Whether the content can exceed a limit that the parser of the document does not check.
+    // True if the content can exceed a limit that the parser of the document does not check.
     bool CanContentExceed() const noexcept;
 
     Subject m_subject;
@@ -229,7 +231,7 @@ void Rehearsal::entityDecl(const xercesc::DTDEntityDecl& entity, bool isParamete
     } else {
         value = std::u16string(Mark()) + FormatNumber(m_entities.Declare(entity.getName(), text)) + u";";
     }
-    // The object is not constant, only this view of it: Xerces fills it while it reads the declaration.
+    // The cast is safe: the object is not const, because Xerces fills it while it reads the declaration.
     const_cast<xercesc::DTDEntityDecl&>(entity).setValue(value.c_str());
 }
 

@@ -19,8 +19,8 @@ std::size_t PositionBehind(View text, View end, std::size_t from)
     return found == View::npos ? text.size() : found + end.size();
 }
 
-// The end of the comment, processing instruction or CDATA section at `position`, where a "<" stands;
-// `position` if it is none of them. References are not recognised in these.
+// Returns the end of the comment, processing instruction or CDATA section that the "<" at `position` begins, or
+// `position` if it begins none of them. They contain no references.
 std::size_t SkipMarkup(View text, std::size_t position)
 {
     const View rest = text.substr(position);
@@ -33,16 +33,16 @@ std::size_t SkipMarkup(View text, std::size_t position)
     return position;
 }
 
-// The length of the reference at `position`, where "&" or "%" stands; 0 if there is none. The search
-// stops at the next "&" or "%", so a text full of them costs linear time.
+// Returns the length of the reference that the "&" or "%" at `position` begins, or 0 if it begins none. The
+// search stops at the next "&" or "%", so a text full of them costs linear time.
 std::size_t LengthOfReference(View text, std::size_t position)
 {
     const std::size_t end = text.find_first_of(u";&%<>'\" ", position + 1);
     return end != View::npos && text[end] == u';' && end > position + 1 ? end + 1 - position : 0;
 }
 
-// The number of code units of a character. `number` is its number in decimal digits, or in
-// hexadecimal digits after an "x".
+// Returns how many code units a character has. `number` is its code point in decimal digits, or in hexadecimal
+// digits after an "x".
 std::size_t LengthOfCharacter(View number)
 {
     const bool isHexadecimal = number.starts_with(u'x');
@@ -60,7 +60,7 @@ std::size_t LengthOfCharacter(View number)
 void AddInner(Expansion& outer, const Expansion& inner) noexcept
 {
     outer += inner;
-    // Each name in `inner` is now compared with one name more.
+    // Xerces also compares each name in `inner` with the name of the outer entity.
     outer.compared = Add(outer.compared, inner.names);
 }
 
@@ -111,7 +111,7 @@ std::size_t EntitySizes::Declare(std::u16string_view name, std::u16string_view t
 {
     Entity entity;
     entity.own = {1, text.size(), text.size(), name.size(), 0};
-    // The text of a parameter entity is declarations, whose quoted parts hold no references.
+    // The text of a parameter entity consists of declarations. Their quoted parts contain no references.
     const View special = m_kind == Kind::General ? View(u"&<") : View(u"%<'\"");
     for (std::size_t i = text.find_first_of(special); i != View::npos; i = text.find_first_of(special, i)) {
         std::size_t end = i;

@@ -27,7 +27,7 @@ std::optional<XmlUtils::TagRange> FirstTagFinder::Find(const std::string& text)
     }
 }
 
-// Stops at the next "<". Returns false until enough text has arrived to know what it begins.
+// Moves to the next "<". Returns false if the text ends before it is clear which construct the "<" begins.
 bool FirstTagFinder::BeginConstruct(const std::string& text)
 {
     m_position = std::min(text.find('<', m_position), text.size());
@@ -46,7 +46,7 @@ std::size_t FirstTagFinder::FindTerminator(const std::string& text)
     const std::size_t found = text.find(m_terminator, m_position);
     if (found != XmlUtils::npos)
         return found + m_terminator.size() - 1;
-    // The text may end within the terminator.
+    // The text may end inside the terminator, so the next search starts with its last bytes.
     m_position = std::max(m_position, text.size() - (m_terminator.size() - 1));
     return XmlUtils::npos;
 }

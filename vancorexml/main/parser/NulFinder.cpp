@@ -37,7 +37,7 @@ public:
         return m_size == 1 && FindInvalidUtf8(m_bytes.data(), count) == count;
     }
 
-    // Returns the position behind the byte order mark, if there is one.
+    // Returns the position behind the byte order mark, or 0 if there is none.
     std::size_t Begin() const noexcept
     {
         if (m_size == 1)
@@ -56,7 +56,7 @@ XMLRecognizer::Encodings DetectXercesEncoding(std::string_view text)
     return XMLRecognizer::basicEncodingProbe(reinterpret_cast<const XMLByte*>(text.data()), text.size());
 }
 
-// Xerces detects the size of the units itself, and an XML declaration cannot change that.
+// Xerces detects the size of the code units from the first bytes. An XML declaration cannot change it.
 Units UnitsOf(const xercesc::InputSource& source, std::string_view text)
 {
     if (source.getEncoding())

@@ -21,7 +21,7 @@ void OrderedMarks::Clear() noexcept
 {
     m_front.next = &m_back;
     m_back.previous = &m_front;
-    // The label is above every range of labels, so there is always a gap behind the last mark of a range.
+    // This label is above every range of labels, so there is always a gap behind the last mark of a range.
     m_back.label = std::uint64_t{1} << 63;
 }
 

@@ -6,10 +6,10 @@
 
 namespace {
 
-// Counts lines and columns over UTF-8 as the scanner does over UTF-16.
+// Counts the lines and columns of a UTF-8 text as the scanner of Xerces counts them in UTF-16.
 class PositionCounter {
 public:
-    // XML 1.1 has two line ends more.
+    // XML 1.1 has two more line ends: U+0085 and U+2028.
     PositionCounter(std::string_view text, bool hasMoreLineEnds) : m_text(text), m_hasMoreLineEnds(hasMoreLineEnds)
     {
         if (text.starts_with("\xEF\xBB\xBF"))
@@ -25,7 +25,7 @@ public:
     SourceMap::Position Get() const noexcept { return m_position; }
 
 private:
-    // Passes one character.
+    // Advances over one character.
     void Step()
     {
         const auto byte = static_cast<unsigned char>(m_text[m_offset]);
@@ -43,7 +43,7 @@ private:
             m_position.column += length == 4 ? 2 : 1;
     }
 
-    // In bytes; 1 for a byte that begins no character.
+    // Returns the length in bytes; 1 for a byte that begins no valid character.
     std::size_t CharacterLength(unsigned char byte) const
     {
         const std::size_t length = byte < 0xC2 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : byte < 0xF5 ? 4 : 1;

@@ -21,7 +21,7 @@ public:
           m_end(m_begin + utf8.size())
     {}
 
-    // In bytes of the text.
+    // In bytes of the UTF-8 text.
     XMLFilePos curPos() const override { return static_cast<XMLFilePos>(m_next - m_begin); }
     const XMLCh* getContentType() const override { return nullptr; }
 
@@ -47,8 +47,8 @@ private:
         toFill += sizeof unit;
     }
 
-    // Converts ASCII in whole blocks, then in one word that may contain later bytes; the next step
-    // overwrites their output.
+    // Converts ASCII in blocks of two words, then word by word. The last word may contain bytes behind the ASCII;
+    // the next write overwrites their output.
     void WriteAscii(XMLByte*& toFill, const XMLByte* end) noexcept
     {
         constexpr std::uint64_t HighBits = 0x8080808080808080;
@@ -132,7 +132,7 @@ bool IsNameByte(char byte) noexcept
     return isLetter || (byte >= '0' && byte <= '9') || byte == '.' || byte == '-' || byte == '_';
 }
 
-// Removes the bytes of that kind from the start of `text` and returns them.
+// Removes the leading bytes that are of the kind from `text` and returns them.
 std::string_view ConsumeWhile(std::string_view& text, bool (*isOfKind)(char)) noexcept
 {
     const auto end = std::find_if_not(text.begin(), text.end(), isOfKind);
@@ -149,12 +149,12 @@ bool ConsumeByte(std::string_view& text, char byte) noexcept
     return true;
 }
 
-// True if the text has no XML declaration, or one that names no other encoding. Every unusual declaration
-// counts as another encoding, because Xerces is stricter about a declaration if it has to detect the
-// encoding.
+// True if the text has no XML declaration, or one that names no encoding but UTF-8. False for every unusual
+// declaration, because Xerces is stricter about a declaration if it has to detect the encoding.
 bool IsDeclaredUtf8(std::string_view text) noexcept
 {
-    // Xerces recognises UTF-8 by a byte order mark or a first character of more than one byte.
+    // Xerces may detect another encoding in a text that begins with a byte order mark or with code units of more
+    // than one byte, so these texts are left to it.
     if (text.size() < 6 || text[0] != '<' || text[1] <= ' ' || text[1] > '~')
         return false;
     if (!text.starts_with("<?xml") || !IsSpace(text[5]))

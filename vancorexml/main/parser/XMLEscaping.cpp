@@ -17,9 +17,9 @@ namespace {
 namespace Assertions {
 
 constexpr char File[] = "vancorexml\\main\\parser\\XMLFormatter";
-// Unreachable through the writers, which ask for the known kinds only.
+// Unreachable through the writers, which pass only known kinds.
 constexpr AssertionSite UnknownKind{File, 120, "Unknown type passed to InitMappingTableType", 0xF6AD402C};
-// Unreachable through the writers, whose test of characters gives the same answers in both passes.
+// Unreachable through the writers, because their character test answers the same in both passes.
 constexpr AssertionSite PassesDiffer{File, 236, "ix == dst.length()", 0xF6B4AF4C};
 
 }  // namespace Assertions
@@ -50,7 +50,7 @@ constexpr bool IsPairAt(std::u16string_view text, std::size_t position) noexcept
 // The number of units that are examined at once. With a fixed count, the compiler vectorises the loop.
 constexpr std::size_t PlainBlock = 8;
 
-// True if no unit is a control character, one of "&'<> or above 0x7F: no table maps the others.
+// True if no unit of the block is a control character, one of "&'<> or above 0x7F. No table maps other units.
 bool IsPlainBlock(const char16_t* block) noexcept
 {
     std::uint16_t special = 0;
@@ -65,7 +65,7 @@ bool IsPlainBlock(const char16_t* block) noexcept
     return special == 0;
 }
 
-// Finds the units of a text that must be escaped, and their replacements. Both passes use it, so they
+// Finds the units of a text that must be escaped, and their replacements. Both passes of Encode use it, so they
 // agree on every unit.
 template <typename IsValid>
 class Scanner {

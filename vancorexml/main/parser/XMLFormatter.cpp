@@ -27,7 +27,8 @@ const VString XMLFormatter::commentClose(u"-->");
 
 namespace {
 
-// The shortest content that keeps its tabs and line feeds, or becomes a CDATA section.
+// Content of at least this many code units keeps its tabs and line feeds, or becomes a CDATA section if it
+// contains "<".
 constexpr int LongContent = 32;
 
 const VString TrueText(u"true");
@@ -302,7 +303,7 @@ void XMLFormatter::OutputComment(const VString& text)
 {
     static const VString blank(u" ");
     static const VString hyphens(u"--");
-    // This is no character reference, because comments contain none. It only separates the two hyphens.
+    // Only separates the two hyphens. It is no character reference, because comments contain none.
     static const VString brokenHyphens(u"-&45;");
 
     OutputString(GetIndent());

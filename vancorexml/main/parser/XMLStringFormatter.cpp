@@ -24,7 +24,7 @@ VString XMLStringFormatter::GetOutput() const
 {
     if (m_failure)
         std::rethrow_exception(m_failure);
-    // Only when there is spare room: resize() would copy a buffer shared with an earlier result.
+    // Without spare room, resize() would only copy a buffer that an earlier result shares.
     if (m_buffer.size() > m_length)
         m_buffer.resize(m_length);
     return VString(m_buffer);

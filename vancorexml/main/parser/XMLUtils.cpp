@@ -24,8 +24,8 @@ constexpr AssertionSite RangeIsNoTag{File, 359, "xml[idx] == c_openBrace && xml[
 
 enum ByteClass : std::uint8_t { NameByte = 1, FirstNameByte = 2 };
 
-// The classes of the bytes. A byte is widened as a signed one, so those from 0x80 up land at
-// U+FF80 and above, which are name characters.
+// The classes of all bytes. A byte is sign-extended to a code unit, so the bytes 0x80 to 0xFD become U+FF80 to
+// U+FFFD, which are name characters.
 const std::array<std::uint8_t, 256>& ByteClasses()
 {
     static const std::array<std::uint8_t, 256> classes = [] {
@@ -45,7 +45,7 @@ bool HasClass(char byte, ByteClass wanted) noexcept
     return (ByteClasses()[static_cast<unsigned char>(byte)] & wanted) != 0;
 }
 
-// Whether a scan that goes over bytes from the left stands inside a quoted value.
+// Tracks whether a scan over bytes from left to right is inside a quoted value.
 class QuoteState {
 public:
     void Advance(char byte) noexcept
@@ -63,7 +63,7 @@ private:
     char m_quote = 0;
 };
 
-// The next ">" outside of quotes that begin at or after `position`.
+// Returns the position of the next unquoted ">", or npos. Ignores quotes before `position`.
 std::size_t FindUnquotedClose(const std::string& text, std::size_t position) noexcept
 {
     QuoteState quotes;
@@ -82,8 +82,8 @@ std::size_t SkipWhitespace(const std::string& text, std::size_t position) noexce
     return position;
 }
 
-// The value behind an attribute's name that ends before `position`.
-// `isAttribute` says whether "=" and a quote follow at all.
+// Returns the value of the attribute whose name ends before `position`, or nothing if the tag contains no
+// complete value there. Sets `isAttribute` to true if "=" and a quote follow the name.
 std::optional<std::string> ReadAttributeValue(
     const std::string& text, std::size_t position, std::size_t tagEnd, bool& isAttribute)
 {
@@ -198,10 +198,10 @@ std::optional<std::string> XmlUtils::GetAttributeValueInTag(
     if (name.empty() || last < first)
         return std::nullopt;
 
-    // Found within the tag alone, so that a name that is not there costs no look at the rest.
+    // Searches only the tag, so a missing name does not cost a search through the rest of the text.
     const std::string_view tag = std::string_view(text).substr(0, last + 1);
     QuoteState quotes;
-    std::size_t passed = first;  // the quotes before here are counted
+    std::size_t passed = first;  // `quotes` has seen the bytes before this position
     for (std::size_t at = tag.find(name, first); at != npos; at = tag.find(name, at + name.size())) {
         for (; passed <= at; ++passed)
             quotes.Advance(text[passed]);

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Major and minor of the versions that have schemas, oldest first. The last one is the current version.
+// The major and minor numbers of the versions that have schemas, oldest first. The last one is the current version.
 // resources.cmake reads this line to make the schemas of these versions.
 constexpr const char* const SchemaVersions[] = {"10.2", "10.3", "10.4", "10.5", "18.1"};
 
@@ -80,7 +80,7 @@ bool XSDResources::IsThereAnXSDResource(XmlFileType type, const VersionNumber& v
             return wanted == VString(listed);
         });
     }
-    // These two are validated whatever their version.
+    // For these two types the version does not matter.
     case XmlFileTypeKXE:
     case XmlFileTypeKXF: return true;
     default: return false;

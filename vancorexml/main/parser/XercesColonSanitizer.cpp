@@ -28,13 +28,13 @@ constexpr AssertionSite NoElement{File, 188, "range.start != string::npos", 0x6F
 
 constexpr std::size_t npos = std::string::npos;
 
-// The next place of one character, asked for at positions that only increase: every byte is
-// looked at once, however often it is asked.
+// Finds the next occurrence of one character, from positions that only increase. All calls together read every
+// byte at most once.
 class NextPosition {
 public:
     NextPosition(const std::string& text, char character) : m_text(text), m_character(character) {}
 
-    // At or after `from`; npos when there is none.
+    // Returns the first occurrence at or after `from`, or npos.
     std::size_t From(std::size_t from)
     {
         if (!m_isKnown || (m_position != npos && m_position < from)) {
@@ -51,9 +51,9 @@ private:
     bool m_isKnown = false;
 };
 
-// Whether the quotes from a position to a ">" match, for positions that only increase. For each
-// ">" all answers are computed right to left: the quotes from position i match if the closing
-// quote of i exists and the quotes after it match.
+// Tests whether the quotes from a position to a ">" match. The positions must only increase. All answers for
+// a ">" are computed together, from right to left: the quotes from a quote on match if its closing quote exists
+// and the quotes after the closing quote match.
 class QuotesUpTo {
 public:
     explicit QuotesUpTo(const std::string& text) : m_text(text) {}
@@ -61,7 +61,7 @@ public:
     bool Match(std::size_t from, std::size_t close)
     {
         if (close != m_close)
-            WorkOut(from, close);
+            ComputeMatches(from, close);
         while (!m_quotes.empty() && m_quotes.back().position < from)
             m_quotes.pop_back();
         return m_quotes.empty() || m_quotes.back().matches;
@@ -73,13 +73,13 @@ private:
         bool matches;  // from this quote up to the ">"
     };
 
-    void WorkOut(std::size_t from, std::size_t close)
+    void ComputeMatches(std::size_t from, std::size_t close)
     {
         m_close = close;
         m_quotes.clear();
         bool matches = true;
-        // Whether the quotes behind the nearest apostrophe to the right match, and the same for
-        // the nearest double quote; false when there is none.
+        // True if the quotes behind the nearest apostrophe to the right match; false if there is no apostrophe.
+        // The same for the nearest double quote.
         bool behindApostrophe = false;
         bool behindDouble = false;
         for (std::size_t i = close; i-- > from;) {
@@ -108,7 +108,7 @@ public:
           m_quotes(text)
     {}
 
-    // The next one at or after the last; npos when there is none. Positions only increase.
+    // Returns the position of the next colon to rewrite, or npos. The positions increase.
     std::size_t Next()
     {
         for (;;) {
@@ -118,14 +118,15 @@ public:
             m_position = colon + 1;
             if (colon == 0 || !XmlUtils::IsWhitespace(m_text[colon - 1]))
                 continue;
-            if (IsTaken(colon))
+            if (BeginsAttributeName(colon))
                 return colon;
         }
     }
 
 private:
-    // Whether the colon begins an attribute's name; moves on past what need not be looked at.
-    bool IsTaken(std::size_t colon)
+    // True if the colon begins the name of an attribute. If not, may move m_position over text without such
+    // colons.
+    bool BeginsAttributeName(std::size_t colon)
     {
         if (m_text[colon] != ':')
             ThrowLogicException(Assertions::NoColonToTest);
@@ -151,8 +152,7 @@ private:
         if (close == npos)
             return false;
         const std::size_t open = m_nextOpen.From(colon + 1);
-        // Without a further tag only an empty element can end here; a start tag would lack its
-        // end tag.
+        // If no "<" follows, only the tag of an empty element can end here: a start tag would lack its end tag.
         const bool mayEndHere = open != npos ? open > close : m_text[close - 1] == '/';
         return mayEndHere && m_quotes.Match(colon, close);
     }
@@ -165,7 +165,7 @@ private:
     QuotesUpTo m_quotes;
 };
 
-// Just behind the document element's name.
+// Returns the position behind the name of the document element.
 std::size_t FindDeclarationPlace(const std::string& text)
 {
     const XmlUtils::TagRange tag = XmlUtils::FindFirstElementTag(text);
@@ -202,7 +202,7 @@ ColonRewriting::Rewritten ColonRewriting::Rewrite(const std::shared_ptr<std::str
     std::vector<SourceMap::Insertion> insertions;
     output->reserve(input.size() + 64);
     std::size_t copied = 0;
-    // A processing instruction before the document element may hold the first colons.
+    // A processing instruction before the document element may contain the first colons.
     bool isDeclared = false;
     const auto copyTo = [&](std::size_t end) {
         output->append(input, copied, end - copied);
@@ -220,7 +220,7 @@ ColonRewriting::Rewritten ColonRewriting::Rewrite(const std::shared_ptr<std::str
             declare();
         }
         copyTo(colon);
-        // The colon of the document becomes the one at the end of the prefix.
+        // The prefix ends with the colon of the document, so that byte is not inserted.
         insertions.push_back({output->size(), Prefix.size() - 1});
         *output += Prefix;
         copied = colon + 1;

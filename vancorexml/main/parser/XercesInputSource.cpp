@@ -30,13 +30,14 @@ XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes,
     m_isRewritten = m_given && m_given != m_bytes;
     if (startOffset != 0 || m_isRewritten)
         m_map = std::make_shared<SourceMap>(m_bytes, startOffset, std::move(insertions));
-    // A file's bytes are not kept twice.
+    // Keep the original bytes only if another object owns them anyway. Otherwise a rewritten file would be in
+    // memory twice.
     if (!m_isRewritten || m_given.use_count() == 1)
         m_given.reset();
     const auto* start = reinterpret_cast<const XMLByte*>(m_bytes->data()) + startOffset;
     m_source = std::make_unique<Buffer>(
         start, m_bytes->size() - startOffset, id.utf16(), false, xercesc::XMLPlatformUtils::fgMemoryManager);
-    // The bytes outlive the parse, so its stream reads them where they are.
+    // The bytes outlive the parse, so the stream need not copy them.
     m_source->setCopyBufToStream(false);
     if (encoding == TextEncoding::Utf8)
         m_source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);

@@ -13,7 +13,7 @@
 namespace {
 
 struct Platform {
-    // Recursive, because Xerces exits the process when it cannot be initialised.
+    // Recursive: if Xerces cannot be initialised, it exits the process, and OnExit locks the mutex again.
     std::recursive_mutex mutex;
     bool isInitialised = false;  // guarded by mutex, like the other members
     bool isExiting = false;
@@ -23,7 +23,7 @@ struct Platform {
 Platform& GetPlatform()
 {
     // Never destroyed, because static objects that are destroyed later may still release Xerces. Not on the
-    // heap, because each unloading of the library would leak it.
+    // heap, because each unload of the library would leak it.
     alignas(Platform) static std::byte place[sizeof(Platform)];
     static Platform* const platform = new (place) Platform;
     return *platform;

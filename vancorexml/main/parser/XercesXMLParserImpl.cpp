@@ -83,7 +83,8 @@ bool IsUtf8(const XMLCh* encoding)
         xercesc::XMLString::equals(encoding, XMLUni::fgUTF8EncodingString2);
 }
 
-// Xerces counts the bytes that the first one announces, up to six, before it looks at them.
+// True if the text ends inside a character. Xerces waits for as many bytes as the first byte announces, up to
+// six, before it checks any of them.
 bool EndsWithinUtf8Character(std::string_view text) noexcept
 {
     const std::size_t invalid = FindInvalidUtf8(text.data(), text.size());
@@ -104,8 +105,8 @@ void DocumentReader::resetDocument()
     SAX2XMLReaderImpl::resetDocument();
 }
 
-// Behind the root element the scanner treats a NUL as the end of its input and stops in front of it, so text is left
-// in its buffer. It drops the bytes of an incomplete character at the end.
+// Refuses two faults that the scanner does not report. Behind the root element it treats a NUL as the end of its
+// input and stops in front of it, so text is left in its buffer. It drops an incomplete character at the end.
 void DocumentReader::endDocument()
 {
     const xercesc::Locator& locator = *m_handler->GetLocator();
@@ -293,7 +294,7 @@ void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VSt
         m_handler->CheckSchema(source.Get(), source.View());
         m_reader->loadGrammar(source.Get(), xercesc::Grammar::SchemaGrammarType, true);
     } catch (const ParseAbandoned&) {
-        // Recorded by the handler.
+        // The handler has recorded the error.
         DiscardReader();
     } catch (...) {
         DiscardReader();
@@ -363,7 +364,7 @@ void XercesXMLParserImpl::ReadInput()
         else
             ReadDocument(source.Get(), source.View());
     } catch (const ParseAbandoned&) {
-        // Recorded by the handler like any other fatal error.
+        // The handler has recorded the error like any other fatal error.
     } catch (...) {
         DiscardReader();
         throw;
