@@ -16,8 +16,8 @@ void AppendPart(VString& text, const VString& part)
     text += u']';
 }
 
-// Reads a bracketed part at the start of `text` and removes it from there. Empty when `text` does not
-// start with a complete part.
+// Removes a bracketed part from the start of `text` and returns it without the brackets. Returns nothing if `text`
+// does not start with a complete part.
 std::optional<VString> ConsumePart(std::u16string_view& text)
 {
     if (!text.starts_with(u'['))

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Rejects names that lead outside the registered folders, and other spellings of a resource's name.
+// Returns false for a name that leads outside the registered folders or is another spelling of a resource's name.
 bool IsResourceName(const VString& name)
 {
     if (name.startsWith(":"))

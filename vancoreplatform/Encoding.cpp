@@ -39,8 +39,8 @@ constexpr Lead ReadLead(unsigned char byte) noexcept
     return {byte < 0xF4 ? 4 : 0};
 }
 
-// The length of the first sequence in `bytes`, which must not be empty. IllFormed if the sequence is not UTF-8;
-// Truncated if the bytes end inside a sequence that could be continued.
+// Returns the length of the first sequence in `bytes`, which must not be empty; IllFormed if the sequence is not
+// UTF-8; Truncated if the bytes end inside a sequence that more bytes could complete.
 int SequenceLength(const unsigned char* bytes, std::size_t available) noexcept
 {
     const Lead lead = ReadLead(bytes[0]);

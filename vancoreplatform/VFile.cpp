@@ -130,7 +130,7 @@ std::optional<VString> DecodeByMark(const Input& input)
     return std::nullopt;
 }
 
-// The encoding that an XML declaration at the start names; empty if there is none.
+// Returns the encoding that an XML declaration at the start names; empty if there is none.
 QByteArray DeclaredEncoding(const Input& input)
 {
     static const QRegularExpression declaration(
@@ -150,14 +150,14 @@ public:
           m_state(QTextCodec::ConvertInvalidToNull | QTextCodec::IgnoreHeader)
     {}
 
-    // False if the piece contains invalid bytes. Some codecs report them only by a replacement character.
+    // Returns false if the piece contains invalid bytes. Some codecs report them only by a replacement character.
     bool Read(const char* bytes, std::size_t length)
     {
         m_piece = m_codec.toUnicode(bytes, static_cast<int>(length), &m_state);
         return m_state.invalidChars == 0 && !m_piece.contains(QChar(QChar::ReplacementCharacter));
     }
-    // False if the bytes so far end inside a character. The incomplete character then swallows or spoils the
-    // line feed that is appended as a probe.
+    // Returns false if the bytes so far end inside a character. Reads a line feed as a probe: an incomplete
+    // character swallows or garbles it.
     bool IsComplete() { return Read("\n", 1) && m_piece == QLatin1String("\n"); }
     const QString& Piece() const noexcept { return m_piece; }
 
@@ -169,8 +169,8 @@ private:
 
 constexpr std::size_t PieceBytes = 0x10000;
 
-// The byte offset of the first invalid character. It ends in the piece that begins at `piece` and may begin in
-// the piece before.
+// Returns the byte offset of the first invalid character. This character ends in the piece that begins at the
+// offset `piece`, and may begin in the piece before.
 std::size_t FindBadByte(const Input& input, const QTextCodec& codec, std::size_t piece)
 {
     CodecReader reader(codec);
@@ -323,7 +323,7 @@ unsigned long long GetFileSize(const VPath& path)
     const QFileInfo info(NativeName(path));
     if (info.exists())
         return static_cast<unsigned long long>(info.size());
-    // QFileInfo does not tell why it cannot find a file. Opening the file throws the reason.
+    // QFileInfo does not report why it cannot find a file. Opening the file throws an exception with the reason.
     VFile file(path);
     file.OpenForReading();
     return file.Size();

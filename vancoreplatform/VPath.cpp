@@ -29,7 +29,7 @@ std::size_t SkipElement(std::u16string_view text, std::size_t position) noexcept
     return std::min(text.find_first_of(Separators, position), text.size());
 }
 
-// The end of "\\server\share", or of "\\server" alone.
+// Returns the end of "\\server\share", or of "\\server" alone.
 std::size_t UncRootEnd(std::u16string_view text) noexcept
 {
     const std::size_t serverEnd = SkipElement(text, 2);
@@ -37,7 +37,7 @@ std::size_t UncRootEnd(std::u16string_view text) noexcept
     return share == text.size() ? serverEnd : SkipElement(text, share);
 }
 
-// The number of code units of the root; 0 if the path has none.
+// Returns the number of code units of the root; 0 if the path has none.
 std::size_t RootEnd(std::u16string_view text) noexcept
 {
     if (text.size() >= 2 && IsDriveLetter(text[0]) && text[1] == u':')
@@ -72,7 +72,7 @@ Parts Split(std::u16string_view text)
     return parts;
 }
 
-// `text` without the separators at its end, except those of its root.
+// Returns `text` without the separators at its end, except those of its root.
 std::u16string_view DropTrailingSeparators(std::u16string_view text, std::size_t rootEnd) noexcept
 {
     std::size_t end = text.size();
@@ -81,7 +81,7 @@ std::u16string_view DropTrailingSeparators(std::u16string_view text, std::size_t
     return text.substr(0, end);
 }
 
-// The separator that the two texts use, so that a joined path has one style.
+// Returns the separator that `left` uses, or else the one that `right` uses, so that a joined path has one style.
 char16_t ChooseSeparator(std::u16string_view left, std::u16string_view right) noexcept
 {
     const std::size_t inLeft = left.find_last_of(Separators);

@@ -50,7 +50,7 @@ constexpr std::size_t AsciiBlock = 16;
 
 using UnitBlock = std::array<char16_t, AsciiBlock>;
 
-// Copies the block at `position`. False when it is not all ASCII, or when less than a block is left.
+// Copies the block at `position`. Returns false if the block is not all ASCII or if less than a block is left.
 bool ReadAsciiBlock(std::u16string_view text, std::size_t position, UnitBlock& block) noexcept
 {
     if (text.size() - position < AsciiBlock)
@@ -146,7 +146,7 @@ std::size_t CountCharacters(const char* utf8, std::size_t length) noexcept
         std::count_if(utf8, utf8 + length, [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
-// The end of a piece of at most `limit` bytes that does not end inside a sequence.
+// Returns the end of a piece of at most `limit` bytes that does not end inside a sequence.
 std::size_t FindPieceEnd(const char* utf8, std::size_t begin, std::size_t length, std::size_t limit) noexcept
 {
     if (length - begin <= limit)

@@ -33,7 +33,7 @@ struct Slot {
 };
 
 // The holdings of a thread: a few slots for the locks that operations usually take together, and a map for the rest.
-// There is no destructor on purpose: documents are also destroyed while the process ends, after the thread's objects.
+// Has no destructor on purpose: static documents are destroyed while the process ends, after the thread's objects.
 struct Holdings {
     Slot slots[4];
     HoldingMap* more = nullptr;  // owned; deleted with the thread's last holding
