@@ -40,7 +40,8 @@ public:
             thread.join();
     }
 
-    // Waits until the document with that index was checked.
+    // Waits for the result of a document, by its index, and returns it. Call it once for each document. Rethrows the
+    // exception that ended a thread.
     CheckedDocument WaitFor(std::size_t number)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
@@ -89,7 +90,7 @@ std::string FormatCount(std::size_t count, const char* what)
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-// With "auto", the type and version of each document select its schema.
+// Returns nothing for "auto": the type and version of each document then select its schema.
 std::optional<SchemaReference> ResolveSchemaOption(const std::string& name)
 {
     if (name == "auto")
@@ -106,12 +107,14 @@ void CheckCommand::AddTo(CLI::App& application)
     command
         ->add_option("--schema",
             m_schema,
-            "Check against a schema: none; auto, by each document's type and version; the name of one that comes with the library; or a file")
+            "The schema to check against: none for no schema; auto for the schema of each document's type and version; "
+            "the name of a schema of the library; or a schema file")
         ->capture_default_str()
         ->type_name("auto|none|NAME|FILE.xsd");
     command
-        ->add_option(
-            "--jobs", m_jobs, "How many documents to check at a time; as many as the machine has cores when not given")
+        ->add_option("--jobs",
+            m_jobs,
+            "The number of documents to check at the same time; the default is the number of the machine's cores")
         ->check(CLI::Range(1u, 1024u))
         ->type_name("N");
     command->callback([this] {

@@ -1,4 +1,4 @@
-// vanxml check
+// The command "vanxml check".
 #pragma once
 
 #include <string>

@@ -7,8 +7,10 @@ namespace CLI {
 class App;
 }
 
-// A command adds its options to the CLI11 application, which fills in the values, and then runs. It
-// must outlive the application. Used by one thread.
+// AddTo adds the options of the command to the CLI11 application. The application writes the values of the
+// options into the command, which must outlive it. Run then uses these values.
+//
+// Threads: one at a time.
 class Command {
 public:
     virtual ~Command() = default;

@@ -19,10 +19,10 @@ struct CheckedDocument {
     std::size_t errors = 0;    // the number of errors of the document
     bool wasChecked = false;   // false if the document or its schema could not be read
     std::string lines;         // for standard error
-    std::string brokenSchema;  // the schema that could not be used; `lines` are then its errors
+    std::string brokenSchema;  // the schema that could not be used, or empty; `lines` are then its errors
 };
 
-// Checks documents. Caches a parser for each schema, so a schema is loaded once.
+// Checks documents. Caches a parser for each schema, so each schema is loaded only once.
 //
 // Threads: one at a time. Each thread can have a checker of its own.
 class DocumentChecker {

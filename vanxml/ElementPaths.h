@@ -21,6 +21,6 @@ public:
 private:
     void Count(const DOMElement& parent);
 
-    // The position among the siblings of the same name, from 1; 0 for the only one.
+    // The position among the siblings of the same name, from 1; 0 for an element without such siblings.
     std::unordered_map<const DOMElement*, std::size_t> m_positions;
 };

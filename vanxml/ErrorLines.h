@@ -18,7 +18,7 @@ std::string EscapeControlCharacters(std::string_view text);
 // Returns the texts of the errors, without the warnings.
 std::vector<VString> FormatErrors(const std::vector<ParseDiagnostic>& diagnostics);
 
-// Returns "NAME: MESSAGE" and a line feed, for an error of the document `name`. Escapes both.
+// Returns "NAME: MESSAGE" and a line feed, for an error of the document `name`. Escapes the name and the message.
 std::string FormatErrorLine(const VString& name, const VString& message);
 
 // Returns "vanxml: MESSAGE" and a line feed, for any other error. Escapes the message.

@@ -1,7 +1,7 @@
 #include "vanxml/ExceptionText.h"
 
-// Xerces throws these through the library while it creates a reader or loads a schema. They do not
-// derive from std::exception.
+// Xerces throws the exceptions of these headers through the library while it creates a reader or loads a schema.
+// They do not derive from std::exception.
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLException.hpp>
 

@@ -1,4 +1,4 @@
-// vanxml format
+// The command "vanxml format".
 #pragma once
 
 #include <string>

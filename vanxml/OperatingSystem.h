@@ -59,7 +59,7 @@ public:
 private:
     explicit OutputHandle(std::intptr_t handle) noexcept : m_handle(handle) {}
 
-    std::intptr_t m_handle;  // the system's; -1 when closed
+    std::intptr_t m_handle;  // the handle of the system; -1 if closed
 };
 
 }  // namespace OperatingSystem

@@ -97,12 +97,12 @@ void RequireWritable(const std::filesystem::path& file)
         throw std::system_error(ERROR_ACCESS_DENIED, std::system_category());
 }
 
-// The file system's journal keeps the order of renames, and folders cannot be flushed.
 bool IsStandardOutput(const std::filesystem::path&) noexcept
 {
     return false;
 }
 
+// Windows cannot flush folders, and the journal of its file system keeps the order of renames.
 void FlushFolder(const std::filesystem::path&) noexcept {}
 
 // A file inherits the access rights of its folder.

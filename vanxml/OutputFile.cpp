@@ -42,7 +42,8 @@ fs::path ResolveLinks(fs::path file)
     return file;
 }
 
-// The name is short, so that it is valid wherever the name of the file is.
+// Returns a short name that does not depend on the name of the file, so that it never exceeds a limit of the file
+// system.
 std::string RandomName()
 {
     static constexpr char digits[] = "0123456789abcdef";
@@ -90,8 +91,8 @@ std::pair<OutputHandle, fs::path> CreateTemporaryFile(const fs::path& folder, Ou
     }
 }
 
-// Sets the permissions unless the file has them: some file systems have one set of permissions for all
-// files and refuse to change it.
+// Sets the permissions unless the file already has them: some file systems have the same permissions for all files
+// and refuse to change them.
 void SetPermissions(const fs::path& file, fs::perms permissions)
 {
     if (fs::status(file).permissions() != permissions)

@@ -16,32 +16,37 @@
 
 void QueryCommand::AddTo(CLI::App& application)
 {
-    CLI::App* command = application.add_subcommand("query", "Print the elements that a path names");
+    CLI::App* command = application.add_subcommand("query", "Print the elements that a path selects");
     command->add_option("FILE", m_file, "The document; - is standard input")->required();
-    command->add_option("PATH", m_path, "Element names between slashes, from the document element: a/b, /a/b, //b, a/*")
+    command
+        ->add_option(
+            "PATH", m_path, "Element names between slashes, from the document element down: a/b, /a/b, //b, a/*")
         ->required();
 
-    CLI::Option* count = command->add_flag("--count", m_count, "Print how many there are");
-    command->add_flag("--first", m_first, "Stop at the first");
+    CLI::Option* count = command->add_flag("--count", m_count, "Print the number of selected elements");
+    command->add_flag("--first", m_first, "Select only the first match");
     CLI::Option* attribute =
-        command->add_option("--attribute", m_attribute, "Print the value of this attribute of each that has it")
+        command
+            ->add_option(
+                "--attribute", m_attribute, "Print the value of attribute NAME for each selected element that has it")
             ->type_name("NAME");
-    CLI::Option* text = command->add_flag("--text", m_text, "Print the text of each");
-    CLI::Option* xml = command->add_flag("--xml", m_xml, "Print each as XML");
+    CLI::Option* text = command->add_flag("--text", m_text, "Print the text of each selected element");
+    CLI::Option* xml = command->add_flag("--xml", m_xml, "Print each selected element as XML");
     count->excludes(attribute)->excludes(text)->excludes(xml);
     attribute->excludes(text)->excludes(xml);
     text->excludes(xml);
 
-    CLI::Option* within = command
-                              ->add_option("--within",
-                                  m_within,
-                                  "Take PATH as canopies, and print what is called NAME in them, nested to any depth")
-                              ->type_name("NAME");
+    CLI::Option* within =
+        command
+            ->add_option("--within",
+                m_within,
+                "Select the children called NAME of the elements at PATH, their children called NAME, and so on")
+            ->type_name("NAME");
     CLI::Option* underneath =
         command
             ->add_option("--underneath",
                 m_underneath,
-                "Take PATH as canopies, and print what SUBPATH names under them and the canopies nested in them")
+                "Apply SUBPATH to the children of the elements at PATH, and of nested elements of the same name")
             ->type_name("SUBPATH");
     within->excludes(underneath);
 

@@ -1,4 +1,4 @@
-// vanxml query
+// The command "vanxml query".
 #pragma once
 
 #include <functional>
@@ -12,7 +12,7 @@ class Option;
 class DOMElement;
 class SourceDocument;
 
-// Prints the elements that a path names.
+// Prints the elements that a path selects.
 class QueryCommand : public Command {
 public:
     void AddTo(CLI::App& application) override;

@@ -11,10 +11,12 @@
 
 void SchemaCommand::AddTo(CLI::App& application)
 {
-    CLI::App* command = application.add_subcommand("schema", "The schemas that come with the library");
+    CLI::App* command = application.add_subcommand("schema", "List or print the schemas of the library");
     command->require_subcommand(1);
-    m_list = command->add_subcommand("list", "Print their names");
-    command->add_subcommand("show", "Print one")->add_option("NAME", m_name, "The schema's name")->required();
+    m_list = command->add_subcommand("list", "Print the names of the schemas");
+    command->add_subcommand("show", "Print one schema")
+        ->add_option("NAME", m_name, "The name of the schema")
+        ->required();
     m_command = command;
 }
 

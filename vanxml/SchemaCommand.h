@@ -1,4 +1,4 @@
-// vanxml schema
+// The command "vanxml schema".
 #pragma once
 
 #include <string>

@@ -18,8 +18,8 @@ namespace {
 // Thrown to end the loading of a schema after its errors were recorded.
 struct SchemaRefused {};
 
-// Schemas import the attributes of the namespace "xml" from this address. The library has loaded them
-// already.
+// True for the address from which schemas import the attributes of the namespace "xml". The library has already
+// loaded this schema.
 bool IsXmlNamespaceSchema(const VString& systemId)
 {
     return systemId.contains("//www.w3.org/") && systemId.endsWith("/xml.xsd");

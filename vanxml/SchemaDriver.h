@@ -17,6 +17,7 @@
 // Threads: one at a time.
 class SchemaDriver {
 public:
+    // Loads the schema. SchemaErrors then returns the errors of the schema.
     explicit SchemaDriver(const SchemaReference& schema);
     ~SchemaDriver();
     SchemaDriver(const SchemaDriver&) = delete;

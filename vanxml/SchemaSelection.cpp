@@ -34,7 +34,7 @@ const DocumentType documentTypes[] = {
     {XmlFileTypeKXF, "kxf", "fields"},
 };
 
-// The name in the start tag of the first element; empty when there is no element.
+// Returns the name of the first element; empty if there is no element.
 std::string FirstElementName(InputSource& document)
 {
     const std::string tag = ReadFirstElementTag(document);
@@ -61,7 +61,7 @@ const DocumentType* FindByElement(const std::string& name)
     return found == std::end(documentTypes) ? nullptr : found;
 }
 
-// "10.2, 10.3, 18.1"
+// Returns a list such as "10.2, 10.3, 18.1".
 VString ListVersions(XmlFileType type)
 {
     std::vector<VString> versions;

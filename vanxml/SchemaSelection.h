@@ -1,4 +1,4 @@
-// Which schema a document is checked against.
+// Selects the schema that a document is checked against.
 #pragma once
 
 #include <vector>
@@ -25,18 +25,17 @@ struct SchemaSelection {
     VString problem;  // empty when a schema was found
 };
 
-// The schema for the document's type, which its extension (".kxa" to ".kxf") or else its
-// first element says, and the version that it declares. The document is left at its start.
-// Linear in the document up to the end of its first tag.
+// Selects the schema for the type and version of the document. The extension (".kxa" to ".kxf") determines the
+// type, or else the first element does. The first element declares the version. Resets the document to its
+// start. Linear in the document up to the end of its first tag.
 SchemaSelection SelectSchema(InputSource& document);
 
-// False when `name` does not exist or is a folder. True when the system does not tell, because
-// a permission is missing: reading the file then reports the reason.
+// Returns false if `name` does not exist or is a folder. Returns true if the system cannot say because a
+// permission is missing: reading the file then reports the reason.
 bool MayBeFile(const VString& name);
 
-// The schema that a user names: a resource, or else a file. Throws ToolError when it is
-// neither.
+// Returns the resource or else the file of this name. Throws ToolError if there is neither.
 SchemaReference FindSchema(const VString& nameOrFile);
 
-// The names of the schemas among the resources, sorted.
+// Returns the names of the schemas among the resources, sorted.
 std::vector<VString> ListSchemaResources();

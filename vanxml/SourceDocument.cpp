@@ -10,10 +10,10 @@
 
 namespace {
 
-// The library reads files from this size on in chunks.
+// Files of at least this many bytes are read in chunks.
 constexpr unsigned long long streamedSize = 0x40000000;
 
-// A source that keeps the map of the last view that it gave to a parser.
+// A source that keeps the map of the last XercesInputSource that it made for a parser.
 template <typename Source>
 class MappedSource final : public Source {
 public:

@@ -1,4 +1,4 @@
-// A document that the tool was given.
+// A document that the tool reads.
 #pragma once
 
 #include <memory>
@@ -9,19 +9,19 @@
 
 // A file or standard input, read and decoded. Maps the positions of elements back to positions in the file.
 //
-// Ownership: owns the text; its source must not outlive it. Movable.
+// Ownership: owns the text and the source. References to them die with this object. Movable.
 //
 // Threads: one at a time.
 class SourceDocument {
 public:
-    // `name` is a file's, or "-" for standard input. Throws VIO::Exception or ToolError when
-    // it cannot be read or decoded, std::length_error when it is longer than a string can be.
+    // Reads the file `name`, or standard input if `name` is "-". Throws VIO::Exception or ToolError if the
+    // document cannot be read or decoded, and std::length_error if it is longer than a string can be.
     static SourceDocument Read(const VString& name);
 
     const VString& Name() const noexcept { return m_source->Id(); }
     InputSource& Source() noexcept { return *m_source; }
 
-    // The position in the file of a position that the last parse of the source has reported. Cost: see
+    // Converts a position that the last parse of the source reported to the position in the file. Cost: see
     // SourceMap::Map.
     SourceMap::Position MapPosition(SourceMap::Position scanned);
 
@@ -30,6 +30,7 @@ private:
     SourceDocument(std::unique_ptr<InputSource> source, const std::shared_ptr<SourceMap>& map);
 
     std::unique_ptr<InputSource> m_source;
-    // The map of the last view that the source gave to a parser; null when positions stay.
+    // Refers to the map of the last XercesInputSource that the source made. The map is null if the positions of
+    // the parse are those of the file.
     const std::shared_ptr<SourceMap>* m_map;
 };

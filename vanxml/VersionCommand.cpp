@@ -12,7 +12,7 @@ void VersionCommand::AddTo(CLI::App& application)
     CLI::App* command =
         application.add_subcommand("version", "Print the version that a document declares, without parsing it");
     command->add_option("FILE", m_file, "The document; - is standard input")->required();
-    command->add_option("--attribute", m_attribute, "The attribute of the first element that holds the version")
+    command->add_option("--attribute", m_attribute, "Read the version from attribute NAME of the first element")
         ->capture_default_str()
         ->type_name("NAME");
     m_command = command;

@@ -1,4 +1,4 @@
-// vanxml version
+// The command "vanxml version".
 #pragma once
 
 #include <string>
