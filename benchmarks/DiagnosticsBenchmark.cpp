@@ -11,7 +11,7 @@ namespace {
 constexpr int Groups = 1000;
 constexpr int PerGroup = 100;
 
-// A tree of 1,000 groups of 100 elements, and the list of all groups and elements in document order.
+// Makes a tree of 1,000 groups of 100 elements. Appends all groups and elements to `elements` in document order.
 std::unique_ptr<DOM> MakeTree(std::vector<const DOMElement*>& elements)
 {
     auto document = std::make_unique<DOM>();

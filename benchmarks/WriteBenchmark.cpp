@@ -10,7 +10,7 @@
 
 namespace {
 
-// Whether the written text is well-formed and parses to the same tree.
+// True if the written text is well-formed and parses to the same tree.
 bool ReadsBack(const std::string& text, const Digest& digest, const std::string& original)
 {
     try {

@@ -17,8 +17,9 @@ void Require(bool right, const std::string& what)
 
 // Runs the benchmarks.
 //   benchmarks [--peer=NAME] [BENCHMARK-OPTIONS...]
-// With --peer, runs that library and the bare Xerces-C pass, whose answers are the reference. Other libraries' heap
-// fragmentation then cannot affect the times. Without --peer, runs all libraries and compares their answers.
+// With --peer, runs only that library, so that heap fragmentation by other libraries cannot affect its times. The
+// answers of the bare Xerces-C pass are still the reference. Without --peer, runs all libraries and compares their
+// answers.
 int main(int argc, char** argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";

@@ -1,4 +1,5 @@
-// Runs an arbitrary path over a tree: no crash, the same matches from all queries, and only elements of the tree.
+// Applies an arbitrary path to a tree. Nothing may crash, all queries must return the same matches, and all matches
+// must belong to the tree.
 #include <cstddef>
 #include <cstdint>
 #include <string>

@@ -1,5 +1,5 @@
-// Parses arbitrary bytes: no crash. A document without errors is written and parsed again: no errors, and the same
-// elements.
+// Parses arbitrary bytes, which must not crash. Writes a document without errors and parses it again. The result must
+// have no errors and the same elements.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,8 +11,8 @@
 
 namespace {
 
-// The names of the elements and their numbers of children and attributes. Text is left out, because writing indents
-// text beside children.
+// Returns the names of the elements with their numbers of children and attributes. Leaves out the text, because
+// writing indents text beside children.
 std::string Describe(const DOM& document)
 {
     std::string description;

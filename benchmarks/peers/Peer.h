@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-// A summary of a tree: the numbers of elements and attributes, and a hash of the element names in document order. The
-// digests of a document's trees are compared before the peers are timed.
+// A summary of a tree: the numbers of elements and attributes, and a hash of the element names in document order.
+// Before the peers are timed, the tasks compare the digests of their trees.
 struct Digest {
     std::size_t elements = 0;
     std::size_t attributes = 0;
@@ -47,7 +47,7 @@ public:
     virtual std::size_t CountPath(const std::string&) const { return std::string::npos; }
     // Returns a deep copy, or null if the peer cannot copy.
     virtual std::unique_ptr<PeerDocument> Copy() const { return nullptr; }
-    // Whether the peer can compare two trees, and whether they are equal.
+    // True if the peer can compare trees. Call Equals only then.
     virtual bool CanCompare() const { return false; }
     virtual bool Equals(const PeerDocument&) const { return false; }
 };
@@ -64,7 +64,7 @@ public:
     virtual std::unique_ptr<PeerDocument> ParseFile(const std::string& path) = 0;
 };
 
-// One peer for each library. The bare Xerces-C pass is XercesSax.
+// Each function makes the peer of one library. MakeXercesSaxPeer makes the bare Xerces-C pass.
 std::unique_ptr<Peer> MakeVancoreXmlPeer();
 std::unique_ptr<Peer> MakeXercesSaxPeer();
 std::unique_ptr<Peer> MakeXercesDomPeer();
