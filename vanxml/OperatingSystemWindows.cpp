@@ -7,9 +7,10 @@
 
 #include <fcntl.h>
 #include <io.h>
-// windows.h comes first: shellapi.h needs it.
-#include <shellapi.h>
 #include <windows.h>
+
+// Needs windows.h in front of it.
+#include <shellapi.h>
 
 namespace {
 
@@ -105,7 +106,7 @@ bool IsStandardOutput(const std::filesystem::path&) noexcept
 // Windows cannot flush folders, and the journal of its file system keeps the order of renames.
 void FlushFolder(const std::filesystem::path&) noexcept {}
 
-// A file inherits the access rights of its folder.
+// Ignores the access, because a new file inherits the access rights of its folder.
 OutputHandle OutputHandle::Create(const std::filesystem::path& file, Access)
 {
     return OutputHandle(OpenFile(file, CREATE_NEW));
