@@ -27,7 +27,8 @@ public:
             for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i)
                 m_threads.emplace_back([this] { CheckNextDocuments(); });
         } catch (const std::system_error&) {
-            // The system refuses to create more threads, so the existing ones do all the work.
+            // The system refuses to create more threads. The existing ones do all the work, or this thread does it if
+            // there are none.
             if (m_threads.empty())
                 CheckNextDocuments();
         }

@@ -5,7 +5,7 @@
 
 enum class ExitStatus : int {
     Good = 0,    // the command succeeded and found no errors
-    Faulty = 1,  // a document has errors, or a query found nothing
+    Faulty = 1,  // a document has errors, or declares no version
     Failed = 2,  // wrong arguments, or a file could not be read or written
 };
 

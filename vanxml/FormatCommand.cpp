@@ -16,7 +16,7 @@ void FormatCommand::AddTo(CLI::App& application)
         application.add_subcommand("format", "Write a document with the indentation and escaping of the library");
     command->add_option("FILE", m_file, "The document; - is standard input")->required();
     CLI::Option* output =
-        command->add_option("-o,--output", m_output, "Write to this file; - is standard output")->type_name("OUT");
+        command->add_option("-o,--output", m_output, "Write to the file OUT; - is standard output")->type_name("OUT");
     command->add_flag("--in-place", m_inPlace, "Write to FILE itself")->excludes(output);
     command->add_flag("--no-header", m_noHeader, "Leave out the XML declaration");
     command->add_flag("--strict", m_strict, "Escape all text like attribute values, and write no CDATA sections");

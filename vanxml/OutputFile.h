@@ -12,6 +12,6 @@
 // with the reason of the system, if a step fails or if the name is a device or a pipe.
 void ReplaceFile(const VString& name, std::string_view bytes);
 
-// Like ReplaceFile, but writes to devices and pipes directly. If the name is the file of standard output,
+// Like ReplaceFile, but writes to devices and pipes directly. If the name is another name of standard output,
 // such as `/dev/stdout`, writes to standard output: a replacement would discard earlier output.
 void WriteOutputFile(const VString& name, std::string_view bytes);

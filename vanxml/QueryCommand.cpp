@@ -42,12 +42,12 @@ void QueryCommand::AddTo(CLI::App& application)
                 m_within,
                 "Select the children called NAME of the elements at PATH, their children called NAME, and so on")
             ->type_name("NAME");
-    CLI::Option* underneath =
-        command
-            ->add_option("--underneath",
-                m_underneath,
-                "Apply SUBPATH to the children of the elements at PATH, and of nested elements of the same name")
-            ->type_name("SUBPATH");
+    CLI::Option* underneath = command
+                                  ->add_option("--underneath",
+                                      m_underneath,
+                                      "Apply SUBPATH to the children of each element at PATH, "
+                                      "and to the children of the elements of the same name that are nested in it")
+                                  ->type_name("SUBPATH");
     within->excludes(underneath);
 
     m_command = command;

@@ -93,7 +93,7 @@ SchemaDriver::SchemaDriver(const SchemaReference& schema)
         Load(schema);
         m_schemaErrors = m_parser->GetErrors();
     } catch (const SchemaRefused&) {
-        // The problems are reported below.
+        // The problems are added below.
     } catch (const LogicException&) {
         throw;  // not caused by the schema
     } catch (const VIO::Exception& exception) {
