@@ -16,8 +16,8 @@ struct Renames {
     std::vector<FieldName> fields;
 };
 
-// Renames every second of 100 data sources, and 1,000 fields. The
-// field renames use the new names of the data sources.
+// Renames every second of 100 data sources, and 1,000 fields. The field renames use the new names of the data
+// sources.
 std::shared_ptr<Renames> MakeRenames()
 {
     auto renames = std::make_shared<Renames>();

@@ -17,9 +17,9 @@ void Require(bool right, const std::string& what)
 
 // Runs the benchmarks.
 //   benchmarks [--peer=NAME] [BENCHMARK-OPTIONS...]
-// With --peer, runs only that library, so that heap fragmentation by other libraries cannot affect its times. The
-// answers of the bare Xerces-C pass are still the reference. Without --peer, runs all libraries and compares their
-// answers.
+// With --peer, the tasks that compare libraries run only that one, so that heap fragmentation by other libraries
+// cannot affect its times. The answers of the bare Xerces-C pass are still the reference. Without --peer, these tasks
+// run all libraries and compare their answers.
 int main(int argc, char** argv)
 {
     const std::string first = argc > 1 ? argv[1] : "";

@@ -1,4 +1,4 @@
-// Runs a fuzzer over files without a fuzzing engine. Each file is passed unchanged, cut in half, and with one byte
+// Runs a fuzzer over files without a fuzzing engine. Passes each file unchanged, cut in half, and with one byte
 // changed.
 #include <cstddef>
 #include <cstdint>

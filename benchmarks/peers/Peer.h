@@ -26,7 +26,7 @@ struct Digest {
     friend bool operator==(const Digest&, const Digest&) = default;
 };
 
-// Returns whether two digests of the document `bytes` agree. Ignores attributes if the document declares some itself,
+// Returns whether two digests of the document `bytes` agree. Ignores attributes if the document declares attributes,
 // because not every peer adds the defaults of a document type declaration.
 inline bool IsSameTree(const Digest& a, const Digest& b, std::string_view bytes)
 {

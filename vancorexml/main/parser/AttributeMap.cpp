@@ -243,7 +243,8 @@ AttributeMap::iterator AttributeMap::erase(const_iterator position)
     return entry;
 }
 
-// Erases from the back: the last entry of the map fills each gap, and it must not be one that is still to be erased.
+// Erases from the back. The last entry of the map fills each gap, so it must not be an entry that is still to be
+// erased.
 AttributeMap::iterator AttributeMap::erase(const_iterator first, const_iterator last)
 {
     while (last != first)

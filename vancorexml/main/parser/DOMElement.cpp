@@ -11,7 +11,8 @@
 #include "vansys/LogicException.h"
 
 #if defined(__GLIBCXX__) && defined(__LP64__)
-// Documents have millions of elements. With the page pointer in front of it, each takes 120 bytes.
+// Documents have millions of elements, so this size must not grow unnoticed. An element of a parse takes 120 bytes:
+// this size and the page pointer in front of it.
 static_assert(sizeof(DOMElement) == 112);
 #endif
 
@@ -571,7 +572,8 @@ void DOMElement::InsertAllBefore(Children&& children, const DOMElement* before)
     const bool isMissing = before && position == m_children.end();
     std::size_t missed = isMissing ? children.size() : 0;
     if (isMissing) {
-        // If `before` is itself one of the adopted children, only the children after it can find it.
+        // If `before` is itself one of the adopted children, the children after it are inserted before it. The others
+        // and `before` itself cannot find it and are appended.
         const auto own = std::find_if(children.begin(), children.end(), [before](const std::unique_ptr<DOMElement>& i) {
             return i.get() == before;
         });

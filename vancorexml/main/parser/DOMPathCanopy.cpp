@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::size_t DeepestLevel = 1024;
 
-// Visits the children of `canopy` in document order. If `visit` returns true, the children of the
-// visited element are next.
+// Visits the children of `canopy` in document order. If `visit` returns true, the children of the visited element
+// are next, down to DeepestLevel levels.
 template <typename Visit>
 void VisitNested(const DOMElement& canopy, const Visit& visit)
 {

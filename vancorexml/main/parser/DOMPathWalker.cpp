@@ -95,7 +95,7 @@ const DOMElement* DOMPath::Walker::Next()
     return nullptr;
 }
 
-// Sets m_next to the set of segments that are active for the children. It begins at the first word of
+// Sets m_next to the set of segments that are active for the children. The set begins at the first word of
 // `span` and ends one word after the last. Returns true if the element is a match.
 bool DOMPath::Walker::Visit(const DOMElement& element, const Span& span)
 {

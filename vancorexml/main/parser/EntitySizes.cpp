@@ -20,7 +20,7 @@ std::size_t PositionBehind(View text, View end, std::size_t from)
 }
 
 // Returns the end of the comment, processing instruction or CDATA section that the "<" at `position` begins, or
-// `position` if it begins none of them. They contain no references.
+// `position` if it begins none of them. Such markup contains no references.
 std::size_t SkipMarkup(View text, std::size_t position)
 {
     const View rest = text.substr(position);

@@ -39,7 +39,7 @@ VString MakeText(std::u16string_view text, SharedTexts& known)
 
 }  // namespace
 
-// The attributes of a start tag as Xerces holds them.
+// The attributes of a start tag, in the form in which Xerces passes them.
 class XercesXMLHandler::Attributes final : public TagAttributes {
 public:
     Attributes(

@@ -231,7 +231,7 @@ void XercesXMLParserImpl::PrepareParserState()
     const TracedStep step("XercesXMLParser_PrepareParserState");
     m_reader->resetCachedGrammarPool();
     if (m_hasNoSchema == 0) {
-        // The schemas of the attributes that any document may carry.
+        // These schemas declare the attributes that any document may have.
         LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
         LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
     }
@@ -384,7 +384,7 @@ void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source, std::
     bool hasMore = true;
     while (hasMore && !m_handler->IsDone() && !m_handler->HasFatallyErrored())
         hasMore = m_reader->parseNext(token);
-    // A reader that is left before the end would continue with this input in its next parse.
+    // Without a reset, a reader that stopped early would continue with this input in its next parse.
     if (hasMore)
         m_reader->parseReset(token);
 }
