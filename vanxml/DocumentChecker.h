@@ -27,7 +27,7 @@ struct CheckedDocument {
 // Threads: one at a time. Each thread can have a checker of its own.
 class DocumentChecker {
 public:
-    // Without a schema, each document is checked against the schema for its own type and version.
+    // If `schema` is empty, each document is checked against the schema for its own type and version.
     explicit DocumentChecker(std::optional<SchemaReference> schema) : m_schema(std::move(schema)) {}
 
     // Reports every problem of the document in the result, never as an exception.

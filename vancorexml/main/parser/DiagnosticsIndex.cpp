@@ -17,7 +17,7 @@ bool IsAtOrBelow(const DOMElement& element, const DOMElement& ancestor)
     return &element == &ancestor || element.IsChildOf(ancestor);
 }
 
-// Like IsAtOrBelow, but false if a removed child lies between the two elements.
+// Like IsAtOrBelow, but false if `element`, or an element between the two, is a removed child.
 bool IsInTreeBelow(const DOMElement& element, const DOMElement& ancestor)
 {
     for (const DOMElement* i = &element; i; i = i->GetParent()) {

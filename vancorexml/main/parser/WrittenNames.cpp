@@ -52,7 +52,7 @@ const WrittenNames::OwnNames& WrittenNames::FindOwnNames()
 bool WrittenNames::IsRewritten(std::u16string_view name)
 {
     // A name that cannot be compared counts as rewritten. An empty name is one that Xerces truncated at an invalid
-    // character. A name with other characters than ASCII differs from the bytes of a document that is not UTF-8.
+    // character. A name with other characters than ASCII may differ from the bytes of a document that is not UTF-8.
     const auto isAscii = [](char16_t unit) { return unit < 0x80; };
     const bool isComparable = !name.empty() && std::all_of(name.begin(), name.end(), isAscii);
     return !m_given || !isComparable || FindOwnNames().rewritten.contains(std::string(name.begin(), name.end()));
