@@ -36,7 +36,7 @@ VString DescribeAssertion(const LogicException& exception)
 
 std::string DescribeException(const VString& document)
 {
-    constexpr const char* forMemory = " for the memory there is";
+    constexpr const char* forMemory = " for the available memory";
     try {
         throw;
     } catch (const ToolError& error) {

@@ -114,7 +114,7 @@ SchemaReference FindSchema(const VString& nameOrFile)
     if (MayBeFile(nameOrFile))
         return {SchemaReference::Kind::File, nameOrFile};
     throw ToolError("There is no schema \"" + nameOrFile.toStdString() +
-        "\": it is no file, and not among those that \"vanxml schema list\" names");
+        "\": it is neither a file nor a name that \"vanxml schema list\" prints");
 }
 
 std::vector<VString> ListSchemaResources()

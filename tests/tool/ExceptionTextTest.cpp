@@ -42,7 +42,7 @@ TEST_P(ExceptionTextTest, PrintsTheCauseAndEndsWithStatus2)
 }
 
 #define ASSERTION "internal error LogicException_LogicAssert_0x1234ABCD in module\\file, line 42: a == b"
-#define NO_MEMORY " is too large for the memory there is"
+#define NO_MEMORY " is too large for the available memory"
 
 const ExceptionRow Exceptions[] = {
     {"logic", ASSERTION, "\"-\" cannot be processed: " ASSERTION},
