@@ -34,7 +34,7 @@ private:
 namespace DataValueFormatter {
 
 struct FormatOptions {
-    // The text for null.
+    // The text that represents a null value.
     VString null = "%null%";
 };
 

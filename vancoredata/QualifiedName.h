@@ -19,7 +19,7 @@ public:
     const VString& GetRootValue() const noexcept { return m_root; }
     void SetRootValue(const VString& root) { m_root = root; }
     const VString& GetLocalValue() const noexcept { return m_local; }
-    // The written form; the empty name gives the empty text.
+    // Returns the written form, or an empty text for the empty name.
     VString GetFullValue() const;
     // True if both parts are empty.
     bool IsEmpty() const noexcept { return m_root.IsEmpty() && m_local.IsEmpty(); }
@@ -29,7 +29,7 @@ public:
         return a.m_root == b.m_root && a.m_local == b.m_local;
     }
     friend bool operator!=(const QualifiedName& a, const QualifiedName& b) noexcept { return !(a == b); }
-    // By root, then by local part.
+    // Orders by root, then by local part.
     friend bool operator<(const QualifiedName& a, const QualifiedName& b) noexcept
     {
         return a.m_root != b.m_root ? a.m_root < b.m_root : a.m_local < b.m_local;

@@ -14,7 +14,7 @@ public:
     Tuple(std::initializer_list<DataValue> values) : m_values(values) {}
 
     std::size_t GetSize() const noexcept { return m_values.size(); }
-    // Unchecked: position < GetSize().
+    // Precondition, not checked: position < GetSize().
     const DataValue& GetDataValue(std::size_t position) const noexcept { return m_values[position]; }
     void Append(const DataValue& value) { m_values.push_back(value); }
 

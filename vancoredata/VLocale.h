@@ -34,8 +34,9 @@ VANCOREDATA_API const VString& GetDefaultISOString();
 VANCOREDATA_API const VString& GetDefaultLanguage();
 
 // Returns the supported code that is closest to `isoString`. The first of these rules that applies decides:
-//  1. A supported code is returned itself.
-//  2. Chinese gives "zh_TW" for Taiwan, Hong Kong, Macau and "zh_Hant", and otherwise "zh_CN".
+//  1. A supported code gives itself.
+//  2. Chinese gives "zh_TW" for Taiwan, Hong Kong, Macau and "zh_Hant", but not for "zh_Hans". Other Chinese gives
+//     "zh_CN".
 //  3. English gives "en_US" without a country, and otherwise "en_GB".
 //  4. French gives "fr_FR".
 //  5. Another supported language gives its only supported code: "de_AT" gives "de_DE", and "es" gives "es_ES".

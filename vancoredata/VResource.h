@@ -14,7 +14,7 @@ class VANCOREDATA_API ResourceRegistrationCache {
 public:
     static ResourceRegistrationCache& GetInstance();
 
-    // The name under which VResource finds the resource: "qualifier/alias", or `alias` if `qualifier` is empty.
+    // Returns the name with which VResource finds the resource: "qualifier/alias", or `alias` if `qualifier` is empty.
     VString GetResourcePath(const VString& alias, const VString& qualifier) const;
 
     // Adds or removes a folder of Qt's resources, such as ":/vancorexml", in which names are looked up. A folder that
@@ -27,8 +27,8 @@ public:
     void RegisterText(const VString& name, const VString& text);
     void UnregisterText(const VString& name);
 
-    // Returns whether there is a resource called `name`, without reading it. A name has one spelling: a name with
-    // "." or ".." as a part, or with an empty part, names no resource.
+    // Returns whether there is a resource called `name`, without reading it. Each resource has exactly one name: if
+    // a part of `name` is "." or ".." or empty, there is no such resource.
     bool Contains(const VString& name) const;
 
     // Reads the resource called `name` into `content`. Returns false and leaves `content` unchanged if there is no
@@ -36,8 +36,8 @@ public:
     bool Find(const VString& name, VString* content) const;
 
 private:
-    // The content of a resource: its registered text, or the path of its file. Both are empty when there is no
-    // such resource.
+    // The content of a resource: its registered text, or the path of its file. Both are empty if there is no such
+    // resource.
     struct Location {
         std::optional<VString> text;
         VString path;
@@ -72,6 +72,6 @@ class VANCOREDATA_API UTF8StringVResource : public VResource {
 public:
     explicit UTF8StringVResource(const VString& name) : VResource(name) {}
 
-    // The text; empty when there is no such resource.
+    // Returns the text, or an empty text if there is no such resource.
     VString GetString() const;
 };

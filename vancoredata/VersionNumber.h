@@ -9,7 +9,7 @@
 // A version such as "18.1". Missing parts are 0, so 18.1 equals 18.1.0. A value.
 class VANCOREDATA_API VersionNumber {
 public:
-    // The version "0.0.0".
+    // Makes the version "0.0.0".
     VersionNumber();
     // Reads the parts between separators, up to the first `suffixSeparator`. The suffix is ignored, such as "-beta"
     // in "18.1-beta". A part that is not a number, or too large for an int, is read as 0.
@@ -19,7 +19,7 @@ public:
 
     // The text as given.
     const VString& GetAsString() const noexcept { return m_text; }
-    // The first two parts with `separator` between them, such as "18.1".
+    // Returns the first two parts with `separator` between them, such as "18.1".
     VString GetMajorAndMinorAsString(char16_t separator) const;
 
     friend VANCOREDATA_API bool operator==(const VersionNumber& a, const VersionNumber& b) noexcept;

@@ -16,7 +16,7 @@ public:
     ~Exception() override;
 
     const VString& GetMessage() const noexcept { return m_message; }
-    // The message as UTF-8; valid while the exception lives.
+    // Returns the message as UTF-8. Valid while the exception lives.
     const char* what() const noexcept override;
 
 private:

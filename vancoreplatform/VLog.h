@@ -11,7 +11,7 @@ namespace VLog {
 
 enum Severity { Debug, Info, Warn, Error };
 
-// A logged message. It has an identity if the code that logs gives one.
+// A logged message. The identity is optional.
 struct Record {
     Severity severity = Info;
     VString message;
@@ -21,9 +21,9 @@ struct Record {
     int statusCode = 0;
 };
 
-// Passes every record that any thread logs to the sink, instead of Qt's log, while the capture lives. Of several
-// captures, the newest receives the records. For tests and for hosts that have their own log. The sink is called
-// under a lock and must not log.
+// While the capture lives, passes every record that any thread logs to the sink instead of Qt's log. For tests and
+// for hosts that have their own log. If there are several captures, only the newest receives the records. The sink
+// is called under a lock and must not log.
 class VANCOREPLATFORM_API Capture {
 public:
     explicit Capture(std::function<void(const Record&)> sink);

@@ -4,7 +4,7 @@
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/VString.h"
 
-// A file-system path. It keeps the text that it was given and never accesses the file system.
+// A file-system path. It stores its text unchanged and never accesses the file system.
 //
 // Documents contain paths of other machines, so the rules are the same on every system:
 //  - Both "/" and "\" are separators.
@@ -17,7 +17,7 @@ public:
     VPath(const char* utf8) : m_text(utf8) {}
 
     const VString& String() const noexcept { return m_text; }
-    // The text with "/" in place of every "\".
+    // Returns the text with "/" in place of every "\".
     VString GenericString() const;
     bool IsEmpty() const noexcept { return m_text.IsEmpty(); }
     // True if the path begins with a root.
@@ -27,13 +27,13 @@ public:
     // Equal paths stay equal.
     void RemoveFilename();
 
-    // Joins `left` and `right` with one separator. The result is `right` if `right` is absolute, and `left` if
-    // `right` is empty.
+    // Joins `left` and `right` with one separator. Returns `right` if `right` is absolute or `left` is empty, and
+    // `left` if `right` is empty.
     friend VANCOREPLATFORM_API VPath operator/(const VPath& left, const VPath& right);
 
-    // Compares the roots, then element by element, by code units and with letter case. The kind of separators
-    // does not matter, nor does their number behind the root. Separators at the end are ignored. "." and ".." are
-    // ordinary elements.
+    // Compares the roots, then the elements one by one, by code units and case-sensitively. Ignores the kind of
+    // the separators, their number between elements, and separators at the end. "." and ".." are ordinary
+    // elements.
     friend VANCOREPLATFORM_API bool operator==(const VPath& a, const VPath& b);
     friend VANCOREPLATFORM_API bool operator<(const VPath& a, const VPath& b);
     friend bool operator!=(const VPath& a, const VPath& b) { return !(a == b); }

@@ -35,16 +35,15 @@ public:
     static constexpr int MaxLength = 0x3FFFFFE0;
 
     VString() noexcept = default;
-    // From UTF-8 up to the terminating NUL; null gives the empty string.
-    // Ill-formed sequences become U+FFFD.
+    // Converts NUL-terminated UTF-8. Ill-formed sequences become U+FFFD. Null becomes the empty string.
     VString(const char* utf8);
-    // From UTF-16 up to the terminating NUL; null gives the empty string.
+    // Copies NUL-terminated UTF-16. Null becomes the empty string.
     VString(const char16_t* text);
     VString(const char16_t* text, std::size_t length);
     VString(const QString& text) : m_text(text) {}
     VString(QString&& text) noexcept : m_text(std::move(text)) {}
 
-    // From `length` bytes of UTF-8, NULs included. Ill-formed sequences become U+FFFD.
+    // Converts `length` bytes of UTF-8. A NUL is an ordinary byte. Ill-formed sequences become U+FFFD.
     static VString fromUtf8(const char* utf8, std::size_t length);
     static VString fromStdString(const std::string& utf8);
     static VString number(std::int32_t value);
@@ -54,19 +53,19 @@ public:
     // Formats like printf's 'g' with `precision` significant digits, always in the C locale. Infinities are "inf"
     // and "-inf".
     static VString number(double value, int precision);
-    // The parts with `separator` between them.
+    // Returns the concatenated parts, with `separator` between them.
     static VString join(const std::vector<VString>& parts, const VString& separator);
 
-    // UTF-8; an unpaired surrogate becomes U+FFFD.
+    // Returns UTF-8. An unpaired surrogate becomes U+FFFD.
     std::string toStdString() const;
     const QString& ToQString() const noexcept { return m_text; }
-    // The code units, followed by a NUL; valid until the string is changed or dies.
+    // Returns the code units, followed by a NUL. The pointer is valid until the string is changed or destroyed.
     const char16_t* utf16() const noexcept { return reinterpret_cast<const char16_t*>(m_text.constData()); }
     std::u16string_view View() const noexcept { return {utf16(), static_cast<std::size_t>(m_text.size())}; }
 
     int length() const noexcept { return m_text.size(); }
     bool IsEmpty() const noexcept { return m_text.isEmpty(); }
-    // Unchecked: 0 <= position < length().
+    // Precondition, not checked: 0 <= position < length().
     char16_t operator[](int position) const noexcept { return utf16()[position]; }
     const_iterator begin() const noexcept { return utf16(); }
     const_iterator end() const noexcept { return utf16() + m_text.size(); }
@@ -89,20 +88,21 @@ public:
     bool endsWith(const VString& suffix) const noexcept { return View().ends_with(suffix.View()); }
     bool contains(const VString& part) const { return m_text.contains(part.m_text); }
     bool contains(char16_t unit) const { return m_text.contains(QChar(unit)); }
-    // The first position at or after `from`, or -1.
+    // Returns the first position at or after `from`, or -1 if there is none.
     int indexOf(const VString& part, int from = 0) const { return m_text.indexOf(part.m_text, from); }
     int indexOf(char16_t unit, int from = 0) const { return m_text.indexOf(QChar(unit), from); }
 
     VString left(int length) const { return m_text.left(length); }
-    // The part from `position` on, up to the end if `length` is negative.
+    // Returns `length` code units from `position` on, or all up to the end if `length` is negative.
     VString mid(int position, int length = -1) const { return m_text.mid(position, length); }
-    // A copy in which every `before` is replaced by `after`. The text is scanned once, from the left. An empty
+    // Returns a copy in which `after` replaces every `before`. The text is scanned once, from the left. An empty
     // `before` changes nothing.
     VString replace(const VString& before, const VString& after) const;
-    // The parts between the separators, empty ones kept: n separators give n + 1 parts.
+    // Returns the parts between the separators, including empty parts: n separators give n + 1 parts.
     std::vector<VString> split(char16_t separator) const;
 
-    // A copy without leading (trimLeft) or surrounding (trimmed) white space, as VCType::isSpace defines it.
+    // These return a copy without leading (trimLeft) or surrounding (trimmed) white space, as VCType::isSpace
+    // defines it.
     VString trimLeft() const;
     VString trimmed() const;
 

@@ -21,7 +21,7 @@ public:
 
     void Close();
 
-    // The name of the calling thread's innermost open scope, null when there is none.
+    // Returns the name of the calling thread's innermost open scope, or null if there is none.
     static const char* Current() noexcept;
 
 private:

@@ -9,7 +9,7 @@
 
 namespace VantoraError {
 
-// The code and the key under which an error is known in logs and in support.
+// The code and the key that identify an error in logs and for the product's support.
 struct ErrorCode {
     std::uint32_t code = 0;
     VString key;

@@ -8,8 +8,8 @@
 // A lock for many readers or one writer. Any thread may lock it. It must not be destroyed while a thread holds it.
 //
 // The holder can lock again in the same mode without waiting, even while a writer waits. The holder of the write
-// lock can also lock for reading. Pair every lock with an unlock on the same thread, in any order of modes; other
-// threads wait until the last unlock. An unlock without a lock does nothing.
+// lock can also lock for reading. Pair every lock with an unlock of the same mode on the same thread, in any order.
+// Other threads wait until the last unlock. An unlock without a lock does nothing.
 //
 // A thread that holds only the read lock cannot lock for writing, because it would wait for itself. LockForWrite
 // then raises a LogicException (code 0x5D1E7A60, text "no write lock under a read lock").

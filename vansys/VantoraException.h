@@ -21,16 +21,16 @@ public:
     virtual VantoraException* Clone() const;
     // Throws a copy of the derived type.
     [[noreturn]] virtual void Throw() const;
-    // The message, or the description that a derived class sets, as UTF-8. Valid while the exception lives.
+    // Returns the message, or the description that a derived class sets, as UTF-8. Valid while the exception lives.
     const char* what() const noexcept override;
 
     const VString& GetMessage() const noexcept { return m_message; }
-    // All messages of the exception, one per line. This class has one message; a derived class may have more.
+    // Returns all messages of the exception, one per line. This class has one message; a derived class may have more.
     virtual VString GetConcatenatedMessages() const;
     const VError::ErrorInfo& GetErrorInfo() const noexcept { return m_info; }
 
 protected:
-    // For derived classes whose message alone does not describe the error: what() returns `description`.
+    // For derived classes whose message does not describe the error. what() then returns `description`.
     VantoraException(const VString& message, const VError::ErrorInfo& info, const VString& description);
 
 private:

@@ -16,21 +16,24 @@ namespace CoreXml {
 inline constexpr std::uint32_t IDS_ERR_XML_ENTITY = 0xCDE820DF;
 inline constexpr std::uint32_t IDS_ERR_XML_INVALID_ENCODING = 0x927F7F7B;
 
-// Returns the message in the language of the calling thread's session. Falls back to English without a session or
-// without a translation. Empty for an unknown id. Thread-safe.
+// Returns the message in the language of the calling thread's session, or in English if there is no session or no
+// translation. Returns an empty text for an unknown id. Thread-safe.
 VANCOREXML_API VString GetLocalizedString(std::uint32_t id);
-// Returns the message in `language`, such as "de_DE". Falls back to the closest supported language.
+// Returns the message in `language`, such as "de_DE". Without a translation, falls back to the closest supported
+// language, then to the language of the session, then to English.
 VANCOREXML_API VString GetLocalizedString(std::uint32_t id, const VString& language);
 
 // The cache of the translations, with one entry for each requested language, even for a language without a
 // translation. One per process; thread-safe.
 class VANCOREXML_API LocalStringTableCache {
 public:
-    // The process's cache. Raises a LogicException if the process object of the cache's name has another type.
+    // Returns the cache of the process. Raises a LogicException if a process object of another type has the name of
+    // the cache (see CoreThreadContext::GetProcessObject).
     static std::shared_ptr<LocalStringTableCache> GetInstance();
 
-    // Returns null for the empty language and for the product's default language. The translator may be empty. It is
-    // read-only, so threads may share it.
+    // Returns the translator for the language or the closest supported one. It is empty if there is no translation.
+    // Returns null for the empty language and for the product's default, "en_US". The translator is read-only, so
+    // threads may share it.
     std::shared_ptr<QTranslator> GetTranslator(const VString& language);
 
 private:
