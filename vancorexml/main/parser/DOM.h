@@ -112,8 +112,8 @@ public:
 
 protected:
     // Moves the diagnostics of `node` from its document to this one and assigns them to `target`, or
-    // to `node` if `target` is null. If that element already has diagnostics in this document, the
-    // moved ones are dropped.
+    // to `node` if `target` is null. Drops the moved errors if that element already has errors in this
+    // document, and likewise the warnings. So a move of an element's diagnostics onto itself clears them.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:
@@ -133,7 +133,7 @@ private:
     NameMap m_dataSourceRenames;
     NameMap m_dataConnectionRenames;
     NameMap m_mapSourceRenames;
-    // Errors and warnings. Uses m_lock itself.
+    // Errors and warnings. Its operations take m_lock.
     std::unique_ptr<DocumentDiagnostics> m_diagnostics;
     PathRenames m_pathRenames;
     VString m_protectedDataSourceName;

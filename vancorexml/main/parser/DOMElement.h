@@ -56,7 +56,8 @@ public:
     // erases all diagnostics of the document. Linear.
     ~DOMElement();
 
-    // These record with each element whether it lies in a page that it shares with others.
+    // operator new stores in front of each element whether the element lies in a shared page. operator
+    // delete needs this to free the element.
     static void* operator new(std::size_t size);
     static void operator delete(void* element) noexcept;
     static void* operator new(std::size_t, void* place) noexcept { return place; }
@@ -148,8 +149,8 @@ public:
     void RemoveAttribute(const VString& name) { m_attributes.erase(name); }
     // Throws DOMException (DOMException_RequiredDOMAttribute) if there is no such attribute.
     void RequireAttribute(const VString& name) const;
-    // Returns the value at this element, else at the nearest ancestor that has the attribute, else
-    // an empty text. Linear in the depth.
+    // Returns the value at this element or, if it has no such attribute, at the nearest ancestor that has
+    // it. Returns an empty text if there is none. Linear in the depth.
     VString GetParentAttr(const VString& name) const;
 
     // Returns a view of the children. The view follows later changes and is valid while the element lives.
@@ -186,14 +187,18 @@ public:
     DOMElement& GetRequiredChildByAttr(const VString& attrName, const VString& value);
     const DOMElement& GetRequiredChildByAttr(const VString& attrName, const VString& value) const;
 
-    // Returns ownership of the removed child, which keeps its links to this element and to the
-    // document. Raises a LogicException if `child` is not a child of this element.
+    // The next five operations return ownership of the removed children. These keep their links to this
+    // element and to the document.
+
+    // Raises a LogicException if `child` is not a child of this element.
     std::unique_ptr<DOMElement> RemoveChild(DOMElement& child);
     // Removes the first child named `name`. Returns null if there is none.
     std::unique_ptr<DOMElement> RemoveChild(const VString& name);
+    // Removes all children and returns them in order.
     std::vector<std::unique_ptr<DOMElement>> RemoveChildren();
-    // Removes the child if it is empty, else returns null.
+    // Removes the child if it is empty. Otherwise returns null.
     std::unique_ptr<DOMElement> RemoveIfEmpty(DOMElement& child);
+    // Removes the first child named `name` if it is empty. Otherwise, or if there is none, returns null.
     std::unique_ptr<DOMElement> RemoveIfEmpty(const VString& name);
 
     // True if `ancestor` is this element's parent or any ancestor above it; never true for the
@@ -216,24 +221,25 @@ public:
     // Moves all children of `other` to this element, in order. Does nothing if `other` is this
     // element. Linear in both lists of children.
     void AdoptChildren(DOMElement& other, const DOMElement* before);
-    // Moves the attribute from `other`, if it has it, and overwrites an attribute of that name here.
+    // Moves the attribute from `other` and overwrites an attribute of that name here. Does nothing if
+    // `other` has no such attribute or is this element.
     void AdoptAttribute(DOMElement& other, const VString& name);
     void AdoptAttributes(DOMElement& other) { AdoptAttributes(other, true); }
     // Moves all attributes of `other`. Without `overwrite`, an attribute that exists here keeps its
-    // value and the one of `other` is dropped. Does nothing if `other` is this element.
+    // value, and the value of `other` is dropped. Does nothing if `other` is this element.
     void AdoptAttributes(DOMElement& other, bool overwrite);
 
-    // Diagnostics are stored in the document. Get…, Has… and Clear… cover this element and its
-    // subtree; on an element without a parent, Has… and Clear… cover the whole document. Each of
-    // these operations raises a LogicException if the element has no document.
+    // The document stores the diagnostics. Get…, Has… and Clear… cover this element and its subtree; on
+    // an element without a parent, Has… and Clear… cover the whole document. Each of these operations
+    // raises a LogicException if the element has no document.
     void Error(const VString& message, const VError::ErrorInfo& info, bool reported, bool cancel) const;
     void Warning(const VString& message, const VError::ErrorInfo& info) const;
-    // These insert before all other records of the element. Constant.
+    // These insert a record before all other records of the element. Constant.
     void PrefixError(const VString& message, const VError::ErrorInfo& info, bool reported) const;
     void PrefixWarning(const VString& message, const VError::ErrorInfo& info) const;
     void ClearErrors();
     void ClearWarnings();
-    // These append to the list: elements in document order, and for each element its records in order.
+    // These append to the list: the elements in document order, the records of each element in their order.
     void GetErrors(std::list<VString>& messages) const;
     void GetWarnings(std::list<VString>& messages) const;
     void GetMetadataForErrors(std::list<VError::ErrorInfo>& infos) const;
@@ -317,17 +323,17 @@ private:
     // subtree or this element's depth, whichever is smaller.
     void RequireNotBelow(const DOMElement& child) const;
     bool IsAtOrBelow(const DOMElement& top) const;
-    // A new child at the end.
+    // Appends a new child that is allocated in `pages`.
     DOMElement& AddNewChild(const VString& name, ElementPages& pages);
-    // For a child that nothing refers to yet. The caller has reserved the capacity.
+    // Appends a new child, to which no links or diagnostics refer yet. The caller has reserved the capacity.
     DOMElement& AppendNewChild(std::unique_ptr<DOMElement>&& child) noexcept;
     // Makes sure that `count` more children need no allocation.
     void ReserveChildren(std::size_t count);
-    // The slow half of ReserveChildren: allocates.
+    // The slow path of ReserveChildren: allocates.
     void GrowChildren(std::size_t count);
-    // The last steps of an insertion. The caller has reserved the capacity and set the document.
+    // Does the last steps of an insertion. The caller has reserved the capacity and set the document.
     DOMElement& InsertBefore(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
-    // From its place among this element's children to the other parent.
+    // Moves `child` from this element to `newParent`, before `before`.
     void MoveChild(DOMElement& child, DOMElement& newParent, const DOMElement* before);
     // Like InsertBefore for each child in turn.
     void InsertAllBefore(Children&& children, const DOMElement* before);
@@ -346,6 +352,6 @@ private:
     std::int32_t m_endLine = 0;
     std::int32_t m_endColumn = 0;
     bool m_encoded = false;
-    // The links of removed elements to this one and of this one to its old parent. Null for most elements.
+    // Exists for detached elements, their old parents and elements with ties. Null for most elements.
     mutable std::unique_ptr<ElementLinks> m_links;
 };

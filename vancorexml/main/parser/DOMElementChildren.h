@@ -112,7 +112,7 @@ public:
     size_type size() const noexcept;
     bool empty() const noexcept;
 
-    // The position is not checked; front and back require a child.
+    // Precondition, not checked: the position is below size(), and front and back have a child to return.
     DOMElement* operator[](size_type position);
     const DOMElement* operator[](size_type position) const;
     // Throws std::out_of_range ("invalid vector subscript") at or past size().

@@ -1,4 +1,4 @@
-// The failure of a lookup that was required.
+// The exception for a missing child, attribute or version.
 #pragma once
 
 #include "vancorexml/main/parser/XMLExport.h"
@@ -10,8 +10,8 @@
 // failed. It is the key from the comment of the lookup, an underscore and the error's code, as
 // in DOMException_RequiredChildMissing_0x26487BC2.
 //
-// Its own virtual operations are the destructor, Clone and Throw, in this order. In the virtual
-// table what() stands behind the destructor, because VantoraException is a std::exception.
+// Its own virtual operations are the destructor, Clone and Throw, in this order. In the virtual table,
+// what() is between the destructor and Clone, because VantoraException is a std::exception.
 class VANCOREXML_API DOMException : public VantoraException {
 public:
     DOMException(const VString& message, const VError::ErrorInfo& info);

@@ -40,6 +40,7 @@ private:
         Span span;
     };
 
+    // Visits an element with its set of active segments. Returns true if the element is a match.
     bool Visit(const DOMElement& element, const Span& span);
     void PushLevel(const DOMElement& element, std::size_t firstWord);
     void ActivateSuccessors(std::vector<Word>& active, std::size_t firstWord) const;

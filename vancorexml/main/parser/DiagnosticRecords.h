@@ -1,4 +1,4 @@
-// What a document records for one element.
+// The errors and warnings that a document records for one element.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include "vancoreplatform/VString.h"
 #include "vansys/VError.h"
 
-// The kinds of diagnostics that the Has… queries tell apart, as bits of a DiagnosticKinds.
+// The kinds of diagnostics that the Has… queries distinguish, as bits of a DiagnosticKinds.
 enum DiagnosticKind : std::uint8_t {
     AnyError = 1,
     CancelError = 2,
@@ -43,7 +43,7 @@ inline DiagnosticKinds KindsOf(const WarningRecord&) noexcept
     return AnyWarning;
 }
 
-// The records of one element, in order. Inserts at both ends at amortised constant cost.
+// The records of one element, in order. Inserting at either end is amortised constant.
 //
 // Ownership: a value. Threads: one writer or many readers.
 template <typename Record>

@@ -1,4 +1,4 @@
-// Answers which elements of a document have diagnostics at or below them.
+// Finds the elements of a document that have diagnostics at or below them.
 #pragma once
 
 #include <array>
@@ -15,30 +15,32 @@
 class DOM;
 class DOMElement;
 
-// Nested intervals of one document: an element with a record, and each of its ancestors, has an
-// interval that lies within its parent's. Sorted lists hold the intervals of the elements with records.
-// An element has diagnostics at or below it when the list has an interval within its own. So a question
-// or a change of records costs logarithmic time, at any depth. A subtree that moves loses its intervals,
-// and the next question adds them again: linear in their number.
+// An index of nested intervals. Each element with a record, and each of its ancestors, has an interval
+// within the interval of its parent. For each kind of records, a sorted list contains the intervals of the
+// elements with such records. An element has such records at or below it if the list contains an interval
+// within the element's own.
 //
-// "Below" follows the parent links, as DOMElement::IsChildOf does. A removed child therefore still
-// counts for the parent that it links to.
+// Cost: a query and a change of records are logarithmic, at any depth. When a subtree moves, it loses its
+// intervals. The next query inserts them again, which is linear in their number.
+//
+// "Below" follows the parent links, as DOMElement::IsChildOf does. So a removed child still counts for the
+// parent that it links to.
 //
 // Invariants
-// 1. Only living elements of the document have intervals. An element's parent, if it has one, has
-//    an interval too, and the element's lies within it.
+// 1. Only living elements of the document have intervals. If an element with an interval has a parent, the
+//    parent has an interval that contains it.
 // 2. While the index is built, an element with records is indexed or is in m_pending. Indexed means that
 //    it has an interval and that m_intervalsByKind holds the interval for each kind of its records.
-// 3. m_pending holds new records until the next question. An element with an ancestor in another
-//    document stays there, because that ancestor reports its changes to the other document. Each
-//    question climbs from such an element again.
-// 4. An interval stays until its element dies or moves, even without records. Otherwise questions that
-//    alternate with ClearErrors would add the same intervals again and again.
+// 3. m_pending holds the elements with new records until the next query. An element with an ancestor in
+//    another document stays in m_pending, because that ancestor reports its changes to the other document.
+//    Every query follows the parent links of such an element again.
+// 4. An interval stays until its element dies or moves, even without records. Otherwise queries that
+//    alternate with ClearErrors would insert the same intervals again and again.
 //
 // Ownership: part of its document. Refers to the document's elements.
 //
-// Threads: readers of the document ask and build at the same time, so the index has a mutex. No other
-// mutex is taken under it.
+// Threads: readers of the document query and build the index at the same time, so the index has a mutex.
+// No other mutex is taken under it.
 class DiagnosticsIndex {
 public:
     using KindsByElement = std::unordered_map<const DOMElement*, DiagnosticKinds>;
@@ -46,27 +48,31 @@ public:
     explicit DiagnosticsIndex(const DOM& document) noexcept : m_document(document) {}
 
     bool IsBuilt() const noexcept { return m_isBuilt.load(std::memory_order_acquire); }
-    // Starts with these records; does nothing when another thread has built the index meanwhile.
+    // Builds the index for these records. Does nothing if another thread has built it meanwhile.
     void Build(KindsByElement&& records) noexcept;
-    // Frees everything; the next question needs a new Build.
+    // Frees everything. The next query needs a new Build.
     void Drop() noexcept;
 
-    // The events do nothing while the index is not built. When memory runs out they drop the index.
-    // `element` now has records of these kinds, 0 for none.
+    // The next four operations report events. They do nothing while the index is not built. If an
+    // allocation fails, they drop the index.
+
+    // The records of `element` now have these kinds, 0 for no records.
     void SetKinds(const DOMElement& element, DiagnosticKinds kinds) noexcept;
     // `element` gets, or just got, another parent or document.
     void ElementMoves(const DOMElement& element) noexcept;
     // `element` leaves its parent's children and keeps the link to the parent.
     void ChildIsRemoved(const DOMElement& element) noexcept;
-    // Comes after the same event of the element's children.
+    // Call it for the children of `element` first.
     void ElementDies(const DOMElement& element) noexcept;
 
-    // Questions need a built index. When memory runs out they throw std::bad_alloc, and the index stays
-    // right.
+    // The next three operations are the queries. They require a built index. If an allocation fails, they
+    // throw std::bad_alloc and the index stays correct.
+
+    // True if `element` or an element below it has a record of that kind.
     bool Has(const DOMElement& element, DiagnosticKind kind);
-    // Whether any element has such a record.
+    // True if any element has a record of that kind.
     bool HasAny(DiagnosticKind kind);
-    // Appends the elements with such a record among `element` and its descendants. Unlike Has, skips
+    // Appends the elements with a record of that kind: `element` and its descendants. Unlike Has, skips
     // removed children with their subtrees. Linear in the number of elements found and skipped.
     void Collect(const DOMElement& element, DiagnosticKind kind, std::vector<const DOMElement*>& found);
 
@@ -94,7 +100,7 @@ private:
     // Also inserts the missing intervals of the ancestors. Returns false for an element that must stay
     // pending (invariant 3).
     bool TryInsertInterval(const DOMElement& element, DiagnosticKinds kinds);
-    // The parent, if there is one, must have its interval already.
+    // Inserts an interval within the interval of the parent, which must exist if there is a parent.
     void InsertIntoParent(const DOMElement& element);
     void UpdateKinds(Interval& interval, DiagnosticKinds kinds);
     void MoveToPending(Intervals::iterator position);
@@ -109,6 +115,6 @@ private:
     Intervals m_intervals;
     OrderedMarks m_marks;
     std::array<SortedIntervals, DiagnosticKindCount> m_intervalsByKind;
-    // The intervals of removed children, which remember a parent.
+    // The intervals of removed children that still link to a parent.
     SortedIntervals m_removedChildren;
 };

@@ -19,16 +19,17 @@ class DOM;
 class DOMElement;
 class DocumentDiagnostics;
 
-// Connects an element with a document that has records for it although it is not the element's document.
-// The two share the tie, so that they may die on different threads.
+// Connects an element with a document that has records for it, but is not the document of the element.
+// The element and the document share the tie, so they may die on different threads.
 class RecordTie {
 public:
     explicit RecordTie(DocumentDiagnostics& document) noexcept : m_document(&document) {}
 
     // Erases the records of the dying element, unless the document died first.
     void ElementDies(const DOMElement& element) noexcept;
+    // Cuts the tie.
     void DocumentDies() noexcept;
-    // Takes no lock.
+    // True if the document has died. Takes no lock.
     bool IsCut() const noexcept { return m_document.load() == nullptr; }
 
 private:
@@ -40,19 +41,20 @@ private:
 // The records of one document, by element.
 //
 // Invariants
-// 1. Every key of the two maps is a living element. An entry has a record at least.
-// 2. A key that is not of this document has a tie to it (ElementLinks).
-// 3. When m_index is built, it knows the kinds of every entry.
+// 1. Every key of the two maps is a living element. Every entry has at least one record.
+// 2. A key that is not an element of this document has a tie to this document (see ElementLinks).
+// 3. While m_index is built, it knows the kinds of every entry.
 //
-// Ownership: part of its document. Elements tell it when they die, move or change their document.
+// Ownership: part of its document. Elements report to it when they die, move or change their document.
 //
-// Threads: every operation takes the document's lock, for reading or for writing; only the events about
-// moves do without. Operations over two documents take both write locks, the one at the higher address
-// first. Lock order: the mutex of a RecordTie, the document's lock, the mutex of the index. Elements must
-// not die under a document's lock, because their ties may lock a third document.
+// Threads: every operation takes the document's lock for reading or for writing, except ElementMoves and
+// ChildIsRemoved. Operations over two documents take both write locks, the one at the higher address
+// first. Lock order: the mutex of a RecordTie, the document's lock, the mutex of the index. No element
+// may die while its thread holds a document's lock, because the ties of the element may lock a third
+// document.
 class DocumentDiagnostics {
 public:
-    // `lock` is the document's and `top` its topmost element, whose death clears all records.
+    // `lock` is the lock of `document`. `top` is its topmost element; all records are erased when it dies.
     DocumentDiagnostics(const DOM& document, VReadWriteLock& lock, const DOMElement& top) noexcept;
     ~DocumentDiagnostics();
 
@@ -62,34 +64,38 @@ public:
     void PushWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info);
     void InsertWarning(const DOMElement& element, const VString& message, const VError::ErrorInfo& info);
 
-    // Whether `element` or anything below it has a record of that kind; for an element without a
-    // parent, whether any element has one. Logarithmic in the number of elements with records; see
+    // True if `element` or an element below it has a record of that kind. For an element without a parent,
+    // true if any element has one. Logarithmic in the number of elements with records; see
     // DiagnosticsIndex for elements that moved and for ancestors in another document.
     bool Has(const DOMElement& element, DiagnosticKind kind) const;
 
-    // Append in document order. Linear in the subtree.
+    // These append the records of the subtree in document order. Linear in the subtree.
     void GetErrors(const DOMElement& element, std::list<VString>& messages) const;
     void GetWarnings(const DOMElement& element, std::list<VString>& messages) const;
     void GetMetadataForErrors(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const;
     void GetMetadataForWarnings(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const;
 
-    // Of the element and its descendants; of all elements when it has no parent. When memory runs
-    // out they throw std::bad_alloc and clear nothing. Logarithmic for each cleared entry, and linear in
-    // the removed children that still link into the subtree.
+    // These clear the records of the element and its descendants. For an element without a parent, they
+    // clear the records of all elements. If an allocation fails, they throw std::bad_alloc and clear
+    // nothing. Logarithmic for each cleared entry, and linear in the removed children that still link into
+    // the subtree.
     void ClearErrors(const DOMElement& element);
     void ClearWarnings(const DOMElement& element);
     void ClearAllErrorsAndWarnings();
 
-    // Copies the records of `source` from its document and files them under `target`, or under
-    // `source` when that is null. An entry that is there already stays.
+    // Copies the records of `source` from its document to this one and assigns them to `target`, or to
+    // `source` if `target` is null. Drops the copied errors if that element already has errors in this
+    // document, and likewise the warnings.
     void CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElement* target);
-    // Moves them instead. When there is an entry already, the moved records are dropped.
+    // Like CopyErrorsAndWarningsForNode, but moves the records: also the dropped ones leave their document.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
-    // Replaces the records of `other` by these. Called on itself it clears.
+    // Replaces the records of `other` by the records of this document, which keeps none.
     void MoveErrorsAndWarningsTo(DocumentDiagnostics& other);
 
-    // Elements report these events. Each costs a test while nothing was recorded. An element must die
-    // after its children, and not under a read lock of its thread: the death takes the write lock.
+    // Elements report the following events. Each costs one test while nothing is recorded.
+
+    // Call it for the children of `element` first. The thread must not hold a read lock of the document,
+    // because the event takes the write lock.
     void ElementDies(const DOMElement& element)
     {
         if (HasRecords() || m_index.IsBuilt())
@@ -99,15 +105,16 @@ public:
     void ElementMoves(const DOMElement& element) noexcept { m_index.ElementMoves(element); }
     // `element` leaves its parent's children and keeps the link to the parent.
     void ChildIsRemoved(const DOMElement& element) noexcept { m_index.ChildIsRemoved(element); }
-    // The subtrees are about to leave `from` for `to`, which may be null. Their records move with them;
-    // without a new document the records stay, in case the elements come back. When it throws
-    // std::bad_alloc nothing has changed.
+    // Call before the subtrees move from the document of `from` to the document of `to`. Moves their
+    // records. If the parent of a subtree is the topmost element of `from`, also moves the records of that
+    // parent to the topmost element of `to`. If `to` is null, all records stay, because the elements may
+    // return. If it throws std::bad_alloc, no record has moved.
     static void SubtreesChangeDocument(const std::unique_ptr<DOMElement>* first,
         std::size_t count,
         DocumentDiagnostics& from,
         DocumentDiagnostics* to);
 
-    // Clears everything and cuts all ties. The elements of the document die afterwards.
+    // Erases all records and cuts all ties. Call it before the elements of the document die.
     void DocumentDies() noexcept;
 
 private:
@@ -119,7 +126,7 @@ private:
     using ErrorMap = RecordMap<ErrorRecord>;
     using WarningMap = RecordMap<WarningRecord>;
 
-    // The document of an element; null for none.
+    // Returns the diagnostics of the element's document, or null if the element has none.
     static DocumentDiagnostics* DiagnosticsOf(const DOMElement& element) noexcept;
 
     bool HasRecords() const noexcept { return m_hasRecords.load(std::memory_order_acquire); }
@@ -134,10 +141,11 @@ private:
     void Clear(Map& map, const DOMElement& element, DiagnosticKind kind);
     void BuildIndex() const;
     void EraseRecordsOf(const DOMElement& element);
-    // The records of `element` changed.
+    // Call after the records of `element` have changed.
     void OnRecordsChanged(const DOMElement& element) noexcept;
+    // Makes sure that `count` more entries in each map need no rehash.
     void Reserve(std::size_t count);
-    // Moves the entries of `node`, which must not need memory: see Reserve.
+    // Moves the entries of `node` to `key`. Precondition: Reserve, because the operation must not allocate.
     void MoveRecordsFrom(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept;
     // Establishes invariant 2 for an element that is about to become a key.
     void AddTieIfForeign(const DOMElement& key);
@@ -147,7 +155,7 @@ private:
     VReadWriteLock& m_lock;
     const DOMElement* const m_top;
 
-    // Changed under the write lock. False only when both maps are empty.
+    // Changed under the write lock. False only if both maps are empty.
     std::atomic<bool> m_hasRecords{false};
 
     // Guarded by m_lock.

@@ -1,4 +1,4 @@
-// The links between elements, parents and documents that are not parent and child in a tree.
+// The lists of detached elements: elements that link to a parent or document, but are not in a tree.
 #pragma once
 
 #include <list>
@@ -21,7 +21,7 @@ struct LinkedElements {
 
 // The removed children that still link to one parent.
 //
-// Ownership: shared by the parent and the removed children, so that each may die on a thread of its own.
+// Ownership: shared by the parent and the removed children, so that they may die on different threads.
 //
 // Threads: the mutex guards the list. Only the mutex of a DiagnosticsIndex is taken under it.
 struct RemovedChildren {
@@ -29,30 +29,32 @@ struct RemovedChildren {
     std::list<DOMElement*> elements;
 };
 
-// The part of an element that most elements do not need: it exists for detached elements (removed
-// children and copies), for their old parents, and for elements with ties. Once allocated it stays.
+// The data of an element that most elements do not need. It exists for detached elements (removed children
+// and copies), for their old parents, and for elements with ties. Once allocated, it lives as long as the
+// element.
 //
 // Invariants
-// 1. A detached element is listed by the document and by the parent that it links to. Other elements are
-//    in neither list.
-// 2. A document or a parent that dies makes the links of the elements in its list null.
-// 3. An element that has records in a document other than its own has a tie to that document. Whichever
+// 1. A detached element is in the LinkedElements of its document and in the RemovedChildren of its parent.
+//    No other element is in these lists.
+// 2. When a document or a parent dies, the links of all elements in its list become null.
+// 3. An element that has records in a document other than its own has a tie to that document. The one that
 //    dies first cuts the tie.
 //
 // Ownership: owned by its element.
 struct ElementLinks {
     using Position = std::list<DOMElement*>::iterator;
 
-    // As a detached element. Guarded by the mutex of the list in question.
+    // The positions of a detached element in the two lists. Each is guarded by the mutex of its list.
     bool isListedByDocument = false;
     bool isListedByParent = false;
     Position inDocument;
     Position inParent;
-    // The list of the parent that this element links, or linked, to.
+    // The list of the old parent of this element, even after that parent died.
     std::shared_ptr<RemovedChildren> siblings;
 
-    // As a parent.
+    // The list of the children that were removed from this element.
     std::shared_ptr<RemovedChildren> removedChildren;
 
+    // The ties to documents that have records for this element.
     std::vector<std::shared_ptr<RecordTie>> ties;
 };

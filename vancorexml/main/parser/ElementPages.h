@@ -1,17 +1,17 @@
-// The memory of the elements that a parse makes.
+// Memory pages for elements.
 #pragma once
 
 #include <cstddef>
 
-// Allocates elements from pages that hold many of them, because a parse makes the elements of a
-// document together and they are usually destroyed together.
+// Allocates elements from pages that hold many elements. A parse or a copy makes many elements together,
+// and they are usually destroyed together.
 //
-// Ownership: a page is freed when its last element dies, whichever document owns that element by
-// then, and this object has released the page. So an element that outlives its document keeps at
-// most one page. Freed places are not reused: use pages for elements that are made together, not
-// for elements that are made and freed one by one. The object may die before the elements.
+// Ownership: this object may die before the elements. A page is freed when this object has released it
+// and its last element has died, whichever document owns that element by then. So an element that
+// outlives its document keeps at most one page. The place of a dead element is not reused: use pages for
+// elements that are made together, not for elements that are made and freed one by one.
 //
-// Threads: places are handed out by one thread; elements may be freed by any.
+// Threads: one thread at a time may allocate. Any thread may free.
 class ElementPages {
 public:
     ElementPages();
@@ -21,8 +21,9 @@ public:
     ElementPages& operator=(const ElementPages&) = delete;
     ~ElementPages() { Release(); }
 
+    // Allocates the place of one element.
     void* Allocate();
-    // Releases the page with its unused places; the next page has the size of a first one again.
+    // Releases the current page with its unused places. The next page has the size of a first page again.
     void Release() noexcept;
 
     // Allocates a place of `size` bytes that belongs to no page, aligned to

@@ -22,8 +22,8 @@ public:
     OrderedMarks(const OrderedMarks&) = delete;
     OrderedMarks& operator=(const OrderedMarks&) = delete;
 
-    // Amortised logarithmic in the number of marks: when no label is free between two neighbours, the labels around
-    // them are reassigned.
+    // Inserts `mark` behind `position`. Amortised logarithmic in the number of marks: if no label is free
+    // between the two neighbours, the labels around them are reassigned.
     void InsertAfter(Mark& position, Mark& mark) noexcept;
     void Append(Mark& mark) noexcept { InsertAfter(*m_back.previous, mark); }
     // Constant.
