@@ -1,4 +1,4 @@
-// The names that the colon sanitizer writes into a document, and how Xerces reports them.
+// The implementation of the colon sanitizer, and the names that it writes into a document.
 #pragma once
 
 #include <memory>
@@ -15,11 +15,11 @@ inline constexpr std::string_view Prefix = "IllegalColon:";
 inline constexpr std::string_view Namespace = "http://vancorexml.invalid/xml/ThisShouldNotAppear";
 inline constexpr std::string_view DeclarationName = "xmlns:IllegalColon";
 
-// As Xerces reads them.
+// The same names as Xerces passes them to the handler, in UTF-16.
 inline constexpr std::u16string_view ReadPrefix = u"IllegalColon:";
 inline constexpr std::u16string_view ReadDeclarationName = u"xmlns:IllegalColon";
 
-// As messages of a parser that knows namespaces report them.
+// The same names in the messages of a namespace-aware parse.
 inline constexpr std::u16string_view ReportedPrefix = u"{http://vancorexml.invalid/xml/ThisShouldNotAppear}";
 inline constexpr std::u16string_view ReportedDeclarationName = u"{http://www.w3.org/2000/xmlns/}IllegalColon";
 
@@ -28,10 +28,10 @@ struct Rewritten {
     std::vector<SourceMap::Insertion> insertions;  // sorted; empty when nothing was rewritten
 };
 
-// As XercesColonSanitizer::Sanitize, and says where it has inserted how much.
+// Like XercesColonSanitizer::Sanitize, but also returns the insertions.
 Rewritten Rewrite(const std::shared_ptr<std::string>& text);
 
-// The names that the sanitizer rewrites in `text`, without their colons. Linear.
+// Returns the names that the sanitizer rewrites in `text`, without their colons. Linear.
 std::set<std::string> FindNames(const std::string& text);
 
 }  // namespace ColonRewriting

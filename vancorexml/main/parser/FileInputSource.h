@@ -27,7 +27,7 @@ public:
     unsigned long long GetReadSize() const noexcept { return m_readSize; }
     void SetReadSize(unsigned long long size);
 
-    // Each line ending becomes one line feed.
+    // Lines end at line feeds only. Replaces each CR LF and each lone carriage return by one line feed.
     bool GetNextLine(std::string& line) override;
     bool GetBytes(std::string& bytes, unsigned int count) override;
     void ResetToStart() override;
@@ -37,9 +37,10 @@ public:
     XercesInputSource GetXercesInputSource(ColonProcessingMode mode) override;
 
 private:
-    // False at the end of the file.
+    // Reads the next chunk. Returns false at the end of the file.
     bool ReadChunk();
     bool HasBytes() { return m_position < m_chunk.size() || ReadChunk(); }
+    // Throws the VantoraException if the first chunk is not UTF-8.
     void RequireUtf8();
 
     VFile m_file;

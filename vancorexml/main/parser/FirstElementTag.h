@@ -10,14 +10,14 @@
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 
-// Finds the first element's start tag in a text that arrives in pieces: the first "<" that begins
-// neither "<?" nor "<!", to its ">". Remembers the construct that it is in, and within a tag the
-// quote, so it scans every byte once.
+// Finds the first element's start tag in a text that arrives in pieces. The tag begins at the first "<"
+// that begins neither "<?" nor "<!" and ends at its ">". The finder stores the state of its scan, so it
+// scans every byte once.
 //
 // Threads: one at a time.
 class FirstTagFinder {
 public:
-    // Returns the tag once it is complete. Each call passes the text of the previous call with more
+    // Returns the tag if it is complete, otherwise no value. Pass the text of the previous call with more
     // text appended. All calls together are linear in the text.
     std::optional<XmlUtils::TagRange> Find(const std::string& text);
 
@@ -26,13 +26,13 @@ private:
     std::size_t FindTerminator(const std::string& text);
     std::size_t FindTagEnd(const std::string& text);
 
-    std::size_t m_start = XmlUtils::npos;  // of the construct; npos between constructs
-    std::size_t m_position = 0;            // everything before is scanned
-    std::string_view m_terminator;         // of the construct; empty for one that ends at a ">"
+    std::size_t m_start = XmlUtils::npos;  // the start of the current construct; npos between constructs
+    std::size_t m_position = 0;            // the end of the scanned text
+    std::string_view m_terminator;         // the end of the current construct; empty for a ">" outside of quotes
     char m_quote = 0;                      // the open quote; 0 for none
 };
 
-// Returns the first element's start tag, from its "<" to its ">"; empty when there is no complete tag.
-// Reads the source in runs of 512 bytes until the tag is complete, and resets it to its start in every
-// case. Exceptions of the source propagate. Linear in the bytes read.
+// Returns the first element's start tag, from its "<" to its ">", or an empty text if there is no complete
+// tag. Reads the source in runs of 512 bytes until the tag is complete. Always resets the source to its
+// start. Exceptions of the source propagate. Linear in the bytes read.
 VANCOREXML_API std::string ReadFirstElementTag(InputSource& source);

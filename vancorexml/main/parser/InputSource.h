@@ -8,7 +8,7 @@
 
 class XercesInputSource;
 
-// Whether the parser rewrites the bytes before it reads them.
+// Determines whether the bytes are rewritten before the parser reads them.
 enum ColonProcessingMode {
     ColonProcessingNone = 0,      // no change, for schemas
     ColonProcessingSanitize = 1,  // rewrites attribute names that begin with a colon, for documents
@@ -45,8 +45,8 @@ private:
     VString m_id;
 };
 
-// An input source that the parser can read. The view shares or owns the bytes, so it may
-// outlive the source.
+// Implemented by the input sources that a parser can read, in addition to InputSource. The result is a
+// view that shares the bytes, so it may outlive the source.
 class VANCOREXML_API IXercesInputSourceProvider {
 public:
     virtual XercesInputSource GetXercesInputSource(ColonProcessingMode mode) = 0;

@@ -9,9 +9,9 @@
 
 namespace InputSourceUtils {
 
-// Returns a source for the file; the id is the file name. Reads and decodes a file of less than 1 GiB at
-// once. A larger file is read while it is parsed, must be UTF-8, and keeps its leading white space. Throws
-// VIO::Exception if the file cannot be read or decoded.
+// Returns a source for the file. Its id is the file name. Reads and decodes a file of less than 1 GiB
+// here. A larger file is only opened here and read when a parse begins; it must be UTF-8 and keeps its
+// leading white space. Throws VIO::Exception if the file cannot be read or decoded.
 VANCOREXML_API std::unique_ptr<InputSource> InputSourceFromFileName(
     const VString& fileName, bool skipLeadingWhitespace);
 

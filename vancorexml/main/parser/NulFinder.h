@@ -15,17 +15,17 @@
 // DocumentReader::endDocument finds a NUL behind the root element of a document.
 namespace NulFinder {
 
-// Both count from 1, columns in UTF-16 code units. In encodings other than UTF-8 and UTF-16
-// a column is a code unit of that encoding.
+// Lines and columns count from 1, columns in UTF-16 code units. In encodings other than UTF-8 and UTF-16,
+// columns count code units of that encoding.
 struct Position {
     std::uint64_t line = 1;
     std::uint64_t column = 1;
 };
 
-// The first NUL in `text`, which `source` reads. Linear.
+// Returns the position of the first NUL in `text`, which is the content of `source`. Linear.
 std::optional<Position> Find(const xercesc::InputSource& source, std::string_view text);
-// The first NUL in the declaration or processing instruction at the start of `text`. Linear in
-// its length.
+// Like Find, but searches only the XML declaration or processing instruction at the start of `text`.
+// Linear in its length.
 std::optional<Position> FindInDeclaration(const xercesc::InputSource& source, std::string_view text);
 
 }  // namespace NulFinder

@@ -15,27 +15,29 @@ enum XMLRangeType : std::uint32_t {
     XMLRangeTypeNone = 0xFFFFFFFF,
 };
 
-// The "<!" constructs of a UTF-8 text, in order and without overlap. A construct that is not
-// closed reaches to the end of the text.
+// The "<!" constructs of a UTF-8 text, in order and without overlap. A construct that is not closed
+// extends to the end of the text.
 //
-// Ownership: a value; it keeps positions, not the text. Threads: one at a time, because a
-// lookup moves a cursor.
+// Ownership: a value. It stores positions and does not refer to the text.
+//
+// Threads: one at a time, because a lookup moves a cursor.
 class VANCOREXML_API XMLRangeTable {
 public:
-    // No ranges.
+    // Makes a table without ranges.
     XMLRangeTable();
     // Linear in the text.
     explicit XMLRangeTable(const std::string& text);
-    // Raises a LogicException when `other` was moved from.
+    // Raises a LogicException if `other` was moved from.
     XMLRangeTable(const XMLRangeTable& other);
     XMLRangeTable& operator=(const XMLRangeTable& other);
     XMLRangeTable(XMLRangeTable&& other) noexcept;
     XMLRangeTable& operator=(XMLRangeTable&& other) noexcept;
     ~XMLRangeTable();
 
-    // Returns the type of the range that holds the byte at `pos`, and sets `rangeEnd` to one past
-    // its end; leaves `rangeEnd` unchanged when there is no range. Raises a LogicException when
-    // `pos` is lower than in the last call. All calls of one scan together are linear.
+    // Returns the type of the range that contains the byte at `pos`, and sets `rangeEnd` to one past its
+    // end. Without such a range, returns XMLRangeTypeNone and leaves `rangeEnd` unchanged. Raises a
+    // LogicException if `pos` is lower than in the previous call. All calls together are linear in the
+    // number of ranges.
     XMLRangeType GetRangeTypeAt(std::size_t pos, std::size_t& rangeEnd);
 
 private:

@@ -1,4 +1,4 @@
-// The object of Xerces inside a XercesInputSource.
+// The xercesc::InputSource inside a XercesInputSource.
 #pragma once
 
 #include <xercesc/framework/MemBufInputSource.hpp>

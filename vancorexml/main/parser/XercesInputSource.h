@@ -12,24 +12,25 @@
 
 class SourceMap;
 
-// How the parser finds out the encoding of a text.
+// How the parser determines the encoding of a text.
 enum class TextEncoding {
-    Detected,  // by its byte order mark and its XML declaration
-    Utf8,      // it is UTF-8 whatever its XML declaration says
+    Detected,  // from the byte order mark and the XML declaration
+    Utf8,      // always UTF-8; the encoding in the XML declaration is ignored
 };
 
-// The memory buffer that Xerces reads, together with a share of the bytes it points into:
-// the bytes live as long as this object. Movable, not copyable.
+// A memory buffer that Xerces reads. Movable, not copyable.
+//
+// Ownership: shares the bytes, so they live at least as long as this object.
 //
 // Threads: one at a time.
 class VANCOREXML_API XercesInputSource {
 public:
-    // A xercesc::InputSource, which only the parser uses: callers need no header of Xerces.
+    // A xercesc::InputSource. Only the parser uses it, so callers need no header of Xerces.
     class Buffer;
 
-    // A view of `bytes` from `startOffset` (bytes, at most their number) to the end, with `id`
-    // as its system id. With ColonProcessingSanitize the view shows a rewritten copy if there is
-    // something to rewrite; `bytes` themselves never change.
+    // Makes a view of `bytes` from the byte `startOffset`, at most their number, to the end. `id` becomes
+    // the system id. With ColonProcessingSanitize, the view shows a rewritten copy if there is a name to
+    // rewrite. Never changes `bytes`.
     XercesInputSource(std::shared_ptr<std::string> bytes,
         std::size_t startOffset,
         const VString& id,
@@ -41,17 +42,19 @@ public:
     XercesInputSource(const XercesInputSource&) = delete;
     XercesInputSource& operator=(const XercesInputSource&) = delete;
 
-    // Valid while this object lives, also when it is moved.
+    // The buffer dies with this object. A move hands the buffer over, so the reference then stays valid
+    // while the new object lives.
     const Buffer& Get() const noexcept { return *m_source; }
     // The bytes that the view points into.
     const std::shared_ptr<std::string>& Bytes() const noexcept { return m_bytes; }
-    // Whether the bytes are a rewritten copy.
+    // True if the bytes are a rewritten copy.
     bool IsRewritten() const noexcept { return m_isRewritten; }
-    // The bytes before the rewriting. Null when they were not rewritten, and when this object was their only owner.
+    // The bytes before the rewriting. Null if nothing was rewritten. Also null if this object was the only owner of
+    // these bytes: it frees them, so that the document is not in memory twice.
     const std::shared_ptr<std::string>& Given() const noexcept { return m_given; }
     // The part of the bytes that the view shows.
     std::string_view View() const noexcept { return std::string_view(*m_bytes).substr(m_startOffset); }
-    // Maps positions in the view to positions in the bytes as they were given. Null when these are the same:
+    // Maps positions in the view to positions in the bytes that were given. Null if these are the same, because
     // the view starts at offset 0 and nothing was rewritten.
     const std::shared_ptr<SourceMap>& GetSourceMap() const noexcept { return m_map; }
 
