@@ -1,4 +1,4 @@
-// A parser of one input for one builder.
+// A parser with an input and a handler.
 #pragma once
 
 #include <memory>
@@ -9,31 +9,29 @@
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Binds a parser to the input it reads and the handler it calls, and loads the schemas it
-// validates against.
+// Binds a parser to its input and its handler, and loads the schemas against which it validates.
 //
-// Ownership: shares the handler with the caller; the input must outlive the parser, or the
-// next Reload.
+// Ownership: shares the handler with the caller. Refers to the input, which must stay alive until the
+// parser is destroyed or Reload replaces the input.
 //
-// Threads: the parser, its handler and its input are used by one thread at a time.
+// Threads: one thread at a time may use the parser, its handler and its input.
 class VANCOREXML_API AbstractXMLParser : public Parser, public SAXFileLocation {
 public:
     ~AbstractXMLParser() override;
 
-    // The operations below raise the LogicException of Parse() when a callback of this parser
-    // calls them.
+    // The next four operations raise the LogicException of Parse() if a callback of this parser calls them.
 
-    // `id` names the schema in messages; raises a LogicException when it is empty.
+    // `id` names the schema in messages. Raises a LogicException if `id` is empty.
     virtual void LoadXSDString(const VString& xsdText, const VString& id);
-    // The file's name becomes the id. Throws VIO::Exception when the file cannot be read.
+    // The file name becomes the id. Throws VIO::Exception if the file cannot be read or decoded.
     virtual void LoadXSDFile(const VString& fileName);
-    // Faults of the schema are errors of this parser until the next parse.
+    // Records faults in the schema as errors of this parser; the next parse clears them. Raises a
+    // LogicException if the id of the source is empty, or if the source is no IXercesInputSourceProvider.
     virtual void LoadXSDSource(InputSource& xsdSource) = 0;
-    // Another document for another handler; schemas that were loaded stay.
+    // Replaces the input and the handler. Loaded schemas stay loaded.
     virtual void Reload(InputSource& input, std::shared_ptr<SAXInterface> handler);
 
-    // A parser that does not know its position leaves both as they are, and so does one that is
-    // not parsing.
+    // Leaves both arguments unchanged if the parser does not know its position or is not parsing.
     void GetCurrentLocation(int& line, int& column) override;
 
 protected:

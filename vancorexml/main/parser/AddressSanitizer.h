@@ -1,4 +1,4 @@
-// Whether this build uses AddressSanitizer.
+// Tests for AddressSanitizer.
 #pragma once
 
 #if defined(__has_feature)
@@ -9,8 +9,8 @@
 #  define VANCOREXML_ADDRESS_SANITIZER
 #endif
 
-// Recycled memory hides use-after-free from AddressSanitizer, so pools stop recycling when this
-// is true.
+// True in builds with AddressSanitizer. Pools then do not recycle memory, because recycled memory hides
+// use-after-free from the sanitizer.
 #ifdef VANCOREXML_ADDRESS_SANITIZER
 constexpr bool HasAddressSanitizer = true;
 #else

@@ -14,11 +14,11 @@
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vansys/VHash32.h"
 
-// A value of which an attribute's name and value can be made.
+// A type from which an attribute's name and value can be constructed.
 template <typename Pair>
 concept AttributePair = std::is_constructible_v<std::pair<const VString, VString>, Pair>;
 
-// An iterator over such values.
+// An iterator over values of such a type.
 template <typename Iterator>
 concept AttributeIterator =
     std::is_convertible_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag> &&
@@ -191,14 +191,14 @@ public:
 
 private:
     bool IsInBlock() const noexcept { return m_capacity > 1; }
-    // For an empty map without a block; leaves `other` as such a map.
+    // Precondition: this map is empty and has no block. Leaves `other` in that state.
     void AdoptEntries(AttributeMap& other) noexcept;
-    // Frees the block too: leaves an empty map without one.
+    // Destroys the entries and frees the block.
     void DestroyEntries() noexcept;
     void Reallocate(size_type capacity);
-    // For a name that is not there, while there is room.
+    // Precondition: the map has no entry named `name`, and has spare capacity.
     iterator Append(const VString& name, VString&& value) noexcept;
-    // For a name that is not there, when there is no room.
+    // Precondition: the map has no entry named `name`. Increases the capacity first.
     iterator GrowAndAppend(const VString& name, VString&& value);
 
     static constexpr size_type MaxSize = std::numeric_limits<std::uint32_t>::max() / 4;
@@ -206,9 +206,9 @@ private:
     std::uint32_t m_size = 0;
     std::uint32_t m_capacity = 1;
     union {
-        value_type m_entry;  // the only one, while the capacity is 1
-        // Else that many entries and behind them, when the capacity is above what a scan
-        // serves, the slots of the hash index.
+        value_type m_entry;  // the only entry, if the capacity is 1
+        // The block, if the capacity is larger. It has room for `m_capacity` entries. If the capacity is above 16,
+        // the slots of the hash index follow.
         value_type* m_block;
     };
 };

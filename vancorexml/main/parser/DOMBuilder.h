@@ -1,4 +1,4 @@
-// From the events of a parse to a document.
+// Builds a document from the events of a parse.
 #pragma once
 
 #include <vector>
@@ -8,19 +8,18 @@
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/TreeBuilder.h"
 
-// Builds the elements that a parser reports below the root of a document.
+// Adds the elements that a parser reports to a document, below its topmost element.
 //
-// Ownership: refers to the document, which must outlive every callback, and to the provider
-// of positions.
+// Ownership: refers to the document and to the location provider. Both must outlive the parse.
 //
 // Threads: one at a time.
 class DOMBuilder final : public TreeBuilder {
 public:
-    // Text that is white space only is dropped unless `keepBlankText`.
+    // Drops text that is white space only, unless `keepBlankText`.
     DOMBuilder(DOM& document, bool keepBlankText);
     ~DOMBuilder() override;
 
-    // Elements get the position of the provider at their start and at their end.
+    // Makes each element record the provider's position at the start and at the end of the element.
     void SetLocationProvider(SAXFileLocation& provider) noexcept { m_locationProvider = &provider; }
 
     void StartElement(const VString& name, const TagAttributes& attributes) override;

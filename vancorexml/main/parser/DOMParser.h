@@ -38,9 +38,9 @@ public:
     DOMParser(const DOMParser&) = delete;
     DOMParser& operator=(const DOMParser&) = delete;
 
-    // Whether elements get the positions just behind their start and end tags. Positions count in the
-    // text that is parsed: white space before the document is not counted, and the declaration that
-    // the parser inserts for attribute names beginning with a colon is. Initially off.
+    // Sets whether elements record the positions just behind their start and end tags. These are positions
+    // in the text that Xerces reads: they exclude white space before the document that the parser skips,
+    // and include the text that it inserts for attribute names beginning with a colon. Initially off.
     void SetEnableLineNumbersOnElements(bool enable);
     bool GetEnableLineNumbersOnElements() const;
     // Sets the flag of each later document (see DOM). Initially off.
@@ -50,9 +50,8 @@ public:
     // remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
-    // These add a schema against which every later parse validates. The source must not be null. If
-    // the id of the source is empty, or the resource is unknown, the next parse raises a
-    // LogicException.
+    // These add a schema against which every later parse validates. The source must not be null. If the
+    // id of the source is empty, or the resource is unknown, every later parse raises a LogicException.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
 
@@ -70,13 +69,15 @@ public:
     std::unique_ptr<DOM> ParseXmlString(const char* text, const VString& id);
     // Throws VIO::Exception if the file cannot be read or decoded.
     std::unique_ptr<DOM> ParseXmlFile(const VString& fileName);
-    // Drops text that is white space only, unless `keepBlankText`. While metrics are collected,
-    // exceptions from GetBytes of a source that is not UTF-8 propagate.
+    // Drops text that is white space only, unless `keepBlankText`. While metrics are collected, calls
+    // GetBytes before the parse; exceptions from this call propagate, for example because a
+    // FileInputSource is not UTF-8.
     std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepBlankText);
 
-    // The errors and warnings of the last parse as data, in the order they were met, those of its schemas
-    // first. Their positions are those in the source as given. Valid until the next parse. A parse that throws
-    // leaves them as they are.
+    // Returns the errors and warnings of the last parse as data, in the order in which they were recorded:
+    // first those of the schemas, then those of the document. A document without errors has no warnings
+    // here. Positions are those in the source as given. Valid until the next parse. A parse that throws
+    // leaves the result unchanged.
     const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept;
 
 private:

@@ -11,13 +11,13 @@
 
 // How much a document may expand. A document exactly at a limit is allowed.
 struct ExpansionLimits {
-    // References to general entities in the content. Counted separately: references to parameter and
-    // general entities in the document type declaration.
+    // References to general entities in the content. The same limit applies separately to all references
+    // to entities in the document type declaration.
     std::uint64_t expansions = xercesc::SecurityManager::ENTITY_EXPANSION_LIMIT;  // 50,000
     // UTF-16 code units that replace the references.
     std::uint64_t text = 100000000;
-    // UTF-16 code units that are read to replace them. The difference to `text` is the references
-    // within entities, which are long only in documents made to keep a parser busy.
+    // UTF-16 code units that a parser reads to replace the references: `text` and the references within
+    // entities. The latter are long only in documents made to keep a parser busy.
     std::uint64_t read = 1000000000;
     // An upper bound of the UTF-16 code units of names that Xerces compares because entities nest: it
     // compares the name of an entity with the names of all entities around it. 20,000 levels with names of 200
@@ -26,14 +26,14 @@ struct ExpansionLimits {
     // Attributes that a document type declaration adds. A tree keeps one in 24 to 32 bytes when name
     // and value are shared, so this many take about as much memory as the text.
     std::uint64_t defaults = 8000000;
-    // UTF-16 code units of their values, and as many of their names.
+    // UTF-16 code units of the values of these attributes. The same limit applies separately to their names.
     std::uint64_t defaultText = 100000000;
 };
 
 // A limit that a document exceeds.
 struct ExpansionExcess {
     VString message;
-    // From 1; 0 if unknown.
+    // Count from 1; 0 if unknown.
     XMLFileLoc line = 0;
     XMLFileLoc column = 0;
 };
@@ -58,17 +58,17 @@ private:
 // Finds entity bombs before a parser expands them. Xerces itself bounds only the number of general
 // entities in the content: neither their text nor any expansion in the document type declaration.
 //
-// The guard rehearses the document. A second reader goes through it and changes the value of each
-// entity when Xerces reports the declaration. A general entity gets a short mark as its value, so
+// The guard rehearses the parse. A second reader reads the document and changes the value of each entity
+// when Xerces reports the declaration. A general entity gets a short mark as its value, so
 // nothing grows: the marks in texts, attributes and default values show where each entity is used, and
 // EntitySizes computes the size of its expansion. A parameter entity keeps its text, which may declare
 // more entities, and gets a processing instruction in front of it. Xerces reports the instruction at
 // each expansion, before it reads the text.
 //
-// Before the first rehearsal of the process, a sample document shows whether Xerces works that way. If
-// not, every document that declares entities exceeds the limits.
+// Before the first rehearsal of the process, a sample document shows whether Xerces reports all of this.
+// If not, every document that declares entities exceeds the limits.
 //
-// Threads: safe.
+// Thread-safe.
 //
 // Cost: linear in the document and in the expansion of its parameter entities. The content is not
 // read if no number of references that Xerces allows could exceed a limit.
@@ -76,12 +76,12 @@ class EntityExpansionGuard {
 public:
     explicit EntityExpansionGuard(const ExpansionLimits& limits = {}) noexcept : m_limits(limits) {}
 
-    // Returns the first limit that the entities of a document exceed, if any. Does not look behind a
-    // fault that ends the parse. The caller must parse the document with a SecurityManager that allows
+    // Returns the first limit that the entities of a document exceed, if any. Ends the check at a fault
+    // that also ends the parse of the document. The caller must parse the document with a SecurityManager that allows
     // `expansions` references, and must pass its default attributes to a DefaultAttributeCounter.
     std::optional<ExpansionExcess> CheckDocument(const xercesc::InputSource& source) const;
-    // Likewise for a schema; also checks the number of references in the content and the default
-    // attributes.
+    // Like CheckDocument, for a schema. Also checks the number of references in the content and the
+    // default attributes.
     std::optional<ExpansionExcess> CheckSchema(const xercesc::InputSource& source) const;
 
 private:

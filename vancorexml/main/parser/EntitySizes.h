@@ -45,16 +45,17 @@ public:
     // Returns the entity's number, from 0. The name must not be declared yet.
     std::size_t Declare(std::u16string_view name, std::u16string_view text);
 
-    // The expansion of one reference to the entity, without the references in its text.
+    // The expansion of one reference to the entity, without the expansions of the references in its text.
     const Expansion& OwnExpansion(std::size_t entity) const noexcept { return m_entities[entity].own; }
     // The expansion of one reference to the entity. If entities contain each other in a circle, it ends
     // at the first reference that closes the circle, because a parser stops there.
     Expansion Expand(std::size_t entity);
-    // Whether the entity contains itself or an entity that does. Call Expand for it first.
+    // True if the entity contains itself or an entity that contains itself. Call Expand for it first.
     bool IsCircular(std::size_t entity) const noexcept { return m_entities[entity].circle != None; }
 
     std::size_t Count() const noexcept { return m_entities.size(); }
-    // The largest own `text`, `read` and `names` of any entity, each on its own.
+    // The maxima of `text`, `read` and `names` over the own expansions of all entities. Each maximum may belong
+    // to another entity.
     const Expansion& Longest() const noexcept { return m_longest; }
 
 private:
@@ -76,7 +77,7 @@ private:
     {
         return m_entities[entity].generation == m_generation ? m_entities[entity].state : State::Unknown;
     }
-    // Records the reference at `position` of the entity's text; returns its length, 0 if there is none.
+    // Records the reference at `position` of the entity's text. Returns its length, or 0 if there is none.
     std::size_t RecordReference(std::u16string_view text, std::size_t position, Entity& entity);
     void BeginVisit(std::size_t entity);
     void ComputeExpansion(std::size_t root);

@@ -17,12 +17,12 @@
 // Threads: one at a time.
 class NameTable {
 public:
-    // The name at that address, up to its NUL. The reference is valid until the next call.
+    // Returns the NUL-terminated name as a string. The reference is valid until the next call.
     const VString& Get(const char16_t* name)
     {
         if (m_recent.empty())
             m_recent.resize(RecentNameCount);
-        // Addresses are multiples of the allocator's unit.
+        // The lowest four bits of an address are equal for all buffers, because the allocator aligns them.
         const auto address = reinterpret_cast<std::uintptr_t>(name);
         VString& last = m_recent[(address >> 4 ^ address >> 12) % RecentNameCount];
         if (!IsSame(last, name))
@@ -30,7 +30,7 @@ public:
         return last;
     }
 
-    // For a name that is not in one of those buffers: always looks it up.
+    // For a name outside of Xerces' buffers. Looks it up by content.
     VString Get(std::u16string_view name) { return m_names.Get(name); }
 
     void Clear()
@@ -41,7 +41,7 @@ public:
 
 private:
     static constexpr std::size_t RecentNameCount = 256;
-    // Several times as many as most vocabularies have names, so that few names share a slot.
+    // Several times the number of names in most vocabularies, so few names share a slot.
     static constexpr std::size_t NameLimit = 1 << 12;
 
     // Reads `name` no further than its NUL, because `text` contains none.

@@ -6,9 +6,9 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// A fault that a parser recorded, with its position in the source as it was given: the white
-// space that the parser skipped counts, and nothing that was rewritten for it does. The texts of
-// Parser::GetErrors() have the position in the text that the scanner read.
+// A fault that a parser recorded. Its position is the one in the source as given: it includes the white
+// space that the parser skipped, and excludes the text that the colon sanitizer inserted. The messages of
+// Parser::GetErrors() contain the position in the text that Xerces read instead.
 //
 // Ownership: a value.
 //
@@ -30,14 +30,15 @@ struct VANCOREXML_API ParseDiagnostic {
     Severity severity = Severity::Error;
     Layout layout = Layout::Message;
     VString message;   // without severity, position and source
-    VString sourceId;  // of the document or schema, as InputSource::Id() has it; empty if unknown
-    // From 1, columns in UTF-16 code units; 0 if unknown. The position just behind what the
-    // parser had read when it noticed the fault.
+    VString sourceId;  // InputSource::Id() of the document or schema; empty if unknown
+    // The position behind the last character that the parser had read when it detected the fault. Lines and
+    // columns count from 1, columns in UTF-16 code units; 0 if unknown.
     std::uint64_t line = 0;
     std::uint64_t column = 0;
     VString entity;  // the name of the refused external entity; empty for all other faults
 
-    // The text of Parser::GetErrors() or Parser::GetWarnings(), with the position of this object.
+    // Returns the message in the form of Parser::GetErrors() and Parser::GetWarnings(), with the position of
+    // this object.
     VString GetText() const;
 
     friend bool operator==(const ParseDiagnostic&, const ParseDiagnostic&) = default;

@@ -11,33 +11,33 @@
 // Collects the errors and warnings of a parse, each with its identity, and runs the parse.
 // Faults in a document are entries of these lists, never exceptions.
 //
-// Ownership: a value for its derived classes to extend.
+// Ownership: owns its lists. Only derived classes can copy it.
 //
 // Threads: one at a time; no lock.
 class VANCOREXML_API Parser {
 public:
     virtual ~Parser();
 
-    // Starts from empty lists: errors recorded before, while schemas were loaded, are gone.
-    // Raises a LogicException (code 0x61D3A9F5) when a callback of this parser calls it; the
-    // work that called the callback is not affected.
+    // Clears the lists, which may contain errors of loaded schemas, and runs the parse. Raises a
+    // LogicException (code 0x61D3A9F5), before anything changes, if a callback of this parser calls it.
     void Parse();
-    // Empties the lists and leaves HasFatallyErrored() as it is.
+    // Clears the lists. Does not change the result of HasFatallyErrored().
     void ClearErrorsAndWarnings();
 
     bool HasErrors() const noexcept { return !m_errors.empty(); }
     bool HasWarnings() const noexcept { return !m_warnings.empty(); }
-    // An error that ended the parse; it is in GetErrors() as well.
+    // True if a fatal error was recorded since the last parse began. GetErrors() contains it too.
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
 
-    // In the order they were met; valid until the next parse.
+    // These return the messages in the order in which they were recorded. Valid until the next parse.
     const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
     const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
-    // As long as the messages, entry by entry; VError::ErrorInfo::NoError where a message has
-    // no identity of its own.
+    // These return one identity for each message, in the same order. A message without an identity has
+    // VError::ErrorInfo::NoError.
     std::vector<VError::ErrorInfo> GetMetadataForErrors() const { return m_errorInfos; }
     std::vector<VError::ErrorInfo> GetMetadataForWarnings() const { return m_warningInfos; }
-    // The same errors and warnings as data, together in the order they were met; valid until the next parse.
+    // Returns the same errors and warnings as data, in one list, in the order in which they were recorded.
+    // Valid until the next parse.
     const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept { return m_diagnostics; }
 
 protected:
@@ -45,8 +45,8 @@ protected:
     Parser(const Parser&) = default;
     Parser& operator=(const Parser&) = default;
 
-    // Marks the parser as at work while it lives. Raises the LogicException of Parse() when the
-    // parser is at work already.
+    // Marks the parser as running while the scope lives. The constructor raises the LogicException of
+    // Parse() if the parser is already running.
     class WorkScope {
     public:
         explicit WorkScope(Parser& parser);
@@ -57,21 +57,21 @@ protected:
     private:
         Parser& m_parser;
     };
-    // Raises the LogicException of Parse() when the parser is at work.
+    // Raises the LogicException of Parse() if the parser is running.
     void RequireIdle() const;
 
     virtual void DoParse() = 0;
 
+    // These three record a message, and a diagnostic that has only a severity and that message.
     void Error(const VString& message, const VError::ErrorInfo& info);
-    // An error that also marks the parse as fatally errored.
+    // Records an error and makes HasFatallyErrored() true.
     void FatalError(const VString& message, const VError::ErrorInfo& info);
     void Warning(const VString& message, const VError::ErrorInfo& info);
-    // Does what the operation above for its severity does, with `text` as the message. The operations above
-    // record a diagnostic that has only a severity and a message.
+    // Records `diagnostic`, and `text` as a message of its severity.
     void Record(const VString& text, const VError::ErrorInfo& info, ParseDiagnostic diagnostic);
 
 private:
-    // Stays with its parser: a copy of a parser at work is idle.
+    // Not copied with the parser: the copy of a running parser is idle.
     struct WorkState {
         WorkState() = default;
         WorkState(const WorkState&) noexcept {}

@@ -6,8 +6,7 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// The numbers of the product's resources that the library needs. Their values are hashes,
-// not a range.
+// The numbers of the product's resources that the library needs. They are hashes, so they form no range.
 enum class QtVanResourceId : std::uint32_t {
     FileFormatConnectorPluginManifestXsd = 0x0C4E5A17,
     FileFormatConnectorPluginResourcesXsd = 0x9B317D26,

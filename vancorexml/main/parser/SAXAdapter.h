@@ -1,4 +1,4 @@
-// From the driver's builder interface to the handler of a caller.
+// The builder that calls a caller's handler.
 #pragma once
 
 #include <memory>
@@ -7,9 +7,10 @@
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/TreeBuilder.h"
 
-// Passes the events of a parse to a SAXInterface. Only a SAXInterfaceExtension finds schemas.
+// Passes the events of a parse to a SAXInterface. FindSchema returns a schema only if the handler is a
+// SAXInterfaceExtension.
 //
-// Ownership: shares the handler. A null handler is allowed while no document is parsed.
+// Ownership: shares the handler, which may be null unless a document is parsed.
 //
 // Threads: called on the thread that parses.
 class SAXAdapter final : public TreeBuilder {
@@ -23,7 +24,7 @@ public:
     std::optional<FoundSchema> FindSchema(const VString& baseUri, const VString& systemId) override;
 
 private:
-    // Asks the handler after each tag.
+    // Calls SetDone if the handler is done.
     void UpdateDone();
 
     std::shared_ptr<SAXInterface> m_handler;

@@ -10,9 +10,9 @@
 
 #include "vancoreplatform/VString.h"
 
-// Caches the strings that were made for texts. The hash of a text selects its only slot, so texts
-// that share a slot evict each other. In return a lookup examines one slot whatever the texts
-// are: texts chosen to collide cannot make lookups slow.
+// Caches the strings that were made for texts. The hash of a text selects its only slot, so texts that
+// share a slot evict each other. In return, every lookup examines exactly one slot, so texts chosen to
+// collide cannot make lookups slow.
 //
 // With CachePolicy::OnSecondMiss a text is stored only after it misses the same slot twice in a row, so
 // one-off texts do not evict repeated ones. While the hit rate is too low, lookups are suspended
@@ -29,6 +29,7 @@ public:
     // `limit` is a power of two, at least 64 and at most 2^16.
     SharedTexts(std::size_t limit, CachePolicy policy) : m_limit(limit), m_policy(policy) {}
 
+    // Returns the text as a string, which shares the buffer of the cached string if there is one.
     VString Get(std::u16string_view text)
     {
         if (m_pausedCalls != 0) {
@@ -64,7 +65,7 @@ public:
 
 private:
     using Word = std::uint64_t;
-    // A lookup costs a fraction of making a string, so a hit rate of one in five pays for all lookups.
+    // A lookup is much cheaper than making a string: one hit in five saves more than the five lookups cost.
     static constexpr std::size_t MissesBeforePause = 2000;
     static constexpr std::size_t MissesPerHit = 4;
     static constexpr std::size_t PauseLength = 16000;
@@ -102,24 +103,25 @@ private:
             if (ReadWord(a.data() + position) != ReadWord(b.data() + position))
                 return false;
         }
-        // May overlap the one before.
+        // The last word may overlap the word before it.
         return ReadWord(a.data() + size - UnitsInWord) == ReadWord(b.data() + size - UnitsInWord);
     }
 
-    // The golden ratio: an odd factor that loses nothing and spreads every bit upwards.
+    // The factor is 2^64 divided by the golden ratio. It is odd, so no information is lost. Each bit affects all
+    // higher bits of the result.
     static Word Mix(Word hash, Word word) noexcept { return (hash ^ word) * 0x9E3779B97F4A7C15; }
 
     static Word Hash(std::u16string_view text) noexcept
     {
         const std::size_t size = text.size();
-        // Mixes the length, because the first word of a text could cancel a plain length.
+        // Mixes the length. Without this, the first word of a text could cancel the length.
         Word hash = Mix(0, size);
         if (size < UnitsInWord)
             return size == 0 ? 0 : Mix(hash, ReadShortText(text));
         for (std::size_t position = 0; position + UnitsInWord < size; position += UnitsInWord)
             hash = Mix(hash, ReadWord(text.data() + position));
         hash = Mix(hash, ReadWord(text.data() + size - UnitsInWord));
-        return Mix(hash, hash >> 32);  // the last units have reached the upper bits only
+        return Mix(hash, hash >> 32);  // so far, the last units affect the uppermost bits only
     }
 
     Slot& SlotOf(Word hash) noexcept { return m_slots[hash >> 44 & (m_slots.size() - 1)]; }
@@ -149,6 +151,6 @@ private:
     std::size_t m_hits = 0;
     std::size_t m_misses = 0;
     std::size_t m_pausedCalls = 0;  // calls of Get that still skip the lookup
-    // None or a power of two.
+    // Empty, or a power of two of slots.
     std::vector<Slot> m_slots;
 };

@@ -15,7 +15,7 @@
 //
 // Threads: one at a time.
 //
-// Cost: constant when the pool has a block of the size.
+// Cost: constant if the pool has a free block of the size, otherwise that of a general allocation.
 class SmallBlocks {
 public:
     SmallBlocks() = default;
@@ -54,12 +54,12 @@ public:
     }
 
 private:
-    // Before each block.
+    // Stored before each block.
     struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Header {
         std::size_t list;  // the free list of the block's size; ListCount for a block too large for the pool
         Header* next;      // the next block of the free list
     };
-    // A free list. Blocks of the first list are as large as one head, of the second as two, and so on.
+    // A list of free blocks of one size: one Header in the first list, two in the second, and so on.
     struct FreeList {
         Header* first = nullptr;
         std::size_t count = 0;
@@ -67,8 +67,7 @@ private:
 
     static constexpr std::size_t ListCount = 8;
     static constexpr std::size_t LargestBlock = ListCount * sizeof(Header);
-    // In each list.
-    static constexpr std::size_t MaxFreeBlocks = 64;
+    static constexpr std::size_t MaxFreeBlocks = 64;  // in each list
 
     static std::size_t ListOf(std::size_t size) noexcept { return size != 0 ? (size - 1) / sizeof(Header) : 0; }
     static void* AllocateFromHeap(std::size_t size);

@@ -45,8 +45,8 @@ public:
     Result ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
     // Throws VIO::Exception if the file cannot be read or decoded.
     Result ParseXmlFile(const VString& fileName) const;
-    // White space before the document is skipped. Byte strings are decoded as UTF-8 whatever encoding
-    // they declare; invalid bytes become U+FFFD. A null pointer is parsed as an empty text.
+    // White space before the document is skipped. Byte strings are decoded as UTF-8, even if they declare
+    // another encoding; invalid bytes become U+FFFD. A null pointer is parsed as an empty text.
     Result ParseXmlString(const VString& text, VString id) const;
     Result ParseXmlString(const std::string& utf8, VString id) const;
     Result ParseXmlString(const char* utf8, VString id) const;

@@ -1,4 +1,4 @@
-// The interface through which the driver builds a tree.
+// The interface through which the parser builds a tree.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 // A schema that another schema imports or includes.
 struct FoundSchema {
-    VString path;  // of the file that it was loaded from
+    VString path;  // of the schema file
     VString text;
 };
 
@@ -24,35 +24,37 @@ protected:
     ~TagAttributes() = default;
 };
 
-// Receives the elements and texts of a document in document order. It differs from SAXInterface, the interface for
-// callers, in that a builder says where the attributes go: they are written straight into the tree.
+// Receives the elements and texts of a document in document order. Unlike SAXInterface, the interface for
+// callers, it lets the builder choose the map that receives the attributes. So they are written straight
+// into the tree.
 //
 // An exception from an operation ends the parse, or the loading of the schema.
 //
-// Ownership: the parser shares its builder with the code that reads the result.
+// Ownership: shared by the parser and the code that reads the result.
 //
 // Threads: called on the thread that parses.
 class TreeBuilder {
 public:
     virtual ~TreeBuilder() = default;
 
-    // An element starts. The builder calls AddTo of its attributes once, during the call. AddTo invalidates `name`.
+    // Called for each start tag. Must call attributes.AddTo once, which invalidates `name`.
     virtual void StartElement(const VString& name, const TagAttributes& attributes) = 0;
-    // The innermost open element closes.
+    // Called when the innermost open element ends.
     virtual void EndElement() = 0;
-    // All the text between two tags at once, just before the second. Only for text that WantsText accepts.
+    // Called once for the whole text between two tags, before the call for the second tag. Not called for text
+    // that WantsText rejects.
     virtual void Characters(VString&& text) = 0;
-    // The schema that the schema `baseUri` imports or includes as `systemId`. Without a result the driver leaves that
-    // schema out. Both texts are empty when the driver does not know them.
+    // Called when the schema `baseUri` imports or includes the schema `systemId`; either is empty if the parser
+    // does not know it. Returns that schema, or nothing to omit it.
     virtual std::optional<FoundSchema> FindSchema(const VString& /*baseUri*/, const VString& /*systemId*/)
     {
         return std::nullopt;
     }
 
-    // True stops the parse, without error.
+    // If true, the parser ends the parse without an error.
     bool IsDone() const noexcept { return m_isDone; }
-    // False for text that the builder drops: white space only, unless the builder keeps it. Linear in the leading
-    // white space.
+    // Returns false for text that consists of white space only, unless the builder keeps such text. Linear in
+    // the leading white space.
     bool WantsText(std::u16string_view text) const noexcept
     {
         if (m_keepsBlankText)
@@ -67,7 +69,7 @@ protected:
     TreeBuilder(const TreeBuilder&) = delete;
     TreeBuilder& operator=(const TreeBuilder&) = delete;
 
-    // Makes IsDone true for good.
+    // Makes IsDone return true from now on.
     void SetDone() noexcept { m_isDone = true; }
 
 private:

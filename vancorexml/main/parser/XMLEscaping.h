@@ -18,16 +18,16 @@ enum MappingKind : int {
     ApostropheMapping = 2,  // apostrophes and quotes stay
 };
 
-// Fills the table. Raises a LogicException when there is no such kind.
+// Fills the table. Raises a LogicException if `kind` is not a MappingKind.
 void InitMappingTableType(MappingTable& table, int kind);
 
-// A table with a mask of the units that it replaces, which a scan can test quickly.
+// A table with a bit mask of the units that it replaces, so that a scan can test a unit quickly.
 class EscapeTable {
 public:
     explicit EscapeTable(int kind);
 
     bool Maps(char16_t unit) const noexcept { return unit < m_entries.size() && ((m_mapped >> unit) & 1) != 0; }
-    // Unchecked: Maps(unit).
+    // Returns the replacement of a unit. Precondition, not checked: Maps(unit).
     const VString& operator[](char16_t unit) const noexcept { return m_entries[unit]; }
 
 private:
@@ -35,20 +35,21 @@ private:
     std::uint64_t m_mapped = 0;
 };
 
-// The tables in use, made on first use. Threads: any.
+// The tables that the writers use. The first call makes the table. Thread-safe.
 const EscapeTable& AttributeTable();
 const EscapeTable& ContentTable();
 
-// Escapes the units that the table maps and those that XML does not allow. Returns the same
-// shared string when there are none. Well-formed surrogate pairs stay unchanged. Throws
-// std::length_error when the result is too long for a VString.
+// Escapes the units that the table maps and those that XML does not allow. Returns the same shared
+// string if there is nothing to escape. Well-formed surrogate pairs stay unchanged. Throws
+// std::length_error if the result is too long for a VString. Linear.
 VString EncodeWithTable(const VString& text, const EscapeTable& table);
 
-// The same with another test of single units above 0x80. Calls the test in two passes, and raises
-// a LogicException when its answers differ between them.
+// Like the overload above, but `isValid` decides which units above 0x80 XML allows. Calls `isValid` in
+// two passes. Raises a LogicException if the second pass needs another length than the first.
 VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t));
 
-// The text as a CDATA section; the quotes of a quoted text stay outside of it.
+// Returns the text as a CDATA section. Divides each "]]>" in the text between two sections. If the text
+// is enclosed in double quotes, encloses the section in "&quot;" instead. Linear.
 VString EncodeAsCData(const VString& text);
 
 }  // namespace XMLEscaping

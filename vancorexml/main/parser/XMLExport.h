@@ -1,4 +1,4 @@
-// Marks what `vancorexml` offers to other modules: everything else stays hidden.
+// `VANCOREXML_API` exports a symbol from the library `vancorexml`. All other symbols are hidden.
 #pragma once
 
 #if defined(_WIN32)

@@ -20,9 +20,9 @@ enum FormatMode : std::int32_t {
     FormatModeContent = 1,  // long text with markup becomes a CDATA section
 };
 
-// The first operations of XMLFormatter. OutputDOMElement is declared here and again in
-// XMLFormatterOverride. XMLFormatter must not declare it: such a declaration would override both
-// and hide whether a derived class overrides it.
+// The first virtual operations of XMLFormatter. Both this class and XMLFormatterOverride declare
+// OutputDOMElement. XMLFormatter must not declare it: such a declaration would override both, and
+// XMLFormatterOverride could not detect the override of a derived class.
 class VANCOREXML_API XMLFormatterBase {
 public:
     virtual ~XMLFormatterBase();
@@ -62,11 +62,11 @@ private:
 // The operations call each other virtually, so an override of one operation also affects the
 // operations that call it.
 //
-// Ownership and lifetime: keeps no references to its arguments. Exceptions from OutputString
-// propagate, except out of ~Indenter, which swallows them.
+// Ownership and lifetime: keeps no references to its arguments.
 //
-// Threads: one writer belongs to one thread at a time; the static operations may be called
-// from any.
+// Errors: exceptions from OutputString propagate, except out of ~Indenter, which swallows them.
+//
+// Threads: one writer belongs to one thread at a time. Any thread may call the static operations.
 //
 //     XMLStringFormatter writer;
 //     writer.OutputHeader();

@@ -1,12 +1,12 @@
-// The exception with which a callback ends a parse.
+// The exception that a callback throws to end a parse.
 #pragma once
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vansys/VantoraException.h"
 
-// Thrown by a callback of a parse to abandon it. The message is recorded twice: as an error of the
-// parse and as its fatal error.
+// A callback throws it to end the parse. The parser records the message twice: as an error and as a
+// fatal error.
 class VANCOREXML_API XMLParseException : public VantoraException {
 public:
     explicit XMLParseException(const VString& message);

@@ -13,7 +13,7 @@
 // swallows exceptions, so the writer stores the first exception, and every later write and
 // GetOutput rethrow it. A caller therefore never receives truncated output.
 //
-// Ownership and threads: as XMLFormatter.
+// Ownership and threads: see XMLFormatter.
 class VANCOREXML_API XMLStringFormatter : public XMLFormatter {
 public:
     explicit XMLStringFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);

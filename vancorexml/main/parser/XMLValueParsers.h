@@ -6,8 +6,8 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// The counterparts of XMLFormatter's Format…Attribute functions. They are lenient on purpose: none
-// reports an error or throws. Any thread may call them.
+// The counterparts of XMLFormatter's Format…Attribute functions. They report no errors: an invalid text
+// becomes false or 0. Thread-safe.
 namespace XMLValueParsers {
 
 // True only for "true".

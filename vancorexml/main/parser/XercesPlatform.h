@@ -1,11 +1,12 @@
-// The life of Xerces in the process.
+// Initialisation and termination of Xerces.
 #pragma once
 
-// Keeps Xerces initialised while it lives. Xerces is initialised on first use. It is terminated by
-// an exit handler of the process, or when the last XercesInitializer dies after that: a static parser that
-// is older than the first parse is destroyed after the exit handler runs.
+// Keeps Xerces initialised while it lives. The first object initialises Xerces. An exit handler of the
+// process terminates it. If an object still lives then, the destructor of the last object terminates it
+// instead. For example, a static DOMParser that was constructed before the first parse is destroyed after
+// the exit handler runs.
 //
-// Threads: safe.
+// Thread-safe.
 class XercesInitializer {
 public:
     XercesInitializer();

@@ -7,10 +7,11 @@
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 
-// A XercesXMLParser for a TreeBuilder in place of a SAXInterface. DOMParser and StandaloneDOMParser use it, without
-// including Xerces.
+// A XercesXMLParser that calls a TreeBuilder instead of a SAXInterface. DOMParser and StandaloneDOMParser use it, so
+// they need no header of Xerces.
 //
-// Ownership: shares the builder, which may be null while nothing is parsed or loaded; the caller owns the parser.
+// Ownership: the caller owns the parser. The parser shares the builder, which may be null unless a document is parsed
+// or a schema is loaded.
 //
 // Threads: one at a time.
 class VANCOREXML_API XercesTreeParser : public XercesXMLParser {
@@ -19,7 +20,7 @@ public:
     ~XercesTreeParser() override;
 
     using XercesXMLParser::Reload;
-    // Another document for another builder; schemas that were loaded stay.
+    // Replaces the input and the builder. Loaded schemas stay loaded.
     virtual void Reload(InputSource& input, std::shared_ptr<TreeBuilder> builder) = 0;
 
 protected:

@@ -1,4 +1,4 @@
-// From Xerces' events to the operations of a builder.
+// The handler of the events of Xerces.
 #pragma once
 
 #include <cstdint>
@@ -24,14 +24,14 @@
 #include "vancorexml/main/parser/WrittenNames.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
 
-// Ends a parse whose fault the handler has recorded already.
+// An exception that ends a parse after the handler has recorded the fault.
 struct ParseAbandoned {};
 
-// Hands elements and texts to a builder, with sanitized attribute names restored, and
-// collects what Xerces reports.
+// Passes elements and texts to a builder and collects the messages of Xerces. Restores the attribute
+// names that the colon sanitizer rewrote.
 //
-// Ownership: shares the builder, which may be null while nothing is parsed or loaded. Xerces refers to the handler,
-// so a reader must get another before this one dies.
+// Ownership: shares the builder, which may be null unless a document is parsed or a schema is loaded. A reader of
+// Xerces refers to its handler, so the handler must outlive the last parse of the reader.
 //
 // Threads: one at a time.
 class XercesXMLHandler final : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver {
@@ -39,33 +39,34 @@ public:
     explicit XercesXMLHandler(std::shared_ptr<TreeBuilder> builder);
     ~XercesXMLHandler() override;
 
-    // The next parse is for another builder.
+    // Replaces the builder and clears the messages.
     void SetBuilder(std::shared_ptr<TreeBuilder> builder) noexcept;
-    // Discards text left by an aborted parse. Diagnostics about `id` get the names and positions of the
-    // document as it was given.
+    // Discards text left by an aborted parse. Diagnostics about the source `id` get attribute names and
+    // positions of the document as given.
     void BeginParse(const VString& id, const XercesInputSource& source);
-    // Checks the entities of `document` when it declares the first one. `document` must live until the
-    // parse ends.
+    // Makes the parse check the entities of `document` at the first declaration of an entity. `document`
+    // must live until the parse ends.
     void CheckEntitiesOf(const xercesc::InputSource& document) noexcept;
     // Frees the caches of the parse, and discards text left by an aborted parse.
     void EndParse() noexcept;
-    // While the schema `id` is loaded, external entities are refused.
+    // From this call to EndSchema, an external entity abandons the loading of the schema `id`.
     void BeginSchema(const VString& id, const XercesInputSource& source);
     // Abandons the schema if it exceeds an expansion limit. `bytes` is the content of `source`.
     void CheckSchema(const xercesc::InputSource& source, std::string_view bytes);
     void EndSchema() noexcept;
-    // Call when the parse that supplied the locator is over: the locator refers to the input of that parse.
+    // Call at the end of each parse, because the locator refers to the input of the parse.
     void ForgetLocator() noexcept { m_locator = nullptr; }
 
     bool IsDone() const noexcept { return m_builder->IsDone(); }
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
     const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
     const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
-    // One for each warning and error, in the order they were met, with positions in the source as given.
+    // Returns a diagnostic for each warning and error, in the order in which they were recorded, with
+    // positions in the source as given.
     std::vector<ParseDiagnostic> ReleaseDiagnostics() noexcept { return std::exchange(m_diagnostics, {}); }
-    // The external entity declaration for which this parse was refused, if it was.
+    // Returns the diagnostic of the external entity declaration that ended this parse, if one did.
     const std::optional<ParseDiagnostic>& GetRefusal() const noexcept { return m_refusal; }
-    // Null except between the first event of a parse and its end.
+    // Returns null before the first event of a parse and after its end.
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
 
     void setDocumentLocator(const xercesc::Locator* locator) override;
@@ -82,9 +83,10 @@ public:
     // Records a fatal error with that message and abandons the parse.
     [[noreturn]] void AbandonExpansion(const VString& message);
 
-    // At the first declaration of a document, abandons the parse if its entities exceed a limit.
+    // On the first call of a parse, checks the entities of the document (see CheckEntitiesOf) and abandons
+    // the parse if they exceed a limit.
     void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
-    // Refuses the document: throws XMLParseException.
+    // Throws XMLParseException, which ends the parse.
     void externalEntityDecl(const XMLCh* name, const XMLCh* publicId, const XMLCh* systemId) override;
 
     void warning(const xercesc::SAXParseException& exception) override;
@@ -93,13 +95,12 @@ public:
     void resetErrors() override;
     // Records a fatal error of the document or schema `id` and throws ParseAbandoned.
     [[noreturn]] void Refuse(const VString& message, const VString& id, std::uint64_t line, std::uint64_t column);
-    // Likewise for a NUL.
+    // Refuses a document or schema that contains a NUL.
     [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
-    // The schema that a schema imports or includes, if the builder finds it. Null otherwise, and
-    // for everything else: the parse then leaves the entity out.
-    // External entities abort the loading of a schema, because for null Xerces would fetch them
-    // itself.
+    // Returns the schema that another schema imports or includes, if the builder finds it. Returns null
+    // for every other resource, which Xerces then omits. Abandons the loading of a schema at an external
+    // entity, because for null Xerces would fetch the entity itself.
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
     using xercesc::DefaultHandler::endElement;
     using xercesc::DefaultHandler::resolveEntity;
@@ -110,34 +111,35 @@ private:
 
     // Grows the buffer so that more than `length` further units fit.
     void GrowText(std::size_t length);
-    // Empties the pending text. Frees its buffer when that is large.
+    // Discards the pending text. Frees its buffer if the buffer is large.
     void ForgetText() noexcept;
+    // Passes the pending text to the builder.
     void FlushText();
     void Record(ParseDiagnostic::Severity severity, const xercesc::SAXParseException& exception);
-    // `line` and `column` are the scanner's.
+    // `line` and `column` are a position in the text that Xerces reads.
     void Record(ParseDiagnostic::Severity severity,
         const VString& message,
         const VString& id,
         std::uint64_t line,
         std::uint64_t column);
-    // Replaces the position of the scanner.
+    // Replaces a position in the text that Xerces reads by the position in the source as given.
     void MapPosition(ParseDiagnostic& diagnostic);
     // Abandons a schema that uses an external entity.
     [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
     std::shared_ptr<TreeBuilder> m_builder;
     const xercesc::Locator* m_locator = nullptr;
-    // Text that was not handed on yet, followed by spare room.
+    // The text since the last tag, followed by spare capacity.
     std::vector<XMLCh> m_pendingText;
     std::size_t m_pendingLength = 0;
     std::vector<VString> m_warnings;
     std::vector<VString> m_errors;
     bool m_fatallyErrored = false;
 
-    // The document until its entities are checked, else null.
+    // The document whose entities are not checked yet, or null.
     const xercesc::InputSource* m_unchecked = nullptr;
     bool m_isLoadingSchema = false;
-    // The document or schema that is read now, and its map. The map may be null.
+    // The id and the map of the document or schema that is being read. The map may be null.
     VString m_sourceId;
     std::shared_ptr<SourceMap> m_sourceMap;
     std::vector<ParseDiagnostic> m_diagnostics;

@@ -8,14 +8,16 @@
 #include "vancorexml/main/parser/AbstractXMLParser.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Reads a document with Xerces-C. External entities are refused. A document whose entities expand
-// to more than 100,000,000 UTF-16 code units is refused before the first callback; one with more
-// than 50,000 references to entities or 8,000,000 default attributes is abandoned there. The same
-// limits hold for schemas. A document with long entities is read twice. Validates once a schema was
-// loaded; a loaded schema cannot be removed. Loading a schema takes a call stack that grows with the
-// depth of its elements.
+// Parses a document with Xerces-C. Refuses external entities. Once a schema is loaded, every parse
+// validates; a loaded schema cannot be removed. Loading a schema uses a call stack that grows with the
+// depth of its elements. A parse without an error reports no warnings.
 //
-// Ownership: as AbstractXMLParser has it; the caller owns the parser.
+// Limits: a document whose entities expand to more than 100,000,000 UTF-16 code units is refused before
+// the first callback. A fatal error ends the parse if the content has more than 50,000 references to
+// entities or 8,000,000 default attributes. The same limits hold for schemas. To check the limits, the
+// parser may read the document twice.
+//
+// Ownership: the caller owns the parser. See AbstractXMLParser for the handler and the input.
 //
 // Threads: one at a time.
 //
@@ -31,8 +33,8 @@ public:
 
     // Loads the schema from the resource of that name. The name becomes the id of the schema.
     void LoadXSDResource(const VString& resourceName);
-    // The ids of the schemas in the order they were loaded. The first two are schemas of the
-    // library for the attributes that any document may carry; the first load adds them.
+    // Returns the ids of the schemas in the order in which they were loaded. The first two are schemas of
+    // the library, for attributes that any document may have; the first load adds them.
     virtual std::vector<VString> GetLoadedXSDs() const = 0;
 
 protected:

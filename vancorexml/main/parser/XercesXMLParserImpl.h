@@ -19,17 +19,17 @@
 #include "vancorexml/main/parser/XercesTreeParser.h"
 #include "vancorexml/main/parser/XercesXMLHandler.h"
 
-// Xerces' reader, which also records whether the document declared XML 1.1, and counts the default
-// attributes of document type declarations. It passes elements and text straight to the handler:
-// SAX2's prefix tables, which nothing here uses, would cost as much as the handler itself.
+// The SAX2 reader of Xerces with three changes. It records whether the document declared XML 1.1. It
+// counts the default attributes of document type declarations. It passes elements and text straight to
+// the handler: SAX2's prefix tables, which nothing here uses, would cost as much as the handler itself.
 class DocumentReader : public xercesc::SAX2XMLReaderImpl {
 public:
     DocumentReader(XercesMemory& memory, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(&memory, grammars) {}
 
     bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
-    // It must outlive the parses that follow.
+    // `handler` must outlive all later parses.
     void SetHandler(XercesXMLHandler& handler);
-    // The bytes of the next document if they may end within a character, else empty.
+    // `text` is the next document if its last character may be incomplete, otherwise empty.
     void SetUncheckedEnd(std::string_view text) noexcept { m_uncheckedEnd = text; }
 
     void resetDocument() override;
@@ -51,8 +51,8 @@ public:
     void ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCData) override;
 
 private:
-    // The qualified name as the document writes it. A declaration in a schema does not know the
-    // prefix.
+    // Returns the qualified name as the document writes it. `element` alone does not have the prefix if
+    // it was declared in a schema.
     const XMLCh* GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix);
 
     XercesXMLHandler* m_handler = nullptr;
@@ -65,12 +65,12 @@ private:
     std::u16string m_qname;
 };
 
-// Drives Xerces' reader. The next parse reuses the reader unless a document had an error or
-// declared XML 1.1: both leave state in the reader, which would read the next document as 1.1
-// too. The grammars live outside the reader and stay loaded.
+// Drives a DocumentReader. The next parse reuses the reader, unless the document had an error or
+// declared XML 1.1: both leave state in the reader that would affect the next document. The grammars
+// are not part of the reader and stay loaded.
 class XercesXMLParserImpl : public XercesTreeParser {
 public:
-    // `handler` is the caller's handler behind `builder`, or null for a builder of the library.
+    // `handler` is the caller's handler that `builder` calls, or null for a builder of the library.
     XercesXMLParserImpl(
         InputSource& input, std::shared_ptr<SAXInterface> handler, std::shared_ptr<TreeBuilder> builder);
     ~XercesXMLParserImpl() override;
@@ -101,15 +101,15 @@ private:
     void MoveDiagnosticsFromHandler();
     // Records an exception that has ended the parse.
     void RecordException(const VString& message);
-    // Likewise for an XMLParseException, which counts twice.
+    // Records an XMLParseException that has ended the parse: as an error and as a fatal error.
     void RecordParseException(const VString& message);
     ParseDiagnostic DescribeException(const VString& message);
 
-    // Declared before all members that use Xerces, so that those are destroyed first.
+    // Declared before all members that use Xerces, so that it is destroyed after them.
     XercesInitializer m_xerces;
     XercesMemory m_memory;
     std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
-    // Null after a parse whose reader cannot be reused, until the next use.
+    // Null if the last parse left a reader that cannot be reused. RequireReader makes a new one.
     std::unique_ptr<DocumentReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     std::unique_ptr<XercesXMLHandler> m_handler;

@@ -1,7 +1,7 @@
-// The kinds of documents the product keeps.
+// The types of the product's documents.
 #pragma once
 
-// Values 0, 6 and 7 are documents without a schema.
+// The types with the values 0, 6 and 7 have no schema.
 enum XmlFileType {
     XmlFileTypeNone = 0,
     XmlFileTypeKXA = 1,  // an analysis
