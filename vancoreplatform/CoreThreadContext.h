@@ -16,8 +16,8 @@ class any;
 
 namespace CoreThreadContext {
 
-// A function that the host sets. Thread-safe: one thread may replace the function while others call it. A call
-// that is already running finishes with the old function.
+// A function that the host can replace. Thread-safe: one thread may replace the function while others call it. A
+// running call still uses the old function.
 class VANCOREPLATFORM_API SessionCheck {
 public:
     explicit SessionCheck(std::function<bool()> function);
@@ -40,7 +40,7 @@ private:
 // Returns whether the calling thread works for a session. Returns false until the host sets another function.
 VANCOREPLATFORM_API extern SessionCheck HasSessionId;
 
-// Returns the calling thread's object called `name`; empty if there is none.
+// Returns the calling thread's object called `name`, or an empty object if there is none.
 VANCOREPLATFORM_API boost::any GetGenericObject(const VString& name);
 VANCOREPLATFORM_API void SetGenericObject(const VString& name, const boost::any& object);
 
@@ -49,7 +49,8 @@ VANCOREPLATFORM_API void SetGenericObject(const VString& name, const boost::any&
 // GetProcessObject or RemoveProcessObject.
 //
 // The store destroys its objects when the process exits. A library that can be unloaded must first remove the
-// objects whose destructors are its code. Static objects that `create` initialises are destroyed before the store.
+// objects whose destructors are in its code. It can do this in the destructor of a static object that `create`
+// initialises, because such objects are destroyed before the store.
 VANCOREPLATFORM_API boost::any GetProcessObject(const VString& name, const std::function<boost::any()>& create);
 
 // Removes the object called `name` from the store; does nothing if there is none. Thread-safe.

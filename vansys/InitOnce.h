@@ -5,12 +5,13 @@
 #include <mutex>
 #include <utility>
 
-// Runs one initialisation, exactly once, however many threads call. The first caller runs its function; the
-// others wait until it has returned. If the function throws, its caller gets the exception and the next call
-// tries again. Costs one atomic load once the initialisation is done.
+// Runs an initialisation exactly once, even if many threads call. The first caller runs its function; the others
+// wait until it has returned. If the function throws, its caller gets the exception and the next call runs its
+// own function. Costs one atomic load after the initialisation.
 class InitOnce {
 public:
-    // std::call_once is not used: implemented with pthread_once, it can block for ever after a function has thrown.
+    // Does not use std::call_once: if that is implemented with pthread_once, it can block for ever after a function
+    // has thrown.
     template <typename Function>
     void operator()(Function&& initialise)
     {

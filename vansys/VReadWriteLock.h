@@ -14,8 +14,8 @@
 // A thread that holds only the read lock cannot lock for writing, because it would wait for itself. LockForWrite
 // then raises a LogicException (code 0x5D1E7A60, text "no write lock under a read lock").
 //
-// Locking and unlocking cost the same however many locks the thread holds. Locking may throw std::bad_alloc or
-// the system's std::system_error; the lock is then unchanged.
+// The cost of locking and unlocking does not depend on the number of locks that the thread holds. Locking may
+// throw std::bad_alloc or std::system_error; the lock is then unchanged.
 class VANSYS_API VReadWriteLock {
 public:
     // `options` must be 0, because no option is defined. Otherwise the constructor raises a LogicException
