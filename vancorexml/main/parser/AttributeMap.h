@@ -174,7 +174,7 @@ public:
     void merge(AttributeMap& other);
     void merge(AttributeMap&& other) { merge(other); }
     size_type erase(const VString& name);
-    // Returns an iterator to the next entry that an iteration from the front has not visited, or the end.
+    // Returns the iterator with which a loop from begin() to end() continues without skipping an entry.
     iterator erase(const_iterator position);
     iterator erase(const_iterator first, const_iterator last);
     void clear() noexcept

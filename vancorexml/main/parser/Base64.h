@@ -11,8 +11,8 @@
 // no line. Any thread may call the operations of this header.
 //
 // Without `splitLines`, raises a LogicException if the line would need more than 0x3FFFFFFF groups of
-// four characters, and throws std::length_error if it would be too long for a VString. Nothing is
-// read or appended then.
+// four characters, and throws std::length_error if it would be too long for a VString. In both cases it
+// reads and appends nothing.
 VANCOREXML_API void Base64Encode(
     const unsigned char* data, unsigned int length, std::vector<VString>& lines, bool splitLines);
 

@@ -77,7 +77,7 @@ public:
     bool HasErrors() const;
     bool HasUnreportedErrors() const;
     bool HasCancelErrors() const;
-    // True if every error is a cancel error, so also if there are no errors.
+    // True if all errors are cancel errors. Also true if there are no errors.
     bool HasOnlyCancelErrors() const;
     bool HasWarnings() const;
     // These return messages and identities in document order.
@@ -85,7 +85,7 @@ public:
     std::list<VString> GetWarnings() const;
     std::list<VError::ErrorInfo> GetMetadataForErrors() const;
     std::list<VError::ErrorInfo> GetMetadataForWarnings() const;
-    // These return all messages, separated by line feeds.
+    // These return all messages as one text, separated by line feeds.
     VString GetConcatenatedErrors() const;
     VString GetConcatenatedWarnings() const;
     void ClearErrors();
@@ -106,14 +106,15 @@ public:
     // Returns the old name that was renamed to `name`, the first in code unit order if there are
     // several, or the argument if there is none. Linear.
     VString UnRenameDataSource(const VString& name) const;
-    // Renames the data source of the field name, then looks up a rename of the resulting name.
-    // Returns an empty name and a name of the protected data source unchanged.
+    // Renames the data source of the field name, then applies the field rename of the resulting name.
+    // Returns an empty name, or a name of the protected data source, unchanged.
     FieldName RenameField(FieldName field) const;
 
 protected:
     // Moves the diagnostics of `node` from its document to this one and assigns them to `target`, or
     // to `node` if `target` is null. Drops the moved errors if that element already has errors in this
-    // document, and likewise the warnings. So a move of an element's diagnostics onto itself clears them.
+    // document, and likewise the warnings. So if the element stays the same and `node` belongs to this
+    // document, the diagnostics of `node` are erased.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:

@@ -97,7 +97,7 @@ public:
     // If `encoded`, the text is already escaped and writers write it unchanged.
     void SetText(const VString& text, bool encoded);
     void AppendText(const VString& text) { AppendText(text, false); }
-    // The text stays encoded only if it was and `text` is. Amortised linear in `text`.
+    // The resulting text is encoded only if both parts are. Amortised linear in `text`.
     void AppendText(const VString& text, bool encoded);
     bool HasText() const noexcept { return !m_text.IsEmpty(); }
     bool IsEncoded() const noexcept { return m_encoded; }
@@ -232,9 +232,13 @@ public:
     // The document stores the diagnostics. Get…, Has… and Clear… cover this element and its subtree; on
     // an element without a parent, Has… and Clear… cover the whole document. Each of these operations
     // raises a LogicException if the element has no document.
+
+    // Records an error. If `reported`, HasUnreportedErrors ignores the error. If `cancel`, it is a cancel
+    // error: it stands for a cancellation instead of a fault.
     void Error(const VString& message, const VError::ErrorInfo& info, bool reported, bool cancel) const;
     void Warning(const VString& message, const VError::ErrorInfo& info) const;
-    // These insert a record before all other records of the element. Constant.
+    // These insert a record before all other records of the element. An inserted error is not a cancel error.
+    // Amortised constant.
     void PrefixError(const VString& message, const VError::ErrorInfo& info, bool reported) const;
     void PrefixWarning(const VString& message, const VError::ErrorInfo& info) const;
     void ClearErrors();
@@ -247,15 +251,15 @@ public:
     bool HasErrors() const;
     bool HasWarnings() const;
     bool HasCancelErrors() const;
-    // True if every error is a cancel error, so also if there are no errors.
+    // True if all errors are cancel errors. Also true if there are no errors.
     bool HasOnlyCancelErrors() const;
     bool HasUnreportedErrors() const;
 
     // These parse the attribute or the text as a field name and apply the renames of the document.
     FieldName GetFieldName(const VString& attrName) const;
     FieldName GetFieldName(const VString& attrName, QualifiedNameCache& cache) const;
-    // Parses the attribute as a name of the data source, applies the renames, and returns the name
-    // without its data source.
+    // These parse the attribute as a field name of the data source `dataSourceName`, apply the renames, and
+    // return the name without its data source.
     FieldName GetLocalFieldName(const VString& attrName, const VString& dataSourceName) const;
     FieldName GetLocalFieldName(
         const VString& attrName, const VString& dataSourceName, QualifiedNameCache& cache) const;

@@ -34,7 +34,7 @@ namespace DOMPath {
 
 class Walker;
 
-// The state of a walk, empty at its end. Callers use the iterators and functions below.
+// The state of a walk. It is empty when the walk has ended. Callers use the iterators and functions below.
 class VANCOREXML_API WalkState {
 public:
     WalkState() noexcept;

@@ -1,4 +1,4 @@
-// The lists of detached elements: elements that link to a parent or document, but are not in a tree.
+// The lists of detached elements: elements that link to a parent or a document, but are not in its tree.
 #pragma once
 
 #include <list>
@@ -34,8 +34,8 @@ struct RemovedChildren {
 // element.
 //
 // Invariants
-// 1. A detached element is in the LinkedElements of its document and in the RemovedChildren of its parent.
-//    No other element is in these lists.
+// 1. A detached element is in the LinkedElements of the document to which it links, and in the
+//    RemovedChildren of the parent to which it links. No other element is in these lists.
 // 2. When a document or a parent dies, the links of all elements in its list become null.
 // 3. An element that has records in a document other than its own has a tie to that document. The one that
 //    dies first cuts the tie.

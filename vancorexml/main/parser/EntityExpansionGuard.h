@@ -59,8 +59,8 @@ private:
 // entities in the content: neither their text nor any expansion in the document type declaration.
 //
 // The guard rehearses the parse. A second reader reads the document and changes the value of each entity
-// when Xerces reports the declaration. A general entity gets a short mark as its value, so
-// nothing grows: the marks in texts, attributes and default values show where each entity is used, and
+// when Xerces reports the declaration. A general entity gets a short mark as its value, so nothing
+// grows: the marks in texts, attributes and default values show where each entity is used, and
 // EntitySizes computes the size of its expansion. A parameter entity keeps its text, which may declare
 // more entities, and gets a processing instruction in front of it. Xerces reports the instruction at
 // each expansion, before it reads the text.
@@ -77,8 +77,9 @@ public:
     explicit EntityExpansionGuard(const ExpansionLimits& limits = {}) noexcept : m_limits(limits) {}
 
     // Returns the first limit that the entities of a document exceed, if any. Ends the check at a fault
-    // that also ends the parse of the document. The caller must parse the document with a SecurityManager that allows
-    // `expansions` references, and must pass its default attributes to a DefaultAttributeCounter.
+    // that also ends the parse of the document. The caller must parse the document with a SecurityManager
+    // that allows `expansions` references, and must pass its default attributes to a
+    // DefaultAttributeCounter.
     std::optional<ExpansionExcess> CheckDocument(const xercesc::InputSource& source) const;
     // Like CheckDocument, for a schema. Also checks the number of references in the content and the
     // default attributes.

@@ -54,8 +54,8 @@ public:
     bool IsCircular(std::size_t entity) const noexcept { return m_entities[entity].circle != None; }
 
     std::size_t Count() const noexcept { return m_entities.size(); }
-    // The maxima of `text`, `read` and `names` over the own expansions of all entities. Each maximum may belong
-    // to another entity.
+    // The maxima of `text`, `read` and `names` over the own expansions of all entities. Each maximum may come
+    // from a different entity.
     const Expansion& Longest() const noexcept { return m_longest; }
 
 private:
@@ -67,8 +67,8 @@ private:
         std::vector<std::uint32_t> names;  // numbers of the names it refers to, in order
         // Valid while `generation` is m_generation:
         State state = State::Unknown;
-        Expansion all;              // with its references, up to `circle`
-        std::size_t circle = None;  // the first entity in it that leads into a circle
+        Expansion all;              // the expansion with all references before the one to `circle`
+        std::size_t circle = None;  // the first referenced entity that leads into a circle
         std::uint64_t generation = 0;
     };
 

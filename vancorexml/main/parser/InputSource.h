@@ -45,8 +45,8 @@ private:
     VString m_id;
 };
 
-// Implemented by the input sources that a parser can read, in addition to InputSource. The result is a
-// view that shares the bytes, so it may outlive the source.
+// The interface through which a parser reads an input source. Every source implements it in addition to
+// InputSource. The returned view shares the bytes, so it may outlive the source.
 class VANCOREXML_API IXercesInputSourceProvider {
 public:
     virtual XercesInputSource GetXercesInputSource(ColonProcessingMode mode) = 0;

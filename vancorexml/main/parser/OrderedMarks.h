@@ -28,7 +28,7 @@ public:
     void Append(Mark& mark) noexcept { InsertAfter(*m_back.previous, mark); }
     // Constant.
     static void Remove(Mark& mark) noexcept;
-    // Forgets all marks without touching them.
+    // Removes all marks from the list without accessing them, so they may be dead already.
     void Clear() noexcept;
 
 private:

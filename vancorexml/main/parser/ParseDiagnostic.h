@@ -18,7 +18,7 @@ struct VANCOREXML_API ParseDiagnostic {
     enum class Severity {
         Warning,
         Error,
-        FatalError,  // it ended the parse
+        FatalError,  // an error that ended the parse
     };
     // How GetText() joins the parts.
     enum class Layout {

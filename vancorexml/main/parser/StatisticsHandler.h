@@ -18,7 +18,7 @@ public:
     // An empty function removes the handler.
     void Set(Function function) { m_function = std::make_shared<const Function>(std::move(function)); }
 
-    // Keeps the function and its captures alive until it returns, because it may replace itself or
+    // Calls the handler, if there is one. Keeps it alive until it returns, because it may replace itself or
     // destroy the parser.
     void Call(const InputSource& source) const
     {

@@ -39,14 +39,14 @@ public:
     XMLDomFormatter();
     ~XMLDomFormatter() override;
 
-    // These four and GetOutput raise a LogicException after TakeDocument.
+    // The next four operations and GetOutput raise a LogicException after TakeDocument.
     DOM& GetDocument();
     // Returns null until an element is written.
     DOMElement* GetDocumentRoot();
     DOMElement& GetRoot();
     // Returns the first element named `name`, or null. Linear.
     DOMElement* GetElement(const VString& name) const;
-    // Releases the document. Afterwards no element is open.
+    // Releases the document. Afterwards no element is open, and another call returns null.
     std::unique_ptr<DOM> TakeDocument();
 
     // Replaces the attributes of the open element.
