@@ -29,7 +29,7 @@ METRICS2_API void SetSink(std::function<void(const ScopeRecord&)> sink, std::uin
 // Returns whether scopes of at least one of these categories are collected now. Thread-safe.
 METRICS2_API bool TestBitsAndContext(std::uint64_t bits) noexcept;
 
-// Measures the time from construction to destruction, if its category is collected. Costs one atomic load if not.
+// Measures the time from construction to destruction, if its category is collected. Otherwise costs one atomic load.
 class METRICS2_API Scope {
 public:
     // Borrows `name`, which must live as long as the sink uses it. Pass a literal.

@@ -5,7 +5,7 @@
 
 #include "vansys/Export.h"
 
-// Attributes the memory that a thread allocates while the scope is open to the task `name`.
+// While the scope is open, it attributes the memory that its thread allocates to the task `name`.
 //
 // The thread that opened a scope must close it. On another thread, Close raises a LogicException (code
 // 0x3C6E9D12, text "MemoryScope can only be used on single thread") and the scope stays open. Scopes may be

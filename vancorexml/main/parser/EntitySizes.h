@@ -34,8 +34,9 @@ struct Expansion {
 //
 // Threads: one at a time.
 //
-// Cost: Declare is linear in the text. Expand visits each entity at most once between two
-// declarations and is constant for an entity that it has visited. The call stack does not grow.
+// Cost: Declare is linear in the text. Expand visits each entity at most once between two declarations.
+// For an entity that it has visited, it is constant or, if the entity is circular, linear in the number
+// of entities. The call stack does not grow.
 class EntitySizes {
 public:
     enum class Kind { General, Parameter };

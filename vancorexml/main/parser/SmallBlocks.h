@@ -59,7 +59,7 @@ private:
         std::size_t list;  // the free list of the block's size; ListCount for a block too large for the pool
         Header* next;      // the next block of the free list
     };
-    // A list of free blocks of one size: one Header in the first list, two in the second, and so on.
+    // A list of free blocks of one size. The size is one Header in the first list, two in the second, and so on.
     struct FreeList {
         Header* first = nullptr;
         std::size_t count = 0;

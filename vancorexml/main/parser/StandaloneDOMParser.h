@@ -33,8 +33,8 @@ public:
     StandaloneDOMParser& operator=(const StandaloneDOMParser&) = delete;
 
     // These add a schema against which every later parse validates. Each parse reads the schema again.
-    // The source must not be null. If its id is empty, the next parse raises a LogicException. Errors
-    // in the schema itself are not among the errors of a parse.
+    // The source must not be null. If the id of the source is empty, or the resource is unknown, every
+    // later parse raises a LogicException. Errors in the schema itself are not among the errors of a parse.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
     // The handler is called once after each parse; an empty function removes it. The handler may
