@@ -34,13 +34,13 @@ VANCOREDATA_API const VString& GetDefaultISOString();
 VANCOREDATA_API const VString& GetDefaultLanguage();
 
 // Returns the supported code that is closest to `isoString`. The first of these rules that applies decides:
-//  1. A supported code gives itself.
-//  2. Chinese gives "zh_TW" for Taiwan, Hong Kong, Macau and "zh_Hant", but not for "zh_Hans". Other Chinese gives
-//     "zh_CN".
-//  3. English gives "en_US" without a country, and otherwise "en_GB".
-//  4. French gives "fr_FR".
-//  5. Another supported language gives its only supported code: "de_AT" gives "de_DE", and "es" gives "es_ES".
-//  6. Any other text gives the default.
+//  1. A supported code maps to itself.
+//  2. Chinese maps to "zh_TW" for Taiwan, Hong Kong, Macau and "zh_Hant", but not for "zh_Hans". All other Chinese
+//     maps to "zh_CN".
+//  3. English maps to "en_US" without a country, and otherwise to "en_GB".
+//  4. French maps to "fr_FR".
+//  5. Another supported language maps to its only supported code: "de_AT" to "de_DE", and "es" to "es_ES".
+//  6. Any other text maps to the default.
 // Letter case is ignored, "-" equals "_", and text from the first "." or "@" on is ignored.
 VANCOREDATA_API LanguageCode GetClosestSupportedLanguageCode(const VString& isoString);
 

@@ -83,8 +83,8 @@ public:
     // locations. `other` may be an ancestor or a descendant of this element. Linear.
     DOMElement& operator=(const DOMElement& other);
 
-    // Compares names, texts, attributes and children of the two subtrees. Ignores the order of
-    // attributes, locations, encoded flags and diagnostics. Linear.
+    // Compares names, texts, attributes and children of the two subtrees. Ignores locations, encoded flags,
+    // diagnostics and the order of attributes. Linear.
     bool operator==(const DOMElement& other) const { return !(*this != other); }
     bool operator!=(const DOMElement& other) const;
 

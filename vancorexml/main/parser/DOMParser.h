@@ -57,7 +57,7 @@ public:
 
     // The operations that receive an rvalue leave it empty.
 
-    // The encoding is that of the byte order mark or of the XML declaration, else UTF-8.
+    // The byte order mark or the XML declaration determines the encoding. Without both, it is UTF-8.
     std::unique_ptr<DOM> ParseXmlBytes(const std::vector<unsigned char>& bytes);
     std::unique_ptr<DOM> ParseXmlBytes(std::vector<unsigned char>&& bytes);
     // `id` names the text in messages. White space before the document is skipped. A byte string is

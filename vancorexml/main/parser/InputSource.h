@@ -45,8 +45,8 @@ private:
     VString m_id;
 };
 
-// The interface through which a parser reads an input source. Every source implements it in addition to
-// InputSource. The returned view shares the bytes, so it may outlive the source.
+// The interface through which a parser reads an input source. Every source of the library implements it
+// in addition to InputSource. The returned view shares the bytes, so it may outlive the source.
 class VANCOREXML_API IXercesInputSourceProvider {
 public:
     virtual XercesInputSource GetXercesInputSource(ColonProcessingMode mode) = 0;

@@ -91,8 +91,8 @@ public:
     void WalkNodes(
         std::function<void(const StandaloneDOMElement&)> onElement, std::function<void(const VString&)> onText) const;
 
-    // Compares names, attributes and nodes of the two subtrees. Ignores the order of attributes and the
-    // encoded flags. Linear.
+    // Compares names, attributes and nodes of the two subtrees. Ignores encoded flags and the order of
+    // attributes. Linear.
     bool operator==(const StandaloneDOMElement& other) const;
     bool operator!=(const StandaloneDOMElement& other) const { return !(*this == other); }
     // Returns a deep copy, which includes the encoded flags. Linear.

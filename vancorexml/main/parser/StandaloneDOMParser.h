@@ -41,7 +41,7 @@ public:
     // replace or remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
-    // The encoding is that of the byte order mark or of the XML declaration, else UTF-8.
+    // The byte order mark or the XML declaration determines the encoding. Without both, it is UTF-8.
     Result ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
     // Throws VIO::Exception if the file cannot be read or decoded.
     Result ParseXmlFile(const VString& fileName) const;

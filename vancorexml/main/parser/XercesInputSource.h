@@ -28,7 +28,7 @@ public:
     // A xercesc::InputSource. Only the parser uses it, so callers need no header of Xerces.
     class Buffer;
 
-    // Makes a view of `bytes` from the byte `startOffset`, at most their number, to the end. `id` becomes
+    // Makes a view of `bytes` that begins at `startOffset`, which must not exceed their size. `id` becomes
     // the system id. With ColonProcessingSanitize, the view shows a rewritten copy if there is a name to
     // rewrite. Never changes `bytes`.
     XercesInputSource(std::shared_ptr<std::string> bytes,
