@@ -10,8 +10,8 @@ if(VANCOREXML_TOOL)
     install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 
-# The headers that callers include. A header that is not listed here is private: no listed header includes it. No listed
-# header includes one of Xerces-C or Boost, so callers need neither.
+# The public headers. All other headers are private, and no public header includes one of them. No public header
+# includes a header of Xerces-C or Boost, so callers need neither.
 set(public_headers
     vancoreplatform/CorePlatformUtils.h
     vancoreplatform/CoreThreadContext.h
@@ -89,7 +89,7 @@ set(public_headers
     vancorexml/main/parser/XmlFileType.h
     vancorexml/van-codegen/gen-strings/vancorexml-strings.h)
 
-# Headers keep their folders below the include root.
+# An installed header has the same path below the include root as below the root of the repository.
 foreach(header ${public_headers})
     get_filename_component(folder "${header}" DIRECTORY)
     install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
@@ -98,13 +98,16 @@ set_property(GLOBAL PROPERTY VANCOREXML_PUBLIC_HEADERS ${public_headers})
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/vancorexml")
 install(EXPORT vancorexml NAMESPACE vancorexml:: FILE vancorexml-targets.cmake DESTINATION "${package_folder}")
-configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/vancorexml-config.cmake.in" "${PROJECT_BINARY_DIR}/vancorexml-config.cmake"
+configure_package_config_file(
+    "${PROJECT_SOURCE_DIR}/cmake/vancorexml-config.cmake.in" "${PROJECT_BINARY_DIR}/vancorexml-config.cmake"
     INSTALL_DESTINATION "${package_folder}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" COMPATIBILITY SameMinorVersion)
-install(FILES "${PROJECT_BINARY_DIR}/vancorexml-config.cmake" "${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" DESTINATION "${package_folder}")
+install(FILES
+    "${PROJECT_BINARY_DIR}/vancorexml-config.cmake" "${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake"
+    DESTINATION "${package_folder}")
 
-# The .pc file computes the prefix from its own location, because the prefix is unknown before
-# `cmake --install --prefix`. An absolute library folder does not move with the prefix.
+# The .pc file computes the prefix from its own location, because only `cmake --install --prefix` determines the prefix.
+# If the library folder is absolute, it does not move with the prefix, so the .pc file contains the prefix.
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
     set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
 else()

@@ -17,14 +17,14 @@ endif()
 
 option(VANCOREXML_FAST_BUILD "Precompile headers and compile related sources together" ON)
 
-# ccache caches sources that use precompiled headers only with this sloppiness.
+# With this setting, ccache also caches sources that use precompiled headers.
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND VANCOREXML_DEVELOPER AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_CXX_COMPILER_LAUNCHER
         "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros;${CCACHE_PROGRAM}")
 endif()
 
-# The settings that all of the project's targets share.
+# Sets the compiler options that all targets of the project share.
 function(vancorexml_target_settings target)
     set_target_properties(${target} PROPERTIES
         CXX_STANDARD 20
@@ -53,7 +53,7 @@ function(vancorexml_precompile target)
     vancorexml_cache_precompiled(${target})
 endfunction()
 
-# Compiles the target with the precompiled headers of another one, which must have the same options.
+# Compiles the target with the precompiled headers of the target `other`, which must have the same compiler options.
 function(vancorexml_reuse_precompiled target other)
     if(NOT VANCOREXML_FAST_BUILD)
         return()
@@ -69,7 +69,8 @@ function(vancorexml_cache_precompiled target)
     endif()
 endfunction()
 
-# Adds a shared library of the project. Include paths start at the repository's root, also in the installed copy.
+# Adds a shared library of the project. Include paths start at the root of the repository, and at the include root of
+# the installed copy.
 #   vancorexml_add_module(NAME EXPORT_MACRO [OBJECTS] SOURCES ... PUBLIC ... PRIVATE ...)
 # With OBJECTS, the sources are compiled into the object library NAME_objects. Tests of classes that the shared library
 # does not export link NAME_objects instead of NAME. A program must not link both.
@@ -98,7 +99,7 @@ function(vancorexml_add_module name macro)
     set_property(GLOBAL APPEND PROPERTY VANCOREXML_MODULES ${name})
 endfunction()
 
-# Sets the compiler options of the sources of a shared library.
+# Sets the compiler options of the sources of a module.
 function(vancorexml_module_settings name)
     vancorexml_target_settings(${name})
     target_compile_features(${name} PUBLIC cxx_std_20)
@@ -106,8 +107,8 @@ function(vancorexml_module_settings name)
     if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${name} PRIVATE -fno-semantic-interposition -fno-plt)
     endif()
-    # g++ marks some symbols of the standard library's templates as unique in the process, and the
-    # loader never unloads a library that has one.
+    # g++ marks some symbols of the standard library's templates as unique in the process. The loader never unloads a
+    # library that has such a symbol.
     if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(${name} PRIVATE -fno-gnu-unique)
     endif()
@@ -117,8 +118,8 @@ function(vancorexml_module_settings name)
         "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
 endfunction()
 
-# Sets the compiler options of test programs. Tests spend their time in the library, so the code of the tests is not
-# optimized, which halves its compile time. Builds with sanitizers keep their own optimization level.
+# Sets the compiler options of test programs. The tests spend their time in the library. So their own code is not
+# optimized, which halves its compile time. Builds with sanitizers keep the optimization level of their preset.
 function(vancorexml_test_settings name)
     vancorexml_target_settings(${name})
     target_compile_definitions(${name} PRIVATE QT_NO_KEYWORDS)
@@ -129,8 +130,8 @@ function(vancorexml_test_settings name)
     target_link_libraries(${name} PRIVATE GTest::gtest GTest::gmock)
 endfunction()
 
-# Adds a program of GoogleTest cases. Each case is a test of CTest. The sources are compiled several at a time, except
-# for those listed as ALONE, which define a name that another source also defines.
+# Adds a program of GoogleTest cases. Each case is a test of CTest. The sources listed as SOURCES are compiled in
+# batches. Each source listed as ALONE is compiled alone, because it defines a name that another source also defines.
 #   vancorexml_add_tests(NAME SOURCES ... ALONE ... LIBRARIES ...)
 function(vancorexml_add_tests name)
     cmake_parse_arguments(arg "" "" "SOURCES;ALONE;LIBRARIES" ${ARGN})
@@ -141,7 +142,7 @@ function(vancorexml_add_tests name)
     if(VANCOREXML_FAST_BUILD)
         set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
         set_source_files_properties(${arg_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-        # g++ warns about test fixtures in unnamed namespaces if a source is included by another one.
+        # A batch is one source that includes the others. g++ then warns about test fixtures in unnamed namespaces.
         if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
             target_compile_options(${name} PRIVATE -Wno-subobject-linkage)
         endif()

@@ -1,4 +1,4 @@
-# Runs PROGRAM and fails unless it prints the content of the file EXPECTED.
+# Runs PROGRAM. Fails unless the program succeeds and prints the content of the file EXPECTED.
 execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
 file(READ ${EXPECTED} expected)
 if(NOT status EQUAL 0 OR NOT printed STREQUAL expected)

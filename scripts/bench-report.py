@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Turns the results of the benchmarks into ratios.
+"""Writes tables of ratios from the results of the benchmarks.
 
 bench-report.py FOLDER [PAGE.md CHART.svg]
 
@@ -38,13 +38,23 @@ SECTIONS = [
     ("sanitize", "Colon sanitizer", "memcpy"),
 ]
 
+# The tasks that no other library performs, and their headings.
+TIMED_SECTIONS = [
+    ("diagnostics", "Diagnostics: 101,000 elements, 100,000 errors"),
+    ("renames", "Renames: a million fields"),
+]
+
 
 def read(path):
-    """Reads all results in a folder: samples by (task, document, peer), heap by (document, peer), and counters."""
+    """Reads all results in a folder.
+
+    Returns the samples by (task, document, peer), the heap by (document, peer), and the counters by document.
+    """
     samples = collections.defaultdict(list)
     heap = {}
     counters = collections.defaultdict(list)
-    rows = [row for file in sorted(pathlib.Path(path).glob("*.json")) for row in json.loads(file.read_text(encoding="utf-8"))["benchmarks"]]
+    files = sorted(pathlib.Path(path).glob("*.json"))
+    rows = [row for file in files for row in json.loads(file.read_text(encoding="utf-8"))["benchmarks"]]
     for row in rows:
         if row.get("run_type") != "iteration":
             continue
@@ -61,6 +71,7 @@ def read(path):
 
 
 def spread(values):
+    """Returns half the distance between the quartiles, as a share of the median."""
     if len(values) < 2:
         return 0.0
     quarters = statistics.quantiles(values, n=4)
@@ -68,6 +79,7 @@ def spread(values):
 
 
 def show(seconds):
+    """Returns a time with its unit, such as "46.9 ms"."""
     for unit, scale in (("s", 1.0), ("ms", 1e-3), ("µs", 1e-6)):
         if seconds >= scale:
             return f"{seconds / scale:.3g} {unit}"
@@ -75,6 +87,7 @@ def show(seconds):
 
 
 def table(lines, samples, task, reference):
+    """Appends the table of a task: a row for each document, a column for each library."""
     documents = list(dict.fromkeys(d for t, d, _ in samples if t == task))
     peers = list(dict.fromkeys(p for t, _, p in samples if t == task))
     if not documents:
@@ -99,7 +112,7 @@ def table(lines, samples, task, reference):
 
 
 def goals(samples, heap, counters):
-    """The lines of the table of goals: a row for each measure, a column for each document."""
+    """Returns the lines of the table of goals: a row for each measure, a column for each document."""
     documents = list(dict.fromkeys(d for t, d, _ in samples if t == "parse"))
 
     def median(task, document, peer):
@@ -116,47 +129,63 @@ def goals(samples, heap, counters):
             row.append(shown(above, below, 2))
         return row
 
+    heap_ratios = [shown(heap.get((d, OURS)), heap.get((d, "libxml2")), 2) for d in documents]
+    sanitizer_ratios = [shown(median("sanitize", d, OURS), median("parse", d, OURS), 3) for d in documents]
     rows = [
         ("parse from memory ÷ bare Xerces-C pass", "1.40", "1.25", ratio("parse", OURS, "parse", FLOOR)),
         ("parse and destroy ÷ bare pass", "1.55", "1.35", ratio("parse-destroy", OURS, "parse-destroy", FLOOR)),
         ("parse from a file ÷ parse from memory", "1.10", "1.05", ratio("parse-file", OURS, "parse", OURS)),
-        ("heap ÷ libxml2's heap", "1.00", "0.50", [shown(heap.get((d, OURS)), heap.get((d, "libxml2")), 2) for d in documents]),
+        ("heap ÷ libxml2's heap", "1.00", "0.50", heap_ratios),
         ("write ÷ libxml2's write", "1.00", "", ratio("write", OURS, "write", "libxml2")),
         ("write ÷ pugixml's write", "", "1.00", ratio("write", OURS, "write", "pugixml")),
         ("`//name` ÷ pugixml's", "3", "1", ratio("path-any", OURS, "path-any", "pugixml")),
-        ("sanitizer, nothing to rewrite ÷ the parse", "0.05", "0.02", [shown(median("sanitize", d, OURS), median("parse", d, OURS), 3) for d in documents]),
+        ("sanitizer, nothing to rewrite ÷ the parse", "0.05", "0.02", sanitizer_ratios),
     ]
     lines = ["| measure | limit | goal | " + " | ".join(documents) + " |", "|---|---|---|" + "---|" * len(documents)]
     lines += [f"| {name} | {must} | {aim} | " + " | ".join(values) + " |" for name, must, aim, values in rows]
     lines.append("")
-    validation = {d: shown(median("validate", d, OURS), median("validate", d, FLOOR), 2) for d in ("large.kxa", "1000-small.kxa")}
+    validation = {
+        d: shown(median("validate", d, OURS), median("validate", d, FLOOR), 2) for d in ("large.kxa", "1000-small.kxa")}
     if any(validation.values()):
-        lines.append("Validation ÷ bare Xerces-C validation: " + ", ".join(f"{d} **{v}**" for d, v in validation.items() if v) + " (limit 1.15, goal 1.05).")
+        ratios = ", ".join(f"{d} **{v}**" for d, v in validation.items() if v)
+        lines.append(f"Validation ÷ bare Xerces-C validation: {ratios} (limit 1.15, goal 1.05).")
     if counters:
         each = {d: statistics.median(v) for d, v in counters.items()}
         low, high = min(each.values()), max(each.values())
-        lines.append("Cost per element: " + ", ".join(f"{d} {v * 1e9:.0f} ns" for d, v in each.items()) + f"; largest ÷ smallest **{high / low:.2f}** (limit 1.25, goal 1.10).")
+        costs = ", ".join(f"{d} {v * 1e9:.0f} ns" for d, v in each.items())
+        ratio_of_costs = f"largest ÷ smallest **{high / low:.2f}** (limit 1.25, goal 1.10)"
+        lines.append(f"Cost per element: {costs}; {ratio_of_costs}.")
     lines.append("")
     return lines
 
 
 def command(*words):
+    """Returns the output of a command, or "unknown" if it fails."""
     try:
         return subprocess.run(words, capture_output=True, text=True, check=True).stdout.strip()
     except (OSError, subprocess.CalledProcessError):
         return "unknown"
 
 
+def package_versions(*packages):
+    return command("dpkg-query", "-W", "-f", "${Package} ${Version}, ", *packages).rstrip(", ")
+
+
 def setting(fewest, most):
-    cpu = next((line.split(":", 1)[1].strip() for line in open("/proc/cpuinfo", encoding="utf-8") if line.startswith("model name")), "unknown")
-    versions = command("dpkg-query", "-W", "-f", "${Package} ${Version}, ", "libxerces-c-dev", "qtbase5-dev", "libxml2-dev", "libtinyxml2-dev", "libpugixml-dev", "libbenchmark-dev")
-    corpora = command("dpkg-query", "-W", "-f", "${Package} ${Version}, ", "ssg-debian", "shared-mime-info", "libvulkan-dev", "unicode-cldr-core")
+    """Returns lines that describe the run. A task has at least `fewest` and at most `most` samples."""
+    with open("/proc/cpuinfo", encoding="utf-8") as processors:
+        models = [line.split(":", 1)[1].strip() for line in processors if line.startswith("model name")]
+    cpu = models[0] if models else "unknown"
+    versions = package_versions(
+        "libxerces-c-dev", "qtbase5-dev", "libxml2-dev", "libtinyxml2-dev", "libpugixml-dev", "libbenchmark-dev")
+    corpora = package_versions("ssg-debian", "shared-mime-info", "libvulkan-dev", "unicode-cldr-core")
+    compiler = command("c++", "--version").splitlines()[0]
     return [
         f"- date: {command('date', '+%Y-%m-%d')}; revision {command('git', 'rev-parse', '--short', 'HEAD')}",
         f"- machine: {cpu}, one core of it, {platform.system()} {platform.machine()}",
-        f"- compiler: {command('c++', '--version').splitlines()[0]}; flags: -O3 -DNDEBUG (CMake's Release) and the project's own",
-        f"- peers: {versions.rstrip(', ')}",
-        f"- documents: {corpora.rstrip(', ')}",
+        f"- compiler: {compiler}; flags: -O3 -DNDEBUG (CMake's Release) and the project's own",
+        f"- peers: {versions}",
+        f"- documents: {corpora}",
         f"- command: `scripts/bench`; {fewest} samples of a task, {most} samples of a task with a tight goal",
     ]
 
@@ -169,7 +198,8 @@ def chart(samples, path):
         data.write("document " + " ".join(peers) + "\n")
         for document in documents:
             base = statistics.median(samples["parse", document, FLOOR])
-            data.write(document + " " + " ".join(f"{statistics.median(samples['parse', document, p]) / base:.3f}" for p in peers) + "\n")
+            ratios = (statistics.median(samples["parse", document, peer]) / base for peer in peers)
+            data.write(document + " " + " ".join(f"{ratio:.3f}" for ratio in ratios) + "\n")
         data.flush()
         script = f"""
 set terminal svg size 900,420 font "sans,12" background "white"
@@ -194,17 +224,22 @@ def main():
         body = []
         table(body, samples, task, reference)
         if body:
-            lines += [f"## {heading}", "", f"Bold numbers are multiples of the time of {reference}. Brackets contain the time and the spread.", ""] + body
+            note = f"Bold numbers are multiples of the time of {reference}. Brackets contain the time and the spread."
+            lines += [f"## {heading}", "", note, ""] + body
     if heap:
         peers = list(dict.fromkeys(p for _, p in heap))
-        lines += ["## Heap", "", "Heap bytes of the parsed document for each byte of the file.", "", "| document | " + " | ".join(peers) + " |", "|---|" + "---|" * len(peers)]
+        lines += ["## Heap", "", "Heap bytes of the parsed document for each byte of the file.", ""]
+        lines += ["| document | " + " | ".join(peers) + " |", "|---|" + "---|" * len(peers)]
         for document in dict.fromkeys(d for d, _ in heap):
-            lines.append(f"| {document} | " + " | ".join(f"{heap[document, p]:.2f}" if (document, p) in heap else "" for p in peers) + " |")
+            cells = [f"{heap[document, p]:.2f}" if (document, p) in heap else "" for p in peers]
+            lines.append(f"| {document} | " + " | ".join(cells) + " |")
         lines.append("")
-    for task, heading in (("diagnostics", "Diagnostics: 101,000 elements, 100,000 errors"), ("renames", "Renames: a million fields")):
+    for task, heading in TIMED_SECTIONS:
         rows = [(d, v) for (t, d, _), v in samples.items() if t == task]
         if rows:
-            lines += [f"## {heading}", "", "| task | time |", "|---|---|"] + [f"| {d} | {show(statistics.median(v))} ±{spread(v) * 100:.0f} % |" for d, v in rows] + [""]
+            lines += [f"## {heading}", "", "| task | time |", "|---|---|"]
+            lines += [f"| {d} | {show(statistics.median(v))} ±{spread(v) * 100:.0f} % |" for d, v in rows]
+            lines.append("")
     if len(sys.argv) < 4:
         print("\n".join(lines))
         return
@@ -221,7 +256,9 @@ def main():
         "processes of its own, and the libraries take turns. Times are medians. The spread after ± is half the",
         "distance between the quartiles.",
         "",
-    ] + setting(*(choose(len(times) for times in samples.values()) for choose in (min, max))) + ["", "![Bytes to tree](performance.svg)", ""]
+    ]
+    counts = [len(times) for times in samples.values()]
+    intro += setting(min(counts), max(counts)) + ["", "![Bytes to tree](performance.svg)", ""]
     with open(sys.argv[2], "w", encoding="utf-8") as page:
         page.write("\n".join(intro + lines))
 

@@ -2,17 +2,17 @@
 #   cmake -D SOURCE=kxa.xsd.in -D VERSION=10.5 -D OUTPUT=kxa_10_5.xsd -P expand-schema.cmake
 #
 # SOURCE holds the text of all versions. Processing instructions say which lines belong to which version:
-#   <?from 10.3?>               at the end of a line: the line is for version 10.3 and all later ones;
-#                               on a line of its own: the same for all lines down to <?end?>; such blocks nest
-#   <?until 10.4?>              likewise, for version 10.4 and all earlier ones
-#   <?include name.xsd.in?>     inserts the expanded text of a file in the folder of SOURCE, indented like the
-#                               instruction
-#   @VERSION@ @MAJOR@ @MINOR@   VERSION and its two numbers
-# Several blank lines in a row become one.
+#   <?from 10.3?>               At the end of a line, it keeps the line in version 10.3 and all later ones. On a line
+#                               of its own, it does so for all lines down to <?end?>. Such blocks may nest.
+#   <?until 10.4?>              Works like <?from?>, for version 10.4 and all earlier ones.
+#   <?include name.xsd.in?>     Inserts the expanded text of a file in the folder of SOURCE, with the indentation of
+#                               the instruction.
+#   @VERSION@ @MAJOR@ @MINOR@   Are replaced by VERSION and its two numbers.
+# Several empty lines in a row become one.
 cmake_minimum_required(VERSION 3.22)
 
-# Decides about a line whose mark is `bound` ("from" or "until") with `version`. Sets `result` to "keep" if the line
-# belongs to VERSION, and to "skip" if not.
+# Checks a mark: `bound` is "from" or "until", and `version` is its version. Sets `result` to "keep" if the marked lines
+# belong to VERSION, otherwise to "skip".
 function(judge bound version result)
     if((bound STREQUAL "from" AND VERSION VERSION_LESS version)
             OR (bound STREQUAL "until" AND VERSION VERSION_GREATER version))
@@ -27,7 +27,7 @@ function(expand file result)
     file(READ "${file}" text)
     set(expanded)
     set(line_number 0)
-    # "keep" or "skip" for each open block.
+    # The results of `judge` for the open blocks, the innermost last.
     set(blocks)
     while(text MATCHES "^([^\n]*)\n")
         set(line "${CMAKE_MATCH_1}")

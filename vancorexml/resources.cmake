@@ -1,4 +1,5 @@
-# Embeds the schemas and the compiled translations as Qt resources in the folder ":/vancorexml". Sets resource_sources.
+# Embeds the schemas and the compiled translations as Qt resources in the folder ":/vancorexml". Sets `resource_sources`
+# to the source that contains them.
 find_program(LRELEASE_PROGRAM NAMES lrelease-qt5 lrelease HINTS "${Qt5Core_DIR}/../../../qt5/bin" REQUIRED)
 
 set(locales ar_YE de_DE en_GB es_ES fr_CA fr_FR ga_IE it_IT ja_JP ko_KR pt_BR zh_CN zh_TW)
@@ -19,8 +20,8 @@ foreach(name connector_plugin_manifest connector_plugin_resources dynamic_connec
 endforeach()
 embed(VQRC_FILEFORMAT_XHTML_DTD "${resources}/xhtml.dtd")
 
-# All versions of a document type's schema are generated from one source, so that they cannot differ by accident. The
-# sources include the shared parts.
+# All versions of the schema of a document type are generated from one source, so that they cannot differ by accident.
+# The sources include these shared parts.
 set(schema_parts alias-keys binary column common connection field-types flag non-empty option-names text url)
 list(TRANSFORM schema_parts PREPEND "${resources}/")
 list(TRANSFORM schema_parts APPEND ".xsd.in")
@@ -35,8 +36,8 @@ macro(embed_versioned_schema type version name)
     embed(${name} "${schema}")
 endmacro()
 
-# XSDResources owns the list of versions, oldest first. The last one is the current version, whose schemas have plain
-# names.
+# XSDResources.cpp has the list of versions, oldest first. The last one is the current version. The names of its schemas
+# have no version.
 set(version_list "${CMAKE_CURRENT_LIST_DIR}/main/parser/XSDResources.cpp")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${version_list}")
 file(STRINGS "${version_list}" older_versions REGEX "^constexpr .* SchemaVersions\\[\\] = ")
@@ -69,7 +70,8 @@ foreach(locale ${locales})
 endforeach()
 
 set(collection "${CMAKE_CURRENT_BINARY_DIR}/vancorexml.qrc")
-file(GENERATE OUTPUT "${collection}" CONTENT "<RCC>\n  <qresource prefix=\"/vancorexml\">\n${rows}  </qresource>\n</RCC>\n")
+file(GENERATE OUTPUT "${collection}"
+    CONTENT "<RCC>\n  <qresource prefix=\"/vancorexml\">\n${rows}  </qresource>\n</RCC>\n")
 
 set(resource_sources "${CMAKE_CURRENT_BINARY_DIR}/vancorexml-resources.cpp")
 add_custom_command(OUTPUT "${resource_sources}"

@@ -1,5 +1,5 @@
 # Fails if a library exports a symbol of Xerces-C, Qt or Boost, or of a private class or namespace. Weak symbols are
-# allowed: type information and inline functions of these libraries must be shared with them.
+# allowed, because the libraries must share type information and inline functions with each other.
 list(JOIN PRIVATE_NAMES "|" private_names)
 foreach(library ${LIBRARIES})
     execute_process(COMMAND "${NM}" -D --defined-only -C "${library}" RESULT_VARIABLE result OUTPUT_VARIABLE symbols)

@@ -1,4 +1,4 @@
-# A script has no policies of its own, but if(IN_LIST) needs one.
+# Sets the policies of this script: if(IN_LIST) needs one of them.
 cmake_minimum_required(VERSION 3.22)
 
 # Runs one command and sets `output` to its output. If the command fails, shows the output and stops.
@@ -17,11 +17,12 @@ set(flags)
 if(SANITIZE)
     set(flags "-DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE}")
 endif()
-# Callers need none of these packages: asking for one of them is an error here.
+# Callers need none of these packages, so the project must build although they cannot be found.
 foreach(package Boost CLI11 XercesC)
     list(APPEND flags "-DCMAKE_DISABLE_FIND_PACKAGE_${package}=ON")
 endforeach()
-run(${CMAKE_COMMAND} -S "${SOURCE}" -B "${WORK}/build" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${WORK}/prefix" "-DCMAKE_CXX_COMPILER=${COMPILER}" ${flags})
+run(${CMAKE_COMMAND} -S "${SOURCE}" -B "${WORK}/build" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${WORK}/prefix"
+    "-DCMAKE_CXX_COMPILER=${COMPILER}" ${flags})
 run(${CMAKE_COMMAND} --build "${WORK}/build")
 run("${WORK}/build/consumer")
 if(NOT output STREQUAL "book: <book lang='de' />\n")

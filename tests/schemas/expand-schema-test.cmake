@@ -5,6 +5,7 @@ cmake_minimum_required(VERSION 3.22)
 file(WRITE "${FOLDER}/part.xsd.in" "part <?from 10.4?>\n")
 file(WRITE "${FOLDER}/indented.xsd.in" "<a>\n\n  <b/>\n</a>\n")
 
+# Expands `source` for a version. Sets `status` to the exit status, and `output` to the schema or the error text.
 function(run source version status output)
     file(WRITE "${FOLDER}/source.xsd.in" "${source}")
     file(REMOVE "${FOLDER}/expanded.xsd")
@@ -19,6 +20,7 @@ function(run source version status output)
     set(${output} "${text}" PARENT_SCOPE)
 endfunction()
 
+# Expects that the schema of a version is `expected`.
 function(expect source version expected)
     run("${source}" ${version} status output)
     if(NOT status EQUAL 0 OR NOT output STREQUAL expected)
@@ -26,6 +28,7 @@ function(expect source version expected)
     endif()
 endfunction()
 
+# Expects that `source` is an error.
 function(expect_refused source)
     run("${source}" 10.5 status output)
     if(status EQUAL 0)
