@@ -1,4 +1,4 @@
-// A source that does not end, for tests that must not read a document to its end.
+// A source that never ends, for tests of operations that must not read a document to its end.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 
 namespace testsupport {
 
-// Supplies `start` and then blanks without end. Counts the reads.
+// Supplies `start` and then blanks without end. `blocks` counts the reads.
 class EndlessSource : public InputSource {
 public:
     explicit EndlessSource(std::string start) : InputSource("endless"), m_start(std::move(start)) {}
@@ -26,7 +26,7 @@ public:
     void ResetToStart() override { m_position = 0; }
     unsigned long long Size() const override { return m_start.size(); }
 
-    // Whether the next read starts at the first byte.
+    // Returns true if the next read starts at the first byte.
     bool IsAtStart() const noexcept { return m_position == 0; }
 
     int blocks = 0;

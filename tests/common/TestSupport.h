@@ -1,4 +1,4 @@
-// Shared by the tests: matching of logic assertions, capture of logs, temporary folders, limits of CPU time.
+// Helpers of all tests: logic assertions, captured logs, temporary folders, limits of CPU time.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -19,7 +19,7 @@
 #include "vansys/LogicException.h"
 #include "vansys/VantoraException.h"
 
-// Makes GoogleTest print strings as text and not as lists of code units.
+// Makes GoogleTest print a VString as text instead of a list of code units.
 inline void PrintTo(const VString& text, std::ostream* out)
 {
     *out << '"' << text << '"';
@@ -27,8 +27,8 @@ inline void PrintTo(const VString& text, std::ostream* out)
 
 namespace testsupport {
 
-// Expects that `run` raises the logic assertion with this file, line, expression and code, and with the key that
-// belongs to the code.
+// Expects that `run` raises the logic assertion with this file, line, expression and code, and with the key of that
+// code.
 inline void ExpectLogicException(
     const std::function<void()>& run, const char* file, int line, const char* text, std::uint32_t code)
 {
@@ -81,8 +81,8 @@ private:
     QTemporaryDir m_folder;
 };
 
-// Fails the test if the process uses more than `seconds` of CPU time while the object lives. Choose a limit that
-// leaves room for slow builds, such as those with a sanitizer.
+// Fails the test if the process uses more than `seconds` of CPU time while the object lives. Choose a limit that a slow
+// build also keeps, such as one with a sanitizer.
 class CpuTimeLimit {
 public:
     explicit CpuTimeLimit(double seconds) : m_seconds(seconds) {}

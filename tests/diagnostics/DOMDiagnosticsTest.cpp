@@ -32,7 +32,7 @@ TEST(DOMDiagnosticsTest, ANewDocumentHasNoDiagnostics)
 
 class DOMErrorKindTest : public testing::TestWithParam<KindRow> {};
 
-TEST_P(DOMErrorKindTest, ShowsOnTheElementAndItsAncestors)
+TEST_P(DOMErrorKindTest, IsReportedForTheElementAndItsAncestors)
 {
     const KindRow& row = GetParam();
     DOM document;

@@ -1,4 +1,4 @@
-// The diagnostics operations of DOMElement, which forward to the document and assert that there is one.
+// The diagnostics operations of DOMElement. They forward to the document, and assert that the element has one.
 #include "tests/tree/TreeTestSupport.h"
 
 using namespace treetest;
@@ -126,7 +126,7 @@ TEST(DOMElementDiagnosticsTest, WarningsAndErrorsAreCollectedSeparately)
     EXPECT_EQ(infos, (std::list<VError::ErrorInfo>{Info(2)}));
 }
 
-TEST(DOMElementDiagnosticsTest, ErrorShowsOnAncestorsButNotOnSiblings)
+TEST(DOMElementDiagnosticsTest, ErrorIsReportedForAncestorsButNotForSiblings)
 {
     DOM document;
     DOMElement& grandparent = document.GetRoot().AddNewChild("g", nullptr);
@@ -142,7 +142,7 @@ TEST(DOMElementDiagnosticsTest, ErrorShowsOnAncestorsButNotOnSiblings)
     EXPECT_FALSE(parent.HasWarnings());
 }
 
-TEST(DOMElementDiagnosticsTest, WarningShowsOnAncestorsButNotOnSiblings)
+TEST(DOMElementDiagnosticsTest, WarningIsReportedForAncestorsButNotForSiblings)
 {
     DOM document;
     DOMElement& parent = document.GetRoot().AddNewChild("p", nullptr);

@@ -1,5 +1,5 @@
-// Compares the index behind the Has... queries with a plain implementation, which climbs from every
-// element that has a record.
+// Compares the index behind the Has... queries with a plain implementation, which climbs to the root from every element
+// that has a record.
 #include "vancorexml/main/parser/DiagnosticsIndex.h"
 
 #include <algorithm>
@@ -196,7 +196,7 @@ TEST(DiagnosticsIndexTest, AgreesWithClimbingOnRandomTrees)
     }
 }
 
-// Checks only after every tenth change, so that several changes update the index between two queries.
+// Compares only after every tenth change, so that several changes update the index between two queries.
 TEST(DiagnosticsIndexTest, AgreesWithClimbingAfterManyChanges)
 {
     for (unsigned seed = 1000; seed < 1200 && !testing::Test::HasFailure(); ++seed) {
@@ -237,7 +237,7 @@ TEST(DiagnosticsIndexTest, MoveTransfersRecordsToTheNewAncestors)
     EXPECT_TRUE(b.HasErrors());
 }
 
-// A query that climbs from every error would take thousands of millions of steps.
+// If each query climbed from every error, the test would take thousands of millions of steps.
 TEST(DiagnosticsIndexTest, QueriesOfEveryElementOfADeepTreeAreFast)
 {
     constexpr int Levels = 100000;
@@ -255,8 +255,8 @@ TEST(DiagnosticsIndexTest, QueriesOfEveryElementOfADeepTreeAreFast)
     EXPECT_EQ(withErrors, chain.size());
 }
 
-// Each change invalidates the answer. The answer for the whole document must not need a climb from
-// every record.
+// Each change invalidates the answer of the query before. The query of the whole document must not climb from every
+// record.
 TEST(DiagnosticsIndexTest, DocumentQueriesBetweenDeepChangesAreFast)
 {
     constexpr int Levels = 100000;
@@ -304,7 +304,7 @@ const ShapeRow ShapeRows[] = {
     {"Deep", [](DOMElement&, DOMElement& last) -> DOMElement& { return last.AddNewChild("level", nullptr); }},
 };
 
-// Rebuilding the index for every query would visit ElementCount * ElementCount elements and take a minute.
+// If every query rebuilt the index, it would visit ElementCount * ElementCount elements, which takes a minute.
 class DiagnosticsIndexCostTest : public testing::TestWithParam<ShapeRow> {
 protected:
     DiagnosticsIndexCostTest()

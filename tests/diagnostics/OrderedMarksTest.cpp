@@ -50,8 +50,8 @@ TEST(OrderedMarksTest, LabelsIncreaseAlongTheListAfterRandomChanges)
     ExpectIncreasingLabels(order);
 }
 
-// Each insertion halves the same gap between two labels. With 64-bit labels that works only 64 times
-// before other labels must change.
+// Each insertion halves the same gap between two labels. 64-bit labels allow this only 64 times before other labels
+// must change.
 TEST(OrderedMarksTest, InsertsAMillionMarksAtOnePosition)
 {
     OrderedMarks list;

@@ -274,7 +274,7 @@ TEST_F(InputSourceUtilsTest, FileOfOneGibibyteIsReadInChunks)
 
 TEST_F(InputSourceUtilsTest, SmallerFileIsDecodedAsAWhole)
 {
-    // The exception shows that the file was decoded.
+    // The exception shows that the function decoded the file.
     EXPECT_THROW(InputSourceUtils::InputSourceFromFileName(WriteLarge(0x3FFFFFFF), true), VIO::Exception);
 }
 

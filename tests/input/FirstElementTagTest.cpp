@@ -28,7 +28,7 @@ TEST(FirstElementTagTest, ReturnsAnEmptyTextWithoutACompleteTag)
         EXPECT_EQ(ReadTag(text), "") << text;
 }
 
-TEST(FirstElementTagTest, ReadsNoFurtherThanTheRunThatCompletesTheTag)
+TEST(FirstElementTagTest, StopsReadingAfterTheBlockThatCompletesTheTag)
 {
     const std::string tag = "<a b='" + std::string(600, 'x') + "'>";
     testsupport::EndlessSource source(tag);

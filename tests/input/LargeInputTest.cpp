@@ -1,4 +1,4 @@
-// Large texts that would take hours if a scanner searched anew for every colon or every block.
+// Large texts. A scanner that searched them from the start for every colon or every block would take hours.
 #include <memory>
 #include <string>
 

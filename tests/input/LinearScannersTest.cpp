@@ -58,8 +58,8 @@ private:
     std::mt19937 m_random{20261121};
 };
 
-// Calls `check` with `count` random texts until a check fails. Half of the texts consist of single characters,
-// half of typical pieces of markup.
+// Calls `check` with `count` random texts, but stops after a failure. Half of the texts consist of single characters,
+// the other half of typical pieces of markup.
 template <typename Check>
 void ForRandomTexts(int count, const Check& check)
 {
@@ -120,7 +120,7 @@ TEST(LinearScannersTest, GetAttributeValueInTagMatchesTheReference)
             EXPECT_EQ(value, reference::GetAttributeValueInTag(text, name, tag)) << name;
             found += value ? 1 : 0;
         }
-        // A tag in the middle of other text.
+        // The tag is in the middle of other text.
         const std::string around = "x='" + text + "' a='1'>";
         const XmlUtils::TagRange inner{3, text.size()};
         const auto expected = reference::GetAttributeValueInTag(around, "a", inner);

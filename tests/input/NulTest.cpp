@@ -1,5 +1,5 @@
-// Xerces treats a NUL as the end of its input. A document with text behind a NUL must be an error:
-// a program that accepted it and wrote it back would lose that text.
+// Xerces treats a NUL as the end of its input. A document with text behind a NUL must be an error, because a program
+// that accepts the document and writes it back would lose that text.
 
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
@@ -15,7 +15,7 @@ using Events = std::vector<std::string>;
 constexpr const char* Schema =
     "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>";
 
-// Contains every kind of markup. The tests replace ENCODING.
+// A document with every kind of markup. The tests replace ENCODING.
 const std::string RichDocument =
     "<?xml version='1.0' encoding='ENCODING' standalone='yes'?>\n"
     "<!-- c -->\n"
@@ -54,7 +54,7 @@ std::string Utf32(const std::string& ascii)
     return bytes;
 }
 
-// `text` with a NUL for each "^".
+// Returns `text` with a NUL in place of each "^".
 std::string WithNuls(std::string text)
 {
     std::replace(text.begin(), text.end(), '^', '\0');
@@ -86,7 +86,7 @@ struct PositionRow {
     std::string text;  // with a NUL
     const char* position;
 
-    // The only error that a parse of the text must report.
+    // Returns the only error that a parse of the text must report.
     std::vector<VString> Errors() const
     {
         return {VString("Fatal Error") + position + ": invalid character 0x0 (id: id)"};
@@ -231,7 +231,7 @@ TEST(NulTest, EveryParseOperationReportsANul)
     EXPECT_EQ(standalone.ParseXmlInputSource(source, true).second.size(), 1u);
 }
 
-// A NUL in the first chunk already fails the check of the encoding.
+// The NUL is in a later chunk, because the check of the encoding already refuses a NUL in the first one.
 TEST(NulTest, NulInALaterChunkOfAFileIsAnError)
 {
     const testsupport::TemporaryFolder folder;
@@ -301,8 +301,8 @@ TEST(NulTest, NulAnywhereInAnEbcdicDocumentIsAnError)
         EXPECT_TRUE(hasErrors(WithNul(document, i))) << i;
 }
 
-// Xerces drops an incomplete character at the end of its input, with the text that it takes for the
-// missing bytes.
+// Xerces drops an incomplete character at the end of its input. It also drops the text that it reads as the missing
+// bytes of that character.
 TEST(IncompleteEndTest, DocumentThatEndsWithAnIncompleteCharacterIsAnError)
 {
     for (const std::string end : {"\xE2\x82", "\xC3", "\xF0\x9F\x98", "\xFF<b/>", "\n\xFD<b>x"}) {

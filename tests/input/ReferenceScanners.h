@@ -1,5 +1,5 @@
-// Reference scanners: simple and slow, because each call searches its text from the start. The linear scanners of
-// the library must give the same results.
+// Reference scanners. They are simple and slow, because each call searches its text from the start. The linear scanners
+// of the library must have the same results.
 #pragma once
 
 #include <algorithm>
@@ -34,7 +34,7 @@ inline bool AreQuotesMatching(const std::string& text, std::size_t start, std::s
     return true;
 }
 
-// `start` must be the position of a "<".
+// Returns the end of the tag that begins at `start`, which must be the position of a "<".
 inline std::size_t FindTagEnd(const std::string& text, std::size_t start)
 {
     if (start + 2 >= text.size())
@@ -167,7 +167,7 @@ inline std::vector<std::size_t> FindColons(const std::string& text)
     }
 }
 
-// Returns the rewritten text, or nothing if the library raises because the text has no element.
+// Returns the rewritten text. Returns nothing if the library raises an exception because the text has no element.
 inline std::optional<std::string> Sanitize(const std::string& text)
 {
     const std::vector<std::size_t> colons = FindColons(text);
@@ -198,7 +198,7 @@ inline std::optional<std::string> Sanitize(const std::string& text)
     return result;
 }
 
-// Returns the version attribute of the root tag. Searches the whole buffer again after every block.
+// Returns the version attribute of the root element. Searches the whole buffer again after every block.
 inline std::optional<std::string> Sniff(const std::string& text, std::size_t blockSize)
 {
     for (std::size_t length = std::min(blockSize, text.size());; length = std::min(length + blockSize, text.size())) {

@@ -14,7 +14,7 @@ static void PrintTo(const Position& position, std::ostream* out)
 
 namespace {
 
-// What a parser reads of `given`, from the byte `start` on.
+// Returns the view that a parser reads of `given`, from the byte `start` on.
 XercesInputSource View(const std::string& given, std::size_t start = 0)
 {
     return XercesInputSource(
@@ -31,7 +31,7 @@ Position Map(const std::string& given, Position scanned)
     return Map(View(given), scanned);
 }
 
-// The scanner's position just behind the first occurrence of `part`.
+// Returns the position of the scanner just behind the first occurrence of `part`.
 Position Behind(std::string_view text, const std::string& part)
 {
     const VString before = VString::fromStdString(std::string(text.substr(0, text.find(part) + part.size())));
@@ -40,7 +40,7 @@ Position Behind(std::string_view text, const std::string& part)
     return {lines + 1, before.View().size() - lineStart + 1};
 }
 
-// The mapped position of `part` is its position in the text as given.
+// Expects that the mapped position of `part` is its position in the text as given.
 void ExpectMapped(const std::string& skipped, const std::string& given, const std::string& part)
 {
     const XercesInputSource view = View(skipped + given, skipped.size());
@@ -57,14 +57,14 @@ TEST(SourceMapTest, UnknownPositionStaysUnknown)
     EXPECT_EQ(Map(View("\n\n <a :b='1'/>", 3), {0, 0}), (Position{0, 0}));
 }
 
-TEST(SourceMapTest, SkippedLinesCountForAllAndSkippedColumnsForTheFirstLine)
+TEST(SourceMapTest, SkippedLinesShiftAllLinesAndSkippedColumnsOnlyTheFirst)
 {
     const XercesInputSource view = View("\r\n\n\r  <a>\n<b/></a>", 6);
     EXPECT_EQ(Map(view, {1, 4}), (Position{4, 6}));
     EXPECT_EQ(Map(view, {2, 5}), (Position{5, 5}));
 }
 
-TEST(SourceMapTest, DeclarationAndPrefixesCountOnTheirLine)
+TEST(SourceMapTest, DeclarationAndPrefixesShiftOnlyTheirLine)
 {
     const std::string text =
         "<!--größe \xF0\x9F\x98\x80--><a x='1' :b='2' :c='\xF0\x9F\x98\x80' d='3'>\n<e :f='4' g='5'/>\n</a>";
@@ -74,13 +74,13 @@ TEST(SourceMapTest, DeclarationAndPrefixesCountOnTheirLine)
     }
 }
 
-TEST(SourceMapTest, PrefixBeforeTheDeclarationCounts)
+TEST(SourceMapTest, PrefixBeforeTheDeclarationShiftsTheLine)
 {
     for (const char* part : {"b='1'", "<a", "c='2'", "d='3'"})
         ExpectMapped(" ", "<?p :b='1'?><a :c='2' d='3'/>", part);
 }
 
-TEST(SourceMapTest, PositionInsideAnInsertionIsWhereItWasInserted)
+TEST(SourceMapTest, PositionInsideAnInsertionMapsToThePlaceOfTheInsertion)
 {
     const std::string text = "<a :b='1'/>";
     const Position nameEnd{1, 3};
@@ -91,7 +91,7 @@ TEST(SourceMapTest, PositionInsideAnInsertionIsWhereItWasInserted)
     EXPECT_EQ(Map(text, {1, colon}), (Position{1, 5}));
 }
 
-TEST(SourceMapTest, NamesThatLookInsertedDoNotMislead)
+TEST(SourceMapTest, NamesThatLookInsertedDoNotShiftPositions)
 {
     for (const char* attribute :
         {"xmlns:x='u'", "xmlns:I='u'", "xmlns:IllegalColo='u'", "xmlns:IllegalColon='u'", "IllegalColon:x='u'"}) {
@@ -100,15 +100,15 @@ TEST(SourceMapTest, NamesThatLookInsertedDoNotMislead)
     }
 }
 
-TEST(SourceMapTest, LineEndsAreThoseOfTheScanner)
+TEST(SourceMapTest, UsesTheLineEndsOfTheScanner)
 {
     const std::uint64_t prefix = std::string("IllegalColon").size();
-    // Behind the next-line character, the line end and the line separator.
+    // These are line ends in XML 1.1: the next-line character, the pair \r\n and the line separator.
     EXPECT_EQ(Map("<?xml version='1.1'?>\xC2\x85<a\r\n\xE2\x80\xA8 :b='1' c='2'/>", {4, 8 + prefix}), (Position{4, 8}));
     EXPECT_EQ(Map("<a\r\n\xC2\x85 :b='1' c='2'/>", {2, 9 + prefix}), (Position{2, 9}));
 }
 
-TEST(SourceMapTest, BytesThatAreNoUtf8CountAsOneUnitEach)
+TEST(SourceMapTest, EachInvalidUtf8ByteCountsAsOneUnit)
 {
     const std::string text = "<a x='gr\xF6\xDF\x65 \xC3' :b='1'/>";
     const XercesInputSource view = View(text);

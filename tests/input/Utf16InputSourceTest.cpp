@@ -53,7 +53,7 @@ private:
         std::make_shared<std::string>(), 0, VString(), ColonProcessingNone, TextEncoding::Detected};
 };
 
-// Runs of ASCII of 0 to 39 characters between characters of two, three and four bytes.
+// Returns runs of 0 to 39 ASCII characters between characters of two, three and four bytes.
 std::string MixedText()
 {
     std::string text;

@@ -46,7 +46,7 @@ TEST(Utf8InputSourceTest, GetBytesReturnsChunksUpToTheEnd)
     EXPECT_EQ(bytes, "de");
 }
 
-TEST(Utf8InputSourceTest, GetNextLineKeepsLineEndingsAsTheyAre)
+TEST(Utf8InputSourceTest, GetNextLineKeepsLineEndings)
 {
     Utf8InputSource source("one\r\ntwo\n\nlast", "id", false);
     std::string line;

@@ -151,7 +151,7 @@ const FirstTagRow FirstTagRows[] = {
 INSTANTIATE_TEST_SUITE_P(
     XmlUtilsTest, FirstElementTagRows, testing::ValuesIn(FirstTagRows), [](const auto& row) { return row.param.name; });
 
-TEST_P(QuotesRows, TellsWhetherQuotesMatch)
+TEST_P(QuotesRows, ReturnsWhetherQuotesMatch)
 {
     EXPECT_EQ(XmlUtils::AreQuotesMatchingInRange(GetParam().text, 0, GetParam().text.size() - 1), GetParam().match);
 }

@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// An invalid address, from which a read would crash.
+// An invalid address: a read from it crashes.
 const unsigned char* const NoBytes = reinterpret_cast<const unsigned char*>(std::uintptr_t(8));
 
 std::vector<VString> Encode(const std::string& bytes, bool splitLines)
@@ -58,7 +58,7 @@ struct EncodeRow {
 
 class Base64EncodeTest : public testing::TestWithParam<EncodeRow> {};
 
-TEST_P(Base64EncodeTest, EncodesToOneLine)
+TEST_P(Base64EncodeTest, EncodesShortBytesAsOneLine)
 {
     EXPECT_THAT(Encode(GetParam().bytes, true), ElementsAre(VString(GetParam().text)));
     EXPECT_THAT(Encode(GetParam().bytes, false), ElementsAre(VString(GetParam().text)));
@@ -75,7 +75,7 @@ const EncodeRow EncodeRows[] = {
 INSTANTIATE_TEST_SUITE_P(
     Rows, Base64EncodeTest, testing::ValuesIn(EncodeRows), [](const auto& row) { return row.param.name; });
 
-TEST(Base64EncodeLinesTest, NoBytesGiveNoLine)
+TEST(Base64EncodeLinesTest, NoBytesAppendNoLine)
 {
     EXPECT_THAT(Encode("", true), IsEmpty());
     EXPECT_THAT(Encode("", false), IsEmpty());
@@ -188,8 +188,8 @@ TEST(Base64DecodeTextTest, EncodedBytesRoundTrip)
     }
 }
 
-// A simple reference decoder. `position` is the start of the current group. Each skipped character moves it
-// forward by one, each decoded group by four.
+// Decodes in a simple way. `position` is the start of the current group. Each skipped character moves it forward by
+// one, and each decoded group by four.
 std::string ReferenceDecode(const VString& text)
 {
     const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -230,7 +230,7 @@ VString RandomText(std::mt19937& random, const std::u16string& alphabet, std::si
     return VString(text.data(), text.size());
 }
 
-TEST(Base64DecodeTextTest, DecodesRandomTextsLikeTheReference)
+TEST(Base64DecodeTextTest, AgreesWithTheReferenceOnRandomTexts)
 {
     std::mt19937 random(3);
     const std::u16string alphabet = u"ABTQYZabz0189+/==== \n-*{\u0141\u2041\u013D\uFFFF";
@@ -248,7 +248,7 @@ struct IsBase64Row {
 
 class IsBase64RowTest : public testing::TestWithParam<IsBase64Row> {};
 
-TEST_P(IsBase64RowTest, TellsBase64FromOtherText)
+TEST_P(IsBase64RowTest, DistinguishesBase64FromOtherText)
 {
     EXPECT_EQ(IsBase64(GetParam().text), GetParam().expected);
 }
@@ -274,7 +274,7 @@ const IsBase64Row IsBase64Rows[] = {
 INSTANTIATE_TEST_SUITE_P(
     Rows, IsBase64RowTest, testing::ValuesIn(IsBase64Rows), [](const auto& row) { return row.param.name; });
 
-// A simple reference without a regular expression.
+// Checks in a simple way, without a regular expression.
 bool ReferenceIsBase64(const VString& text)
 {
     const std::string bytes = text.toStdString();
@@ -284,7 +284,7 @@ bool ReferenceIsBase64(const VString& text)
     return text.length() % 4 == 0 && (rest.empty() || rest == "=" || rest == "==");
 }
 
-TEST(IsBase64Test, JudgesRandomTextsLikeTheReference)
+TEST(IsBase64Test, AgreesWithTheReferenceOnRandomTexts)
 {
     std::mt19937 random(4);
     for (int round = 0; round < 50000; ++round) {
@@ -293,7 +293,7 @@ TEST(IsBase64Test, JudgesRandomTextsLikeTheReference)
     }
 }
 
-TEST(IsBase64Test, JudgesTextsOfTenMillionCharacters)
+TEST(IsBase64Test, ChecksTextsOfTenMillionCharacters)
 {
     const VString text(QString(10000000, QChar(u'A')));
     EXPECT_TRUE(IsBase64(text));

@@ -13,8 +13,8 @@
 namespace outputtest {
 
 // Records each virtual call except OutputDOMElement and OutputDOMElements, then calls the base class. A call of
-// OutputString, the sink, is recorded as "emit(text)". FailOnce(n) makes call n of OutputString throw, FailFrom(n)
-// call n and all later ones. Calls are counted from 0.
+// OutputString is recorded as "emit(text)". After FailOnce(n), call n of OutputString throws. After FailFrom(n), call n
+// and all later calls throw. Calls are counted from 0.
 class RecordingWriter : public XMLFormatter {
 public:
     using XMLFormatter::XMLFormatter;

@@ -144,7 +144,8 @@ std::string NamesOf(const DOMElement& element)
 
 TEST(XMLDomFormatterTest, OutputDOMElementsCopiesTheChildrenOfTheOpenElementOnce)
 {
-    // With 127 children the list is full. Appending the first copy reallocates it while it is being read.
+    // With 127 children, the list of children is full. Appending the first copy reallocates the list while the
+    // operation reads it.
     constexpr std::size_t count = 127;
     XMLDomFormatter writer;
     writer.OutputOpenTag("a", NoAttributes);
@@ -185,7 +186,7 @@ TEST(XMLDomFormatterTest, OutputDOMElementAppendsACopyOfTheDocumentToTheOpenElem
     EXPECT_EQ(NamesOf(writer.GetRoot()), "Document(a(b(Document(a(b)))))");
 }
 
-// Writes elements tag by tag; XMLDomFormatter would copy them.
+// Writes elements tag by tag. XMLDomFormatter itself would copy them.
 class TagWriter : public XMLDomFormatter {
 public:
     void OutputDOMElement(const DOMElement& element) override { XMLFormatter::OutputDOMElement(element); }
@@ -263,7 +264,7 @@ TEST(XMLDomFormatterTest, OutputContentTagWithTheFlagWritesItsTagsAsText)
     const DOMElement* a = writer.GetDocumentRoot();
     EXPECT_FALSE(a->HasChildren());
     EXPECT_EQ(a->GetAttributes(), SomeAttributes);
-    // The open tag was written as text, then replaced by the content. The close tag was appended.
+    // The operation writes the open tag as text, replaces it by the content, and appends the close tag.
     EXPECT_EQ(a->GetText(), VString("t</b>\n"));
 }
 

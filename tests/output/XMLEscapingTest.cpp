@@ -31,7 +31,7 @@ std::u16string NumericEscape(char16_t unit)
     return std::u16string(text.begin(), text.end());
 }
 
-// A simple reference: the replacement of a unit, or an empty text if the unit stays as it is.
+// Returns the replacement of a unit in a simple way. Returns an empty text if the unit does not change.
 std::u16string ReferenceEntry(char16_t unit, int kind)
 {
     const bool keepsLines = kind == ContentMapping;

@@ -37,7 +37,7 @@ TEST(XMLFormatterTest, FormatModesHaveFixedValuesAndSize)
 }
 
 #if defined(__GXX_ABI_VERSION) && defined(__x86_64__)
-// Returns the index of an operation in the virtual table, whose first two slots are the destructor's.
+// Returns the index of an operation in the virtual table. The first two slots belong to the destructor.
 template <typename Operation>
 std::size_t SlotOf(Operation operation)
 {
@@ -254,7 +254,7 @@ struct VerbatimRow {
 
 class XMLFormatterVerbatimTest : public testing::TestWithParam<VerbatimRow> {};
 
-TEST_P(XMLFormatterVerbatimTest, VerbatimTextIsPutOnItsOwnLinesBeforeTheIndentation)
+TEST_P(XMLFormatterVerbatimTest, VerbatimTextHasItsOwnLinesBeforeTheIndentation)
 {
     RecordingWriter writer("  ", GetParam().singleLine);
     writer.Indent();

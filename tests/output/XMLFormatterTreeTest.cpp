@@ -29,7 +29,7 @@ std::unique_ptr<DOMElement> DeepTree()
     return root;
 }
 
-// "<e>" and "</e>" for each level, except for the innermost, which is "<e />".
+// Each level is "<e>" and "</e>", except for the innermost, which is "<e />".
 constexpr std::size_t DeepTextLength = (DeepLevels - 1) * std::size_t(3 + 4) + 5;
 
 // Returns the element a with an attribute, a text and three children: b is empty, c has a text, and d has an
@@ -143,7 +143,8 @@ TEST(XMLFormatterTreeTest, IterativeWalkMakesTheSameCallsAsRecursion)
     EXPECT_EQ(WithoutElementCalls(recursing.calls), walking.calls);
 }
 
-// Returns the calls of a writer whose sink throws at call number `call`, and at later calls unless `once` is set.
+// Returns the calls of a writer. Its OutputString throws at call number `call`, and at all later calls unless `once` is
+// set.
 template <typename Writer>
 std::vector<std::string> CallsUntilFailure(std::size_t call, bool once, bool& thrown)
 {
@@ -205,7 +206,7 @@ TEST(XMLFormatterTreeTest, FailureInACloseTagIsSwallowedAndTheWalkContinues)
     RecordingWriter writer("", true);
     writer.FailOnce(12);  // the empty indentation of </b>
     writer.OutputDOMElement(element);
-    // 12 pieces of <a>, <b> and <c />, the failing one, and 4 pieces each of <d /> and </a>.
+    // <a>, <b> and <c /> have 12 pieces, one piece fails, and <d /> and </a> have 4 pieces each.
     EXPECT_EQ(writer.pieces.size(), 12u + 1 + 4 + 4);
 }
 
@@ -339,7 +340,7 @@ TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAString)
     EXPECT_TRUE(writer.GetOutput().endsWith("</e></e>"));
 }
 
-// Overrides only the sink of XMLFormatter.
+// Overrides only OutputString of XMLFormatter.
 class CountingWriter : public XMLFormatter {
 public:
     CountingWriter() : XMLFormatter("", true) {}
@@ -356,7 +357,7 @@ TEST(XMLFormatterTreeTest, MillionLevelsAreWrittenToAnotherSink)
     EXPECT_EQ(writer.units, DeepTextLength);
 }
 
-// Overrides only the sink of XMLStringFormatter.
+// Overrides only OutputString of XMLStringFormatter.
 class CountingStringWriter : public XMLStringFormatter {
 public:
     CountingStringWriter() : XMLStringFormatter("", true) {}
@@ -389,7 +390,7 @@ TEST(XMLFormatterTreeTest, FailureBelowAMillionLevelsClosesAllElements)
 {
     LimitedWriter writer;
     EXPECT_THROW(writer.OutputDOMElement(*DeepTree()), std::length_error);
-    // Each open element tried to write the first piece of its close tag.
+    // Each open element tries to write the first piece of its close tag.
     EXPECT_EQ(writer.pieces, 4 * (DeepLevels - 1) + 1 + (DeepLevels - 1));
 }
 

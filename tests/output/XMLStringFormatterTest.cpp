@@ -8,7 +8,7 @@
 
 namespace {
 
-// Returns a text of the maximum length, whose memory is never touched.
+// Returns a text of the maximum length. Nothing writes to its memory, so the system does not provide it.
 VString LongestText()
 {
     return VString(QString(VString::MaxLength, Qt::Uninitialized));

@@ -1,5 +1,4 @@
-// Bad documents must be reported as errors. They must not crash or hang the parser, and must not make
-// it read other files.
+// The parser must report bad documents as errors. It must not crash, hang or read other files.
 
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancoreplatform/VIOException.h"
@@ -157,7 +156,7 @@ TEST(BadInputTest, CountsRepeatedUsesOfAParameterEntity)
     EXPECT_TRUE(result.errors[0].endsWith(ExpansionLimit));
 }
 
-// A document that expands `count` parameter entities.
+// Returns a document that expands `count` parameter entities.
 std::string DocumentWithExpansions(int count)
 {
     std::string text = "<!DOCTYPE r [<!ENTITY % e ''>";
@@ -189,13 +188,13 @@ struct AmplifierRow {
     const char* excess = "'100000000' characters of entities";
 };
 
-// A document with these declarations and this document element.
+// Returns a document with these declarations and this document element.
 std::string Document(const std::string& declarations, const std::string& element)
 {
     return "<!DOCTYPE r [" + declarations + "]>" + element;
 }
 
-// `before`, a number and `after` for each number from 0 to count - 1.
+// Returns `before`, a number and `after` for each number from 0 to count - 1.
 std::string Numbered(int count, const std::string& before, const std::string& after)
 {
     std::string text;
@@ -204,8 +203,8 @@ std::string Numbered(int count, const std::string& before, const std::string& af
     return text;
 }
 
-// Declares the entities e0 to e(count - 1). The first is `leaf`; each further one refers ten times to
-// the one before.
+// Declares the entities e0 to e(count - 1). The first one is `leaf`. Each further one refers ten times to the one
+// before.
 std::string Levels(int count, const std::string& leaf)
 {
     std::string text = "<!ENTITY e0 '" + leaf + "'>";
@@ -415,7 +414,7 @@ TEST_F(BadFileTest, EncodingErrorDuringTheParseIsAnError)
     EXPECT_EQ(testsupport::Errors(*document), std::vector<VString>{"Unexpected exception"});
 }
 
-// Returns its document byte by byte. The read with the number `failingRead`, counted from 0, throws.
+// Supplies its document byte by byte. The read with the number `failingRead`, counted from 0, throws.
 class FailingSource : public InputSource, public IXercesInputSourceProvider {
 public:
     explicit FailingSource(int failingRead) : InputSource("failing"), m_failingRead(failingRead) {}

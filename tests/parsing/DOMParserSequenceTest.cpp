@@ -1,4 +1,4 @@
-// A parse never depends on earlier parses: a used parser gives the same result as a new one.
+// A parse never depends on earlier parses: a used parser has the same results as a new one.
 
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
@@ -49,7 +49,7 @@ const DocumentRow Bombs[] = {
     {"general entity bomb", testsupport::GeneralEntityBomb(8, 10)},
 };
 
-// The names, positions and texts of `element` and its descendants.
+// Returns the names, positions and texts of `element` and its descendants.
 std::string Describe(const DOMElement& element)
 {
     std::string text = element.GetName().toStdString();
@@ -156,7 +156,7 @@ TEST(DOMParserSequenceTest, EarlyStopDoesNotAffectTheNextParse)
     }
 }
 
-TEST(DOMParserSequenceTest, RepeatedParseGivesTheSameResult)
+TEST(DOMParserSequenceTest, RepeatedParseHasTheSameResult)
 {
     for (const DocumentRow& row : Documents) {
         SCOPED_TRACE(row.name);

@@ -88,7 +88,7 @@ TEST_F(DOMParserTest, KeepsBlankTextWhenRequested)
     EXPECT_EQ(TreeText(*parser.ParseXmlInputSource(source, true)), "<a> \n<b></b></a>");
 }
 
-TEST_F(DOMParserTest, AllParseOperationsGiveTheSameDocument)
+TEST_F(DOMParserTest, AllParseOperationsBuildTheSameDocument)
 {
     const testsupport::TemporaryFolder folder;
     const std::string text = "<a b='1'>\xC3\xA4</a>";
@@ -183,8 +183,8 @@ TEST_F(DOMParserTest, PositionsAreRightAfterADeclarationOfVersion11)
     EXPECT_EQ(document->GetDocumentRoot()->GetStartLine(), 2);
 }
 
-// Expects that the captures of a statistics handler live until it returns, although it calls `replace`,
-// which replaces or removes the handler.
+// Sets a statistics handler that calls `replace`, which replaces or removes the handler. Expects that the captures of
+// the handler live until it returns.
 void ExpectCapturesOutlive(const std::function<void(DOMParser&)>& replace)
 {
     DOMParser parser;
@@ -370,7 +370,7 @@ TEST_F(DOMParserTest, ASchemaResourceValidates)
     EXPECT_EQ(Errors(*parser.ParseXmlString("<a>x</a>", "id")).size(), 1u);
 }
 
-// The metrics scopes that close while `run` runs, innermost first.
+// Returns the metrics scopes that close while `run` runs, innermost first.
 std::vector<Metrics::ScopeRecord> Measure(const std::function<void()>& run)
 {
     std::vector<Metrics::ScopeRecord> records;
@@ -412,7 +412,7 @@ TEST_F(DOMParserTest, RecordsSizeAndBeginningOfTheSource)
     EXPECT_EQ(tree, text);
 }
 
-TEST_F(DOMParserTest, HasMetricsScopesForBytesAndForSchemas)
+TEST_F(DOMParserTest, RecordsMetricsScopesForBytesAndForSchemas)
 {
     parser.AddXSDInputSource(SchemaSource("s.xsd"));
     const auto records = Measure([this] { parser.ParseXmlBytes({'<', 'a', '/', '>'}); });

@@ -80,7 +80,7 @@ TEST(ElementLifetimeTest, CopiesOutliveTheirSource)
         ExpectElement(*copy->GetChildren()[static_cast<std::size_t>(i)], i);
 }
 
-// Code outside the library may derive from DOMElement and add members.
+// Callers may derive from DOMElement and add members.
 TEST(ElementLifetimeTest, DerivedElementsMayBeLarger)
 {
     struct Marked : DOMElement {

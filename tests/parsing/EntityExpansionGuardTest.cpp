@@ -1,4 +1,4 @@
-// Compares the guard, which only computes the sizes of expansions, with a reference that expands.
+// The guard only computes the sizes of expansions. These tests compare it with a reference that expands.
 
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 
@@ -17,7 +17,7 @@ namespace {
 
 enum class Subject { Document, Schema };
 
-// The message of the guard; empty if it accepts `text`.
+// Returns the message of the guard, or an empty text if the guard accepts `text`.
 std::string Check(Subject subject, const std::string& text, const ExpansionLimits& limits)
 {
     const XercesInitializer xerces;
@@ -117,7 +117,7 @@ private:
     std::set<int> m_open;
 };
 
-// A random document and the size of its expansion, built together.
+// A random document. Computes the size of its expansion while it writes the document.
 class RandomDocument {
 public:
     RandomDocument(unsigned seed, const ExpansionLimits& limits, bool hasCountLimit)
@@ -177,7 +177,7 @@ private:
     void MakeEntities()
     {
         const std::size_t count = 1 + Below(6);
-        // Entities may contain themselves in one document of six.
+        // In one document of six, entities may contain themselves.
         const bool mayCircle = Below(6) == 0;
         for (std::size_t i = 0; i < count; ++i)
             expander.entities.push_back({{}, Below(3) == 0});
@@ -222,7 +222,7 @@ private:
         for (const Piece& piece : entity.pieces)
             text += piece.written;
         text += "\">";
-        // The parser ignores a second declaration.
+        // A second declaration of the same name, which the parser ignores.
         if (Below(4) == 0)
             text += "<!ENTITY e" + std::to_string(m_written) + " 'an ignored value'>";
         expander.declared.insert(static_cast<int>(m_written++));
@@ -338,7 +338,7 @@ ExpansionLimits RandomLimits(unsigned seed)
 
 constexpr unsigned RandomDocuments = 3000;
 
-// Checks the reference itself against the parser, because the following tests rely on it.
+// Compares the reference itself with the parser, because the following tests rely on the reference.
 TEST(EntityExpansionGuardTest, ReferenceAgreesWithTheParser)
 {
     int compared = 0;

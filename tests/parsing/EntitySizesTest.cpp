@@ -75,8 +75,8 @@ TEST(EntitySizesTest, ReadCountIncludesTheReferences)
     EXPECT_EQ(expansion.read, 13u);
 }
 
-// Declares `levels` nested entities and returns the last. The first is one unit long; each further one
-// refers `fan` times to the one before.
+// Declares `levels` nested entities and returns the last one. The first one is one unit long. Each further one refers
+// `fan` times to the one before.
 std::size_t DeclareLevels(EntitySizes& sizes, int levels, int fan)
 {
     std::size_t last = sizes.Declare(u"e0", u"x");

@@ -1,5 +1,5 @@
-// Measures the bytes that a parser keeps allocated between parses. They include the allocations of
-// the library on systems where the operator new of a program replaces that of its shared libraries.
+// Measures the bytes that a parser keeps allocated between parses. The operator new of this program counts them. On
+// systems where it replaces the operator new of shared libraries, the count includes the library's allocations.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -18,7 +18,7 @@ namespace {
 std::size_t liveBytes = 0;
 std::size_t liveBlocks = 0;
 
-// Precedes each block and has the alignment that the block needs.
+// A header before each block. Its alignment is the one that the block needs.
 struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Head {
     std::size_t size;
 };
@@ -105,7 +105,7 @@ TEST_P(KeptTextTest, ParserDoesNotKeepALongText)
     parser.ParseXmlString("<a>short" + end, "id");
     const std::size_t before = liveBytes;
     parser.ParseXmlString("<a>" + std::string(8'000'000, 'x') + end, "id");
-    // Xerces keeps a buffer of a million code units.
+    // Xerces keeps a buffer of a million code units, which are two million bytes.
     EXPECT_LT(liveBytes, before + 3'000'000);
 }
 
@@ -119,7 +119,7 @@ const EndRow EndRows[] = {
 INSTANTIATE_TEST_SUITE_P(
     BeforeEnd, KeptTextTest, testing::ValuesIn(EndRows), [](const auto& row) { return row.param.name; });
 
-// A kept builder would point to the open elements of a destroyed document.
+// A builder that is kept would point to the open elements of a destroyed document.
 TEST(KeptMemoryTest, ParserDoesNotKeepTheBuilder)
 {
     std::string text;

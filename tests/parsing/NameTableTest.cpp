@@ -47,7 +47,7 @@ TEST(NameTableTest, MostOfAThousandNamesStayShared)
     EXPECT_GT(shared, 700u);
 }
 
-// Names are compared by content, never by address alone.
+// The table compares names by content, never by address alone.
 TEST(NameTableTest, ReturnsTheNewNameAtAReusedAddress)
 {
     NameTable names;

@@ -31,7 +31,7 @@ ParseDiagnostic Message(Severity severity, const VString& message)
     return {severity, Layout::Message, message, "id", 0, 0, VString()};
 }
 
-// A parser of `bytes`, whose id is "id"; white space before the document is skipped.
+// A parser that has parsed `bytes` as the document "id", without the white space before it.
 class Parsed {
 public:
     explicit Parsed(
@@ -56,28 +56,28 @@ Diagnostics DiagnosticsOfException(Exception exception)
     return parser->GetDiagnostics();
 }
 
-TEST(ParseDiagnosticTest, TextOfAFaultHasAllParts)
+TEST(ParseDiagnosticTest, GetTextOfAFaultJoinsAllParts)
 {
     EXPECT_EQ(Fault(Severity::Warning, "odd", 3, 7).GetText(), VString("Warning(3,7): odd (id: id)"));
     EXPECT_EQ(Fault(Severity::Error, "odd", 3, 0).GetText(), VString("Error(3,0): odd (id: id)"));
     EXPECT_EQ(Fault(Severity::FatalError, "odd", 0, 0).GetText(), VString("Fatal Error: odd (id: id)"));
 }
 
-TEST(ParseDiagnosticTest, TextOfOtherLayoutsIsTheMessage)
+TEST(ParseDiagnosticTest, GetTextOfOtherLayoutsBeginsWithTheMessage)
 {
     EXPECT_EQ(Message(Severity::FatalError, "over %1").GetText(), VString("over %1"));
     const ParseDiagnostic refused{Severity::Error, Layout::ExternalEntity, "No (1,2) 'x'.", "id", 3, 7, "%1"};
     EXPECT_EQ(refused.GetText(), VString("No (1,2) 'x'.(3,7) '%1'"));
 }
 
-TEST(ParseDiagnosticTest, UnchangedDocumentHasTheTextsOfTheErrors)
+TEST(ParseDiagnosticTest, TextsOfAnUnchangedDocumentEqualItsErrors)
 {
     const Parsed parser("<a>\n<b></c>");
     EXPECT_EQ(parser->GetDiagnostics(), Diagnostics{Fault(Severity::FatalError, "expected end of tag 'b'", 2, 6)});
     EXPECT_EQ(parser->GetDiagnostics()[0].GetText(), parser->GetErrors()[0]);
 }
 
-TEST(ParseDiagnosticTest, PositionIsThatOfTheSourceAndTheTextKeepsTheScanners)
+TEST(ParseDiagnosticTest, PositionRefersToTheSourceAndErrorTextsToTheScannedText)
 {
     const Parsed parser("\n\n <a :b='1' :c='2'></x>");
     EXPECT_EQ(parser->GetDiagnostics(), Diagnostics{Fault(Severity::FatalError, "expected end of tag 'a'", 3, 21)});
@@ -89,7 +89,8 @@ TEST(ParseDiagnosticTest, PositionIsThatOfTheSourceAndTheTextKeepsTheScanners)
         parser->GetErrors(), std::vector<VString>{"Fatal Error(1," + column + "): expected end of tag 'a' (id: id)"});
 }
 
-// Each has the error behind the same line, once with an ordinary name and once with a colon in its place.
+// Each document has its error behind the same line, once with an ordinary name and once with a name that begins with a
+// colon.
 TEST(ParseDiagnosticTest, ColonNamesDoNotShiftPositionsInAnyEncodingOfOneByte)
 {
     for (const std::string start : {"",
@@ -147,7 +148,7 @@ TEST(ParseDiagnosticTest, BytesBehindTheDocumentHaveTheirPositionInTheSource)
         Diagnostics{Fault(Severity::FatalError, "invalid bytes at the end of the document", 2, 12)});
 }
 
-TEST(ParseDiagnosticTest, EntityLimitIsAFatalErrorInTheSource)
+TEST(ParseDiagnosticTest, ExceededEntityLimitIsAFatalErrorInTheSource)
 {
     const Parsed plain(testsupport::GeneralEntityBomb(9, 12));
     const Parsed shifted("\n\n" + testsupport::GeneralEntityBomb(9, 12));
@@ -165,7 +166,7 @@ TEST(ParseDiagnosticTest, Utf16HasTheSamePositions)
     EXPECT_EQ(parser->GetDiagnostics(), Diagnostics{Fault(Severity::FatalError, "expected end of tag 'b'", 2, 6)});
 }
 
-TEST(ParseDiagnosticTest, ParseWithoutErrorsHasNone)
+TEST(ParseDiagnosticTest, ParseWithoutErrorsHasNoDiagnostics)
 {
     EXPECT_EQ(Parsed("\n<a :b='1'/>")->GetDiagnostics(), Diagnostics());
 }
@@ -189,7 +190,7 @@ protected:
         XercesXMLParser::Create(*m_source, std::make_shared<RecordingHandler>());
 };
 
-TEST_F(SchemaDiagnosticTest, ErrorsComeInTheirOrderWithPositionsInTheSource)
+TEST_F(SchemaDiagnosticTest, ErrorsAreInOrderWithPositionsInTheSource)
 {
     m_parser->LoadXSDString(Schema, "schema");
     const Diagnostics diagnostics = ParseNext("\n<a :x='1'\n :y='2'></b>");
@@ -200,7 +201,7 @@ TEST_F(SchemaDiagnosticTest, ErrorsComeInTheirOrderWithPositionsInTheSource)
     EXPECT_EQ(m_parser->GetErrors().size(), 3u);
 }
 
-TEST_F(SchemaDiagnosticTest, EachParseStartsWithoutThoseOfTheLast)
+TEST_F(SchemaDiagnosticTest, EachParseDropsTheDiagnosticsOfThePreviousParse)
 {
     m_parser->LoadXSDString(Schema, "schema");
     EXPECT_EQ(ParseNext("\n\n<a :b='1'></x>").back().line, 3u);
@@ -208,7 +209,7 @@ TEST_F(SchemaDiagnosticTest, EachParseStartsWithoutThoseOfTheLast)
     EXPECT_EQ(ParseNext("<a/>"), Diagnostics());
 }
 
-TEST_F(SchemaDiagnosticTest, ClearingDropsThem)
+TEST_F(SchemaDiagnosticTest, ClearErrorsAndWarningsDropsTheDiagnostics)
 {
     ParseNext("<a");
     ASSERT_FALSE(m_parser->GetDiagnostics().empty());
@@ -230,7 +231,7 @@ TEST_F(SchemaDiagnosticTest, FaultOfASchemaHasTheIdAndThePositionOfTheSchema)
     EXPECT_EQ(m_parser->GetErrors()[0], scanned.GetText());
 }
 
-TEST_F(SchemaDiagnosticTest, WarningStandsBetweenTheErrorsAroundIt)
+TEST_F(SchemaDiagnosticTest, WarningKeepsItsPlaceBetweenTheErrors)
 {
     m_parser->LoadXSDString(Schema, "schema");
     const Diagnostics diagnostics = ParseNext("\n<!DOCTYPE a [<!ELEMENT a EMPTY><!ELEMENT a EMPTY>\n"
@@ -245,7 +246,7 @@ TEST_F(SchemaDiagnosticTest, WarningStandsBetweenTheErrorsAroundIt)
     EXPECT_EQ(m_parser->GetErrors().size(), diagnostics.size() - 1);
 }
 
-TEST(DOMParserDiagnosticsTest, AreThoseOfTheLastParse)
+TEST(DOMParserDiagnosticsTest, GetDiagnosticsReturnsTheDiagnosticsOfTheLastParse)
 {
     DOMParser parser;
     EXPECT_EQ(parser.GetDiagnostics(), Diagnostics());
@@ -256,7 +257,7 @@ TEST(DOMParserDiagnosticsTest, AreThoseOfTheLastParse)
     EXPECT_EQ(parser.GetDiagnostics(), Diagnostics());
 }
 
-TEST(DOMParserDiagnosticsTest, FaultsOfSchemasComeFirst)
+TEST(DOMParserDiagnosticsTest, SchemaDiagnosticsPrecedeDocumentDiagnostics)
 {
     DOMParser parser;
     parser.AddXSDInputSource(std::make_unique<StringInputSource>("<xs:schema", "schema", false));
@@ -269,7 +270,7 @@ TEST(DOMParserDiagnosticsTest, FaultsOfSchemasComeFirst)
         EXPECT_EQ(parser.GetDiagnostics()[i].GetText(), errors[i]);
 }
 
-TEST(ParseDiagnosticTest, ManyErrorsBehindManyColonNamesAreQuick)
+TEST(ParseDiagnosticTest, ManyErrorsBehindManyColonNamesTakeLinearTime)
 {
     const testsupport::CpuTimeLimit limit(60);
     StringInputSource source(

@@ -1,6 +1,5 @@
-// Exits with 0 when a static parser and a static driver are destroyed safely. They are constructed
-// before anything uses Xerces, so they are destroyed after its exit hook. Another static object parses
-// in its destructor.
+// Destroys a static parser and a static driver after the exit hook of Xerces: they are constructed before the first use
+// of Xerces. Another static object parses in its destructor. Exits with 0 if all this works.
 
 #include <cstdio>
 #include <cstdlib>

@@ -6,7 +6,7 @@ namespace {
 
 const VError::ErrorInfo Info(VantoraError::MakeError(0x11, "Key"));
 
-// A parser whose parse is `script`.
+// A parser whose parse calls `script`.
 class ScriptedParser : public Parser {
 public:
     using Parser::Error;
@@ -73,7 +73,7 @@ TEST(ParserTest, MessageAndMetadataListsHaveTheSameLength)
     }
 }
 
-TEST(ParserTest, GetDiagnosticsReturnsThemInTheOrderOfRecording)
+TEST(ParserTest, GetDiagnosticsKeepsTheOrderOfRecording)
 {
     ScriptedParser parser;
     parser.Error("e", Info);

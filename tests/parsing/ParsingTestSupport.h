@@ -1,4 +1,4 @@
-// Helpers of the parsing tests: handlers, parses of byte strings, and documents with nested entities.
+// Helpers of the parsing tests: handlers, functions that parse byte strings, and documents with nested entities.
 #pragma once
 
 #include <algorithm>
@@ -19,8 +19,8 @@
 
 namespace testsupport {
 
-// Records the events in their order: a start tag as "<name a='1' b='2'>" with the attributes sorted
-// by name, an end tag as "</>", and a text as it is.
+// Records the events in order: a start tag as "<name a='1' b='2'>" with the attributes sorted by name, an end tag as
+// "</>", and a text without change.
 class RecordingHandler : public SAXInterfaceExtension {
 public:
     void StartElement(const VString& name, const AttributeMap& attributes) override
@@ -80,7 +80,7 @@ private:
     Exception m_exception;
 };
 
-// Gives this thread a session in this language for the lifetime of the object.
+// Puts this thread into a session in this language while the object lives.
 class Session {
 public:
     explicit Session(const char* language)
@@ -120,8 +120,8 @@ inline std::vector<VString> Errors(const DOM& document)
     return {errors.begin(), errors.end()};
 }
 
-// The tree below the root as text, such as "<a b='1'>text<c></c></a>". The text of an element stands
-// before its children.
+// Returns the tree below the root as text, such as "<a b='1'>text<c></c></a>". The text of an element precedes its
+// children.
 inline std::string TreeText(const DOMElement& element)
 {
     std::string text;
@@ -147,9 +147,8 @@ inline std::string Repeat(const std::string& piece, int count)
     return text;
 }
 
-// A document with `levels` nested parameter entities. The first is `leaf`; each further one refers
-// `fan` times to the one before. The document uses the last, which takes 1 + fan + fan * fan + ...
-// expansions.
+// Returns a document with `levels` nested parameter entities. The first one is `leaf`. Each further one refers `fan`
+// times to the one before. The document uses the last one, which takes 1 + fan + fan * fan + ... expansions.
 inline std::string ParameterEntityBomb(int levels, int fan, const std::string& leaf)
 {
     std::string text = "<!DOCTYPE r [\n<!ENTITY % e0 \"" + leaf + "\">\n";
@@ -162,7 +161,7 @@ inline std::string ParameterEntityBomb(int levels, int fan, const std::string& l
     return text + "%e" + std::to_string(levels - 1) + ";\n]>\n<r/>";
 }
 
-// Like ParameterEntityBomb, but with general entities that the content of the document uses.
+// Returns a document like that of ParameterEntityBomb, but with general entities that its content uses.
 inline std::string GeneralEntityBomb(int levels, int fan)
 {
     std::string text = "<!DOCTYPE r [\n<!ENTITY e0 \"x\">\n";
@@ -175,7 +174,7 @@ inline std::string GeneralEntityBomb(int levels, int fan)
     return text + "]>\n<r>&e" + std::to_string(levels - 1) + ";</r>";
 }
 
-// `ascii` as little-endian UTF-16 with a byte order mark.
+// Returns `ascii` as little-endian UTF-16 with a byte order mark.
 inline std::string Utf16(const std::string& ascii)
 {
     std::string bytes = "\xFF\xFE";

@@ -19,7 +19,7 @@ namespace {
 
 using xercesc::XMLUni;
 
-// The first fatal error of Xerces in the wording of the library; empty for a well-formed text.
+// Records the first fatal error of Xerces in the wording of the library. It stays empty for a well-formed text.
 struct FirstFault : xercesc::DefaultHandler {
     void fatalError(const xercesc::SAXParseException& fault) override
     {
@@ -140,7 +140,7 @@ struct PlainXercesTest : testing::Test {
     PlainXercesTest() { testsupport::ParseBytes("<a/>"); }
 };
 
-TEST_F(PlainXercesTest, PrologsGiveTheErrorsOfPlainXerces)
+TEST_F(PlainXercesTest, PrologsHaveTheErrorsOfPlainXerces)
 {
     for (const PrologRow& row : PrologRows) {
         SCOPED_TRACE(row.name);
@@ -166,7 +166,7 @@ TEST_F(PlainXercesTest, SupplementaryCharactersMayCrossBufferBoundaries)
     }
 }
 
-TEST_F(PlainXercesTest, RandomlyChangedPrologsGiveTheErrorsOfPlainXerces)
+TEST_F(PlainXercesTest, RandomlyChangedPrologsHaveTheErrorsOfPlainXerces)
 {
     const std::string text = "<?xml version='1.0' encoding='UTF-8' standalone='no'?>\n"
                              "<!-- \xC3\xA9 -->\n"

@@ -1,5 +1,5 @@
-// A callback of a parser cannot start another operation of the same parser: that raises a
-// LogicException, and the operation that called the callback continues.
+// If a callback of a parser starts another operation of the same parser, that operation raises a LogicException. The
+// operation that called the callback continues.
 
 #include <functional>
 
@@ -82,7 +82,7 @@ struct ReentryTest : testing::Test {
     std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, handler);
     int refused = 0;
 
-    // An action that tries every operation of the parser and expects that each is refused.
+    // Returns an action that tries every operation of the parser and expects that each one is refused.
     Action TryEveryOperation()
     {
         return [this] {

@@ -8,7 +8,7 @@ namespace {
 using testsupport::RecordingHandler;
 using Events = std::vector<std::string>;
 
-// Attributes for a StartElement without a parser.
+// Attributes that a test passes to StartElement without a parser.
 class GivenAttributes final : public TagAttributes {
 public:
     explicit GivenAttributes(AttributeMap attributes = {}) : m_attributes(std::move(attributes)) {}
@@ -40,7 +40,7 @@ TEST_F(SAXAdapterTest, WantsBlankText)
 
 TEST_F(SAXAdapterTest, AddToMayChangeTheName)
 {
-    // Looking up the names of attributes invalidates the name of the element.
+    // Changes the name of the element in AddTo. A parser may do so too, when it looks up the names of the attributes.
     struct Overwriting final : TagAttributes {
         explicit Overwriting(VString& text) : name(text) {}
         void AddTo(AttributeMap&) const override { name = "overwritten"; }
@@ -51,7 +51,7 @@ TEST_F(SAXAdapterTest, AddToMayChangeTheName)
     EXPECT_EQ(handler->events, Events{"<a>"});
 }
 
-TEST_F(SAXAdapterTest, IsDoneOnceTheHandlerIs)
+TEST_F(SAXAdapterTest, IsDoneAfterTheHandlerIsDone)
 {
     handler->doneAfter = 2;
     adapter.StartElement("a", GivenAttributes());

@@ -40,7 +40,7 @@ TEST(SharedTextsTest, DistinguishesManyTexts)
     }
 }
 
-// The hash must distinguish short texts of different lengths and texts that differ at any position.
+// The hash must distinguish short texts of different lengths, and texts that differ at one position.
 TEST(SharedTextsTest, ShortTextsRarelyShareASlot)
 {
     SharedTexts texts(1 << 16, SharedTexts::CachePolicy::Always);
@@ -119,7 +119,7 @@ TEST(SharedTextsTest, ExpectedTextIsStoredAtItsFirstLookup)
     EXPECT_TRUE(texts.Get(std::u16string(u"name")).IsSharedWith(first));
 }
 
-// Looks up the texts "0" to "count - 1" in every round. Returns how many texts the last two rounds share.
+// Looks up the texts "0" to "count - 1" in each round. Returns the number of strings that the last two rounds share.
 int CountShared(SharedTexts& texts, int count, int rounds)
 {
     std::vector<VString> last(static_cast<std::size_t>(count));

@@ -17,7 +17,7 @@ bool IsAligned(const void* block)
     return reinterpret_cast<std::uintptr_t>(block) % __STDCPP_DEFAULT_NEW_ALIGNMENT__ == 0;
 }
 
-// Under the address sanitizer, freed blocks are not reused.
+// With the address sanitizer, freed blocks are not reused.
 TEST(SmallBlocksTest, FreedBlockIsReusedForItsSizeClass)
 {
     SmallBlocks blocks;
@@ -34,8 +34,8 @@ TEST(SmallBlocksTest, FreedBlockIsReusedForItsSizeClass)
     blocks.Free(larger);
 }
 
-// Allocates and frees more blocks than the pool keeps, of every size and in random order. No block may
-// overlap another.
+// Allocates and frees blocks of every size in random order, more of them than the pool keeps. No block may overlap
+// another.
 TEST(SmallBlocksTest, BlocksInUseKeepTheirContent)
 {
     SmallBlocks blocks;

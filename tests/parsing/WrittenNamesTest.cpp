@@ -25,7 +25,7 @@ constexpr const char* Schema = R"(
       </xs:element>
     </xs:schema>)";
 
-// The errors without their positions and ids.
+// Returns the errors without their positions and ids.
 Texts Messages(InputSource& source, const char* schema)
 {
     const auto parser = XercesXMLParser::Create(source, std::make_shared<testsupport::RecordingHandler>());

@@ -12,7 +12,7 @@ using Events = std::vector<std::string>;
 
 constexpr char File[] = "vancorexml\\main\\parser\\XercesXMLParser";
 
-// A schema with these declarations. Its tag has `attributes` besides the declaration of xs.
+// Returns a schema with these declarations. Its tag has `attributes` besides the declaration of xs.
 VString SchemaOf(const VString& attributes, const VString& declarations)
 {
     return "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' " + attributes + ">" + declarations + "</xs:schema>";
@@ -76,7 +76,7 @@ TEST_F(XercesSchemaTest, HandlerGetsTheNamesOfTheDocument)
     }
 }
 
-// A default has only a local name, because the schema knows no prefix. The attribute in the tag wins.
+// A default has only a local name, because the schema knows no prefix. The handler gets only the attribute in the tag.
 TEST_F(XercesSchemaTest, DefaultDoesNotRepeatAnAttributeOfTheTag)
 {
     const auto parser = Create("<x:a xmlns:x='u' k='1'/>");

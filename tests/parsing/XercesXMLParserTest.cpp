@@ -152,7 +152,7 @@ TEST(XercesXMLParserTest, AnyIdIsAllowed)
     }
 }
 
-TEST(XercesXMLParserTest, MetadataOfAnErrorIsNoError)
+TEST(XercesXMLParserTest, MetadataOfAnErrorIsTheConstantNoError)
 {
     Utf8InputSource source("<a>", "id", false);
     const auto parser = XercesXMLParser::Create(source, std::make_shared<RecordingHandler>());
@@ -311,7 +311,7 @@ TEST(XercesXMLParserTest, ParsingWithOldErrorsAsserts)
     testsupport::ExpectLogicException(parse, file, 231, "HasErrors() == false", 0xE60C9000);
 }
 
-// Whether GetCurrentLocation leaves both of its arguments unchanged.
+// Returns true if GetCurrentLocation leaves both arguments unchanged.
 bool HasNoPosition(SAXFileLocation& parser)
 {
     int line = -1;
@@ -390,8 +390,8 @@ TEST(XercesXMLParserTest, HasNoPositionAfterACallbackThatThrows)
     EXPECT_TRUE(HasNoPosition(*ParseThrowing(source, XMLParseException("x"))));
 }
 
-// The driver reads the input before the parse begins, so there is no position yet, not even that of the
-// last parse.
+// The driver reads the input before the parse begins. So it has no position yet, and must not return that of the last
+// parse.
 TEST(XercesXMLParserTest, HasNoPositionWhileTheInputIsRead)
 {
     struct Asking : Utf8InputSource {

@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(Values,
         FormatCase{"QuotesAndBackslashes", DataValue("a\"b\\c"), "\"a\\\"b\\\\c\""}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST(DataValueFormatterTest, FormatsNullAsTheOptionsSay)
+TEST(DataValueFormatterTest, FormatsNullAsTheOptionsRequire)
 {
     DataValueFormatter::FormatOptions options;
     options.null = "none";

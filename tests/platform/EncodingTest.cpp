@@ -17,8 +17,8 @@ Encoding Detect(const std::string& bytes)
     return DetectEncoding(bytes.data(), bytes.size());
 }
 
-// A naive scan for comparison. Decodes each sequence with the length that its first byte gives, and checks the code
-// point.
+// Scans in a simple way, for comparison: decodes each sequence with the length that its first byte determines, and
+// checks the code point.
 std::size_t FirstInvalidNaively(const std::string& bytes)
 {
     std::size_t position = 0;

@@ -32,7 +32,7 @@ std::string ReadText(const std::filesystem::path& file)
     return text.str();
 }
 
-// The files of the project that `file` includes, as paths from the root.
+// Returns the files of the project that `file` includes, as paths from the root.
 std::set<std::string> IncludesOf(const std::filesystem::path& file)
 {
     static const QRegularExpression include(
@@ -48,7 +48,7 @@ std::set<std::string> IncludesOf(const std::filesystem::path& file)
     return includes;
 }
 
-// All sources of the modules, each with the files that it includes.
+// Returns all sources of the modules, each with the files that it includes.
 const Graph& Files()
 {
     static const Graph files = [] {
@@ -79,8 +79,8 @@ Graph Modules()
     return modules;
 }
 
-// The files or modules that lie on a cycle or lead to one. Repeatedly removes nodes that include no remaining node; the
-// nodes that are left are the result.
+// Returns the files or modules that are on a cycle or lead to one. Removes nodes that include no remaining node, until
+// there are none. The nodes that remain are the result.
 std::set<std::string> LeadingToCycles(Graph graph)
 {
     for (bool changed = true; changed;) {
@@ -99,7 +99,7 @@ std::set<std::string> LeadingToCycles(Graph graph)
     return names;
 }
 
-// The includes from modules of `from` into modules for which `allowed` is false.
+// Returns the includes from modules of `from` into modules for which `allowed` returns false.
 template <typename Allowed>
 std::set<std::string> Violations(const std::set<std::string>& from, Allowed allowed)
 {

@@ -22,7 +22,7 @@ struct OneLocalCase {
     const char* text;
 };
 
-// All texts of up to `length` code units over the alphabet of the written form.
+// Returns all texts of up to `length` code units from the alphabet of the written form.
 std::vector<VString> ManyTexts(int length)
 {
     std::vector<VString> texts{""};

@@ -131,7 +131,7 @@ TEST(VFileDecodingTest, IgnoresTheDeclarationWithoutTheFlag)
 
 TEST(VFileDecodingTest, DecodesLongTextsInADeclaredEncoding)
 {
-    // Each round adds seven bytes, so the pieces end at different positions, some of them inside a character.
+    // Each round adds seven bytes. So the pieces of a read end at different positions, some of them inside a character.
     std::string bytes = Declared("Shift_JIS");
     VString text = VString::fromStdString(bytes);
     for (int i = 0; i < 30000; ++i) {

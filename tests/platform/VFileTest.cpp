@@ -17,7 +17,7 @@ using testsupport::TemporaryFolder;
 
 namespace {
 
-// The message of the VIO::Exception that `run` throws.
+// Returns the message of the VIO::Exception that `run` throws.
 std::string FailureOf(const std::function<void()>& run)
 {
     try {

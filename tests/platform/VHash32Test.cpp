@@ -11,7 +11,7 @@
 
 namespace {
 
-// A hundred thousand short texts with small differences.
+// Returns a hundred thousand short texts with small differences.
 std::vector<VString> ManyTexts()
 {
     std::vector<VString> texts;
@@ -29,13 +29,13 @@ struct Vector {
 
 }  // namespace
 
-TEST(SipHashTest, GivesThePublishedHashes)
+TEST(SipHashTest, ReturnsThePublishedHashes)
 {
     const SipKey key{0x0706050403020100, 0x0F0E0D0C0B0A0908};
     unsigned char bytes[64];
     for (unsigned char i = 0; i < sizeof bytes; ++i)
         bytes[i] = i;
-    // From the reference implementation's table for 2 and 4 rounds, with the bytes 0, 1, 2, ...
+    // These hashes are from the table of the reference implementation for 2 and 4 rounds, with the bytes 0, 1, 2, ...
     for (const Vector& vector : {Vector{0, 0x726FDB47DD0E0E31},
              Vector{1, 0x74F839C593DC67FD},
              Vector{7, 0xAB0200F58B01D137},
@@ -46,7 +46,7 @@ TEST(SipHashTest, GivesThePublishedHashes)
     }
 }
 
-TEST(SipHashTest, GivesThePublishedHashesOfFewerRounds)
+TEST(SipHashTest, ReturnsThePublishedHashesOfFewerRounds)
 {
     const SipKey key{0x0706050403020100, 0x0F0E0D0C0B0A0908};
     const unsigned char bytes[] = {0};
@@ -105,7 +105,7 @@ TEST(VHash32Test, DistinctTextsSeldomCollide)
         unkeyed.insert(VHash32(text));
         keyed.insert(VSeededHash(text));
     }
-    // With a perfect 32-bit hash about one pair among a hundred thousand texts collides.
+    // With a perfect 32-bit hash, about one pair of a hundred thousand texts collides.
     EXPECT_GT(unkeyed.size(), texts.size() - 20);
     EXPECT_EQ(keyed.size(), texts.size());
 }
@@ -119,7 +119,7 @@ TEST(VHash32Test, TheLowBitsAreSpreadEvenly)
         ++unkeyed[VHash32(text) % 1024];
         ++keyed[VSeededHash(text) % 1024];
     }
-    // About 98 texts per bucket; the limit is ten standard deviations higher.
+    // A bucket has about 98 texts. The limit is ten standard deviations higher.
     for (std::size_t i = 0; i < 1024; ++i) {
         EXPECT_LT(unkeyed[i], 198);
         EXPECT_LT(keyed[i], 198);

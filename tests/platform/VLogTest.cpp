@@ -115,7 +115,7 @@ TEST(VLogTest, QtReceivesNothingDuringACapture)
     EXPECT_TRUE(qt.messages.empty());
 }
 
-TEST(VLogTest, QtReceivesUnderItsCategoryWithoutACapture)
+TEST(VLogTest, QtReceivesMessagesUnderTheirCategoryWithoutACapture)
 {
     QtLog qt;
     LogMessage(VLog::Info, "note");

@@ -15,7 +15,7 @@ VPath Folder(const char* text)
     return path;
 }
 
-// All texts of up to `length` code units over an alphabet that can form every kind of root.
+// Returns all texts of up to `length` code units from an alphabet that can form every kind of root.
 std::vector<VPath> ManyPaths(int length)
 {
     std::vector<std::u16string> texts{u""};

@@ -1,4 +1,4 @@
-// A program of its own, because it replaces the system's functions behind std::shared_mutex.
+// This test replaces the system functions behind std::shared_mutex, so it is a separate program.
 #include "vansys/VReadWriteLock.h"
 
 #include <dlfcn.h>

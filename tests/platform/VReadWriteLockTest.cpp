@@ -45,7 +45,7 @@ void Elsewhere(Function function)
     std::thread(function).join();
 }
 
-// The time to lock and unlock one lock while the thread holds `held` others: the least of several runs.
+// Returns the time to lock and unlock one lock while the thread holds `held` others: the shortest of several runs.
 [[maybe_unused]] double NanosecondsPerLock(int held)
 {
     std::vector<std::unique_ptr<VReadWriteLock>> locks;
@@ -81,7 +81,7 @@ TEST(VReadWriteLockThreadTest, ReadersShare)
     EXPECT_TRUE(readThere);
 }
 
-TEST(VReadWriteLockThreadTest, AReaderKeepsAWriterOut)
+TEST(VReadWriteLockThreadTest, AReaderBlocksAWriter)
 {
     VReadWriteLock lock(0);
     auto reader = std::make_unique<VReadLocker>(lock);

@@ -19,7 +19,7 @@ TEST(VScanStringTest, SkipsWhiteSpaceToTheEnd)
     EXPECT_TRUE(IsBlank(" \t\n\v\f\r "));
 }
 
-TEST(VScanStringTest, SkipsIndentsOfAnyWidthButNoTextInThem)
+TEST(VScanStringTest, SkipsIndentsOfAnyWidthButStopsAtTextInThem)
 {
     for (int width = 0; width < 20; ++width) {
         const std::u16string indent = u"\n" + std::u16string(static_cast<std::size_t>(width), u' ');

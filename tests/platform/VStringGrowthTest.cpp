@@ -10,13 +10,14 @@
 
 namespace {
 
-// More than half of the maximal length. The units are not initialised, so the memory is only reserved.
+// Returns a text of more than half of the maximal length. Its units are not initialised, so the system only reserves
+// the memory.
 VString HugeText()
 {
     return VString(QString(VString::MaxLength / 2 + 1, Qt::Uninitialized));
 }
 
-// Counts how often the buffer grows while `count` single code units are appended.
+// Appends `count` single code units and returns how often the buffer grew.
 int CountGrowths(VString text, int count)
 {
     int growths = 0;

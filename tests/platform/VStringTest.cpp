@@ -38,7 +38,7 @@ TEST(VStringTest, StartsEmpty)
     EXPECT_EQ(text.begin(), text.end());
 }
 
-TEST(VStringTest, NullPointersGiveTheEmptyString)
+TEST(VStringTest, NullPointersMakeTheEmptyString)
 {
     EXPECT_EQ(VString(static_cast<const char*>(nullptr)), VString());
     EXPECT_EQ(VString(static_cast<const char16_t*>(nullptr)), VString());
@@ -116,8 +116,8 @@ TEST(VStringTest, ConvertsEveryCodePointToUtf8AndBack)
     }
 }
 
-// A random text and its UTF-8: `pieces` runs of ASCII, each followed by another character, which may be a surrogate
-// pair or an unpaired surrogate.
+// Returns a random text and its UTF-8. It consists of `pieces` runs of ASCII, each followed by another character, which
+// may be a surrogate pair or an unpaired surrogate.
 std::pair<std::u16string, std::string> RandomRuns(std::mt19937& random, int pieces)
 {
     const std::pair<std::u16string, std::string> others[] = {{u"\u007F", "\x7F"},
@@ -197,7 +197,7 @@ TEST(VStringTest, FindsParts)
     EXPECT_EQ(text.indexOf("three"), -1);
 }
 
-TEST(VStringTest, CutsPieces)
+TEST(VStringTest, LeftAndMidReturnPartsOfTheText)
 {
     const VString text = "abcdef";
     EXPECT_EQ(text.left(2), VString("ab"));

@@ -24,8 +24,8 @@ static_assert(std::is_same_v<decltype(std::declval<const DOMElement&>().GetChild
 static_assert(
     std::is_same_v<decltype(std::declval<DOMElement&>().GetChildren().begin()), DOMElementChildren::iterator>);
 
-// The iterators return pointers by value, so their classic category is input, although std::ranges
-// sees random access.
+// The iterators return pointers by value. So their iterator_category is input, although std::ranges accepts them as
+// random access iterators.
 template <typename Iterator>
 constexpr bool IsClassicInputIterator =
     std::is_same_v<typename std::iterator_traits<Iterator>::iterator_category, std::input_iterator_tag>;
@@ -62,7 +62,7 @@ static_assert(std::ranges::sized_range<const DOMElementConstChildren>);
 
 namespace {
 
-// Checks every accessor of a view that shows the children b2, c3 and d4.
+// Checks every accessor of a view of the children b2, c3 and d4.
 template <typename Children>
 void ExpectThreeChildren(Children& children)
 {

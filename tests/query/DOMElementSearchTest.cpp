@@ -11,8 +11,8 @@ using namespace querytest;
 
 namespace {
 
-// The element r has the children a (without k), a (k empty), a (k one), b (k one) and a (k two). The
-// first a has a child a (k two), which has a child a (k three).
+// The element r has the children a (without k), a (k empty), a (k one), b (k one) and a (k two). The first a has a
+// child a (k two), which has a child a (k three).
 struct SearchTree : Tree {
     SearchTree() : Tree("r(a(a(a))aaba)")
     {

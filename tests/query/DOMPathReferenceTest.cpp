@@ -51,7 +51,7 @@ Matches Reference(const DOMElement& element, const Segments& segments)
     return matches;
 }
 
-// All forests of `elements` elements, each named "a" or "b".
+// Returns all forests of `elements` elements, each named "a" or "b".
 std::vector<std::string> Forests(int elements)
 {
     std::vector<std::string> forests;
@@ -78,7 +78,7 @@ std::vector<std::string> Trees(int elements)
     return trees;
 }
 
-// All paths of up to four segments, each "a", "b", "*" or empty.
+// Returns all paths of up to four segments, each "a", "b", "*" or empty.
 std::vector<Segments> ShortPaths()
 {
     std::vector<Segments> paths;
@@ -97,7 +97,7 @@ std::vector<Segments> ShortPaths()
     return paths;
 }
 
-// Whether every query function returns the expected matches.
+// Returns true if every query function returns the expected matches.
 bool AgreesWithReference(DOMElement& element, const VString& path, const Matches& expected)
 {
     const DOMElement& constant = element;
@@ -147,8 +147,8 @@ INSTANTIATE_TEST_SUITE_P(DOMPathReferenceTest, DOMPathAllTrees, testing::Range(1
     return "OfSize" + std::to_string(row.param);
 });
 
-// The tree is a chain that branches at every level. The paths follow the chain and replace some names
-// by stars and empty segments, also at the boundaries of 64-bit words.
+// The tree is a chain that branches at every level. The paths follow the chain. They replace some names by stars and
+// empty segments, also at the boundaries of 64-bit words.
 TEST_P(DOMPathLongPaths, AgreeWithTheReference)
 {
     const auto length = static_cast<std::size_t>(GetParam());
@@ -189,7 +189,7 @@ INSTANTIATE_TEST_SUITE_P(
         return "OfSegments" + std::to_string(row.param);
     });
 
-TEST_P(DOMPathLongPaths, OfNamesMatchOneElement)
+TEST_P(DOMPathLongPaths, PathsOfNamesMatchOneElement)
 {
     DOM document;
     const VString name("n");

@@ -10,9 +10,9 @@
 
 namespace querytest {
 
-// A document written as text with one-letter names: "a(b(c)d)" is an element a with the children b and
-// d, and b has the child c. The elements are numbered in document order from 1. The number of an element
-// is also its start line.
+// A document that is made from a text with one-letter names. "a(b(c)d)" is an element a with the children b and d, and
+// b has the child c. The elements are numbered in document order from 1. The number of an element is also its start
+// line.
 class Tree {
 public:
     explicit Tree(const std::string& text)
@@ -37,13 +37,13 @@ public:
     std::vector<DOMElement*> elements;
 };
 
-// The name and number of the element, such as "b2".
+// Returns the name and number of the element, such as "b2".
 inline std::string Describe(const DOMElement& element)
 {
     return element.GetName().toStdString() + std::to_string(element.GetStartLine());
 }
 
-// The descriptions of the elements, separated by blanks.
+// Returns the descriptions of the elements, separated by blanks.
 template <typename Elements>
 std::string Describe(const Elements& elements)
 {
@@ -53,7 +53,7 @@ std::string Describe(const Elements& elements)
     return text;
 }
 
-// `text` repeated `count` times.
+// Returns `text` repeated `count` times.
 inline VString Repeated(const std::string& text, int count)
 {
     std::string all;

@@ -18,7 +18,7 @@ namespace {
 constexpr int ThreadCount = 6;
 constexpr int Rounds = 300;
 
-// Starts ThreadCount threads, which call `work` with 0 to ThreadCount - 1, and waits for all.
+// Starts ThreadCount threads, which call `work` with the numbers from 0 to ThreadCount - 1. Waits for all of them.
 void OnThreads(const std::function<void(int)>& work)
 {
     std::vector<std::thread> threads;
@@ -79,7 +79,7 @@ TEST(QueryThreadTest, ManyThreadsReadFieldNamesOfAnUnchangingDocument)
     EXPECT_EQ(wrong, 0);
 }
 
-// The first thread adds renames; the others must see each name either before or after its rename.
+// The first thread adds renames. The others must see each name either before or after its rename.
 TEST(RenamesThreadTest, RenamesAreAddedWhileOthersLookThemUp)
 {
     DOM document;

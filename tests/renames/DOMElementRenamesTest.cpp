@@ -40,7 +40,7 @@ TEST_F(DOMElementRenamesTest, GetFieldNameRenamesDataSourceAndField)
     EXPECT_EQ(element.GetFieldName("k"), FieldName("", "plain"));
 }
 
-TEST_F(DOMElementRenamesTest, MissingAttributeGivesTheEmptyName)
+TEST_F(DOMElementRenamesTest, MissingAttributeIsReadAsTheEmptyName)
 {
     QualifiedNameCache cache;
     EXPECT_TRUE(element.GetFieldName("k").IsEmpty());

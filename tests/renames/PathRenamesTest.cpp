@@ -10,7 +10,7 @@ static_assert(std::is_same_v<decltype(std::declval<const PathRenames&>().GetPath
 
 namespace {
 
-// The entries as "old>new", separated by blanks.
+// Returns the entries as "old>new", separated by blanks.
 std::string Entries(const PathRenames& renames)
 {
     std::string entries;

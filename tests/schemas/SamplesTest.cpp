@@ -67,8 +67,8 @@ VString TextWithVersion(const VString& path, const char* version)
     return text;
 }
 
-// Removes the columns from messages. On the line of the root element the parser also counts the columns of the
-// inserted prefix declaration, which the recorded messages do not.
+// Removes the columns from messages. On the line of the root element, the parser also counts the columns of the
+// inserted declaration of the prefix. The recorded messages do not count them.
 VString WithoutColumns(const VString& messages)
 {
     static const QRegularExpression lineAndColumn(QStringLiteral("\\(([0-9]+),[0-9]+\\)"));
@@ -172,7 +172,7 @@ TEST(SamplesTest, SchemasOfTwoVersionsAcceptDifferentSamples)
     }
 }
 
-TEST(SamplesTest, EveryInvalidSampleGivesItsRecordedErrors)
+TEST(SamplesTest, EveryInvalidSampleHasItsRecordedErrors)
 {
     int checked = 0;
     for (const Sample& sample : SamplesIn("/invalid")) {

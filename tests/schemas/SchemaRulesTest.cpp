@@ -66,8 +66,8 @@ double SecondsToValidate(const std::string& text)
 
 const char* const Versions[] = {"10.2", "10.3", "10.4", "10.5", "18.1"};
 
-// A document that the schemas of the versions `first` to `last` accept. Names that must be unique within one owner
-// are repeated under a second owner.
+// A document that the schemas of the versions `first` to `last` accept. A name that must be unique within one owner
+// also occurs under a second owner.
 struct Document {
     XmlFileType type;
     const char* first;
@@ -230,7 +230,8 @@ const char* const EmptyError = "value ''";
 const char* const MissingError = "key for element 'analysis' not found";
 const char* const LangError = "Lang' is not declared";
 
-// Replacing `part` by `wrong` makes the document invalid in each of its versions; the message contains `error`.
+// A row replaces `part` by `wrong`. The document must then be invalid in each of its versions, with a message that
+// contains `error`.
 struct RuleRow {
     const char* name;
     const Document& document;
@@ -265,8 +266,7 @@ TEST(SchemaRulesTest, ZonesAreCheckedDownToSixteenLevels)
 
 TEST(SchemaRulesTest, NestedZonesValidateInLinearTime)
 {
-    // Measured: nested zones take 4 times as long as flat ones. With a selector on the descendant axis they took 160
-    // times as long.
+    // Nested zones take 4 times as long as flat ones. With a selector of all descendants, they took 160 times as long.
     std::string flatZones;
     for (int i = 1; i <= 16000; ++i)
         flatZones += ZoneStart(i, "v") + "</zone>";
@@ -338,7 +338,7 @@ const RuleRow Rules[] = {
 INSTANTIATE_TEST_SUITE_P(
     SchemaRulesTest, RuleRows, testing::ValuesIn(Rules), [](const auto& row) { return row.param.name; });
 
-// Versions that documents may declare. Most have no schema of their own.
+// Versions that documents may declare. Most of them have no schema.
 const char* const DeclaredVersions[] = {
     "18.1",
     "18.1.0",
@@ -365,7 +365,7 @@ const char* const DeclaredVersions[] = {
     "10.4-18.1",
 };
 
-TEST(SchemaRulesTest, SchemaAcceptsExactlyTheVersionsItIsChosenFor)
+TEST(SchemaRulesTest, SchemaAcceptsExactlyTheVersionsThatSelectIt)
 {
     for (const Document* document : {&Analysis, &DataSource, &DataConnection, &MapSource, &Captions, &Fields}) {
         for (const char* schema : Versions) {

@@ -20,7 +20,7 @@ const VString EnglishEntity = "XML External <!ENTITY> definitions are not allowe
 const VString EnglishEncoding = "The XML file is in an unsupported encoding.";
 constexpr std::uint32_t Unknown = 0x12345678;
 
-// Puts this thread into a session with the locale `language` until destroyed. A null language makes a session
+// Puts this thread into a session with the locale `language` while the object lives. A null language makes a session
 // without a locale.
 class Session {
 public:
@@ -138,7 +138,7 @@ TEST(LocalizedStringsTest, EmptyHasSessionIdFunctionThrows)
     CoreThreadContext::HasSessionId = [] { return false; };
 }
 
-TEST(LocalizedStringsTest, UnknownIdGivesAnEmptyTextInEveryLanguage)
+TEST(LocalizedStringsTest, UnknownIdHasAnEmptyTextInEveryLanguage)
 {
     EXPECT_TRUE(CoreXml::GetLocalizedString(Unknown).IsEmpty());
     for (const LocaleRow& row : Locales)
@@ -192,7 +192,7 @@ TEST(LocalizedStringsTest, DefaultAndEmptyLanguageHaveNoTranslator)
     EXPECT_EQ(cache->GetTranslator(LanguageUtils::GetDefaultISOString()), nullptr);
 }
 
-// Runs in a process of its own, in which the cache does not exist yet.
+// A death test runs in a separate process, in which the cache does not exist yet.
 TEST(LocalizedStringsDeathTest, GetInstanceAssertsIfItsKeyHoldsAnotherObject)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");

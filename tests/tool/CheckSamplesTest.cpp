@@ -49,7 +49,7 @@ TEST(CheckSamplesTest, ExtensionManifestIsWellFormed)
     EXPECT_EQ(RunTool({"check", SAMPLES_FOLDER "/notes-extension.xml"}).output, "1 document, 0 errors\n");
 }
 
-TEST(CheckSamplesTest, EveryInvalidSampleGivesItsRecordedErrorsWithPositions)
+TEST(CheckSamplesTest, EveryInvalidSampleHasItsRecordedErrorsWithPositions)
 {
     const std::vector<std::string> files = SamplesIn("/invalid", "*.kx?");
     ASSERT_EQ(files.size(), 22u);

@@ -33,7 +33,7 @@ std::string Repeat(const std::string& piece, int count)
     return text;
 }
 
-// Declarations of the entities "a" to "f". Every one but "a" expands the one before it ten times.
+// Returns declarations of the entities "a" to "f". Each of them except "a" expands the one before it ten times.
 std::string EntityBomb()
 {
     std::string text = "<!ENTITY a ''>";
@@ -221,7 +221,7 @@ TEST_F(CheckSchemaTest, HostileSchemaIsRejected)
     }
 }
 
-TEST_F(CheckSchemaTest, AutoTakesTheTypeFromTheExtensionAndTheVersionFromTheDocument)
+TEST_F(CheckSchemaTest, AutoReadsTheTypeFromTheExtensionAndTheVersionFromTheDocument)
 {
     std::vector<std::string> files;
     for (const char* name :
@@ -233,7 +233,7 @@ TEST_F(CheckSchemaTest, AutoTakesTheTypeFromTheExtensionAndTheVersionFromTheDocu
     EXPECT_EQ(result.output, "6 documents, 0 errors\n");
 }
 
-TEST_F(CheckSchemaTest, AutoTakesTheTypeFromTheFirstElementIfTheExtensionIsUnknown)
+TEST_F(CheckSchemaTest, AutoReadsTheTypeFromTheFirstElementIfTheExtensionIsUnknown)
 {
     const std::string good = TemporaryFolder::Read(VString::fromStdString(Sample("captions.kxe")));
     EXPECT_EQ(Check("auto", {Write("captions.xml", good)}).errors, "");

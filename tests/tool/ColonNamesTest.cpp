@@ -2,7 +2,7 @@
 
 using testsupport::TemporaryFolder;
 
-// Messages give names and positions of the file, not those of the sanitized text that the scanner reads.
+// Messages contain the names and positions of the file, not those of the sanitized text that the scanner reads.
 TEST(ColonNamesTest, CheckPrintsAttributeNamesAsWrittenInTheFile)
 {
     const TemporaryFolder folder;

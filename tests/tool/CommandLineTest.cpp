@@ -14,7 +14,7 @@ std::ostream& operator<<(std::ostream& out, const Usage& usage)
     return out << usage.name;
 }
 
-// Runs the tool inside a folder of its own, so that tests can pass relative file names.
+// Runs the tool inside a temporary folder, so that tests can pass relative file names.
 class ToolInFolder {
 public:
     void Write(const char* name, const std::string& text) const { m_folder.Write(name, text); }
@@ -138,7 +138,8 @@ TEST(CommandLineTest, FileNamesAreUtf8InAnyLocale)
 
 TEST(CommandLineTest, FileNamesKeepUnusualFirstCharacters)
 {
-    // Each name would become a.xml if its first character were dropped or its brackets were taken for a list.
+    // If the tool dropped the first character of a name, or read brackets as a list, each of these names would become
+    // a.xml.
     for (const std::string name : {"\037a.xml", "\uFEFFa.xml", "[a.xml]"}) {
         const ToolInFolder folder;
         folder.Write(name.c_str(), "<good/>");
@@ -162,7 +163,8 @@ TEST(CommandLineTest, FileNamesKeepUnusualFirstCharacters)
 #if !defined(_WIN32)
 namespace {
 
-// Runs a shell script in which "$1" is the tool. The printf of the shell makes bytes that are not UTF-8.
+// Runs a shell script in which "$1" is the tool. The script makes bytes that are not UTF-8 with the printf of the
+// shell.
 ToolResult RunInShell(const ToolInFolder& folder, const std::string& script)
 {
     return RunProgram("sh", {"-c", script, "sh", VANXML_PATH}, std::string(), std::string(), folder.Path());

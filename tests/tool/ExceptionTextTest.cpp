@@ -1,4 +1,4 @@
-// Runs the tool with the library of ThrowingLibrary.cpp preloaded, which makes two functions throw.
+// Runs the tool with a preloaded library (ThrowingLibrary.cpp) that makes two functions throw.
 #include "vanxml/ExceptionText.h"
 
 #include "tests/tool/ToolRun.h"

@@ -1,7 +1,8 @@
-// Preloaded into a program, replaces the system calls that write files. Environment variables control it:
+// A library that replaces the system calls that write files in the program into which it is preloaded. These
+// environment variables control it:
 //   FAILING_CALL   the call that fails: create, write, flush, close or rename
 //   FAILING_ERROR  the error number of the failure
-//   FAILING_TIMES  the number of calls that fail; without it every call fails
+//   FAILING_TIMES  the number of calls that fail; if it is not set, every call fails
 //   CALLS_FILE     a file to which the name of each call is appended, one on each line
 // The calls write, flush and close are recorded and fail only for regular files that are open for writing. The flush
 // of a folder is recorded as "flush folder" and never fails.

@@ -1,4 +1,4 @@
-// Replaces files while system calls fail: runs the tool with the library of FailingCalls.cpp preloaded.
+// Replaces files while system calls fail. The tool runs with a preloaded library (FailingCalls.cpp).
 #include <cerrno>
 
 #include "tests/tool/ToolRun.h"

@@ -2,8 +2,8 @@
 //
 //     roundtrip_corpus FOLDER_OR_FILE...
 //
-// The formatter writes the text of an element after its children. Documents with mixed content are therefore
-// counted but not compared. Exits with 1 if two trees differ or if no document was compared.
+// The writer puts the text of an element behind its children. So the program only counts documents with mixed content
+// and does not compare them. Exits with 1 if two trees differ or if no document was compared.
 #include <QDirIterator>
 #include <QFileInfo>
 

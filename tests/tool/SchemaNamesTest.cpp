@@ -9,7 +9,7 @@ namespace {
 const std::string SchemaStart = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'";
 const std::string CountSchema = SchemaStart + "><xs:element name='count' type='xs:int'/></xs:schema>";
 
-// Runs the tool inside a folder of its own, so that tests can pass relative file names.
+// Runs the tool inside a temporary folder, so that tests can pass relative file names.
 class SchemaNamesTest : public testing::Test {
 protected:
     SchemaNamesTest()
@@ -29,7 +29,7 @@ protected:
         return RunProgram(VANXML_PATH, arguments, "", "", m_folder.Path(".").toStdString());
     }
 
-    // The tool finds the schema, which rejects bad.xml only.
+    // Expects that the tool finds the schema and that the schema rejects only bad.xml.
     void ExpectSchemaIsUsed(const std::string& schema) const
     {
         const ToolResult result = Check(schema);

@@ -1,5 +1,5 @@
-// Preloaded into the tool, replaces two functions of the library by ones that throw. The environment variable
-// THROWN selects the exception: logic, memory, parser-memory, length, product, parser or unknown.
+// A library that is preloaded into the tool and replaces two functions by functions that throw. The environment
+// variable THROWN selects the exception: logic, memory, parser-memory, length, product, parser or unknown.
 #include <cstdlib>
 #include <new>
 #include <stdexcept>

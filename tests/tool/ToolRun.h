@@ -20,8 +20,8 @@ struct ToolResult {
     std::string errors;
 };
 
-// Runs `program` in `folder`, by default the current one. Standard output goes to `outputFile` if one is
-// given, otherwise into the result.
+// Runs `program` in `folder`, or in the current folder if that is empty. Writes the standard output to `outputFile` if
+// there is one, otherwise into the result.
 inline ToolResult RunProgram(const std::string& program,
     const std::vector<std::string>& arguments,
     const std::string& input = std::string(),

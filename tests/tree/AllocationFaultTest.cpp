@@ -1,5 +1,5 @@
-// Each test fails every allocation of an operation in turn. The documents must keep the promised
-// state, and nothing may leak, which the address sanitizer checks.
+// Each test makes every allocation of an operation fail in turn. The documents must keep the promised state, and
+// nothing may leak. The address sanitizer detects leaks.
 #include <cstdint>
 #include <cstdlib>
 #include <new>
@@ -59,9 +59,9 @@ using namespace treetest;
 
 namespace {
 
-// Calls `run` on a new object from `make` with the first allocation failing, then on another with
-// the second failing, until `run` succeeds. Calls `check` with the object after each failure.
-// Returns the number of failures.
+// Calls `run` on a new object from `make` while the first allocation fails, then on another object while the second one
+// fails, and so on until `run` succeeds. Calls `check` with the object after each failure. Returns the number of
+// failures.
 template <typename Make, typename Run, typename Check>
 int FailEachAllocation(Make make, Run run, Check check)
 {
@@ -146,7 +146,7 @@ TEST(AllocationFaultTest, FailedAssignmentChangesNothing)
     EXPECT_GT(FailEachAllocation(make, run, check), 8);
 }
 
-// The source has errors and warnings, the target has none and must not get any.
+// The source has errors and warnings. The target has none and must not get any.
 TEST(AllocationFaultTest, FailedAssignmentCopiesNoRecords)
 {
     const auto run = [](Pair& pair) { *pair.two.GetElement("c") = *pair.one.GetElement("b"); };
@@ -187,7 +187,7 @@ TEST(AllocationFaultTest, FailedMoveBetweenDocumentsChangesNothing)
     EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 2);
 }
 
-// There are enough records to make the maps of the other document grow.
+// The number of records makes the maps of the other document grow.
 TEST(AllocationFaultTest, FailedMoveOfManyRecordsChangesNothing)
 {
     const auto make = [] {
@@ -332,7 +332,7 @@ TEST(AllocationFaultTest, NothrowNewReturnsNullWithoutMemory)
     EXPECT_EQ(element, nullptr);
 }
 
-// Its constructor throws after its memory was allocated.
+// The constructor throws after the memory of the element was allocated.
 class ThrowingElement : public DOMElement {
 public:
     ThrowingElement() : DOMElement("a") { throw std::runtime_error("failed"); }

@@ -300,7 +300,7 @@ TEST(AttributeMapTest, CopiesAreIndependent)
     EXPECT_EQ(copy, MapOf(20));
 }
 
-// Passes names and values of the map itself, while the map grows through many reallocations.
+// Passes names and values of the map itself as arguments, while the map reallocates many times.
 TEST(AttributeMapTest, AcceptsItsOwnEntriesAsArguments)
 {
     AttributeMap map{{"first", "value"}};
@@ -416,7 +416,7 @@ TEST(AttributeMapTest, SwapExchangesTheEntriesAndClearRemovesThem)
     EXPECT_EQ(other.size(), 1u);
 }
 
-// The map stores one attribute inline, and more than one in an allocated block.
+// The map stores a single attribute inline, and several attributes in an allocated block.
 TEST(AttributeMapTest, MovesAndSwapsBetweenAllSmallSizes)
 {
     for (int a = 0; a <= 3; ++a) {

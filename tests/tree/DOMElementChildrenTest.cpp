@@ -9,7 +9,7 @@ namespace {
 
 constexpr char File[] = "vancorexml\\main\\parser\\DOMElement";
 
-// Expects `times` records, each with the warning that "before" is not a child.
+// Expects `times` log records, each with the warning that "before" is not a child.
 void ExpectMissingBeforeLogged(const LogCapture& log, std::size_t times)
 {
     ASSERT_EQ(log.records.size(), times);

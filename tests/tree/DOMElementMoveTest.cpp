@@ -34,8 +34,9 @@ struct Adoption {
     std::size_t logged = 0;
 };
 
-// Calls `adopt` with a parent, another element, and the candidate with the number `before`. Candidate 0
-// is null, 1 is a stranger, 2 and 3 are children of the parent, 4 to 7 are children of the other element.
+// Calls `adopt` with a parent, another element, and the candidate with the number `before`. Candidate 0 is null.
+// Candidate 1 is an unrelated element. Candidates 2 and 3 are children of the parent, and 4 to 7 are children of the
+// other element.
 template <typename Adopt>
 Adoption AdoptBefore(std::size_t before, Adopt adopt)
 {

@@ -6,7 +6,7 @@ using namespace treetest;
 
 namespace {
 
-// Expects that `run` throws a DOMException with this message, code and key, caused by the caller.
+// Expects that `run` throws a DOMException with this message, code and key, and that its status blames the caller.
 void ExpectMissing(const std::function<void()>& run, const char* message, std::uint32_t code, const char* key)
 {
     try {
@@ -105,7 +105,7 @@ TEST(DOMElementTest, AppendsItsOwnText)
     EXPECT_EQ(element.GetText(), VString("xyxy"));
 }
 
-// Parsers append a text in pieces. Copying the whole text for each piece would take hours.
+// Parsers append a text in pieces. If each piece copied the whole text, the test would take hours.
 TEST(DOMElementTest, AppendsManyPiecesInPlace)
 {
     DOMElement element("a");
@@ -337,7 +337,7 @@ TEST(DOMElementTest, GetRequiredChildByAttrNamesTheAttribute)
 {
     DOMElement element("a");
     element.AddNewChild("b", nullptr);
-    // A missing attribute does not match the empty value.
+    // A missing attribute does not match an empty value.
     const std::function<void()> lookups[] = {
         [&] { element.GetRequiredChildByAttr("n", ""); },
         [&] { std::as_const(element).GetRequiredChildByAttr("n", "v"); },

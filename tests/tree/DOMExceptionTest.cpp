@@ -46,7 +46,7 @@ TEST(DOMExceptionTest, AssignmentCopiesMessageAndErrorInfo)
     EXPECT_EQ(exception.GetErrorInfo().GetCode(), 5u);
 }
 
-// The text that what() returns for the exception of a failed lookup.
+// Returns the text of what() for the exception of a failed lookup.
 template <typename Lookup>
 std::string ExceptionText(const Lookup& lookup)
 {

@@ -33,7 +33,7 @@ void RegisterRenames(DOM& document, const VString& from, const VString& to)
     document.SetPathRenames(paths);
 }
 
-// The new names of `name`, one for each kind of rename.
+// Returns the new names of `name`, one for each kind of rename.
 Texts RenamesOf(const DOM& document, const VString& name)
 {
     const VString names[] = {document.GetCaptionRenameIfItExists(name),

@@ -11,7 +11,7 @@
 
 namespace {
 
-// Fills the whole allocation, so that overlaps and overruns cause failures.
+// Allocates a place and fills it, so that overlaps and overruns cause failures.
 void* AllocateAndFill(ElementPages& pages)
 {
     void* const place = pages.Allocate();

@@ -1,4 +1,4 @@
-// Helpers of the tree tests: access to a document's private operations, and shorthand functions.
+// Helpers of the tree tests: access to the private operations of a document, and short functions for common steps.
 #pragma once
 
 #include <list>
@@ -68,7 +68,7 @@ inline std::unique_ptr<DOMElement> NewElement(const VString& name)
     return std::make_unique<DOMElement>(name);
 }
 
-// The names of the children, separated by blanks.
+// Returns the names of the children, separated by blanks.
 inline std::string ChildNames(const DOMElement& element)
 {
     std::string names;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int ThreadCount = 4;
 
-// Starts ThreadCount threads, which call `work` with 0 to ThreadCount - 1, and waits for all.
+// Starts ThreadCount threads, which call `work` with the numbers from 0 to ThreadCount - 1. Waits for all of them.
 void OnThreads(const std::function<void(int)>& work)
 {
     std::vector<std::thread> threads;
@@ -111,7 +111,7 @@ TEST_P(DocumentPairThreadTest, TakesBothWriteLocks)
     EXPECT_EQ(Strings(other.GetErrors()), (Texts{"a", "b"}));
 }
 
-// Half of the threads swap the documents. Locking in the order of the arguments would deadlock.
+// Half of the threads swap the documents. If operations locked in the order of their arguments, they would deadlock.
 TEST_P(DocumentPairThreadTest, WorksInBothDirectionsAtOnce)
 {
     DOM document;
@@ -129,7 +129,7 @@ TEST_P(DocumentPairThreadTest, WorksInBothDirectionsAtOnce)
 INSTANTIATE_TEST_SUITE_P(
     Of, DocumentPairThreadTest, testing::ValuesIn(PairRows), [](const auto& row) { return row.param.name; });
 
-// There are no diagnostics to copy, so DeepCopy must lock the source itself.
+// The source has no diagnostics to copy. DeepCopy must lock it nevertheless.
 TEST(DocumentThreadTest, DeepCopyTakesBothWriteLocksEvenWithoutDiagnostics)
 {
     DOM document;
@@ -310,7 +310,7 @@ TEST(ElementThreadTest, RemovedChildrenDieWhileOthersAreRemoved)
     EXPECT_EQ(DOMTestAccess::ErrorEntries(document), 500u);
 }
 
-// DeepCopy destroys elements that have records in a third document, which another thread locks meanwhile.
+// DeepCopy destroys elements that have records in a third document, while another thread locks that document.
 TEST(ElementThreadTest, DeepCopyMayDestroyElementsWithRecordsInAThirdDocument)
 {
     DOM source;

@@ -1,6 +1,7 @@
 // A host that does not link the platform. Loading the plug-in therefore loads every module of the library, and
 // unloading the plug-in unloads them.
-//   bare_host PLUGIN    exits with 0 if the plug-in worked and was unmapped each time
+//   bare_host PLUGIN
+// Exits with 0 if the plug-in worked and was unloaded each time.
 #include <dlfcn.h>
 
 #include <cstddef>

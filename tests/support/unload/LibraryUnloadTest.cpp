@@ -71,7 +71,7 @@ void LoadAndUse(int times)
     std::exit(testing::Test::HasFailure() ? 1 : 0);
 }
 
-// Each test runs in a process of its own and also checks how that process exits.
+// Each test runs in a separate process and also checks how that process exits.
 class LibraryUnloadDeathTest : public testing::Test {
 protected:
     LibraryUnloadDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }

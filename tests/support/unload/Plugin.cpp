@@ -1,4 +1,4 @@
-// A plug-in that uses the library. Loading the plug-in loads the library, unloading it unloads both.
+// A plug-in that uses the library. Loading the plug-in also loads the library, and unloading it unloads both.
 #include <cstddef>
 #include <string>
 
