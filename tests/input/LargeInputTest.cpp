@@ -26,7 +26,7 @@ struct LargeRow {
     std::string before;
     std::string piece;
     std::string after;
-    std::string rewrittenPiece;  // empty when the text stays as it is
+    std::string rewrittenPiece;  // empty if the text does not change
 };
 
 class LargeRows : public testing::TestWithParam<LargeRow> {};

@@ -53,7 +53,7 @@ TEST(OutputTupleTest, XMLDomFormatterBuildsATreeOfTheValues)
     EXPECT_EQ(tuple->GetChildren()[1]->GetText(), VString("2"));
 }
 
-// Adds a value to the tuple while the first one is written.
+// Adds a value to the tuple while it writes the first value.
 class GrowingTupleWriter : public XMLStringFormatter {
 public:
     explicit GrowingTupleWriter(Tuple& tuple) : m_tuple(tuple) {}

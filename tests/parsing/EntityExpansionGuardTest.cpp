@@ -222,7 +222,7 @@ private:
         for (const Piece& piece : entity.pieces)
             text += piece.written;
         text += "\">";
-        // A second declaration of the same name, which the parser ignores.
+        // Declare the same name again. The parser ignores the second declaration.
         if (Below(4) == 0)
             text += "<!ENTITY e" + std::to_string(m_written) + " 'an ignored value'>";
         expander.declared.insert(static_cast<int>(m_written++));

@@ -111,7 +111,7 @@ TEST_F(XercesSchemaTest, DuplicateAttributesAreFatalErrors)
     }
 }
 
-// The first parse runs without namespaces; loading a schema switches them on.
+// The first parse runs without namespaces. Loading a schema enables them.
 TEST_F(XercesSchemaTest, PrefixesStayAfterASchemaIsLoaded)
 {
     const auto parser = Create("<x:a xmlns:x='u'> <x:b/></x:a>");

@@ -104,7 +104,7 @@ TEST(VResourceTest, RegisteredTextsTakePrecedenceOverFolders)
     EXPECT_EQ(UTF8StringVResource("greeting").GetString(), VString(u"\uFEFFgrüß dich\n"));
 }
 
-// Reading the file would take many times the limit.
+// If isValid read the resource, the test would take many times its limit.
 TEST(VResourceTest, IsValidDoesNotReadTheResource)
 {
     const QTemporaryDir folder;

@@ -1,5 +1,5 @@
-// A library that replaces the system calls that write files in the program into which it is preloaded. These
-// environment variables control it:
+// Preload this library into a program to replace the system calls that write files. These environment variables
+// control it:
 //   FAILING_CALL   the call that fails: create, write, flush, close or rename
 //   FAILING_ERROR  the error number of the failure
 //   FAILING_TIMES  the number of calls that fail; if it is not set, every call fails

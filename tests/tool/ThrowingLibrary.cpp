@@ -1,5 +1,5 @@
-// A library that is preloaded into the tool and replaces two functions by functions that throw. The environment
-// variable THROWN selects the exception: logic, memory, parser-memory, length, product, parser or unknown.
+// Preload this library into the tool to replace two functions by functions that throw. The environment variable THROWN
+// selects the exception: logic, memory, parser-memory, length, product, parser or unknown.
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
