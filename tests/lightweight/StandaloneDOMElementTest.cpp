@@ -131,7 +131,7 @@ TEST(StandaloneDOMElementTest, AdjacentTextsAreMerged)
     EXPECT_EQ(Nodes(element), "(12)[b](3)");
 }
 
-TEST(StandaloneDOMElementTest, LastAppendTextSetsTheEncodedFlag)
+TEST(StandaloneDOMElementTest, LastAppendTextDeterminesTheEncodedFlag)
 {
     StandaloneDOMElement element("a");
     element.AppendText("t", true);

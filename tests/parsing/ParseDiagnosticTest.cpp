@@ -160,7 +160,7 @@ TEST(ParseDiagnosticTest, ExceededEntityLimitIsAFatalErrorInTheSource)
     EXPECT_EQ(shifted->GetDiagnostics(), Diagnostics{expected});
 }
 
-TEST(ParseDiagnosticTest, Utf16HasTheSamePositions)
+TEST(ParseDiagnosticTest, Utf16DocumentHasTheSamePositions)
 {
     const Parsed parser(testsupport::Utf16("<a>\n<b></c>"));
     EXPECT_EQ(parser->GetDiagnostics(), Diagnostics{Fault(Severity::FatalError, "expected end of tag 'b'", 2, 6)});

@@ -240,7 +240,7 @@ protected:
     }
 };
 
-TEST_F(ReentryTest, DerivedParsersRefuseToo)
+TEST_F(ReentryTest, DerivedParsersRefuseOperationsToo)
 {
     NestedParser nested;
     nested.script = [this](NestedParser& self) { ExpectRefused([&] { self.Parse(); }); };

@@ -31,7 +31,7 @@ TEST(VErrorTest, SourceAndStatusHaveFixedNumbers)
     EXPECT_EQ(static_cast<int>(StatusCode::Internal), 13);
 }
 
-TEST(VErrorTest, NoErrorHasNoIdentity)
+TEST(VErrorTest, TheConstantNoErrorHasNoIdentity)
 {
     EXPECT_EQ(ErrorInfo::NoError.GetCode(), 0u);
     EXPECT_TRUE(ErrorInfo::NoError.GetKey().IsEmpty());

@@ -70,7 +70,7 @@ TEST(VLogTest, ACaptureReceivesTheIdentityOfTheSite)
     EXPECT_EQ(log.records[0].statusCode, 5);
 }
 
-TEST(VLogTest, TheNewestCaptureReceives)
+TEST(VLogTest, OnlyTheNewestCaptureReceivesMessages)
 {
     LogCapture outer;
     {

@@ -69,7 +69,7 @@ void Elsewhere(Function function)
 
 }  // namespace
 
-TEST(VReadWriteLockThreadTest, ReadersShare)
+TEST(VReadWriteLockThreadTest, ReadersShareTheLock)
 {
     VReadWriteLock lock(0);
     const VReadLocker here(lock);

@@ -329,7 +329,7 @@ TEST(PathRenamesCopyTest, SelfAssignmentChangesNothing)
     EXPECT_EQ(Entries(renames), "in/b>out/a");
 }
 
-TEST(PathRenamesOfDocumentTest, AreStoredAsACopy)
+TEST(PathRenamesOfDocumentTest, SetPathRenamesStoresACopy)
 {
     DOM document;
     EXPECT_TRUE(document.GetPathRenames().GetPathMap().empty());
@@ -342,7 +342,7 @@ TEST(PathRenamesOfDocumentTest, AreStoredAsACopy)
     EXPECT_EQ(Entries(document.GetPathRenames()), "a>b");
 }
 
-TEST(PathRenamesOfDocumentTest, AreDeepCopied)
+TEST(PathRenamesOfDocumentTest, DeepCopyCopiesThePathRenames)
 {
     DOM from;
     PathRenames renames;
