@@ -115,7 +115,7 @@ private:
         return *all[Below(all.size())];
     }
 
-    bool IsHeld(DOMElement& element)
+    bool IsListedByItsParent(DOMElement& element)
     {
         const DOMElement* const parent = element.GetParent();
         return parent &&
@@ -126,7 +126,7 @@ private:
 
     void Detach(DOMElement& element)
     {
-        if (IsHeld(element))
+        if (IsListedByItsParent(element))
             m_detached.push_back(element.GetParent()->RemoveChild(element));
     }
 
@@ -145,7 +145,7 @@ private:
 
     void Move(DOMElement& element, DOMElement& parent)
     {
-        if (!IsHeld(element))
+        if (!IsListedByItsParent(element))
             return;
         if (&element == &parent || parent.IsChildOf(element)) {
             EXPECT_THROW(element.Move(parent, nullptr), LogicException);

@@ -35,7 +35,7 @@ const std::string RichDocument =
     "<!-- e -->\n"
     "<?s l?>\n";
 
-std::string Rich(const std::string& encoding)
+std::string RichDocumentIn(const std::string& encoding)
 {
     std::string text = RichDocument;
     return text.replace(text.find("ENCODING"), 8, encoding);
@@ -112,9 +112,9 @@ const PositionRow DeclarationRows[] = {
 
 TEST(NulTest, NulAnywhereIsAFatalErrorWithAPosition)
 {
-    for (std::size_t i = 0; i <= Rich("utf-8").size(); ++i) {
-        SCOPED_TRACE(Rich("utf-8").substr(0, i) + "^");
-        const ParseResult result = ParseBytes(WithNul(Rich("utf-8"), i));
+    for (std::size_t i = 0; i <= RichDocumentIn("utf-8").size(); ++i) {
+        SCOPED_TRACE(RichDocumentIn("utf-8").substr(0, i) + "^");
+        const ParseResult result = ParseBytes(WithNul(RichDocumentIn("utf-8"), i));
         ASSERT_FALSE(result.errors.empty());
         EXPECT_TRUE(result.fatal);
         EXPECT_TRUE(result.errors.back().startsWith("Fatal Error("));
@@ -125,7 +125,7 @@ TEST(NulTest, NulAnywhereIsAnErrorInEveryEncoding)
 {
     const auto hasErrors = [](const std::string& bytes) { return !ParseBytes(bytes).errors.empty(); };
     const auto richWithNul = [](const std::string& encoding, std::size_t position) {
-        return WithNul(Rich(encoding), std::min(position, Rich(encoding).size()));
+        return WithNul(RichDocumentIn(encoding), std::min(position, RichDocumentIn(encoding).size()));
     };
     for (std::size_t i = 0; i <= RichDocument.size() + 2; ++i) {
         SCOPED_TRACE(i);
@@ -138,9 +138,9 @@ TEST(NulTest, NulAnywhereIsAnErrorInEveryEncoding)
 
 TEST(NulTest, NulAnywhereIsAFatalErrorWhenValidating)
 {
-    for (std::size_t i = 0; i <= Rich("utf-8").size(); ++i) {
+    for (std::size_t i = 0; i <= RichDocumentIn("utf-8").size(); ++i) {
         SCOPED_TRACE(i);
-        const ParseResult result = ParseValidating(WithNul(Rich("utf-8"), i));
+        const ParseResult result = ParseValidating(WithNul(RichDocumentIn("utf-8"), i));
         ASSERT_FALSE(result.errors.empty());
         EXPECT_TRUE(result.fatal);
     }
@@ -149,11 +149,11 @@ TEST(NulTest, NulAnywhereIsAFatalErrorWhenValidating)
 TEST(NulTest, DocumentWithoutNulHasNoErrorsInAnyEncoding)
 {
     const std::string documents[] = {
-        Rich("utf-8"),
-        "\xEF\xBB\xBF" + Rich("utf-8"),
-        Rich("iso-8859-1"),
-        testsupport::Utf16(Rich("utf-16")),
-        Utf32(Rich("ucs-4")),
+        RichDocumentIn("utf-8"),
+        "\xEF\xBB\xBF" + RichDocumentIn("utf-8"),
+        RichDocumentIn("iso-8859-1"),
+        testsupport::Utf16(RichDocumentIn("utf-16")),
+        Utf32(RichDocumentIn("ucs-4")),
     };
     for (const std::string& bytes : documents)
         EXPECT_EQ(ParseBytes(bytes).errors, std::vector<VString>{});

@@ -32,7 +32,7 @@ Position Map(const std::string& given, Position scanned)
 }
 
 // Returns the position of the scanner just behind the first occurrence of `part`.
-Position Behind(std::string_view text, const std::string& part)
+Position PositionBehind(std::string_view text, const std::string& part)
 {
     const VString before = VString::fromStdString(std::string(text.substr(0, text.find(part) + part.size())));
     const auto lines = static_cast<std::uint64_t>(std::count(before.begin(), before.end(), u'\n'));
@@ -44,7 +44,7 @@ Position Behind(std::string_view text, const std::string& part)
 void ExpectMapped(const std::string& skipped, const std::string& given, const std::string& part)
 {
     const XercesInputSource view = View(skipped + given, skipped.size());
-    EXPECT_EQ(Map(view, Behind(view.View(), part)), Behind(skipped + given, part)) << part;
+    EXPECT_EQ(Map(view, PositionBehind(view.View(), part)), PositionBehind(skipped + given, part)) << part;
 }
 
 TEST(SourceMapTest, UnchangedTextHasNoMap)
@@ -86,7 +86,7 @@ TEST(SourceMapTest, PositionInsideAnInsertionMapsToThePlaceOfTheInsertion)
     const Position nameEnd{1, 3};
     EXPECT_EQ(Map(text, {1, 3}), nameEnd);
     EXPECT_EQ(Map(text, {1, 20}), nameEnd);
-    const std::uint64_t colon = Behind(View(text).View(), " IllegalColon:").column;
+    const std::uint64_t colon = PositionBehind(View(text).View(), " IllegalColon:").column;
     EXPECT_EQ(Map(text, {1, colon - 5}), (Position{1, 4}));
     EXPECT_EQ(Map(text, {1, colon}), (Position{1, 5}));
 }
@@ -146,7 +146,7 @@ TEST(SourceMapTest, ManyInsertionsOnOneLineAreMappedQuickly)
     const std::string text = "<a" + testsupport::Repeat(" :a='1'", 200000) + "/>";
     const XercesInputSource view = View(text);
     const std::uint64_t perAttribute = std::string(" IllegalColon:a='1'").size();
-    const std::uint64_t first = Behind(view.View(), "a='1'").column;
+    const std::uint64_t first = PositionBehind(view.View(), "a='1'").column;
     for (std::uint64_t i = 0; i < 200000; ++i)
         ASSERT_EQ(Map(view, {1, first + i * perAttribute}).column, 10 + i * 7);
 }

@@ -205,7 +205,7 @@ std::string Numbered(int count, const std::string& before, const std::string& af
 
 // Declares the entities e0 to e(count - 1). The first one is `leaf`. Each further one refers ten times to the one
 // before.
-std::string Levels(int count, const std::string& leaf)
+std::string NestedEntities(int count, const std::string& leaf)
 {
     std::string text = "<!ENTITY e0 '" + leaf + "'>";
     for (int i = 1; i < count; ++i)
@@ -242,10 +242,10 @@ const AmplifierRow AmplifierRows[] = {
             "<r a='" + Repeat("&e;", 120) + "'/>")},
     {"a circular entity after the excess",
         Document(LongEntity + "<!ENTITY f '" + Repeat("&e;", 120) + "&g;'><!ENTITY g '&f;'>", "<r a='&g;'/>")},
-    {"five levels in one attribute", Document(Levels(5, std::string(50000, 'x')), "<r a='&e4;'/>")},
-    {"thirty levels in an attribute", Document(Levels(30, "x"), "<r a='&e29;'/>"), "'50000' entity expansions"},
+    {"five levels in one attribute", Document(NestedEntities(5, std::string(50000, 'x')), "<r a='&e4;'/>")},
+    {"thirty levels in an attribute", Document(NestedEntities(30, "x"), "<r a='&e29;'/>"), "'50000' entity expansions"},
     {"thirty levels in a default",
-        Document(Levels(30, "x") + "<!ATTLIST r a CDATA '&e29;'>", "<r/>"),
+        Document(NestedEntities(30, "x") + "<!ATTLIST r a CDATA '&e29;'>", "<r/>"),
         "'50000' entity expansions"},
 };
 
@@ -295,7 +295,7 @@ TEST(BadInputTest, LongTextsAndManyEntitiesAreAllowed)
         {"parameter entities beside a long entity",
             Document(LongEntity + "<!ENTITY % p ''>" + Repeat("%p;", 200), "<r/>"),
             0},
-        {"a huge entity that is not used", Document(Levels(30, "x"), "<r a='&e1;'/>"), 10},
+        {"a huge entity that is not used", Document(NestedEntities(30, "x"), "<r a='&e1;'/>"), 10},
         {"two million defaults",
             Document("<!ATTLIST a " + defaults + ">", "<r>" + Repeat("<a/>", 2000) + "</r>"),
             66000000},
@@ -328,7 +328,7 @@ TEST(BadInputTest, AHundredMillionCharactersOfEntitiesAreAllowed)
 
 TEST(BadInputTest, EntityBombIsStoppedInEveryEncoding)
 {
-    const std::string bomb = Document(Levels(5, std::string(50000, 'x')), "<r a='&e4;'/>");
+    const std::string bomb = Document(NestedEntities(5, std::string(50000, 'x')), "<r a='&e4;'/>");
     const std::string documents[] = {
         testsupport::Utf16(bomb),
         "<?xml version='1.0' encoding='iso-8859-1'?><!--\xE4-->" + bomb,

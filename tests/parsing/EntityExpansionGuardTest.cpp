@@ -178,12 +178,12 @@ private:
     {
         const std::size_t count = 1 + Below(6);
         // In one document of six, entities may contain themselves.
-        const bool mayCircle = Below(6) == 0;
+        const bool mayContainThemselves = Below(6) == 0;
         for (std::size_t i = 0; i < count; ++i)
             expander.entities.push_back({{}, Below(3) == 0});
         for (std::size_t i = 0; i < count; ++i) {
             for (std::size_t k = Below(4); k > 0; --k)
-                AddPiece(expander.entities[i], mayCircle ? Below(count) : Below(i + 1), i);
+                AddPiece(expander.entities[i], mayContainThemselves ? Below(count) : Below(i + 1), i);
         }
     }
 

@@ -15,7 +15,7 @@ DOMParser g_parser;
 std::unique_ptr<XercesXMLParser> g_driver;
 std::unique_ptr<DOM> g_document;
 
-struct Silent : SAXInterface {
+struct EmptyHandler : SAXInterface {
     void StartElement(const VString&, const AttributeMap&) override {}
     void EndElement() override {}
     void Characters(const VString&) override {}
@@ -31,8 +31,8 @@ bool ParsesEntities()
         document->GetDocumentRoot()->GetAttribute("b") == "x";
 }
 
-struct ParsesLate {
-    ~ParsesLate()
+struct ParsesInItsDestructor {
+    ~ParsesInItsDestructor()
     {
         if (ParsesEntities())
             return;
@@ -47,7 +47,7 @@ int main()
 {
     g_document = g_parser.ParseXmlString("<a :b='1'>text</a>", "id");
     StringInputSource source("<a/>", "id", false);
-    g_driver = XercesXMLParser::Create(source, std::make_shared<Silent>());
+    g_driver = XercesXMLParser::Create(source, std::make_shared<EmptyHandler>());
     g_driver->Parse();
     if (g_document->HasErrors() || g_driver->HasErrors() || !ParsesEntities()) {
         std::fputs("the documents have errors\n", stderr);

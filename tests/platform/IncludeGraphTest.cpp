@@ -81,7 +81,7 @@ Graph Modules()
 
 // Returns the files or modules that are on a cycle or lead to one. Removes nodes that include no remaining node, until
 // there are none. The nodes that remain are the result.
-std::set<std::string> LeadingToCycles(Graph graph)
+std::set<std::string> NodesLeadingToCycles(Graph graph)
 {
     for (bool changed = true; changed;) {
         changed = false;
@@ -101,7 +101,7 @@ std::set<std::string> LeadingToCycles(Graph graph)
 
 // Returns the includes from modules of `from` into modules for which `allowed` returns false.
 template <typename Allowed>
-std::set<std::string> Violations(const std::set<std::string>& from, Allowed allowed)
+std::set<std::string> ForbiddenIncludes(const std::set<std::string>& from, Allowed allowed)
 {
     std::set<std::string> violations;
     for (const auto& [file, includes] : Files()) {
@@ -126,35 +126,38 @@ TEST(IncludeGraphTest, FindsTheSources)
 
 TEST(IncludeGraphTest, FindsCycles)
 {
-    EXPECT_TRUE(LeadingToCycles({{"a", {"b"}}, {"b", {"c"}}, {"c", {}}}).empty());
-    EXPECT_EQ(
-        LeadingToCycles({{"a", {"b"}}, {"b", {"c"}}, {"c", {"b"}}, {"d", {}}}), (std::set<std::string>{"a", "b", "c"}));
-    EXPECT_EQ(LeadingToCycles({{"a", {"a"}}}), (std::set<std::string>{"a"}));
+    EXPECT_TRUE(NodesLeadingToCycles({{"a", {"b"}}, {"b", {"c"}}, {"c", {}}}).empty());
+    EXPECT_EQ(NodesLeadingToCycles({{"a", {"b"}}, {"b", {"c"}}, {"c", {"b"}}, {"d", {}}}),
+        (std::set<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(NodesLeadingToCycles({{"a", {"a"}}}), (std::set<std::string>{"a"}));
 }
 
 TEST(IncludeGraphTest, FilesHaveNoIncludeCycles)
 {
-    EXPECT_EQ(LeadingToCycles(Files()), std::set<std::string>());
+    EXPECT_EQ(NodesLeadingToCycles(Files()), std::set<std::string>());
 }
 
 TEST(IncludeGraphTest, ModulesHaveNoIncludeCycles)
 {
-    EXPECT_EQ(LeadingToCycles(Modules()), std::set<std::string>());
+    EXPECT_EQ(NodesLeadingToCycles(Modules()), std::set<std::string>());
 }
 
 TEST(IncludeGraphTest, TheLowestModuleIncludesNoOtherModule)
 {
-    EXPECT_EQ(Violations({"vancoreplatform"}, [](const std::string&) { return false; }), std::set<std::string>());
+    EXPECT_EQ(
+        ForbiddenIncludes({"vancoreplatform"}, [](const std::string&) { return false; }), std::set<std::string>());
 }
 
 TEST(IncludeGraphTest, ThePlatformIncludesOnlyThePlatform)
 {
-    EXPECT_EQ(Violations(PlatformModules, [](const std::string& module) { return PlatformModules.count(module) > 0; }),
+    EXPECT_EQ(
+        ForbiddenIncludes(PlatformModules, [](const std::string& module) { return PlatformModules.count(module) > 0; }),
         std::set<std::string>());
 }
 
 TEST(IncludeGraphTest, TheLibraryIncludesOnlyThePlatform)
 {
-    EXPECT_EQ(Violations({"vancorexml"}, [](const std::string& module) { return PlatformModules.count(module) > 0; }),
+    EXPECT_EQ(
+        ForbiddenIncludes({"vancorexml"}, [](const std::string& module) { return PlatformModules.count(module) > 0; }),
         std::set<std::string>());
 }

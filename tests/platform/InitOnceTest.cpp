@@ -30,9 +30,9 @@ TEST(VRecursiveMutexThreadTest, TheHolderCanLockItAgain)
     VRecursiveMutex mutex;
     const VRecursiveMutexLocker outer(mutex);
     const VRecursiveMutexLocker inner(mutex);
-    bool takenElsewhere = true;
-    std::thread([&] { takenElsewhere = mutex.try_lock(); }).join();
-    EXPECT_FALSE(takenElsewhere);
+    bool lockedByAnotherThread = true;
+    std::thread([&] { lockedByAnotherThread = mutex.try_lock(); }).join();
+    EXPECT_FALSE(lockedByAnotherThread);
 }
 
 TEST(InitOnceTest, TheNextCallTriesAgainAfterAFailure)

@@ -10,7 +10,7 @@
 namespace {
 
 // Closes the scope on another thread. Returns the assertion that this raises, or null.
-std::unique_ptr<VantoraException> CloseElsewhere(MemoryScope& scope)
+std::unique_ptr<VantoraException> CloseScopeOnAnotherThread(MemoryScope& scope)
 {
     std::unique_ptr<VantoraException> raised;
     std::thread([&] {
@@ -71,7 +71,7 @@ TEST(MemoryScopeTest, EachThreadHasItsOwnScopes)
 TEST(MemoryScopeTest, ClosingOnAnotherThreadRaisesTheAssertion)
 {
     MemoryScope scope("here");
-    const std::unique_ptr<VantoraException> raised = CloseElsewhere(scope);
+    const std::unique_ptr<VantoraException> raised = CloseScopeOnAnotherThread(scope);
     const auto* exception = dynamic_cast<const LogicException*>(raised.get());
     ASSERT_NE(exception, nullptr);
     EXPECT_EQ(exception->GetFile(), VString("vansys\\MemoryScope"));
@@ -84,7 +84,7 @@ TEST(MemoryScopeTest, ClosingOnAnotherThreadRaisesTheAssertion)
 TEST(MemoryScopeTest, AScopeThatAnotherThreadFailedToCloseStaysOpen)
 {
     MemoryScope scope("here");
-    EXPECT_NE(CloseElsewhere(scope), nullptr);
+    EXPECT_NE(CloseScopeOnAnotherThread(scope), nullptr);
     EXPECT_STREQ(MemoryScope::Current(), "here");
     scope.Close();
     EXPECT_EQ(MemoryScope::Current(), nullptr);

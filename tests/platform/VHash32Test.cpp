@@ -22,7 +22,7 @@ std::vector<VString> ManyTexts()
     return texts;
 }
 
-struct Vector {
+struct PublishedHash {
     std::size_t length;
     std::uint64_t hash;
 };
@@ -36,12 +36,12 @@ TEST(SipHashTest, ReturnsThePublishedHashes)
     for (unsigned char i = 0; i < sizeof bytes; ++i)
         bytes[i] = i;
     // These hashes are from the table of the reference implementation for 2 and 4 rounds, with the bytes 0, 1, 2, ...
-    for (const Vector& vector : {Vector{0, 0x726FDB47DD0E0E31},
-             Vector{1, 0x74F839C593DC67FD},
-             Vector{7, 0xAB0200F58B01D137},
-             Vector{8, 0x93F5F5799A932462},
-             Vector{15, 0xA129CA6149BE45E5},
-             Vector{63, 0x958A324CEB064572}}) {
+    for (const PublishedHash& vector : {PublishedHash{0, 0x726FDB47DD0E0E31},
+             PublishedHash{1, 0x74F839C593DC67FD},
+             PublishedHash{7, 0xAB0200F58B01D137},
+             PublishedHash{8, 0x93F5F5799A932462},
+             PublishedHash{15, 0xA129CA6149BE45E5},
+             PublishedHash{63, 0x958A324CEB064572}}) {
         EXPECT_EQ((SipHash<2, 4>::Hash(key, bytes, vector.length)), vector.hash) << vector.length;
     }
 }

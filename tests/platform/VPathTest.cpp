@@ -32,7 +32,7 @@ std::vector<VPath> ManyPaths(int length)
     return paths;
 }
 
-std::vector<VPath> Adjoining(const std::vector<VPath>& sorted, std::size_t position)
+std::vector<VPath> NextFortyPaths(const std::vector<VPath>& sorted, std::size_t position)
 {
     const std::size_t end = std::min(position + 40, sorted.size());
     return {sorted.begin() + static_cast<std::ptrdiff_t>(position), sorted.begin() + static_cast<std::ptrdiff_t>(end)};
@@ -224,7 +224,7 @@ TEST(VPathTest, OrderIsTransitiveOverManyPaths)
     std::vector<VPath> paths = ManyPaths(5);
     std::sort(paths.begin(), paths.end());
     for (std::size_t i = 0; i < paths.size(); ++i) {
-        for (const VPath& later : Adjoining(paths, i))
+        for (const VPath& later : NextFortyPaths(paths, i))
             ASSERT_FALSE(later < paths[i]) << later.String() << " " << paths[i].String();
         ASSERT_FALSE(paths.back() < paths[i]);
         ASSERT_FALSE(paths[i] < paths.front());

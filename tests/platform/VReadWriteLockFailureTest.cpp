@@ -24,10 +24,10 @@ int LockUnlessItFails(const char* function, pthread_rwlock_t* lock)
 }
 
 // Makes every lock operation of the system fail while it lives.
-class Refusal {
+class FailingLocks {
 public:
-    Refusal() { s_fails = true; }
-    ~Refusal() { s_fails = false; }
+    FailingLocks() { s_fails = true; }
+    ~FailingLocks() { s_fails = false; }
 };
 
 }  // namespace
@@ -46,7 +46,7 @@ TEST(VReadWriteLockFailureTest, AFailedReadLockIsNotCounted)
 {
     VReadWriteLock lock(0);
     {
-        const Refusal refusal;
+        const FailingLocks failure;
         EXPECT_THROW(lock.LockForRead(), std::system_error);
     }
     EXPECT_NO_THROW(lock.LockForWrite()) << "the failed read is still counted";
@@ -57,7 +57,7 @@ TEST(VReadWriteLockFailureTest, AFailedWriteLockIsNotCounted)
 {
     VReadWriteLock lock(0);
     {
-        const Refusal refusal;
+        const FailingLocks failure;
         EXPECT_THROW(lock.LockForWrite(), std::system_error);
     }
     const VReadLocker reader(lock);
@@ -72,7 +72,7 @@ TEST(VReadWriteLockFailureTest, AFailedLockLeavesOtherLocksHeld)
     for (int i = 0; i < 5; ++i)
         locks[i].LockForWrite();
     {
-        const Refusal refusal;
+        const FailingLocks failure;
         EXPECT_THROW(locks[5].LockForRead(), std::system_error);
         for (int i = 0; i < 5; ++i)
             EXPECT_NO_THROW(locks[i].LockForWrite()) << "lock " << i << " is held already";

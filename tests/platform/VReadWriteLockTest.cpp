@@ -21,26 +21,26 @@ class Writer {
 public:
     explicit Writer(VReadWriteLock& lock)
         : m_thread([this, &lock] {
-              m_asking.set_value();
+              m_isAboutToLock.set_value();
               const VWriteLocker locker(lock);
               m_wrote = true;
           })
     {
-        m_asking.get_future().wait();
+        m_isAboutToLock.get_future().wait();
     }
     ~Writer() { m_thread.join(); }
 
     bool HasWritten() const { return m_wrote; }
 
 private:
-    std::promise<void> m_asking;
+    std::promise<void> m_isAboutToLock;
     std::atomic<bool> m_wrote{false};
     std::thread m_thread;
 };
 
 // Runs `function` on another thread and waits for its end.
 template <typename Function>
-void Elsewhere(Function function)
+void RunOnAnotherThread(Function function)
 {
     std::thread(function).join();
 }
@@ -74,7 +74,7 @@ TEST(VReadWriteLockThreadTest, ReadersShareTheLock)
     VReadWriteLock lock(0);
     const VReadLocker here(lock);
     bool readThere = false;
-    Elsewhere([&] {
+    RunOnAnotherThread([&] {
         const VReadLocker there(lock);
         readThere = true;
     });
@@ -139,7 +139,7 @@ TEST(VReadWriteLockThreadTest, UnlocksInAnyOrderOfModes)
         EXPECT_FALSE(other.HasWritten());
         lock.UnlockRead();
     }
-    Elsewhere([&lock] { const VWriteLocker there(lock); });
+    RunOnAnotherThread([&lock] { const VWriteLocker there(lock); });
 }
 
 TEST(VReadWriteLockThreadTest, WritingUnderAReadRaisesTheAssertion)
@@ -164,9 +164,9 @@ TEST(VReadWriteLockThreadTest, TheAssertionKeepsTheReadLock)
     {
         const VReadLocker reader(lock);
         EXPECT_THROW(lock.LockForWrite(), LogicException);
-        Elsewhere([&lock] { const VReadLocker there(lock); });
+        RunOnAnotherThread([&lock] { const VReadLocker there(lock); });
     }
-    Elsewhere([&lock] { const VWriteLocker there(lock); });
+    RunOnAnotherThread([&lock] { const VWriteLocker there(lock); });
 }
 
 TEST(VReadWriteLockThreadTest, AnUnlockWithoutALockDoesNothing)
@@ -176,7 +176,7 @@ TEST(VReadWriteLockThreadTest, AnUnlockWithoutALockDoesNothing)
     lock.UnlockWrite();
     const VReadLocker reader(lock);
     lock.UnlockWrite();
-    Elsewhere([&lock] { lock.UnlockRead(); });
+    RunOnAnotherThread([&lock] { lock.UnlockRead(); });
     EXPECT_THROW(lock.LockForWrite(), LogicException);
 }
 
@@ -196,7 +196,7 @@ TEST(VReadWriteLockThreadTest, AThreadHoldsManyLocks)
         locks[i]->UnlockRead();
     for (std::size_t i = 1; i < locks.size(); i += 2)
         locks[i]->UnlockRead();
-    Elsewhere([&locks] {
+    RunOnAnotherThread([&locks] {
         for (const auto& lock : locks)
             const VWriteLocker there(*lock);
     });

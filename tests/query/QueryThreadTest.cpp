@@ -28,7 +28,7 @@ void OnThreads(const std::function<void(int)>& work)
         thread.join();
 }
 
-VString Numbered(const char* name, int number)
+VString NumberedName(const char* name, int number)
 {
     return name + VString::number(number);
 }
@@ -87,8 +87,8 @@ TEST(RenamesThreadTest, RenamesAreAddedWhileOthersLookThemUp)
     std::atomic<int> wrong{0};
     OnThreads([&](int thread) {
         for (int i = 0; i < Rounds; ++i) {
-            const VString from = Numbered("old", i);
-            const VString to = Numbered("new", i);
+            const VString from = NumberedName("old", i);
+            const VString to = NumberedName("new", i);
             if (thread == 0) {
                 document.AddCaptionRename(from, to);
                 document.AddDataSourceRename(from, to);
@@ -120,10 +120,10 @@ TEST(RenamesThreadTest, ManyThreadsAddRenames)
     DOM document;
     OnThreads([&document](int thread) {
         for (int i = thread * Rounds; i < (thread + 1) * Rounds; ++i)
-            document.AddMapSourceRename(Numbered("old", i), Numbered("new", i));
+            document.AddMapSourceRename(NumberedName("old", i), NumberedName("new", i));
     });
     for (int i = 0; i < ThreadCount * Rounds; ++i)
-        ASSERT_EQ(document.RenameMapSource(Numbered("old", i)), Numbered("new", i));
+        ASSERT_EQ(document.RenameMapSource(NumberedName("old", i)), NumberedName("new", i));
 }
 
 // Each round uses a new document, so that several threads build the index of the errors at once.

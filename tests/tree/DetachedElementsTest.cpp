@@ -83,7 +83,7 @@ DOMElement& Find(DOM& document, const VString& name)
     return *document.GetElement(name);
 }
 
-struct Scene {
+struct SetupRow {
     const char* name;
     std::function<void(DetachedObjects&)> build;
 };
@@ -174,7 +174,7 @@ void RecordsInAnotherDocument(DetachedObjects& detached)
     AddError(*detached.elements[0], "again");
 }
 
-class DetachedElementsOrderTest : public testing::TestWithParam<Scene> {};
+class DetachedElementsOrderTest : public testing::TestWithParam<SetupRow> {};
 
 }  // namespace
 
@@ -196,7 +196,7 @@ TEST_P(DetachedElementsOrderTest, EveryOrderOfDestructionIsSafe)
     });
 }
 
-const Scene Scenes[] = {
+const SetupRow SetupRows[] = {
     {"RemovedParentAndChild", RemovedParentAndChild},
     {"ChainOfRemovals", ChainOfRemovals},
     {"Copies", Copies},
@@ -209,7 +209,7 @@ const Scene Scenes[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(
-    Of, DetachedElementsOrderTest, testing::ValuesIn(Scenes), [](const auto& row) { return row.param.name; });
+    Of, DetachedElementsOrderTest, testing::ValuesIn(SetupRows), [](const auto& row) { return row.param.name; });
 
 TEST(DetachedElementsTest, ParentLinkIsClearedWhenTheParentDies)
 {

@@ -350,14 +350,14 @@ TEST(ElementThreadTest, CopiesDieWhileAnotherThreadQueries)
     DOMElement& top = document.GetRoot().AddNewChild("top", nullptr);
     Fill(document);
     std::atomic<bool> stops{false};
-    std::thread asking([&] {
+    std::thread querying([&] {
         while (!stops)
             EXPECT_FALSE(top.HasErrors());
     });
     for (int i = 0; i < 2000; ++i)
         const DOMElement copy(*document.GetRoot().GetChild("a"));
     stops = true;
-    asking.join();
+    querying.join();
     EXPECT_TRUE(document.GetElement("b")->HasErrors());
     EXPECT_EQ(DOMTestAccess::Intervals(document), 3u);  // "Document", a and b
 }

@@ -14,10 +14,11 @@ int main(int, char** arguments)
         void* const plugin = dlopen(arguments[1], RTLD_NOW | RTLD_LOCAL);
         if (plugin == nullptr)
             return std::puts(dlerror()), 1;
-        const auto ask = reinterpret_cast<void (*)(const char*, char*, std::size_t)>(dlsym(plugin, "AskForMessage"));
+        const auto writeMessage =
+            reinterpret_cast<void (*)(const char*, char*, std::size_t)>(dlsym(plugin, "WriteMessage"));
         const auto parse = reinterpret_cast<bool (*)()>(dlsym(plugin, "ParseAgainstSchema"));
         char message[200];
-        ask("de_DE", message, sizeof message);
+        writeMessage("de_DE", message, sizeof message);
         if (std::strncmp(message, "XML-Definitionen", 16) != 0)
             return std::puts(message), 1;
         if (!parse())

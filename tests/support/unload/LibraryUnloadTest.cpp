@@ -24,10 +24,10 @@ public:
     Plugin(const Plugin&) = delete;
     Plugin& operator=(const Plugin&) = delete;
 
-    VString AskForMessage(const char* language) const
+    VString GetMessage(const char* language) const
     {
         std::array<char, 200> text;
-        Find<void (*)(const char*, char*, std::size_t)>("AskForMessage")(language, text.data(), text.size());
+        Find<void (*)(const char*, char*, std::size_t)>("WriteMessage")(language, text.data(), text.size());
         return VString(text.data());
     }
 
@@ -56,8 +56,8 @@ void LoadAndUse(int times)
     for (int i = 0; i < times; ++i) {
         {
             const Plugin plugin;
-            EXPECT_TRUE(plugin.AskForMessage("de_DE").startsWith("XML-Definitionen"));
-            EXPECT_TRUE(plugin.AskForMessage("it_IT").startsWith("Le definizioni"));
+            EXPECT_TRUE(plugin.GetMessage("de_DE").startsWith("XML-Definitionen"));
+            EXPECT_TRUE(plugin.GetMessage("it_IT").startsWith("Le definizioni"));
             EXPECT_TRUE(plugin.ParseAgainstSchema());
             EXPECT_TRUE(IsLibraryLoaded());
         }
@@ -93,7 +93,7 @@ TEST_F(LibraryUnloadDeathTest, ProcessExitsCleanlyWithTheLibraryLoaded)
 {
     const auto run = [] {
         static const Plugin* const plugin = new Plugin;  // never unloaded
-        EXPECT_TRUE(plugin->AskForMessage("de_DE").startsWith("XML-Definitionen"));
+        EXPECT_TRUE(plugin->GetMessage("de_DE").startsWith("XML-Definitionen"));
         EXPECT_TRUE(plugin->ParseAgainstSchema());
         Exit();
     };
@@ -123,7 +123,7 @@ TEST_F(LibraryUnloadDeathTest, ReloadedLibraryUsesTheLanguageOfTheSession)
         CoreThreadContext::HasSessionId = [] { return true; };
         CoreThreadContext::SetGenericObject("locale", std::make_shared<VLocale>(VString("fr_FR")));
         for (int i = 0; i < 2; ++i)
-            EXPECT_TRUE(Plugin().AskForMessage("xx_XX").startsWith("Les définitions"));
+            EXPECT_TRUE(Plugin().GetMessage("xx_XX").startsWith("Les définitions"));
         EXPECT_FALSE(IsLibraryLoaded());
         Exit();
     };

@@ -9,7 +9,7 @@
 #define PLUGIN_API extern "C" __attribute__((visibility("default")))
 
 // Writes the message about external entities in `language`: at most `size` bytes, including the terminating NUL.
-PLUGIN_API void AskForMessage(const char* language, char* buffer, std::size_t size)
+PLUGIN_API void WriteMessage(const char* language, char* buffer, std::size_t size)
 {
     const std::string text = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, language).toStdString();
     buffer[text.copy(buffer, size - 1)] = '\0';
