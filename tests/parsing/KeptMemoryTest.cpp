@@ -119,7 +119,7 @@ const EndRow EndRows[] = {
 INSTANTIATE_TEST_SUITE_P(
     BeforeEnd, KeptTextTest, testing::ValuesIn(EndRows), [](const auto& row) { return row.param.name; });
 
-// A builder that is kept would point to the open elements of a destroyed document.
+// If the parser kept the builder, the builder would point to the open elements of a destroyed document.
 TEST(KeptMemoryTest, ParserDoesNotKeepTheBuilder)
 {
     std::string text;
