@@ -34,7 +34,7 @@ std::string Repeat(const std::string& piece, int count)
 }
 
 // Returns declarations of the entities "a" to "f". Each of them except "a" expands the one before it ten times.
-std::string EntityBomb()
+std::string BombDeclarations()
 {
     std::string text = "<!ENTITY a ''>";
     for (char name = 'b'; name <= 'f'; ++name) {
@@ -201,7 +201,7 @@ TEST_F(CheckSchemaTest, HostileSchemaIsRejected)
     const std::string deep = Repeat("<xs:sequence>", 100000) + Repeat("</xs:sequence>", 100000);
     const std::string deepType = "<xs:complexType name='t'>" + deep + "</xs:complexType>";
     const std::pair<std::string, std::string> hostile[] = {
-        {"<!DOCTYPE s [" + EntityBomb() + "]>" + Schema("&f;"), "entity expansions"},
+        {"<!DOCTYPE s [" + BombDeclarations() + "]>" + Schema("&f;"), "entity expansions"},
         {"<!DOCTYPE s [<!ENTITY e SYSTEM 'secret.txt'>]>" + Schema("&e;"), "not allowed.(1,"},
         {"<!DOCTYPE s SYSTEM 'secret.dtd'>" + schemaStart + "/>", "not allowed. 'secret.dtd'"},
         {Schema(deepType), "nests elements in more than 256 levels"},

@@ -67,6 +67,12 @@ std::size_t FirstTagFinder::FindTagEnd(const std::string& text)
     return XmlUtils::npos;
 }
 
+// Defined here because it uses the finder. XMLUtils.cpp must not include FirstElementTag.h, which includes XMLUtils.h.
+XmlUtils::TagRange XmlUtils::FindFirstElementTag(const std::string& text)
+{
+    return FirstTagFinder().Find(text).value_or(TagRange());
+}
+
 std::string ReadFirstElementTag(InputSource& source)
 {
     const InputSourceResetter resetter(source);

@@ -6,7 +6,6 @@
 
 #include <xercesc/util/XMLChar.hpp>
 
-#include "vancorexml/main/parser/FirstElementTag.h"
 #include "vansys/LogicException.h"
 
 namespace {
@@ -213,9 +212,4 @@ std::optional<std::string> XmlUtils::GetAttributeValueInTag(
             return value;
     }
     return std::nullopt;
-}
-
-XmlUtils::TagRange XmlUtils::FindFirstElementTag(const std::string& text)
-{
-    return FirstTagFinder().Find(text).value_or(TagRange());
 }
