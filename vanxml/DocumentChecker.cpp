@@ -55,7 +55,9 @@ bool DocumentChecker::CheckAgainst(const SchemaReference& schema, SourceDocument
         result.status = ExitStatus::Failed;
         return false;
     }
-    for (const VString& message : driver->Check(source.Source()))
-        AddError(result, FormatErrorLine(source.Name(), message));
+    for (const ParseDiagnostic& diagnostic : driver->Check(source.Source())) {
+        if (IsError(diagnostic))
+            AddError(result, FormatErrorLine(source.Name(), diagnostic));
+    }
     return true;
 }

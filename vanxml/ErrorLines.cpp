@@ -53,19 +53,19 @@ std::string EscapeControlCharacters(std::string_view text)
     return escaped.toStdString();
 }
 
-std::vector<VString> FormatErrors(const std::vector<ParseDiagnostic>& diagnostics)
+bool IsError(const ParseDiagnostic& diagnostic) noexcept
 {
-    std::vector<VString> errors;
-    for (const ParseDiagnostic& diagnostic : diagnostics) {
-        if (diagnostic.severity != ParseDiagnostic::Severity::Warning)
-            errors.push_back(diagnostic.GetText());
-    }
-    return errors;
+    return diagnostic.severity != ParseDiagnostic::Severity::Warning;
 }
 
 std::string FormatErrorLine(const VString& name, const VString& message)
 {
     return EscapeControlCharacters((name + ": " + message).toStdString()) + "\n";
+}
+
+std::string FormatErrorLine(const VString& name, const ParseDiagnostic& diagnostic)
+{
+    return FormatErrorLine(name, diagnostic.GetText());
 }
 
 std::string FormatErrorLine(std::string_view message)

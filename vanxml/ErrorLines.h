@@ -3,7 +3,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/ParseDiagnostic.h"
@@ -15,11 +14,13 @@
 // escaping cannot be reversed. Linear.
 std::string EscapeControlCharacters(std::string_view text);
 
-// Returns the texts of the errors, without the warnings.
-std::vector<VString> FormatErrors(const std::vector<ParseDiagnostic>& diagnostics);
+// False for a warning.
+bool IsError(const ParseDiagnostic& diagnostic) noexcept;
 
 // Returns "NAME: MESSAGE" and a line feed, for an error of the document `name`. Escapes the name and the message.
 std::string FormatErrorLine(const VString& name, const VString& message);
+// The same for the text of the diagnostic, with its position in the document as given.
+std::string FormatErrorLine(const VString& name, const ParseDiagnostic& diagnostic);
 
 // Returns "vanxml: MESSAGE" and a line feed, for any other error. Escapes the message.
 std::string FormatErrorLine(std::string_view message);

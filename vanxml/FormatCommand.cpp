@@ -38,8 +38,10 @@ ExitStatus FormatCommand::Run()
     DOMParser parser;
     const std::unique_ptr<DOM> document = parser.ParseXmlInputSource(source.Source(), false);
     if (document->HasErrors()) {
-        for (const VString& message : FormatErrors(parser.GetDiagnostics()))
-            StandardStreams::WriteError(FormatErrorLine(source.Name(), message));
+        for (const ParseDiagnostic& diagnostic : parser.GetDiagnostics()) {
+            if (IsError(diagnostic))
+                StandardStreams::WriteError(FormatErrorLine(source.Name(), diagnostic));
+        }
         return ExitStatus::Faulty;
     }
     const std::string bytes = Render(*document).toStdString();

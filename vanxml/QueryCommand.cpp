@@ -68,8 +68,10 @@ ExitStatus QueryCommand::Run()
     parser.SetEnableLineNumbersOnElements(true);
     const std::unique_ptr<const DOM> document = parser.ParseXmlInputSource(source.Source(), false);
     if (document->HasErrors()) {
-        for (const VString& message : FormatErrors(parser.GetDiagnostics()))
-            StandardStreams::WriteError(FormatErrorLine(source.Name(), message));
+        for (const ParseDiagnostic& diagnostic : parser.GetDiagnostics()) {
+            if (IsError(diagnostic))
+                StandardStreams::WriteError(FormatErrorLine(source.Name(), diagnostic));
+        }
         return ExitStatus::Faulty;
     }
     std::size_t count = 0;

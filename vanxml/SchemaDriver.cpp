@@ -10,7 +10,6 @@
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 #include "vansys/LogicException.h"
-#include "vanxml/ErrorLines.h"
 #include "vanxml/SchemaText.h"
 
 namespace {
@@ -117,9 +116,9 @@ void SchemaDriver::Load(const SchemaReference& schema)
     m_parser->LoadXSDString(text, schema.name);
 }
 
-std::vector<VString> SchemaDriver::Check(InputSource& document)
+const std::vector<ParseDiagnostic>& SchemaDriver::Check(InputSource& document)
 {
     m_parser->Reload(document, m_handler);
     m_parser->Parse();
-    return FormatErrors(m_parser->GetDiagnostics());
+    return m_parser->GetDiagnostics();
 }

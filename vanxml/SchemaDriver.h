@@ -6,6 +6,7 @@
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/InputSource.h"
+#include "vancorexml/main/parser/ParseDiagnostic.h"
 #include "vanxml/SchemaSelection.h"
 
 // Checks documents against one schema, which it compiles once. Without a schema, it only checks that
@@ -27,9 +28,9 @@ public:
     // found. If there are errors, Check must not be called.
     const std::vector<VString>& SchemaErrors() const noexcept { return m_schemaErrors; }
 
-    // Returns the errors of the document in the order in which they were found, with positions in the
-    // document as given.
-    std::vector<VString> Check(InputSource& document);
+    // Returns the errors and warnings of the document in the order in which they were found. Valid until
+    // the next check.
+    const std::vector<ParseDiagnostic>& Check(InputSource& document);
 
 private:
     class Handler;
