@@ -27,8 +27,8 @@ public:
     void RegisterText(const VString& name, const VString& text);
     void UnregisterText(const VString& name);
 
-    // Returns whether there is a resource called `name`, without reading it. Each resource has exactly one name: if
-    // a part of `name` is "." or ".." or empty, there is no such resource.
+    // Returns whether there is a resource called `name`, without reading it. Returns false if a part of the path
+    // `name` is empty, "." or "..", so that no resource has a second name.
     bool Contains(const VString& name) const;
 
     // Reads the resource called `name` into `content`. Returns false and leaves `content` unchanged if there is no
@@ -52,7 +52,7 @@ private:
     std::map<VString, VString> m_texts;  // guarded by m_mutex
 };
 
-// A resource of the product. Its name is a path that LookupResource or GetResourcePath returns.
+// A resource of the product. Its name is the path that ResourceRegistrationCache::GetResourcePath returns.
 class VANCOREDATA_API VResource {
 public:
     explicit VResource(const VString& name) : m_name(name) {}

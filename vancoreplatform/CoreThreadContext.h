@@ -48,9 +48,9 @@ VANCOREPLATFORM_API void SetGenericObject(const VString& name, const boost::any&
 // throws, the next call tries again. Thread-safe. `create` runs under the store's lock and must not call
 // GetProcessObject or RemoveProcessObject.
 //
-// The store destroys its objects when the process exits. A library that can be unloaded must first remove the
-// objects whose destructors are in its code. It can do this in the destructor of a static object that `create`
-// initialises, because such objects are destroyed before the store.
+// The store destroys its objects when the process exits. If the destructor of an object is in the code of a library,
+// the library must remove the object before it is unloaded. The destructor of a static object can do this. Let
+// `create` initialise that static object: it is then destroyed before the store, even when the process exits.
 VANCOREPLATFORM_API boost::any GetProcessObject(const VString& name, const std::function<boost::any()>& create);
 
 // Removes the object called `name` from the store; does nothing if there is none. Thread-safe.

@@ -35,8 +35,8 @@ private:
 //
 // How to add an assertion:
 //
-// 1. Add a site to the table of the source: the namespace `Assertions` inside the unnamed namespace at its top. Name
-//    the site for the broken promise, such as `UnknownOptions`.
+// 1. A source lists its sites at its top, in the namespace `Assertions` inside the unnamed namespace. Add a site to
+//    this list. Name the site for the broken promise, such as `UnknownOptions`.
 // 2. `file` is the path that LogicException::GetFile returns. `line` is the line of the check when it is added.
 //    `text` is the condition that failed, or a sentence.
 // 3. Choose a random `code` of eight hexadecimal digits that no other site has, and write the comment `own code` at

@@ -54,5 +54,5 @@ private:
 
 }  // namespace VError
 
-// Logs a message with the identity of the code that logs it. Thread-safe.
+// Logs a message. `site` identifies the place in the sources that logs it. Thread-safe.
 VANSYS_API void LogMessage(VLog::Severity severity, const VString& message, const VError::ErrorInfo& site);
