@@ -16,10 +16,11 @@ class SourceDocument;
 // The result of checking a document.
 struct CheckedDocument {
     ExitStatus status = ExitStatus::Good;
-    std::size_t errors = 0;    // the number of errors of the document
-    bool wasChecked = false;   // false if the document or its schema could not be read
-    std::string lines;         // for standard error
-    std::string brokenSchema;  // the schema that could not be used, or empty; `lines` are then its errors
+    std::size_t errors = 0;   // the number of errors of the document
+    bool wasChecked = false;  // false if the document or its schema could not be read
+    std::string lines;        // for standard error
+    // The schema that could not be used, otherwise empty. If there is such a schema, `lines` contains its errors.
+    std::string brokenSchema;
 };
 
 // Checks documents. Caches a parser for each schema, so each schema is loaded only once.

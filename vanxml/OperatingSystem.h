@@ -37,7 +37,9 @@ void FlushFolder(const std::filesystem::path& folder) noexcept;
 // Threads: one at a time.
 class OutputHandle {
 public:
-    enum class Access { Owner, Everybody };  // Everybody: restricted by the umask of the user
+    // Who may read and write a new file: only its owner, or everybody whom the umask of the user does not exclude.
+    // Windows ignores it.
+    enum class Access { Owner, Everybody };
 
     // Creates a new file. Fails with std::errc::file_exists if the name exists.
     static OutputHandle Create(const std::filesystem::path& file, Access access);

@@ -21,16 +21,16 @@ public:
     const VString& Name() const noexcept { return m_source->Id(); }
     InputSource& Source() noexcept { return *m_source; }
 
-    // Converts a position that the last parse of the source reported to the position in the file. Cost: see
+    // Returns the position in the file. `scanned` is a position from the last parse of the source. Cost: see
     // SourceMap::Map.
     SourceMap::Position MapPosition(SourceMap::Position scanned);
 
 private:
-    // `map` is part of `source`, which updates it.
+    // `map` is a member of `source`, which sets it in each call of GetXercesInputSource.
     SourceDocument(std::unique_ptr<InputSource> source, const std::shared_ptr<SourceMap>& map);
 
     std::unique_ptr<InputSource> m_source;
-    // Refers to the map of the last XercesInputSource that the source made. The map is null if the positions of
-    // the parse are those of the file.
+    // Points to a member of m_source: the SourceMap of the last parse. The SourceMap is null if the positions from
+    // that parse are already positions in the file.
     const std::shared_ptr<SourceMap>* m_map;
 };

@@ -19,7 +19,8 @@ class VANCOREXML_API AbstractXMLParser : public Parser, public SAXFileLocation {
 public:
     ~AbstractXMLParser() override;
 
-    // The next four operations raise the LogicException of Parse() if a callback of this parser calls them.
+    // If a callback of this parser calls one of the next four operations, the operation raises the same
+    // LogicException as Parser::Parse does in a callback.
 
     // `id` names the schema in messages. Raises a LogicException if `id` is empty.
     virtual void LoadXSDString(const VString& xsdText, const VString& id);

@@ -1,4 +1,5 @@
-// The implementation of the colon sanitizer, and the names that it writes into a document.
+// The implementation of the colon sanitizer (see XercesColonSanitizer.h), and the names that it writes into a
+// document.
 #pragma once
 
 #include <memory>

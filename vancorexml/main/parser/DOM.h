@@ -62,8 +62,9 @@ public:
     void DeepCopy(const DOM& other);
 
     bool GetRestrictExternalPaths() const;
-    // Field names of this data source are never renamed. The name is empty at first, so field
-    // names without a data source are protected. The reference is valid until the next set.
+    // RenameField never renames a field name of the protected data source. The name of that data source
+    // is empty at first, so field names without a data source are protected. The returned reference is
+    // valid until the next call of SetProtectedDataSourceName.
     const VString& GetProtectedDataSourceName() const;
     void SetProtectedDataSourceName(const VString& name);
     // A number that clients store here and read back.
@@ -77,10 +78,10 @@ public:
     bool HasErrors() const;
     bool HasUnreportedErrors() const;
     bool HasCancelErrors() const;
-    // True if all errors are cancel errors. Also true if there are no errors.
+    // True if all errors are cancel errors (see DOMElement::Error). Also true if there are no errors.
     bool HasOnlyCancelErrors() const;
     bool HasWarnings() const;
-    // These return messages and identities in document order.
+    // These return the messages, or the ErrorInfo of each message, in document order.
     std::list<VString> GetErrors() const;
     std::list<VString> GetWarnings() const;
     std::list<VError::ErrorInfo> GetMetadataForErrors() const;
@@ -113,8 +114,8 @@ public:
 protected:
     // Moves the diagnostics of `node` from its document to this one and assigns them to `target`, or
     // to `node` if `target` is null. Drops the moved errors if that element already has errors in this
-    // document, and likewise the warnings. So if the element stays the same and `node` belongs to this
-    // document, the diagnostics of `node` are erased.
+    // document, and likewise the warnings. So the call erases the diagnostics of `node` if `node` belongs
+    // to this document and `target` is null or `node`.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:

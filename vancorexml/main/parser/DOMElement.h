@@ -36,9 +36,10 @@ struct ElementLinks;
 // Threads: one writer or many readers per document. Making a copy counts as reading, and so
 // does destroying an unchanged copy. The operations for diagnostics and renames use the lock of
 // the document; an element has no lock of its own. A removed element counts as part of the
-// document that it links to. If its old parent is in a second document, the element counts as
-// part of that document too: do not query the diagnostics of the first document while another
-// thread changes the second. The two documents may be destroyed at the same time.
+// document that it links to. If its old parent is in another document, the element counts as
+// part of both documents: while one thread changes the document of the parent, no other thread
+// may query the diagnostics of the document of the element. Two threads may destroy the two
+// documents at the same time.
 //
 // No operation uses a call stack that grows with the depth of the tree.
 //
@@ -165,8 +166,8 @@ public:
     // anything changes, if the child is null, this element or an ancestor of this element.
     //
     // Cost: constant for a new leaf at the end. Otherwise the sum of
-    // - the size of the child's subtree or this element's depth, whichever is smaller (the depth, if
-    //   removed children link into the subtree),
+    // - the size of the child's subtree or this element's depth, whichever is smaller (the depth if
+    //   an element of the subtree has removed children that still link to it),
     // - the size of the child's subtree, if the documents differ,
     // - the distance of `before` from the nearer end of the children.
     DOMElement& InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
@@ -301,8 +302,8 @@ private:
     Children Assign(const DOMElement& other);
     // Sets the document of the whole subtree. Neither allocates nor recurses.
     void SetSubtreeManager(DOM* manager) noexcept;
-    // Moves subtrees of one document, or of none, to this element's document. If it throws, nothing
-    // has changed.
+    // Moves subtrees to this element's document. They must all belong to the same document, or all have no
+    // document. If it throws, nothing has changed.
     void ChangeDocument(const std::unique_ptr<DOMElement>* first, std::size_t count);
     DocumentDiagnostics& RequireDiagnostics(const AssertionSite& site) const;
 
@@ -356,6 +357,7 @@ private:
     std::int32_t m_endLine = 0;
     std::int32_t m_endColumn = 0;
     bool m_encoded = false;
-    // Exists for detached elements, their old parents and elements with ties. Null for most elements.
+    // Exists for detached elements, for their old parents and for elements with ties (see ElementLinks.h).
+    // Null for most elements.
     mutable std::unique_ptr<ElementLinks> m_links;
 };

@@ -69,15 +69,15 @@ public:
     std::unique_ptr<DOM> ParseXmlString(const char* text, const VString& id);
     // Throws VIO::Exception if the file cannot be read or decoded.
     std::unique_ptr<DOM> ParseXmlFile(const VString& fileName);
-    // Drops text that is white space only, unless `keepBlankText`. While metrics are collected, calls
-    // GetBytes before the parse; exceptions from this call propagate, for example because a
-    // FileInputSource is not UTF-8.
+    // Drops text that is white space only, unless `keepBlankText`. If the product collects metrics,
+    // this operation records the first bytes of the source before the parse. It reads them with GetBytes,
+    // whose exceptions propagate. For example, a FileInputSource that is not UTF-8 throws VantoraException.
     std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepBlankText);
 
     // Returns the errors and warnings of the last parse as data, in the order in which they were recorded:
     // first those of the schemas, then those of the document. A document without errors has no warnings
-    // here. Positions are those in the source as given. Valid until the next parse. A parse that throws
-    // leaves the result unchanged.
+    // here. Positions are those in the original source (see ParseDiagnostic). Valid until the next parse. A
+    // parse that throws leaves the result unchanged.
     const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept;
 
 private:

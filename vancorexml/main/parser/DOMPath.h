@@ -121,8 +121,9 @@ private:
     E* m_current = nullptr;
 };
 
-// The matches of a path as a range. It refers to the element and to a path that is an lvalue, so both
-// must live until begin() is called, which reads the path. It copies a path that is a temporary.
+// The matches of a path as a range. It refers to the element. It copies a path that is a temporary, and
+// refers to any other path. begin() reads the path. So the element and a path that was not copied must live
+// until the last call of begin().
 template <typename E>
 class IterableTemplate {
 public:

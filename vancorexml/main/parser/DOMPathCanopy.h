@@ -10,8 +10,9 @@
 // A canopy is an element whose children may be canopies of the same name. `canopyPath` is a path
 // (see DOMPath.h) of the outermost canopies. If the path also matches nested canopies, as "//folder"
 // does, each of them is searched, so an element inside several canopies is found several times. The
-// search ignores elements more than 1,024 levels below their canopy. No path and no name raises an
-// exception. The results contain no null pointers. Linear in the visited elements.
+// search ignores elements more than 1,024 levels below their canopy. Every text is permitted as
+// a path or a name; none raises an exception. The results contain no null pointers. Linear in the visited
+// elements.
 //
 //     DOMPathCanopy::WithinCanopy(root, "library/shelf", "folder");       // folders in folders
 //     DOMPathCanopy::UnderneathCanopy(root, "library/folder", "book/title");

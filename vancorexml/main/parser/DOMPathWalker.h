@@ -28,12 +28,14 @@ public:
 private:
     using Word = std::uint64_t;
 
-    // A set of segments is stored without the zero words at its ends. This is the stored range.
+    // A set of segments is a bit set, stored as words with one bit for each segment. The zero words at both
+    // ends of a set are not stored. A Span is the range of the words that are stored.
     struct Span {
         std::size_t firstWord = 0;
         std::size_t words = 1;
     };
-    // One level of the walk: the elements left to visit, and the set of active segments.
+    // One level of the walk: the elements left to visit, and the span of the level's set of active segments.
+    // The walk compares each element of the level with the active segments only.
     struct Frame {
         DOMElementChildren::const_iterator next;
         DOMElementChildren::const_iterator end;
@@ -50,6 +52,6 @@ private:
     std::vector<Word> m_starSegments;     // the set of the "*" segments
     const DOMElement* m_start = nullptr;  // null after it was visited
     std::vector<Frame> m_frames;
-    std::vector<Word> m_active;  // the stored words of the start element's set and of each frame's set
-    std::vector<Word> m_next;    // the set for the children of the element visited last
+    std::vector<Word> m_active;  // the stored words of the sets: of the start element, then of each frame in turn
+    std::vector<Word> m_next;    // the set of active segments for the children of the element visited last
 };

@@ -72,8 +72,8 @@ public:
     bool Has(const DOMElement& element, DiagnosticKind kind);
     // True if any element has a record of that kind.
     bool HasAny(DiagnosticKind kind);
-    // Appends the elements with a record of that kind: `element` and its descendants. Unlike Has, skips
-    // removed children with their subtrees. Linear in the number of elements found and skipped.
+    // Appends each element that has a record of that kind, among `element` and its descendants. Unlike Has,
+    // skips removed children with their subtrees. Linear in the number of elements found and skipped.
     void Collect(const DOMElement& element, DiagnosticKind kind, std::vector<const DOMElement*>& found);
 
 private:

@@ -49,9 +49,9 @@ private:
 //
 // Threads: every operation takes the document's lock for reading or for writing, except ElementMoves and
 // ChildIsRemoved. Operations over two documents take both write locks, the one at the higher address
-// first. Lock order: the mutex of a RecordTie, the document's lock, the mutex of the index. No element
-// may die while its thread holds a document's lock, because the ties of the element may lock a third
-// document.
+// first. Lock order: the mutex of a RecordTie, the document's lock, the mutex of the index. A thread must
+// not destroy an element while it holds a document's lock: the element's ties lock their mutexes and their
+// documents, which would violate the lock order.
 class DocumentDiagnostics {
 public:
     // `lock` is the lock of `document`. `top` is its topmost element; all records are erased when it dies.
@@ -87,7 +87,8 @@ public:
     // `source` if `target` is null. Drops the copied errors if that element already has errors in this
     // document, and likewise the warnings.
     void CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElement* target);
-    // Like CopyErrorsAndWarningsForNode, but moves the records: also the dropped ones leave their document.
+    // Like CopyErrorsAndWarningsForNode, but moves the records. Dropped records are also erased from the
+    // document of `node`.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
     // Replaces the records of `other` by the records of this document, which keeps none.
     void MoveErrorsAndWarningsTo(DocumentDiagnostics& other);

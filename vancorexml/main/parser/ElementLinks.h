@@ -49,7 +49,8 @@ struct ElementLinks {
     bool isListedByParent = false;
     Position inDocument;
     Position inParent;
-    // The list of the old parent of this element, even after that parent died.
+    // The list in which this element's old parent has its removed children. This element keeps the list alive
+    // after the parent has died.
     std::shared_ptr<RemovedChildren> siblings;
 
     // The list of the children that were removed from this element.

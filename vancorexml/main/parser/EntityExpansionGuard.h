@@ -16,15 +16,18 @@ struct ExpansionLimits {
     std::uint64_t expansions = xercesc::SecurityManager::ENTITY_EXPANSION_LIMIT;  // 50,000
     // UTF-16 code units that replace the references.
     std::uint64_t text = 100000000;
-    // UTF-16 code units that a parser reads to replace the references: `text` and the references within
-    // entities. The latter are long only in documents made to keep a parser busy.
+    // UTF-16 code units that a parser reads while it replaces the references. They consist of `text` and of
+    // the references in the texts of entities, which the parser reads and then replaces. These references
+    // are long only in documents that are made to keep a parser busy.
     std::uint64_t read = 1000000000;
-    // An upper bound of the UTF-16 code units of names that Xerces compares because entities nest: it
-    // compares the name of an entity with the names of all entities around it. 20,000 levels with names of 200
-    // characters need 40,000,000,000 and took 220 seconds. Names of eight characters cannot reach the limit.
+    // An upper bound of the UTF-16 code units of entity names that Xerces compares. To find circles, Xerces
+    // compares the name of each entity that it expands with the names of all entities around it. 20,000 nested
+    // entities with names of 200 characters need 40,000,000,000 and took 220 seconds. Names of eight characters
+    // cannot reach the limit.
     std::uint64_t compared = 10000000000;
-    // Attributes that a document type declaration adds. A tree keeps one in 24 to 32 bytes when name
-    // and value are shared, so this many take about as much memory as the text.
+    // Attributes that a document type declaration adds. A tree stores an attribute with a shared name and a
+    // shared value in 24 to 32 bytes. So 8,000,000 attributes take about as much memory as 100,000,000 code
+    // units of `text`.
     std::uint64_t defaults = 8000000;
     // UTF-16 code units of the values of these attributes. The same limit applies separately to their names.
     std::uint64_t defaultText = 100000000;
@@ -66,20 +69,22 @@ private:
 // each expansion, before it reads the text.
 //
 // Before the first rehearsal of the process, a sample document shows whether Xerces reports all of this.
-// If not, every document that declares entities exceeds the limits.
+// If it does not, the guard cannot measure entities. It then reports every document that declares one as
+// exceeding a limit.
 //
 // Thread-safe.
 //
-// Cost: linear in the document and in the expansion of its parameter entities. The content is not
-// read if no number of references that Xerces allows could exceed a limit.
+// Cost: linear in the document and in the expansion of its parameter entities. The guard does not read
+// the content of a document that stays within the limits even if it refers to the longest entity as often
+// as Xerces allows.
 class EntityExpansionGuard {
 public:
     explicit EntityExpansionGuard(const ExpansionLimits& limits = {}) noexcept : m_limits(limits) {}
 
-    // Returns the first limit that the entities of a document exceed, if any. Ends the check at a fault
-    // that also ends the parse of the document. The caller must parse the document with a SecurityManager
-    // that allows `expansions` references, and must pass its default attributes to a
-    // DefaultAttributeCounter.
+    // Returns the first limit that the entities of a document exceed, if any. Stops at a fatal fault in the
+    // document and ignores the rest, because the parse of the document will end at the same fault. The
+    // caller must parse the document with a SecurityManager that allows `expansions` references, and must
+    // pass its default attributes to a DefaultAttributeCounter.
     std::optional<ExpansionExcess> CheckDocument(const xercesc::InputSource& source) const;
     // Like CheckDocument, for a schema. Also checks the number of references in the content and the
     // default attributes.

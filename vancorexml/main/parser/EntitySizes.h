@@ -17,7 +17,8 @@ struct Expansion {
     std::uint64_t count = 0;
     // UTF-16 code units that finally replace the references.
     std::uint64_t text = 0;
-    // UTF-16 code units that a parser reads on the way: `text` and the references within entities.
+    // UTF-16 code units that a parser reads while it replaces the references: `text`, and the references in the
+    // texts of entities.
     std::uint64_t read = 0;
     // UTF-16 code units of the entities' names, one name for each reference.
     std::uint64_t names = 0;
@@ -68,8 +69,8 @@ private:
         std::vector<std::uint32_t> names;  // numbers of the names it refers to, in order
         // Valid while `generation` is m_generation:
         State state = State::Unknown;
-        Expansion all;              // the expansion with all references before the one to `circle`
-        std::size_t circle = None;  // the first referenced entity that leads into a circle
+        Expansion all;              // of the entity with its references; if there is a `circle`, of those before it
+        std::size_t circle = None;  // the first referenced entity that leads into a circle; None without a circle
         std::uint64_t generation = 0;
     };
 

@@ -28,8 +28,9 @@ private:
 
     std::size_t m_start = XmlUtils::npos;  // the start of the current construct; npos between constructs
     std::size_t m_position = 0;            // the end of the scanned text
-    std::string_view m_terminator;         // the end of the current construct; empty for a ">" outside of quotes
-    char m_quote = 0;                      // the open quote; 0 for none
+    // The text that ends the current construct, such as "-->". Empty if a ">" outside of quotes ends it.
+    std::string_view m_terminator;
+    char m_quote = 0;  // the open quote; 0 for none
 };
 
 // Returns the first element's start tag, from its "<" to its ">", or an empty text if there is no complete

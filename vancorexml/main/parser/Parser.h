@@ -8,7 +8,7 @@
 #include "vancorexml/main/parser/XMLExport.h"
 #include "vansys/VError.h"
 
-// Collects the errors and warnings of a parse, each with its identity, and runs the parse.
+// Runs a parse and collects its errors and warnings, each with its identity (VError::ErrorInfo).
 // Faults in a document are entries of these lists, never exceptions.
 //
 // Ownership: owns its lists. Only derived classes can copy it.

@@ -10,7 +10,7 @@
 // Passes the events of a parse to a SAXInterface. FindSchema returns a schema only if the handler is a
 // SAXInterfaceExtension.
 //
-// Ownership: shares the handler, which may be null unless a document is parsed.
+// Ownership: shares the handler, which may be null while no document is parsed.
 //
 // Threads: called on the thread that parses.
 class SAXAdapter final : public TreeBuilder {

@@ -114,7 +114,8 @@ private:
     static Word Hash(std::u16string_view text) noexcept
     {
         const std::size_t size = text.size();
-        // Mixes the length. Without this, the first word of a text could cancel the length.
+        // Multiplies the length. If the hash began with the plain length, the first word of a text could cancel
+        // the length by XOR.
         Word hash = Mix(0, size);
         if (size < UnitsInWord)
             return size == 0 ? 0 : Mix(hash, ReadShortText(text));

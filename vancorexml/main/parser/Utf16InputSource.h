@@ -9,8 +9,8 @@
 // byte, which takes about a tenth of a parse, but reads UTF-16 without decoding. The text is converted in
 // pieces, so there is no second copy of the document.
 //
-// Use it only for text that IsWellFormed accepts: malformed text goes to Xerces' own decoder, whose
-// error messages are kept.
+// Use it only for text that IsWellFormed accepts. Pass other text directly to Xerces: its own decoder
+// detects the encoding and reports malformed text.
 //
 // Ownership: refers to the bytes, which must outlive it and its streams.
 //
@@ -20,9 +20,9 @@ public:
     // `text` is the content of `source`, in UTF-8.
     Utf16InputSource(const xercesc::InputSource& source, std::string_view text);
 
-    // True if Xerces would read the text as UTF-8, because of the encoding set in `source` or declared in
-    // the text, and if all bytes are well-formed UTF-8. False if the XML declaration alone does not
-    // determine the encoding. Linear.
+    // True if Xerces would read the text as UTF-8 and all bytes are well-formed UTF-8. If `source` does not set
+    // the encoding, the XML declaration determines it. Returns false if the encoding remains in doubt, for
+    // example because of a byte order mark: Xerces itself must decode such a text. Linear.
     static bool IsWellFormed(const xercesc::InputSource& source, std::string_view text) noexcept;
 
     xercesc::BinInputStream* makeStream() const override;

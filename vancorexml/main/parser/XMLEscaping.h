@@ -49,7 +49,7 @@ VString EncodeWithTable(const VString& text, const EscapeTable& table);
 VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t));
 
 // Returns the text as a CDATA section. Divides each "]]>" in the text between two sections. If the text
-// is enclosed in double quotes, encloses the section in "&quot;" instead. Linear.
+// is enclosed in double quotes, the quotes become "&quot;" before and after the section. Linear.
 VString EncodeAsCData(const VString& text);
 
 }  // namespace XMLEscaping

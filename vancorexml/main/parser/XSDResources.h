@@ -21,8 +21,10 @@ namespace XSDResources {
 VANCOREXML_API const VersionNumber& GetCurrentVersion();
 
 // Returns the resource name of the schema, or an empty text if the type has no schema in that version.
-// Compares only the major and minor numbers of older versions; only 18.1 and 18.1.0 match the current
-// version. Raises a LogicException if the type has schemas but the resource of the current one is missing.
+// An older version is identified by its major and minor numbers, so 10.5.3 selects the schema of 10.5. The
+// current version is identified by all its numbers: 18.1 and 18.1.0 select its schema, 18.1.1 does not.
+// Raises a LogicException if the current version of a type with schemas is requested, but its resource is
+// missing.
 VANCOREXML_API VString GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version);
 
 // True if the type has a schema in that version. Checks only the list of versions, not the resources:

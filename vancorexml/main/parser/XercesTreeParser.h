@@ -10,8 +10,8 @@
 // A XercesXMLParser that calls a TreeBuilder instead of a SAXInterface. DOMParser and StandaloneDOMParser use it, so
 // they need no header of Xerces.
 //
-// Ownership: the caller owns the parser. The parser shares the builder, which may be null unless a document is parsed
-// or a schema is loaded.
+// Ownership: the caller owns the parser. The parser shares the builder. The builder must not be null when a document
+// is parsed or a schema is loaded.
 //
 // Threads: one at a time.
 class VANCOREXML_API XercesTreeParser : public XercesXMLParser {

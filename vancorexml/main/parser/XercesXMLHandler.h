@@ -30,8 +30,8 @@ struct ParseAbandoned {};
 // Passes elements and texts to a builder and collects the messages of Xerces. Restores the attribute
 // names that the colon sanitizer rewrote.
 //
-// Ownership: shares the builder, which may be null unless a document is parsed or a schema is loaded. A reader of
-// Xerces refers to its handler, so the handler must outlive the last parse of the reader.
+// Ownership: shares the builder, which must not be null when a document is parsed or a schema is loaded. A reader
+// of Xerces refers to its handler, so the handler must outlive the last parse of the reader.
 //
 // Threads: one at a time.
 class XercesXMLHandler final : public xercesc::DefaultHandler, public xercesc::XMLEntityResolver {
@@ -41,8 +41,8 @@ public:
 
     // Replaces the builder and clears the messages.
     void SetBuilder(std::shared_ptr<TreeBuilder> builder) noexcept;
-    // Discards text left by an aborted parse. Diagnostics about the source `id` get attribute names and
-    // positions of the document as given.
+    // Discards text left by an aborted parse. From then on, diagnostics about the source `id` contain the
+    // attribute names and positions of the original document instead of those in the text that Xerces reads.
     void BeginParse(const VString& id, const XercesInputSource& source);
     // Makes the parse check the entities of `document` at the first declaration of an entity. `document`
     // must live until the parse ends.

@@ -29,7 +29,8 @@ public:
     bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
     // `handler` must outlive all later parses.
     void SetHandler(XercesXMLHandler& handler);
-    // `text` is the next document if its last character may be incomplete, otherwise empty.
+    // Makes the next parse refuse a UTF-8 document that ends within a character, because Xerces does not report
+    // this fault. `text` is the document, or empty if it is known to be well-formed.
     void SetUncheckedEnd(std::string_view text) noexcept { m_uncheckedEnd = text; }
 
     void resetDocument() override;
