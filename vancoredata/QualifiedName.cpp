@@ -41,7 +41,7 @@ std::optional<VString> ConsumePart(std::u16string_view& text)
 
 QualifiedName QualifiedName::Parse(const VString& text)
 {
-    const QualifiedName whole(VString(), text);
+    QualifiedName whole(VString(), text);
     std::u16string_view rest = text.View();
     const std::optional<VString> first = ConsumePart(rest);
     if (!first)

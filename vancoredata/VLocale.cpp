@@ -79,7 +79,7 @@ VString FindSupported(const Code& code)
     if (IsTraditionalChinese(code))
         return "zh_TW";
     for (const VString& subtag : code.subtags) {
-        const VString candidate = code.language + "_" + subtag;
+        VString candidate = code.language + "_" + subtag;
         const bool supported =
             std::find(std::begin(SupportedCodes), std::end(SupportedCodes), candidate) != std::end(SupportedCodes);
         if (supported && candidate != VString("zh_TW"))

@@ -36,6 +36,7 @@ SessionCheck::SessionCheck(std::function<bool()> function)
 
 SessionCheck::SessionCheck(const SessionCheck& other) : m_function(other.Function()) {}
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): it copies the function before it changes m_function.
 SessionCheck& SessionCheck::operator=(const SessionCheck& other)
 {
     auto function = other.Function();

@@ -96,7 +96,9 @@ std::vector<std::string> MarkOperands(const std::vector<std::string>& arguments)
 void UnmarkOperands(CLI::App& command)
 {
     const auto takesValues = [](const CLI::Option* option) { return option->get_items_expected_max() > 0; };
-    const auto unmark = [](std::string value) { return value.starts_with(operandMark) ? value.substr(1) : value; };
+    const auto unmark = [](const std::string& value) {
+        return value.starts_with(operandMark) ? value.substr(1) : value;
+    };
     for (CLI::Option* option : command.get_options(takesValues))
         option->transform(unmark);
     for (CLI::App* each : command.get_subcommands([](const CLI::App*) { return true; }))

@@ -153,7 +153,8 @@ void AttributeMap::AdoptEntries(AttributeMap& other) noexcept
 
 void AttributeMap::swap(AttributeMap& other) noexcept
 {
-    AttributeMap entries(std::move(other));
+    AttributeMap entries;
+    entries.AdoptEntries(other);
     other.AdoptEntries(*this);
     AdoptEntries(entries);
 }
@@ -197,7 +198,8 @@ AttributeMap::iterator AttributeMap::Append(const VString& name, VString&& value
 
 AttributeMap::iterator AttributeMap::GrowAndAppend(const VString& name, VString&& value)
 {
-    const VString key(name);  // a copy, because `name` may refer to an entry, which moves when the map grows
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `name` may refer to an entry, which moves.
+    const VString key(name);
     Reallocate(2 * size() + 1);
     return Append(key, std::move(value));
 }

@@ -75,7 +75,7 @@ Group ReadGroup(const VString& text, int& position)
         if (character == '=')
             ++group.padding;
         else if (DecodeTable[character] != Invalid)
-            group.values[count++] = static_cast<unsigned int>(DecodeTable[character]);
+            group.values[count++] = static_cast<unsigned char>(DecodeTable[character]);
     }
     return group;
 }

@@ -60,28 +60,28 @@ const DOMElement* DOM::GetElement(const VString& name) const
     return DOMElementSearch::FindElement(GetRoot(), name, SearchDepth, VString(), VString());
 }
 
-void DOM::DeepCopy(const DOM& dom)
+void DOM::DeepCopy(const DOM& other)
 {
     // `old` is declared before the locks, so the old elements die after the locks are released: their destructors
     // may lock a third document.
     std::vector<std::unique_ptr<DOMElement>> old;
-    const TwoWriteLocks locks(m_lock, dom.m_lock);
+    const TwoWriteLocks locks(m_lock, other.m_lock);
     if (!m_root)
         ThrowLogicException(Assertions::TargetHasNoRoot);
-    if (!dom.m_root)
+    if (!other.m_root)
         ThrowLogicException(Assertions::SourceHasNoRoot);
     m_diagnostics->ClearAllErrorsAndWarnings();
-    if (&dom != this)
-        old = m_root->Assign(*dom.m_root);
-    m_fieldRenames = dom.m_fieldRenames;
-    m_captionRenames = dom.m_captionRenames;
-    m_dataSourceRenames = dom.m_dataSourceRenames;
-    m_dataConnectionRenames = dom.m_dataConnectionRenames;
-    m_mapSourceRenames = dom.m_mapSourceRenames;
-    m_pathRenames = dom.m_pathRenames;
-    m_protectedDataSourceName = dom.m_protectedDataSourceName;
-    m_dsValidationCancelType = dom.m_dsValidationCancelType;
-    m_restrictExternalPaths = dom.m_restrictExternalPaths;
+    if (&other != this)
+        old = m_root->Assign(*other.m_root);
+    m_fieldRenames = other.m_fieldRenames;
+    m_captionRenames = other.m_captionRenames;
+    m_dataSourceRenames = other.m_dataSourceRenames;
+    m_dataConnectionRenames = other.m_dataConnectionRenames;
+    m_mapSourceRenames = other.m_mapSourceRenames;
+    m_pathRenames = other.m_pathRenames;
+    m_protectedDataSourceName = other.m_protectedDataSourceName;
+    m_dsValidationCancelType = other.m_dsValidationCancelType;
+    m_restrictExternalPaths = other.m_restrictExternalPaths;
 }
 
 bool DOM::GetRestrictExternalPaths() const

@@ -85,7 +85,8 @@ public:
     PreorderIteratorTemplate& operator=(const PreorderIteratorTemplate& other)
     {
         PreorderIteratorTemplate copy(other);
-        return *this = std::move(copy);
+        *this = std::move(copy);
+        return *this;
     }
     PreorderIteratorTemplate& operator=(PreorderIteratorTemplate&& other) noexcept
     {

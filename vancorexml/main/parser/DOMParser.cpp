@@ -43,7 +43,7 @@ void CopyErrors(const Parser& parser, DOMElement& root)
 {
     if (!parser.HasErrors())
         return;
-    const std::vector<VString> errors = parser.GetErrors();
+    const std::vector<VString>& errors = parser.GetErrors();
     const std::vector<VError::ErrorInfo> errorInfos = parser.GetMetadataForErrors();
     if (errors.size() != errorInfos.size())
         ThrowLogicException(Assertions::ErrorWithoutInfo);
@@ -210,7 +210,7 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
     const std::shared_ptr<XercesTreeParser> driver = m_impl->ReleaseDriver(source, builder);
     if (m_impl->enableLineNumbers)
         builder->SetLocationProvider(*driver);
-    // Iterate by index: reading a schema may add another one.
+    // NOLINTNEXTLINE(modernize-loop-convert): reading a schema may add another one, which invalidates iterators.
     for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
         InputSource& schema = *m_impl->xsdSources[i];
         // The previous parse has read the schema to its end.

@@ -56,12 +56,14 @@ E* DOMPath::GetFirst(E& element, const VString& path)
 template DOMElement* DOMPath::GetFirst(DOMElement&, const VString&);
 template const DOMElement* DOMPath::GetFirst(const DOMElement&, const VString&);
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): part of the public interface.
 void DOMPath::Foreach(DOMElement& element, VString path, const std::function<void(DOMElement&)>& fn)
 {
     for (DOMElement* match : GetAll(element, path))
         fn(*match);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): part of the public interface.
 void DOMPath::Foreach(const DOMElement& element, VString path, const std::function<void(const DOMElement&)>& fn)
 {
     for (const DOMElement* match : GetAll(element, path))

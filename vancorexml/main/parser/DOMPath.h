@@ -154,6 +154,7 @@ IterableTemplate<E> Walk(E& element, const VString& path)
 template <typename E>
 IterableTemplate<E> Walk(E& element, const VString&& path)
 {
+    // NOLINTNEXTLINE(performance-move-const-arg): selects the constructor that copies the path.
     return IterableTemplate<E>(element, std::move(path));
 }
 

@@ -15,8 +15,11 @@ namespace {
 constexpr std::size_t FirstCapacity = HasAddressSanitizer ? 1 : 4;
 constexpr std::size_t MaxCapacity = HasAddressSanitizer ? 1 : 1024;
 
+// Directly in front of each element is a pointer to its page.
+constexpr std::size_t PagePointerSize = sizeof(void*);
+
 // The bytes in front of an element without a page: a null page pointer, padded so that the element is aligned.
-constexpr std::size_t StandaloneHeaderSize = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIGNMENT__, sizeof(void*));
+constexpr std::size_t StandaloneHeaderSize = std::max<std::size_t>(__STDCPP_DEFAULT_NEW_ALIGNMENT__, PagePointerSize);
 
 }  // namespace
 
@@ -43,7 +46,7 @@ ElementPages::ElementPages() : ElementPages(FirstCapacity, MaxCapacity) {}
 
 void* ElementPages::Allocate()
 {
-    static_assert(sizeof(Page) % alignof(Slot) == 0 && offsetof(Slot, element) == sizeof(Page*));
+    static_assert(sizeof(Page) % alignof(Slot) == 0 && offsetof(Slot, element) == PagePointerSize);
     if (m_used == m_capacity) {
         const std::size_t capacity = std::clamp(2 * m_capacity, m_firstCapacity, m_maxCapacity);
         void* const memory = ::operator new(sizeof(Page) + capacity * sizeof(Slot));
@@ -68,14 +71,14 @@ void* ElementPages::AllocateStandalone(std::size_t size)
 {
     unsigned char* const element =
         static_cast<unsigned char*>(::operator new(StandaloneHeaderSize + size)) + StandaloneHeaderSize;
-    new (element - sizeof(Page*)) Page*(nullptr);
+    new (element - PagePointerSize) Page*(nullptr);
     return element;
 }
 
-void ElementPages::Free(void* element) noexcept
+void ElementPages::Free(void* place) noexcept
 {
-    unsigned char* const bytes = static_cast<unsigned char*>(element);
-    if (Page* const page = *reinterpret_cast<Page**>(bytes - sizeof(Page*)))
+    unsigned char* const bytes = static_cast<unsigned char*>(place);
+    if (Page* const page = *reinterpret_cast<Page**>(bytes - PagePointerSize))
         Page::ReleaseReferences(page, 1);
     else
         ::operator delete(bytes - StandaloneHeaderSize);

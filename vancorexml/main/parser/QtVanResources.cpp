@@ -81,6 +81,7 @@ VString LookupResource(QtVanResourceId id)
     return LookupResource(id, VString());
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): part of the public interface.
 VString LookupResource(QtVanResourceId id, VString qualifier)
 {
     return ResourceRegistrationCache::GetInstance().GetResourcePath(LookupResourceAlias(id), qualifier);

@@ -13,6 +13,7 @@ SAXAdapter::~SAXAdapter() = default;
 
 void SAXAdapter::StartElement(const VString& name, const TagAttributes& attributes)
 {
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): AddTo invalidates `name`.
     const VString ownName = name;
     AttributeMap map;
     attributes.AddTo(map);

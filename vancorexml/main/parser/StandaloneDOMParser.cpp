@@ -80,6 +80,7 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlFile(const VString& fil
     return ParseXmlInputSource(*source, false);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): part of the public interface.
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const VString& text, VString id) const
 {
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlString");
@@ -102,7 +103,7 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlInputSource");
     const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
     const std::unique_ptr<XercesTreeParser> parser = XercesTreeParser::Create(source, builder);
-    // Iterate by index: reading a schema may add another one.
+    // NOLINTNEXTLINE(modernize-loop-convert): reading a schema may add another one, which invalidates iterators.
     for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
         InputSource& schema = *m_impl->xsdSources[i];
         // The previous parse has read the schema to its end.

@@ -35,6 +35,8 @@ protected:
 // Threads: called on the thread that parses.
 class TreeBuilder {
 public:
+    TreeBuilder(const TreeBuilder&) = delete;
+    TreeBuilder& operator=(const TreeBuilder&) = delete;
     virtual ~TreeBuilder() = default;
 
     // Called for each start tag. Must call attributes.AddTo once, which invalidates `name`.
@@ -66,8 +68,6 @@ public:
 
 protected:
     explicit TreeBuilder(bool keepsBlankText) noexcept : m_keepsBlankText(keepsBlankText) {}
-    TreeBuilder(const TreeBuilder&) = delete;
-    TreeBuilder& operator=(const TreeBuilder&) = delete;
 
     // Makes IsDone return true from now on.
     void SetDone() noexcept { m_isDone = true; }

@@ -59,6 +59,7 @@ private:
                 break;
             WriteWidened<sizeof words>(toFill);
             m_next += sizeof words;
+            // NOLINTNEXTLINE(bugprone-sizeof-expression): each byte becomes one XMLCh.
             toFill += sizeof words * sizeof(XMLCh);
         }
         while (HasRoom(toFill, end, sizeof words[0])) {

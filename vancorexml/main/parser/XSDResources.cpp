@@ -53,7 +53,7 @@ const VersionNumber& XSDResources::GetCurrentVersion()
 
 VString XSDResources::GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version)
 {
-    const VString baseName = BaseName(type);
+    VString baseName = BaseName(type);
     if (baseName.IsEmpty())
         return VString();
     if (version == GetCurrentVersion()) {
