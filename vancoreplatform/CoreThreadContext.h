@@ -49,8 +49,9 @@ VANCOREPLATFORM_API void SetGenericObject(const VString& name, const boost::any&
 // GetProcessObject or RemoveProcessObject.
 //
 // The store destroys its objects when the process exits. If the destructor of an object is in the code of a library,
-// the library must remove the object before it is unloaded. The destructor of a static object can do this. Let
-// `create` initialise that static object: it is then destroyed before the store, even when the process exits.
+// the library must remove the object before it is unloaded. To do this, define a static object inside `create`;
+// its destructor calls RemoveProcessObject. It is constructed after the store, so when the process exits, it is
+// destroyed before the store.
 VANCOREPLATFORM_API boost::any GetProcessObject(const VString& name, const std::function<boost::any()>& create);
 
 // Removes the object called `name` from the store; does nothing if there is none. Thread-safe.
