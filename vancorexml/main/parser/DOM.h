@@ -114,8 +114,10 @@ public:
 protected:
     // Moves the diagnostics of `node` from its document to this one and assigns them to `target`, or
     // to `node` if `target` is null. Drops the moved errors if that element already has errors in this
-    // document, and likewise the warnings. So the call erases the diagnostics of `node` if `node` belongs
-    // to this document and `target` is null or `node`.
+    // document, and likewise the warnings.
+    //
+    // If `node` belongs to this document, do not assign its diagnostics to `node` itself: `node` counts as
+    // an element that already has them, so the call erases them.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:

@@ -36,10 +36,9 @@ struct ElementLinks;
 // Threads: one writer or many readers per document. Making a copy counts as reading, and so
 // does destroying an unchanged copy. The operations for diagnostics and renames use the lock of
 // the document; an element has no lock of its own. A removed element counts as part of the
-// document that it links to. If its old parent is in another document, the element counts as
-// part of both documents: while one thread changes the document of the parent, no other thread
-// may query the diagnostics of the document of the element. Two threads may destroy the two
-// documents at the same time.
+// document A that it links to. If its old parent is in another document B, the element counts as
+// part of both: while one thread changes B, no other thread may query the diagnostics of A. Two
+// threads may destroy A and B at the same time.
 //
 // No operation uses a call stack that grows with the depth of the tree.
 //

@@ -112,8 +112,8 @@ public:
     size_type size() const noexcept;
     bool empty() const noexcept;
 
-    // These operators, front and back do not check their preconditions: for the operators, `position` is below
-    // size(); for front and back, the view is not empty.
+    // Unchecked access. Precondition of operator[]: `position` is below size(). Precondition of front and
+    // back: the view is not empty.
     DOMElement* operator[](size_type position);
     const DOMElement* operator[](size_type position) const;
     // Throws std::out_of_range ("invalid vector subscript") at or past size().

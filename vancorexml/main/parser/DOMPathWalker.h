@@ -52,6 +52,8 @@ private:
     std::vector<Word> m_starSegments;     // the set of the "*" segments
     const DOMElement* m_start = nullptr;  // null after it was visited
     std::vector<Frame> m_frames;
-    std::vector<Word> m_active;  // the stored words of the sets: of the start element, then of each frame in turn
-    std::vector<Word> m_next;    // the set of active segments for the children of the element visited last
+    // The stored words of the sets of active segments, set by set: first the set of the start element, then
+    // the set of each frame in m_frames.
+    std::vector<Word> m_active;
+    std::vector<Word> m_next;  // the set of active segments for the children of the element visited last
 };

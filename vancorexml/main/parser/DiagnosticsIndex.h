@@ -29,7 +29,7 @@ class DOMElement;
 // Invariants
 // 1. Only living elements of the document have intervals. If an element with an interval has a parent, the
 //    parent has an interval that contains it.
-// 2. While the index is built, an element with records is indexed or is in m_pending. Indexed means that
+// 2. As long as IsBuilt() is true, an element with records is indexed or is in m_pending. Indexed means that
 //    it has an interval and that m_intervalsByKind holds the interval for each kind of its records.
 // 3. m_pending holds the elements with new records until the next query. An element with an ancestor in
 //    another document stays in m_pending, because that ancestor reports its changes to the other document.

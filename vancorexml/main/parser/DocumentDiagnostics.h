@@ -43,7 +43,7 @@ private:
 // Invariants
 // 1. Every key of the two maps is a living element. Every entry has at least one record.
 // 2. A key that is not an element of this document has a tie to this document (see ElementLinks).
-// 3. While m_index is built, it knows the kinds of every entry.
+// 3. As long as m_index.IsBuilt() is true, the index knows the kinds of every entry.
 //
 // Ownership: part of its document. Elements report to it when they die, move or change their document.
 //

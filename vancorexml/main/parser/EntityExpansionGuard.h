@@ -16,9 +16,9 @@ struct ExpansionLimits {
     std::uint64_t expansions = xercesc::SecurityManager::ENTITY_EXPANSION_LIMIT;  // 50,000
     // UTF-16 code units that replace the references.
     std::uint64_t text = 100000000;
-    // UTF-16 code units that a parser reads while it replaces the references. They consist of `text` and of
-    // the references in the texts of entities, which the parser reads and then replaces. These references
-    // are long only in documents that are made to keep a parser busy.
+    // UTF-16 code units that a parser reads while it replaces the references: `text`, and in addition each
+    // reference such as "&name;" in the text of an entity. The parser reads such a reference before it
+    // replaces it. Such references are short, except in documents that are made to keep a parser busy.
     std::uint64_t read = 1000000000;
     // An upper bound of the UTF-16 code units of entity names that Xerces compares. To find circles, Xerces
     // compares the name of each entity that it expands with the names of all entities around it. 20,000 nested
@@ -74,9 +74,9 @@ private:
 //
 // Thread-safe.
 //
-// Cost: linear in the document and in the expansion of its parameter entities. The guard does not read
-// the content of a document that stays within the limits even if it refers to the longest entity as often
-// as Xerces allows.
+// Cost: linear in the document and in the expansion of its parameter entities. Before the guard reads the
+// content of a document, it computes the worst case: the content refers to the longest entity as often as
+// Xerces allows. If even the worst case is within the limits, the guard does not read the content.
 class EntityExpansionGuard {
 public:
     explicit EntityExpansionGuard(const ExpansionLimits& limits = {}) noexcept : m_limits(limits) {}

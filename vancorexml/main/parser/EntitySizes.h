@@ -69,7 +69,9 @@ private:
         std::vector<std::uint32_t> names;  // numbers of the names it refers to, in order
         // Valid while `generation` is m_generation:
         State state = State::Unknown;
-        Expansion all;              // of the entity with its references; if there is a `circle`, of those before it
+        // The expansion of the entity, including the expansions of the references in its text. If a reference
+        // leads into a circle, includes only the references before it.
+        Expansion all;
         std::size_t circle = None;  // the first referenced entity that leads into a circle; None without a circle
         std::uint64_t generation = 0;
     };

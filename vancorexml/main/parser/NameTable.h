@@ -44,7 +44,8 @@ private:
     // Several times the number of names in most vocabularies, so few names share a slot.
     static constexpr std::size_t NameLimit = 1 << 12;
 
-    // Reads `name` no further than its NUL, because `text` contains none.
+    // `name` ends with a NUL and has no known length. `text` contains no NUL, so the comparison stops at the
+    // NUL of `name` at the latest.
     static bool IsSame(const VString& text, const char16_t* name) noexcept
     {
         const std::u16string_view units = text.View();
