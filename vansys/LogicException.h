@@ -38,7 +38,7 @@ private:
 // 1. A source lists its sites at its top, in the namespace `Assertions` inside the unnamed namespace. Add a site to
 //    this list. Name the site for the broken promise, such as `UnknownOptions`.
 // 2. `file` is the path that LogicException::GetFile returns. `line` is the line of the check when it is added.
-//    `text` is the condition that failed, or a sentence.
+//    `text` is the condition that must hold, or a sentence.
 // 3. Choose a random `code` of eight hexadecimal digits that no other site has, and write the comment `own code` at
 //    the site. A site without this comment has a code that the product prescribes.
 // 4. If no caller can break the promise, write the comment `Unreachable` at the site, with the reason.

@@ -82,6 +82,8 @@ public:
     bool HasOnlyCancelErrors() const;
     bool HasWarnings() const;
     // These return the messages, or the ErrorInfo of each message, in document order.
+    // Lines and columns in the messages of a parse count in the text that Xerces reads, which may differ from
+    // the source. DOMParser::GetDiagnostics() returns those of the source.
     std::list<VString> GetErrors() const;
     std::list<VString> GetWarnings() const;
     std::list<VError::ErrorInfo> GetMetadataForErrors() const;

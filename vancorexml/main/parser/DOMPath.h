@@ -29,7 +29,9 @@
 // number of threads may walk a tree that does not change. The cost of an element grows with the
 // number of segments that can match it, not with the length of the path.
 //
-//     for (const DOMElement& column : DOMPath::Walk(root, "data-source/column")) Print(column.GetName());
+//     const DOMElement& sources = *document->GetDocumentRoot();  // the element "data-sources"
+//     for (const DOMElement& column : DOMPath::Walk(sources, "data-sources/data-source/column"))
+//         Print(column.GetName());
 namespace DOMPath {
 
 class Walker;

@@ -29,7 +29,9 @@ public:
     // True if a fatal error was recorded since the last parse began. GetErrors() contains it too.
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
 
-    // These return the messages in the order in which they were recorded. Valid until the next parse.
+    // These return the messages in the order in which they were recorded. Valid until the next parse. Lines
+    // and columns in the messages count in the text that Xerces reads, which may differ from the source; see
+    // GetDiagnostics().
     const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
     const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
     // These return one identity for each message, in the same order. A message without an identity has

@@ -15,8 +15,10 @@
 namespace {
 
 // The major and minor numbers of the versions that have schemas, oldest first. The last one is the current version.
-// resources.cmake reads this line to make the schemas of these versions.
+// resources.cmake reads this line to make the schemas of these versions, so it must stay a single line.
+// clang-format off
 constexpr const char* const SchemaVersions[] = {"10.2", "10.3", "10.4", "10.5", "18.1"};
+// clang-format on
 
 VersionNumber MakeVersion(const char* text)
 {
