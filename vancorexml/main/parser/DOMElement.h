@@ -36,9 +36,10 @@ struct ElementLinks;
 // Threads: one writer or many readers per document. Making a copy counts as reading, and so
 // does destroying an unchanged copy. The operations for diagnostics and renames use the lock of
 // the document; an element has no lock of its own. A removed element counts as part of the
-// document A that it links to. If its old parent is in another document B, the element counts as
-// part of both: while one thread changes B, no other thread may query the diagnostics of A. Two
-// threads may destroy A and B at the same time.
+// document A that it links to. If its old parent has moved to another document B since the removal,
+// the element counts as part of both documents: a query of the diagnostics of A follows the link to
+// the parent and reads B. So while one thread changes B, no other thread may query the diagnostics
+// of A. Two threads may destroy A and B at the same time.
 //
 // No operation uses a call stack that grows with the depth of the tree.
 //

@@ -38,9 +38,10 @@ public:
     DOMParser(const DOMParser&) = delete;
     DOMParser& operator=(const DOMParser&) = delete;
 
-    // Sets whether elements record the positions just behind their start and end tags. These are positions
-    // in the text that Xerces reads: they exclude white space before the document that the parser skips,
-    // and include the text that it inserts for attribute names beginning with a colon. Initially off.
+    // Sets whether elements record the positions just behind their start and end tags. The positions count
+    // in the text that Xerces reads. This text lacks the white space that the parser skips in front of the
+    // document, and contains the text that the parser inserts for attribute names beginning with a colon.
+    // Initially off.
     void SetEnableLineNumbersOnElements(bool enable);
     bool GetEnableLineNumbersOnElements() const;
     // Sets the flag of each later document (see DOM). Initially off.

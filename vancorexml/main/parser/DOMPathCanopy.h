@@ -7,14 +7,17 @@
 #include "vancorexml/main/parser/DOMElement.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// A canopy is an element whose children may be canopies of the same name. `canopyPath` is a path
-// (see DOMPath.h) of the outermost canopies. If the path also matches nested canopies, as "//folder"
-// does, each of them is searched, so an element inside several canopies is found several times. The
-// search ignores elements more than 1,024 levels below their canopy. Every text is permitted as
+// These functions search elements that nest inside elements of the same name, such as folders in
+// folders. `canopyPath` is a path (see DOMPath.h). Each element that it matches is a canopy: the start
+// of one search. Use a path that matches the outermost elements only. If the path also matches nested
+// ones, as "//folder" does, each of them is searched too, and an element inside several canopies is
+// found several times.
+//
+// The search ignores elements more than 1,024 levels below their canopy. Every text is permitted as
 // a path or a name; none raises an exception. The results contain no null pointers. Linear in the visited
 // elements.
 //
-//     DOMPathCanopy::WithinCanopy(root, "library/shelf", "folder");       // folders in folders
+//     DOMPathCanopy::WithinCanopy(root, "library/shelf", "folder");  // folders on shelves, and folders in them
 //     DOMPathCanopy::UnderneathCanopy(root, "library/folder", "book/title");
 namespace DOMPathCanopy {
 

@@ -7,9 +7,10 @@
 
 #include <xercesc/sax/InputSource.hpp>
 
-// Xerces treats a NUL as the end of its input. Before the end of the root element, it then reports
-// that the input ended too early. It reports nothing in two places: in the XML declaration, where
-// the NUL ends a name, and behind the root element of a document or schema.
+// Xerces treats a NUL as the end of its input. If the NUL is in front of the end of the root element,
+// Xerces reports that the input ended too early. The exception is a NUL in the XML declaration: it ends
+// a name there, and Xerces reports nothing. Xerces also reports nothing if the NUL is behind the root
+// element of a document or schema.
 //
 // These functions check the XML declarations of documents, and whole schemas.
 // DocumentReader::endDocument finds a NUL behind the root element of a document.

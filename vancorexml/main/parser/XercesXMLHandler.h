@@ -98,9 +98,9 @@ public:
     // Refuses a document or schema that contains a NUL.
     [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
-    // Returns the schema that another schema imports or includes, if the builder finds it. Returns null
-    // for every other resource, which Xerces then omits. Abandons the loading of a schema at an external
-    // entity, because for null Xerces would fetch the entity itself.
+    // Returns the schema that another schema imports or includes, if the builder finds it. Abandons the
+    // loading of a schema that uses an external entity: if the result were null, Xerces would fetch the
+    // entity itself. Returns null for every other resource; Xerces then omits the resource.
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
     using xercesc::DefaultHandler::endElement;
     using xercesc::DefaultHandler::resolveEntity;
