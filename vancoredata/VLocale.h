@@ -35,8 +35,8 @@ VANCOREDATA_API const VString& GetDefaultLanguage();
 
 // Returns the supported code that is closest to `isoString`. The first of these rules that applies decides:
 //  1. A supported code maps to itself.
-//  2. Chinese maps to "zh_TW" for Taiwan, Hong Kong, Macau and "zh_Hant", but not for "zh_Hans". All other Chinese
-//     maps to "zh_CN".
+//  2. Chinese maps to "zh_TW" if the code has a part "TW", "HK", "MO" or "Hant", and no part "Hans". All other
+//     Chinese maps to "zh_CN".
 //  3. English maps to "en_US" without a country, and otherwise to "en_GB".
 //  4. French maps to "fr_FR".
 //  5. Another supported language maps to its only supported code: "de_AT" to "de_DE", and "es" to "es_ES".

@@ -49,9 +49,9 @@ VANCOREPLATFORM_API void SetGenericObject(const VString& name, const boost::any&
 // GetProcessObject or RemoveProcessObject.
 //
 // The store destroys its objects when the process exits. If the destructor of an object is in the code of a library,
-// the library must remove the object before it is unloaded. To do this, define a static object inside `create`;
-// its destructor calls RemoveProcessObject. It is constructed after the store, so when the process exits, it is
-// destroyed before the store.
+// the library must remove the object before it is unloaded. To do this, define a static guard object inside `create`.
+// The destructor of the guard calls RemoveProcessObject. The guard is constructed after the store. So when the process
+// exits, the guard is destroyed before the store.
 VANCOREPLATFORM_API boost::any GetProcessObject(const VString& name, const std::function<boost::any()>& create);
 
 // Removes the object called `name` from the store; does nothing if there is none. Thread-safe.

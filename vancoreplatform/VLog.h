@@ -11,7 +11,8 @@ namespace VLog {
 
 enum Severity { Debug, Info, Warn, Error };
 
-// A logged message. The identity is optional.
+// A logged message. A message about an error can have the identity of the error, which is a key and a code (see
+// vansys/VError.h), and the source and status of the error.
 struct Record {
     Severity severity = Info;
     VString message;
@@ -21,8 +22,8 @@ struct Record {
     int statusCode = 0;
 };
 
-// While the capture lives, passes every record that any thread logs to the sink instead of Qt's log. For tests and
-// for hosts that have their own log. If there are several captures, only the newest receives the records. The sink
+// While a capture exists, its sink receives the records that all threads log, and Qt's log does not. For tests and for
+// hosts that have their own log. If there are several captures, only the newest receives the records. The sink
 // is called under a lock and must not log.
 class VANCOREPLATFORM_API Capture {
 public:
