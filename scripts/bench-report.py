@@ -165,7 +165,7 @@ def goals(samples, heap, counters):
         each = {d: statistics.median(v) for d, v in counters.items()}
         low, high = min(each.values()), max(each.values())
         costs = ", ".join(f"{d} {v * 1e9:.0f} ns" for d, v in each.items())
-        ratio_of_costs = f"largest ÷ smallest **{high / low:.2f}** (limit 1.25, goal 1.10)"
+        ratio_of_costs = f"longest time ÷ shortest time **{high / low:.2f}** (limit 1.25, goal 1.10)"
         lines.append(f"Time per element to parse and destroy a document, by its size: {costs}; {ratio_of_costs}.")
     lines.append("")
     return lines
@@ -198,8 +198,8 @@ def setting(fewest, most):
         f"- compiler: {compiler}; flags: -O3 -DNDEBUG (CMake's Release) and the project's own",
         f"- peers: {versions}",
         f"- documents: {corpora}",
-        f"- command: `scripts/bench`; {fewest} samples of each task; {most} samples of each task with a "
-        "tight goal (`is_close` in `scripts/bench`)",
+        f"- command: `scripts/bench`; {fewest} samples of each task; {most} samples of each task "
+        "that needs precise times (the pattern `is_close` in `scripts/bench` selects these tasks)",
     ]
 
 
