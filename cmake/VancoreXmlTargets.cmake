@@ -82,8 +82,10 @@ function(vancorexml_add_module name macro)
         vancorexml_module_settings(${compiled})
         target_compile_definitions(${compiled} PRIVATE ${macro}_BUILD)
         target_link_libraries(${compiled} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
-        # Windows: a program that links the objects must not import their symbols.
-        target_compile_definitions(${compiled} INTERFACE ${macro}_BUILD)
+        # On Windows, a program that links the objects must not import their symbols.
+        if(WIN32)
+            target_compile_definitions(${compiled} INTERFACE ${macro}_BUILD)
+        endif()
         add_library(${name} SHARED $<TARGET_OBJECTS:${compiled}>)
         set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
     else()
