@@ -27,7 +27,8 @@ public:
     unsigned long long GetReadSize() const noexcept { return m_readSize; }
     void SetReadSize(unsigned long long size);
 
-    // Lines end at line feeds only. Replaces each CR LF and each lone carriage return by one line feed.
+    // Reads up to the next line feed, or to the end of the file. Then replaces each CR LF and each lone carriage
+    // return by one line feed, so the returned line may contain several line feeds.
     bool GetNextLine(std::string& line) override;
     bool GetBytes(std::string& bytes, unsigned int count) override;
     void ResetToStart() override;

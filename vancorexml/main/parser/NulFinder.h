@@ -8,9 +8,9 @@
 #include <xercesc/sax/InputSource.hpp>
 
 // Xerces treats a NUL as the end of its input. If the NUL is in front of the end of the root element,
-// Xerces reports that the input ended too early. The exception is a NUL in the XML declaration: it ends
-// a name there, and Xerces reports nothing. Xerces also reports nothing if the NUL is behind the root
-// element of a document or schema.
+// Xerces reports that the input ended too early. The exception is a NUL in the XML declaration:
+// Xerces treats it as the end of a name instead of the end of the input, and reports nothing. Xerces also
+// reports nothing if the NUL is behind the root element of a document or schema.
 //
 // These functions check the XML declarations of documents, and whole schemas.
 // DocumentReader::endDocument finds a NUL behind the root element of a document.

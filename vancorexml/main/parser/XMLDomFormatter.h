@@ -72,7 +72,7 @@ public:
     void OutputBinary(const unsigned char* data, unsigned int length) override;
 
     // Returns the document as text: the header if OutputHeader was called, the comments, and the
-    // element. Throws std::length_error if the text is too long for a VString.
+    // document element (if there is one). Throws std::length_error if the text is too long for a VString.
     VString GetOutput(FormatMode mode) const;
 
     // These return the text that FormatDOM writes in FormatModeContent. They throw std::length_error

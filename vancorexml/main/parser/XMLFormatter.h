@@ -39,8 +39,8 @@ private:
 };
 
 // Detects whether a class derived from XMLFormatter overrides OutputDOMElement. An override also
-// replaces the operation below, which has the same signature, so the operation below runs only if
-// there is no override.
+// replaces the private OutputDOMElement of this class, which has the same signature. So the private one
+// runs only if there is no override.
 class VANCOREXML_API XMLFormatterOverride {
 protected:
     XMLFormatterOverride() = default;
