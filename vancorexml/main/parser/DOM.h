@@ -56,9 +56,9 @@ public:
     bool operator!=(const DOM& other) const { return *m_root != *other.m_root; }
 
     // Makes this document a copy of `other`: tree, diagnostics, renames and flags, in this order.
-    // Encoded flags are not copied. Copying a document onto itself only clears its diagnostics. If an
-    // allocation fails, the diagnostics are already gone and the parts not yet copied are unchanged.
-    // Linear.
+    // The encoded flags of the elements are not copied. Copying a document onto itself only clears its
+    // diagnostics. If an allocation fails, this document has already lost its old diagnostics, and the
+    // parts not yet copied are unchanged. Linear.
     void DeepCopy(const DOM& other);
 
     bool GetRestrictExternalPaths() const;

@@ -17,8 +17,9 @@ enum ColonProcessingMode {
 // The bytes of one document or schema, with an id that names it in messages. The id of a file is its
 // name. For text in memory the caller chooses the id, which may be empty.
 //
-// Ownership: the caller owns a source that it parses, and a parser refers to the source only during the
-// parse. A parser owns the schema sources that are added to it.
+// Ownership: the caller owns a source that it parses. A DOMParser or a StandaloneDOMParser refers to the
+// source only during the parse, and owns the schema sources that are added to it. An AbstractXMLParser
+// refers to the source until it is destroyed or Reload replaces the source.
 //
 // Threads: one at a time.
 class VANCOREXML_API InputSource {

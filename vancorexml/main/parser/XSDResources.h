@@ -27,8 +27,8 @@ VANCOREXML_API const VersionNumber& GetCurrentVersion();
 // missing.
 VANCOREXML_API VString GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version);
 
-// True if the type has a schema in that version. Checks only the list of versions, not the resources:
-// true for KXE and KXF in every version, even if there is no resource.
+// True if the type has a schema in that version. Does not check whether the resource exists. For KXA to
+// KXD, checks the list of versions. For KXE and KXF, ignores the version and always returns true.
 VANCOREXML_API bool IsThereAnXSDResource(XmlFileType type, const VersionNumber& version);
 
 // Returns the versions in which the type has a schema among the resources, oldest first; none for a type
