@@ -19,9 +19,10 @@
 #include "vancorexml/main/parser/XercesTreeParser.h"
 #include "vancorexml/main/parser/XercesXMLHandler.h"
 
-// The SAX2 reader of Xerces with three changes. It records whether the document declared XML 1.1. It
+// The SAX2 reader of Xerces with four changes. It records whether the document declared XML 1.1. It
 // counts the default attributes of document type declarations. It passes elements and text straight to
-// the handler: SAX2's prefix tables, which nothing here uses, would cost as much as the handler itself.
+// the handler: SAX2's prefix tables, which nothing here uses, would cost as much as the handler itself. At the
+// end of a document, it refuses a NUL behind the root element and a UTF-8 text that ends within a character.
 class DocumentReader : public xercesc::SAX2XMLReaderImpl {
 public:
     DocumentReader(XercesMemory& memory, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(&memory, grammars) {}
