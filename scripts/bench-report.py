@@ -40,9 +40,9 @@ SECTIONS = [
 
 # Notes below the headings of sections.
 NOTES = {
-    "sanitize": "The suffix of a document's name says what was added to it. `+few`: the attribute `:mark` in every "
-                "hundredth start tag. `+many`: the same in every start tag. `+colons`: in every start tag, an "
-                "attribute whose value contains colons, which the sanitizer does not change.",
+    "sanitize": "The suffix of a name describes the document. `+few`: every hundredth start tag has an attribute "
+                "`:mark`. `+many`: every start tag has an attribute `:mark`. `+colons`: every start tag has an "
+                "attribute whose value contains colons. The sanitizer does not change such values.",
     "diagnostics": "`has-errors-everywhere` calls `HasErrors()` on each element. `record-and-ask` clears all errors, "
                    "records them again and then calls `HasErrors()` on each element. `collect` gets the texts of all "
                    "errors.",

@@ -2,8 +2,8 @@
 #   cmake -D SOURCE=kxa.xsd.in -D VERSION=10.5 -D OUTPUT=kxa_10_5.xsd -P expand-schema.cmake
 #
 # SOURCE holds the text of all versions. Processing instructions say which lines belong to which version:
-#   <?from 10.3?>               At the end of a line, it keeps the line in version 10.3 and all later ones. On a line
-#                               of its own, it does so for all lines down to <?end?>. Such blocks may nest.
+#   <?from 10.3?>               At the end of a line, keeps the line in version 10.3 and all later ones. If it is the
+#                               only text of a line, keeps all lines down to <?end?>. Such blocks may nest.
 #   <?until 10.4?>              Works like <?from?>, for version 10.4 and all earlier ones.
 #   <?include name.xsd.in?>     Inserts the expanded text of a file in the folder of SOURCE, with the indentation of
 #                               the instruction.

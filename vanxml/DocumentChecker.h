@@ -25,7 +25,7 @@ struct CheckedDocument {
 
 // Checks documents. Caches a parser for each schema, so each schema is loaded only once.
 //
-// Threads: one at a time. Each thread can have a checker of its own.
+// Threads: one at a time. Different threads can use different checkers.
 class DocumentChecker {
 public:
     // If `schema` is empty, each document is checked against the schema for its own type and version.

@@ -35,7 +35,7 @@ struct ElementLinks;
 //
 // Threads: one writer or many readers per document. Making a copy counts as reading, and so
 // does destroying an unchanged copy. The operations for diagnostics and renames use the lock of
-// the document; an element has no lock of its own. A removed element counts as part of the
+// the document; elements have no locks. A removed element counts as part of the
 // document A that it links to. If its old parent has moved to another document B since the removal,
 // the element counts as part of both documents: a query of the diagnostics of A follows the link to
 // the parent and reads B. So while one thread changes B, no other thread may query the diagnostics

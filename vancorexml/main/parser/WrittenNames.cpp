@@ -66,7 +66,7 @@ VString WrittenNames::Restore(const VString& message)
     if (prefix.empty())
         return message;
     const bool isRewritten = IsRewritten(name.substr(prefix.size()));
-    // The document may bind a prefix of its own to the namespace, and the name may have that prefix.
+    // The document may bind another prefix to the namespace, and the name may have that prefix.
     if (!isRewritten && FindOwnNames().hasNamespace)
         return message;
     const auto start = static_cast<std::size_t>(name.data() - text.data());

@@ -39,7 +39,7 @@ private:
 const EscapeTable& AttributeTable();
 const EscapeTable& ContentTable();
 
-// Escapes the units that the table maps and those that XML does not allow. Returns the same shared
+// Escapes each code unit for which the table has a replacement or which XML does not allow. Returns the same shared
 // string if there is nothing to escape. Well-formed surrogate pairs stay unchanged. Throws
 // std::length_error if the result is too long for a VString. Linear.
 VString EncodeWithTable(const VString& text, const EscapeTable& table);

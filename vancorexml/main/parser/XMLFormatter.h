@@ -119,7 +119,7 @@ public:
     // Calls OutputDOMElement for each element that the view contains at the time of the call. So a
     // writer that builds a tree may append to the element to which the view belongs.
     virtual void OutputDOMElements(const DOMElementChildren& elements);
-    // Escapes the text and writes it. If `verbatim`, writes the text unescaped on lines of its own,
+    // Escapes the text and writes it. If `verbatim`, writes the text unescaped on separate lines,
     // followed by the indentation.
     virtual void OutputContent(const VString& text, bool verbatim);
     virtual void OutputContent(const VString& text);
