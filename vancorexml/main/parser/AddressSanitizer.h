@@ -1,4 +1,4 @@
-// Tests for AddressSanitizer.
+// Detects builds with AddressSanitizer.
 #pragma once
 
 #if defined(__has_feature)

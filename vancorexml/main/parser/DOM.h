@@ -118,8 +118,8 @@ protected:
     // to `node` if `target` is null. Drops the moved errors if that element already has errors in this
     // document, and likewise the warnings.
     //
-    // If `node` belongs to this document, `target` must be neither null nor `node`. Otherwise `node` would
-    // receive its own diagnostics. Because it already has them in this document, the call would drop all of them.
+    // If `node` belongs to this document, `target` must be another element. With null or `node`, the call
+    // would drop all diagnostics of `node`, because `node` already has them in this document.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
 
 private:

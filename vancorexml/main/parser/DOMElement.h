@@ -188,8 +188,8 @@ public:
     DOMElement& GetRequiredChildByAttr(const VString& attrName, const VString& value);
     const DOMElement& GetRequiredChildByAttr(const VString& attrName, const VString& value) const;
 
-    // The next five operations return ownership of the removed children. These keep their links to this
-    // element and to the document.
+    // The next five operations return ownership of the removed children. The removed children keep their
+    // links to this element and to the document.
 
     // Raises a LogicException if `child` is not a child of this element.
     std::unique_ptr<DOMElement> RemoveChild(DOMElement& child);
@@ -208,8 +208,8 @@ public:
 
     // Move, MoveToFront, Adopt and AdoptChildren move elements within a tree or between trees. Each
     // raises a LogicException, before anything changes, if a moved element has no parent, was removed
-    // from its parent, or would become its own descendant. Each costs as much as RemoveChild and
-    // InsertChild.
+    // from its parent, or would become its own descendant. Move, MoveToFront and Adopt cost as much as
+    // RemoveChild and InsertChild.
 
     // Moves this element to `newParent`, before `before`.
     void Move(DOMElement& newParent, const DOMElement* before);
@@ -220,7 +220,8 @@ public:
     // already has this element as its parent.
     void Adopt(DOMElement& child, const DOMElement* before);
     // Moves all children of `other` to this element, in order. Does nothing if `other` is this
-    // element. Linear in both lists of children.
+    // element. Linear in both lists of children, plus the first two costs of InsertChild, counted for the
+    // subtree of `other`.
     void AdoptChildren(DOMElement& other, const DOMElement* before);
     // Moves the attribute from `other` and overwrites an attribute of that name here. Does nothing if
     // `other` has no such attribute or is this element.

@@ -146,7 +146,7 @@ private:
     void OnRecordsChanged(const DOMElement& element) noexcept;
     // Makes sure that `count` more entries in each map need no rehash.
     void Reserve(std::size_t count);
-    // Moves the entries of `node` to `key`. Precondition: Reserve, because the operation must not allocate.
+    // Moves the entries of `node` to `key`. The caller has called Reserve, so the maps do not allocate.
     void MoveRecordsFrom(DocumentDiagnostics& from, const DOMElement& node, const DOMElement& key) noexcept;
     // Establishes invariant 2 for an element that is about to become a key.
     void AddTieIfForeign(const DOMElement& key);

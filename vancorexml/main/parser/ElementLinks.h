@@ -37,8 +37,8 @@ struct RemovedChildren {
 // 1. A detached element is in the LinkedElements of the document to which it links, and in the
 //    RemovedChildren of the parent to which it links. No other element is in these lists.
 // 2. When a document or a parent dies, the links of all elements in its list become null.
-// 3. An element that has records in a document other than its own has a tie to that document. The one that
-//    dies first cuts the tie.
+// 3. An element that has records in a document other than its own has a tie to that document. If the element
+//    dies first, it erases these records. If the document dies first, it cuts the tie.
 //
 // Ownership: owned by its element.
 struct ElementLinks {

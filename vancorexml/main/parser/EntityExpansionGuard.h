@@ -59,8 +59,9 @@ private:
     std::uint64_t m_values = 0;
 };
 
-// Finds entity bombs before a parser expands them. Xerces itself bounds only the number of general
-// entities in the content: neither their text nor any expansion in the document type declaration.
+// Finds entity bombs before a parser expands them. Xerces itself limits only the number of references to
+// general entities in the content. It limits neither their text nor any expansion in the document type
+// declaration.
 //
 // The guard rehearses the parse. A second reader reads the document and changes the value of each entity
 // when Xerces reports the declaration. A general entity gets a short mark as its value, so nothing

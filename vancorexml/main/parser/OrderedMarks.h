@@ -7,7 +7,7 @@
 // comparing two labels compares two positions.
 //
 // Ownership: the list links marks but does not own them. A mark must not move while it is in
-// the list, and must leave it before it dies.
+// the list. Remove it before it dies, unless Clear is the next operation on the list.
 //
 // Threads: one writer or many readers.
 class OrderedMarks {
