@@ -166,9 +166,9 @@ public:
     // anything changes, if the child is null, this element or an ancestor of this element.
     //
     // Cost: constant for a new leaf at the end. Otherwise the sum of
-    // - the size of the child's subtree or this element's depth, whichever is smaller (the depth if
-    //   an element of the subtree has removed children that still link to it),
-    // - the size of the child's subtree, if the documents differ,
+    // - the check for a cycle: the size of the child's subtree or this element's depth, whichever is
+    //   smaller; always the depth if an element of the subtree has removed children that still link to it,
+    // - the change of document, if the documents differ: the size of the child's subtree,
     // - the distance of `before` from the nearer end of the children.
     DOMElement& InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
 
@@ -220,8 +220,8 @@ public:
     // already has this element as its parent.
     void Adopt(DOMElement& child, const DOMElement* before);
     // Moves all children of `other` to this element, in order. Does nothing if `other` is this
-    // element. Linear in both lists of children, plus the first two costs of InsertChild, counted for the
-    // subtree of `other`.
+    // element. Linear in both lists of children, plus the check for a cycle and the change of document (see
+    // InsertChild) for the subtree of `other`.
     void AdoptChildren(DOMElement& other, const DOMElement* before);
     // Moves the attribute from `other` and overwrites an attribute of that name here. Does nothing if
     // `other` has no such attribute or is this element.

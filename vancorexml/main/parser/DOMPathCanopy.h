@@ -13,9 +13,10 @@
 // ones, as "//folder" does, each of them is searched too, and an element inside several canopies is
 // found several times.
 //
-// The search ignores elements more than 1,024 levels below their canopy. Every text is permitted as
-// a path or a name; none raises an exception. The results contain no null pointers. Linear in the visited
-// elements.
+// WithinCanopy ignores elements more than 1,024 levels below their canopy. UnderneathCanopy applies the
+// first segment of its `subPath` down to the same level; its matches may be deeper. Every text is
+// permitted as a path or a name; none raises an exception. The results contain no null pointers. Linear
+// in the visited elements.
 //
 //     DOMPathCanopy::WithinCanopy(root, "library/shelf", "folder");  // folders on shelves, and folders in them
 //     DOMPathCanopy::UnderneathCanopy(root, "library/folder", "book/title");
@@ -29,9 +30,9 @@ VANCOREXML_API std::vector<const DOMElement*> WithinCanopy(
     const DOMElement& element, const VString& canopyPath, const VString& name);
 
 // Returns the matches of `subPath` at the children of each canopy. The first segment of `subPath` is
-// compared with the child itself. A child with the name of the canopy is a nested canopy: it never
-// matches, not even "*", and its children are searched in the same way. An empty `subPath` and one
-// that begins with a slash find nothing.
+// compared with the child itself. A child with the name of the canopy is a nested canopy: no first
+// segment matches it, not even "*", and its children are searched in the same way. An empty `subPath`
+// and one that begins with a slash find nothing.
 VANCOREXML_API std::vector<DOMElement*> UnderneathCanopy(
     DOMElement& element, const VString& canopyPath, const VString& subPath);
 VANCOREXML_API std::vector<const DOMElement*> UnderneathCanopy(

@@ -90,7 +90,8 @@ public:
     // Like CopyErrorsAndWarningsForNode, but moves the records. Dropped records are also erased from the
     // document of `node`.
     void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
-    // Replaces the records of `other` by the records of this document, which keeps none.
+    // Moves all records to `other`, which loses its earlier records. If `other` is this object, erases all
+    // records.
     void MoveErrorsAndWarningsTo(DocumentDiagnostics& other);
 
     // Elements report the following events. Each costs one test while nothing is recorded.

@@ -29,9 +29,8 @@ struct RemovedChildren {
     std::list<DOMElement*> elements;
 };
 
-// The data of an element that most elements do not need. It exists for detached elements (removed children
-// and copies), for their old parents, and for elements with ties. Once allocated, it lives as long as the
-// element.
+// The part of an element's data that only a few elements need: detached elements (removed children and
+// copies), their old parents, and elements with ties. Once allocated, it lives as long as the element.
 //
 // Invariants
 // 1. A detached element is in the LinkedElements of the document to which it links, and in the

@@ -18,13 +18,14 @@ struct ExpansionLimits {
     std::uint64_t text = 100000000;
     // UTF-16 code units that a parser reads while it replaces the references: `text`, and in addition each
     // reference such as "&name;" in the text of an entity. The parser reads such a reference before it
-    // replaces it. Such references are short, except in documents that are made to keep a parser busy.
+    // replaces it. In ordinary documents such references are short. The limit is for documents that are made to
+    // keep a parser busy.
     std::uint64_t read = 1000000000;
     // UTF-16 code units of entity names that Xerces compares. To find entities that contain themselves, Xerces
     // compares the name of each entity that it expands with the names of all entities in which it is nested. The
     // guard counts the whole name for each comparison, although Xerces may stop at the first difference. 20,000
-    // nested entities with names of 200 characters need 40,000,000,000 and took 220 seconds. Names of eight
-    // characters cannot reach the limit.
+    // nested entities with names of 200 characters need 40,000,000,000 and took 220 seconds. 50,000
+    // references in the content cannot exceed the limit if the names have eight characters.
     std::uint64_t compared = 10000000000;
     // Attributes that a document type declaration adds. A tree stores an attribute with a shared name and a
     // shared value in 24 to 32 bytes. So 8,000,000 attributes take about as much memory as 100,000,000 code

@@ -6,9 +6,9 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// A fault that a parser recorded. Its position is the one in the source as given: it includes the white
-// space that the parser skipped, and excludes the text that the colon sanitizer inserted. The messages of
-// Parser::GetErrors() contain the position in the text that Xerces read instead.
+// A fault that a parser recorded. Its position is the one in the source as given: it counts the white
+// space that the parser skipped, but not the text that the colon sanitizer inserted. In contrast, the
+// messages of Parser::GetErrors() contain the position in the text that Xerces reads.
 //
 // Ownership: a value.
 //

@@ -11,7 +11,8 @@
 // set one by one, or derived from checksums of the files: files of equal content share one new path,
 // and a folder is renamed if all its files are copied to the same folder.
 //
-// Ownership: a value. Threads: one writer or many readers; the document guards its own.
+// Ownership: a value. Threads: one writer or many readers. For the renames of a document, see
+// DOM::GetPathRenames.
 //
 //     PathRenames renames;
 //     renames.SetCRC("C:\\in\\a.csv", "data/a.csv", checksum);

@@ -123,7 +123,9 @@ public:
     // followed by the indentation.
     virtual void OutputContent(const VString& text, bool verbatim);
     virtual void OutputContent(const VString& text);
-    // Writes an element with content on one line. Escapes the content only if `encode`.
+    // Writes an element with content. If `encode`, escapes the content and writes it directly between the
+    // tags. Otherwise writes the content as OutputContent does if `verbatim`. The overload without `encode`
+    // escapes.
     virtual void OutputContentTag(
         const VString& tag, const AttributeMap& attributes, const VString& content, bool encode);
     virtual void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content);

@@ -28,7 +28,8 @@ VANCOREXML_API const VersionNumber& GetCurrentVersion();
 VANCOREXML_API VString GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version);
 
 // True if the type has a schema in that version. Does not check whether the resource exists. For KXA to
-// KXD, checks the list of versions. For KXE and KXF, ignores the version and always returns true.
+// KXD, compares only the major and minor numbers with the list of versions, so 18.1.1 has the result of 18.1.
+// For KXE and KXF, ignores the version and always returns true.
 VANCOREXML_API bool IsThereAnXSDResource(XmlFileType type, const VersionNumber& version);
 
 // Returns the versions in which the type has a schema among the resources, oldest first; none for a type

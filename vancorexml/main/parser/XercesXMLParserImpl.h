@@ -111,7 +111,8 @@ private:
     XercesInitializer m_xerces;
     XercesMemory m_memory;
     std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
-    // Null if the last parse left a reader that cannot be reused. RequireReader makes a new one.
+    // Null if the last parse, or an abandoned loading of a schema, left a reader that cannot be reused.
+    // RequireReader makes a new one.
     std::unique_ptr<DocumentReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     std::unique_ptr<XercesXMLHandler> m_handler;
