@@ -80,8 +80,10 @@ public:
         operator delete(element, alignment);
     }
 
-    // Copies name, text, attributes and children. Keeps this element's document, parent and
-    // locations. `other` may be an ancestor or a descendant of this element. Linear.
+    // Copies name, text, attributes and children, but no encoded flags. Keeps this element's document,
+    // parent and locations. `other` may be an ancestor or a descendant of this element. If this element has a
+    // document, also copies the diagnostics of the subtree. If this element already has errors, they
+    // stay and the errors of `other` itself are not copied, and likewise the warnings. Linear.
     DOMElement& operator=(const DOMElement& other);
 
     // Compares names, texts, attributes and children of the two subtrees. Ignores locations, encoded flags,
@@ -207,14 +209,15 @@ public:
     bool IsChildOf(const DOMElement& ancestor) const noexcept;
 
     // Move, MoveToFront, Adopt and AdoptChildren move elements within a tree or between trees. Each
-    // raises a LogicException, before anything changes, if a moved element has no parent, was removed
-    // from its parent, or would become its own descendant. Move, MoveToFront and Adopt cost as much as
-    // RemoveChild and InsertChild.
+    // raises a LogicException, before anything changes, if a moved element has no parent. Except in the
+    // cases in which they do nothing, they also raise it if a moved element was removed from its parent,
+    // or would become its own descendant. Move, MoveToFront and Adopt cost as much as RemoveChild and
+    // InsertChild.
 
     // Moves this element to `newParent`, before `before`.
     void Move(DOMElement& newParent, const DOMElement* before);
     // Moves this element before its first sibling. If it already is the first of several, it moves
-    // to the end and a message is logged.
+    // to the end and a message is logged. Does nothing if the parent has fewer than two children.
     void MoveToFront();
     // Moves `child` to this element, before `before`. Does nothing if `child` is this element or
     // already has this element as its parent.

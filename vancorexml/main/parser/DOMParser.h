@@ -68,7 +68,9 @@ public:
     std::unique_ptr<DOM> ParseXmlString(const VString& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(VString&& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(const char* text, const VString& id);
-    // Throws VIO::Exception if the file cannot be read or decoded.
+    // Throws VIO::Exception if the file cannot be read or decoded. A file of 1 GiB or more is read during the
+    // parse and must be UTF-8. An exception from reading it is then recorded as an error, but propagates from
+    // the reading of the first bytes for metrics (see ParseXmlInputSource).
     std::unique_ptr<DOM> ParseXmlFile(const VString& fileName);
     // Drops text that is white space only, unless `keepBlankText`. If the product collects metrics,
     // this operation records the first bytes of the source before the parse. It reads them with GetBytes,

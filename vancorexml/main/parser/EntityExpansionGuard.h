@@ -66,14 +66,14 @@ private:
 //
 // The guard rehearses the parse. A second reader reads the document and changes the value of each entity
 // when Xerces reports the declaration. A general entity gets a short mark as its value, so nothing
-// grows: the marks in texts, attributes and default values show where each entity is used, and
-// EntitySizes computes the size of its expansion. A parameter entity keeps its text, which may declare
-// more entities, and gets a processing instruction in front of it. Xerces reports the instruction at
-// each expansion, before it reads the text.
+// grows. The marks in texts, attributes and default values show where each entity is used, and
+// EntitySizes computes how large the expansion of that entity is. A parameter entity keeps its text,
+// which may declare more entities, and gets a processing instruction in front of it. Xerces reports the
+// instruction at each expansion, before it reads the text.
 //
-// Before the first rehearsal of the process, a sample document shows whether Xerces reports all of this.
-// If it does not, the guard cannot measure entities. It then reports every document that declares one as
-// exceeding a limit.
+// At the first declaration of an internal entity in the process, the guard reads a sample document to
+// find out whether Xerces reports all of this. If it does not, the guard cannot measure entities. It then
+// reports every document that declares one as exceeding a limit.
 //
 // Thread-safe.
 //

@@ -36,8 +36,8 @@ struct Expansion {
 // Threads: one at a time.
 //
 // Cost: Declare is linear in the text. Expand visits each entity at most once between two declarations.
-// For an entity that it has visited, it is constant or, if the entity is circular, linear in the number
-// of entities. The call stack does not grow.
+// A call of Expand for a visited entity is constant, or linear in the number of entities if the entity
+// is circular. The call stack does not grow.
 class EntitySizes {
 public:
     enum class Kind { General, Parameter };

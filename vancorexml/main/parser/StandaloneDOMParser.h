@@ -43,7 +43,8 @@ public:
 
     // The byte order mark or the XML declaration determines the encoding. Without both, it is UTF-8.
     Result ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
-    // Throws VIO::Exception if the file cannot be read or decoded.
+    // Throws VIO::Exception if the file cannot be read or decoded. A file of 1 GiB or more is read during the
+    // parse and must be UTF-8. An exception from reading it is then recorded as an error.
     Result ParseXmlFile(const VString& fileName) const;
     // White space before the document is skipped. Byte strings are decoded as UTF-8, even if they declare
     // another encoding; invalid bytes become U+FFFD. A null pointer is parsed as an empty text.

@@ -45,7 +45,7 @@ private:
 class VANCOREXML_API StringInputSource : public Utf8InputSource {
 public:
     StringInputSource(const VString& text, const VString& id, bool skipLeadingWhitespace);
-    // For a decoded text that is already UTF-8.
+    // Makes a source from the UTF-8 bytes of a decoded text, without a copy.
     static std::unique_ptr<StringInputSource> FromUtf8(
         std::string&& utf8, const VString& id, bool skipLeadingWhitespace);
     ~StringInputSource() override;

@@ -111,9 +111,9 @@ public:
     // Writes the attributes sorted by name: for each a blank, the name, "=" and the escaped value
     // between apostrophes.
     void OutputAttributes(const AttributeMap& attributes) override;
-    // Writes the element and its subtree, the text of an element after its children. If a derived
-    // class overrides this operation, the override is called for each child as well, so it can
-    // bracket, replace or omit any element, and the call stack grows with the depth of the tree.
+    // Writes the element and its subtree. Writes the children of an element before its text. If a
+    // derived class overrides this operation, the override is called for each child as well, so it
+    // can bracket, replace or omit any element, and the call stack grows with the depth of the tree.
     // Without an override, the call stack does not grow.
     using XMLFormatterBase::OutputDOMElement;
     // Calls OutputDOMElement for each element that the view contains at the time of the call. So a
@@ -124,8 +124,8 @@ public:
     virtual void OutputContent(const VString& text, bool verbatim);
     virtual void OutputContent(const VString& text);
     // Writes an element with content. If `encode`, escapes the content and writes it directly between the
-    // tags. Otherwise writes the content as OutputContent does if `verbatim`. The overload without `encode`
-    // escapes.
+    // tags. Otherwise writes the content unescaped on separate lines, like OutputContent with `verbatim` set. The
+    // overload without `encode` escapes.
     virtual void OutputContentTag(
         const VString& tag, const AttributeMap& attributes, const VString& content, bool encode);
     virtual void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content);

@@ -98,9 +98,9 @@ public:
     // Refuses a document or schema that contains a NUL.
     [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
 
-    // Returns the schema that another schema imports or includes, if the builder finds it. Abandons the
-    // loading of a schema that uses an external entity: if the result were null, Xerces would fetch the
-    // entity itself. Returns null for every other resource; Xerces then omits the resource.
+    // Returns the schema that another schema imports or includes, if the builder finds it. Otherwise returns
+    // null, and Xerces omits the resource. An external entity of a schema is an exception: for null, Xerces
+    // would fetch the entity itself, so this operation abandons the loading of the schema.
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
     using xercesc::DefaultHandler::endElement;
     using xercesc::DefaultHandler::resolveEntity;
