@@ -75,11 +75,13 @@ set(public_headers
     vancorexml/main/parser/StandaloneDOMParser.h
     vancorexml/main/parser/Utf8InputSource.h
     vancorexml/main/parser/VersionSniffer.h
+    vancorexml/main/parser/XMLComparison.h
     vancorexml/main/parser/XMLDomFormatter.h
     vancorexml/main/parser/XMLExport.h
     vancorexml/main/parser/XMLFormatter.h
     vancorexml/main/parser/XMLParseException.h
     vancorexml/main/parser/XMLRangeTable.h
+    vancorexml/main/parser/XMLSourceFormatter.h
     vancorexml/main/parser/XMLStringFormatter.h
     vancorexml/main/parser/XMLUtils.h
     vancorexml/main/parser/XMLValueParsers.h

@@ -1,0 +1,136 @@
+#include "vancorexml/main/parser/XMLComparison.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "vancorexml/main/parser/BorrowedInputSource.h"
+#include "vancorexml/main/parser/XMLEventReader.h"
+#include "vancorexml/main/parser/XMLUtils.h"
+
+namespace {
+
+using Kind = XMLEvent::Kind;
+
+bool IsBlank(const XMLEvent& event)
+{
+    return event.kind == Kind::Text && !event.hasCData &&
+        std::all_of(event.text.begin(), event.text.end(), [](char16_t unit) { return XmlUtils::IsWhitespace(unit); });
+}
+
+// An element that is open in both documents.
+struct OpenElement {
+    bool preserves = false;
+    bool hasChildElements = false;
+    bool hasText = false;
+    // True if the documents differ in the white space directly in this element, or below it.
+    bool differs = false;
+    bool differsBelow = false;
+
+    // False if a difference in white space is a difference in content.
+    bool MayDiffer() const noexcept
+    {
+        const bool isIgnorable = hasChildElements && !hasText && !preserves;
+        const bool isKeptBelow = preserves || (hasChildElements && hasText);
+        return (!differs || isIgnorable) && (!differsBelow || !isKeptBelow);
+    }
+};
+
+// Compares the events of two documents in step.
+class Comparer {
+public:
+    Comparer(InputSource& a, InputSource& b) : m_a(a), m_b(b) {}
+
+    bool Run(bool comparesDeclarations)
+    {
+        const XMLEvent* a = &m_a.Next();
+        const XMLEvent* b = &m_b.Next();
+        if (ReadDeclaration(m_a, a) != ReadDeclaration(m_b, b) && comparesDeclarations)
+            return false;
+        for (;;) {
+            const bool isBlankInA = IsBlank(*a);
+            const bool isBlankInB = IsBlank(*b);
+            if (isBlankInA || isBlankInB) {
+                const bool isEqual = isBlankInA && isBlankInB && a->text == b->text;
+                m_open.back().differs |= !isEqual;
+            } else if (a->kind != b->kind || a->text != b->text || !Accept(*a)) {
+                return false;
+            } else if (a->kind == Kind::EndOfDocument) {
+                return true;
+            }
+            // White space that only one of the documents has is skipped in this document.
+            if (isBlankInA || !isBlankInB)
+                a = &m_a.Next();
+            if (isBlankInB || !isBlankInA)
+                b = &m_b.Next();
+        }
+    }
+
+private:
+    // Returns the version and "standalone" of the document, and moves behind the declaration.
+    static std::u16string ReadDeclaration(XMLEventReader& reader, const XMLEvent*& event)
+    {
+        if (event->kind != Kind::Declaration)
+            return std::u16string(u"1.0\0\0", 5);
+        std::u16string declaration = event->text;
+        event = &reader.Next();
+        return declaration;
+    }
+
+    // Records an event that is equal in both documents. Returns false for a fault, and at the end of an element in
+    // which a difference in white space counts.
+    bool Accept(const XMLEvent& event)
+    {
+        switch (event.kind) {
+        case Kind::StartElement: {
+            if (!m_open.empty())
+                m_open.back().hasChildElements = true;
+            OpenElement element;
+            element.preserves = event.preserves || (!m_open.empty() && m_open.back().preserves);
+            m_open.push_back(element);
+            return true;
+        }
+        case Kind::EndElement: {
+            const OpenElement element = m_open.back();
+            m_open.pop_back();
+            if (!m_open.empty())
+                m_open.back().differsBelow |= element.differs || element.differsBelow;
+            return element.MayDiffer();
+        }
+        case Kind::Text:
+        case Kind::StartEntity: m_open.back().hasText = true; return true;
+        case Kind::Fault: return false;
+        default: return true;
+        }
+    }
+
+    XMLEventReader m_a;
+    XMLEventReader m_b;
+    std::vector<OpenElement> m_open;
+};
+
+bool Compare(const std::string& a, const std::string& b, bool comparesDeclarations)
+{
+    BorrowedInputSource first(a, VString(), true, TextEncoding::Utf8);
+    BorrowedInputSource second(b, VString(), true, TextEncoding::Utf8);
+    return Comparer(first, second).Run(comparesDeclarations);
+}
+
+}  // namespace
+
+XMLVerificationError::XMLVerificationError(const char* message) : std::logic_error(message) {}
+
+XMLVerificationError::~XMLVerificationError() = default;
+
+namespace XMLComparison {
+
+bool AreEqual(const std::string& a, const std::string& b)
+{
+    return Compare(a, b, true);
+}
+
+bool AreContentsEqual(const std::string& a, const std::string& b)
+{
+    return Compare(a, b, false);
+}
+
+}  // namespace XMLComparison

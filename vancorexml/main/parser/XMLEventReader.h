@@ -1,0 +1,66 @@
+// The content of a document as a sequence of events.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "vancorexml/main/parser/InputSource.h"
+
+// A part of the content of a document.
+struct XMLEvent {
+    enum class Kind : std::uint8_t {
+        Declaration,  // the version and "standalone" of the XML declaration
+        DocumentType,
+        StartElement,
+        EndElement,
+        Text,
+        Comment,
+        ProcessingInstruction,
+        StartEntity,  // the content of an entity follows
+        EndEntity,
+        EndOfDocument,
+        Fault,  // the document is not well-formed
+    };
+
+    Kind kind = Kind::EndOfDocument;
+    bool hasCData = false;   // of a text: a part of it is a CDATA section
+    bool preserves = false;  // of an element: xml:space is "preserve", in the tag or by default
+    // All parts of the event. Two events of the same kind have equal texts if and only if they have the same content.
+    std::u16string text;
+};
+
+// Reads a document through Xerces. So it does not depend on the library's own reader of tokens and can check what that
+// reader did. Attributes are sorted by name. Adjacent texts and CDATA sections are one text. Line ends, attribute
+// values and references to characters are as a parser reports them. White space outside of the document element is
+// not reported.
+//
+// The document must be one that the library's parser accepts: this class does not limit the expansion of entities.
+//
+// Ownership: shares the bytes of the source, which need not outlive it.
+//
+// Threads: one at a time.
+//
+// Cost: all calls together are linear in the document and in the expansion of its entities.
+class XMLEventReader {
+public:
+    // Throws std::bad_cast if `source` is not an IXercesInputSourceProvider.
+    explicit XMLEventReader(InputSource& source);
+    ~XMLEventReader();
+    XMLEventReader(const XMLEventReader&) = delete;
+    XMLEventReader& operator=(const XMLEventReader&) = delete;
+
+    // Returns the next event. After EndOfDocument or Fault, returns the same event again. Valid until the next call.
+    const XMLEvent& Next();
+
+    // Returns the names of the elements whose xml:space is "preserve" by a default of the document type. Complete
+    // when the first StartElement was returned.
+    const std::set<std::u16string>& PreservedElements() const noexcept;
+
+private:
+    class Reader;
+    struct State;
+
+    std::unique_ptr<State> m_state;
+};

@@ -1,0 +1,126 @@
+#include "vancorexml/main/parser/XMLReferences.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "vancorexml/main/parser/XMLUtils.h"
+
+namespace {
+
+// A reference at the start of a text.
+struct Reference {
+    std::size_t length;                 // from "&" to ";"
+    std::optional<char32_t> character;  // no value for a reference to an entity
+};
+
+std::optional<char32_t> CharacterOf(std::string_view name) noexcept
+{
+    if (name.starts_with('#')) {
+        const bool isHexadecimal = name.starts_with("#x");
+        const std::string_view digits = name.substr(isHexadecimal ? 2 : 1);
+        std::uint32_t number = 0;
+        std::from_chars(digits.data(), digits.data() + digits.size(), number, isHexadecimal ? 16 : 10);
+        return static_cast<char32_t>(number);
+    }
+    static constexpr std::array<std::pair<std::string_view, char32_t>, 5> Predefined{
+        {{"lt", U'<'}, {"gt", U'>'}, {"amp", U'&'}, {"apos", U'\''}, {"quot", U'"'}}};
+    const auto* const found =
+        std::find_if(Predefined.begin(), Predefined.end(), [name](const auto& entry) { return entry.first == name; });
+    return found == Predefined.end() ? std::nullopt : std::optional(found->second);
+}
+
+// `text` begins with "&". A reference that is not closed ends with the text.
+Reference ReadReference(std::string_view text) noexcept
+{
+    const std::size_t end = std::min(text.find(';'), text.size() - 1);
+    return {end + 1, CharacterOf(text.substr(1, end - 1))};
+}
+
+void AppendUtf8(std::string& out, char32_t character)
+{
+    const auto append = [&out](char32_t byte) { out += static_cast<char>(static_cast<unsigned char>(byte)); };
+    if (character < 0x80) {
+        append(character);
+        return;
+    }
+    const int continuations = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+    constexpr char32_t leads[] = {0, 0xC0, 0xE0, 0xF0};
+    append(leads[continuations] | character >> (6 * continuations));
+    for (int i = continuations - 1; i >= 0; --i)
+        append(0x80 | ((character >> (6 * i)) & 0x3F));
+}
+
+// Calls `visit` with each reference and its offset until `visit` returns true. Returns the offset of that reference, or
+// npos.
+template <typename Visit>
+std::size_t FindReference(std::string_view text, const Visit& visit)
+{
+    for (std::size_t at = text.find('&'); at != std::string_view::npos;) {
+        const Reference reference = ReadReference(text.substr(at));
+        if (visit(reference))
+            return at;
+        at = text.find('&', at + reference.length);
+    }
+    return std::string_view::npos;
+}
+
+}  // namespace
+
+namespace XMLReferences {
+
+std::size_t FindEntity(std::string_view text) noexcept
+{
+    return FindReference(text, [](const Reference& reference) { return !reference.character; });
+}
+
+bool IsBlank(std::string_view text)
+{
+    if (HasEntity(text))
+        return false;
+    const std::string decoded = Decode(text);
+    return std::all_of(decoded.begin(), decoded.end(), [](char byte) { return XmlUtils::IsWhitespace(byte); });
+}
+
+bool HasNonAscii(std::string_view text) noexcept
+{
+    const auto isNonAscii = [](const Reference& reference) {
+        return reference.character && *reference.character > 0x7F;
+    };
+    return FindReference(text, isNonAscii) != std::string_view::npos;
+}
+
+std::string Decode(std::string_view text, Place place)
+{
+    std::string decoded;
+    decoded.reserve(text.size());
+    while (!text.empty()) {
+        std::size_t length = 1;
+        const char byte = text.front();
+        if (byte == '&') {
+            const Reference reference = ReadReference(text);
+            length = reference.length;
+            if (reference.character)
+                AppendUtf8(decoded, *reference.character);
+            else
+                decoded += text.substr(0, length);
+        } else if (byte == '\r' || byte == '\n' || byte == '\t') {
+            // A carriage return and a line feed are one line end.
+            length = text.starts_with("\r\n") ? 2 : 1;
+            if (place == Place::Attribute)
+                decoded += ' ';
+            else
+                decoded += byte == '\t' ? '\t' : '\n';
+        } else {
+            length = std::min(text.find_first_of("&\r\n\t"), text.size());
+            decoded += text.substr(0, length);
+        }
+        text.remove_prefix(length);
+    }
+    return decoded;
+}
+
+}  // namespace XMLReferences
