@@ -2,89 +2,17 @@
 
 #include <CLI/CLI.hpp>
 
-#include <atomic>
-#include <condition_variable>
-#include <exception>
-#include <mutex>
+#include <memory>
+#include <optional>
 #include <set>
-#include <system_error>
-#include <thread>
+#include <vector>
 
 #include "vanxml/DocumentChecker.h"
+#include "vanxml/ErrorLines.h"
+#include "vanxml/JobQueue.h"
 #include "vanxml/StandardStreams.h"
 
 namespace {
-
-// Checks documents on several threads and returns the results in the order of the documents.
-class CheckQueue {
-public:
-    CheckQueue(const std::vector<std::string>& files, const std::optional<SchemaReference>& schema, std::size_t jobs)
-        : m_files(files),
-          m_schema(schema),
-          m_results(files.size())
-    {
-        try {
-            for (std::size_t i = 0; i < std::min(jobs, files.size()); ++i)
-                m_threads.emplace_back([this] { CheckNextDocuments(); });
-        } catch (const std::system_error&) {
-            // The system refuses to create more threads. The existing ones do all the work, or this thread does it if
-            // there are none.
-            if (m_threads.empty())
-                CheckNextDocuments();
-        }
-    }
-
-    ~CheckQueue()
-    {
-        m_next = m_files.size();
-        for (std::thread& thread : m_threads)
-            thread.join();
-    }
-
-    // Waits for the result of a document, by its index, and returns it. Call it once for each document. Rethrows the
-    // exception that ended a thread.
-    CheckedDocument WaitFor(std::size_t number)
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_finished.wait(lock, [&] { return m_results[number] || m_failure; });
-        if (!m_results[number])
-            std::rethrow_exception(m_failure);
-        CheckedDocument result = std::move(*m_results[number]);
-        m_results[number].reset();
-        return result;
-    }
-
-private:
-    void CheckNextDocuments()
-    {
-        try {
-            DocumentChecker checker(m_schema);
-            for (std::size_t number = m_next++; number < m_files.size(); number = m_next++)
-                Finish(number, checker.Check(VString::fromStdString(m_files[number])));
-        } catch (...) {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_failure = std::current_exception();
-            m_finished.notify_all();
-        }
-    }
-
-    void Finish(std::size_t number, CheckedDocument&& result)
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_results[number] = std::move(result);
-        m_finished.notify_all();
-    }
-
-    const std::vector<std::string>& m_files;
-    const std::optional<SchemaReference> m_schema;
-    std::atomic<std::size_t> m_next{0};
-    std::vector<std::thread> m_threads;
-
-    std::mutex m_mutex;
-    std::condition_variable m_finished;
-    std::vector<std::optional<CheckedDocument>> m_results;  // guarded by m_mutex
-    std::exception_ptr m_failure;                           // guarded by m_mutex
-};
 
 std::string FormatCount(std::size_t count, const char* what)
 {
@@ -99,12 +27,22 @@ std::optional<SchemaReference> ResolveSchemaOption(const std::string& name)
     return name == "none" ? SchemaReference() : FindSchema(VString::fromStdString(name));
 }
 
+CheckedDocument CheckFile(DocumentChecker& checker, const SelectedFile& file)
+{
+    if (file.error.empty())
+        return checker.Check(file.name);
+    CheckedDocument result;
+    result.status = ExitStatus::Failed;
+    result.lines = FormatErrorLine(file.error);
+    return result;
+}
+
 }  // namespace
 
 void CheckCommand::AddTo(CLI::App& application)
 {
     CLI::App* command = application.add_subcommand("check", "Parse documents and print their errors");
-    command->add_option("FILE", m_files, "The documents; - is standard input")->required();
+    m_selection.AddOptions(*command);
     command
         ->add_option("--schema",
             m_schema,
@@ -112,16 +50,7 @@ void CheckCommand::AddTo(CLI::App& application)
             "the name of a schema of the library; or a schema file")
         ->capture_default_str()
         ->type_name("auto|none|NAME|FILE.xsd");
-    command
-        ->add_option("--jobs",
-            m_jobs,
-            "The number of documents to check at the same time; the default is the number of the machine's cores")
-        ->check(CLI::Range(1u, 1024u))
-        ->type_name("N");
-    command->callback([this] {
-        if (std::count(m_files.begin(), m_files.end(), "-") > 1)
-            throw CLI::ValidationError("FILE", "standard input can be read only once");
-    });
+    AddJobsOption(*command, m_jobs);
     m_command = command;
 }
 
@@ -132,13 +61,18 @@ bool CheckCommand::IsChosen() const
 
 ExitStatus CheckCommand::Run()
 {
-    const std::size_t jobs = m_jobs > 0 ? m_jobs : std::max(1u, std::thread::hardware_concurrency());
-    CheckQueue queue(m_files, ResolveSchemaOption(m_schema), jobs);
+    const std::vector<SelectedFile> files = m_selection.Select().files;
+    const std::optional<SchemaReference> schema = ResolveSchemaOption(m_schema);
+    const auto makeJob = [&]() -> JobQueue<CheckedDocument>::Job {
+        const auto checker = std::make_shared<DocumentChecker>(schema);
+        return [checker, &files](std::size_t number) { return CheckFile(*checker, files[number]); };
+    };
+    JobQueue<CheckedDocument> queue(files.size(), m_jobs, makeJob);
     ExitStatus status = ExitStatus::Good;
     std::size_t documents = 0;
     std::size_t errors = 0;
     std::set<std::string> brokenSchemas;
-    for (std::size_t number = 0; number < m_files.size(); ++number) {
+    for (std::size_t number = 0; number < files.size(); ++number) {
         const CheckedDocument document = queue.WaitFor(number);
         status = Worse(status, document.status);
         errors += document.errors;
@@ -148,7 +82,7 @@ ExitStatus CheckCommand::Run()
         if (document.brokenSchema.empty() || brokenSchemas.insert(document.brokenSchema).second)
             StandardStreams::WriteError(document.lines);
     }
-    const std::size_t unchecked = m_files.size() - documents;
+    const std::size_t unchecked = files.size() - documents;
     StandardStreams::Write(FormatCount(documents, "document") + ", " + FormatCount(errors, "error") +
         (unchecked > 0 ? ", " + std::to_string(unchecked) + " not checked" : "") + "\n");
     return status;

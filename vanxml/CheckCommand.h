@@ -2,9 +2,9 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "vanxml/Command.h"
+#include "vanxml/FileSelection.h"
 
 // Checks documents, optionally against schemas, and prints their errors.
 class CheckCommand : public Command {
@@ -15,7 +15,7 @@ public:
 
 private:
     const CLI::App* m_command = nullptr;
-    std::vector<std::string> m_files;
+    FileSelection m_selection;
     std::string m_schema = "none";
     unsigned m_jobs = 0;
 };

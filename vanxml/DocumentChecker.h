@@ -21,6 +21,9 @@ struct CheckedDocument {
     std::string lines;        // for standard error
     // The schema that could not be used, otherwise empty. If there is such a schema, `lines` contains its errors.
     std::string brokenSchema;
+
+    // Returns the number of bytes that the result owns.
+    std::size_t Size() const { return lines.size(); }
 };
 
 // Checks documents. Caches a parser for each schema, so each schema is loaded only once.

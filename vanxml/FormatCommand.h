@@ -3,25 +3,21 @@
 
 #include <string>
 
-#include "vanxml/Command.h"
+#include "vanxml/RewriteCommand.h"
 
 class DOM;
-class VString;
 
-// Parses a document and writes it as the library renders it.
-class FormatCommand : public Command {
+// Parses documents and writes them as the library renders them.
+class FormatCommand : public RewriteCommand {
 public:
     void AddTo(CLI::App& application) override;
-    bool IsChosen() const override;
-    ExitStatus Run() override;
+
+protected:
+    RewrittenDocument Rewrite(const VString& name, const std::string& bytes) const override;
 
 private:
     VString Render(const DOM& document) const;
 
-    const CLI::App* m_command = nullptr;
-    std::string m_file;
-    std::string m_output = "-";  // standard output
-    bool m_inPlace = false;
     bool m_noHeader = false;
-    bool m_strict = false;
+    bool m_isStrict = false;
 };

@@ -77,7 +77,8 @@ TEST_F(CheckSchemaTest, ValidatesAgainstASchemaFile)
     const std::string good = Write("good.xml", "<book pages='3'/>");
     const std::string bad = Write("bad.xml", "<book pages='three'/>");
     EXPECT_EQ(Check(schema, {good}).status, 0);
-    const ToolResult result = Check(schema, {good, bad, good});
+    const std::string last = Write("last.xml", "<book pages='4'/>");
+    const ToolResult result = Check(schema, {good, bad, last});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, StartsWith(bad + ": Error(1,"));
     EXPECT_EQ(result.output, "3 documents, 1 error\n");

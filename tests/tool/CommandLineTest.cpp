@@ -109,7 +109,7 @@ TEST(CommandLineTest, UnknownCommandIsNamed)
 
 TEST(CommandLineTest, MessageQuotesTheArgumentAsTyped)
 {
-    const ToolResult result = RunTool({"format", "--", "a.xml", "--strict"});
+    const ToolResult result = RunTool({"version", "--", "a.xml", "--strict"});
     EXPECT_THAT(result.errors, testing::MatchesRegex("vanxml: [^\n]* --strict\n.*"));
 }
 

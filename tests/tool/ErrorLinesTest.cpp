@@ -140,7 +140,7 @@ TEST(ErrorLinesTest, CommandLineErrorsAreEscaped)
     const std::vector<std::string> mistakes[] = {
         {"sh\nred\x1B"},
         {"format", "a.xml", "--sh\ny\x1B"},
-        {"format", "a.xml", "x\n\x1B"},
+        {"version", "a.xml", "x\n\x1B"},
         {"check", "a.xml", "--jobs", "1\n\x1B"},
     };
     for (const std::vector<std::string>& arguments : mistakes) {

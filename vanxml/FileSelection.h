@@ -1,0 +1,51 @@
+// The documents that the arguments of a command name.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vancoreplatform/VString.h"
+
+namespace CLI {
+class App;
+}
+
+// A document, or the reason why there is none.
+struct SelectedFile {
+    VString name;       // "-" is standard input
+    std::string error;  // if it is not empty, `name` is meaningless; UTF-8, unescaped
+};
+
+struct SelectedFiles {
+    std::vector<SelectedFile> files;
+    bool hasFolder = false;  // true if a folder was searched
+};
+
+// The arguments FILE and the options --recursive and --include of a command.
+//
+// An argument is one of these:
+// - "-", standard input.
+// - A file. A file that does not exist is selected too; reading it then fails.
+// - A folder, if --recursive is set. All its files that match an include pattern are selected, in all
+//   levels, sorted. Hidden entries, symbolic links to folders, devices and pipes are skipped.
+// - A pattern, if no file has that name: `*`, `?` and `[...]` as in a shell. It matches hidden names
+//   only if it begins with a dot there.
+//
+// A file that is named twice, also through symbolic links, is selected once, at its first place.
+//
+// Threads: one at a time.
+class FileSelection {
+public:
+    // Adds the options. This object must outlive the command.
+    void AddOptions(CLI::App& command);
+
+    // Searches the folders and returns the documents in the order of the arguments. A folder that cannot be read, a
+    // folder or pattern without a match, and a name that is not UTF-8 become errors in their place. Throws ToolError
+    // if an include pattern is wrong or standard input is named twice. Cost: reads all entries of the folders.
+    SelectedFiles Select() const;
+
+private:
+    std::vector<std::string> m_arguments;
+    std::vector<std::string> m_include;
+    bool m_isRecursive = false;
+};

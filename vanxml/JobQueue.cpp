@@ -1,0 +1,38 @@
+#include "vanxml/JobQueue.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <system_error>
+
+void AddJobsOption(CLI::App& command, unsigned& jobs)
+{
+    command
+        .add_option("--jobs",
+            jobs,
+            "The number of documents to process at the same time; the default is the number of the machine's cores")
+        ->check(CLI::Range(1u, 1024u))
+        ->type_name("N");
+}
+
+std::size_t JobThreads::Start(unsigned jobs, std::size_t count, const std::function<void()>& run)
+{
+    const std::size_t wanted = jobs > 0 ? jobs : std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t threads = std::min(wanted, count);
+    if (threads < 2)
+        return 0;
+    m_threads.reserve(threads);
+    try {
+        for (std::size_t i = 0; i < threads; ++i)
+            m_threads.emplace_back(run);
+    } catch (const std::system_error&) {
+        // The system refuses to create more threads. The existing ones do all the work.
+    }
+    return m_threads.size();
+}
+
+void JobThreads::Join()
+{
+    for (std::thread& thread : m_threads)
+        thread.join();
+}
