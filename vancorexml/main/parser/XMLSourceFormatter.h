@@ -62,8 +62,9 @@ public:
     // std::length_error if the indentation would need more than 1 GiB, because the document is too deep. Throws
     // XMLVerificationError if the result has not the same content; this is a fault of the library.
     //
-    // Linear in the text, in the result and in the expansion of entities. Reads the document three times with Xerces.
-    // Uses the memory of the result, and one byte for each element.
+    // Linear in the text, in the result and in the expansion of entities. Reads both the text and the result once with
+    // Xerces, and the text up to three more times if it has a document type or errors. Uses the memory of the result,
+    // and one byte for each element.
     std::optional<std::string> Format(const std::string& text, const VString& id);
 
     // Returns the errors and warnings of the last document. Valid until the next call of Format.
