@@ -57,8 +57,8 @@ public:
     // erases all diagnostics of the document. Linear.
     ~DOMElement();
 
-    // operator new stores in front of each element whether the element lies in a shared page. operator
-    // delete needs this to free the element.
+    // operator new stores a pointer in front of each element: to the shared page of the element, or null if
+    // there is none. operator delete reads the pointer to free the element.
     static void* operator new(std::size_t size);
     static void operator delete(void* element) noexcept;
     static void* operator new(std::size_t, void* place) noexcept { return place; }
@@ -209,10 +209,10 @@ public:
     bool IsChildOf(const DOMElement& ancestor) const noexcept;
 
     // Move, MoveToFront, Adopt and AdoptChildren move elements within a tree or between trees. Each
-    // raises a LogicException, before anything changes, if a moved element has no parent. Except in the
-    // cases in which they do nothing, they also raise it if a moved element was removed from its parent,
-    // or would become its own descendant. Move, MoveToFront and Adopt cost as much as RemoveChild and
-    // InsertChild.
+    // raises a LogicException, before anything changes, if a moved element has no parent, was removed
+    // from its parent, or would become its own descendant. In the cases in which an operation does
+    // nothing, only the missing parent raises the exception. Move, MoveToFront and Adopt cost as much as
+    // RemoveChild and InsertChild.
 
     // Moves this element to `newParent`, before `before`.
     void Move(DOMElement& newParent, const DOMElement* before);

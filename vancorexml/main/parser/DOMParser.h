@@ -69,8 +69,9 @@ public:
     std::unique_ptr<DOM> ParseXmlString(VString&& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(const char* text, const VString& id);
     // Throws VIO::Exception if the file cannot be read or decoded. A file of 1 GiB or more is read during the
-    // parse and must be UTF-8. An exception from reading it is then recorded as an error, but propagates from
-    // the reading of the first bytes for metrics (see ParseXmlInputSource).
+    // parse and must be UTF-8. If reading such a file fails during the parse, the exception is recorded as an
+    // error. If it fails earlier, when the first bytes are read for metrics, the exception propagates (see
+    // ParseXmlInputSource).
     std::unique_ptr<DOM> ParseXmlFile(const VString& fileName);
     // Drops text that is white space only, unless `keepBlankText`. If the product collects metrics,
     // this operation records the first bytes of the source before the parse. It reads them with GetBytes,
@@ -78,9 +79,9 @@ public:
     std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepBlankText);
 
     // Returns the errors and warnings of the last parse as data, in the order in which they were recorded:
-    // first those of the schemas, then those of the document. A document without errors has no warnings
-    // here. Positions are those in the original source (see ParseDiagnostic). Valid until the next parse. A
-    // parse that throws leaves the result unchanged.
+    // first those of the schemas, then those of the document. The result contains warnings of the document
+    // only if it also contains errors of the document. Positions are those in the original source (see
+    // ParseDiagnostic). Valid until the next parse. A parse that throws leaves the result unchanged.
     const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept;
 
 private:

@@ -13,10 +13,10 @@
 // ones, as "//folder" does, each of them is searched too, and an element inside several canopies is
 // found several times.
 //
-// WithinCanopy ignores elements more than 1,024 levels below their canopy. UnderneathCanopy applies the
-// first segment of its `subPath` down to the same level; its matches may be deeper. Every text is
-// permitted as a path or a name; none raises an exception. The results contain no null pointers. Linear
-// in the visited elements.
+// WithinCanopy ignores elements more than 1,024 levels below their canopy. UnderneathCanopy ignores
+// them as matches of the first segment of `subPath`, but the remaining segments may match at any depth.
+// Every text is permitted as a path or a name; none raises an exception. The results contain no null
+// pointers. Linear in the visited elements.
 //
 //     DOMPathCanopy::WithinCanopy(root, "library/shelf", "folder");  // folders on shelves, and folders in them
 //     DOMPathCanopy::UnderneathCanopy(root, "library/folder", "book/title");

@@ -94,7 +94,8 @@ public:
     // records.
     void MoveErrorsAndWarningsTo(DocumentDiagnostics& other);
 
-    // Elements report the following events. Each costs one test while nothing is recorded.
+    // Elements report the following events. While nothing is recorded and the index is not built, an event
+    // only tests these two conditions.
 
     // Call it for the children of `element` first. The thread must not hold a read lock of the document,
     // because the event takes the write lock.

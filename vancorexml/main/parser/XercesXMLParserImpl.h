@@ -31,7 +31,7 @@ public:
     // `handler` must outlive all later parses.
     void SetHandler(XercesXMLHandler& handler);
     // Makes the next parse refuse a UTF-8 document that ends within a character, because Xerces does not report
-    // this fault. `text` is the document, or empty if it is known to be well-formed.
+    // this fault. `text` is the document, or empty if all its bytes are known to be well-formed UTF-8.
     void SetUncheckedEnd(std::string_view text) noexcept { m_uncheckedEnd = text; }
 
     void resetDocument() override;
@@ -111,8 +111,8 @@ private:
     XercesInitializer m_xerces;
     XercesMemory m_memory;
     std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
-    // Null if the last parse, or an abandoned loading of a schema, left a reader that cannot be reused.
-    // RequireReader makes a new one.
+    // Null after DiscardReader, which is called when a parse or the abandoned loading of a schema leaves the
+    // reader unfit for reuse. RequireReader makes a new one.
     std::unique_ptr<DocumentReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     std::unique_ptr<XercesXMLHandler> m_handler;
