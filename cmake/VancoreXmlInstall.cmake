@@ -17,6 +17,8 @@ set(public_headers
     vancoreplatform/CoreThreadContext.h
     vancoreplatform/Encoding.h
     vancoreplatform/Export.h
+    vancoreplatform/FileEncoding.h
+    vancoreplatform/TextEncoder.h
     vancoreplatform/VCType.h
     vancoreplatform/VFile.h
     vancoreplatform/VFormatString.h

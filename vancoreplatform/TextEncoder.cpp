@@ -14,7 +14,7 @@ namespace {
 
 constexpr char32_t ByteOrderMark = 0xFEFF;
 
-[[noreturn]] void ThrowEncodingError(const TextEncoding& encoding, const VString& reason)
+[[noreturn]] void ThrowEncodingError(const FileEncoding& encoding, const VString& reason)
 {
     throw VIO::Exception(VFormatString("Cannot encode text in %1: %2").arg(encoding.name).arg(reason));
 }
@@ -79,7 +79,7 @@ struct TextEncoder::Page {
     std::array<Bytes, 0x100> characters;
 };
 
-TextEncoder::TextEncoder(const TextEncoding& encoding) : m_encoding(encoding)
+TextEncoder::TextEncoder(const FileEncoding& encoding) : m_encoding(encoding)
 {
     const VString& name = encoding.name;
     m_bigEndian = name.endsWith("BE");
@@ -215,7 +215,7 @@ std::string TextEncoder::Encode(std::string_view utf8, const CharacterReplacemen
     return result;
 }
 
-std::string EncodeFromUtf8(std::string_view utf8, const TextEncoding& encoding, const CharacterReplacement& replace)
+std::string EncodeFromUtf8(std::string_view utf8, const FileEncoding& encoding, const CharacterReplacement& replace)
 {
     TextEncoder encoder(encoding);
     const std::string_view mark = encoder.Mark();
@@ -230,7 +230,7 @@ std::string EncodeFromUtf8(std::string_view utf8, const TextEncoding& encoding, 
 std::vector<std::size_t> FindEncodedOffsets(const std::vector<std::size_t>& offsets,
     std::string_view utf8,
     std::string_view bytes,
-    const TextEncoding& encoding,
+    const FileEncoding& encoding,
     const VString& name)
 {
     std::vector<std::size_t> result;

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "vancoreplatform/Export.h"
-#include "vancoreplatform/TextEncoding.h"
+#include "vancoreplatform/FileEncoding.h"
 
 class QTextCodec;
 
@@ -29,7 +29,7 @@ using CharacterReplacement = std::function<std::string(char32_t)>;
 class VANCOREPLATFORM_API TextEncoder {
 public:
     // Throws if Qt does not know the encoding.
-    explicit TextEncoder(const TextEncoding& encoding);
+    explicit TextEncoder(const FileEncoding& encoding);
     ~TextEncoder();
     TextEncoder(const TextEncoder&) = delete;
     TextEncoder& operator=(const TextEncoder&) = delete;
@@ -55,7 +55,7 @@ private:
     Bytes EncodeWithCodec(char32_t character) const;
     void Verify(std::u16string_view text, std::string_view bytes) const;
 
-    const TextEncoding m_encoding;
+    const FileEncoding m_encoding;
     Form m_form = Form::Codec;
     bool m_bigEndian = false;
     std::string m_mark;
@@ -69,7 +69,7 @@ private:
 // of TextEncoder::Encode. Throws VIO::Exception too if DecodeToUtf8 would mistake the result for UTF-8, which few
 // other texts happen to be. UTF-8 is copied; callers with a large UTF-8 text write it themselves.
 VANCOREPLATFORM_API std::string EncodeFromUtf8(
-    std::string_view utf8, const TextEncoding& encoding, const CharacterReplacement& replace);
+    std::string_view utf8, const FileEncoding& encoding, const CharacterReplacement& replace);
 
 // Returns the byte offset in the file of each offset in the text. `bytes` are those of the file, `utf8` and `encoding`
 // come from DecodeToUtf8. Offsets count UTF-8 bytes from 0, stand between two characters, and do not decrease.
@@ -82,5 +82,5 @@ VANCOREPLATFORM_API std::string EncodeFromUtf8(
 VANCOREPLATFORM_API std::vector<std::size_t> FindEncodedOffsets(const std::vector<std::size_t>& offsets,
     std::string_view utf8,
     std::string_view bytes,
-    const TextEncoding& encoding,
+    const FileEncoding& encoding,
     const VString& name);

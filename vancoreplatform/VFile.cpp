@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "vancoreplatform/FileEncoding.h"
 #include "vancoreplatform/ReadError.h"
-#include "vancoreplatform/TextEncoding.h"
 
 namespace {
 

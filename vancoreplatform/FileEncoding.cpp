@@ -1,4 +1,4 @@
-#include "vancoreplatform/TextEncoding.h"
+#include "vancoreplatform/FileEncoding.h"
 
 #include <algorithm>
 #include <array>
@@ -72,7 +72,7 @@ void CheckUtf8(const Input& input, std::size_t start)
 }
 
 struct Detected {
-    TextEncoding encoding;
+    FileEncoding encoding;
     std::size_t markLength = 0;
     const QTextCodec* codec = nullptr;  // null for Unicode encodings
 };
@@ -195,7 +195,7 @@ try {
 }
 
 // True if all bytes are ASCII and each of them means the same character in the encoding.
-bool IsAsciiIn(const TextEncoding& encoding, std::string_view bytes)
+bool IsAsciiIn(const FileEncoding& encoding, std::string_view bytes)
 {
     std::array<bool, 0x80> used{};
     for (const char byte : bytes) {
@@ -258,7 +258,7 @@ bool IsEncodingName(std::string_view name) noexcept
 
 }  // namespace
 
-bool IsUtf8(const TextEncoding& encoding) noexcept
+bool IsUtf8(const FileEncoding& encoding) noexcept
 {
     return encoding.name.View() == u"UTF-8";
 }

@@ -10,24 +10,24 @@
 #include "vancoreplatform/VString.h"
 
 // The encoding of a text file.
-struct TextEncoding {
+struct FileEncoding {
     // "UTF-8", "UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE", or the name of one of Qt's codecs such as "ISO-8859-1".
     VString name = "UTF-8";
     // The file begins with a byte order mark.
     bool hasMark = false;
 
-    friend bool operator==(const TextEncoding& a, const TextEncoding& b) noexcept
+    friend bool operator==(const FileEncoding& a, const FileEncoding& b) noexcept
     {
         return a.hasMark == b.hasMark && a.name == b.name;
     }
 };
 
-VANCOREPLATFORM_API bool IsUtf8(const TextEncoding& encoding) noexcept;
+VANCOREPLATFORM_API bool IsUtf8(const FileEncoding& encoding) noexcept;
 
 // The text of a file in UTF-8, without the byte order mark, and the encoding of the file.
 struct DecodedText {
     std::string text;
-    TextEncoding encoding;
+    FileEncoding encoding;
 };
 
 // Decodes the bytes of a text file. The first of these rules that applies determines the encoding:
