@@ -11,6 +11,7 @@
 
 #include "vancoreplatform/VFormatString.h"
 #include "vancoreplatform/VIOException.h"
+#include "vancorexml/main/parser/XMLComparison.h"
 #include "vansys/LogicException.h"
 #include "vanxml/ToolError.h"
 
@@ -45,6 +46,8 @@ std::string DescribeException(const VString& document)
         return exception.what();
     } catch (const LogicException& exception) {
         return Failed(document, DescribeAssertion(exception));
+    } catch (const XMLVerificationError& error) {
+        return Failed(document, VString(error.what()) + ", so nothing was written. Please report this fault of vanxml");
     } catch (const VantoraException& exception) {
         return Failed(document, exception.GetConcatenatedMessages());
     } catch (const std::length_error&) {

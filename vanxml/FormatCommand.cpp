@@ -2,48 +2,62 @@
 
 #include <CLI/CLI.hpp>
 
-#include <memory>
+#include <optional>
+#include <utility>
 
-#include "vancoreplatform/VFile.h"
-#include "vancorexml/main/parser/DOMParser.h"
-#include "vancorexml/main/parser/Utf8InputSource.h"
-#include "vancorexml/main/parser/XMLDomFormatter.h"
-#include "vancorexml/main/parser/XMLStringFormatter.h"
+#include "vancorexml/main/parser/XMLComparison.h"
+#include "vancorexml/main/parser/XMLSourceFormatter.h"
+#include "vanxml/DocumentText.h"
 #include "vanxml/ErrorLines.h"
+#include "vanxml/ToolError.h"
 
 void FormatCommand::AddTo(CLI::App& application)
 {
-    CLI::App* command =
-        application.add_subcommand("format", "Write documents with the indentation and escaping of the library");
+    CLI::App* command = application.add_subcommand(
+        "format", "Indent documents and sort their attributes; everything else stays, comments included");
     AddFileArguments(*command);
+    command
+        ->add_option("--encoding",
+            m_encoding,
+            "Write utf-8 without a byte order mark; the default is the encoding and the mark of each document")
+        ->check(CLI::IsMember({"utf-8"}, CLI::ignore_case))
+        ->type_name("utf-8");
     command->add_flag("--no-header", m_noHeader, "Leave out the XML declaration");
-    command->add_flag("--strict", m_isStrict, "Escape all text like attribute values, and write no CDATA sections");
+    command->add_flag("--strict", m_isStrict, "Escape all text like attribute values, and write no new CDATA sections");
 }
 
 RewrittenDocument FormatCommand::Rewrite(const VString& name, const std::string& bytes) const
 {
+    const DocumentText document(name, bytes);
+    const FileEncoding encoding = m_encoding.empty() ? document.Encoding() : FileEncoding();
+    XMLSourceFormatter::Options options;
+    options.writesHeader = !m_noHeader;
+    options.isStrict = m_isStrict;
+    options.hasAllCharacters = HasAllCharacters(encoding);
+    if (m_encoding.empty())
+        options.encoding = document.DeclaredEncoding();
+    if (m_noHeader && !options.hasAllCharacters)
+        throw ToolError("\"" + name.toStdString() + "\" needs its XML declaration, which names the encoding " +
+            options.encoding + ". Use --encoding utf-8 with --no-header");
+
+    XMLSourceFormatter formatter(options);
     RewrittenDocument result;
-    StringInputSource source(VFile::DecodeText(bytes.data(), bytes.size(), name, true), name, true);
-    DOMParser parser;
-    const std::unique_ptr<DOM> document = parser.ParseXmlInputSource(source, false);
-    if (document->HasErrors()) {
-        for (const ParseDiagnostic& diagnostic : parser.GetDiagnostics()) {
+    std::optional<std::string> formatted = formatter.Format(document.Text(), name);
+    if (!formatted) {
+        for (const ParseDiagnostic& diagnostic : formatter.GetDiagnostics()) {
             if (IsError(diagnostic))
                 result.lines += FormatErrorLine(name, diagnostic);
         }
         result.status = ExitStatus::Faulty;
         return result;
     }
-    result.bytes = Render(*document).toStdString();
+    if (IsUtf8(encoding)) {
+        result.bytes = EncodeDocument(std::move(*formatted), encoding);
+        return result;
+    }
+    // The formatter has verified the text, but not its bytes.
+    result.bytes = EncodeDocument(std::string(*formatted), encoding);
+    if (DecodeToUtf8(std::string(result.bytes), name, true).text != *formatted)
+        throw XMLVerificationError("The formatted document would differ from the original");
     return result;
-}
-
-VString FormatCommand::Render(const DOM& document) const
-{
-    if (!m_isStrict)
-        return XMLDomFormatter::RenderAsXMLString(document, nullptr, !m_noHeader);
-    XMLStringFormatter formatter("  ", false);
-    formatter.SetFormatMode(FormatModeStrict);
-    XMLFormatter::FormatDOM(formatter, document, nullptr, !m_noHeader);
-    return formatter.GetOutput();
 }

@@ -5,9 +5,7 @@
 
 #include "vanxml/RewriteCommand.h"
 
-class DOM;
-
-// Parses documents and writes them as the library renders them.
+// Formats documents without losing anything.
 class FormatCommand : public RewriteCommand {
 public:
     void AddTo(CLI::App& application) override;
@@ -16,8 +14,7 @@ protected:
     RewrittenDocument Rewrite(const VString& name, const std::string& bytes) const override;
 
 private:
-    VString Render(const DOM& document) const;
-
+    std::string m_encoding;  // empty: the encoding of each document
     bool m_noHeader = false;
     bool m_isStrict = false;
 };

@@ -25,12 +25,55 @@ TEST(FormatCommandTest, ReadsStandardInput)
     EXPECT_EQ(result.output, Header() + "<a>größe</a>\n");
 }
 
-TEST(FormatCommandTest, ReadsTheEncodingOfFilesAndOfStandardInput)
+TEST(FormatCommandTest, KeepsTheEncodingOfFilesAndOfStandardInput)
 {
-    const std::string latin1 = "<?xml version='1.0' encoding='iso-8859-1'?><a>gr\366\337e</a>";
+    const std::string latin1 = "<?xml version='1.0' encoding='latin1'?><a b='&#8364;\351'>gr\366\337e</a>";
+    const std::string formatted = "<?xml version='1.0' encoding='latin1' ?>\n\n<a b='&#8364;\351'>gr\366\337e</a>\n";
     const TemporaryFolder folder;
-    EXPECT_EQ(RunTool({"format", "-"}, latin1).output, Header() + "<a>größe</a>\n");
-    EXPECT_EQ(RunTool({"format", folder.Write("a.xml", latin1).toStdString()}).output, Header() + "<a>größe</a>\n");
+    EXPECT_EQ(RunTool({"format", "-"}, latin1).output, formatted);
+    EXPECT_EQ(RunTool({"format", folder.Write("a.xml", latin1).toStdString()}).output, formatted);
+}
+
+TEST(FormatCommandTest, EncodingOptionConvertsToUtf8)
+{
+    const std::string latin1 = "<?xml version='1.0' encoding='latin1'?><a b='&#8364;\351'>gr\366\337e</a>";
+    EXPECT_EQ(RunTool({"format", "--encoding", "utf-8", "-"}, latin1).output, Header() + "<a b='€é'>größe</a>\n");
+    EXPECT_EQ(RunTool({"format", "--encoding", "utf-8", "-"}, "\xEF\xBB\xBF<a/>").output, Header() + "<a />\n");
+}
+
+TEST(FormatCommandTest, KeepsByteOrderMarks)
+{
+    EXPECT_EQ(RunTool({"format", "-"}, "\xEF\xBB\xBF<a/>").output, "\xEF\xBB\xBF" + Header() + "<a />\n");
+    const auto toUtf16 = [](const std::u16string& text) {
+        std::string bytes = "\xFE\xFF";
+        for (const char16_t unit : text)
+            (bytes += static_cast<char>(unit >> 8)) += static_cast<char>(unit & 0xFF);
+        return bytes;
+    };
+    EXPECT_EQ(RunTool({"format", "-"}, toUtf16(u"<a>€</a>")).output,
+        toUtf16(u"<?xml version='1.0' encoding='UTF-16' ?>\n\n<a>€</a>\n"));
+}
+
+TEST(FormatCommandTest, DocumentsThatNeedTheirDeclarationKeepIt)
+{
+    const std::string latin1 = "<?xml version='1.0' encoding='latin1'?><a>\366</a>";
+    const ToolResult result = RunTool({"format", "--no-header", "-"}, latin1);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, HasSubstr("Use --encoding utf-8 with --no-header"));
+    EXPECT_EQ(RunTool({"format", "--no-header", "-"}, "<?xml version='1.1'?><a/>").status, 2);
+}
+
+TEST(FormatCommandTest, KeepsEverything)
+{
+    const std::string text =
+        "<?xml version='1.0' standalone='yes'?><!DOCTYPE a [<!ENTITY e 'x'>]><!--1--><?p q?>\r\n"
+        "<a c='&e;' b=\"'\"><!-- 2\n 3 --><b>&e;</b><c>t <b  /> u</c><d> </d><e><![CDATA[x]]></e></a>"
+        "<!--4-->\r\n";
+    EXPECT_EQ(RunTool({"format", "-"}, text).output,
+        "<?xml version='1.0' encoding='utf-8' standalone='yes' ?>\r\n\r\n<!DOCTYPE a [<!ENTITY e 'x'>]>\r\n<!--1-->\r\n"
+        "<?p q?>\r\n<a b='&apos;' c='&e;'>\r\n  <!-- 2\n 3 -->\r\n  <b>&e;</b>\r\n  <c>t <b  /> u</c>\r\n"
+        "  <d> </d>\r\n  <e><![CDATA[x]]></e>\r\n</a>\r\n<!--4-->\r\n");
 }
 
 TEST(FormatCommandTest, FormattingTheOutputAgainChangesNothing)

@@ -165,7 +165,7 @@ TEST_F(RewriteCommandTest, DiffAppliesWithTheProgramPatch)
     const std::string folder = m_folder.Path("").toStdString();
     EXPECT_EQ(RunProgram("patch", {"--binary", "-p0"}, diff.output, std::string(), folder).status, 0);
     EXPECT_EQ(Read("a b.xml"), FormattedText);
-    EXPECT_EQ(Read("c.xml"), "<a>\n  <b />\n  <c />\n</a>\n");
+    EXPECT_EQ(Read("c.xml"), "<a>\r\n  <b />\r\n  <c />\r\n</a>\r\n");
 }
 
 TEST_F(RewriteCommandTest, ReadsNamedPipes)

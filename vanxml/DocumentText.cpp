@@ -1,0 +1,85 @@
+#include "vanxml/DocumentText.h"
+
+#include <QByteArray>
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "vancoreplatform/Encoding.h"
+#include "vancoreplatform/TextEncoder.h"
+#include "vancoreplatform/VFormatString.h"
+#include "vanxml/ToolError.h"
+
+namespace {
+
+constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";
+
+// Compares names of encodings, which ignore case.
+bool StartsWith(std::string_view name, std::string_view start)
+{
+    return qstrnicmp(name.data(),
+               static_cast<qsizetype>(std::min(name.size(), start.size())),
+               start.data(),
+               static_cast<qsizetype>(start.size())) == 0;
+}
+
+// True if the bytes are the text: UTF-8 without a mark and without the declaration of another encoding.
+bool IsPlainUtf8(const std::string& bytes)
+{
+    if (bytes.starts_with(Utf8Mark) || FindInvalidUtf8(bytes.data(), bytes.size()) != bytes.size())
+        return false;
+    const std::optional<std::string_view> declared = FindDeclaredEncoding(bytes);
+    return !declared || (StartsWith(*declared, "UTF-8") && declared->size() == 5);
+}
+
+// Returns "UTF-16" or "UTF-32" for an encoding of this family, and otherwise null.
+const char* FamilyOf(const FileEncoding& encoding)
+{
+    for (const char* family : {"UTF-16", "UTF-32"}) {
+        if (StartsWith(encoding.name.toStdString(), family))
+            return family;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+DocumentText::DocumentText(const VString& name, const std::string& bytes)
+    : m_bytes(bytes),
+      m_isCopy(!IsPlainUtf8(bytes))
+{
+    if (m_isCopy)
+        m_decoded = DecodeToUtf8(std::string(bytes), name, true);
+}
+
+std::string DocumentText::DeclaredEncoding() const
+{
+    if (IsUtf8(Encoding()))
+        return "utf-8";
+    const std::optional<std::string_view> declared = FindDeclaredEncoding(Text());
+    if (const char* family = FamilyOf(Encoding()))
+        return std::string(declared && StartsWith(*declared, family) ? *declared : family);
+    return declared ? std::string(*declared) : Encoding().name.toStdString();
+}
+
+bool HasAllCharacters(const FileEncoding& encoding) noexcept
+{
+    return IsUtf8(encoding) || FamilyOf(encoding) != nullptr;
+}
+
+std::string EncodeDocument(std::string&& text, const FileEncoding& encoding)
+{
+    if (IsUtf8(encoding))
+        return encoding.hasMark ? std::string(Utf8Mark) + text : std::move(text);
+    return EncodeFromUtf8(text, encoding, [&](char32_t character) -> std::string {
+        const VString message =
+            VFormatString("The encoding %1 cannot be kept: it has no bytes of its own for the character "
+                          "with the number %2. Use --encoding utf-8")
+                .arg(encoding.name)
+                .arg(static_cast<std::uint64_t>(character));
+        throw ToolError(message.toStdString());
+    });
+}
