@@ -194,24 +194,6 @@ try {
     ThrowReadError(input.name, "the text is too long");
 }
 
-// True if all bytes are ASCII and each of them means the same character in the encoding.
-bool IsAsciiIn(const FileEncoding& encoding, std::string_view bytes)
-{
-    std::array<bool, 0x80> used{};
-    for (const char byte : bytes) {
-        if (static_cast<unsigned char>(byte) >= used.size())
-            return false;
-        used[static_cast<unsigned char>(byte)] = true;
-    }
-    TextEncoder encoder(encoding);
-    for (std::size_t i = 0; i < used.size(); ++i) {
-        const char character = static_cast<char>(i);
-        if (used[i] && encoder.EncodeCharacter(static_cast<char32_t>(i)) != std::string_view(&character, 1))
-            return false;
-    }
-    return true;
-}
-
 bool IsXmlBlank(char character) noexcept
 {
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
@@ -273,7 +255,7 @@ DecodedText DecodeToUtf8(std::string&& bytes, const VString& name, bool useXmlDe
     }
     if (useXmlDeclaration && !detected.encoding.hasMark) {
         const QTextCodec* declared = FindDeclaredCodec(bytes);
-        if (declared != nullptr && IsAsciiIn({NameOf(*declared), false}, bytes))
+        if (declared != nullptr && TextEncoder({NameOf(*declared), false}).ReadsAsAscii(bytes))
             detected.encoding.name = NameOf(*declared);
     }
     bytes.erase(0, detected.markLength);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <stdexcept>
 
 #include "vancoreplatform/CodecReader.h"
@@ -40,11 +39,6 @@ char32_t NextCharacter(std::string_view utf8, std::size_t& position) noexcept
 bool IsValidUtf8(std::string_view text) noexcept
 {
     return FindInvalidUtf8(text.data(), text.size()) == text.size();
-}
-
-bool IsAscii(std::string_view text) noexcept
-{
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 void AppendUtf16(std::u16string& text, char32_t character)
@@ -112,7 +106,9 @@ TextEncoder::Bytes TextEncoder::EncodeWithCodec(char32_t character) const
 {
     Bytes result;
     result.length = 0;
-    const QString text = QString::fromUcs4(&character, 1);
+    std::u16string units;
+    AppendUtf16(units, character);
+    const QString text = VString(units.data(), units.size()).ToQString();
     QTextCodec::ConverterState state(QTextCodec::ConvertInvalidToNull | QTextCodec::IgnoreHeader);
     const QByteArray bytes = m_codec->fromUnicode(text.constData(), text.size(), &state);
     const std::string_view view(bytes.constData(), static_cast<std::size_t>(bytes.size()));
@@ -159,6 +155,22 @@ std::string_view TextEncoder::EncodeCharacter(char32_t character)
             m_buffer[m_used++] = static_cast<char>(0x80 | (character >> 6 * i & 0x3F));
     }
     return {m_buffer.data(), m_used};
+}
+
+bool TextEncoder::ReadsAsAscii(std::string_view bytes)
+{
+    std::array<bool, 0x80> used{};
+    for (const char byte : bytes) {
+        if (static_cast<unsigned char>(byte) >= used.size())
+            return false;
+        used[static_cast<unsigned char>(byte)] = true;
+    }
+    for (std::size_t i = 0; i < used.size(); ++i) {
+        const char character = static_cast<char>(i);
+        if (used[i] && EncodeCharacter(static_cast<char32_t>(i)) != std::string_view(&character, 1))
+            return false;
+    }
+    return true;
 }
 
 // Throws unless the codec reads the bytes as the text.
@@ -222,7 +234,7 @@ std::string EncodeFromUtf8(std::string_view utf8, const FileEncoding& encoding, 
     std::string result = encoder.Encode(utf8, replace);
     if (!mark.empty())
         result.insert(0, mark);
-    else if (!IsUtf8(encoding) && IsValidUtf8(result) && !IsAscii(result))
+    else if (!IsUtf8(encoding) && IsValidUtf8(result) && !encoder.ReadsAsAscii(result))
         ThrowEncodingError(encoding, "the result would be read as UTF-8");
     return result;
 }

@@ -46,6 +46,9 @@ public:
     // until the next call.
     std::string_view EncodeCharacter(char32_t character);
 
+    // True if all bytes are ASCII and the encoding writes each of them for the ASCII character. Linear.
+    bool ReadsAsAscii(std::string_view bytes);
+
 private:
     struct Bytes;
     struct Page;

@@ -1,4 +1,4 @@
-// The exception of failed file operations.
+// The exception of failed operations on files and texts.
 #pragma once
 
 #include <exception>
@@ -9,7 +9,7 @@
 
 namespace VIO {
 
-// Thrown by VFile and GetFileSize. The message names the file.
+// Thrown by failed operations on files and on the encodings of texts. The message names the file if there is one.
 class VANCOREPLATFORM_API Exception : public std::exception {
 public:
     explicit Exception(const VString& message);

@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "vancoreplatform/FileEncoding.h"
+#include "vancoreplatform/VIOException.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+DecodedText DecodeFile(std::string bytes, bool useXmlDeclaration = true)
+{
+    return DecodeToUtf8(std::move(bytes), "doc.xml", useXmlDeclaration);
+}
+
+std::string XmlDeclarationOf(const std::string& encoding)
+{
+    return "<?xml version='1.0' encoding='" + encoding + "'?>";
+}
+
+struct EncodingCase {
+    const char* name;
+    std::string bytes;
+    std::string text;
+    FileEncoding encoding;
+};
+
+struct DeclarationCase {
+    const char* name;
+    std::string_view text;
+    std::optional<std::string_view> encoding;
+};
+
+}  // namespace
+
+class TextEncodingDecodedTest : public testing::TestWithParam<EncodingCase> {};
+
+TEST_P(TextEncodingDecodedTest, ReturnsTheTextAndTheEncoding)
+{
+    const DecodedText decoded = DecodeFile(GetParam().bytes);
+    EXPECT_EQ(decoded.text, GetParam().text);
+    EXPECT_EQ(decoded.encoding.name, GetParam().encoding.name);
+    EXPECT_EQ(decoded.encoding.hasMark, GetParam().encoding.hasMark);
+}
+
+INSTANTIATE_TEST_SUITE_P(Bytes,
+    TextEncodingDecodedTest,
+    testing::Values(EncodingCase{"Empty", "", "", {"UTF-8", false}},
+        EncodingCase{"Utf8", "gr\xC3\xB6", "grö", {"UTF-8", false}},
+        EncodingCase{"Utf8Mark", "\xEF\xBB\xBFgr\xC3\xB6", "grö", {"UTF-8", true}},
+        EncodingCase{"SecondMark", "\uFEFF\uFEFFx", "\uFEFFx", {"UTF-8", true}},
+        EncodingCase{"Utf16LittleEndian", "\xFF\xFEg\0\x3D\xD8\0\xDE"s, "g\U0001F600", {"UTF-16LE", true}},
+        EncodingCase{"Utf16BigEndian", "\xFE\xFF\0g\0\xF6"s, "gö", {"UTF-16BE", true}},
+        EncodingCase{"Utf32LittleEndian", "\xFF\xFE\0\0\xF6\0\0\0"s, "ö", {"UTF-32LE", true}},
+        EncodingCase{"Utf32BigEndian", "\0\0\xFE\xFF\0\0\0\xF6"s, "ö", {"UTF-32BE", true}},
+        EncodingCase{
+            "Latin1", XmlDeclarationOf("latin1") + "\xF6", XmlDeclarationOf("latin1") + "ö", {"ISO-8859-1", false}},
+        EncodingCase{"ShiftJis",
+            XmlDeclarationOf("shift_jis") + "\x82\xA0",
+            XmlDeclarationOf("shift_jis") + "あ",
+            {"Shift_JIS", false}},
+        EncodingCase{"Utf8DespiteADeclaration",
+            XmlDeclarationOf("latin1") + "\xC3\xB6",
+            XmlDeclarationOf("latin1") + "ö",
+            {"UTF-8", false}},
+        EncodingCase{"MarkDespiteADeclaration",
+            "\xEF\xBB\xBF" + XmlDeclarationOf("latin1"),
+            XmlDeclarationOf("latin1"),
+            {"UTF-8", true}},
+        EncodingCase{
+            "AsciiDeclaredAsLatin1", XmlDeclarationOf("latin1"), XmlDeclarationOf("latin1"), {"ISO-8859-1", false}},
+        EncodingCase{
+            "AsciiDeclaredAsAscii", XmlDeclarationOf("US-ASCII"), XmlDeclarationOf("US-ASCII"), {"US-ASCII", false}},
+        EncodingCase{"AsciiDeclaredAsUtf8", XmlDeclarationOf("utf-8"), XmlDeclarationOf("utf-8"), {"UTF-8", false}},
+        EncodingCase{"AsciiDeclaredAsUtf16", XmlDeclarationOf("UTF-16"), XmlDeclarationOf("UTF-16"), {"UTF-8", false}},
+        EncodingCase{
+            "AsciiDeclaredAsUnknown", XmlDeclarationOf("x-none"), XmlDeclarationOf("x-none"), {"UTF-8", false}},
+        EncodingCase{"EscapeSequences",
+            XmlDeclarationOf("ISO-2022-JP") + "\x1B$B$\"\x1B(B",
+            XmlDeclarationOf("ISO-2022-JP") + "\x1B$B$\"\x1B(B",
+            {"UTF-8", false}}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST(FileEncodingTest, IgnoresTheDeclarationWithoutTheFlag)
+{
+    EXPECT_EQ(DecodeFile(XmlDeclarationOf("latin1"), false).encoding.name, "UTF-8");
+    EXPECT_THROW(DecodeFile(XmlDeclarationOf("latin1") + "\xF6", false), VIO::Exception);
+}
+
+TEST(FileEncodingTest, MovesUtf8)
+{
+    std::string bytes(1000, 'x');
+    const char* const address = bytes.data();
+    EXPECT_EQ(DecodeToUtf8(std::move(bytes), "doc.xml", true).text.data(), address);
+}
+
+TEST(FileEncodingTest, NamesTheFirstBadByte)
+{
+    try {
+        DecodeFile("\xEF\xBB\xBF\x61\xFF");
+        FAIL() << "no exception";
+    } catch (const VIO::Exception& exception) {
+        EXPECT_STREQ(exception.what(), "Cannot read \"doc.xml\": not valid UTF-8, the first bad byte is at offset 4");
+    }
+}
+
+class TextEncodingDeclarationTest : public testing::TestWithParam<DeclarationCase> {};
+
+TEST_P(TextEncodingDeclarationTest, FindsTheDeclaredEncoding)
+{
+    EXPECT_EQ(FindDeclaredEncoding(GetParam().text), GetParam().encoding);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts,
+    TextEncodingDeclarationTest,
+    testing::Values(DeclarationCase{"SingleQuotes", "<?xml version='1.0' encoding='UTF-8'?>", "UTF-8"},
+        DeclarationCase{"DoubleQuotes", "<?xml version=\"1.0\" encoding=\"latin1\"?>", "latin1"},
+        DeclarationCase{"MixedQuotes", "<?xml version=\"1.0\" encoding='latin1'?>", "latin1"},
+        DeclarationCase{"Blanks", "<?xml\n\tversion \r=\n'1.0'\tencoding =  'a.b_c-1'  ?>", "a.b_c-1"},
+        DeclarationCase{"BeforeStandalone", "<?xml version='1.0' encoding='x' standalone='no'?>", "x"},
+        DeclarationCase{"WithoutVersion", "<?xml encoding='x'?>", "x"},
+        DeclarationCase{"Absent", "<?xml version='1.0'?>", std::nullopt},
+        DeclarationCase{"StandaloneOnly", "<?xml version='1.0' standalone='yes'?>", std::nullopt},
+        DeclarationCase{"Empty", "", std::nullopt},
+        DeclarationCase{"OpeningOnly", "<?xml", std::nullopt},
+        DeclarationCase{"CutInTheName", "<?xml version='1.0' encod", std::nullopt},
+        DeclarationCase{"CutBeforeTheQuote", "<?xml version='1.0' encoding=", std::nullopt},
+        DeclarationCase{"CutInTheValue", "<?xml version='1.0' encoding='UTF", std::nullopt},
+        DeclarationCase{"NoBlankBeforeVersion", "<?xmlversion='1.0' encoding='x'?>", std::nullopt},
+        DeclarationCase{"NoBlankBeforeEncoding", "<?xml version='1.0'encoding='x'?>", std::nullopt},
+        DeclarationCase{"NoEqualsSign", "<?xml version='1.0' encoding 'x'?>", std::nullopt},
+        DeclarationCase{"NoQuotes", "<?xml version='1.0' encoding=x?>", std::nullopt},
+        DeclarationCase{"OtherQuoteAtTheEnd", "<?xml version='1.0' encoding='x\"?>", std::nullopt},
+        DeclarationCase{"EmptyName", "<?xml version='1.0' encoding=''?>", std::nullopt},
+        DeclarationCase{"NameBeginsWithADigit", "<?xml version='1.0' encoding='8859'?>", std::nullopt},
+        DeclarationCase{"NameWithABlank", "<?xml version='1.0' encoding='a b'?>", std::nullopt},
+        DeclarationCase{"OtherInstruction", "<?xmlx version='1.0' encoding='x'?>", std::nullopt},
+        DeclarationCase{"BlankBefore", " <?xml version='1.0' encoding='x'?>", std::nullopt},
+        DeclarationCase{"InAnElement", "<?xml version='1.0'?><a encoding='x'/>", std::nullopt},
+        DeclarationCase{"InTheVersion", "<?xml version=' encoding=\"x\"'?>", std::nullopt},
+        DeclarationCase{"AfterStandalone", "<?xml version='1.0' standalone='no' encoding='x'?>", std::nullopt}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST(FileEncodingTest, ReturnsThePlaceOfTheDeclaredEncoding)
+{
+    std::string text = XmlDeclarationOf("latin1");
+    const std::string_view name = FindDeclaredEncoding(text).value();
+    text.replace(static_cast<std::size_t>(name.data() - text.data()), name.size(), "UTF-8");
+    EXPECT_EQ(text, XmlDeclarationOf("UTF-8"));
+}
