@@ -210,8 +210,8 @@ public:
 
     // Move, MoveToFront, Adopt and AdoptChildren move elements within a tree or between trees. Each
     // raises a LogicException, before anything changes, if a moved element has no parent, was removed
-    // from its parent, or would become its own descendant. In the cases in which an operation does
-    // nothing, only the missing parent raises the exception. Move, MoveToFront and Adopt cost as much as
+    // from its parent, or would become its own descendant. If an operation has nothing to do (see its
+    // comment), it checks only that the element has a parent. Move, MoveToFront and Adopt cost as much as
     // RemoveChild and InsertChild.
 
     // Moves this element to `newParent`, before `before`.

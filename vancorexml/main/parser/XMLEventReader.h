@@ -31,12 +31,13 @@ struct XMLEvent {
     std::u16string text;
 };
 
-// Reads a document through Xerces. So it does not depend on the library's own reader of tokens and can check what that
-// reader did. Attributes are sorted by name. Adjacent texts and CDATA sections are one text. Line ends, attribute
+// Reads a document through Xerces and does not use XMLTokenReader. So it can check the results of code that uses
+// XMLTokenReader. Attributes are sorted by name. Adjacent texts and CDATA sections are one text. Line ends, attribute
 // values and references to characters are as a parser reports them. White space outside of the document element is
 // not reported.
 //
-// The document must be one that the library's parser accepts: this class does not limit the expansion of entities.
+// A document with a document type must be one that the library's parser accepts: this class does not limit the
+// expansion of entities.
 //
 // Ownership: shares the bytes of the source, which need not outlive it.
 //

@@ -20,9 +20,9 @@ enum FormatMode : std::int32_t {
     FormatModeContent = 1,  // long text with markup becomes a CDATA section
 };
 
-// The first virtual operations of XMLFormatter. Both this class and XMLFormatterOverride declare
-// OutputDOMElement. XMLFormatter must not declare it: such a declaration would override both, and
-// XMLFormatterOverride could not detect the override of a derived class.
+// Declares the operations that come first in the virtual table of XMLFormatter. Both this class and
+// XMLFormatterOverride declare OutputDOMElement. XMLFormatter must not declare it: such a declaration
+// would override both, and XMLFormatterOverride could not detect the override of a derived class.
 class VANCOREXML_API XMLFormatterBase {
 public:
     virtual ~XMLFormatterBase();
@@ -119,13 +119,13 @@ public:
     // Calls OutputDOMElement for each element that the view contains at the time of the call. So a
     // writer that builds a tree may append to the element to which the view belongs.
     virtual void OutputDOMElements(const DOMElementChildren& elements);
-    // Escapes the text and writes it. If `verbatim`, writes the text unescaped on separate lines,
-    // followed by the indentation.
+    // Escapes the text and writes it. If `verbatim`, writes a line end, the unescaped text, a line end and
+    // the indentation. Omits a line end with which the text already begins or ends.
     virtual void OutputContent(const VString& text, bool verbatim);
     virtual void OutputContent(const VString& text);
     // Writes an element with content. If `encode`, escapes the content and writes it directly between the
-    // tags. Otherwise writes the content unescaped on separate lines, like OutputContent with `verbatim` set. The
-    // overload without `encode` escapes.
+    // tags. Otherwise writes the content as OutputContent does with `verbatim`. The overload without `encode`
+    // escapes.
     virtual void OutputContentTag(
         const VString& tag, const AttributeMap& attributes, const VString& content, bool encode);
     virtual void OutputContentTag(const VString& tag, const AttributeMap& attributes, const VString& content);

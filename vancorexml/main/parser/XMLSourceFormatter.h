@@ -19,7 +19,8 @@
 // Bytes that never change:
 //   - comments, processing instructions, the document type, CDATA sections, references to entities
 //   - the content of an element that contains text beside other content (elements, comments, CDATA sections, and so on)
-//   - the content of an element that contains only white space, or comments without elements
+//   - the content of an element that contains white space, comments or processing instructions, but neither text nor
+//     elements
 //   - the content of an element whose xml:space is "preserve"
 //   - the text of an element in a document of XML 1.1
 //

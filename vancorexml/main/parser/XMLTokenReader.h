@@ -27,7 +27,7 @@ struct XMLToken {
 //
 // The text should be a well-formed document without a byte order mark. White space before the XML declaration is
 // allowed. The reader does not check this: for any other text, the tokens still cover the text, but their kinds mean
-// nothing. A token that is not closed ends with the text.
+// nothing. A token that is not closed extends to the end of the text.
 //
 // Ownership: tokens and reader refer to the text, which must outlive them.
 //
