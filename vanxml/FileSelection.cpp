@@ -47,8 +47,7 @@ class NamePattern {
 public:
     explicit NamePattern(const std::string& pattern)
         : m_namesHidden(pattern.starts_with(".")),
-          m_expression(QRegularExpression::wildcardToRegularExpression(VString::fromStdString(pattern).ToQString()),
-              QRegularExpression::DotMatchesEverythingOption)
+          m_expression(QRegularExpression::wildcardToRegularExpression(VString::fromStdString(pattern).ToQString()))
     {}
 
     bool IsValid() const { return m_expression.isValid(); }
@@ -123,7 +122,7 @@ public:
         const fs::path path = ToPath(argument);
         if (argument == "-") {
             AddStandardInput();
-        } else if (HasWildcard(argument) && fs::status(path, error).type() == fs::file_type::not_found) {
+        } else if (HasWildcard(argument) && fs::symlink_status(path, error).type() == fs::file_type::not_found) {
             AddPattern(argument);
         } else {
             AddPath(path);

@@ -19,8 +19,8 @@ struct RewriteCommand::Outcome {
     ExitStatus status = ExitStatus::Good;
     std::string lines;   // for standard error
     std::string report;  // for standard output: a name or a diff
-    std::string bytes;   // the rewritten document, if it must be written
-    bool mustBeWritten = false;
+    std::string bytes;   // the rewritten document, if `hasBytes`
+    bool hasBytes = false;
 
     std::size_t Size() const { return lines.size() + report.size() + bytes.size(); }
 };
@@ -56,7 +56,10 @@ ExitStatus RewriteCommand::Run()
     for (std::size_t number = 0; number < selected.files.size(); ++number) {
         const Outcome outcome = queue.WaitFor(number);
         StandardStreams::WriteError(outcome.lines);
-        status = Worse(status, Worse(outcome.status, Deliver(selected.files[number].name, outcome)));
+        StandardStreams::Write(outcome.report);
+        if (outcome.hasBytes)
+            WriteOutput(outcome.bytes);
+        status = Worse(status, outcome.status);
     }
     return status;
 }
@@ -88,50 +91,38 @@ RewriteCommand::Outcome RewriteCommand::Process(const SelectedFile& file) const
         outcome.status = after.status;
         outcome.lines = std::move(after.lines);
         if (after.status == ExitStatus::Good)
-            Compare(file.name, before, after, outcome);
+            Finish(file.name, std::move(before), std::move(after.bytes), outcome);
     } catch (...) {
-        outcome = Outcome();
         outcome.status = ExitStatus::Failed;
-        outcome.lines = FormatErrorLine(DescribeException(file.name));
+        outcome.lines += FormatErrorLine(DescribeException(file.name));
     }
     return outcome;
 }
 
-// Drops the bytes that are not needed any more, so that they do not wait with the outcome.
-void RewriteCommand::Compare(const VString& name, std::string& before, RewrittenDocument& after, Outcome& outcome) const
+// Replaces the file here and not in Run: the system takes milliseconds to flush a file, and several threads can wait
+// for it at once.
+void RewriteCommand::Finish(const VString& name, std::string before, std::string after, Outcome& outcome) const
 {
-    const bool isSame = before == after.bytes;
+    const bool isSame = before == after;
     if (m_isCheck && !isSame)
         outcome.status = ExitStatus::Faulty;
     if (m_isDiff) {
-        outcome.report = UnifiedDiff(name.toStdString(), before, after.bytes);
+        outcome.report = UnifiedDiff(name.toStdString(), before, after);
     } else if (m_isCheck) {
         outcome.report = isSame ? std::string() : EscapeControlCharacters(name.toStdString()) + "\n";
-    } else if (!m_isInPlace || !isSame) {
-        outcome.mustBeWritten = true;
-        outcome.bytes = std::move(after.bytes);
+    } else if (m_isInPlace) {
+        if (!isSame)
+            ReplaceFile(name, after);
+    } else {
+        outcome.hasBytes = true;
+        outcome.bytes = std::move(after);
     }
 }
 
-// Only the thread of the command writes: the replacement of a file may print warnings, which stay in the order of the
-// documents.
-ExitStatus RewriteCommand::Deliver(const VString& name, const Outcome& outcome) const
+void RewriteCommand::WriteOutput(const std::string& bytes) const
 {
-    StandardStreams::Write(outcome.report);
-    if (!outcome.mustBeWritten)
-        return ExitStatus::Good;
-    if (!m_isInPlace && m_output == "-") {
-        StandardStreams::Write(outcome.bytes);
-        return ExitStatus::Good;
-    }
-    try {
-        if (m_isInPlace)
-            ReplaceFile(name, outcome.bytes);
-        else
-            WriteOutputFile(VString::fromStdString(m_output), outcome.bytes);
-        return ExitStatus::Good;
-    } catch (...) {
-        StandardStreams::WriteError(FormatErrorLine(DescribeException(name)));
-        return ExitStatus::Failed;
-    }
+    if (m_output == "-")
+        StandardStreams::Write(bytes);
+    else
+        WriteOutputFile(VString::fromStdString(m_output), bytes);
 }

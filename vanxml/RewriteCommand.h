@@ -15,7 +15,7 @@ struct RewrittenDocument {
 };
 
 // Reads documents, lets a derived class rewrite their bytes, and delivers the results: to standard output, to a file,
-// in place, as the names of the documents that would change, or as a diff. Delivers them in the order of the
+// in place, as the names of the documents that would change, or as a diff. Prints in the order of the
 // arguments. A document that fails does not stop the others; the worst status counts.
 //
 // Memory: each job owns the bytes of one document and its result. See JobQueue for the results that wait.
@@ -40,8 +40,8 @@ private:
 
     void RequireUsable(const SelectedFiles& selected) const;
     Outcome Process(const SelectedFile& file) const;
-    void Compare(const VString& name, std::string& before, RewrittenDocument& after, Outcome& outcome) const;
-    ExitStatus Deliver(const VString& name, const Outcome& outcome) const;
+    void Finish(const VString& name, std::string before, std::string after, Outcome& outcome) const;
+    void WriteOutput(const std::string& bytes) const;
 
     const CLI::App* m_command = nullptr;
     FileSelection m_selection;
