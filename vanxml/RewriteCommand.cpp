@@ -86,12 +86,12 @@ RewriteCommand::Outcome RewriteCommand::Process(const SelectedFile& file) const
         return outcome;
     }
     try {
-        std::string before = ReadInputFile(file.name);
+        const std::string before = ReadInputFile(file.name);
         RewrittenDocument after = Rewrite(file.name, before);
         outcome.status = after.status;
         outcome.lines = std::move(after.lines);
         if (after.status == ExitStatus::Good)
-            Finish(file.name, std::move(before), std::move(after.bytes), outcome);
+            Finish(file.name, before, std::move(after.bytes), outcome);
     } catch (...) {
         outcome.status = ExitStatus::Failed;
         outcome.lines += FormatErrorLine(DescribeException(file.name));
@@ -101,7 +101,7 @@ RewriteCommand::Outcome RewriteCommand::Process(const SelectedFile& file) const
 
 // Replaces the file here and not in Run: the system takes milliseconds to flush a file, and several threads can wait
 // for it at once.
-void RewriteCommand::Finish(const VString& name, std::string before, std::string after, Outcome& outcome) const
+void RewriteCommand::Finish(const VString& name, const std::string& before, std::string&& after, Outcome& outcome) const
 {
     const bool isSame = before == after;
     if (m_isCheck && !isSame)

@@ -15,8 +15,11 @@ struct RewrittenDocument {
 };
 
 // Reads documents, lets a derived class rewrite their bytes, and delivers the results: to standard output, to a file,
-// in place, as the names of the documents that would change, or as a diff. Prints in the order of the
-// arguments. A document that fails does not stop the others; the worst status counts.
+// in place, as the names of the documents that would change, or as a diff. Prints in the order of the arguments. A
+// document that fails does not stop the others; the worst status counts.
+//
+// AddTo of a derived class creates the subcommand, calls AddFileArguments and adds its own options. A derived class
+// that must check its options before any document is read overrides Run and calls RewriteCommand::Run.
 //
 // Memory: each job owns the bytes of one document and its result. See JobQueue for the results that wait.
 //
@@ -40,7 +43,7 @@ private:
 
     void RequireUsable(const SelectedFiles& selected) const;
     Outcome Process(const SelectedFile& file) const;
-    void Finish(const VString& name, std::string before, std::string after, Outcome& outcome) const;
+    void Finish(const VString& name, const std::string& before, std::string&& after, Outcome& outcome) const;
     void WriteOutput(const std::string& bytes) const;
 
     const CLI::App* m_command = nullptr;

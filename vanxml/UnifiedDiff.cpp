@@ -286,7 +286,11 @@ private:
         int from;
     };
 
-    static std::ptrdiff_t& At(Reach& reach, int k) { return reach[static_cast<std::size_t>(k + mostEdits)]; }
+    static std::ptrdiff_t& At(Reach& reach, int k)
+    {
+        const int index = k + mostEdits;
+        return reach[static_cast<std::size_t>(index)];
+    }
 
     static Move Step(Reach& last, int edits, int k)
     {
@@ -360,13 +364,15 @@ public:
 
     void Write(const std::vector<Change>& changes)
     {
-        for (std::size_t first = 0, next; first < changes.size(); first = next) {
-            next = first + 1;
-            while (
-                next < changes.size() && changes[next].beforeBegin - changes[next - 1].beforeEnd <= 2 * contextLines) {
+        const auto isNear = [&](std::size_t next) {
+            return changes[next].beforeBegin - changes[next - 1].beforeEnd <= 2 * contextLines;
+        };
+        for (std::size_t first = 0; first < changes.size();) {
+            std::size_t next = first + 1;
+            while (next < changes.size() && isNear(next))
                 ++next;
-            }
-            WriteHunk(&changes[first], &changes[next]);
+            WriteHunk(changes.data() + first, changes.data() + next);
+            first = next;
         }
     }
 
