@@ -18,6 +18,7 @@ set(public_headers
     vancoreplatform/Encoding.h
     vancoreplatform/Export.h
     vancoreplatform/FileEncoding.h
+    vancoreplatform/FileReplacement.h
     vancoreplatform/TextEncoder.h
     vancoreplatform/VCType.h
     vancoreplatform/VFile.h

@@ -112,7 +112,7 @@ void RewriteCommand::Finish(const VString& name, const std::string& before, std:
         outcome.report = isSame ? std::string() : EscapeControlCharacters(name.toStdString()) + "\n";
     } else if (m_isInPlace) {
         if (!isSame)
-            ReplaceFile(name, after);
+            outcome.lines += FormatOtherNamesWarning(name, ReplaceFile(name, after));
     } else {
         outcome.hasBytes = true;
         outcome.bytes = std::move(after);
@@ -121,8 +121,10 @@ void RewriteCommand::Finish(const VString& name, const std::string& before, std:
 
 void RewriteCommand::WriteOutput(const std::string& bytes) const
 {
-    if (m_output == "-")
+    if (m_output == "-") {
         StandardStreams::Write(bytes);
-    else
-        WriteOutputFile(VString::fromStdString(m_output), bytes);
+        return;
+    }
+    const VString output = VString::fromStdString(m_output);
+    StandardStreams::WriteError(FormatOtherNamesWarning(output, WriteOutputFile(output, bytes)));
 }

@@ -11,6 +11,7 @@ int main(int argc, char** argv)
     ExitStatus status = ExitStatus::Failed;
     try {
         StandardStreams::Prepare();
+        OperatingSystem::RemoveTemporaryFilesOnSignals();
         status = RunCommandLine(OperatingSystem::Arguments(argc, argv));
         StandardStreams::FlushOutput();
     } catch (...) {

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "tests/tool/ToolRun.h"
 
 using testing::ElementsAre;
@@ -111,6 +113,39 @@ TEST(InPlaceTest, LinkToItselfIsAnError)
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("Cannot write"));
     EXPECT_THAT(NamesInFolderOf(link), ElementsAre("link.xml"));
+}
+
+TEST(InPlaceTest, WarnsThatOtherHardLinksKeepTheOldContent)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("a.xml", "<a/>").toStdString();
+    const std::string begin = "vanxml: ";
+    const std::string end = " of the file \"" + file + "\"";
+    std::filesystem::create_hard_link(file, folder.Path("b.xml").toStdString());
+    const ToolResult two = RunTool({"format", "--in-place", file});
+    EXPECT_EQ(two.errors, begin + "Another name" + end + " keeps the old content (hard links)\n");
+    EXPECT_EQ(two.status, 0);
+    EXPECT_EQ(TemporaryFolder::Read(folder.Path("a.xml")), Header() + "<a />\n");
+    EXPECT_EQ(TemporaryFolder::Read(folder.Path("b.xml")), "<a/>");
+
+    std::filesystem::create_hard_link(file, folder.Path("c.xml").toStdString());
+    std::filesystem::create_hard_link(file, folder.Path("d.xml").toStdString());
+    const ToolResult three = RunTool({"format", "-", "-o", file}, "<b/>");
+    EXPECT_EQ(three.errors, begin + "2 other names" + end + " keep the old content (hard links)\n");
+    EXPECT_EQ(three.status, 0);
+    EXPECT_EQ(RunTool({"format", "--in-place", file}).errors, "");
+}
+
+TEST(InPlaceTest, ReadOnlyFileIsRefusedAlsoToRoot)
+{
+    const TemporaryFolder folder;
+    const VString file = folder.Write("a.xml", "<a/>");
+    ASSERT_TRUE(QFile::setPermissions(file.ToQString(), QFile::ReadOwner | QFile::ReadGroup));
+    const ToolResult result = RunTool({"format", "--in-place", file.toStdString()});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "vanxml: Cannot write \"" + file.toStdString() + "\": Permission denied\n");
+    EXPECT_EQ(TemporaryFolder::Read(file), "<a/>");
+    EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
 }
 
 #if defined(__linux__)

@@ -1,12 +1,16 @@
-// Preload this library into a program to replace the system calls that write files. These environment variables
-// control it:
-//   FAILING_CALL   the call that fails: create, write, flush, close or rename
+// Replaces the system calls that write files. Preload it into a program as a library, or compile it into a test. These
+// environment variables control it:
+//   FAILING_CALL   the call that fails: create, write, chown, chmod, attribute, flush, close or rename
 //   FAILING_ERROR  the error number of the failure
+//   FAILING_AFTER  the number of calls that succeed before the first failure; 0 if it is not set
 //   FAILING_TIMES  the number of calls that fail; if it is not set, every call fails
+//   RAISED_SIGNAL  if it is set, the process gets this signal before the call, and the call does not fail
 //   CALLS_FILE     a file to which the name of each call is appended, one on each line
-// The calls write, flush and close are recorded and fail only for regular files that are open for writing. The flush
-// of a folder is recorded as "flush folder" and never fails.
+// A call while FAILING_CALL is not set begins a new count. The calls write, flush and close are recorded and fail only
+// for regular files that are open for writing. The flush of a folder is recorded as "flush folder" and never fails. The
+// call attribute sets an extended attribute.
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -34,13 +38,22 @@ void Record(const char* call)
 bool Fails(const char* call)
 {
     Record(call);
+    static int count = 0;
     const char* failing = std::getenv("FAILING_CALL");
+    if (failing == nullptr)
+        count = 0;
     if (failing == nullptr || std::strcmp(failing, call) != 0)
         return false;
-    static int done = 0;
+    const char* after = std::getenv("FAILING_AFTER");
     const char* times = std::getenv("FAILING_TIMES");
-    if (times != nullptr && done++ >= std::atoi(times))
+    const int first = after != nullptr ? std::atoi(after) : 0;
+    const int number = count++;
+    if (number < first || (times != nullptr && number >= first + std::atoi(times)))
         return false;
+    if (const char* signal = std::getenv("RAISED_SIGNAL")) {
+        kill(getpid(), std::atoi(signal));
+        return false;
+    }
     errno = std::atoi(std::getenv("FAILING_ERROR"));
     return true;
 }
@@ -69,9 +82,11 @@ int Flush(int file)
 
 }  // namespace
 
+// Tests are compiled with hidden symbols, which would not replace those of the system.
+#pragma GCC visibility push(default)
 extern "C" {
 
-int open(const char* name, int flags, ...)
+int openat(int folder, const char* name, int flags, ...)
 {
     std::va_list rest;
     va_start(rest, flags);
@@ -79,7 +94,7 @@ int open(const char* name, int flags, ...)
     va_end(rest);
     if ((flags & O_EXCL) != 0 && Fails("create"))
         return -1;
-    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, name, flags, mode));
+    return static_cast<int>(syscall(SYS_openat, folder, name, flags, mode));
 }
 
 ssize_t write(int file, const void* bytes, size_t count)
@@ -111,11 +126,27 @@ int close(int file)
     return -1;
 }
 
-int rename(const char* from, const char* to) noexcept
+int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept
 {
     if (Fails("rename"))
         return -1;
-    return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+    return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, 0));
+}
+
+int fchown(int file, uid_t owner, gid_t group) noexcept
+{
+    return Fails("chown") ? -1 : static_cast<int>(syscall(SYS_fchown, file, owner, group));
+}
+
+int fchmod(int file, mode_t mode) noexcept
+{
+    return Fails("chmod") ? -1 : static_cast<int>(syscall(SYS_fchmod, file, mode));
+}
+
+int fsetxattr(int file, const char* name, const void* value, size_t size, int flags) noexcept
+{
+    return Fails("attribute") ? -1 : static_cast<int>(syscall(SYS_fsetxattr, file, name, value, size, flags));
 }
 
 }  // extern "C"
+#pragma GCC visibility pop

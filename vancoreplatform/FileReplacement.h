@@ -1,0 +1,76 @@
+// Writing files atomically.
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <string_view>
+
+#include "vancoreplatform/Export.h"
+#include "vancoreplatform/VPath.h"
+#include "vancoreplatform/VString.h"
+
+class TemporaryFile;
+
+// Replaces the content of a file, or creates the file. Writes a temporary file in the folder of the target. Commit
+// flushes it to the disk and renames it, so a failure at any time leaves the old file unchanged. Other programs see
+// either the old file or the complete new one.
+//
+// The new file keeps these properties of the old file:
+//  - Permissions. A file system that cannot change permissions may give fewer, never more.
+//  - Owner and group, if this process may set them. Otherwise the file belongs to the user of this process. If the
+//    group changes, the group and all others get only the permissions that both had, and an access list, which
+//    could grant more than that, is replaced by permissions of the owner alone.
+//  - On Linux, the access list and the other extended attributes. Attributes that describe the old content or give
+//    it privileges are removed, as every change of a file removes them.
+//  - On Windows, the attributes, the access list, the time of creation and the named streams.
+//
+// Symbolic links stay: the file to which they lead is replaced. A file with several hard links is replaced under one
+// name only (see OtherNames). The temporary file is called ".vanxml-" and twelve hexadecimal digits. Until Commit,
+// only its owner can read it if it replaces a file. On Windows, it has the access rights of its folder.
+//
+// Ownership: owns the temporary file, and removes it on destruction unless Commit succeeded.
+//
+// Errors: every failure throws VIO::Exception, with the message `Cannot write "NAME": REASON`. The reason is the
+// operating system's. After a failure, every later call throws the same exception, so a file of which a part is
+// missing never replaces the target.
+//
+// Threads: one at a time for each object.
+//
+//     FileReplacement file("report.xml");
+//     file.Write("<report/>\n");
+//     file.Commit();
+class VANCOREPLATFORM_API FileReplacement {
+public:
+    // Creates the temporary file. Throws VIO::Exception if the target is a folder, a device or a pipe, or if this
+    // process may not write it. A file without any write permission, or with the read-only attribute of Windows, is
+    // refused to root and administrators too: its owner protected it from changes.
+    explicit FileReplacement(const VPath& target);
+    ~FileReplacement();
+    FileReplacement(const FileReplacement&) = delete;
+    FileReplacement& operator=(const FileReplacement&) = delete;
+
+    // Returns the number of other hard links to the old file. These names keep the old content.
+    std::size_t OtherNames() const noexcept { return m_otherNames; }
+
+    // Appends bytes. Passes them to the system at once, so collect small pieces before.
+    void Write(std::string_view bytes);
+    // Replaces the target. Returns when the new content is on the disk. Call it once, after the last Write.
+    void Commit();
+
+    // Removes the temporary files of all objects of this process. On POSIX systems it is async-signal-safe: call it
+    // from the handler of a signal that ends the process. It covers 64 objects at a time. Every replacement that has
+    // not ended, and every later one, waits for the end of the process, and fails after a second. Does nothing on
+    // Windows, where the system removes the files.
+    static void RemoveTemporaryFiles() noexcept;
+
+private:
+    // Runs a step, converts its errors of the system, and stores its exception in m_failure.
+    template <typename Step>
+    void Run(const Step& step);
+
+    VString m_name;  // the path of the target as given
+    std::unique_ptr<TemporaryFile> m_file;
+    std::size_t m_otherNames = 0;
+    std::exception_ptr m_failure;  // thrown by every further call
+};

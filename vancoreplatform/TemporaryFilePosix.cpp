@@ -1,0 +1,403 @@
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#if defined(__linux__)
+#  include <sys/xattr.h>
+#endif
+
+#include "vancoreplatform/TemporaryFile.h"
+
+namespace {
+
+[[noreturn]] void ThrowError(int error)
+{
+    throw std::system_error(error, std::generic_category());
+}
+
+void Check(bool succeeded)
+{
+    if (!succeeded)
+        ThrowError(errno);
+}
+
+// Owns a file descriptor.
+class Handle {
+public:
+    // Throws the error of the call that returned `handle` if that is negative.
+    explicit Handle(int handle) : m_handle(handle) { Check(handle >= 0); }
+    ~Handle()
+    {
+        if (m_handle >= 0)
+            close(m_handle);
+    }
+    Handle(Handle&& other) noexcept : m_handle(std::exchange(other.m_handle, -1)) {}
+    Handle& operator=(Handle&& other) = delete;
+
+    int Get() const noexcept { return m_handle; }
+    // Closes the handle, even if it throws.
+    void Close() { Check(close(std::exchange(m_handle, -1)) == 0); }
+
+private:
+    int m_handle;
+};
+
+// Blocks all signals in this thread.
+class SignalBlock {
+public:
+    SignalBlock() noexcept
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &m_before);
+    }
+    ~SignalBlock() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    SignalBlock(const SignalBlock&) = delete;
+    SignalBlock& operator=(const SignalBlock&) = delete;
+
+private:
+    sigset_t m_before;
+};
+
+// The table of the temporary files of this process, which RemoveAll reads in a signal handler. So it consists of
+// atomic variables. These rules ensure that no file is left behind:
+//  1. A slot is in the state Creating from before its file is created until after that. The thread that creates the
+//     file blocks signals meanwhile, so a handler on any thread can wait for the end of this state.
+//  2. No file is created after `removing` is set. A thread first enters the state Creating and then reads `removing`.
+//     A handler first sets `removing` and then reads the states.
+//  3. The folder of a slot is open while its state is not Free.
+//  4. A thread that fails because of a handler waits for the end of the process. Otherwise its error could end the
+//     process before the handler has removed all files.
+enum class SlotState { Free, Creating, Created };
+
+struct Slot {
+    std::atomic<SlotState> state{SlotState::Free};
+    std::atomic<int> folder{-1};
+    std::atomic<std::uint64_t> number{0};
+};
+
+Slot slots[64];
+std::atomic<bool> removing{false};
+
+// Returns a slot in the state Creating, or null if all slots are used.
+Slot* ClaimSlot(int folder, std::uint64_t number) noexcept
+{
+    for (Slot& slot : slots) {
+        SlotState expected = SlotState::Free;
+        if (slot.state.compare_exchange_strong(expected, SlotState::Creating)) {
+            slot.folder = folder;
+            slot.number = number;
+            return &slot;
+        }
+    }
+    return nullptr;
+}
+
+constexpr int LongestWait = 1000;  // milliseconds
+
+void WaitOneMillisecond() noexcept
+{
+    poll(nullptr, 0, 1);
+}
+
+// Waits if a handler is removing the files. The limit is for a program whose handler does not end the process.
+void WaitForEndOfProcess() noexcept
+{
+    for (int milliseconds = 0; removing && milliseconds < LongestWait; ++milliseconds)
+        WaitOneMillisecond();
+}
+
+void SetState(Slot* slot, SlotState state) noexcept
+{
+    if (slot != nullptr)
+        slot->state = state;
+}
+
+// Returns `folder` opened for calls that take a folder and a name. These calls also work with paths that are longer
+// than the system allows for one call, and after the folder was renamed.
+Handle OpenFolder(const std::filesystem::path& folder)
+{
+#if defined(O_PATH)
+    constexpr int access = O_PATH;  // needs no permission to read the folder
+#else
+    constexpr int access = O_RDONLY;
+#endif
+    const char* const name = folder.empty() ? "." : folder.c_str();
+    return Handle(open(name, access | O_DIRECTORY | O_CLOEXEC));
+}
+
+// Flushes the entries of the folder to the disk. Ignores failures: some file systems cannot flush folders, and some
+// folders may not be read. Without the flush, a crash of the machine can restore the old file, but never a partial
+// one.
+void FlushFolder(int folder) noexcept
+{
+    const int handle = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0)
+        return;
+    fsync(handle);
+    close(handle);
+}
+
+bool IsUnsupported(int error) noexcept
+{
+    return error == ENOTSUP || error == EOPNOTSUPP || error == ENOSYS;
+}
+
+bool IsDenied(int error) noexcept
+{
+    return error == EPERM || error == EACCES;
+}
+
+// Returns false if this process may not set the owner and the group. A value of -1 stays.
+bool SetOwner(int file, uid_t owner, gid_t group)
+{
+    if (fchown(file, owner, group) == 0)
+        return true;
+    // The file system of a container reports EINVAL for users that the container does not know.
+    Check(IsDenied(errno) || IsUnsupported(errno) || errno == EINVAL);
+    return false;
+}
+
+#if defined(__linux__)
+
+constexpr char AccessList[] = "system.posix_acl_access";
+
+// True for attributes that describe the old content or give privileges to it. The kernel removes or recomputes them
+// when a file is written.
+bool BelongsToContent(const std::string& attribute)
+{
+    return attribute == "security.capability" || attribute == "security.ima" || attribute == "security.evm";
+}
+
+// Calls `read` with a buffer until its size suffices. Returns nothing if the attributes cannot be read.
+template <typename Read>
+std::optional<std::string> ReadAttributes(const Read& read)
+{
+    std::string buffer(256, '\0');
+    for (;;) {
+        const ssize_t length = read(buffer.data(), buffer.size());
+        if (length >= 0) {
+            buffer.resize(static_cast<std::size_t>(length));
+            return buffer;
+        }
+        if (errno != ERANGE) {
+            Check(IsDenied(errno) || IsUnsupported(errno) || errno == ENODATA);
+            return std::nullopt;
+        }
+        buffer.resize(4 * buffer.size());
+    }
+}
+
+std::optional<std::string> ReadAttribute(const std::string& file, const char* name)
+{
+    return ReadAttributes([&](char* value, std::size_t size) { return getxattr(file.c_str(), name, value, size); });
+}
+
+// Removes the access list that the file inherited from its folder, or replaces it by `list`.
+void SetAccessList(int file, const std::optional<std::string>& list)
+{
+    if (list)
+        Check(fsetxattr(file, AccessList, list->data(), list->size(), 0) == 0);
+    else if (fremovexattr(file, AccessList) != 0)
+        Check(IsUnsupported(errno) || errno == ENODATA);
+}
+
+// Copies all other attributes that this process may read and set.
+void CopyOtherAttributes(const std::string& from, int to)
+{
+    const std::string names = ReadAttributes([&](char* list, std::size_t size) {
+        return listxattr(from.c_str(), list, size);
+    }).value_or(std::string());
+    for (std::size_t begin = 0; begin < names.size();) {
+        const std::string name = names.c_str() + begin;
+        begin += name.size() + 1;
+        if (name == AccessList || BelongsToContent(name))
+            continue;
+        const std::optional<std::string> value = ReadAttribute(from, name.c_str());
+        if (value && fsetxattr(to, name.c_str(), value->data(), value->size(), 0) != 0)
+            Check(IsDenied(errno) || IsUnsupported(errno));
+    }
+}
+
+#else
+
+std::optional<std::string> ReadAttribute(const std::string&, const char*)
+{
+    return std::nullopt;
+}
+
+constexpr char AccessList[] = "";
+
+void SetAccessList(int, const std::optional<std::string>&) {}
+
+void CopyOtherAttributes(const std::string&, int) {}
+
+#endif
+
+// Sets the permissions unless the file already has them. Some file systems, such as FAT, have the same permissions for
+// all files and refuse to change them; that is no error unless it would give more permissions.
+void SetPermissions(int file, mode_t permissions)
+{
+    struct stat status;
+    Check(fstat(file, &status) == 0);
+    if ((status.st_mode & 07777) == permissions || fchmod(file, permissions) == 0)
+        return;
+    const bool givesMore = (status.st_mode & 0777 & ~permissions) != 0;
+    Check((IsDenied(errno) || IsUnsupported(errno)) && !givesMore);
+}
+
+// Gives the file the owner, the access list, the other attributes and the permissions of the file `old`, which has the
+// path `oldPath`.
+void CopyProperties(const struct stat& old, const std::string& oldPath, int file)
+{
+    struct stat now;
+    Check(fstat(file, &now) == 0);
+    const bool hasGroup = now.st_gid == old.st_gid || SetOwner(file, static_cast<uid_t>(-1), old.st_gid);
+    const bool hasOwner = now.st_uid == old.st_uid || SetOwner(file, old.st_uid, static_cast<gid_t>(-1));
+
+    mode_t permissions = old.st_mode & 07777;
+    std::optional<std::string> accessList = ReadAttribute(oldPath, AccessList);
+    if (!hasOwner)
+        permissions &= ~static_cast<mode_t>(S_ISUID);
+    if (!hasGroup) {
+        // The members of the old group are now among the others, and the members of the new group were among the
+        // others. Neither may gain a permission. An access list may deny permissions to members of either.
+        const mode_t shared = accessList ? 0 : permissions >> 3 & permissions & 07;
+        permissions = (permissions & (S_ISUID | S_ISVTX | S_IRWXU)) | shared << 3 | shared;
+        accessList.reset();
+    }
+    SetAccessList(file, accessList);
+    CopyOtherAttributes(oldPath, file);
+    // Comes last, because the calls above can clear some permissions.
+    SetPermissions(file, permissions);
+}
+
+class PosixTemporaryFile final : public TemporaryFile {
+public:
+    explicit PosixTemporaryFile(const std::filesystem::path& target)
+        : m_target(target),
+          m_folder(OpenFolder(target.parent_path())),
+          m_old(ReadTarget()),
+          m_file(CreateWithNewName([this](std::uint64_t number) { return CreateFile(number); }))
+    {}
+
+    ~PosixTemporaryFile() override
+    {
+        if (!m_isRenamed)
+            unlinkat(m_folder.Get(), m_name.data(), 0);
+        SetState(m_slot, SlotState::Free);
+    }
+
+    std::size_t OtherNames() const noexcept override
+    {
+        return m_old && m_old->st_nlink > 1 ? static_cast<std::size_t>(m_old->st_nlink - 1) : 0;
+    }
+
+    void Write(std::string_view bytes) override
+    {
+        while (!bytes.empty()) {
+            const ssize_t count = write(m_file.Get(), bytes.data(), bytes.size());
+            if (count >= 0)
+                bytes.remove_prefix(static_cast<std::size_t>(count));
+            else
+                Check(errno == EINTR);
+        }
+    }
+
+    void ReplaceTarget() override
+    {
+        if (m_old)
+            CopyProperties(*m_old, m_target.string(), m_file.Get());
+        // Flush before the old file is replaced: some file systems report a full disk only here.
+        Check(fsync(m_file.Get()) == 0);
+        m_file.Close();
+        if (renameat(m_folder.Get(), m_name.data(), m_folder.Get(), m_target.filename().c_str()) != 0) {
+            const int error = errno;
+            WaitForEndOfProcess();
+            ThrowError(error);
+        }
+        m_isRenamed = true;
+        FlushFolder(m_folder.Get());
+    }
+
+    static Name NameOf(const Slot& slot) noexcept { return FormatName(slot.number); }
+
+private:
+    // Returns the status of the target if it exists. Throws if it may not be written.
+    std::optional<struct stat> ReadTarget() const
+    {
+        const std::filesystem::path name = m_target.filename();
+        struct stat status;
+        if (fstatat(m_folder.Get(), name.c_str(), &status, 0) != 0) {
+            Check(errno == ENOENT);
+            return std::nullopt;
+        }
+        // The kernel lets root write every file. A file that nobody may write was protected on purpose, so root must
+        // lift the protection first. An access list cannot grant more than the bits of the group.
+        const bool isProtected = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+        if (isProtected)
+            ThrowError(EACCES);
+        Check(faccessat(m_folder.Get(), name.c_str(), W_OK, AT_EACCESS) == 0);
+        return status;
+    }
+
+    // Creates the file and makes the entry in the table.
+    Handle CreateFile(std::uint64_t number)
+    {
+        m_name = FormatName(number);
+        // Nobody else may read a private document while it is being written.
+        const mode_t permissions = m_old ? 0600 : 0666;
+        {
+            const SignalBlock block;
+            m_slot = ClaimSlot(m_folder.Get(), number);
+            if (!removing) {
+                constexpr int access = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+                const int handle = openat(m_folder.Get(), m_name.data(), access, permissions);
+                SetState(m_slot, handle >= 0 ? SlotState::Created : SlotState::Free);
+                return Handle(handle);
+            }
+            SetState(m_slot, SlotState::Free);
+        }
+        WaitForEndOfProcess();
+        ThrowError(ECANCELED);
+    }
+
+    // Fixed after construction.
+    std::filesystem::path m_target;
+    Handle m_folder;
+    std::optional<struct stat> m_old;  // the status of the target; nothing if it does not exist
+    Name m_name{};
+    Slot* m_slot = nullptr;
+
+    Handle m_file;
+    bool m_isRenamed = false;
+};
+
+}  // namespace
+
+std::unique_ptr<TemporaryFile> TemporaryFile::CreateFor(const std::filesystem::path& target)
+{
+    return std::make_unique<PosixTemporaryFile>(target);
+}
+
+void TemporaryFile::RemoveAll() noexcept
+{
+    const int error = errno;
+    removing = true;
+    for (const Slot& slot : slots) {
+        // The limit is for network folders that do not answer.
+        for (int milliseconds = 0; slot.state == SlotState::Creating && milliseconds < LongestWait; ++milliseconds)
+            WaitOneMillisecond();
+        if (slot.state == SlotState::Created)
+            unlinkat(slot.folder, PosixTemporaryFile::NameOf(slot).data(), 0);
+    }
+    errno = error;
+}
