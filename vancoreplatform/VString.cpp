@@ -242,9 +242,15 @@ VString VString::join(const std::vector<VString>& parts, const VString& separato
 
 std::string VString::toStdString() const
 {
-    const std::u16string_view text = View();
     std::string result;
-    result.reserve(CountUtf8(text));
+    result.reserve(CountUtf8(View()));
+    AppendTo(result);
+    return result;
+}
+
+void VString::AppendTo(std::string& utf8) const
+{
+    const std::u16string_view text = View();
     // Writes into a small buffer and appends it, because resizing the result would first fill it with zeros.
     constexpr std::size_t longestBlock = 3 * (AsciiBlock + 1);
     char buffer[4096];
@@ -262,12 +268,11 @@ std::string VString::toStdString() const
                 out = WriteUtf8(out, NextCodePoint(text, position));
         }
         if (out > full) {
-            result.append(buffer, static_cast<std::size_t>(out - buffer));
+            utf8.append(buffer, static_cast<std::size_t>(out - buffer));
             out = buffer;
         }
     }
-    result.append(buffer, static_cast<std::size_t>(out - buffer));
-    return result;
+    utf8.append(buffer, static_cast<std::size_t>(out - buffer));
 }
 
 VString& VString::operator+=(char16_t unit)

@@ -58,6 +58,8 @@ public:
 
     // Returns UTF-8. An unpaired surrogate becomes U+FFFD.
     std::string toStdString() const;
+    // Appends what toStdString returns. Linear.
+    void AppendTo(std::string& utf8) const;
     const QString& ToQString() const noexcept { return m_text; }
     // Returns the code units, followed by a NUL. The pointer is valid until the string is changed or destroyed.
     const char16_t* utf16() const noexcept { return reinterpret_cast<const char16_t*>(m_text.constData()); }

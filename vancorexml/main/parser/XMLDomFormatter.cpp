@@ -5,6 +5,7 @@
 #include "vancorexml/main/parser/Base64.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
+#include "vancorexml/main/parser/XMLFileFormatter.h"
 #include "vancorexml/main/parser/XMLStringFormatter.h"
 #include "vansys/LogicException.h"
 
@@ -53,6 +54,14 @@ VString Render(const Source& source, VString* comment, bool header)
     writer.SetFormatMode(FormatModeContent);
     XMLFormatter::FormatDOM(writer, source, comment, header);
     return writer.GetOutput();
+}
+
+template <typename Source>
+void Save(const Source& source, const VPath& path, VString* comment, bool header)
+{
+    XMLFileFormatter writer(path);
+    XMLFormatter::FormatDOM(writer, source, comment, header);
+    writer.Commit();
 }
 
 }  // namespace
@@ -196,6 +205,16 @@ VString XMLDomFormatter::RenderAsXMLString(const DOM& document, VString* comment
 VString XMLDomFormatter::RenderAsXMLString(const DOMElement& element, VString* comment, bool header)
 {
     return Render(element, comment, header);
+}
+
+void XMLDomFormatter::SaveAsXMLFile(const DOM& document, const VPath& path, VString* comment, bool header)
+{
+    Save(document, path, comment, header);
+}
+
+void XMLDomFormatter::SaveAsXMLFile(const DOMElement& element, const VPath& path, VString* comment, bool header)
+{
+    Save(element, path, comment, header);
 }
 
 DOM& XMLDomFormatter::Document() const

@@ -11,6 +11,7 @@
 
 class DOM;
 class DOMElement;
+class VPath;
 
 // A writer that builds a document instead of text, so code that writes through an XMLFormatter can
 // also build a tree. Comments and the header are stored beside the tree. The class also renders
@@ -79,6 +80,13 @@ public:
     // if the text is too long for a VString.
     static VString RenderAsXMLString(const DOM& document, VString* comment, bool header);
     static VString RenderAsXMLString(const DOMElement& element, VString* comment, bool header);
+
+    // These write the text of RenderAsXMLString to a file, as UTF-8 without a byte order mark. The text has no limit
+    // of length. They replace an existing file as FileReplacement does: if a step fails, they throw VIO::Exception with
+    // the reason of the system, the old file is unchanged, and no temporary file remains. Memory: a fixed size, plus
+    // the longest attribute value and the indentation of the deepest element.
+    static void SaveAsXMLFile(const DOM& document, const VPath& path, VString* comment, bool header);
+    static void SaveAsXMLFile(const DOMElement& element, const VPath& path, VString* comment, bool header);
 
 protected:
     // Continues to build `document`, which must not be null.

@@ -172,11 +172,6 @@ VString Encode(const VString& text, const EscapeTable& table, IsValid isValid)
     return writer.Release();
 }
 
-bool IsQuoted(const VString& text) noexcept
-{
-    return text.length() >= 2 && text[0] == u'"' && text[text.length() - 1] == u'"';
-}
-
 }  // namespace
 
 void InitMappingTableType(MappingTable& table, int kind)
@@ -233,16 +228,27 @@ VString EncodeAsCData(const VString& text)
 {
     static const VString open(u"<![CDATA[");
     static const VString close(u"]]>");
-    static const VString split(u"]]]]><![CDATA[>");
     static const VString quote(u"&quot;");
 
     const bool quoted = IsQuoted(text);
-    VString result = quoted ? quote + open + text.mid(1, text.length() - 2) : open + text;
-    result = result.replace(close, split);
+    VString result = quoted ? quote + open : open;
+    result += EncodeInsideCData(quoted ? text.mid(1, text.length() - 2) : text);
     result += close;
     if (quoted)
         result += quote;
     return result;
+}
+
+bool IsQuoted(const VString& text) noexcept
+{
+    return text.length() >= 2 && text[0] == u'"' && text[text.length() - 1] == u'"';
+}
+
+VString EncodeInsideCData(const VString& piece)
+{
+    static const VString close(u"]]>");
+    static const VString split(u"]]]]><![CDATA[>");
+    return piece.replace(close, split);
 }
 
 }  // namespace XMLEscaping
