@@ -1,0 +1,20 @@
+#include <iostream>
+
+#include "vancoreplatform/VIOException.h"
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/XMLDomFormatter.h"
+
+int main()
+{
+    DOMParser parser;
+    const auto shop = parser.ParseXmlString("<shop><item price='3'>Tea</item></shop>", "shop");
+    for (const char* path : {"saved-shop.xml", "no-such-folder/shop.xml"}) {
+        try {
+            XMLDomFormatter::SaveAsXMLFile(*shop, path, nullptr, true);
+            std::cout << parser.ParseXmlFile(path)->GetElement("item")->GetText() << "\n";
+        } catch (const VIO::Exception& exception) {
+            std::cout << exception.what() << "\n";
+        }
+    }
+}
