@@ -65,9 +65,12 @@ set(public_headers
     vancorexml/main/parser/DOMPathCanopy.h
     vancorexml/main/parser/ExtensionXmlTokens.h
     vancorexml/main/parser/FileInputSource.h
+    vancorexml/main/parser/FormulaNames.h
     vancorexml/main/parser/InputSource.h
     vancorexml/main/parser/InputSourceResetter.h
     vancorexml/main/parser/InputSourceUtils.h
+    vancorexml/main/parser/NameRetargeter.h
+    vancorexml/main/parser/NameRoles.h
     vancorexml/main/parser/OutputTuple.h
     vancorexml/main/parser/ParseDiagnostic.h
     vancorexml/main/parser/Parser.h

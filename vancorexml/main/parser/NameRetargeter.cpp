@@ -1,0 +1,176 @@
+#include "vancorexml/main/parser/NameRetargeter.h"
+
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/FormulaNames.h"
+
+namespace {
+
+bool IsXmlSpace(char16_t unit)
+{
+    return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
+}
+
+// Returns the text without white space at its ends, and with one blank in place of each run inside.
+VString Collapse(const VString& text)
+{
+    VString collapsed;
+    bool isBehindSpace = false;
+    for (const char16_t unit : text) {
+        if (!IsXmlSpace(unit)) {
+            if (isBehindSpace && !collapsed.IsEmpty())
+                collapsed += u' ';
+            collapsed += unit;
+        }
+        isBehindSpace = IsXmlSpace(unit);
+    }
+    return collapsed;
+}
+
+// Writes a local name in the style of `oldText`: with brackets, or without if the plain text means the same name.
+VString WriteLocalName(const FieldName& name, const VString& oldText, const VString& oldLocalName)
+{
+    const VString& plain = name.GetLocalValue();
+    const bool isPlain = oldText == oldLocalName && FieldName::ParseGlobal(plain) == FieldName(VString(), plain);
+    return isPlain ? plain : MakeLocalName(name).GetFullValue();
+}
+
+}  // namespace
+
+NameRetargeter::NameRetargeter(const NameRoles& roles, const DOM& tables) : m_roles(roles), m_tables(tables) {}
+
+NameRetargeter::~NameRetargeter() = default;
+
+void NameRetargeter::StartElement(const VString& name, const AttributeMap& attributes)
+{
+    OpenChild(name, attributes);
+    const OpenElement& element = m_open.back();
+    if (!element.type)
+        return;
+    for (const auto& [attribute, value] : attributes) {
+        const NameUse use = NameRoles::GetAttributeUse(*element.type, attribute, attributes);
+        RenameValue({element.number, attribute, 0, 0, use.isCollapsed}, value, use.role);
+    }
+}
+
+void NameRetargeter::OpenChild(const VString& name, const AttributeMap& attributes)
+{
+    OpenElement element;
+    element.number = m_elementCount++;
+    element.name = name;
+    if (m_open.empty()) {
+        element.type = m_roles.FindDocumentElement(name);
+    } else {
+        OpenElement& parent = m_open.back();
+        element.dataSource = parent.dataSource;
+        element.type = parent.type ? NameRoles::FindChild(*parent.type, name) : nullptr;
+        parent.textUse = NameUse();  // only an element without children has a text with a role
+    }
+    if (element.type) {
+        element.textUse = NameRoles::GetTextUse(*element.type, attributes);
+        for (const auto& [attribute, value] : attributes) {
+            const NameUse use = NameRoles::GetAttributeUse(*element.type, attribute, attributes);
+            if (use.role == NameRole::DataSource)
+                element.dataSource = use.isCollapsed ? Collapse(value) : value;
+        }
+    }
+    m_open.push_back(std::move(element));
+}
+
+void NameRetargeter::EndElement()
+{
+    const OpenElement& element = m_open.back();
+    RenameValue({element.number, VString(), 0, 0, element.textUse.isCollapsed}, element.text, element.textUse.role);
+    m_open.pop_back();
+}
+
+void NameRetargeter::Characters(const VString& text)
+{
+    if (!m_open.empty() && m_open.back().textUse.role != NameRole::None)
+        m_open.back().text += text;
+}
+
+void NameRetargeter::RenameValue(const NamePlace& place, const VString& value, NameRole role)
+{
+    const VString text = place.isCollapsed ? Collapse(value) : value;
+    NamePlace whole = place;
+    whole.length = text.View().size();
+    switch (role) {
+    case NameRole::None: break;
+    case NameRole::DataSource: RenameText(whole, role, text, m_tables.RenameDataSource(text)); break;
+    case NameRole::DataConnection: RenameText(whole, role, text, m_tables.RenameDataConnection(text)); break;
+    case NameRole::MapSource: RenameText(whole, role, text, m_tables.RenameMapSource(text)); break;
+    case NameRole::Caption: RenameText(whole, role, text, m_tables.GetCaptionRenameIfItExists(text)); break;
+    case NameRole::FilePath:
+        RenameText(whole, role, text, m_tables.GetPathRenames().RenamePath(VPath(text)).String());
+        break;
+    case NameRole::FieldName: RenameField(whole, text, FieldName::ParseGlobal(text)); break;
+    case NameRole::Formula: RenameFormula(whole, text); break;
+    }
+}
+
+void NameRetargeter::RenameFormula(NamePlace place, const VString& formula)
+{
+    for (const FormulaName& found : FindFormulaNames(formula)) {
+        place.offset = found.offset;
+        place.length = found.length;
+        RenameField(place, formula.mid(static_cast<int>(found.offset), static_cast<int>(found.length)), found.name);
+    }
+}
+
+void NameRetargeter::RenameText(const NamePlace& place, NameRole role, const VString& oldText, const VString& newText)
+{
+    if (oldText != newText)
+        m_changes.push_back({place, role, oldText, newText, newText});
+    NameChange change{place, role, oldText, newText, newText};
+    if (role == NameRole::Caption && !place.attribute.IsEmpty() && m_open.size() > 1) {
+        OpenElement& parent = m_open[m_open.size() - 2];
+        RequireUnique(parent.captions, {m_open.back().name, place.attribute, newText}, std::move(change));
+    } else if (role != NameRole::Caption && role != NameRole::FilePath) {
+        RequireUnique(m_names, {role, newText}, std::move(change));
+    }
+}
+
+VString NameRetargeter::RenameRoot(const VString& dataSource) const
+{
+    return dataSource == m_tables.GetProtectedDataSourceName() ? dataSource : m_tables.RenameDataSource(dataSource);
+}
+
+void NameRetargeter::RenameField(const NamePlace& place, const VString& text, const FieldName& name)
+{
+    if (name.IsEmpty())
+        return;
+    const bool isLocal = name.GetRootValue().IsEmpty();
+    const VString dataSource = isLocal ? m_open.back().dataSource : name.GetRootValue();
+    const FieldName oldName = MakeGlobalName(dataSource, name);
+    const FieldName newName = m_tables.RenameField(oldName);
+    const bool hasNewText = isLocal ? newName.GetLocalValue() != name.GetLocalValue() : newName != oldName;
+    const VString oldFull = oldName.GetFullValue();
+    const VString newFull = newName.GetFullValue();
+    if (hasNewText) {
+        m_changes.push_back({place,
+            NameRole::FieldName,
+            oldFull,
+            newFull,
+            isLocal ? WriteLocalName(newName, text, name.GetLocalValue()) : newFull});
+    }
+
+    // A local name stays in its data source, even if the new name has another.
+    const VString newDataSource = RenameRoot(dataSource);
+    const VString unique = isLocal ? MakeGlobalName(newDataSource, newName).GetFullValue() : newFull;
+    RequireUnique(m_names, {NameRole::FieldName, unique}, {place, NameRole::FieldName, oldFull, unique, VString()});
+    if (!dataSource.IsEmpty()) {
+        RequireUnique(m_names,
+            {NameRole::DataSource, newDataSource},
+            {place, NameRole::DataSource, dataSource, newDataSource, VString()});
+    }
+}
+
+template <typename Key>
+void NameRetargeter::RequireUnique(std::map<Key, VString>& names, const Key& key, NameChange&& change)
+{
+    const auto [entry, isNew] = names.try_emplace(key, change.oldName);
+    if (isNew || entry->second == change.oldName)
+        return;
+    if (m_reported.emplace(change.role, change.oldName, change.newName).second)
+        m_clashes.push_back({change.place, change.role, entry->second, change.oldName, change.newName});
+}
