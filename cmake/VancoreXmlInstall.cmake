@@ -88,6 +88,7 @@ set(public_headers
     vancorexml/main/parser/XMLParseException.h
     vancorexml/main/parser/XMLRangeTable.h
     vancorexml/main/parser/XMLSourceFormatter.h
+    vancorexml/main/parser/XMLSourceRetargeter.h
     vancorexml/main/parser/XMLStringFormatter.h
     vancorexml/main/parser/XMLUtils.h
     vancorexml/main/parser/XMLValueParsers.h

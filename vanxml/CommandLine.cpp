@@ -13,6 +13,7 @@
 #include "vanxml/ErrorLines.h"
 #include "vanxml/FormatCommand.h"
 #include "vanxml/QueryCommand.h"
+#include "vanxml/RetargetCommand.h"
 #include "vanxml/SchemaCommand.h"
 #include "vanxml/StandardStreams.h"
 #include "vanxml/ToolError.h"
@@ -27,6 +28,7 @@ Commands MakeCommands()
     Commands commands;
     commands.push_back(std::make_unique<FormatCommand>());
     commands.push_back(std::make_unique<CheckCommand>());
+    commands.push_back(std::make_unique<RetargetCommand>());
     commands.push_back(std::make_unique<QueryCommand>());
     commands.push_back(std::make_unique<VersionCommand>());
     commands.push_back(std::make_unique<SchemaCommand>());

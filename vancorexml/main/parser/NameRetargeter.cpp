@@ -120,13 +120,12 @@ void NameRetargeter::RenameFormula(NamePlace place, const VString& formula)
 void NameRetargeter::RenameText(const NamePlace& place, NameRole role, const VString& oldText, const VString& newText)
 {
     if (oldText != newText)
-        m_changes.push_back({place, role, oldText, newText, newText});
-    NameChange change{place, role, oldText, newText, newText};
+        m_changes.push_back({place, role, oldText, newText, oldText, newText});
     if (role == NameRole::Caption && !place.attribute.IsEmpty() && m_open.size() > 1) {
-        OpenElement& parent = m_open[m_open.size() - 2];
-        RequireUnique(parent.captions, {m_open.back().name, place.attribute, newText}, std::move(change));
+        const VString parent = VString::number(static_cast<std::uint64_t>(m_open[m_open.size() - 2].number));
+        RequireUnique(place, role, parent + " " + m_open.back().name + " " + place.attribute, oldText, newText);
     } else if (role != NameRole::Caption && role != NameRole::FilePath) {
-        RequireUnique(m_names, {role, newText}, std::move(change));
+        RequireUnique(place, role, VString(), oldText, newText);
     }
 }
 
@@ -151,26 +150,28 @@ void NameRetargeter::RenameField(const NamePlace& place, const VString& text, co
             NameRole::FieldName,
             oldFull,
             newFull,
+            text,
             isLocal ? WriteLocalName(newName, text, name.GetLocalValue()) : newFull});
     }
 
-    // A local name stays in its data source, even if the new name has another.
     const VString newDataSource = RenameRoot(dataSource);
+    const bool isUniqueRoot =
+        dataSource.IsEmpty() || RequireUnique(place, NameRole::DataSource, VString(), dataSource, newDataSource);
+    // If two data sources clash, that is reported, but not for each of their fields.
+    if (!isUniqueRoot)
+        return;
+    // A local name stays in its data source, even if the new name has another.
     const VString unique = isLocal ? MakeGlobalName(newDataSource, newName).GetFullValue() : newFull;
-    RequireUnique(m_names, {NameRole::FieldName, unique}, {place, NameRole::FieldName, oldFull, unique, VString()});
-    if (!dataSource.IsEmpty()) {
-        RequireUnique(m_names,
-            {NameRole::DataSource, newDataSource},
-            {place, NameRole::DataSource, dataSource, newDataSource, VString()});
-    }
+    RequireUnique(place, NameRole::FieldName, VString(), oldFull, unique);
 }
 
-template <typename Key>
-void NameRetargeter::RequireUnique(std::map<Key, VString>& names, const Key& key, NameChange&& change)
+bool NameRetargeter::RequireUnique(
+    const NamePlace& place, NameRole role, const VString& scope, const VString& oldName, const VString& newName)
 {
-    const auto [entry, isNew] = names.try_emplace(key, change.oldName);
-    if (isNew || entry->second == change.oldName)
-        return;
-    if (m_reported.emplace(change.role, change.oldName, change.newName).second)
-        m_clashes.push_back({change.place, change.role, entry->second, change.oldName, change.newName});
+    const VString& other = m_names.try_emplace(std::tuple(role, scope, newName), oldName).first->second;
+    if (other == oldName)
+        return true;
+    if (m_reported.emplace(role, oldName, newName).second)
+        m_clashes.push_back({place, role, other, oldName, newName});
+    return false;
 }

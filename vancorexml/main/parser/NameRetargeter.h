@@ -5,7 +5,6 @@
 #include <map>
 #include <set>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 #include "vancoredata/FieldName.h"
@@ -34,7 +33,8 @@ struct NameChange {
     NameRole role = NameRole::None;
     VString oldName;
     VString newName;
-    VString newText;  // replaces the name in the value; a local field name stays local
+    VString oldText;  // the name as it is written in the value
+    VString newText;  // replaces it; a local field name stays local
 };
 
 // Two different names that would both become `newName`. `place` is the first occurrence of `second`.
@@ -61,8 +61,8 @@ struct NameClash {
 //
 // Threads: one at a time.
 //
-// Cost: logarithmic in the number of different names, for each name. Memory grows with the number of
-// different names and of changes.
+// Cost: logarithmic in the number of different names, for each name. Memory grows with the number of different names,
+// of captions and of changes.
 //
 //     auto retargeter = std::make_shared<NameRetargeter>(roles, tables);
 //     XercesXMLParser::Create(document, retargeter)->Parse();
@@ -90,8 +90,6 @@ private:
         VString dataSource;  // of field names without a data source
         NameUse textUse;
         VString text;
-        // The captions of the children, from new to old, by element and attribute.
-        std::map<std::tuple<VString, VString, VString>, VString> captions;
     };
 
     void OpenChild(const VString& name, const AttributeMap& attributes);
@@ -102,9 +100,9 @@ private:
     void RenameText(const NamePlace& place, NameRole role, const VString& oldText, const VString& newText);
     VString RenameRoot(const VString& dataSource) const;
 
-    // Records a clash if another name than `oldName` has become `newName`.
-    template <typename Key>
-    void RequireUnique(std::map<Key, VString>& names, const Key& key, NameChange&& change);
+    // Records a clash and returns false if another name of the scope than `oldName` has become `newName`.
+    bool RequireUnique(
+        const NamePlace& place, NameRole role, const VString& scope, const VString& oldName, const VString& newName);
 
     const NameRoles& m_roles;
     const DOM& m_tables;
@@ -112,6 +110,6 @@ private:
     std::size_t m_elementCount = 0;
     std::vector<NameChange> m_changes;
     std::vector<NameClash> m_clashes;
-    std::set<std::tuple<NameRole, VString, VString>> m_reported;  // role, old and new name of the clashes
-    std::map<std::pair<NameRole, VString>, VString> m_names;      // from role and new name to old name
+    std::set<std::tuple<NameRole, VString, VString>> m_reported;        // role, old and new name of the clashes
+    std::map<std::tuple<NameRole, VString, VString>, VString> m_names;  // from role, scope and new name to old name
 };

@@ -1,0 +1,343 @@
+#include "vancorexml/main/parser/XMLSourceRetargeter.h"
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "vancoreplatform/VFormatString.h"
+#include "vancorexml/main/parser/BorrowedInputSource.h"
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMElementTraversal.h"
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/WrittenValue.h"
+#include "vancorexml/main/parser/XMLComparison.h"
+#include "vancorexml/main/parser/XMLTokenReader.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
+#include "vansys/VantoraException.h"
+
+namespace {
+
+using Runs = std::vector<WrittenValue::Run>;
+
+bool IsXmlSpace(char16_t unit)
+{
+    return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
+}
+
+// The part of a value that a name takes, in UTF-16 code units.
+struct Part {
+    std::size_t offset;
+    std::size_t length;
+};
+
+// A collapsed name takes everything except the white space at the ends.
+Part FindPart(const NamePlace& place, std::u16string_view value)
+{
+    if (!place.isCollapsed)
+        return {place.offset, place.length};
+    std::size_t begin = 0;
+    std::size_t end = value.size();
+    while (begin < end && IsXmlSpace(value[begin]))
+        ++begin;
+    while (end > begin && IsXmlSpace(value[end - 1]))
+        --end;
+    return {begin, end - begin};
+}
+
+// Finds the bytes of names in a document.
+class NameLocator {
+public:
+    explicit NameLocator(std::string_view text) : m_text(text) {}
+
+    // Returns the bytes of each name, or no runs for a name that comes from an entity or a default value. The places
+    // must be in the order of the elements. Returns nothing if the document has not `elementCount` start tags, because
+    // the numbers of the elements then mean other elements.
+    std::vector<Runs> Locate(const std::vector<NamePlace>& places, std::size_t elementCount)
+    {
+        std::vector<Runs> located(places.size());
+        XMLTokenReader reader(m_text);
+        std::size_t count = 0;
+        std::size_t next = 0;
+        for (XMLToken token; reader.Next(token);) {
+            if (token.kind != XMLToken::Kind::StartTag)
+                continue;
+            const std::size_t element = count++;
+            if (next == places.size() || places[next].element != element)
+                continue;
+            const WrittenValue text = ReadText(reader, token);
+            for (; next < places.size() && places[next].element == element; ++next)
+                located[next] = places[next].attribute.IsEmpty() ? FindRuns(text, places[next])
+                                                                 : FindInAttribute(token, places[next]);
+        }
+        return count == elementCount ? located : std::vector<Runs>();
+    }
+
+private:
+    // Reads the text behind a start tag. It ends at the next tag, which must not be lost for the caller, so this
+    // function reads with a copy of the reader.
+    WrittenValue ReadText(XMLTokenReader reader, const XMLToken& startTag) const
+    {
+        WrittenValue value(m_text);
+        if (startTag.isEmpty)
+            return value;
+        for (XMLToken token; reader.Next(token);) {
+            if (token.kind == XMLToken::Kind::StartTag || token.kind == XMLToken::Kind::EndTag)
+                break;
+            if (token.kind == XMLToken::Kind::Text)
+                value.Append(token.text, WrittenValue::Form::Text, '\0');
+            else if (token.kind == XMLToken::Kind::CData)
+                value.Append(CDataContent(token.text), WrittenValue::Form::CData, '\0');
+        }
+        return value;
+    }
+
+    static std::string_view CDataContent(std::string_view token)
+    {
+        constexpr std::string_view opening = "<![CDATA[";
+        constexpr std::string_view closing = "]]>";
+        return token.substr(opening.size(), token.size() - opening.size() - closing.size());
+    }
+
+    Runs FindInAttribute(const XMLToken& token, const NamePlace& place) const
+    {
+        const std::string name = place.attribute.toStdString();
+        XMLAttributeReader reader(token);
+        for (XMLAttributeToken attribute; reader.Next(attribute);) {
+            if (attribute.name != name)
+                continue;
+            WrittenValue value(m_text);
+            value.Append(attribute.value, WrittenValue::Form::Attribute, attribute.quote);
+            return FindRuns(value, place);
+        }
+        return {};  // a default value
+    }
+
+    static Runs FindRuns(const WrittenValue& value, const NamePlace& place)
+    {
+        const Part part = FindPart(place, value.GetUnits());
+        const bool isInside = part.length > 0 && part.offset + part.length <= value.GetUnits().size();
+        return value.HasEntity() || !isInside ? Runs() : value.FindRuns(part.offset, part.length);
+    }
+
+    std::string_view m_text;
+};
+
+// Counts lines and columns up to offsets that only grow.
+class PositionCounter {
+public:
+    explicit PositionCounter(std::string_view text) : m_text(text) {}
+
+    void MoveTo(std::size_t offset)
+    {
+        for (; m_offset < offset; ++m_offset) {
+            const unsigned char byte = static_cast<unsigned char>(m_text[m_offset]);
+            const bool isLineEnd = byte == '\n' || (byte == '\r' && !m_text.substr(m_offset + 1).starts_with('\n'));
+            if (isLineEnd) {
+                ++line;
+                column = 1;
+            } else if (byte < 0x80 || byte >= 0xC0) {
+                column += byte >= 0xF0 ? 2 : 1;
+            }
+        }
+    }
+
+    std::size_t line = 1;
+    std::size_t column = 1;
+
+private:
+    std::string_view m_text;
+    std::size_t m_offset = 0;
+};
+
+// A change and the bytes of its name.
+struct NameEdit {
+    const NameChange* change;
+    Runs runs;
+};
+
+std::vector<NamePlace> PlacesOf(const std::vector<NameChange>& changes)
+{
+    std::vector<NamePlace> places;
+    for (const NameChange& change : changes)
+        places.push_back(change.place);
+    return places;
+}
+
+[[noreturn]] void RefuseEntity(const NameChange& change)
+{
+    throw VantoraException(VFormatString("\"%1\" cannot become \"%2\" where it comes from an entity or a default value")
+                               .arg(change.oldName)
+                               .arg(change.newName),
+        VError::ErrorInfo(VantoraError::MakeError(0x3D90B6E2, "VantoraException_NameInEntity_0x3D90B6E2")));
+}
+
+// Returns the edits in the order of the text.
+std::vector<NameEdit> FindEdits(
+    const std::string& text, const std::vector<NameChange>& changes, std::size_t elementCount)
+{
+    std::vector<Runs> located = NameLocator(text).Locate(PlacesOf(changes), elementCount);
+    located.resize(changes.size());
+    std::vector<NameEdit> edits;
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        if (located[i].empty())
+            RefuseEntity(changes[i]);
+        edits.push_back({&changes[i], std::move(located[i])});
+    }
+    std::sort(edits.begin(), edits.end(), [](const NameEdit& a, const NameEdit& b) {
+        return a.runs.front().offset < b.runs.front().offset;
+    });
+    return edits;
+}
+
+// Replaces the first run of each name by the new text, and removes its other runs.
+EditedText ApplyEdits(
+    const std::string& text, const std::vector<NameEdit>& edits, const std::function<bool(char32_t)>& canEncode)
+{
+    EditedText result;
+    result.text.reserve(text.size());
+    std::size_t position = 0;
+    for (const NameEdit& edit : edits) {
+        for (const WrittenValue::Run& run : edit.runs) {
+            const bool isFirst = &run == &edit.runs.front();
+            const std::u16string_view newText = isFirst ? edit.change->newText.View() : std::u16string_view();
+            result.edits.push_back({run.offset, run.length, WrittenValue::Escape(newText, run, canEncode)});
+            result.text.append(text, position, run.offset - position);
+            result.text += result.edits.back().replacement;
+            position = run.End();
+        }
+    }
+    result.text.append(text, position, std::string::npos);
+    return result;
+}
+
+std::unique_ptr<DOM> ParseTree(const std::string& text)
+{
+    BorrowedInputSource source(text, VString(), true, TextEncoding::Utf8);
+    return DOMParser().ParseXmlInputSource(source, true);
+}
+
+void ApplyToValue(VString& value, const NameChange& change)
+{
+    const Part part = FindPart(change.place, value.View());
+    value = value.left(static_cast<int>(part.offset)) + change.newText +
+        value.mid(static_cast<int>(part.offset + part.length));
+}
+
+// Applies the changes, which are in the order of the elements, to the tree of the document.
+void ApplyToTree(DOM& document, const std::vector<NameChange>& changes)
+{
+    std::size_t number = 0;
+    std::size_t next = 0;
+    for (DOMElement& element : DOMElementTraversal::MutablePreorderTraversal(*document.GetDocumentRoot())) {
+        std::size_t end = next;
+        while (end < changes.size() && changes[end].place.element == number)
+            ++end;
+        // From the last to the first, because the offsets are those of the old value.
+        for (std::size_t i = end; i-- > next;) {
+            const VString& attribute = changes[i].place.attribute;
+            VString value = attribute.IsEmpty() ? element.GetText() : element.GetAttribute(attribute);
+            ApplyToValue(value, changes[i]);
+            if (attribute.IsEmpty())
+                element.SetText(value);
+            else
+                element.SetAttribute(attribute, value);
+        }
+        next = end;
+        ++number;
+    }
+}
+
+void Verify(const std::string& text, const std::string& result, const std::vector<NameChange>& changes)
+{
+    const std::unique_ptr<DOM> expected = ParseTree(text);
+    ApplyToTree(*expected, changes);
+    const std::unique_ptr<DOM> actual = ParseTree(result);
+    if (actual->HasErrors() || *actual != *expected)
+        throw XMLVerificationError("The retargeted document would not have the expected content");
+}
+
+RenamedName Describe(const NameChange& change, const PositionCounter& position)
+{
+    return {change.role, change.oldName, change.newName, position.line, position.column};
+}
+
+std::vector<ClashingName> DescribeClashes(
+    const std::string& text, const std::vector<NameClash>& clashes, std::size_t elementCount)
+{
+    std::vector<NamePlace> places;
+    for (const NameClash& clash : clashes)
+        places.push_back(clash.place);
+    std::vector<Runs> located = NameLocator(text).Locate(places, elementCount);
+    located.resize(clashes.size());
+    std::vector<ClashingName> names;
+    for (std::size_t i = 0; i < clashes.size(); ++i) {
+        ClashingName name;
+        name.role = clashes[i].role;
+        name.oldName = clashes[i].second;
+        name.newName = clashes[i].newName;
+        name.other = clashes[i].first;
+        if (!located[i].empty()) {
+            PositionCounter position(text);
+            position.MoveTo(located[i].front().offset);
+            name.line = position.line;
+            name.column = position.column;
+        }
+        names.push_back(name);
+    }
+    return names;
+}
+
+bool HasErrors(const std::vector<ParseDiagnostic>& diagnostics)
+{
+    return std::any_of(diagnostics.begin(), diagnostics.end(), [](const ParseDiagnostic& diagnostic) {
+        return diagnostic.severity != ParseDiagnostic::Severity::Warning;
+    });
+}
+
+}  // namespace
+
+XMLSourceRetargeter::XMLSourceRetargeter(const NameRoles& roles, const DOM& tables)
+    : XMLSourceRetargeter(roles, tables, Options())
+{}
+
+XMLSourceRetargeter::XMLSourceRetargeter(const NameRoles& roles, const DOM& tables, Options options)
+    : m_roles(roles),
+      m_tables(tables),
+      m_options(std::move(options))
+{}
+
+XMLSourceRetargeter::~XMLSourceRetargeter() = default;
+
+std::optional<EditedText> XMLSourceRetargeter::Retarget(const std::string& text, const VString& id)
+{
+    m_renamedNames.clear();
+    m_clashes.clear();
+    BorrowedInputSource source(text, id, true, TextEncoding::Utf8);
+    const auto retargeter = std::make_shared<NameRetargeter>(m_roles, m_tables);
+    const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, retargeter);
+    parser->Parse();
+    m_diagnostics = parser->GetDiagnostics();
+    if (HasErrors(m_diagnostics))
+        return std::nullopt;
+    if (!retargeter->GetClashes().empty()) {
+        m_clashes = DescribeClashes(text, retargeter->GetClashes(), retargeter->GetElementCount());
+        return std::nullopt;
+    }
+    const std::vector<NameChange>& changes = retargeter->GetChanges();
+    return changes.empty() ? EditedText{text, {}} : Edit(text, changes, retargeter->GetElementCount());
+}
+
+EditedText XMLSourceRetargeter::Edit(
+    const std::string& text, const std::vector<NameChange>& changes, std::size_t elementCount)
+{
+    const std::vector<NameEdit> edits = FindEdits(text, changes, elementCount);
+    EditedText result = ApplyEdits(text, edits, m_options.canEncode);
+    Verify(text, result.text, changes);
+    PositionCounter position(text);
+    for (const NameEdit& edit : edits) {
+        position.MoveTo(edit.runs.front().offset);
+        m_renamedNames.push_back(Describe(*edit.change, position));
+    }
+    return result;
+}
