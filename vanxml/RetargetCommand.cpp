@@ -6,9 +6,10 @@
 #include <utility>
 
 #include "vancoredata/VResource.h"
-#include "vancoreplatform/TextEncoding.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vanxml/DocumentText.h"
+#include "vanxml/EncodedEdits.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/SchemaSelection.h"
 #include "vanxml/StandardStreams.h"
@@ -168,8 +169,8 @@ RewrittenDocument RetargetCommand::Rewrite(const VString& name, const std::strin
 
 RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::string& bytes) const
 {
-    const DecodedText decoded = DecodeToUtf8(std::string(bytes), name, true);
-    const std::string& text = decoded.text;
+    const DocumentText document(name, bytes);
+    const std::string& text = document.Text();
     const std::unique_ptr<StringInputSource> source = StringInputSource::FromUtf8(std::string(text), name, true);
     const SchemaSelection selection = SelectSchema(*source);
     if (!selection.problem.IsEmpty())
@@ -179,8 +180,11 @@ RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::stri
     if (HasErrors(diagnostics))
         return Fail(name, diagnostics, ExitStatus::Faulty);
 
-    XMLSourceRetargeter retargeter(GetRoles(selection.schema.name), m_tables.GetTables());
-    const std::optional<EditedText> renamed = retargeter.Retarget(text, name);
+    EncodedEdits edits(name, bytes, document);
+    XMLSourceRetargeter::Options options;
+    options.canEncode = [&](char32_t character) { return edits.CanEncode(character); };
+    XMLSourceRetargeter retargeter(GetRoles(selection.schema.name), m_tables.GetTables(), options);
+    std::optional<EditedText> renamed = retargeter.Retarget(text, name);
     RewrittenDocument result;
     for (const ClashingName& clash : retargeter.GetClashes()) {
         result.lines += FormatErrorLine(Place(name, clash), DescribeClash(clash));
@@ -201,7 +205,7 @@ RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::stri
         m_tables.MarkUsed(each);
         result.lines += FormatErrorLine(Place(name, each), Describe(each));
     }
-    result.bytes = renamed->text;
+    result.bytes = edits.Apply(std::move(*renamed));
     return result;
 }
 

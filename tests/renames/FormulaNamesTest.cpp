@@ -6,13 +6,13 @@
 
 namespace {
 
-struct Row {
+struct FormulaRow {
     const char* name;
     const char* formula;
     const char* found;  // the written names with their offsets, as "4:[Sales]", separated by blanks
 };
 
-void PrintTo(const Row& row, std::ostream* out)
+void PrintTo(const FormulaRow& row, std::ostream* out)
 {
     *out << row.formula;
 }
@@ -28,14 +28,14 @@ std::string Find(const VString& formula)
     return found;
 }
 
-class FormulaNamesTest : public testing::TestWithParam<Row> {};
+class FormulaNamesTest : public testing::TestWithParam<FormulaRow> {};
 
 TEST_P(FormulaNamesTest, FindsNames)
 {
     EXPECT_EQ(Find(GetParam().formula), GetParam().found);
 }
 
-const Row rows[] = {
+const FormulaRow FormulaRows[] = {
     {"Empty", "", ""},
     {"NoNames", "1 + SUM(2)", ""},
     {"LocalNames", "SUM([Profit]) / SUM([Sales])", "4:[Profit] 20:[Sales]"},
@@ -72,8 +72,9 @@ const Row rows[] = {
     {"CharactersBeyondTheBasicPlane", "'\xF0\x9F\x98\x80' + [b]", "7:[b]"},
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, FormulaNamesTest, testing::ValuesIn(rows), [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Rows, FormulaNamesTest, testing::ValuesIn(FormulaRows), [](const auto& row) {
+    return std::string(row.param.name);
+});
 
 TEST(FormulaNamesCostTest, ManyUnfinishedPartsTakeLinearTime)
 {

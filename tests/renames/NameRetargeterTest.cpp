@@ -55,21 +55,21 @@ FieldName Field(const char* text)
     return FieldName::ParseGlobal(text);
 }
 
-const std::string analysis = "<analysis version='18.1'>"                                               // element 0
-                             "<data-sources>"                                                          // 1
-                             "<data-source name=' orders ' caption='Orders'>"                          // 2
-                             "<connection class='text-file' filename='C:\\in\\a.csv'/>"                // 3
-                             "<column name='Sales' caption='Umsatz'/>"                                 // 4
-                             "<column name='[Margin]' caption='Marge'>"                                // 5
-                             "<calculation formula=\"[Sales] / [plan].[Sales] + '[Sales]'\"/>"         // 6
-                             "</column></data-source>"                                                 //
-                             "<data-source name='plan'><column name='Sales' caption='Umsatz'/>"        // 7, 8
-                             "</data-source></data-sources>"                                           //
-                             "<map-sources><map-source name='tiles'/></map-sources>"                   // 9, 10
-                             "<views><view name='v' data-source='orders'>"                             // 11, 12
-                             "<rows>[orders].[Sales] * [Sales] * [plan].[Sales]</rows>"                // 13
-                             "<filter field='[orders].[Sales]'/><filter field='[ orders ].[Sales]'/>"  // 14, 15
-                             "</view></views></analysis>";
+const std::string AnalysisText = "<analysis version='18.1'>"                                               // element 0
+                                 "<data-sources>"                                                          // 1
+                                 "<data-source name=' orders ' caption='Orders'>"                          // 2
+                                 "<connection class='text-file' filename='C:\\in\\a.csv'/>"                // 3
+                                 "<column name='Sales' caption='Umsatz'/>"                                 // 4
+                                 "<column name='[Margin]' caption='Marge'>"                                // 5
+                                 "<calculation formula=\"[Sales] / [plan].[Sales] + '[Sales]'\"/>"         // 6
+                                 "</column></data-source>"                                                 //
+                                 "<data-source name='plan'><column name='Sales' caption='Umsatz'/>"        // 7, 8
+                                 "</data-source></data-sources>"                                           //
+                                 "<map-sources><map-source name='tiles'/></map-sources>"                   // 9, 10
+                                 "<views><view name='v' data-source='orders'>"                             // 11, 12
+                                 "<rows>[orders].[Sales] * [Sales] * [plan].[Sales]</rows>"                // 13
+                                 "<filter field='[orders].[Sales]'/><filter field='[ orders ].[Sales]'/>"  // 14, 15
+                                 "</view></views></analysis>";
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -78,7 +78,7 @@ using testing::UnorderedElementsAre;
 TEST(NameRetargeterTest, RenamesADataSourceWhereItIsNamedAndInFields)
 {
     const Result result =
-        Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) { tables.AddDataSourceRename("orders", "sales"); });
+        Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) { tables.AddDataSourceRename("orders", "sales"); });
     EXPECT_THAT(result.changes,
         ElementsAre("2@name 0+6: orders -> sales = sales",
             "12@data-source 0+6: orders -> sales = sales",
@@ -90,7 +90,7 @@ TEST(NameRetargeterTest, RenamesADataSourceWhereItIsNamedAndInFields)
 
 TEST(NameRetargeterTest, RenamesAFieldOfItsDataSourceOnly)
 {
-    const Result result = Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) {
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
         tables.AddFieldRename(Field("[orders].[Sales]"), Field("[orders].[Net]"));
     });
     EXPECT_THAT(result.changes,
@@ -103,7 +103,7 @@ TEST(NameRetargeterTest, RenamesAFieldOfItsDataSourceOnly)
 
 TEST(NameRetargeterTest, FieldRenamesApplyUnderTheNewNameOfTheDataSource)
 {
-    const Result result = Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) {
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
         tables.AddDataSourceRename("plan", "p");
         tables.AddFieldRename(Field("[p].[Sales]"), Field("[p].[Net]"));
         tables.AddFieldRename(Field("[plan].[Sales]"), Field("[plan].[Gross]"));
@@ -117,7 +117,7 @@ TEST(NameRetargeterTest, FieldRenamesApplyUnderTheNewNameOfTheDataSource)
 
 TEST(NameRetargeterTest, BracketedLocalNamesStayBracketed)
 {
-    const Result result = Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) {
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
         tables.AddFieldRename(Field("[orders].[Margin]"), Field("[orders].[Gain]"));
     });
     EXPECT_THAT(result.changes, ElementsAre("5@name 0+8: [orders].[Margin] -> [orders].[Gain] = [Gain]"));
@@ -125,7 +125,7 @@ TEST(NameRetargeterTest, BracketedLocalNamesStayBracketed)
 
 TEST(NameRetargeterTest, PlainLocalNameGetsBracketsIfItWouldMeanAnotherName)
 {
-    const Result result = Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) {
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
         tables.AddFieldRename(Field("[plan].[Sales]"), FieldName("plan", "[x]"));
     });
     EXPECT_THAT(result.changes, testing::Contains("8@name 0+5: [plan].[Sales] -> [plan].[[x]]] = [[x]]]"));
@@ -133,7 +133,7 @@ TEST(NameRetargeterTest, PlainLocalNameGetsBracketsIfItWouldMeanAnotherName)
 
 TEST(NameRetargeterTest, FieldsOfTheProtectedDataSourceStay)
 {
-    const Result result = Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) {
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
         tables.SetProtectedDataSourceName("orders");
         tables.AddFieldRename(Field("[orders].[Sales]"), Field("[orders].[Net]"));
         tables.AddFieldRename(Field("[plan].[Sales]"), Field("[plan].[Net]"));
@@ -146,7 +146,7 @@ TEST(NameRetargeterTest, FieldsOfTheProtectedDataSourceStay)
 
 TEST(NameRetargeterTest, RenamesCaptionsMapSourcesAndPaths)
 {
-    const Result result = Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) {
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
         tables.AddCaptionRename("Marge", "Margin");
         tables.AddMapSourceRename("tiles", "streets");
         PathRenames paths;
@@ -209,13 +209,13 @@ TEST(NameRetargeterTest, UndeclaredElementsHaveNoNames)
 TEST(NameRetargeterTest, DataSourcesClash)
 {
     const Result result =
-        Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) { tables.AddDataSourceRename("plan", "orders"); });
+        Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) { tables.AddDataSourceRename("plan", "orders"); });
     EXPECT_THAT(result.clashes, ElementsAre("6@formula: orders, plan -> orders"));
 }
 
 TEST(NameRetargeterTest, FieldsClashWithFieldsThatAreOnlyReferredTo)
 {
-    const Result result = Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) {
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
         tables.AddFieldRename(Field("[orders].[Margin]"), Field("[orders].[Sales]"));
     });
     EXPECT_THAT(result.clashes, ElementsAre("5@name: [orders].[Sales], [orders].[Margin] -> [orders].[Sales]"));
@@ -224,9 +224,10 @@ TEST(NameRetargeterTest, FieldsClashWithFieldsThatAreOnlyReferredTo)
 TEST(NameRetargeterTest, CaptionsClashAmongSiblingsOnly)
 {
     const auto rename = [](DOM& tables) { tables.AddCaptionRename("Marge", "Umsatz"); };
-    EXPECT_THAT(Retarget(XmlFileTypeKXA, analysis, rename).clashes, ElementsAre("5@caption: Umsatz, Marge -> Umsatz"));
+    EXPECT_THAT(
+        Retarget(XmlFileTypeKXA, AnalysisText, rename).clashes, ElementsAre("5@caption: Umsatz, Marge -> Umsatz"));
     const auto renameOther = [](DOM& tables) { tables.AddCaptionRename("Orders", "Umsatz"); };
-    EXPECT_THAT(Retarget(XmlFileTypeKXA, analysis, renameOther).clashes, IsEmpty());
+    EXPECT_THAT(Retarget(XmlFileTypeKXA, AnalysisText, renameOther).clashes, IsEmpty());
 }
 
 TEST(NameRetargeterTest, EqualCaptionsDoNotClash)
@@ -240,7 +241,7 @@ TEST(NameRetargeterTest, EqualCaptionsDoNotClash)
 
 TEST(NameRetargeterTest, SwappedNamesDoNotClash)
 {
-    const Result result = Retarget(XmlFileTypeKXA, analysis, [](DOM& tables) {
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
         tables.AddDataSourceRename("plan", "orders");
         tables.AddDataSourceRename("orders", "plan");
     });
