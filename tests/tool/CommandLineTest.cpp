@@ -92,6 +92,7 @@ const Usage HelpOptions[] = {
     {"Format", {"format", "--help"}},
     {"Check", {"check", "--help"}},
     {"Query", {"query", "--help"}},
+    {"Retarget", {"retarget", "--help"}},
     {"Version", {"version", "--help"}},
     {"Schema", {"schema", "--help"}},
 };
