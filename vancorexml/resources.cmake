@@ -22,8 +22,9 @@ embed(VQRC_FILEFORMAT_XHTML_DTD "${resources}/xhtml.dtd")
 
 # All versions of the schema of a document type are generated from one source, so that they cannot differ by accident.
 # The sources include these shared parts.
-set(schema_parts alias-keys binary caption column common connection data-connection-name data-source-name field-name
-    field-reference field-types file-path flag formula map-source-name non-empty non-empty-file-path option-names text url)
+set(schema_parts
+    alias-keys binary caption column common connection data-connection-name data-source-name field-name field-reference
+    field-types file-path flag formula map-source-name non-empty non-empty-file-path option-names text url)
 list(TRANSFORM schema_parts PREPEND "${resources}/")
 list(TRANSFORM schema_parts APPEND ".xsd.in")
 set(expand_schema "${CMAKE_CURRENT_LIST_DIR}/expand-schema.cmake")

@@ -37,7 +37,7 @@ private:
         std::size_t length = std::min(m_text.find_first_of(",\n"), m_text.size());
         if (length < m_text.size() && m_text[length] == '\n' && length > 0 && m_text[length - 1] == '\r')
             --length;
-        const std::string field(m_text.substr(0, length));
+        std::string field(m_text.substr(0, length));
         if (field.find('"') != std::string::npos)
             Fail("A quote is inside a field that does not begin with one");
         m_text.remove_prefix(length);

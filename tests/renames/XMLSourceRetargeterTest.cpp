@@ -186,8 +186,8 @@ const EditRow EditRows[] = {
     {"DocumentWithoutTheName", RenameOrders, WithRows("[plan].[a]"), WithRows("[plan].[a]")},
     {"EntityInAnotherValue",
         RenameOrders,
-        "<!DOCTYPE analysis [<!ENTITY e 'x'>]><analysis><views><view name='&e;' data-source='orders'/></views></analysis>",
-        "<!DOCTYPE analysis [<!ENTITY e 'x'>]><analysis><views><view name='&e;' data-source='sales'/></views></analysis>"},
+        "<!DOCTYPE analysis [<!ENTITY e 'x'>]>" + WithDataSource("caption='&e;' name='orders'"),
+        "<!DOCTYPE analysis [<!ENTITY e 'x'>]>" + WithDataSource("caption='&e;' name='sales'")},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, XMLSourceRetargeterTest, testing::ValuesIn(EditRows), [](const auto& row) {

@@ -156,11 +156,12 @@ struct NameEdit {
     Runs runs;
 };
 
-std::vector<NamePlace> PlacesOf(const std::vector<NameChange>& changes)
+// `Name` is a NameChange or a NameClash.
+template <typename Name>
+std::vector<NamePlace> PlacesOf(const std::vector<Name>& names)
 {
-    std::vector<NamePlace> places;
-    for (const NameChange& change : changes)
-        places.push_back(change.place);
+    std::vector<NamePlace> places(names.size());
+    std::transform(names.begin(), names.end(), places.begin(), [](const Name& name) { return name.place; });
     return places;
 }
 
@@ -265,10 +266,7 @@ RenamedName Describe(const NameChange& change, const PositionCounter& position)
 std::vector<ClashingName> DescribeClashes(
     const std::string& text, const std::vector<NameClash>& clashes, std::size_t elementCount)
 {
-    std::vector<NamePlace> places;
-    for (const NameClash& clash : clashes)
-        places.push_back(clash.place);
-    std::vector<Runs> located = NameLocator(text).Locate(places, elementCount);
+    std::vector<Runs> located = NameLocator(text).Locate(PlacesOf(clashes), elementCount);
     located.resize(clashes.size());
     std::vector<ClashingName> names;
     for (std::size_t i = 0; i < clashes.size(); ++i) {
