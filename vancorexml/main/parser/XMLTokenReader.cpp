@@ -8,18 +8,41 @@ using XmlUtils::IsWhitespace;
 
 namespace {
 
-constexpr std::string_view NameEnd = " \t\r\n/>?=";
+// The first bytes of characters that may end a name, see LineEndLength.
+constexpr std::string_view NameEnd = " \t\r\n/>?=\xC2\xE2";
+
+// Returns the bytes of the line end at the start of the text that only XML 1.1 has: U+0085 or U+2028, and otherwise 0.
+// Such a line end is white space in a tag. In XML 1.0 a tag cannot contain it outside of quotes.
+std::size_t LineEndLength(std::string_view text) noexcept
+{
+    if (text.starts_with("\xC2\x85"))
+        return 2;
+    return text.starts_with("\xE2\x80\xA8") ? 3 : 0;
+}
+
+// Returns the end of the name, or the length of the text. The search begins at `from`.
+std::size_t FindNameEnd(std::string_view text, std::size_t from) noexcept
+{
+    std::size_t end = std::min(text.find_first_of(NameEnd, from), text.size());
+    while (end < text.size() && static_cast<unsigned char>(text[end]) > 0x7F && LineEndLength(text.substr(end)) == 0)
+        end = std::min(text.find_first_of(NameEnd, end + 1), text.size());
+    return end;
+}
 
 std::string_view ReadName(std::string_view text) noexcept
 {
-    return text.substr(0, text.find_first_of(NameEnd));
+    return text.substr(0, FindNameEnd(text, 0));
 }
 
 void SkipWhitespace(std::string_view& text) noexcept
 {
     std::size_t count = 0;
-    while (count < text.size() && IsWhitespace(text[count]))
-        ++count;
+    while (count < text.size()) {
+        const std::size_t length = IsWhitespace(text[count]) ? 1 : LineEndLength(text.substr(count));
+        if (length == 0)
+            break;
+        count += length;
+    }
     text.remove_prefix(count);
 }
 
@@ -117,7 +140,7 @@ bool XMLTokenReader::Next(XMLToken& token) noexcept
 XMLAttributeReader::XMLAttributeReader(const XMLToken& token) noexcept : m_rest(token.text)
 {
     // The name begins behind "<" or "<?" and has at least one character.
-    m_rest.remove_prefix(std::min(m_rest.find_first_of(NameEnd, 2), m_rest.size()));
+    m_rest.remove_prefix(FindNameEnd(m_rest, std::min<std::size_t>(2, m_rest.size())));
 }
 
 bool XMLAttributeReader::Next(XMLAttributeToken& attribute) noexcept
