@@ -32,12 +32,21 @@ namespace {
 // Separates the parts of an event. No document contains it.
 constexpr char16_t Separator = u'\0';
 
+// Stands for a part that is missing. No document contains it.
+constexpr std::u16string_view Missing = u"\xFFFF";
+
 constexpr std::u16string_view SpaceAttribute = u"xml:space";
 constexpr std::u16string_view Preserve = u"preserve";
 
 std::u16string_view View(const XMLCh* text) noexcept
 {
     return text == nullptr ? std::u16string_view() : std::u16string_view(text);
+}
+
+// Like View, but distinguishes an empty text from a missing one.
+std::u16string_view ViewOrMissing(const XMLCh* text) noexcept
+{
+    return text == nullptr ? Missing : std::u16string_view(text);
 }
 
 // Ends a parse at a fault.
@@ -248,8 +257,10 @@ private:
         bool hasInternalSubset,
         bool) override
     {
-        AddToDocumentType(
-            {View(element.getFullName()), View(publicId), View(systemId), hasInternalSubset ? u"[" : u""});
+        AddToDocumentType({View(element.getFullName()),
+            ViewOrMissing(publicId),
+            ViewOrMissing(systemId),
+            hasInternalSubset ? u"[" : u""});
     }
 
     void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override
@@ -262,7 +273,7 @@ private:
             View(attribute.getFullName()),
             std::u16string_view(types, 2),
             View(attribute.getEnumeration()),
-            value});
+            ViewOrMissing(attribute.getValue())});
         // The first declaration of an attribute binds.
         if (!isIgnored && attribute.getFullName() == SpaceAttribute && value == Preserve)
             m_preserved.emplace(View(element.getFullName()));
@@ -277,16 +288,18 @@ private:
     {
         AddToDocumentType({isParameterEntity ? u"<!ENTITY %" : u"<!ENTITY",
             View(entity.getName()),
-            View(entity.getValue()),
-            View(entity.getPublicId()),
-            View(entity.getSystemId()),
-            View(entity.getNotationName())});
+            ViewOrMissing(entity.getValue()),
+            ViewOrMissing(entity.getPublicId()),
+            ViewOrMissing(entity.getSystemId()),
+            ViewOrMissing(entity.getNotationName())});
     }
 
     void notationDecl(const xercesc::XMLNotationDecl& notation, bool) override
     {
-        AddToDocumentType(
-            {u"<!NOTATION", View(notation.getName()), View(notation.getPublicId()), View(notation.getSystemId())});
+        AddToDocumentType({u"<!NOTATION",
+            View(notation.getName()),
+            ViewOrMissing(notation.getPublicId()),
+            ViewOrMissing(notation.getSystemId())});
     }
 
     void doctypeComment(const XMLCh* text) override { AddToDocumentType({u"<!--", View(text)}); }
@@ -322,9 +335,11 @@ struct XMLEventReader::State {
     Reader reader;
 };
 
+// Without namespaces, Xerces accepts names that begin with a colon. The sanitizer would also change texts that look
+// like attributes, and differently after their quotes were escaped.
 XMLEventReader::XMLEventReader(InputSource& source)
     : m_state(std::make_unique<State>(
-          dynamic_cast<IXercesInputSourceProvider&>(source).GetXercesInputSource(ColonProcessingSanitize)))
+          dynamic_cast<IXercesInputSourceProvider&>(source).GetXercesInputSource(ColonProcessingNone)))
 {}
 
 XMLEventReader::~XMLEventReader() = default;
