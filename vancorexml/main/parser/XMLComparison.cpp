@@ -1,10 +1,15 @@
 #include "vancorexml/main/parser/XMLComparison.h"
 
 #include <algorithm>
+#include <map>
+#include <string_view>
 #include <vector>
 
+#include "vancoreplatform/Encoding.h"
 #include "vancorexml/main/parser/BorrowedInputSource.h"
 #include "vancorexml/main/parser/XMLEventReader.h"
+#include "vancorexml/main/parser/XMLReferences.h"
+#include "vancorexml/main/parser/XMLTokenReader.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 
 namespace {
@@ -40,6 +45,7 @@ class Comparer {
 public:
     Comparer(InputSource& a, InputSource& b) : m_a(a), m_b(b) {}
 
+    // True if both documents are equal. Call it once.
     bool Run(bool comparesDeclarations)
     {
         const XMLEvent* a = &m_a.Next();
@@ -64,6 +70,9 @@ public:
                 b = &m_b.Next();
         }
     }
+
+    // True if the documents have a document type. Meaningful if they are equal.
+    bool HasDocumentType() const noexcept { return m_hasDocumentType; }
 
 private:
     // Returns the version and "standalone" of the document, and moves behind the declaration.
@@ -98,6 +107,7 @@ private:
         }
         case Kind::Text:
         case Kind::StartEntity: m_open.back().hasText = true; return true;
+        case Kind::DocumentType: m_hasDocumentType = true; return true;
         case Kind::Fault: return false;
         default: return true;
         }
@@ -106,13 +116,49 @@ private:
     XMLEventReader m_a;
     XMLEventReader m_b;
     std::vector<OpenElement> m_open;
+    bool m_hasDocumentType = false;
 };
+
+void CountEntities(std::string_view text, std::map<std::string_view, std::size_t>& counts)
+{
+    for (std::size_t at = XMLReferences::FindEntity(text); at < text.size(); at = XMLReferences::FindEntity(text)) {
+        const std::size_t end = std::min(text.find(';', at), text.size());
+        ++counts[text.substr(at, end - at)];
+        text.remove_prefix(end);
+    }
+}
+
+// Returns how often the texts and attributes of a document refer to each entity.
+std::map<std::string_view, std::size_t> CountEntities(std::string_view text)
+{
+    std::map<std::string_view, std::size_t> counts;
+    XMLTokenReader reader(text);
+    XMLToken token;
+    while (reader.Next(token)) {
+        if (token.kind == XMLToken::Kind::Text || token.kind == XMLToken::Kind::StartTag)
+            CountEntities(token.text, counts);
+    }
+    return counts;
+}
+
+// Xerces drops a NUL and incomplete UTF-8 at the end of a document without a fault.
+bool MayBeDocument(const std::string& text) noexcept
+{
+    return text.find('\0') == std::string::npos && FindInvalidUtf8(text.data(), text.size()) == text.size();
+}
 
 bool Compare(const std::string& a, const std::string& b, bool comparesDeclarations)
 {
+    if (!MayBeDocument(a) || !MayBeDocument(b))
+        return false;
     BorrowedInputSource first(a, VString(), true, TextEncoding::Utf8);
     BorrowedInputSource second(b, VString(), true, TextEncoding::Utf8);
-    return Comparer(first, second).Run(comparesDeclarations);
+    Comparer comparer(first, second);
+    if (!comparer.Run(comparesDeclarations))
+        return false;
+    // Xerces reports neither the references in attributes nor those to entities that only an external document type
+    // declares.
+    return !comparer.HasDocumentType() || CountEntities(a) == CountEntities(b);
 }
 
 }  // namespace

@@ -21,6 +21,9 @@ namespace XMLComparison {
 // processing instructions, references to entities, document type, and version and "standalone" of the XML declaration.
 // A missing declaration is equal to one with version 1.0 and without "standalone".
 //
+// An attribute must have the same value after its entities are replaced. In addition, both documents must refer to each
+// entity equally often.
+//
 // The comparison ignores the order of attributes, the form of tags and of references to characters, and whether a text
 // is in a CDATA section. It also ignores ignorable white space: texts of only white space that stand directly in an
 // element that has child elements and otherwise no text. Such white space counts, however, inside an element whose
