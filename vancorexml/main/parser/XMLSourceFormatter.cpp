@@ -45,6 +45,13 @@ bool IsBlank(std::string_view text) noexcept
     return std::all_of(text.begin(), text.end(), [](char byte) { return XmlUtils::IsWhitespace(byte); });
 }
 
+// Removes the blanks that a parser removes from the value of an attribute that the document type declares.
+std::string_view Trim(std::string_view value) noexcept
+{
+    value.remove_prefix(std::min(value.find_first_not_of(' '), value.size()));
+    return value.substr(0, value.find_last_not_of(' ') + 1);
+}
+
 std::string_view AttributeOf(const XMLToken& token, std::string_view name)
 {
     XMLAttributeReader reader(token);
@@ -87,6 +94,7 @@ public:
 private:
     struct Element {
         std::size_t number;
+        std::size_t indentationAbove;  // of the layout, up to the start tag
         bool isPreserved = false;
         bool hasElements = false;
         bool hasText = false;     // of other characters than white space
@@ -113,6 +121,7 @@ private:
         case Kind::StartTag: StartElement(token); break;
         case Kind::EndTag: EndElement(); break;
         default:
+            m_hasDocumentType |= token.kind == Kind::DocumentType;
             AddLine();
             if (!m_open.empty())
                 m_open.back().hasMarkup = true;
@@ -137,7 +146,7 @@ private:
         AddLine();
         if (!m_open.empty())
             m_open.back().hasElements = true;
-        Element element{m_layout.contents.size()};
+        Element element{m_layout.contents.size(), m_layout.indentation};
         element.isPreserved = IsPreserved(token);
         m_layout.contents.push_back(Content::Empty);
         if (!token.isEmpty)
@@ -148,8 +157,12 @@ private:
     {
         if (m_open.empty())
             return;
+        const Content content = ContentOf(m_open.back());
+        // No line of an unchanged content gets an indentation.
+        if (content == Content::Verbatim)
+            m_layout.indentation = m_open.back().indentationAbove;
         AddLine();
-        m_layout.contents[m_open.back().number] = ContentOf(m_open.back());
+        m_layout.contents[m_open.back().number] = content;
         m_open.pop_back();
     }
 
@@ -159,9 +172,18 @@ private:
         if (token.text.find("xml:space") != std::string_view::npos) {
             const std::string_view value = AttributeOf(token, "xml:space");
             if (!value.empty())
-                return XMLReferences::Decode(value) == "preserve";
+                return MayMeanPreserve(value);
         }
         return !m_preserved.empty() && m_preserved.count(std::string(token.name)) > 0;
+    }
+
+    // True if a parser can report "preserve" for this value of xml:space.
+    bool MayMeanPreserve(std::string_view value) const
+    {
+        if (XMLReferences::HasEntity(value))
+            return true;
+        const std::string decoded = XMLReferences::Decode(value, XMLReferences::Place::Attribute);
+        return (m_hasDocumentType ? Trim(decoded) : decoded) == "preserve";
     }
 
     Content ContentOf(const Element& element) const
@@ -181,6 +203,7 @@ private:
     std::string_view m_text;
     const std::set<std::string>& m_preserved;
     std::vector<Element> m_open;
+    bool m_hasDocumentType = false;
     Layout m_layout;
 };
 
