@@ -1,0 +1,21 @@
+// Random documents for property tests.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct RandomDocument {
+    std::string text;
+    // Comments, processing instructions, the document type, and contents that a formatter must not change, in the order
+    // of the document. Parts within such a content are not listed.
+    std::vector<std::string> kept;
+};
+
+enum class RandomDocumentKind {
+    Plain,  // elements, attributes and unmixed texts that are not blank, with any white space between
+    Full,   // also everything else that XML 1.0 has
+};
+
+// Makes a well-formed document of XML 1.0 in UTF-8. The same seed makes the same document on every machine.
+RandomDocument MakeRandomDocument(RandomDocumentKind kind, std::uint32_t seed);

@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <QDirIterator>
+#include <QFile>
+
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/XMLDomFormatter.h"
+#include "vancorexml/main/parser/XMLSourceFormatter.h"
+
+#include "IndependentReading.h"
+#include "RandomDocument.h"
+
+namespace {
+
+std::string Replace(std::string text, std::string_view old, std::string_view replacement)
+{
+    for (std::size_t at = text.find(old); at != std::string::npos; at = text.find(old, at + replacement.size()))
+        text.replace(at, old.size(), replacement);
+    return text;
+}
+
+// Returns what the writer of trees makes of the document, with the line ends of `formatted`.
+std::string Render(const std::string& text, const std::string& formatted)
+{
+    const std::string rendered =
+        XMLDomFormatter::RenderAsXMLString(*DOMParser().ParseXmlString(text, "test"), nullptr, true).toStdString();
+    return formatted.ends_with("\r\n") ? Replace(rendered, "\n", "\r\n") : rendered;
+}
+
+std::vector<std::string> FindEntityReferences(const std::string& text)
+{
+    static const std::regex pattern("&[^#;&<>'\" ]+;");
+    std::vector<std::string> references;
+    for (std::sregex_iterator found(text.begin(), text.end(), pattern), end; found != end; ++found) {
+        const std::string reference = found->str();
+        if (reference != "&lt;" && reference != "&gt;" && reference != "&amp;" && reference != "&apos;" &&
+            reference != "&quot;")
+            references.push_back(reference);
+    }
+    std::sort(references.begin(), references.end());
+    return references;
+}
+
+// Renames the attributes whose names begin with a colon, which Qt does not read.
+std::string RenameColons(const std::string& text)
+{
+    static const std::regex pattern("\\s:([A-Za-z-]+\\s*=)");
+    return std::regex_replace(text, pattern, " colon.$1");
+}
+
+// Formats the document and checks all that is true for every document. Returns the result.
+std::string FormatAndCheck(const std::string& text)
+{
+    XMLSourceFormatter formatter;
+    const std::optional<std::string> formatted = formatter.Format(text, "test");
+    if (!formatted) {
+        ADD_FAILURE() << "refused: " << formatter.GetDiagnostics().front().message;
+        return std::string();
+    }
+    EXPECT_EQ(formatter.Format(*formatted, "test"), formatted) << "not idempotent";
+    const IndependentReading before = ReadIndependently(text);
+    const IndependentReading after = ReadIndependently(*formatted);
+    EXPECT_EQ(before.error, "");
+    EXPECT_EQ(after.error, "");
+    EXPECT_EQ(before.content, after.content);
+    EXPECT_EQ(FindEntityReferences(text), FindEntityReferences(*formatted));
+    // A parse into a tree changes a text that looks like an attribute whose name begins with a colon.
+    if (before.isPlain && text.find(" :x = ") == std::string::npos) {
+        EXPECT_EQ(*formatted, Render(text, *formatted));
+    }
+    return *formatted;
+}
+
+TEST(XMLSourceFormatterPropertyTest, PlainDocumentsGetTheTextOfTheWriter)
+{
+    for (std::uint32_t seed = 0; seed < 2000; ++seed) {
+        const std::string text = MakeRandomDocument(RandomDocumentKind::Plain, seed).text;
+        SCOPED_TRACE("seed " + std::to_string(seed) + ": " + text);
+        ASSERT_TRUE(ReadIndependently(text).isPlain);
+        FormatAndCheck(text);
+        if (HasFailure())
+            return;
+    }
+}
+
+TEST(XMLSourceFormatterPropertyTest, AllDocumentsKeepTheirContent)
+{
+    for (std::uint32_t seed = 0; seed < 4000; ++seed) {
+        const RandomDocument document = MakeRandomDocument(RandomDocumentKind::Full, seed);
+        SCOPED_TRACE("seed " + std::to_string(seed) + ": " + document.text);
+        const std::string formatted = FormatAndCheck(document.text);
+        std::size_t position = 0;
+        for (const std::string& part : document.kept) {
+            position = formatted.find(part, position);
+            ASSERT_NE(position, std::string::npos) << "changed: " << part << "\nin: " << formatted;
+            position += part.size();
+        }
+        if (HasFailure())
+            return;
+    }
+}
+
+TEST(XMLSourceFormatterPropertyTest, HoldsForAllSamples)
+{
+    QDirIterator files(SAMPLES_FOLDER, {"*.xml", "*.kx?"}, QDir::Files, QDirIterator::Subdirectories);
+    int count = 0;
+    while (files.hasNext()) {
+        QFile file(files.next());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        SCOPED_TRACE(file.fileName().toStdString());
+        const std::string text = RenameColons(file.readAll().toStdString());
+        const bool hasErrors = DOMParser().ParseXmlString(text, "test")->HasErrors();
+        EXPECT_EQ(XMLSourceFormatter().Format(text, "test").has_value(), !hasErrors);
+        if (!hasErrors)
+            FormatAndCheck(text);
+        ++count;
+    }
+    EXPECT_GT(count, 0);
+}
+
+}  // namespace
