@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
+#include <random>
 #include <regex>
 #include <string>
 #include <string_view>
@@ -105,6 +107,82 @@ TEST(XMLSourceFormatterPropertyTest, AllDocumentsKeepTheirContent)
         if (HasFailure())
             return;
     }
+}
+
+// Deletes, repeats or inserts pieces.
+std::string Mutate(std::string text, std::mt19937& random)
+{
+    static constexpr std::string_view Pieces[] = {"<",
+        ">",
+        "/",
+        "&",
+        ";",
+        "'",
+        "\"",
+        "=",
+        " ",
+        "\r",
+        "\n",
+        "!",
+        "?",
+        "-",
+        "--",
+        "[",
+        "]",
+        "]]>",
+        "<!--",
+        "-->",
+        "<![CDATA[",
+        "<?p",
+        "?>",
+        "<a>",
+        "</a>",
+        "<b/>",
+        "&e;",
+        "&#32;",
+        "&#13;",
+        "<!DOCTYPE a [",
+        "]>",
+        "<!ENTITY e '",
+        " xml:space='preserve'",
+        " :c='",
+        "<?xml version='1.1'?>",
+        "1.1",
+        "\u0085",
+        "\u2028",
+        "\uFEFF",
+        "\xC2",
+        "\x01"};
+    for (unsigned count = 1 + random() % 3; count > 0; --count) {
+        const std::size_t position = random() % (text.size() + 1);
+        const std::size_t length = random() % 8;
+        const unsigned kind = random() % 4;
+        if (kind == 0)
+            text.erase(position, length);
+        else if (kind == 1)
+            text.insert(random() % (text.size() + 1), text.substr(position, length));
+        else
+            text.insert(position, Pieces[random() % std::size(Pieces)]);
+    }
+    return text;
+}
+
+TEST(XMLSourceFormatterPropertyTest, DamagedDocumentsAreRefusedOrKept)
+{
+    std::mt19937 random(5);
+    int accepted = 0;
+    for (std::uint32_t seed = 0; seed < 6000; ++seed) {
+        const std::string text = Mutate(MakeRandomDocument(RandomDocumentKind::Full, seed).text, random);
+        SCOPED_TRACE("seed " + std::to_string(seed) + ": " + text);
+        XMLSourceFormatter formatter;
+        std::optional<std::string> formatted;
+        ASSERT_NO_THROW(formatted = formatter.Format(text, "test"));
+        if (!formatted)
+            continue;
+        ++accepted;
+        ASSERT_EQ(formatter.Format(*formatted, "test"), formatted) << "not idempotent";
+    }
+    EXPECT_GT(accepted, 500);
 }
 
 TEST(XMLSourceFormatterPropertyTest, HoldsForAllSamples)
