@@ -313,7 +313,21 @@ TEST(XMLSourceFormatterTest, KeepsReferencesThatTheEncodingMayNeed)
 TEST(XMLSourceFormatterTest, ReportsErrorsOfTheDocument)
 {
     XMLSourceFormatter formatter;
-    for (const char* text : {"", "x", "<a>", "<a b='1' b='2'/>", "<a>&e;</a>", "<a/><b/>", "<a>\xFF</a>", "<a/>\xC3"}) {
+    for (const char* text : {"",
+             "x",
+             "<a>",
+             "<a b='1' b='2'/>",
+             "<a>&e;</a>",
+             "<a/><b/>",
+             "<a>\xFF</a>",
+             "<a/>\xC3",
+             "<a b='&e'/>",
+             "<a b='x&",
+             "<a>&e</a>",
+             "<a b='&#x'>",
+             "</a>",
+             "<a></a></a></a>",
+             "<a><b><c/></a>"}) {
         SCOPED_TRACE(text);
         EXPECT_EQ(formatter.Format(text, "file"), std::nullopt);
         ASSERT_FALSE(formatter.GetDiagnostics().empty());

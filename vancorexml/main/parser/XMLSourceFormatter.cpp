@@ -376,7 +376,8 @@ private:
             m_output +=
                 XMLFormatter::EncodeAttributeString(VString::fromUtf8(plain.data(), plain.size())).toStdString();
             value.remove_prefix(entity);
-            const std::size_t end = value.empty() ? 0 : value.find(';') + 1;
+            // The semicolon stays for the next round: a document with errors may lack it.
+            const std::size_t end = std::min(value.find(';'), value.size());
             m_output += value.substr(0, end);
             value.remove_prefix(end);
         }
