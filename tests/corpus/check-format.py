@@ -28,6 +28,7 @@ FILES_PER_RUN = 500
 WHITE_SPACE = " \t\r\n"
 NOT_REFERENCES = re.compile(rb"<!--.*?-->|<!\[CDATA\[.*?\]\]>", re.DOTALL)
 ENTITY = re.compile(rb"&[^#;&<>'\"\s]+;")
+QUOTED = re.compile('"([^"]+)"')
 PREDEFINED = {b"&lt;", b"&gt;", b"&amp;", b"&apos;", b"&quot;"}
 
 
@@ -180,9 +181,10 @@ def run(tool, arguments, files):
         known = set(chunk)
         errors = result.stderr.decode("utf-8", "replace").splitlines()
         for line in errors:
-            name = line.split(": ")[0]
-            if name in known:
-                refused.setdefault(name, line)
+            # FILE: MESSAGE, or vanxml: Cannot read "FILE": MESSAGE
+            for name in [line.split(": ")[0]] + QUOTED.findall(line):
+                if name in known:
+                    refused.setdefault(name, line)
         if result.returncode not in (0, 1, 2) or (result.returncode != 0 and not known & refused.keys()):
             sys.exit("%s exits with %d:\n%s" % (arguments[0], result.returncode, "\n".join(errors)))
     return refused
