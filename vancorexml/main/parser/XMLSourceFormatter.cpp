@@ -264,7 +264,10 @@ private:
     void WriteHeader()
     {
         const std::string_view version = m_layout.version.empty() ? "1.0" : m_layout.version;
-        ((m_output += "<?xml version='") += version) += "' encoding='";
+        // Xerces accepts an apostrophe in a version.
+        const char quote = version.find('\'') == std::string_view::npos ? '\'' : '"';
+        m_output += "<?xml version=";
+        (((m_output += quote) += version) += quote) += " encoding='";
         (m_output += m_options.encoding) += "'";
         if (!m_layout.standalone.empty())
             ((m_output += " standalone='") += m_layout.standalone) += "'";

@@ -12,6 +12,8 @@
 // Formats the text of a document. Unlike a parse into a DOM and XMLDomFormatter::RenderAsXMLString, it keeps comments,
 // processing instructions, the document type, references to entities, CDATA sections and mixed content. A document
 // without these gets the text that RenderAsXMLString returns, with the line ends of the document.
+// The exceptions keep what RenderAsXMLString loses: "standalone", elements that contain only white space, carriage
+// returns in long texts that contain "<", and texts such as " :x = y >", which a parse into a DOM changes.
 //
 // The style: two blanks for each level; attributes sorted by name, between apostrophes. Comments and processing
 // instructions between elements have lines of their own.
