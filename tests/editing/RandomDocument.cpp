@@ -12,7 +12,10 @@ constexpr int MostLevels = 3;
 
 class Generator {
 public:
-    Generator(RandomDocumentKind kind, std::uint32_t seed) : m_isFull(kind == RandomDocumentKind::Full), m_random(seed)
+    Generator(RandomDocumentKind kind, std::uint32_t seed)
+        : m_isFull(kind != RandomDocumentKind::Plain),
+          m_is11(kind == RandomDocumentKind::Version11),
+          m_random(seed)
     {
         static constexpr std::string_view LineEnds[] = {"\n", "\n", "\r\n", "\r"};
         m_lineEnd = Pick(LineEnds);
@@ -22,8 +25,10 @@ public:
     RandomDocument Run()
     {
         if (OneIn(8))
-            Add(Blank());
-        if (OneIn(2))
+            Add("\n ");
+        if (m_is11)
+            Add("<?xml version='1.1'?>");
+        else if (OneIn(2))
             AddDeclaration();
         AddMisc();
         if (m_isFull && OneIn(3)) {
@@ -57,6 +62,9 @@ private:
     std::string LineEnd()
     {
         static constexpr std::string_view All[] = {"\n", "\r\n", "\r"};
+        static constexpr std::string_view All11[] = {"\n", "\r\n", "\r", "\u0085", "\u2028", "\r\u0085"};
+        if (m_is11 && OneIn(4))
+            return std::string(Pick(All11));
         return std::string(m_hasMixedLineEnds ? Pick(All) : m_lineEnd);
     }
 
@@ -132,6 +140,8 @@ private:
 
     std::string Reference()
     {
+        if (m_is11 && OneIn(6))
+            return OneIn(2) ? "&#1;" : "&#x85;";
         static constexpr const char* References[] = {"&lt;",
             "&gt;",
             "&amp;",
@@ -304,6 +314,7 @@ private:
     }
 
     const bool m_isFull;
+    const bool m_is11;
     std::mt19937 m_random;
     std::string_view m_lineEnd;
     bool m_hasMixedLineEnds = false;

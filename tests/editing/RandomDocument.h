@@ -13,9 +13,10 @@ struct RandomDocument {
 };
 
 enum class RandomDocumentKind {
-    Plain,  // elements, attributes and unmixed texts that are not blank, with any white space between
-    Full,   // also everything else that XML 1.0 has
+    Plain,      // elements, attributes and unmixed texts that are not blank, with any white space between
+    Full,       // also everything else that XML 1.0 has
+    Version11,  // like Full, but of XML 1.1, with its line ends and control characters
 };
 
-// Makes a well-formed document of XML 1.0 in UTF-8. The same seed makes the same document on every machine.
+// Makes a well-formed document in UTF-8. The same seed makes the same document on every machine.
 RandomDocument MakeRandomDocument(RandomDocumentKind kind, std::uint32_t seed);

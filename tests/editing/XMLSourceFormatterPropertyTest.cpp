@@ -94,21 +94,46 @@ TEST(XMLSourceFormatterPropertyTest, PlainDocumentsGetTheTextOfTheWriter)
     }
 }
 
+void ExpectParts(const std::string& formatted, const std::vector<std::string>& parts)
+{
+    std::size_t position = 0;
+    for (const std::string& part : parts) {
+        position = formatted.find(part, position);
+        ASSERT_NE(position, std::string::npos) << "changed: " << part << "\nin: " << formatted;
+        position += part.size();
+    }
+}
+
 TEST(XMLSourceFormatterPropertyTest, AllDocumentsKeepTheirContent)
 {
     for (std::uint32_t seed = 0; seed < 4000; ++seed) {
         const RandomDocument document = MakeRandomDocument(RandomDocumentKind::Full, seed);
         SCOPED_TRACE("seed " + std::to_string(seed) + ": " + document.text);
-        const std::string formatted = FormatAndCheck(document.text);
-        std::size_t position = 0;
-        for (const std::string& part : document.kept) {
-            position = formatted.find(part, position);
-            ASSERT_NE(position, std::string::npos) << "changed: " << part << "\nin: " << formatted;
-            position += part.size();
-        }
+        ExpectParts(FormatAndCheck(document.text), document.kept);
         if (HasFailure())
             return;
     }
+}
+
+// Qt does not read XML 1.1. The parser refuses a few of these documents: it takes the data of a processing instruction
+// for an attribute whose name begins with a colon.
+TEST(XMLSourceFormatterPropertyTest, DocumentsOfVersion11KeepTheirParts)
+{
+    int accepted = 0;
+    for (std::uint32_t seed = 0; seed < 1000; ++seed) {
+        const RandomDocument document = MakeRandomDocument(RandomDocumentKind::Version11, seed);
+        SCOPED_TRACE("seed " + std::to_string(seed) + ": " + document.text);
+        XMLSourceFormatter formatter;
+        const std::optional<std::string> formatted = formatter.Format(document.text, "test");
+        if (!formatted)
+            continue;
+        ++accepted;
+        ASSERT_EQ(formatter.Format(*formatted, "test"), formatted) << "not idempotent";
+        ExpectParts(*formatted, document.kept);
+        if (HasFailure())
+            return;
+    }
+    EXPECT_GT(accepted, 900);
 }
 
 // Deletes, repeats or inserts pieces.
