@@ -87,6 +87,7 @@ set(public_headers
     vancorexml/main/parser/XMLFormatter.h
     vancorexml/main/parser/XMLParseException.h
     vancorexml/main/parser/XMLRangeTable.h
+    vancorexml/main/parser/XMLSourceEditor.h
     vancorexml/main/parser/XMLSourceFormatter.h
     vancorexml/main/parser/XMLSourceRetargeter.h
     vancorexml/main/parser/XMLStringFormatter.h

@@ -12,20 +12,9 @@
 #include "vancorexml/main/parser/NameRoles.h"
 #include "vancorexml/main/parser/ParseDiagnostic.h"
 #include "vancorexml/main/parser/XMLExport.h"
+#include "vancorexml/main/parser/XMLSourceEditor.h"
 
 class DOM;
-
-// A replacement of bytes of a text in UTF-8.
-struct TextEdit {
-    std::size_t offset = 0;
-    std::size_t length = 0;  // of the bytes that are replaced
-    std::string replacement;
-};
-
-struct EditedText {
-    std::string text;
-    std::vector<TextEdit> edits;
-};
 
 // A name with its place in the text of the document. Lines and columns count from 1, columns in UTF-16 code units. They
 // are 0 if the name is not in the text itself but comes from an entity or a default value.
