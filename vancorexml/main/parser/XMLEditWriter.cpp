@@ -177,8 +177,9 @@ void XMLEditWriter::Delete(const FoundElement& element, const CombinedChange& ch
     }
     const std::size_t rest = SkipBlanks(m_text, element.end);
     const std::string_view lineEnd = LineEndAt(m_text, rest);
+    // White space behind the element goes too: what follows takes its place on the line.
     if (lineEnd.empty())
-        Add(element.start, length, "");
+        Add(element.start, rest - element.start, "");
     else
         Add(lineStart, rest + lineEnd.size() - lineStart, "");
 }

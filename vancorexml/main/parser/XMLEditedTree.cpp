@@ -70,20 +70,19 @@ public:
 
     void StartElement(const VString& name, const TagAttributes& attributes) override
     {
-        m_attributes.clear();
-        attributes.AddTo(m_attributes);
         Open& parent = m_open.back();
         const DOMElementConstChildren children = parent.element->GetChildren();
-        if (parent.nextChild == children.size()) {
+        const DOMElement* const element =
+            parent.nextChild == children.size() ? nullptr : children[parent.nextChild++];
+        // AddTo invalidates the name.
+        const bool hasName = element && element->GetName() == name;
+        m_attributes.clear();
+        attributes.AddTo(m_attributes);
+        if (!hasName || element->GetAttributes() != m_attributes) {
             Differ();
             return;
         }
-        const DOMElement& element = *children[parent.nextChild++];
-        if (element.GetName() != name || !(element.GetAttributes() == m_attributes)) {
-            Differ();
-            return;
-        }
-        m_open.emplace_back().element = &element;
+        m_open.emplace_back().element = element;
     }
 
     void EndElement() override
