@@ -10,6 +10,7 @@
 
 #include "vancoreplatform/Encoding.h"
 #include "vanxml/CheckCommand.h"
+#include "vanxml/EditCommand.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/FormatCommand.h"
 #include "vanxml/QueryCommand.h"
@@ -27,6 +28,7 @@ Commands MakeCommands()
 {
     Commands commands;
     commands.push_back(std::make_unique<FormatCommand>());
+    commands.push_back(std::make_unique<EditCommand>());
     commands.push_back(std::make_unique<CheckCommand>());
     commands.push_back(std::make_unique<RetargetCommand>());
     commands.push_back(std::make_unique<QueryCommand>());

@@ -1,0 +1,156 @@
+#include "vanxml/EditCommand.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "vanxml/DocumentEdits.h"
+#include "vanxml/DocumentText.h"
+#include "vanxml/ErrorLines.h"
+#include "vanxml/ToolError.h"
+
+namespace {
+
+struct Action {
+    const char* name;
+    const char* valueName;  // null for an action without a value
+    const char* description;
+    void (*apply)(ElementChange& change, const std::string& value);
+};
+
+VString Text(const std::string& value)
+{
+    return VString::fromStdString(value);
+}
+
+void Set(ElementChange& change, const std::string& value)
+{
+    const std::size_t equals = value.find('=');
+    if (equals == std::string::npos)
+        throw ToolError("--set \"" + value + "\" has no \"=\" between the name and the value");
+    change.setAttributes.emplace_back(Text(value.substr(0, equals)), Text(value.substr(equals + 1)));
+}
+
+const Action Actions[] = {
+    {"--set", "NAME=VALUE", "Set an attribute", Set},
+    {"--unset",
+        "NAME",
+        "Remove an attribute",
+        [](ElementChange& change, const std::string& value) { change.removeAttributes.push_back(Text(value)); }},
+    {"--text",
+        "TEXT",
+        "Replace the text; the element must not contain elements",
+        [](ElementChange& change, const std::string& value) {
+            if (change.text && *change.text != Text(value))
+                throw ToolError("--text stands twice behind one --at");
+            change.text = Text(value);
+        }},
+    {"--rename",
+        "NAME",
+        "Rename the element",
+        [](ElementChange& change, const std::string& value) {
+            if (change.name && *change.name != Text(value))
+                throw ToolError("--rename stands twice behind one --at");
+            change.name = Text(value);
+        }},
+    {"--delete",
+        nullptr,
+        "Delete the element, with its line if it is alone on it",
+        [](ElementChange& change, const std::string&) { change.isDeleted = true; }},
+    {"--append",
+        "XML",
+        "Insert elements, comments or processing instructions behind the content",
+        [](ElementChange& change, const std::string& value) { change.appended.push_back(Text(value)); }},
+    {"--prepend",
+        "XML",
+        "Insert them in front of the content",
+        [](ElementChange& change, const std::string& value) { change.prepended.push_back(Text(value)); }},
+    {"--before",
+        "XML",
+        "Insert them in front of the element",
+        [](ElementChange& change, const std::string& value) { change.before.push_back(Text(value)); }},
+    {"--after",
+        "XML",
+        "Insert them behind the element",
+        [](ElementChange& change, const std::string& value) { change.after.push_back(Text(value)); }},
+};
+
+}  // namespace
+
+void EditCommand::AddTo(CLI::App& application)
+{
+    m_command = application.add_subcommand("edit", "Change elements; all bytes that are not named stay");
+    AddFileArguments(*m_command);
+    const auto addOption = [&](const char* name, std::vector<std::string>& values, const char* description) {
+        return m_command->add_option(name, values, description)->allow_extra_args(false)->take_all();
+    };
+    m_at = addOption("--at", m_paths, "The elements that the next actions change; see \"vanxml query\"")
+               ->required()
+               ->type_name("PATH")
+               ->group("Changes");
+    m_actions.reserve(std::size(Actions));  // the options refer to the values
+    for (const Action& action : Actions) {
+        Option& added = m_actions.emplace_back(Option{nullptr, action.name, {}, action.apply});
+        if (action.valueName)
+            added.option =
+                addOption(action.name, added.values, action.description)->type_name(action.valueName)->group("Changes");
+        else
+            added.option = m_command->add_flag(action.name, action.description)->group("Changes");
+    }
+}
+
+ExitStatus EditCommand::Run()
+{
+    ReadChanges();
+    return RewriteCommand::Run();
+}
+
+void EditCommand::ReadChanges()
+{
+    std::map<const CLI::Option*, std::size_t> used;  // the number of values of each option so far
+    bool hasAction = true;
+    const auto requireAction = [&] {
+        if (!hasAction)
+            throw ToolError("--at \"" + m_changes.back().first.toStdString() + "\" has no action behind it");
+    };
+    for (const CLI::Option* option : m_command->parse_order()) {
+        const std::size_t index = used[option]++;
+        if (option == m_at) {
+            requireAction();
+            m_changes.emplace_back(Text(m_paths[index]), ElementChange());
+            hasAction = false;
+            continue;
+        }
+        const auto action =
+            std::find_if(m_actions.begin(), m_actions.end(), [&](const Option& each) { return each.option == option; });
+        if (action == m_actions.end())
+            continue;
+        if (m_changes.empty())
+            throw ToolError(std::string(action->name) + " needs an --at in front of it");
+        action->apply(m_changes.back().second, action->values.empty() ? std::string() : action->values[index]);
+        hasAction = true;
+    }
+    requireAction();
+}
+
+RewrittenDocument EditCommand::Rewrite(const VString& name, const std::string& bytes) const
+{
+    const DocumentText document(name, bytes);
+    DocumentEdits edits(name, bytes, document);
+    XMLSourceEditor editor(document.Text(), name, edits.EditorOptions());
+    for (const auto& [path, change] : m_changes)
+        editor.Change(path, change);
+    RewrittenDocument result;
+    std::optional<EditedText> edited = editor.Edit();
+    for (const ParseDiagnostic& diagnostic : editor.GetDiagnostics())
+        result.lines += FormatErrorLine(name, diagnostic);
+    if (edited)
+        result.bytes = edits.Apply(std::move(*edited));
+    else
+        result.status = ExitStatus::Faulty;
+    return result;
+}
