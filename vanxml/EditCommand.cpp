@@ -147,7 +147,8 @@ RewrittenDocument EditCommand::Rewrite(const VString& name, const std::string& b
     RewrittenDocument result;
     std::optional<EditedText> edited = editor.Edit();
     for (const ParseDiagnostic& diagnostic : editor.GetDiagnostics())
-        result.lines += FormatErrorLine(name, diagnostic);
+        result.lines +=
+            FormatErrorLine(name, IsError(diagnostic) ? diagnostic.GetText() : "Warning: " + diagnostic.GetText());
     if (edited)
         result.bytes = edits.Apply(std::move(*edited));
     else

@@ -24,7 +24,8 @@ std::string_view LineEndAt(std::string_view text, std::size_t offset) noexcept
     const std::string_view rest = text.substr(offset);
     if (rest.starts_with("\r\n"))
         return rest.substr(0, 2);
-    return rest.substr(0, rest.find_first_of(LineEnds) == 0 ? 1 : 0);
+    const bool isLineEnd = rest.starts_with('\n') || rest.starts_with('\r');
+    return rest.substr(0, isLineEnd ? 1 : 0);
 }
 
 std::size_t SkipBlanks(std::string_view text, std::size_t offset) noexcept
@@ -163,23 +164,32 @@ void XMLEditWriter::Delete(const FoundElement& element, const CombinedChange& ch
     const bool hasNodes =
         std::any_of(fragments.begin(), fragments.end(), [](const XMLFragment* each) { return each->NodeCount() > 0; });
     const std::size_t length = element.end - element.start;
-    if (!HasOwnLine(element)) {
+    const bool followsDeletion = !hasNodes && m_deletion.end == element.start && m_deletion.end > 0;
+    if (!HasOwnLine(element) && !followsDeletion) {
         Add(element.start, length, WriteInline(fragments));
         return;
     }
-    const std::string_view indentation = IndentationAt(element.start);
-    const std::size_t lineStart = element.start - indentation.size();
+    std::size_t start = element.start;
+    std::size_t lineStart = start - IndentationAt(start).size();
     if (hasNodes) {
+        const std::string_view indentation = IndentationAt(start);
         const std::string_view lineEnd = LineEndBefore(lineStart);
         const std::string prefix = std::string(lineEnd).append(indentation);
-        Add(element.start, length, Write(fragments, prefix, "", lineEnd, indentation).substr(prefix.size()));
+        Add(start, length, Write(fragments, prefix, "", lineEnd, indentation).substr(prefix.size()));
         return;
+    }
+    // Deleted neighbours on one line are one deletion.
+    if (followsDeletion) {
+        m_edits.pop_back();
+        start = m_deletion.start;
+        lineStart = m_deletion.lineStart;
     }
     const std::size_t rest = SkipBlanks(m_text, element.end);
     const std::string_view lineEnd = LineEndAt(m_text, rest);
-    // White space behind the element goes too: what follows takes its place on the line.
+    m_deletion = {start, lineStart, rest};
+    // White space behind the element goes too: the rest of the line takes its place.
     if (lineEnd.empty())
-        Add(element.start, rest - element.start, "");
+        Add(start, rest - start, "");
     else
         Add(lineStart, rest + lineEnd.size() - lineStart, "");
 }
@@ -234,7 +244,7 @@ void XMLEditWriter::FillEmptyTag(const FoundElement& element, const CombinedChan
 {
     Fragments fragments = change.prepended;
     std::string content = WriteInline(fragments);
-    const bool isInline = change.text || !HasOwnLine(element);
+    const bool isInline = IsInline(element, change) || !HasOwnLine(element);
     if (isInline) {
         if (change.text)
             content += m_characters.EscapeText(*change.text, m_firstLineEnd.empty() ? "\n" : m_firstLineEnd);
@@ -343,6 +353,8 @@ void XMLEditWriter::ChangeText(const FoundElement& element, const VString& value
 // Inserts nodes in front of the first node of the content.
 void XMLEditWriter::Prepend(const FoundElement& element, const Fragments& fragments)
 {
+    if (fragments.empty())
+        return;
     const std::optional<std::size_t> lineEndOffset = SkipRestOfLine(element.tagEnd);
     const std::string_view lineEnd = lineEndOffset ? LineEndAt(m_text, *lineEndOffset) : std::string_view();
     if (lineEnd.empty()) {
@@ -358,6 +370,8 @@ void XMLEditWriter::Prepend(const FoundElement& element, const Fragments& fragme
 // Inserts nodes behind the last node of the content.
 void XMLEditWriter::Append(const FoundElement& element, const Fragments& fragments)
 {
+    if (fragments.empty())
+        return;
     if (element.lastLineNode == FoundElement::None) {
         Add(element.endTag, 0, WriteInline(fragments));
         return;

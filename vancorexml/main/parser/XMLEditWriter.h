@@ -106,6 +106,12 @@ private:
     const std::vector<CombinedChange>& m_changes;
     const XMLCharacters& m_characters;
     std::string_view m_firstLineEnd;  // of the text; empty if it has only one line
+    // The last deletion of elements that begin a line.
+    struct {
+        std::size_t start = 0;
+        std::size_t lineStart = 0;
+        std::size_t end = 0;  // behind the white space that follows
+    } m_deletion;
     std::vector<TextEdit> m_edits;
     std::vector<ElementError> m_errors;
 };

@@ -27,6 +27,16 @@ std::string_view AttributeOf(const XMLToken& token, std::string_view name)
     return {};
 }
 
+// True if a parser can report "preserve" for this value of xml:space. It removes blanks around the value of an
+// attribute that the document type declares.
+bool MayMeanPreserve(std::string_view value)
+{
+    const std::string decoded = XMLReferences::Decode(value, XMLReferences::Place::Attribute);
+    const std::size_t start = std::min(decoded.find_first_not_of(' '), decoded.size());
+    const std::string trimmed = decoded.substr(start, decoded.find_last_not_of(' ') + 1 - start);
+    return trimmed == "preserve" || XMLReferences::HasEntity(value);
+}
+
 }  // namespace
 
 std::optional<std::size_t> FindLineStart(std::string_view text, std::size_t offset) noexcept
@@ -85,13 +95,16 @@ struct XMLElementFinder::OpenElement {
 
 XMLElementFinder::XMLElementFinder(std::string_view text,
     const std::vector<VString>& paths,
-    const std::vector<std::pair<std::size_t, std::size_t>>& numbers)
+    const std::vector<std::pair<std::size_t, std::size_t>>& numbers,
+    const std::set<std::u16string>& preserved)
     : m_text(text),
       m_reader(text),
       m_numbers(numbers)
 {
     for (const VString& path : paths)
         m_matchers.emplace_back(path);
+    for (const std::u16string& name : preserved)
+        m_preserved.insert(VString(name.data(), name.size()).toStdString());
     m_findings.matches.resize(paths.size());
 }
 
@@ -230,7 +243,9 @@ bool XMLElementFinder::IsPreserved(const XMLToken& token) const
     if (token.text.find(SpaceAttribute) != std::string_view::npos) {
         const std::string_view value = AttributeOf(token, SpaceAttribute);
         if (!value.empty())
-            return XMLReferences::Decode(value) == "preserve";
+            return MayMeanPreserve(value);
     }
+    if (!m_preserved.empty() && m_preserved.count(std::string(token.name)) > 0)
+        return true;
     return !m_open.empty() && m_open.back().isPreserved;
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -71,10 +72,11 @@ std::optional<std::size_t> FindLineStart(std::string_view text, std::size_t offs
 class XMLElementFinder {
 public:
     // The changes of the paths are numbered from 0. `numbers` are pairs of the number of an element and the number of
-    // a change; it must be sorted.
+    // a change; it must be sorted. `preserved` are the names of the elements whose xml:space is "preserve" by default.
     XMLElementFinder(std::string_view text,
         const std::vector<VString>& paths,
-        const std::vector<std::pair<std::size_t, std::size_t>>& numbers);
+        const std::vector<std::pair<std::size_t, std::size_t>>& numbers,
+        const std::set<std::u16string>& preserved);
     ~XMLElementFinder();
     XMLElementFinder(const XMLElementFinder&) = delete;
     XMLElementFinder& operator=(const XMLElementFinder&) = delete;
@@ -98,6 +100,7 @@ private:
     XMLTokenReader m_reader;
     std::vector<Matcher> m_matchers;
     const std::vector<std::pair<std::size_t, std::size_t>>& m_numbers;
+    std::set<std::string> m_preserved;
     std::size_t m_nextNumber = 0;
     std::vector<OpenElement> m_open;
     std::vector<std::size_t> m_changes;  // of the current element

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
 #include <stdexcept>
 #include <string_view>
 #include <unordered_map>
@@ -113,6 +114,24 @@ EntityElements FindEntityElements(const std::string& text)
     }
 }
 
+// Returns the names of the elements whose xml:space is "preserve" by a default of the document type.
+std::set<std::u16string> FindPreservedElements(const std::string& text)
+{
+    XMLTokenReader tokens(text);
+    XMLToken token;
+    while (tokens.Next(token) && token.kind != XMLToken::Kind::StartTag) {
+        if (token.kind != XMLToken::Kind::DocumentType)
+            continue;
+        BorrowedInputSource source(text, VString(), true, TextEncoding::Utf8);
+        XMLEventReader reader(source);
+        XMLEvent::Kind kind = reader.Next().kind;
+        while (kind != XMLEvent::Kind::StartElement && kind != XMLEvent::Kind::Fault)
+            kind = reader.Next().kind;
+        return reader.PreservedElements();
+    }
+    return {};
+}
+
 // False for a text that no XML name can be. Names with other characters beyond ASCII than XML allows are found when
 // the result is parsed.
 bool IsName(const VString& name)
@@ -178,7 +197,7 @@ private:
         for (const auto& [number, change] : m_editor.m_elementChanges)
             numbers.emplace_back(number, paths.size() + numbers.size());
         std::sort(numbers.begin(), numbers.end());
-        m_findings = XMLElementFinder(m_text, paths, numbers).Run();
+        m_findings = XMLElementFinder(m_text, paths, numbers, FindPreservedElements(m_text)).Run();
         if (!numbers.empty() && numbers.back().first >= m_findings.elementCount)
             throw std::out_of_range("XMLSourceEditor: there is no element of this number");
         m_characters.canEncode = m_editor.m_options.canEncode;
@@ -312,11 +331,23 @@ private:
             const auto change = changes.find(element);
             if (change == changes.end())
                 continue;
+            const auto hasText = [&](std::size_t i) { return m_changes[i].change->text.has_value(); };
+            const bool getsText = std::any_of(change->second.begin(), change->second.end(), hasText);
             if (reference > 0)
-                errors.push_back({m_findings.entityReferences[reference - 1].offset,
-                    "The element '" + element->GetName() + "' of an entity cannot be changed"});
+                Add(errors, reference, "The element '" + element->GetName() + "' of an entity cannot be changed");
+            else if (getsText && element->HasChildren() && m_entityElements.references[inTree] > 0)
+                Add(errors,
+                    m_entityElements.references[inTree],
+                    "The text cannot be changed, because an entity contains elements");
         }
         return Report(std::move(errors));
+    }
+
+    // Adds an error at the reference of this number, from 1.
+    void Add(std::vector<ElementError>& errors, std::size_t reference, const VString& message) const
+    {
+        const std::vector<EntityReferencePlace>& places = m_findings.entityReferences;
+        errors.push_back({places[std::min(reference, places.size()) - 1].offset, message});
     }
 
     bool Report(std::vector<ElementError> errors)
@@ -438,7 +469,7 @@ std::string ApplyEdits(std::string_view text, const std::vector<TextEdit>& edits
     std::size_t size = text.size();
     std::size_t end = 0;  // of the last edit
     for (const TextEdit& edit : edits) {
-        if (edit.offset < end || edit.length > text.size() - std::min(edit.offset, text.size()))
+        if (edit.offset < end || edit.offset > text.size() || edit.length > text.size() - edit.offset)
             throw std::invalid_argument("ApplyEdits: the edits overlap or exceed the text");
         end = edit.offset + edit.length;
         size += edit.replacement.size() - edit.length;
