@@ -62,7 +62,7 @@ std::vector<TextEdit> XMLEditWriter::Run()
     for (const ElementFindings::Event& event : m_findings.events) {
         const FoundElement& element = m_findings.elements[event.element];
         const CombinedChange& change = m_changes[element.changes];
-        if (element.start < deletedEnd)
+        if (element.end <= deletedEnd)
             continue;
         if (event.isEnd) {
             End(element, change);
