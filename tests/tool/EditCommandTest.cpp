@@ -1,0 +1,137 @@
+#include <QDateTime>
+
+#include "tests/tool/ToolRun.h"
+
+using testsupport::TemporaryFolder;
+
+namespace {
+
+const std::string Document = "<?xml version=\"1.0\"?>\r\n<a>\r\n\t<b x=\"1\"/> <!-- b -->\r\n\t<c>t</c>\r\n</a>\r\n";
+
+std::string Edit(const std::string& input, const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> all{"edit", "-"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    const ToolResult result = RunTool(all, input);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.status, 0);
+    return result.output;
+}
+
+std::string Utf16(const std::u16string& text)
+{
+    std::string bytes = "\xFE\xFF";
+    for (const char16_t unit : text)
+        (bytes += static_cast<char>(unit >> 8)) += static_cast<char>(unit & 0xFF);
+    return bytes;
+}
+
+}  // namespace
+
+TEST(EditCommandTest, ActionsApplyToThePathBeforeThem)
+{
+    EXPECT_EQ(Edit(Document, {"--at", "/a/b", "--set", "x=2", "--at", "/a/c", "--set", "x=3", "--set", "y=4=5"}),
+        "<?xml version=\"1.0\"?>\r\n<a>\r\n\t<b x=\"2\"/> <!-- b -->\r\n\t<c x='3' y='4=5'>t</c>\r\n</a>\r\n");
+}
+
+TEST(EditCommandTest, HasAllActions)
+{
+    EXPECT_EQ(Edit("<a>\n  <b x='1'/>\n  <c/>\n</a>\n",
+                  {"--at",
+                      "//b",
+                      "--unset",
+                      "x",
+                      "--rename",
+                      "d",
+                      "--append",
+                      "<e/>",
+                      "--prepend",
+                      "<f/>",
+                      "--before",
+                      "<g/>",
+                      "--after",
+                      "<h/>",
+                      "--at",
+                      "//c",
+                      "--delete"}),
+        "<a>\n  <g/>\n  <d>\n    <f/>\n    <e/>\n  </d>\n  <h/>\n</a>\n");
+    EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text", "<"}), "<a>&lt;</a>");
+}
+
+TEST(EditCommandTest, ValuesMayBeEmptyAndHaveBracketsAndDashes)
+{
+    EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text", "", "--set", "b="}), "<a b=''></a>");
+    EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text", "[x,y]", "--set", "b=[1,2]"}), "<a b='[1,2]'>[x,y]</a>");
+    EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text=--x"}), "<a>--x</a>");
+    EXPECT_EQ(Edit("<a :b='1'/>", {"--at", "a", "--set", ":b=2"}), "<a :b='2'/>");
+}
+
+TEST(EditCommandTest, KeepsTheBytesOfOtherEncodings)
+{
+    const std::vector<std::string> edits{"--at", "/a", "--set", "b=€", "--text", "é€"};
+    EXPECT_EQ(Edit("\xEF\xBB\xBF<a b='1'>x</a>", edits), "\xEF\xBB\xBF<a b='€'>é€</a>");
+    EXPECT_EQ(Edit(Utf16(u"<a c='\U00010000'>x</a>"), edits), Utf16(u"<a c='\U00010000' b='€'>é€</a>"));
+    const std::string latin1 = "<?xml version='1.0' encoding='iso-8859-1'?>\r<!-- \xE4 -->";
+    EXPECT_EQ(Edit(latin1 + "<a c='\xFC'>x</a>\n", edits), latin1 + "<a c='\xFC' b='&#8364;'>\xE9&#8364;</a>\n");
+    const std::string japanese = "<?xml version='1.0' encoding='Shift_JIS'?><a c='\x93\xFA\x96\x7B'>";
+    EXPECT_EQ(Edit(japanese + "\x93\xFA</a>", {"--at", "/a", "--text", "本é"}), japanese + "\x96\x7B&#233;</a>");
+}
+
+TEST(EditCommandTest, ErrorsHaveThePlaceAndThePathAndNothingIsWritten)
+{
+    const TemporaryFolder folder;
+    const VString file = folder.Write("a.xml", Document);
+    const ToolResult result =
+        RunTool({"edit", "--in-place", file.toStdString(), "--at", "//b", "--set", "y=1", "--at", "a", "--text", "x"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors,
+        file.toStdString() +
+            ": Error(2,1): /a: The text cannot be changed, because the element contains elements (id: " +
+            file.toStdString() + ")\n");
+    EXPECT_EQ(TemporaryFolder::Read(file), Document);
+}
+
+TEST(EditCommandTest, PathWithoutAMatchIsAWarning)
+{
+    const ToolResult result = RunTool({"edit", "-", "--at", "/b", "--delete"}, Document);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, Document);
+    EXPECT_EQ(result.errors, "-: Warning: The path '/b' matches no element\n");
+}
+
+TEST(EditCommandTest, RefusesMistakesInTheCommandLine)
+{
+    const std::pair<std::vector<std::string>, std::string> mistakes[] = {
+        {{"--set", "x=1", "--at", "a"}, "vanxml: --set needs an --at in front of it\n"},
+        {{"--at", "a"}, "vanxml: --at \"a\" has no action behind it\n"},
+        {{"--at", "a", "--at", "b", "--delete"}, "vanxml: --at \"a\" has no action behind it\n"},
+        {{"--at", "a", "--set", "x"}, "vanxml: --set \"x\" has no \"=\" between the name and the value\n"},
+        {{"--at", "a", "--text", "x", "--text", "y"}, "vanxml: --text stands twice behind one --at\n"},
+    };
+    for (const auto& [arguments, message] : mistakes) {
+        std::vector<std::string> all{"edit", "-"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const ToolResult result = RunTool(all, Document);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors, message);
+    }
+    EXPECT_EQ(RunTool({"edit", "-"}, Document).status, 2);
+}
+
+TEST(EditCommandTest, EditsSeveralDocumentsAndTouchesOnlyThoseThatChange)
+{
+    const TemporaryFolder folder;
+    const std::string changed = folder.Write("a.xml", "<a><b/></a>").toStdString();
+    const std::string same = folder.Write("b.xml", "<a/>").toStdString();
+    const std::string bad = folder.Write("c.xml", "<a>").toStdString();
+    const QDateTime before = QFileInfo(QString::fromStdString(same)).lastModified();
+    const ToolResult check = RunTool({"edit", "--check", changed, same, "--at", "//b", "--delete"});
+    EXPECT_EQ(check.status, 1);
+    EXPECT_EQ(check.output, changed + "\n");
+    const ToolResult result = RunTool({"edit", "--in-place", changed, bad, same, "--at", "//b", "--delete"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(TemporaryFolder::Read(VString::fromStdString(changed)), "<a></a>");
+    EXPECT_EQ(TemporaryFolder::Read(VString::fromStdString(bad)), "<a>");
+    EXPECT_EQ(QFileInfo(QString::fromStdString(same)).lastModified(), before);
+}
