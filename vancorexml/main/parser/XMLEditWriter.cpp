@@ -41,6 +41,50 @@ XMLToken ReadTag(std::string_view text, const FoundElement& element)
     return token;
 }
 
+// The texts of an element without child elements.
+struct ElementText {
+    std::vector<XMLToken> tokens;  // texts and CDATA sections
+    std::size_t main = 0;          // the first token that is not white space only; 0 if there is none
+    std::string decoded;           // as a parser reports it, if there are no entities
+    bool hasEntity = false;
+};
+
+// Returns the content of a CDATA section with its line ends as a parser reports them.
+std::string DecodeCData(std::string_view token)
+{
+    const std::string_view content =
+        token.substr(CDataStart.size(), token.size() - CDataStart.size() - CDataEnd.size());
+    std::string decoded;
+    for (std::size_t i = 0; i < content.size(); ++i) {
+        if (content[i] != '\r')
+            decoded += content[i];
+        else if (!content.substr(i + 1).starts_with('\n'))
+            decoded += '\n';
+    }
+    return decoded;
+}
+
+ElementText ReadText(std::string_view content)
+{
+    ElementText text;
+    bool hasMain = false;
+    XMLTokenReader reader(content);
+    XMLToken token;
+    while (reader.Next(token)) {
+        if (token.kind != Kind::CData && token.kind != Kind::Text)
+            continue;
+        const bool isCData = token.kind == Kind::CData;
+        text.decoded += isCData ? DecodeCData(token.text) : XMLReferences::Decode(token.text);
+        text.hasEntity |= !isCData && XMLReferences::HasEntity(token.text);
+        if (!hasMain && (isCData || !IsBlank(token.text))) {
+            hasMain = true;
+            text.main = text.tokens.size();
+        }
+        text.tokens.push_back(token);
+    }
+    return text;
+}
+
 }  // namespace
 
 XMLEditWriter::XMLEditWriter(std::string_view text,
@@ -247,7 +291,7 @@ void XMLEditWriter::FillEmptyTag(const FoundElement& element, const CombinedChan
     const bool isInline = IsInline(element, change) || !HasOwnLine(element);
     if (isInline) {
         if (change.text)
-            content += m_characters.EscapeText(*change.text, m_firstLineEnd.empty() ? "\n" : m_firstLineEnd);
+            content += m_characters.EscapeText(*change.text, DefaultLineEnd());
         content += WriteInline(change.appended);
     } else {
         fragments.insert(fragments.end(), change.appended.begin(), change.appended.end());
@@ -291,63 +335,35 @@ void XMLEditWriter::FillBlank(const FoundElement& element, const CombinedChange&
 // The first text that is not white space only gets the value. All other text goes.
 void XMLEditWriter::ChangeText(const FoundElement& element, const VString& value)
 {
-    std::vector<XMLToken> texts;
-    const XMLToken* replaced = nullptr;
-    XMLTokenReader reader(m_text.substr(element.tagEnd, element.endTag - element.tagEnd));
-    XMLToken token;
-    std::string current;
-    bool hasEntity = false;
-    std::size_t replacedIndex = 0;
-    bool hasReplaced = false;
-    while (reader.Next(token)) {
-        if (token.kind == Kind::CData) {
-            const std::string_view inner =
-                token.text.substr(CDataStart.size(), token.text.size() - CDataStart.size() - CDataEnd.size());
-            for (std::size_t i = 0; i < inner.size(); ++i) {
-                if (inner[i] != '\r')
-                    current += inner[i];
-                else if (i + 1 == inner.size() || inner[i + 1] != '\n')
-                    current += '\n';
-            }
-        } else if (token.kind == Kind::Text) {
-            hasEntity = hasEntity || XMLReferences::HasEntity(token.text);
-            current += XMLReferences::Decode(token.text);
-        } else {
-            continue;
-        }
-        if (!hasReplaced && !(token.kind == Kind::Text && IsBlank(token.text))) {
-            hasReplaced = true;
-            replacedIndex = texts.size();
-        }
-        texts.push_back(token);
-    }
-    if (!hasEntity && current == value.toStdString())
+    const ElementText text = ReadText(m_text.substr(element.tagEnd, element.endTag - element.tagEnd));
+    if (!text.hasEntity && text.decoded == value.toStdString())
         return;
-    if (!texts.empty())
-        replaced = &texts[replacedIndex];
-    const std::string_view lineEnd = m_firstLineEnd.empty() ? "\n" : m_firstLineEnd;
-    std::string written = m_characters.EscapeText(value, lineEnd);
-    if (replaced && replaced->kind == Kind::CData) {
-        const std::string plain = value.toStdString();
-        const bool canBeCData = !plain.empty() && plain.find(CDataEnd) == std::string::npos &&
-            plain.find('\r') == std::string::npos && !m_characters.NeedsReferences(value);
-        if (canBeCData) {
-            written = CDataStart;
-            for (const char byte : plain) {
-                if (byte == '\n')
-                    written += lineEnd;
-                else
-                    written += byte;
-            }
-            written += CDataEnd;
-        }
+    if (text.tokens.empty()) {
+        Add(element.tagEnd, 0, m_characters.EscapeText(value, DefaultLineEnd()));
+        return;
     }
-    if (!replaced)
-        Add(element.tagEnd, 0, std::move(written));
-    for (const XMLToken& text : texts)
-        Add(element.tagEnd + reader.OffsetOf(text.text),
-            text.text.size(),
-            &text == replaced ? std::move(written) : std::string());
+    for (std::size_t i = 0; i < text.tokens.size(); ++i) {
+        const XMLToken& token = text.tokens[i];
+        const auto offset = static_cast<std::size_t>(token.text.data() - m_text.data());
+        Add(offset, token.text.size(), i == text.main ? WriteText(value, token.kind) : std::string());
+    }
+}
+
+// Returns the text in the form of the token that it replaces, if it can have this form.
+std::string XMLEditWriter::WriteText(const VString& value, XMLToken::Kind kind) const
+{
+    const std::string plain = value.toStdString();
+    if (kind != Kind::CData || plain.empty() || plain.find(CDataEnd) != std::string::npos ||
+        m_characters.NeedsReferences(value))
+        return m_characters.EscapeText(value, DefaultLineEnd());
+    std::string written(CDataStart);
+    for (const char byte : plain) {
+        if (byte == '\n')
+            written += DefaultLineEnd();
+        else
+            written += byte;
+    }
+    return written += CDataEnd;
 }
 
 // Inserts nodes in front of the first node of the content.
@@ -465,7 +481,7 @@ std::string XMLEditWriter::Write(const Fragments& fragments,
 
 std::string XMLEditWriter::WriteInline(const Fragments& fragments) const
 {
-    return Write(fragments, "", "", m_firstLineEnd.empty() ? "\n" : m_firstLineEnd, "");
+    return Write(fragments, "", "", DefaultLineEnd(), "");
 }
 
 void XMLEditWriter::Add(std::size_t offset, std::size_t length, std::string&& replacement)

@@ -72,6 +72,7 @@ private:
     void Delete(const FoundElement& element, const CombinedChange& change);
     void ChangeAttributes(const FoundElement& element, const CombinedChange& change);
     void ChangeText(const FoundElement& element, const VString& value);
+    std::string WriteText(const VString& value, XMLToken::Kind kind) const;
     void FillEmptyTag(const FoundElement& element, const CombinedChange& change);
     void FillBlank(const FoundElement& element, const CombinedChange& change);
     void Prepend(const FoundElement& element, const Fragments& fragments);
@@ -85,6 +86,8 @@ private:
     std::string_view IndentationAt(std::size_t offset) const;
     // Returns the indentation for the content of an element that has no nodes yet.
     std::string ChildIndentation(const FoundElement& element) const;
+    // Returns the first line end of the text, for a place without a line end beside it.
+    std::string_view DefaultLineEnd() const { return m_firstLineEnd.empty() ? "\n" : m_firstLineEnd; }
     // Returns the line end in front of the line that starts at `lineStart`.
     std::string_view LineEndBefore(std::size_t lineStart) const;
     // Returns the end of the line if it has only white space and comments from `offset` on. Comments belong to the
