@@ -72,8 +72,7 @@ public:
     {
         Open& parent = m_open.back();
         const DOMElementConstChildren children = parent.element->GetChildren();
-        const DOMElement* const element =
-            parent.nextChild == children.size() ? nullptr : children[parent.nextChild++];
+        const DOMElement* const element = parent.nextChild == children.size() ? nullptr : children[parent.nextChild++];
         // AddTo invalidates the name.
         const bool hasName = element && element->GetName() == name;
         m_attributes.clear();
