@@ -450,7 +450,7 @@ std::optional<std::size_t> XMLEditWriter::SkipRestOfLine(std::size_t offset) con
     std::size_t end = offset;  // of the last comment
     for (std::size_t position = SkipBlanks(m_text, offset);; position = SkipBlanks(m_text, end)) {
         if (position == m_text.size() || !LineEndAt(m_text, position).empty())
-            return end;
+            return position;
         if (!m_text.substr(position).starts_with("<!--"))
             return std::nullopt;
         end = m_text.find("-->", position + 4);

@@ -90,8 +90,8 @@ private:
     std::string_view DefaultLineEnd() const { return m_firstLineEnd.empty() ? "\n" : m_firstLineEnd; }
     // Returns the line end in front of the line that starts at `lineStart`.
     std::string_view LineEndBefore(std::size_t lineStart) const;
-    // Returns the end of the line if it has only white space and comments from `offset` on. Comments belong to the
-    // node in front of them, so the position behind them is returned.
+    // Returns the end of the line if it has only white space and comments from `offset` on: comments belong to the
+    // node in front of them.
     std::optional<std::size_t> SkipRestOfLine(std::size_t offset) const;
 
     // Returns all nodes, each between `prefix` and `suffix`.
