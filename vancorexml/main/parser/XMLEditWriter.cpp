@@ -41,6 +41,13 @@ XMLToken ReadTag(std::string_view text, const FoundElement& element)
     return token;
 }
 
+// True if a parser reports this value for an attribute. False if that depends on an entity.
+bool IsValue(std::string_view written, const VString& value)
+{
+    return !XMLReferences::HasEntity(written) &&
+        XMLReferences::Decode(written, XMLReferences::Place::Attribute) == value.toStdString();
+}
+
 // The texts of an element without child elements.
 struct ElementText {
     std::vector<XMLToken> tokens;  // texts and CDATA sections
@@ -262,13 +269,11 @@ void XMLEditWriter::ChangeAttributes(const FoundElement& element, const Combined
             if (changed.name != attribute.name)
                 continue;
             isDone[i] = true;
+            const std::string_view old = attribute.value;
             if (!changed.value)
                 Add(previousEnd, end - previousEnd, "");
-            else if (XMLReferences::HasEntity(attribute.value) ||
-                XMLReferences::Decode(attribute.value, XMLReferences::Place::Attribute) != changed.value->toStdString())
-                Add(offsetOf(attribute.value),
-                    attribute.value.size(),
-                    m_characters.EscapeValue(*changed.value, attribute.quote));
+            else if (!IsValue(old, *changed.value))
+                Add(offsetOf(old), old.size(), m_characters.EscapeValue(*changed.value, quote));
         }
     }
     const bool hasLines = space.find_first_of(LineEnds) != std::string_view::npos;

@@ -333,12 +333,11 @@ private:
                 continue;
             const auto hasText = [&](std::size_t i) { return m_changes[i].change->text.has_value(); };
             const bool getsText = std::any_of(change->second.begin(), change->second.end(), hasText);
+            const std::size_t below = element->HasChildren() ? m_entityElements.references[inTree] : 0;
             if (reference > 0)
                 Add(errors, reference, "The element '" + element->GetName() + "' of an entity cannot be changed");
-            else if (getsText && element->HasChildren() && m_entityElements.references[inTree] > 0)
-                Add(errors,
-                    m_entityElements.references[inTree],
-                    "The text cannot be changed, because an entity contains elements");
+            else if (getsText && below > 0)
+                Add(errors, below, "The text cannot be changed, because an entity contains elements");
         }
         return Report(std::move(errors));
     }
