@@ -18,12 +18,11 @@ DocumentEdits::DocumentEdits(const VString& name, const std::string& bytes, cons
 
 DocumentEdits::~DocumentEdits() = default;
 
-XMLSourceEditor::Options DocumentEdits::EditorOptions()
+std::function<bool(char32_t)> DocumentEdits::CharacterTest()
 {
-    XMLSourceEditor::Options options;
-    if (!HasAllCharacters(m_document.Encoding()))
-        options.canEncode = [this](char32_t character) { return !m_encoder->EncodeCharacter(character).empty(); };
-    return options;
+    if (HasAllCharacters(m_document.Encoding()))
+        return {};
+    return [this](char32_t character) { return !m_encoder->EncodeCharacter(character).empty(); };
 }
 
 std::string DocumentEdits::Apply(EditedText&& edited)

@@ -23,8 +23,8 @@ public:
     DocumentEdits(const DocumentEdits&) = delete;
     DocumentEdits& operator=(const DocumentEdits&) = delete;
 
-    // Returns the options for an editor of the document. They refer to this object.
-    XMLSourceEditor::Options EditorOptions();
+    // Returns the test whether the encoding of the file has a character; empty if it has all. It refers to this object.
+    std::function<bool(char32_t)> CharacterTest();
     // Returns the bytes of the edited file. Throws VIO::Exception if a character of the file has other bytes than the
     // encoding gives it, and XMLVerificationError if the bytes do not have the edited text.
     std::string Apply(EditedText&& edited);

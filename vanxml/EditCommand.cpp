@@ -141,7 +141,7 @@ RewrittenDocument EditCommand::Rewrite(const VString& name, const std::string& b
 {
     const DocumentText document(name, bytes);
     DocumentEdits edits(name, bytes, document);
-    XMLSourceEditor editor(document.Text(), name, edits.EditorOptions());
+    XMLSourceEditor editor(document.Text(), name, {edits.CharacterTest()});
     for (const auto& [path, change] : m_changes)
         editor.Change(path, change);
     RewrittenDocument result;

@@ -8,8 +8,8 @@
 #include "vancoredata/VResource.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vanxml/DocumentEdits.h"
 #include "vanxml/DocumentText.h"
-#include "vanxml/EncodedEdits.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/SchemaSelection.h"
 #include "vanxml/StandardStreams.h"
@@ -180,10 +180,8 @@ RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::stri
     if (HasErrors(diagnostics))
         return Fail(name, diagnostics, ExitStatus::Faulty);
 
-    EncodedEdits edits(name, bytes, document);
-    XMLSourceRetargeter::Options options;
-    options.canEncode = [&](char32_t character) { return edits.CanEncode(character); };
-    XMLSourceRetargeter retargeter(GetRoles(selection.schema.name), m_tables.GetTables(), options);
+    DocumentEdits edits(name, bytes, document);
+    XMLSourceRetargeter retargeter(GetRoles(selection.schema.name), m_tables.GetTables(), {edits.CharacterTest()});
     std::optional<EditedText> renamed = retargeter.Retarget(text, name);
     RewrittenDocument result;
     for (const ClashingName& clash : retargeter.GetClashes()) {
