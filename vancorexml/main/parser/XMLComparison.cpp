@@ -1,6 +1,7 @@
 #include "vancorexml/main/parser/XMLComparison.h"
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,12 @@ bool IsBlank(const XMLEvent& event)
 {
     return event.kind == Kind::Text && !event.hasCData &&
         std::all_of(event.text.begin(), event.text.end(), [](char16_t unit) { return XmlUtils::IsWhitespace(unit); });
+}
+
+// std::char_traits<char16_t> compares the units one by one.
+bool IsEqual(const std::u16string& a, const std::u16string& b) noexcept
+{
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
 }
 
 // An element that is open in both documents.
@@ -56,9 +63,9 @@ public:
             const bool isBlankInA = IsBlank(*a);
             const bool isBlankInB = IsBlank(*b);
             if (isBlankInA || isBlankInB) {
-                const bool isEqual = isBlankInA && isBlankInB && a->text == b->text;
+                const bool isEqual = isBlankInA && isBlankInB && IsEqual(a->text, b->text);
                 m_open.back().differs |= !isEqual;
-            } else if (a->kind != b->kind || a->text != b->text || !Accept(*a)) {
+            } else if (a->kind != b->kind || !IsEqual(a->text, b->text) || !Accept(*a)) {
                 return false;
             } else if (a->kind == Kind::EndOfDocument) {
                 return true;

@@ -77,12 +77,23 @@ std::size_t FindEntity(std::string_view text) noexcept
     return FindReference(text, [](const Reference& reference) { return !reference.character; });
 }
 
-bool IsBlank(std::string_view text)
+// Most texts end this search at their first character.
+bool IsBlank(std::string_view text) noexcept
 {
-    if (HasEntity(text))
-        return false;
-    const std::string decoded = Decode(text);
-    return std::all_of(decoded.begin(), decoded.end(), [](char byte) { return XmlUtils::IsWhitespace(byte); });
+    while (!text.empty()) {
+        std::size_t length = 1;
+        if (text.front() == '&') {
+            const Reference reference = ReadReference(text);
+            length = reference.length;
+            const char32_t character = reference.character.value_or(U'&');
+            if (character > U' ' || !XmlUtils::IsWhitespace(static_cast<char16_t>(character)))
+                return false;
+        } else if (!XmlUtils::IsWhitespace(text.front())) {
+            return false;
+        }
+        text.remove_prefix(length);
+    }
+    return true;
 }
 
 bool HasNonAscii(std::string_view text) noexcept

@@ -21,7 +21,7 @@ inline bool HasEntity(std::string_view text) noexcept
 }
 
 // True if all characters are white space, including those that are written as references.
-bool IsBlank(std::string_view text);
+bool IsBlank(std::string_view text) noexcept;
 
 // True if a reference names a character beyond ASCII.
 bool HasNonAscii(std::string_view text) noexcept;
