@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "vancorexml/main/parser/ByteSet.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 
 namespace {
@@ -106,6 +107,7 @@ bool HasNonAscii(std::string_view text) noexcept
 
 std::string Decode(std::string_view text, Place place)
 {
+    static constexpr ByteSet Special("&\r\n\t");
     std::string decoded;
     decoded.reserve(text.size());
     while (!text.empty()) {
@@ -126,7 +128,7 @@ std::string Decode(std::string_view text, Place place)
             else
                 decoded += byte == '\t' ? '\t' : '\n';
         } else {
-            length = std::min(text.find_first_of("&\r\n\t"), text.size());
+            length = std::min(Special.FindFirst(text), text.size());
             decoded += text.substr(0, length);
         }
         text.remove_prefix(length);

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "vancorexml/main/parser/BorrowedInputSource.h"
+#include "vancorexml/main/parser/ByteSet.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/XMLComparison.h"
 #include "vancorexml/main/parser/XMLEventReader.h"
@@ -350,8 +351,8 @@ private:
 
     void WriteValue(std::string_view value)
     {
-        static constexpr std::string_view Special = "&<>'\"\t\n\r";
-        if (value.find_first_of(Special) == std::string_view::npos)
+        static constexpr ByteSet Special("&<>'\"\t\n\r");
+        if (Special.FindFirst(value) == std::string_view::npos)
             m_output += value;
         else if (m_layout.version == "1.1" || NeedsReferences(value))
             WriteUnescaped(value);
@@ -388,8 +389,8 @@ private:
 
     void WriteText(std::string_view raw)
     {
-        static constexpr std::string_view Special = "&>'\"\t\n\r";
-        if (raw.find_first_of(Special) == std::string_view::npos) {
+        static constexpr ByteSet Special("&>'\"\t\n\r");
+        if (Special.FindFirst(raw) == std::string_view::npos) {
             m_output += raw;
             return;
         }

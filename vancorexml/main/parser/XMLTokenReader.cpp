@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "vancorexml/main/parser/ByteSet.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 
 using XmlUtils::IsWhitespace;
@@ -9,7 +10,8 @@ using XmlUtils::IsWhitespace;
 namespace {
 
 // The first bytes of characters that may end a name, see LineEndLength.
-constexpr std::string_view NameEnd = " \t\r\n/>?=\xC2\xE2";
+constexpr ByteSet NameEnd(" \t\r\n/>?=\xC2\xE2");
+constexpr ByteSet TagEndOrQuote(">\"'");
 
 // Returns the bytes of the line end at the start of the text that only XML 1.1 has: U+0085 or U+2028, and otherwise 0.
 // Such a line end is white space in a tag. In XML 1.0 a tag cannot contain it outside of quotes.
@@ -23,9 +25,9 @@ std::size_t LineEndLength(std::string_view text) noexcept
 // Returns the end of the name, or the length of the text. The search begins at `from`.
 std::size_t FindNameEnd(std::string_view text, std::size_t from) noexcept
 {
-    std::size_t end = std::min(text.find_first_of(NameEnd, from), text.size());
+    std::size_t end = std::min(NameEnd.FindFirst(text, from), text.size());
     while (end < text.size() && static_cast<unsigned char>(text[end]) > 0x7F && LineEndLength(text.substr(end)) == 0)
-        end = std::min(text.find_first_of(NameEnd, end + 1), text.size());
+        end = std::min(NameEnd.FindFirst(text, end + 1), text.size());
     return end;
 }
 
@@ -58,15 +60,14 @@ std::size_t XMLTokenReader::FindEnd(std::string_view terminator, std::size_t fro
 // Returns the position behind the first ">" at or after `from` that is not inside quotes.
 std::size_t XMLTokenReader::FindTagEnd(std::size_t from) const noexcept
 {
-    for (std::size_t position = from; position < m_text.size(); ++position) {
-        const char character = m_text[position];
-        if (character == '>')
+    std::size_t position = TagEndOrQuote.FindFirst(m_text, from);
+    while (position != std::string_view::npos) {
+        if (m_text[position] == '>')
             return position + 1;
-        if (character == '"' || character == '\'') {
-            position = m_text.find(character, position + 1);
-            if (position == std::string_view::npos)
-                break;
-        }
+        const std::size_t closing = m_text.find(m_text[position], position + 1);
+        if (closing == std::string_view::npos)
+            break;
+        position = TagEndOrQuote.FindFirst(m_text, closing + 1);
     }
     return m_text.size();
 }
