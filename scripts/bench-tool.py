@@ -377,7 +377,7 @@ def output_of(*words):
         return "unknown"
 
 
-def setting(load, rounds):
+def setting(load, rounds, tasks):
     """Returns lines that describe the run."""
     with open("/proc/cpuinfo", encoding="utf-8") as processors:
         models = [line.split(":", 1)[1].strip() for line in processors if line.startswith("model name")]
@@ -390,7 +390,7 @@ def setting(load, rounds):
         f"- compiler: {output_of('c++', '--version').splitlines()[0]}; flags: -O3 -DNDEBUG (CMake's Release) and the "
         "project's own",
         f"- peers: {peers.rstrip(', ')}; Python {platform.python_version()} compares the answers",
-        f"- command: `scripts/bench-tool`; rounds: {counts}",
+        f"- command: `scripts/bench-tool`; tasks: {', '.join(task.name for task in tasks)}; rounds: {counts}",
     ]
 
 
@@ -447,7 +447,7 @@ def main():
         print("\n".join(lines))
         return
     with open(options.page, "w", encoding="utf-8") as page:
-        page.write("\n".join([INTRO] + setting(load, rounds) + [""] + lines))
+        page.write("\n".join([INTRO] + setting(load, rounds, tasks) + [""] + lines))
 
 
 if __name__ == "__main__":
