@@ -374,6 +374,21 @@ TEST(XMLSourceFormatterTest, FormatsManyAttributes)
     EXPECT_EQ(Format(input + "/>"), output + " />\n");
 }
 
+TEST(XMLSourceFormatterTest, LimitsReferencesToPlainEntities)
+{
+    const std::string start = "<!DOCTYPE a [<!-- ] --><!ENTITY e \"x'>\">]><a>";
+    EXPECT_NE(Format(start + Repeat("&e;", 50000) + "</a>"), "(refused)");
+    EXPECT_EQ(Format(start + Repeat("&e;", 50001) + "</a>"), "(refused)");
+    EXPECT_EQ(Format(start + Repeat("<b c='&e;'/>", 50001) + "</a>"), "(refused)");
+}
+
+TEST(XMLSourceFormatterTest, RefusesExternalEntities)
+{
+    EXPECT_EQ(Format("<!DOCTYPE a [<!ENTITY e SYSTEM 'u'>]><a/>"), "(refused)");
+    EXPECT_EQ(Format("<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY f PUBLIC 'p' 'u'>]><a/>"), "(refused)");
+    EXPECT_EQ(Format("<!DOCTYPE a SYSTEM '[]>' [<!ENTITY e SYSTEM 'u'>]><a/>"), "(refused)");
+}
+
 TEST(XMLSourceFormatterTest, RefusesEntityBombs)
 {
     std::string subset = "<!ENTITY e0 'x'>";
