@@ -142,7 +142,11 @@ const SampleRow sampleRows[] = {
     {"DataConnection10_2To10_4",
         XmlFileTypeKXC,
         {"sales-server-10-2.kxc", "sales-server-10-3.kxc", "sales-server-10-4.kxc"},
-        {"data-connection/@caption caption", "data-connection/@name data connection"}},
+        {
+            "data-connection/@caption caption",
+            "data-connection/@name data connection",
+            "data-connection/driver file path",
+        }},
     {"DataConnection10_5To18_1",
         XmlFileTypeKXC,
         {"sales-server-10-5.kxc", "sales-server.kxc"},

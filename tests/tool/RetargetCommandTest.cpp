@@ -137,6 +137,18 @@ const SampleRename SampleRenames[] = {
         "Serveur des ventes",
         "Server",
         ": caption 'Serveur des ventes'"},
+    {"DriverOfADataConnection10_2To10_4",
+        "sales-server-10-[234].kxc",
+        "--path",
+        "C:\\Programme\\Treiber\\größe.dll",
+        "/opt/größe.so",
+        ": path 'C:\\Programme\\Treiber\\größe.dll' -> '/opt/größe.so'\n"},
+    {"PathInAnOptionOfADataConnection10_5",
+        "sales-server-10-5.kxc",
+        "--path",
+        "C:\\Zertifikate\\Prüfstelle.pem",
+        "/etc/roots.pem",
+        ": path 'C:\\Zertifikate\\Prüfstelle.pem' -> '/etc/roots.pem'\n"},
     {"MapSource", "*.kxd", "--map-source", "Grundkarte", "Karte", ": map source 'Grundkarte' -> 'Karte'\n"},
     {"CaptionOfAMapSource", "*.kxd", "--caption", "道路", "Roads", ": caption '道路' -> 'Roads'\n"},
     {"PathOfAMapSource10_3",
@@ -260,6 +272,22 @@ TEST(RetargetCommandTest, DocumentWithoutASchemaIsAnError)
     const ToolResult version = Retarget({"--caption", "a=b"}, Replaced(dataSource, "18.1", "9.0"));
     EXPECT_EQ(version.status, 2);
     EXPECT_THAT(version.errors, StartsWith("-: There is no schema for version 9.0"));
+}
+
+TEST(RetargetCommandTest, EachDocumentHasTheSchemaOfItsVersion)
+{
+    const auto document = [](const std::string& version, const std::string& driver) {
+        return "<data-connection version='" + version + "' name='c'><connection class='text-file'/>\n<driver>" +
+            driver + "</driver></data-connection>";
+    };
+    const TemporaryFolder folder;
+    const std::string older = folder.Write("a.kxc", document("10.4", "/a.so")).toStdString();
+    const std::string newer = folder.Write("b.kxc", document("10.5", "/a.so")).toStdString();
+    const ToolResult result = RetargetInPlace({older, newer}, {"--path", "/a.so=/b.so"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(
+        result.errors, AllOf(StartsWith(older + ":2:9: path '/a.so' -> '/b.so'\n"), HasSubstr(newer + ": Error(2,")));
+    EXPECT_THAT(ReadFiles({older, newer}), testing::ElementsAre(document("10.4", "/b.so"), document("10.5", "/a.so")));
 }
 
 TEST(RetargetCommandTest, InvalidDocumentsAreErrors)
