@@ -183,6 +183,23 @@ const EditRow EditRows[] = {
             WithRows("[orders].[a]<?orders?>") + "<?orders?>\n",
         "<?xml version='1.0'  encoding='utf-8' ?>\r\n<!DOCTYPE analysis [<!ENTITY e 'x'>]><!--orders-->" +
             WithRows("[sales].[a]<?orders?>") + "<?orders?>\n"},
+    {"LineEndsOfVersion11AroundAName",
+        RenameOrders,
+        "<?xml version='1.1'?>" + WithDataSource("name='\r\xC2\x85orders\xC2\x85\xE2\x80\xA8'"),
+        "<?xml version='1.1'?>" + WithDataSource("name='\r\xC2\x85sales\xC2\x85\xE2\x80\xA8'")},
+    {"LineEndsOfVersion11BesideAName",
+        RenameOrders,
+        " <?xml version='1.1'?>" +
+            WithRows("1\r\xC2\x85 + [orders].[a]\xC2\x85<![CDATA[\xE2\x80\xA8 + [orders].[b]]]>"),
+        " <?xml version='1.1'?>" + WithRows("1\r\xC2\x85 + [sales].[a]\xC2\x85<![CDATA[\xE2\x80\xA8 + [sales].[b]]]>")},
+    {"ControlCharactersInVersion11",
+        RenameCaption(VString::fromStdString("\x01\x7F\xC2\x85\xE2\x80\xA8")),
+        "<?xml version='1.1'?>" + WithDataSource("caption='old'"),
+        "<?xml version='1.1'?>" + WithDataSource("caption='&#1;&#127;&#133;&#8232;'")},
+    {"CarriageReturnInCDataSection",
+        RenameField(sales, FieldName("orders", "a\rb")),
+        WithRows("<![CDATA[[orders].[Sales]]]>"),
+        WithRows("<![CDATA[[orders].[a]]>&#13;<![CDATA[b]]]>")},
     {"DocumentWithoutTheName", RenameOrders, WithRows("[plan].[a]"), WithRows("[plan].[a]")},
     {"EntityInAnotherValue",
         RenameOrders,
@@ -247,6 +264,65 @@ TEST(XMLSourceRetargeterTest, PositionsAreThoseOfTheNames)
             "6:38 [orders].[c] -> [sales].[c]"));
 }
 
+TEST(XMLSourceRetargeterTest, PositionsCountTheLineEndsOfVersion11)
+{
+    Analysis retargeter(RenameOrders);
+    const std::string lines = "\xC2\x85\xE2\x80\xA8\r\xC2\x85\r\n";
+    retargeter.Retarget("<?xml version='1.1'?>" + lines + WithRows("[orders].[a]"));
+    EXPECT_THAT(retargeter.Names(), ElementsAre("5:55 [orders].[a] -> [sales].[a]"));
+    retargeter.Retarget("<?xml version='1.0'?>\n" + WithRows(lines + "[orders].[a]"));
+    EXPECT_THAT(retargeter.Names(), ElementsAre("4:1 [orders].[a] -> [sales].[a]"));
+}
+
+struct UnwritableRow {
+    const char* name;
+    AddRenames addRenames;
+    const char* message;
+};
+
+void PrintTo(const UnwritableRow& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class XMLSourceRetargeterUnwritableTest : public testing::TestWithParam<UnwritableRow> {};
+
+TEST_P(XMLSourceRetargeterUnwritableTest, Throws)
+{
+    try {
+        Analysis(GetParam().addRenames).Retarget(WithDataSource("name='orders' caption='old'"));
+        ADD_FAILURE() << "no exception";
+    } catch (const VantoraException& exception) {
+        EXPECT_EQ(exception.GetErrorInfo().GetKey(), VString("VantoraException_UnwritableName_0x8F42D07B"));
+        EXPECT_THAT(exception.GetMessage().toStdString(), HasSubstr(GetParam().message));
+    }
+}
+
+AddRenames RenameOrdersTo(const char* newName)
+{
+    return [newName](DOM& tables) { tables.AddDataSourceRename("orders", newName); };
+}
+
+const UnwritableRow unwritableRows[] = {
+    {"ControlCharacter", RenameCaption("a\x01"), "XML does not allow the character U+0001"},
+    {"Noncharacter", RenameCaption(VString::fromStdString("\xEF\xBF\xBE")), "XML does not allow the character U+FFFE"},
+    {"BlankAtTheStart", RenameOrdersTo(" sales"), "\"orders\" cannot become \" sales\": this name must not have"},
+    {"BlankAtTheEnd", RenameOrdersTo("sales "), "white space"},
+    {"TwoBlanks", RenameOrdersTo("my  sales"), "white space"},
+    {"Tab", RenameOrdersTo("my\tsales"), "white space"},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, XMLSourceRetargeterUnwritableTest, testing::ValuesIn(unwritableRows), [](const auto& row) {
+        return std::string(row.param.name);
+    });
+
+TEST(XMLSourceRetargeterTest, CaptionsKeepTheirWhiteSpace)
+{
+    EXPECT_EQ(Analysis(RenameCaption(" a  b ")).Retarget(WithDataSource("caption='old'")),
+        WithDataSource("caption=' a  b '"));
+}
+
 TEST(XMLSourceRetargeterTest, AttributesAreInTheOrderOfTheText)
 {
     Analysis retargeter([](DOM& tables) {
@@ -273,6 +349,37 @@ TEST(XMLSourceRetargeterTest, ReportsClashesWithTheirPlace)
     EXPECT_EQ(clash.newName, VString("plan"));
     EXPECT_EQ(clash.line, 2u);
     EXPECT_EQ(clash.column, 20u);
+}
+
+TEST(XMLSourceRetargeterTest, ClashesAreInTheOrderOfTheText)
+{
+    Analysis retargeter([](DOM& tables) {
+        for (const char* name : {"b", "c", "d", "e"})
+            tables.AddCaptionRename(name, "a");
+    });
+    std::string text = "<analysis><data-sources>";
+    for (const char* name : {"a", "b", "c", "d", "e"})
+        text += "<data-source caption='" + std::string(name) + "'/>\n";
+    EXPECT_EQ(retargeter.Retarget(text + "</data-sources></analysis>"), "no result");
+    std::vector<std::size_t> lines;
+    for (const ClashingName& clash : retargeter.Get().GetClashes())
+        lines.push_back(clash.line);
+    EXPECT_THAT(lines, ElementsAre(2u, 3u, 4u, 5u));
+}
+
+TEST(XMLSourceRetargeterTest, ManyClashesTakeLinearTime)
+{
+    const testsupport::CpuTimeLimit limit(20);
+    std::string sources;
+    Analysis retargeter([&](DOM& tables) {
+        for (int i = 0; i < 30000; ++i) {
+            const VString name = VString::number(i);
+            tables.AddCaptionRename(name, "x");
+            sources += "<data-source caption='" + name.toStdString() + "'/>\n";
+        }
+    });
+    EXPECT_EQ(retargeter.Retarget("<analysis><data-sources>" + sources + "</data-sources></analysis>"), "no result");
+    EXPECT_EQ(retargeter.Get().GetClashes().size(), 29999u);
 }
 
 TEST(XMLSourceRetargeterTest, ReportsErrorsOfTheDocument)

@@ -8,14 +8,20 @@
 
 namespace {
 
+constexpr std::string_view NextLine = "\xC2\x85";           // U+0085
+constexpr std::string_view LineSeparator = "\xE2\x80\xA8";  // U+2028
+
 // Returns the length of the reference, line end or character at the start of the text.
-std::size_t LengthOfFirst(std::string_view text, bool hasReferences)
+std::size_t LengthOfFirst(std::string_view text, bool hasReferences, bool isVersion11)
 {
     const unsigned char first = static_cast<unsigned char>(text.front());
     if (hasReferences && first == '&')
         return std::min(text.find(';'), text.size() - 1) + 1;
-    if (first == '\r')
-        return text.substr(1).starts_with('\n') ? 2 : 1;
+    if (first == '\r') {
+        const std::string_view next = text.substr(1);
+        const bool isNextLine = isVersion11 && next.starts_with(NextLine);
+        return isNextLine ? 1 + NextLine.size() : next.starts_with('\n') ? 2 : 1;
+    }
     const std::size_t length = first < 0xC0 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
     return std::min(length, text.size());
 }
@@ -47,7 +53,6 @@ VString EscapeCharacter(char32_t character, const WrittenValue::Run& run)
         return character == U'"' ? "&quot;" : "&apos;";
     case U'\t':
     case U'\n': return isAttribute ? ReferenceTo(character) : VString();
-    case U'\r': return ReferenceTo(character);
     default: return "";
     }
 }
@@ -61,9 +66,11 @@ void WrittenValue::Append(std::string_view piece, Form form, char quote)
     m_pieces.push_back({form, quote});
     m_hasEntity = m_hasEntity || (hasReferences && XMLReferences::HasEntity(piece));
     while (!piece.empty()) {
-        const std::string_view written = piece.substr(0, LengthOfFirst(piece, hasReferences));
+        const std::string_view written = piece.substr(0, LengthOfFirst(piece, hasReferences, m_isVersion11));
         const bool isLiteral = !hasReferences && written == "&";
-        AppendCharacter(written, isLiteral ? std::string(written) : XMLReferences::Decode(written, place));
+        const bool isLineEnd = m_isVersion11 && (written.ends_with(NextLine) || written == LineSeparator);
+        AppendCharacter(
+            written, isLiteral ? std::string(written) : XMLReferences::Decode(isLineEnd ? "\n" : written, place));
         piece.remove_prefix(written.size());
     }
 }
@@ -92,8 +99,7 @@ std::vector<WrittenValue::Run> WrittenValue::FindRuns(std::size_t offset, std::s
     return runs;
 }
 
-std::string WrittenValue::Escape(
-    std::u16string_view text, const Run& run, const std::function<bool(char32_t)>& canEncode)
+std::string WrittenValue::Escape(std::u16string_view text, const Run& run, const XMLCharacters& characters)
 {
     const bool isCData = run.form == Form::CData;
     VString escaped;
@@ -102,7 +108,7 @@ std::string WrittenValue::Escape(
         const std::u16string_view units = text.substr(0, character > 0xFFFF ? 2 : 1);
         text.remove_prefix(units.size());
         VString form;
-        if (canEncode && !canEncode(character))
+        if (characters.NeedsReferences(VString(units.data(), units.size())))
             form = ReferenceTo(character);
         else if (!isCData)
             form = EscapeCharacter(character, run);

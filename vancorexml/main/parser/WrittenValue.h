@@ -2,13 +2,15 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "vancorexml/main/parser/XMLCharacters.h"
+
 // The value of an attribute or the text of an element, with the bytes of the document in which each of its UTF-16 code
-// units is written. The value is the one that a parser reports for a document of XML 1.0 without a schema.
+// units is written. The value is the one that a parser reports without a schema, if the document type does not declare
+// the type of the attribute.
 //
 // Ownership: refers to the document, which must outlive this object. Threads: one at a time.
 class WrittenValue {
@@ -26,7 +28,11 @@ public:
         std::size_t End() const noexcept { return offset + length; }
     };
 
-    explicit WrittenValue(std::string_view document) noexcept : m_document(document) {}
+    // XML 1.1 has more line ends than XML 1.0.
+    WrittenValue(std::string_view document, bool isVersion11) noexcept
+        : m_document(document),
+          m_isVersion11(isVersion11)
+    {}
 
     // Appends a piece, which is a part of the document: the characters between the quotes of an attribute, a piece of
     // text, or the content of a CDATA section. Linear.
@@ -39,9 +45,8 @@ public:
     // several runs if the document has other markup between the pieces.
     std::vector<Run> FindRuns(std::size_t offset, std::size_t length) const;
 
-    // Returns the text in the form in which it replaces a run. Characters for which `canEncode` returns false are
-    // written as references. An empty function allows all characters.
-    static std::string Escape(std::u16string_view text, const Run& run, const std::function<bool(char32_t)>& canEncode);
+    // Returns the text in the form in which it replaces a run. XML must allow its characters.
+    static std::string Escape(std::u16string_view text, const Run& run, const XMLCharacters& characters);
 
 private:
     // The bytes of a code unit. Both units of a surrogate pair have the bytes of their character.
@@ -58,6 +63,7 @@ private:
     void AppendCharacter(std::string_view written, std::string_view character);
 
     std::string_view m_document;
+    const bool m_isVersion11;
     std::u16string m_units;
     std::vector<Source> m_sources;  // one for each unit
     std::vector<Piece> m_pieces;

@@ -11,6 +11,7 @@
 #include "vancorexml/main/parser/DOMElementTraversal.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/WrittenValue.h"
+#include "vancorexml/main/parser/XMLCharacters.h"
 #include "vancorexml/main/parser/XMLComparison.h"
 #include "vancorexml/main/parser/XMLTokenReader.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
@@ -45,10 +46,32 @@ Part FindPart(const NamePlace& place, std::u16string_view value)
     return {begin, end - begin};
 }
 
+// A document as it is written.
+struct SourceText {
+    std::string_view text;
+    bool isVersion11 = false;
+};
+
+bool IsVersion11(std::string_view text)
+{
+    XMLTokenReader reader(text);
+    XMLToken token;
+    while (reader.Next(token) && token.kind == XMLToken::Kind::Text)
+        ;
+    if (token.kind != XMLToken::Kind::Declaration)
+        return false;
+    XMLAttributeReader parts(token);
+    for (XMLAttributeToken part; parts.Next(part);) {
+        if (part.name == "version")
+            return part.value == "1.1";
+    }
+    return false;
+}
+
 // Finds the bytes of names in a document.
 class NameLocator {
 public:
-    explicit NameLocator(std::string_view text) : m_text(text) {}
+    explicit NameLocator(const SourceText& source) : m_text(source.text), m_isVersion11(source.isVersion11) {}
 
     // Returns the bytes of each name, or no runs for a name that comes from an entity or a default value. The places
     // must be in the order of the elements. Returns nothing if the document has not `elementCount` start tags, because
@@ -78,7 +101,7 @@ private:
     // function reads with a copy of the reader.
     WrittenValue ReadText(XMLTokenReader reader, const XMLToken& startTag) const
     {
-        WrittenValue value(m_text);
+        WrittenValue value(m_text, m_isVersion11);
         if (startTag.isEmpty)
             return value;
         for (XMLToken token; reader.Next(token);) {
@@ -106,7 +129,7 @@ private:
         for (XMLAttributeToken attribute; reader.Next(attribute);) {
             if (attribute.name != name)
                 continue;
-            WrittenValue value(m_text);
+            WrittenValue value(m_text, m_isVersion11);
             value.Append(attribute.value, WrittenValue::Form::Attribute, attribute.quote);
             return FindRuns(value, place);
         }
@@ -121,19 +144,19 @@ private:
     }
 
     std::string_view m_text;
+    bool m_isVersion11;
 };
 
 // Counts lines and columns up to offsets that only grow.
 class PositionCounter {
 public:
-    explicit PositionCounter(std::string_view text) : m_text(text) {}
+    explicit PositionCounter(const SourceText& source) : m_text(source.text), m_isVersion11(source.isVersion11) {}
 
     void MoveTo(std::size_t offset)
     {
         for (; m_offset < offset; ++m_offset) {
             const unsigned char byte = static_cast<unsigned char>(m_text[m_offset]);
-            const bool isLineEnd = byte == '\n' || (byte == '\r' && !m_text.substr(m_offset + 1).starts_with('\n'));
-            if (isLineEnd) {
+            if (EndsLine(m_text.substr(m_offset))) {
                 ++line;
                 column = 1;
             } else if (byte < 0x80 || byte >= 0xC0) {
@@ -146,7 +169,19 @@ public:
     std::size_t column = 1;
 
 private:
+    // True if the first byte of the text is the first byte of the last character of a line end. Its other bytes count
+    // nothing.
+    bool EndsLine(std::string_view text) const
+    {
+        if (m_isVersion11 && (text.starts_with("\xC2\x85") || text.starts_with("\xE2\x80\xA8")))
+            return true;
+        const std::string_view next = text.substr(1);
+        const bool isPair = next.starts_with('\n') || (m_isVersion11 && next.starts_with("\xC2\x85"));
+        return text.starts_with('\n') || (text.starts_with('\r') && !isPair);
+    }
+
     std::string_view m_text;
+    bool m_isVersion11;
     std::size_t m_offset = 0;
 };
 
@@ -165,6 +200,33 @@ std::vector<NamePlace> PlacesOf(const std::vector<Name>& names)
     return places;
 }
 
+// True if a parser that collapses the white space of the text leaves it as it is.
+bool IsCollapsed(std::u16string_view text)
+{
+    bool isBehindBlank = true;
+    for (const char16_t unit : text) {
+        if (IsXmlSpace(unit) && (unit != u' ' || isBehindBlank))
+            return false;
+        isBehindBlank = unit == u' ';
+    }
+    return text.empty() || !isBehindBlank;
+}
+
+[[noreturn]] void RefuseName(const NameChange& change, const VString& reason)
+{
+    throw VantoraException(
+        VFormatString("\"%1\" cannot become \"%2\": %3").arg(change.oldName).arg(change.newName).arg(reason),
+        VError::ErrorInfo(VantoraError::MakeError(0x8F42D07B, "VantoraException_UnwritableName_0x8F42D07B")));
+}
+
+void RequireWritable(const NameChange& change, const XMLCharacters& characters)
+{
+    if (const std::optional<char32_t> forbidden = characters.FindForbidden(change.newText))
+        RefuseName(change, VFormatString("XML does not allow the character %1").arg(DescribeCharacter(*forbidden)));
+    if (change.place.isCollapsed && !IsCollapsed(change.newText.View()))
+        RefuseName(change, "this name must not have white space at its ends, or two blanks in a row");
+}
+
 [[noreturn]] void RefuseEntity(const NameChange& change)
 {
     throw VantoraException(VFormatString("\"%1\" cannot become \"%2\" where it comes from an entity or a default value")
@@ -175,9 +237,9 @@ std::vector<NamePlace> PlacesOf(const std::vector<Name>& names)
 
 // Returns the edits in the order of the text.
 std::vector<NameEdit> FindEdits(
-    const std::string& text, const std::vector<NameChange>& changes, std::size_t elementCount)
+    const SourceText& source, const std::vector<NameChange>& changes, std::size_t elementCount)
 {
-    std::vector<Runs> located = NameLocator(text).Locate(PlacesOf(changes), elementCount);
+    std::vector<Runs> located = NameLocator(source).Locate(PlacesOf(changes), elementCount);
     located.resize(changes.size());
     std::vector<NameEdit> edits;
     for (std::size_t i = 0; i < changes.size(); ++i) {
@@ -192,8 +254,7 @@ std::vector<NameEdit> FindEdits(
 }
 
 // Replaces the first run of each name by the new text, and removes its other runs.
-EditedText ApplyEdits(
-    const std::string& text, const std::vector<NameEdit>& edits, const std::function<bool(char32_t)>& canEncode)
+EditedText ApplyEdits(const std::string& text, const std::vector<NameEdit>& edits, const XMLCharacters& characters)
 {
     EditedText result;
     result.text.reserve(text.size());
@@ -202,7 +263,7 @@ EditedText ApplyEdits(
         for (const WrittenValue::Run& run : edit.runs) {
             const bool isFirst = &run == &edit.runs.front();
             const std::u16string_view newText = isFirst ? edit.change->newText.View() : std::u16string_view();
-            result.edits.push_back({run.offset, run.length, WrittenValue::Escape(newText, run, canEncode)});
+            result.edits.push_back({run.offset, run.length, WrittenValue::Escape(newText, run, characters)});
             result.text.append(text, position, run.offset - position);
             result.text += result.edits.back().replacement;
             position = run.End();
@@ -263,21 +324,27 @@ RenamedName Describe(const NameChange& change, const PositionCounter& position)
     return {change.role, change.oldName, change.newName, position.line, position.column};
 }
 
+// Returns the clashes in the order of the text. The names without a place come last.
 std::vector<ClashingName> DescribeClashes(
-    const std::string& text, const std::vector<NameClash>& clashes, std::size_t elementCount)
+    const SourceText& source, const std::vector<NameClash>& clashes, std::size_t elementCount)
 {
-    std::vector<Runs> located = NameLocator(text).Locate(PlacesOf(clashes), elementCount);
+    std::vector<Runs> located = NameLocator(source).Locate(PlacesOf(clashes), elementCount);
     located.resize(clashes.size());
+    std::vector<std::pair<std::size_t, const NameClash*>> sorted;  // with the offset of the name
+    for (std::size_t i = 0; i < clashes.size(); ++i)
+        sorted.emplace_back(located[i].empty() ? std::string::npos : located[i].front().offset, &clashes[i]);
+    std::stable_sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+
+    PositionCounter position(source);
     std::vector<ClashingName> names;
-    for (std::size_t i = 0; i < clashes.size(); ++i) {
+    for (const auto& [offset, clash] : sorted) {
         ClashingName name;
-        name.role = clashes[i].role;
-        name.oldName = clashes[i].second;
-        name.newName = clashes[i].newName;
-        name.other = clashes[i].first;
-        if (!located[i].empty()) {
-            PositionCounter position(text);
-            position.MoveTo(located[i].front().offset);
+        name.role = clash->role;
+        name.oldName = clash->second;
+        name.newName = clash->newName;
+        name.other = clash->first;
+        if (offset != std::string::npos) {
+            position.MoveTo(offset);
             name.line = position.line;
             name.column = position.column;
         }
@@ -319,7 +386,7 @@ std::optional<EditedText> XMLSourceRetargeter::Retarget(const std::string& text,
     if (HasErrors(m_diagnostics))
         return std::nullopt;
     if (!retargeter->GetClashes().empty()) {
-        m_clashes = DescribeClashes(text, retargeter->GetClashes(), retargeter->GetElementCount());
+        m_clashes = DescribeClashes({text, IsVersion11(text)}, retargeter->GetClashes(), retargeter->GetElementCount());
         return std::nullopt;
     }
     const std::vector<NameChange>& changes = retargeter->GetChanges();
@@ -329,10 +396,14 @@ std::optional<EditedText> XMLSourceRetargeter::Retarget(const std::string& text,
 EditedText XMLSourceRetargeter::Edit(
     const std::string& text, const std::vector<NameChange>& changes, std::size_t elementCount)
 {
-    const std::vector<NameEdit> edits = FindEdits(text, changes, elementCount);
-    EditedText result = ApplyEdits(text, edits, m_options.canEncode);
+    const SourceText source{text, IsVersion11(text)};
+    const XMLCharacters characters{m_options.canEncode, source.isVersion11};
+    for (const NameChange& change : changes)
+        RequireWritable(change, characters);
+    const std::vector<NameEdit> edits = FindEdits(source, changes, elementCount);
+    EditedText result = ApplyEdits(text, edits, characters);
     Verify(text, result.text, changes);
-    PositionCounter position(text);
+    PositionCounter position(source);
     for (const NameEdit& edit : edits) {
         position.MoveTo(edit.runs.front().offset);
         m_renamedNames.push_back(Describe(*edit.change, position));

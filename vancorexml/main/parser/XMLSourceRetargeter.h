@@ -61,8 +61,9 @@ public:
     //  - names would become equal: see GetClashes.
     //
     // Throws VantoraException (VantoraException_NameInEntity) if a new name would replace text that comes from an
-    // entity or from a default value of the document type. Throws XMLVerificationError if the result does not have the
-    // expected content; this is a fault of the library.
+    // entity or from a default value of the document type. Throws VantoraException (VantoraException_UnwritableName) if
+    // a new name has a character that XML does not allow, or white space that a validating parser would collapse.
+    // Throws XMLVerificationError if the result does not have the expected content; this is a fault of the library.
     //
     // Linear in the text and in the expansion of entities, and logarithmic in the number of different names for each
     // name. Uses the memory of two documents and of the result.
@@ -72,6 +73,7 @@ public:
     const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept { return m_diagnostics; }
     // In document order.
     const std::vector<RenamedName>& GetRenamedNames() const noexcept { return m_renamedNames; }
+    // In document order. Clashes without a place come last.
     const std::vector<ClashingName>& GetClashes() const noexcept { return m_clashes; }
 
 private:
