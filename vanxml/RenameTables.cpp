@@ -24,6 +24,11 @@ std::size_t FindSeparator(const std::string& text, NameRole role)
     return std::string::npos;
 }
 
+bool HasDataSource(const std::string& field)
+{
+    return !FieldName::ParseGlobal(VString::fromStdString(field)).GetRootValue().IsEmpty();
+}
+
 std::string Quoted(const VString& text)
 {
     return "'" + text.toStdString() + "'";
@@ -111,6 +116,8 @@ void RenameTables::AddRename(
         if (kind.role == NameRole::FieldName && FieldName::ParseGlobal(name).GetFullValue() != name)
             throw ToolError(place + "\"" + *text + "\" is not a field name of the form [SOURCE].[FIELD] or [FIELD]");
     }
+    if (kind.role == NameRole::FieldName && HasDataSource(oldText) != HasDataSource(newText))
+        throw ToolError(place + "either both names of a field have a data source, or none of them");
     const Rename rename{kind.role, VString::fromStdString(oldText), VString::fromStdString(newText)};
     const Rename* const known = Find(rename.role, rename.oldName);
     if (known && known->newName != rename.newName)

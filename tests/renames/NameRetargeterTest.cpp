@@ -115,6 +115,23 @@ TEST(NameRetargeterTest, FieldRenamesApplyUnderTheNewNameOfTheDataSource)
             "13@ 29+14: [plan].[Sales] -> [p].[Net] = [p].[Net]"));
 }
 
+TEST(NameRetargeterTest, LocalNamesStayInTheirDataSource)
+{
+    const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {
+        tables.AddDataSourceRename("orders", "o");
+        tables.AddFieldRename(Field("[o].[Sales]"), Field("[plan].[Net]"));
+    });
+    EXPECT_THAT(result.clashes, IsEmpty());
+    EXPECT_THAT(result.changes,
+        ElementsAre("2@name 0+6: orders -> o = o",
+            "4@name 0+5: [orders].[Sales] -> [o].[Net] = Net",
+            "6@formula 0+7: [orders].[Sales] -> [o].[Net] = [Net]",
+            "12@data-source 0+6: orders -> o = o",
+            "13@ 0+16: [orders].[Sales] -> [plan].[Net] = [plan].[Net]",
+            "13@ 19+7: [orders].[Sales] -> [o].[Net] = [Net]",
+            "14@field 0+16: [orders].[Sales] -> [plan].[Net] = [plan].[Net]"));
+}
+
 TEST(NameRetargeterTest, BracketedLocalNamesStayBracketed)
 {
     const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {

@@ -330,6 +330,52 @@ TEST(RetargetCommandTest, SeveralDocumentsShareTheRenames)
     EXPECT_EQ(result.errors, first + ":1:52: caption 'Orders' -> 'O'\n" + second + ":1:52: caption 'Plan' -> 'P'\n");
 }
 
+TEST(RetargetCommandTest, ChecksTheFilesOfAFolder)
+{
+    const TemporaryFolder folder;
+    std::string root = folder.Path("").toStdString();
+    root.erase(root.find_last_not_of('/') + 1);
+    std::vector<std::string> files;
+    for (int i = 10; i < 30; ++i)
+        files.push_back(folder.Write("f" + VString::number(i) + ".kxb", dataSource).toStdString());
+    folder.Write("other.xml", dataSource);
+    const std::vector<std::string> originals = ReadFiles(files);
+    const ToolResult result =
+        RunTool({"retarget", "--recursive", "--jobs", "3", "--check", root, "--caption", "Orders=O"});
+    EXPECT_EQ(result.status, 1);
+    std::string names;
+    std::string reports;
+    for (const std::string& file : files) {
+        names += file + "\n";
+        reports += file + ":1:52: caption 'Orders' -> 'O'\n";
+    }
+    EXPECT_EQ(result.output, names);
+    EXPECT_EQ(result.errors, reports);
+    EXPECT_EQ(ReadFiles(files), originals);
+    EXPECT_EQ(RunTool({"retarget", "--check", root, "--caption", "Orders=O"}).status, 2);
+}
+
+TEST(RetargetCommandTest, ReportsThePlacesInUtf16BehindABlankLine)
+{
+    const std::string emoji = "\xF0\x9F\x98\x80";
+    const std::string formula = emoji + " &#128512;\n\n [Sales] +\r\n[orders].[&#x53;ales] // [Sales]&#10;[Sales]";
+    const std::string document =
+        "\n" + Replaced(Replaced(dataSource, "[Sales] * 2 + [orders].[Sales]", formula), "Orders", emoji);
+    const QString text = QString::fromStdString(document);
+    QTextCodec::ConverterState state;  // with a byte order mark
+    const QByteArray bytes = QTextCodec::codecForName("utf-16")->fromUnicode(text.constData(), text.size(), &state);
+    const ToolResult result =
+        Retarget({"--field", "[orders].[Sales]=[orders].[Net]", "--caption", emoji + "=x"}, bytes.toStdString());
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors,
+        "-:2:52: caption '" + emoji +
+            "' -> 'x'\n"
+            "-:4:17: field '[orders].[Sales]' -> '[orders].[Net]'\n"
+            "-:8:2: field '[orders].[Sales]' -> '[orders].[Net]'\n"
+            "-:9:1: field '[orders].[Sales]' -> '[orders].[Net]'\n"
+            "-:9:38: field '[orders].[Sales]' -> '[orders].[Net]'\n");
+}
+
 TEST(RetargetCommandTest, WarnsOnlyIfAllDocumentsCouldBeRead)
 {
     const TemporaryFolder folder;
@@ -394,6 +440,12 @@ const Mistake RetargetMistakes[] = {
     {"FieldWithoutBrackets",
         {"--field", "orders.Sales=[orders].[Net]"},
         "--field: \"orders.Sales\" is not a field name of the form [SOURCE].[FIELD] or [FIELD]"},
+    {"OnlyTheOldFieldHasADataSource",
+        {"--field", "[orders].[Sales]=[Net]"},
+        "--field: either both names of a field have a data source, or none of them"},
+    {"OnlyTheNewFieldHasADataSource",
+        {"--field", "[Sales]=[orders].[Net]"},
+        "--field: either both names of a field have a data source, or none of them"},
     {"TwoNewNames",
         {"--map-source", "a=b", "--map-source", "a=c"},
         "--map-source: the map source \"a\" has two new names"},

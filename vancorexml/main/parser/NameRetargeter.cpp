@@ -143,8 +143,10 @@ void NameRetargeter::RenameField(const NamePlace& place, const VString& text, co
     const FieldName oldName = MakeGlobalName(dataSource, name);
     const FieldName newName = m_tables.RenameField(oldName);
     const bool hasNewText = isLocal ? newName.GetLocalValue() != name.GetLocalValue() : newName != oldName;
+    const VString newDataSource = RenameRoot(dataSource);
     const VString oldFull = oldName.GetFullValue();
-    const VString newFull = newName.GetFullValue();
+    // A local name stays in its data source, even if the new name has another.
+    const VString newFull = (isLocal ? MakeGlobalName(newDataSource, newName) : newName).GetFullValue();
     if (hasNewText) {
         m_changes.push_back({place,
             NameRole::FieldName,
@@ -154,15 +156,11 @@ void NameRetargeter::RenameField(const NamePlace& place, const VString& text, co
             isLocal ? WriteLocalName(newName, text, name.GetLocalValue()) : newFull});
     }
 
-    const VString newDataSource = RenameRoot(dataSource);
     const bool isUniqueRoot =
         dataSource.IsEmpty() || RequireUnique(place, NameRole::DataSource, VString(), dataSource, newDataSource);
     // If two data sources clash, that is reported, but not for each of their fields.
-    if (!isUniqueRoot)
-        return;
-    // A local name stays in its data source, even if the new name has another.
-    const VString unique = isLocal ? MakeGlobalName(newDataSource, newName).GetFullValue() : newFull;
-    RequireUnique(place, NameRole::FieldName, VString(), oldFull, unique);
+    if (isUniqueRoot)
+        RequireUnique(place, NameRole::FieldName, VString(), oldFull, newFull);
 }
 
 bool NameRetargeter::RequireUnique(

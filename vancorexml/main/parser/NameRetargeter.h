@@ -51,7 +51,7 @@ struct NameClash {
 //
 // A field name without a data source belongs to the data source that the nearest enclosing element names in an
 // attribute. The tables decide as in DOMElement::GetFieldName, and for field names without a data source as in
-// DOMElement::GetLocalFieldName.
+// DOMElement::GetLocalFieldName: such a name stays in its data source, even if the tables give it another.
 //
 // Names clash if they differ in the document and would become equal: data sources, data connections, map sources and
 // fields anywhere in the document, and captions in the same attribute of elements with the same parent and name.
