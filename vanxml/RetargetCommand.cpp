@@ -193,6 +193,10 @@ RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::stri
         result.status = ExitStatus::Failed;
         return result;
     }
+    if (renamed->edits.empty()) {
+        result.bytes = bytes;
+        return result;
+    }
     const std::vector<ParseDiagnostic>& newDiagnostics = validator.Check(renamed->text, name);
     if (HasErrors(newDiagnostics)) {
         result = Fail(name, "The new names would make the document invalid:");
