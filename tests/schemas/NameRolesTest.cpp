@@ -59,15 +59,25 @@ void CollectUses(
     }
 }
 
+std::unique_ptr<DOM> ParseSample(const std::string& file)
+{
+    return DOMParser().ParseXmlFile(VString::fromStdString(std::string(SAMPLES_FOLDER "/") + file));
+}
+
+// Returns the roles in the schema of the version that the document declares.
+std::unique_ptr<NameRoles> RolesOf(const DOMElement& root, XmlFileType type)
+{
+    const VersionNumber version(root.GetAttribute("version"), u'.', u'-', 0);
+    return std::make_unique<NameRoles>(*XSDResources::GetVersionedXsdInputSource(type, version));
+}
+
 std::set<std::string> UsesInSample(const std::string& file, XmlFileType type)
 {
-    const VString path = VString::fromStdString(std::string(SAMPLES_FOLDER "/") + file);
-    const std::unique_ptr<DOM> document = DOMParser().ParseXmlFile(path);
+    const std::unique_ptr<DOM> document = ParseSample(file);
     const DOMElement& root = *document->GetDocumentRoot();
-    const VersionNumber version(root.GetAttribute("version"), u'.', u'-', 0);
-    const NameRoles roles(*XSDResources::GetVersionedXsdInputSource(type, version));
+    const auto roles = RolesOf(root, type);
     std::set<std::string> uses;
-    const NameRoles::ElementType* rootType = roles.FindDocumentElement(root.GetName());
+    const NameRoles::ElementType* rootType = roles->FindDocumentElement(root.GetName());
     EXPECT_TRUE(rootType);
     if (rootType)
         CollectUses(root, *rootType, root.GetName().toStdString(), uses);
@@ -189,6 +199,37 @@ const SampleRow sampleRows[] = {
 INSTANTIATE_TEST_SUITE_P(Samples, NameRolesSampleTest, testing::ValuesIn(sampleRows), [](const auto& row) {
     return std::string(row.param.name);
 });
+
+// Finds the values and texts without a role that contain a backslash or a bracket.
+void CollectOverlooked(const DOMElement& element, const NameRoles::ElementType& type, std::set<std::string>& overlooked)
+{
+    const auto collect = [&](const NameUse& use, const VString& value, const VString& name) {
+        if (use.role == NameRole::None && (value.contains(u'\\') || value.contains(u'[')))
+            overlooked.insert(element.GetName().toStdString() + " " + name.toStdString());
+    };
+    for (const auto& [name, value] : element.GetAttributes())
+        collect(NameRoles::GetAttributeUse(type, name, element.GetAttributes()), value, name);
+    collect(NameRoles::GetTextUse(type, element.GetAttributes()), element.GetText(), "text");
+    for (const DOMElement* child : element.GetChildren()) {
+        const NameRoles::ElementType* childType = NameRoles::FindChild(type, child->GetName());
+        ASSERT_TRUE(childType) << child->GetName();
+        CollectOverlooked(*child, *childType, overlooked);
+    }
+}
+
+TEST(NameRolesTest, ValuesThatLookLikePathsOrFieldsHaveARole)
+{
+    std::set<std::string> overlooked;
+    for (const SampleRow& row : sampleRows) {
+        for (const std::string& file : row.files) {
+            const auto document = ParseSample(file);
+            const DOMElement& root = *document->GetDocumentRoot();
+            const auto roles = RolesOf(root, row.type);
+            CollectOverlooked(root, *roles->FindDocumentElement(root.GetName()), overlooked);
+        }
+    }
+    EXPECT_THAT(overlooked, testing::IsEmpty());
+}
 
 NameUse UseOfCaption(const VString& kind)
 {

@@ -330,7 +330,7 @@ TEST(RetargetCommandTest, SeveralDocumentsShareTheRenames)
     EXPECT_EQ(result.errors, first + ":1:52: caption 'Orders' -> 'O'\n" + second + ":1:52: caption 'Plan' -> 'P'\n");
 }
 
-TEST(RetargetCommandTest, ChecksTheFilesOfAFolder)
+TEST(RetargetCommandTest, SeveralThreadsCheckTheFilesOfAFolder)
 {
     const TemporaryFolder folder;
     std::string root = folder.Path("").toStdString();
