@@ -160,7 +160,7 @@ const EditRow EditRows[] = {
     {"EscapesForApostrophes",
         RenameCaption("<'\"&>\t\r\n"),
         WithDataSource("caption='old'"),
-        WithDataSource("caption='&lt;&apos;\"&amp;>&#9;&#13;&#10;'")},
+        WithDataSource("caption='&lt;&apos;\"&amp;&gt;&#9;&#13;&#10;'")},
     {"EscapesForQuotes",
         RenameCaption("'\""),
         WithDataSource("caption=\"old\""),

@@ -45,7 +45,7 @@ VString EscapeCharacter(char32_t character, const WrittenValue::Run& run)
     switch (character) {
     case U'&': return "&amp;";
     case U'<': return "&lt;";
-    case U'>': return isAttribute ? "" : "&gt;";
+    case U'>': return "&gt;";  // also in an attribute: with ">", the parser may refuse names that begin with a colon
     case U'\'':
     case U'"':
         if (!isAttribute || character != static_cast<char32_t>(run.quote))
