@@ -115,7 +115,7 @@ ExitStatus RunCommandLine(const std::vector<std::string>& arguments)
 {
     RequireUtf8(arguments);
     const Commands commands = MakeCommands();
-    CLI::App application("Checks, formats and queries XML documents", "vanxml");
+    CLI::App application("Formats, edits, checks and queries XML documents", "vanxml");
     application.require_subcommand(1);
     application.allow_windows_style_options(false);  // "/a" is a path
     application.set_version_flag("--version", "vanxml " VANXML_VERSION);

@@ -560,7 +560,7 @@ std::optional<std::string> XMLSourceFormatter::Format(const std::string& text, c
     if (HasErrors(text, id))
         return std::nullopt;
     if (lacksHeader)
-        throw std::invalid_argument("XMLSourceFormatter: a document of XML 1.1 needs its XML declaration");
+        throw std::invalid_argument("A document of XML 1.1 needs its XML declaration");
     if (isTooDeep)
         throw std::length_error("XMLSourceFormatter: the document is too deep");
     throw XMLVerificationError("The formatted document would differ from the original");
