@@ -18,12 +18,9 @@ namespace {
 constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";
 
 // Compares names of encodings, which ignore case.
-bool StartsWith(std::string_view name, std::string_view start)
+bool IsSameName(std::string_view a, std::string_view b)
 {
-    return qstrnicmp(name.data(),
-               static_cast<qsizetype>(std::min(name.size(), start.size())),
-               start.data(),
-               static_cast<qsizetype>(start.size())) == 0;
+    return qstrnicmp(a.data(), static_cast<qsizetype>(a.size()), b.data(), static_cast<qsizetype>(b.size())) == 0;
 }
 
 // True if the bytes are the text: UTF-8 without a mark and without the declaration of another encoding.
@@ -32,14 +29,14 @@ bool IsPlainUtf8(const std::string& bytes)
     if (bytes.starts_with(Utf8Mark) || FindInvalidUtf8(bytes.data(), bytes.size()) != bytes.size())
         return false;
     const std::optional<std::string_view> declared = FindDeclaredEncoding(bytes);
-    return !declared || (StartsWith(*declared, "UTF-8") && declared->size() == 5);
+    return !declared || IsSameName(*declared, "UTF-8");
 }
 
 // Returns "UTF-16" or "UTF-32" for an encoding of this family, and otherwise null.
 const char* FamilyOf(const FileEncoding& encoding)
 {
     for (const char* family : {"UTF-16", "UTF-32"}) {
-        if (StartsWith(encoding.name.toStdString(), family))
+        if (encoding.name.startsWith(family))
             return family;
     }
     return nullptr;
@@ -60,9 +57,13 @@ std::string DocumentText::DeclaredEncoding() const
     if (IsUtf8(Encoding()))
         return "utf-8";
     const std::optional<std::string_view> declared = FindDeclaredEncoding(Text());
-    if (const char* family = FamilyOf(Encoding()))
-        return std::string(declared && StartsWith(*declared, family) ? *declared : family);
-    return declared ? std::string(*declared) : Encoding().name.toStdString();
+    const std::string name = Encoding().name.toStdString();
+    if (const char* family = FamilyOf(Encoding())) {
+        // The name of the other byte order would not be true.
+        const bool isTrue = declared && (IsSameName(*declared, family) || IsSameName(*declared, name));
+        return std::string(isTrue ? *declared : family);
+    }
+    return declared ? std::string(*declared) : name;
 }
 
 bool HasAllCharacters(const FileEncoding& encoding) noexcept

@@ -41,17 +41,31 @@ TEST(FormatCommandTest, EncodingOptionConvertsToUtf8)
     EXPECT_EQ(RunTool({"format", "--encoding", "utf-8", "-"}, "\xEF\xBB\xBF<a/>").output, Header() + "<a />\n");
 }
 
+// Returns the text in big-endian UTF-16, with a byte order mark.
+static std::string ToUtf16(const std::u16string& text)
+{
+    std::string bytes = "\xFE\xFF";
+    for (const char16_t unit : text)
+        (bytes += static_cast<char>(unit >> 8)) += static_cast<char>(unit & 0xFF);
+    return bytes;
+}
+
 TEST(FormatCommandTest, KeepsByteOrderMarks)
 {
     EXPECT_EQ(RunTool({"format", "-"}, "\xEF\xBB\xBF<a/>").output, "\xEF\xBB\xBF" + Header() + "<a />\n");
-    const auto toUtf16 = [](const std::u16string& text) {
-        std::string bytes = "\xFE\xFF";
-        for (const char16_t unit : text)
-            (bytes += static_cast<char>(unit >> 8)) += static_cast<char>(unit & 0xFF);
-        return bytes;
+    EXPECT_EQ(RunTool({"format", "-"}, ToUtf16(u"<a>€</a>")).output,
+        ToUtf16(u"<?xml version='1.0' encoding='UTF-16' ?>\n\n<a>€</a>\n"));
+}
+
+TEST(FormatCommandTest, DeclaresTheEncodingTruthfully)
+{
+    const auto declared = [](const std::u16string& encoding) {
+        return ToUtf16(u"<?xml version='1.0' encoding='" + encoding + u"' ?>\n\n<a />\n");
     };
-    EXPECT_EQ(RunTool({"format", "-"}, toUtf16(u"<a>€</a>")).output,
-        toUtf16(u"<?xml version='1.0' encoding='UTF-16' ?>\n\n<a>€</a>\n"));
+    for (const std::u16string name : {u"utf-16", u"UTF-16BE", u"utf-16be"})
+        EXPECT_EQ(RunTool({"format", "-"}, declared(name)).output, declared(name));
+    for (const std::u16string name : {u"UTF-16LE", u"UTF-16X", u"UTF-8", u"UTF-32", u"ISO-8859-1"})
+        EXPECT_EQ(RunTool({"format", "-"}, declared(name)).output, declared(u"UTF-16"));
 }
 
 TEST(FormatCommandTest, DocumentsThatNeedTheirDeclarationKeepIt)
