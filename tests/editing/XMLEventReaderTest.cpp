@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vancoreplatform/VString.h"
@@ -25,8 +26,8 @@ std::string Describe(const XMLEvent& event)
     }
     std::string described(1, event.kind == EventKind::Text ? '"' : Letters[static_cast<int>(event.kind)]);
     described += VString(text.data(), text.size()).toStdString();
-    if (event.hasCData)
-        described += "(cdata)";
+    if (event.isBlank)
+        described += "(blank)";
     if (event.preserves)
         described += "(preserve)";
     return described;
@@ -64,7 +65,54 @@ TEST(XMLEventReaderTest, DoesNotChangeTextThatLooksLikeAnAttribute)
 
 TEST(XMLEventReaderTest, JoinsTextsAndSections)
 {
-    EXPECT_EQ(ReadEvents("<a>x&lt;<![CDATA[ & ]]>&#10;\r\ny</a>"), (Events{"(a|", "\"x< & \n\ny(cdata)", ")", "$"}));
+    EXPECT_EQ(ReadEvents("<a>x&lt;<![CDATA[ & ]]>&#10;\r\ny</a>"), (Events{"(a|", "\"x< & \n\ny", ")", "$"}));
+}
+
+TEST(XMLEventReaderTest, MarksTextsOfWhiteSpaceWithoutSections)
+{
+    EXPECT_EQ(ReadEvents("<a> \n<b> <![CDATA[ ]]></b><b> x</b> &#9;</a>"),
+        (Events{"(a|", "\" \n(blank)", "(b|", "\"  ", ")", "(b|", "\" x", ")", "\" \t(blank)", ")", "$"}));
+}
+
+TEST(XMLEventReaderTest, ReplacesLongPartsByDigests)
+{
+    constexpr std::size_t Longest = 0x10000;
+    const auto read = [](const std::string& before, std::size_t length, const std::string& after) {
+        return ReadEvents(before + std::string(length, 'x') + after);
+    };
+    const std::pair<std::string, std::string> places[] = {{"<a>", "</a>"},
+        {"<a><![CDATA[", "]]></a>"},
+        {"<a><!--", "--></a>"},
+        {"<a><?p ", "?></a>"},
+        {"<a b='", "'/>"},
+        {"<a x", "='1'/>"},
+        {"<x", "/>"}};
+    for (const auto& [before, after] : places) {
+        const auto size = [](const Events& events) {
+            std::size_t sum = 0;
+            for (const std::string& event : events)
+                sum += event.size();
+            return sum;
+        };
+        EXPECT_GT(size(read(before, Longest - 1, after)), Longest - 1) << before;
+        const Events events = read(before, 3 * Longest, after);
+        EXPECT_LT(size(events), 200u) << before;
+        EXPECT_EQ(events, read(before, 3 * Longest, after)) << before;
+        EXPECT_NE(events, read(before, 3 * Longest + 1, after)) << before;
+        EXPECT_NE(events, read(before + "y", 3 * Longest - 1, after)) << before;
+    }
+}
+
+TEST(XMLEventReaderTest, DigestDoesNotDependOnTheFormOfTheText)
+{
+    const std::string blank(0x18000, ' ');
+    const Events events = ReadEvents("<a>" + blank + "x" + blank + "</a>");
+    EXPECT_EQ(events, ReadEvents("<a><![CDATA[" + blank + "x]]>" + blank + "</a>"));
+    EXPECT_EQ(events, ReadEvents("<a>" + blank + "&#120;" + blank + "</a>"));
+    EXPECT_NE(events, ReadEvents("<a>" + blank + " " + blank + "</a>"));
+    EXPECT_NE(ReadEvents("<a>" + blank + "</a>"), ReadEvents("<a><![CDATA[" + blank + "]]></a>"));
+    // The digest of a text does not contain the texts before.
+    EXPECT_EQ(ReadEvents("<a>" + blank + "</a>")[1], ReadEvents("<b>" + blank + "<c/>" + blank + "</b>")[4]);
 }
 
 TEST(XMLEventReaderTest, ReportsTheDeclarationWithoutTheEncoding)

@@ -363,6 +363,36 @@ TEST(XMLSourceFormatterTest, KeepsVeryDeepContentThatNeedsNoIndentation)
         Format("<b xml:space='preserve'>" + deep + "</b>"), Header + "<b xml:space='preserve'>" + deep + "</b>\n");
 }
 
+// Long texts are written in pieces. The pieces must not divide characters, references and line ends.
+TEST(XMLSourceFormatterTest, FormatsLongTextsAsTheWriterDoes)
+{
+    const std::string unit = "x\u00E9\U0001F600\t&#x1F600;&quot;&#13;\r\n";
+    const std::string shortened = "&#" + std::string(70000, '0') + "65;";
+    for (int shift = 0; shift < static_cast<int>(unit.size()); ++shift) {
+        const std::string text = Repeat("-", shift) + Repeat(unit, 6000) + shortened + "\r\n\r\n>";
+        // The last line end of the document decides which line ends are written.
+        const std::string input = "<a>" + text + "</a>\n";
+        const std::unique_ptr<DOM> document = DOMParser().ParseXmlString(input, "test");
+        const VString rendered = XMLDomFormatter::RenderAsXMLString(*document, nullptr, true);
+        ASSERT_TRUE(Format(input) == rendered.toStdString()) << shift;
+    }
+    const std::string manyLines = Repeat("x'\r\n", 40000);
+    EXPECT_TRUE(Format("<a>" + manyLines + "</a>\r\n") ==
+        "<?xml version='1.0' encoding='utf-8' ?>\r\n\r\n<a>" + Repeat("x&apos;\r\n", 40000) + "</a>\r\n");
+    EXPECT_TRUE(
+        Format("<a>" + manyLines + "&lt;</a>\n") == Header + "<a><![CDATA[" + Repeat("x'\n", 40000) + "<]]></a>\n");
+    EXPECT_EQ(Format("<a>" + shortened + "&lt;&gt;</a>"), Header + "<a>A&lt;&gt;</a>\n");
+    EXPECT_EQ(Format("<a>" + shortened + "\t&gt;</a>"), Header + "<a>A&#9;&gt;</a>\n");
+}
+
+TEST(XMLSourceFormatterTest, EscapesLongTextsInStrictMode)
+{
+    XMLSourceFormatter::Options strict;
+    strict.isStrict = true;
+    EXPECT_TRUE(Format("<a>" + Repeat("&lt;\t\n", 40000) + "</a>", strict) ==
+        Header + "<a>" + Repeat("&lt;&#9;&#10;", 40000) + "</a>\n");
+}
+
 TEST(XMLSourceFormatterTest, FormatsManyAttributes)
 {
     std::string input = "<a";

@@ -11,17 +11,10 @@
 #include "vancorexml/main/parser/XMLEventReader.h"
 #include "vancorexml/main/parser/XMLReferences.h"
 #include "vancorexml/main/parser/XMLTokenReader.h"
-#include "vancorexml/main/parser/XMLUtils.h"
 
 namespace {
 
 using Kind = XMLEvent::Kind;
-
-bool IsBlank(const XMLEvent& event)
-{
-    return event.kind == Kind::Text && !event.hasCData &&
-        std::all_of(event.text.begin(), event.text.end(), [](char16_t unit) { return XmlUtils::IsWhitespace(unit); });
-}
 
 // std::char_traits<char16_t> compares the units one by one.
 bool IsEqual(const std::u16string& a, const std::u16string& b) noexcept
@@ -60,8 +53,8 @@ public:
         if (ReadDeclaration(m_a, a) != ReadDeclaration(m_b, b) && comparesDeclarations)
             return false;
         for (;;) {
-            const bool isBlankInA = IsBlank(*a);
-            const bool isBlankInB = IsBlank(*b);
+            const bool isBlankInA = a->isBlank;
+            const bool isBlankInB = b->isBlank;
             if (isBlankInA || isBlankInB) {
                 const bool isEqual = isBlankInA && isBlankInB && IsEqual(a->text, b->text);
                 m_open.back().differs |= !isEqual;

@@ -1,5 +1,7 @@
 #include "vancorexml/main/parser/XMLEventReader.h"
 
+#include <QCryptographicHash>
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -19,6 +21,7 @@
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
 #include "vancorexml/main/parser/Utf16InputSource.h"
+#include "vancorexml/main/parser/XMLUtils.h"
 #include "vancorexml/main/parser/XercesBuffer.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
 #include "vancorexml/main/parser/XercesMemory.h"
@@ -35,6 +38,10 @@ constexpr char16_t Separator = u'\0';
 // Stands for a part that is missing. No document contains it.
 constexpr std::u16string_view Missing = u"\xFFFF";
 
+// In UTF-16 code units. A longer part of an event is replaced by its digest, so that the memory of the events does not
+// grow with the longest text of the document.
+constexpr std::size_t LongestPart = 0x10000;
+
 constexpr std::u16string_view SpaceAttribute = u"xml:space";
 constexpr std::u16string_view Preserve = u"preserve";
 
@@ -47,6 +54,50 @@ std::u16string_view View(const XMLCh* text) noexcept
 std::u16string_view ViewOrMissing(const XMLCh* text) noexcept
 {
     return text == nullptr ? Missing : std::u16string_view(text);
+}
+
+bool IsBlank(std::u16string_view text) noexcept
+{
+    return std::all_of(text.begin(), text.end(), [](char16_t unit) { return XmlUtils::IsWhitespace(unit); });
+}
+
+// The digest of a long part of an event. SHA-1 is four times faster than SHA-256, and no document can choose its
+// formatted text freely to provoke a collision.
+class Digest {
+public:
+    void Add(std::u16string_view text)
+    {
+        constexpr std::size_t Most = 0x10000000;  // the hash takes an int
+        for (; !text.empty(); text.remove_prefix(std::min(Most, text.size()))) {
+            const std::u16string_view piece = text.substr(0, Most);
+            m_hash.addData(
+                reinterpret_cast<const char*>(piece.data()), static_cast<int>(piece.size() * sizeof(char16_t)));
+        }
+    }
+
+    // Appends the digest of all texts that were added. No part of a document begins with a separator.
+    void AppendTo(std::u16string& out) const
+    {
+        out += Separator;
+        for (const char byte : m_hash.result())
+            out += static_cast<char16_t>(static_cast<unsigned char>(byte));
+    }
+
+    void Reset() { m_hash.reset(); }
+
+private:
+    QCryptographicHash m_hash{QCryptographicHash::Sha1};
+};
+
+void AppendPart(std::u16string& out, std::u16string_view part)
+{
+    if (part.size() <= LongestPart) {
+        out += part;
+        return;
+    }
+    Digest digest;
+    digest.Add(part);
+    digest.AppendTo(out);
 }
 
 // Ends a parse at a fault.
@@ -123,7 +174,7 @@ private:
 
     void AppendFault()
     {
-        m_pendingText.clear();
+        ClearText();
         Append(Kind::Fault);
     }
 
@@ -133,21 +184,31 @@ private:
             m_events.emplace_back();
         XMLEvent& event = m_events[m_count++];
         event.kind = kind;
-        event.hasCData = false;
+        event.isBlank = false;
         event.preserves = false;
         event.text.clear();
         return event;
     }
 
+    // Ends the text that is being collected.
     void FlushText()
     {
-        const bool hasCData = std::exchange(m_hasCData, false);
-        if (m_pendingText.empty())
-            return;
-        XMLEvent& event = Append(Kind::Text);
-        event.text.swap(m_pendingText);
-        event.hasCData = hasCData;
+        if (m_isLongText || !m_pendingText.empty()) {
+            XMLEvent& event = Append(Kind::Text);
+            event.isBlank = m_isBlankText;
+            event.text.swap(m_pendingText);
+            if (m_isLongText)
+                m_digest.AppendTo(event.text);
+        }
+        ClearText();
+    }
+
+    void ClearText()
+    {
         m_pendingText.clear();
+        m_isBlankText = true;
+        if (std::exchange(m_isLongText, false))
+            m_digest.Reset();
     }
 
     // Appends an event with these parts, behind the text that is being collected.
@@ -155,8 +216,10 @@ private:
     {
         FlushText();
         XMLEvent& event = Append(kind);
-        for (const std::u16string_view part : parts)
-            (event.text += part) += Separator;
+        for (const std::u16string_view part : parts) {
+            AppendPart(event.text, part);
+            event.text += Separator;
+        }
         return event;
     }
 
@@ -198,9 +261,12 @@ private:
                 View(attributes.elementAt(i)->getQName()), View(attributes.elementAt(i)->getValue()));
         std::sort(m_attributes.begin(), m_attributes.end());
         XMLEvent& event = Append(Kind::StartElement);
-        (event.text += View(element.getElementName()->getRawName())) += Separator;
+        AppendPart(event.text, View(element.getElementName()->getRawName()));
+        event.text += Separator;
         for (const auto& [name, value] : m_attributes) {
-            ((event.text += name) += Separator) += value;
+            AppendPart(event.text, name);
+            event.text += Separator;
+            AppendPart(event.text, value);
             event.text += Separator;
             event.preserves |= name == SpaceAttribute && value == Preserve;
         }
@@ -220,8 +286,16 @@ private:
     {
         if (m_depth == 0)
             return;
-        m_pendingText.append(text, length);
-        m_hasCData |= isCData;
+        const std::u16string_view characters(text, length);
+        m_isBlankText = m_isBlankText && !isCData && IsBlank(characters);
+        if (!m_isLongText && m_pendingText.size() + length <= LongestPart) {
+            m_pendingText += characters;
+            return;
+        }
+        m_isLongText = true;
+        m_digest.Add(m_pendingText);
+        m_digest.Add(characters);
+        m_pendingText.clear();
     }
 
     void ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCData) override
@@ -316,8 +390,10 @@ private:
     bool m_isStarted = false;
     bool m_isAtEnd = false;
     std::size_t m_depth = 0;
-    std::u16string m_pendingText;
-    bool m_hasCData = false;
+    std::u16string m_pendingText;  // empty for a long text
+    bool m_isBlankText = true;     // white space only, and no CDATA section
+    bool m_isLongText = false;     // the text is in m_digest
+    Digest m_digest;
     std::u16string m_documentType;
     std::set<std::u16string> m_preserved;
     std::vector<XMLEvent> m_events;  // the first m_count are in use

@@ -25,9 +25,10 @@ struct XMLEvent {
     };
 
     Kind kind = Kind::EndOfDocument;
-    bool hasCData = false;   // of a text: a part of it is a CDATA section
+    bool isBlank = false;    // of a text: white space only, and no part of it is a CDATA section
     bool preserves = false;  // of an element: xml:space is "preserve", in the tag or by default
-    // All parts of the event. Two events of the same kind have equal texts if and only if they have the same content.
+    // All parts of the event. Two events of the same kind have equal texts if and only if they have the same content. A
+    // part of more than 65,536 UTF-16 code units is replaced by its SHA-1 digest.
     std::u16string text;
 };
 
@@ -43,7 +44,8 @@ struct XMLEvent {
 //
 // Threads: one at a time.
 //
-// Cost: all calls together are linear in the document and in the expansion of its entities.
+// Cost: all calls together are linear in the document and in the expansion of its entities. Xerces itself collects each
+// comment, processing instruction, CDATA section and attribute value in memory, but not each text.
 class XMLEventReader {
 public:
     // Throws std::bad_cast if `source` is not an IXercesInputSourceProvider.

@@ -12,6 +12,7 @@
 #include "vancorexml/main/parser/ByteSet.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/XMLComparison.h"
+#include "vancorexml/main/parser/XMLEscaping.h"
 #include "vancorexml/main/parser/XMLEventReader.h"
 #include "vancorexml/main/parser/XMLFormatter.h"
 #include "vancorexml/main/parser/XMLReferences.h"
@@ -225,6 +226,27 @@ bool IsNameLess(std::string_view a, std::string_view b) noexcept
     return first < second;
 }
 
+constexpr std::size_t LongestPiece = 0x10000;  // in bytes
+
+// Removes the first piece of a text and returns it. A piece does not end inside a character, a reference or a line end.
+// It is longer than LongestPiece only if a reference is.
+std::string_view ConsumePiece(std::string_view& text) noexcept
+{
+    std::size_t end = std::min(LongestPiece, text.size());
+    if (end < text.size()) {
+        while (end > LongestPiece - 3 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+            --end;
+        if (text[end] == '\n' && text[end - 1] == '\r')
+            --end;
+        const std::size_t reference = text.substr(0, end).rfind('&');
+        if (reference != std::string_view::npos)
+            end = std::max(end, std::min(text.find(';', reference), text.size() - 1) + 1);
+    }
+    const std::string_view piece = text.substr(0, end);
+    text.remove_prefix(end);
+    return piece;
+}
+
 class Writer {
 public:
     Writer(std::string_view text, const Layout& layout, const XMLSourceFormatter::Options& options)
@@ -394,6 +416,8 @@ private:
             m_output += raw;
             return;
         }
+        if (raw.size() > LongestPiece && WriteLongText(raw))
+            return;
         const std::string plain = XMLReferences::Decode(raw);
         const VString text = VString::fromUtf8(plain.data(), plain.size());
         // A carriage return in a CDATA section would be read as a line feed.
@@ -405,6 +429,33 @@ private:
         const VString encoded =
             m_options.isStrict ? XMLFormatter::EncodeAttributeString(text) : XMLFormatter::EncodeContentString(text);
         WriteLines(encoded.toStdString());
+    }
+
+    // Writes the text piece by piece, which needs little memory. Returns false if the text may become a CDATA section.
+    bool WriteLongText(std::string_view raw)
+    {
+        if (NeedsReferences(raw)) {
+            m_output += raw;
+            return true;
+        }
+        std::size_t length = 0;
+        bool hasTag = false;
+        for (std::string_view rest = raw; !rest.empty();) {
+            const std::string plain = XMLReferences::Decode(ConsumePiece(rest));
+            length += plain.size();
+            hasTag |= plain.find('<') != std::string::npos;
+        }
+        // References can make a text much shorter. 32 code units are at most 96 bytes.
+        if ((hasTag && !m_options.isStrict) || length < 128)
+            return false;
+        const XMLEscaping::EscapeTable& table =
+            m_options.isStrict ? XMLEscaping::AttributeTable() : XMLEscaping::ContentTable();
+        while (!raw.empty()) {
+            const std::string plain = XMLReferences::Decode(ConsumePiece(raw));
+            WriteLines(
+                XMLEscaping::EncodeWithTable(VString::fromUtf8(plain.data(), plain.size()), table).toStdString());
+        }
+        return true;
     }
 
     // Writes the text with the line ends of the document.
