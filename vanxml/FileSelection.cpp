@@ -80,7 +80,8 @@ std::vector<fs::path> MatchEntries(const fs::path& folder, const NamePattern& pa
     return matches;
 }
 
-// Returns the existing files and folders that match a path with wildcards.
+// Returns the existing files and folders that match a path with wildcards. Skips devices and pipes: reading one may
+// never end.
 std::vector<fs::path> ExpandPattern(const std::string& argument)
 {
     std::vector<fs::path> paths{fs::path()};
@@ -97,11 +98,11 @@ std::vector<fs::path> ExpandPattern(const std::string& argument)
         }
         paths = std::move(next);
     }
-    const auto isMissing = [](const fs::path& path) {
+    const auto isSkipped = [](const fs::path& path) {
         std::error_code ignored;
-        return !fs::exists(fs::symlink_status(path, ignored));
+        return !fs::exists(fs::symlink_status(path, ignored)) || fs::is_other(fs::status(path, ignored));
     };
-    paths.erase(std::remove_if(paths.begin(), paths.end(), isMissing), paths.end());
+    paths.erase(std::remove_if(paths.begin(), paths.end(), isSkipped), paths.end());
     return paths;
 }
 

@@ -29,7 +29,7 @@ struct SelectedFiles {
 // - A folder, if --recursive is set. All its files that match an include pattern are selected, in all
 //   levels, sorted. Hidden entries, symbolic links to folders, devices and pipes are skipped.
 // - A pattern, if no file has that name: `*`, `?` and `[...]` as in a shell. It matches hidden names
-//   only if it begins with a dot there.
+//   only if it begins with a dot there. It skips devices and pipes.
 //
 // A file that is named twice, also through symbolic links, is selected once, at its first place.
 //

@@ -188,11 +188,12 @@ TEST_F(FileSelectionTest, DanglingLinkInAFolderIsAnError)
     EXPECT_EQ(result.errors, "vanxml: Cannot read \"docs/b.kxa\": No such file or directory\n");
 }
 
-TEST_F(FileSelectionTest, SkipsPipesInFolders)
+TEST_F(FileSelectionTest, SkipsPipesInFoldersAndPatterns)
 {
     Write("docs/a.kxa");
     EXPECT_EQ(RunProgram("mkfifo", {m_folder.Path("docs/b.kxa").toStdString()}).status, 0);
     EXPECT_EQ(Select({"--recursive", "docs"}), "docs/a.kxa\n");
+    EXPECT_EQ(Select({"docs/*.kxa"}), "docs/a.kxa\n");
 }
 
 // A name that is not UTF-8 must neither be skipped nor stand for its neighbour.
