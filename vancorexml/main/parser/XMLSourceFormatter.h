@@ -67,7 +67,9 @@ public:
     //
     // Linear in the text, in the result and in the expansion of entities. Reads both the text and the result once with
     // Xerces, and the text up to three more times if it has a document type or errors. Uses the memory of the result,
-    // and one byte for each element.
+    // one byte for each element, and the memory of two Xerces parsers, which is small unless a comment, processing
+    // instruction, CDATA section or attribute value is long. A text that becomes a CDATA section is copied several
+    // times.
     std::optional<std::string> Format(const std::string& text, const VString& id);
 
     // Returns the errors and warnings of the last document. Valid until the next call of Format.
