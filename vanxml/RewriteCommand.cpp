@@ -94,7 +94,8 @@ RewriteCommand::Outcome RewriteCommand::Process(const SelectedFile& file) const
             Finish(file.name, before, std::move(after.bytes), outcome);
     } catch (...) {
         outcome.status = ExitStatus::Failed;
-        outcome.lines += FormatErrorLine(DescribeException(file.name));
+        // The other lines describe a result that was not delivered.
+        outcome.lines = FormatErrorLine(DescribeException(file.name));
     }
     return outcome;
 }
