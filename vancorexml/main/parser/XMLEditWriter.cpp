@@ -109,23 +109,32 @@ XMLEditWriter::~XMLEditWriter() = default;
 
 std::vector<TextEdit> XMLEditWriter::Run()
 {
-    std::size_t deletedEnd = 0;  // the end of the last deleted element
-    for (const ElementFindings::Event& event : m_findings.events) {
-        const FoundElement& element = m_findings.elements[event.element];
-        const CombinedChange& change = m_changes[element.changes];
+    m_edits.reserve(m_findings.elements.size());
+    std::size_t deletedEnd = 0;             // the end of the last deleted element
+    std::vector<const FoundElement*> open;  // the found elements around the next one
+    const auto endElements = [&](std::size_t offset) {
+        for (; !open.empty() && open.back()->end <= offset; open.pop_back())
+            End(*open.back(), m_changes[open.back()->changes]);
+    };
+    for (const FoundElement& element : m_findings.elements) {
         if (element.end <= deletedEnd)
             continue;
-        if (event.isEnd) {
-            End(element, change);
-        } else if (IsAllowed(element, change)) {
-            if (change.isDeleted)
-                deletedEnd = element.end;
-            Start(element, change);
-        }
+        endElements(element.start);
+        const CombinedChange& change = m_changes[element.changes];
+        if (!IsAllowed(element, change))
+            continue;
+        Start(element, change);
+        if (change.isDeleted)
+            deletedEnd = element.end;
+        else
+            open.push_back(&element);
     }
-    // Edits at the same offset stay in the order of the events.
-    std::stable_sort(
-        m_edits.begin(), m_edits.end(), [](const TextEdit& a, const TextEdit& b) { return a.offset < b.offset; });
+    endElements(m_text.size());
+    // An insertion behind an element can be followed by edits in front of it. Edits of the same offset keep their
+    // order. Sorting takes memory, and most edits are sorted already.
+    const auto isLess = [](const TextEdit& a, const TextEdit& b) { return a.offset < b.offset; };
+    if (!std::is_sorted(m_edits.begin(), m_edits.end(), isLess))
+        std::stable_sort(m_edits.begin(), m_edits.end(), isLess);
     return std::move(m_edits);
 }
 

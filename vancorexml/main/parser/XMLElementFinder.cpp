@@ -110,8 +110,9 @@ XMLElementFinder::XMLElementFinder(std::string_view text,
 
 XMLElementFinder::~XMLElementFinder() = default;
 
-ElementFindings XMLElementFinder::Run()
+ElementFindings XMLElementFinder::Run(std::size_t expected)
 {
+    m_findings.elements.reserve(expected);
     XMLToken token;
     while (m_reader.Next(token)) {
         switch (token.kind) {
@@ -182,7 +183,6 @@ void XMLElementFinder::StartElement(const XMLToken& token)
             element.parentStart = m_open.back().start;
         }
         m_findings.elements.push_back(element);
-        m_findings.events.push_back({open.found, false});
     }
     if (!m_open.empty())
         m_open.back().hasElements = true;
@@ -205,7 +205,6 @@ void XMLElementFinder::EndElement(std::size_t endTag, std::size_t end)
         element.lastLineNode = open.lastLineNode;
         element.hasNodes = open.hasNodes;
         element.hasElements = open.hasElements;
-        m_findings.events.push_back({open.found, true});
     }
     m_open.pop_back();
     if (endTag != end) {

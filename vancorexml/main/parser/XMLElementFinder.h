@@ -41,14 +41,7 @@ struct EntityReferencePlace {
 };
 
 struct ElementFindings {
-    // An event is the start or the end of a found element.
-    struct Event {
-        std::size_t element;  // an index in `elements`
-        bool isEnd;
-    };
-
     std::vector<FoundElement> elements;  // in document order
-    std::vector<Event> events;           // in the order of the text
     std::vector<std::vector<std::size_t>> changeLists;
     // For each element of the document, in document order: it contains text beside white space, or its xml:space is
     // "preserve". White space must not be added to it.
@@ -81,7 +74,8 @@ public:
     XMLElementFinder(const XMLElementFinder&) = delete;
     XMLElementFinder& operator=(const XMLElementFinder&) = delete;
 
-    ElementFindings Run();
+    // Allocates the memory for `expected` elements at once.
+    ElementFindings Run(std::size_t expected);
 
 private:
     struct Matcher;

@@ -160,10 +160,11 @@ public:
         m_diagnostics = tree.GetDiagnostics();
         if (tree.HasErrors())
             return std::nullopt;
-        Find();
+        std::vector<std::vector<DOMElement*>> elements = FindPaths(tree.DocumentElement());
+        Find(elements);
         if (!Prepare())
             return std::nullopt;
-        const std::vector<std::vector<DOMElement*>> elements = FindInTree(tree.DocumentElement());
+        FindNumbers(tree.DocumentElement(), elements);
         if (!CheckEntities(tree.DocumentElement(), elements))
             return std::nullopt;
         EditedText result;
@@ -175,10 +176,9 @@ public:
             return result;
         }
         RequireSameMatches(elements);
-        std::vector<std::pair<const TreeChange*, std::vector<DOMElement*>>> changes;
-        for (std::size_t i = 0; i < m_changes.size(); ++i)
-            changes.emplace_back(&m_changes[i], elements[i]);
-        tree.Apply(changes);
+        // The result and its verification take the most memory, so all other data is released before.
+        m_findings = ElementFindings();
+        Apply(tree, std::move(elements));
         result.text = ApplyEdits(m_text, result.edits);
         if (!tree.IsTreeOf(result.text, m_id)) {
             ReportDifference(tree);
@@ -188,8 +188,20 @@ public:
     }
 
 private:
-    void Find()
+    // Returns the elements of each path.
+    std::vector<std::vector<DOMElement*>> FindPaths(DOMElement& documentElement) const
     {
+        std::vector<std::vector<DOMElement*>> elements;
+        for (const auto& [path, change] : m_editor.m_pathChanges)
+            elements.push_back(DOMPath::GetAll(documentElement, path));
+        return elements;
+    }
+
+    void Find(const std::vector<std::vector<DOMElement*>>& elements)
+    {
+        std::size_t expected = 0;
+        for (const std::vector<DOMElement*>& each : elements)
+            expected = std::max(expected, each.size());
         std::vector<VString> paths;
         for (const auto& [path, change] : m_editor.m_pathChanges)
             paths.push_back(path);
@@ -197,9 +209,10 @@ private:
         for (const auto& [number, change] : m_editor.m_elementChanges)
             numbers.emplace_back(number, paths.size() + numbers.size());
         std::sort(numbers.begin(), numbers.end());
-        m_findings = XMLElementFinder(m_text, paths, numbers, FindPreservedElements(m_text)).Run();
+        m_findings = XMLElementFinder(m_text, paths, numbers, FindPreservedElements(m_text)).Run(expected);
         if (!numbers.empty() && numbers.back().first >= m_findings.elementCount)
             throw std::out_of_range("XMLSourceEditor: there is no element of this number");
+        m_documentType = m_findings.documentType;
         m_characters.canEncode = m_editor.m_options.canEncode;
         m_characters.isVersion11 = m_findings.isVersion11;
     }
@@ -242,7 +255,7 @@ private:
             if (!CheckCharacters("The fragment '" + text + "'", text))
                 continue;
             try {
-                fragments.push_back(std::make_unique<XMLFragment>(text, m_findings.documentType, m_characters));
+                fragments.push_back(std::make_unique<XMLFragment>(text, m_documentType, m_characters));
             } catch (const XMLFragmentError& error) {
                 ReportChange("The fragment '" + text + "' " + error.Message());
             }
@@ -280,22 +293,12 @@ private:
         m_diagnostics.push_back(std::move(diagnostic));
     }
 
-    // Returns the elements of each change.
-    std::vector<std::vector<DOMElement*>> FindInTree(DOMElement& documentElement)
+    // Adds the elements of the changes by number.
+    void FindNumbers(DOMElement& documentElement, std::vector<std::vector<DOMElement*>>& elements)
     {
-        std::vector<std::vector<DOMElement*>> elements;
-        for (const auto& [path, change] : m_editor.m_pathChanges)
-            elements.push_back(DOMPath::GetAll(documentElement, path));
         elements.resize(m_changes.size());
         if (!m_findings.entityReferences.empty())
             m_entityElements = FindEntityElements(m_text);
-        if (!m_editor.m_elementChanges.empty())
-            FindNumbers(documentElement, elements);
-        return elements;
-    }
-
-    void FindNumbers(DOMElement& documentElement, std::vector<std::vector<DOMElement*>>& elements) const
-    {
         std::vector<std::pair<std::size_t, std::size_t>> numbers;
         for (std::size_t i = 0; i < m_editor.m_elementChanges.size(); ++i)
             numbers.emplace_back(m_editor.m_elementChanges[i].first, m_editor.m_pathChanges.size() + i);
@@ -439,6 +442,14 @@ private:
         }
     }
 
+    void Apply(XMLEditedTree& tree, std::vector<std::vector<DOMElement*>> elements) const
+    {
+        std::vector<std::pair<const TreeChange*, std::vector<DOMElement*>>> changes;
+        for (std::size_t i = 0; i < m_changes.size(); ++i)
+            changes.emplace_back(&m_changes[i], std::move(elements[i]));
+        tree.Apply(changes);
+    }
+
     // Reports why the result is not the edited tree, if that is not a fault of the library.
     void ReportDifference(const XMLEditedTree& tree)
     {
@@ -447,7 +458,7 @@ private:
                 ReportChange("The edited document would not be well-formed: " + each.GetText());
             return;
         }
-        if (m_findings.documentType.find("<!ATTLIST") == std::string_view::npos)
+        if (m_documentType.find("<!ATTLIST") == std::string_view::npos)
             throw XMLVerificationError("The edited document would differ from the edited tree");
         ReportChange("The changes contradict the attributes that the document type declares");
     }
@@ -457,7 +468,8 @@ private:
     const VString& m_id;
     std::vector<ParseDiagnostic>& m_diagnostics;
     XMLCharacters m_characters;
-    ElementFindings m_findings;
+    ElementFindings m_findings;  // released before the result is made
+    std::string_view m_documentType;
     EntityElements m_entityElements;
     std::vector<TreeChange> m_changes;  // of the paths, then of the numbers
     bool m_isPrepared = true;
@@ -480,7 +492,8 @@ std::string ApplyEdits(std::string_view text, const std::vector<TextEdit>& edits
         (edited += text.substr(copied, edit.offset - copied)) += edit.replacement;
         copied = edit.offset + edit.length;
     }
-    return edited += text.substr(copied);
+    edited += text.substr(copied);
+    return edited;
 }
 
 XMLSourceEditor::XMLSourceEditor(const std::string& text, const VString& id) : XMLSourceEditor(text, id, Options()) {}
