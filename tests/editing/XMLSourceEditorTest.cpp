@@ -542,6 +542,46 @@ TEST(XMLSourceEditorTest, DeepDocumentsDoNotExhaustTheCallStack)
     EXPECT_EQ(edited->text.substr(0, 6), "<c><c>");
 }
 
+TEST(XMLSourceEditorTest, InsertionsAtAllLevelsOfADeepDocumentAreLinear)
+{
+    constexpr int Depth = 100000;
+    std::string text;
+    std::string expected;
+    for (int i = 0; i < Depth; ++i) {
+        text += "<a>";
+        expected += "<a><c/>";
+    }
+    text += "<b/>";
+    expected += "<b/>";
+    for (int i = 0; i < Depth; ++i) {
+        text += "</a>";
+        expected += i + 1 < Depth ? "</a><d/>" : "</a>";
+    }
+    XMLSourceEditor editor(text, "test");
+    editor.Change("//a", Edit().Prepend("<c/>").change);
+    editor.Change("//a/a", Edit().After("<d/>").change);
+    EXPECT_TRUE(editor.Edit()->text == expected);
+}
+
+TEST(XMLSourceEditorTest, KeepsTheOrderOfAllInsertionsIntoOneParent)
+{
+    for (int count = 0; count <= 20; ++count) {
+        SCOPED_TRACE(count);
+        std::string children;
+        std::string replaced;
+        for (int i = 0; i < count; ++i) {
+            children += i % 2 == 0 ? "<b/>" : "<c/>";
+            replaced += i % 2 == 0 ? "<e/><f/><b/><g/><h/>" : "<i/><j/>";
+        }
+        const std::vector<PathEdit> edits = {At("a", Edit().Prepend("<k/>").Append("<l/>")),
+            At("a/b", Edit().Before("<e/>").After("<g/>")),
+            At("a/c", Edit().Before("<i/>").Delete().After("<j/>")),
+            At("//b", Edit().Before("<f/>").After("<h/>")),
+            At("/a", Edit().Prepend("<m/>").Append("<n/>"))};
+        EXPECT_EQ(Apply("<a>" + children + "</a>", edits), "<a><k/><m/>" + replaced + "<l/><n/></a>");
+    }
+}
+
 TEST(XMLSourceEditorTest, ManyChangesOfOneParentAreLinear)
 {
     constexpr int Count = 200000;

@@ -138,7 +138,7 @@ private:
 // An insertion beside an element, or its deletion.
 struct SiblingChange {
     DOMElement* parent;
-    const DOMElement* element;  // null for the content of the parent
+    DOMElement* element;  // null for the content of the parent
     const TreeChange* change;
 };
 
@@ -160,7 +160,6 @@ public:
             m_changes.push_back({element.GetParent(), &element, &change});
     }
 
-    // The changes of a parent are applied together, because each insertion at a position is linear.
     void ApplySiblingChanges()
     {
         const auto isLess = [](const SiblingChange& a, const SiblingChange& b) {
@@ -172,7 +171,10 @@ public:
         for (auto first = m_changes.begin(); first != m_changes.end();) {
             const auto last =
                 std::find_if(first, m_changes.end(), [&](const auto& each) { return each.parent != first->parent; });
-            RebuildChildren(first, last);
+            if (last - first <= MostSingleChanges)
+                ChangeChildren(first, last);
+            else
+                RebuildChildren(first, last);
             first = last;
         }
     }
@@ -180,20 +182,61 @@ public:
 private:
     using Iterator = std::vector<SiblingChange>::iterator;
 
-    static void Insert(DOMElement& parent, const TreeChange::Fragments& fragments)
+    // Each single change is linear in the children. Rebuilding is linear for all changes together, but it inserts the
+    // unchanged children again, and the cost of that grows with the depth of the tree.
+    static constexpr std::ptrdiff_t MostSingleChanges = 16;
+
+    static void Insert(DOMElement& parent, const TreeChange::Fragments& fragments, const DOMElement* before = nullptr)
     {
         for (const auto& fragment : fragments) {
             for (const DOMElement* element : fragment->Elements().GetChildren())
-                parent.AppendChild(std::make_unique<DOMElement>(*element));
+                parent.InsertChild(std::make_unique<DOMElement>(*element), before);
         }
     }
 
+    // Returns the end of the changes of the content. They come first, because their element is null.
+    static Iterator EndOfContent(Iterator first, Iterator last)
+    {
+        return std::find_if(first, last, [](const auto& each) { return each.element; });
+    }
+
+    static const DOMElement* NextSibling(const DOMElement& parent, const DOMElement& child)
+    {
+        const DOMElementConstChildren children = parent.GetChildren();
+        const auto next = std::find(children.begin(), children.end(), &child) + 1;
+        return next == children.end() ? nullptr : *next;
+    }
+
+    // Applies the changes one after the other.
+    void ChangeChildren(Iterator first, Iterator last)
+    {
+        DOMElement& parent = *first->parent;
+        const Iterator ofChildren = EndOfContent(first, last);
+        const DOMElement* const firstChild = parent.HasChildren() ? parent.GetChildren()[0] : nullptr;
+        for (Iterator i = first; i != ofChildren; ++i)
+            Insert(parent, i->change->prepended, firstChild);
+        for (Iterator i = first; i != ofChildren; ++i)
+            Insert(parent, i->change->appended);
+        for (Iterator i = ofChildren; i != last;) {
+            DOMElement& child = *i->element;
+            const DOMElement* const next = NextSibling(parent, child);
+            bool isDeleted = false;
+            for (; i != last && i->element == &child; ++i) {
+                Insert(parent, i->change->before, &child);
+                Insert(parent, i->change->after, next);
+                isDeleted |= i->change->change->isDeleted;
+            }
+            if (isDeleted)
+                m_deleted.push_back(parent.RemoveChild(child));
+        }
+    }
+
+    // Applies the changes while all children are inserted again.
     void RebuildChildren(Iterator first, Iterator last)
     {
         DOMElement& parent = *first->parent;
         std::vector<std::unique_ptr<DOMElement>> children = parent.RemoveChildren();
-        // The changes of the content come first, because their element is null.
-        const Iterator ofChildren = std::find_if(first, last, [](const auto& each) { return each.element; });
+        const Iterator ofChildren = EndOfContent(first, last);
         for (Iterator i = first; i != ofChildren; ++i)
             Insert(parent, i->change->prepended);
         for (std::unique_ptr<DOMElement>& child : children) {
