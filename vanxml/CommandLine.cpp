@@ -55,7 +55,8 @@ void RequireUtf8(const std::vector<std::string>& arguments)
 
 // This byte is prepended to arguments that CLI11 must not interpret: operands behind "--", because CLI11
 // ends a command there if it needs no more operands, and names such as "[a,b]", which CLI11 would split.
-// No argument contains this byte, because all arguments are UTF-8.
+// It is also prepended to the empty value of "--text=", because CLI11 would take the next argument as the value. No
+// argument contains this byte, because all arguments are UTF-8.
 constexpr char operandMark = '\xFF';
 
 std::string WithoutMarks(std::string text)
@@ -82,6 +83,16 @@ ExitStatus EndOfParse(const CLI::App& application, const CLI::ParseError& error)
     return ExitStatus::Failed;
 }
 
+// Marks the value behind the equals sign of an option if CLI11 must not interpret it.
+std::string MarkValue(std::string option)
+{
+    const std::size_t value = option.find('=') + 1;
+    const bool hasValue = value > 0;
+    if (hasValue && (value == option.size() || option[value] == '['))
+        option.insert(value, 1, operandMark);
+    return option;
+}
+
 std::vector<std::string> MarkOperands(const std::vector<std::string>& arguments)
 {
     std::vector<std::string> marked;
@@ -91,6 +102,8 @@ std::vector<std::string> MarkOperands(const std::vector<std::string>& arguments)
             marked.push_back(operandMark + argument);
         else if (argument == "--")
             areOperands = true;
+        else if (argument.starts_with("--"))
+            marked.push_back(MarkValue(argument));
         else
             marked.push_back(argument);
     }

@@ -99,7 +99,8 @@ void EditCommand::AddTo(CLI::App& application)
             added.option =
                 addOption(action.name, added.values, action.description)->type_name(action.valueName)->group("Changes");
         else
-            added.option = m_command->add_flag(action.name, action.description)->group("Changes");
+            added.option =
+                m_command->add_flag(action.name, action.description)->disable_flag_override()->group("Changes");
     }
 }
 

@@ -58,6 +58,15 @@ TEST(EditCommandTest, HasAllActions)
     EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text", "<"}), "<a>&lt;</a>");
 }
 
+TEST(EditCommandTest, TakesValuesBehindAnEqualsSignLiterally)
+{
+    EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text=", "--set", "b=1"}), "<a b='1'></a>");
+    EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text", ""}), "<a></a>");
+    EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text=-1"}), "<a>-1</a>");
+    EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text=[b,c]"}), "<a>[b,c]</a>");
+    EXPECT_EQ(RunTool({"edit", "-", "--at", "/a/b", "--delete=false"}, "<a><b/></a>").status, 2);
+}
+
 TEST(EditCommandTest, ValuesMayBeEmptyAndHaveBracketsAndDashes)
 {
     EXPECT_EQ(Edit("<a>x</a>", {"--at", "a", "--text", "", "--set", "b="}), "<a b=''></a>");
