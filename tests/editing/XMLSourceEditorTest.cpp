@@ -542,6 +542,24 @@ TEST(XMLSourceEditorTest, DeepDocumentsDoNotExhaustTheCallStack)
     EXPECT_EQ(edited->text.substr(0, 6), "<c><c>");
 }
 
+TEST(XMLSourceEditorTest, InsertsCommentsIntoElementsWithWhiteSpace)
+{
+    ExpectResults({
+        {"white space only",
+            "<a>\n  <b>\n  </b>\n</a>",
+            {At("//b", Edit().Append("<!--c-->"))},
+            "<a>\n  <b>\n    <!--c-->\n  </b>\n</a>"},
+        {"behind a comment",
+            "<a>\n  <b>\n    <!--c-->\n  </b>\n</a>",
+            {At("//b", Edit().Append("<?d?>"))},
+            "<a>\n  <b>\n    <!--c-->\n    <?d?>\n  </b>\n</a>"},
+        {"in front of a comment",
+            "<a>\n  <b>\n    <!--c-->\n  </b>\n</a>",
+            {At("//b", Edit().Prepend("<?d?>"))},
+            "<a>\n  <b>\n    <?d?>\n    <!--c-->\n  </b>\n</a>"},
+    });
+}
+
 TEST(XMLSourceEditorTest, InsertionsAtAllLevelsOfADeepDocumentAreLinear)
 {
     constexpr int Depth = 100000;

@@ -121,7 +121,8 @@ private:
         SetDone();
     }
 
-    // An element that lost its children may keep the white space between them.
+    // An element that lost its children may keep the white space between them. An element without text may have white
+    // space around its comments.
     static bool HasText(const DOMElement& element, const VString& text)
     {
         if (element.GetText() == text)
@@ -154,8 +155,12 @@ public:
             element.SetText(*change.change->text);
         if (change.change->name)
             element.SetName(*change.change->name);
-        if (!change.prepended.empty() || !change.appended.empty())
+        if (!change.prepended.empty() || !change.appended.empty()) {
             m_changes.push_back({&element, nullptr, &change});
+            // Inserted comments may stand on lines of their own, also between other comments.
+            if (IsBlank(element.GetText().View()))
+                element.SetText(VString());
+        }
         if (change.change->isDeleted || !change.before.empty() || !change.after.empty())
             m_changes.push_back({element.GetParent(), &element, &change});
     }
