@@ -459,7 +459,11 @@ TEST(XMLSourceEditorTest, RefusesChangesThatCannotApply)
         {"an attribute that the document type adds",
             "<!DOCTYPE a [<!ATTLIST a x CDATA '1'>]><a x='2'/>",
             {At("a", Edit().Unset("x"))},
-            "The changes contradict the attributes that the document type declares\n"},
+            "/a: The changes contradict the attributes that the document type declares\n"},
+        {"a name for which the document type adds an attribute",
+            "<!DOCTYPE a [<!ATTLIST c x CDATA '1'>]><a><d/><b><b/></b></a>",
+            {At("a/b/b", Edit().Rename("c"))},
+            "/a/b/c: The changes contradict the attributes that the document type declares\n"},
     });
 }
 

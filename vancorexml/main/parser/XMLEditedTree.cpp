@@ -67,6 +67,8 @@ public:
 
     // Valid at the end of the document.
     bool IsEqual() const noexcept { return !m_differs; }
+    // Returns the path of the element that differs; empty if there is none.
+    const VString& PathOfDifference() const noexcept { return m_path; }
 
     void StartElement(const VString& name, const TagAttributes& attributes) override
     {
@@ -77,11 +79,11 @@ public:
         const bool hasName = element && element->GetName() == name;
         m_attributes.clear();
         attributes.AddTo(m_attributes);
-        if (!hasName || element->GetAttributes() != m_attributes) {
+        const bool isEqual = hasName && element->GetAttributes() == m_attributes;
+        if (element)
+            m_open.emplace_back().element = element;
+        if (!isEqual)
             Differ();
-            return;
-        }
-        m_open.emplace_back().element = element;
     }
 
     void EndElement() override
@@ -115,8 +117,11 @@ private:
         VString text;
     };
 
-    void Differ() noexcept
+    void Differ()
     {
+        // The first element is that of the tree, which is not an element of the document.
+        for (auto open = m_open.begin() + 1; open != m_open.end(); ++open)
+            m_path += "/" + open->element->GetName();
         m_differs = true;
         SetDone();
     }
@@ -133,6 +138,7 @@ private:
 
     std::vector<Open> m_open;
     AttributeMap m_attributes;
+    VString m_path;
     bool m_differs = false;
 };
 
@@ -301,5 +307,6 @@ bool XMLEditedTree::IsTreeOf(const std::string& text, const VString& id)
     parser->Parse();
     m_diagnostics = parser->GetDiagnostics();
     m_hasErrors = parser->HasErrors();
+    m_pathOfDifference = comparer->PathOfDifference();
     return !m_hasErrors && comparer->IsEqual();
 }

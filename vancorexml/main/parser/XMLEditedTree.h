@@ -50,9 +50,12 @@ public:
 
     // True if the document `text` has this tree. False if it has errors, which GetDiagnostics then returns.
     bool IsTreeOf(const std::string& text, const VString& id);
+    // Returns the path of the first element that differs, after IsTreeOf.
+    const VString& PathOfDifference() const noexcept { return m_pathOfDifference; }
 
 private:
     std::unique_ptr<DOM> m_document;
     std::vector<ParseDiagnostic> m_diagnostics;
+    VString m_pathOfDifference;
     bool m_hasErrors = false;
 };

@@ -460,7 +460,8 @@ private:
         }
         if (m_documentType.find("<!ATTLIST") == std::string_view::npos)
             throw XMLVerificationError("The edited document would differ from the edited tree");
-        ReportChange("The changes contradict the attributes that the document type declares");
+        ReportChange(
+            tree.PathOfDifference() + ": The changes contradict the attributes that the document type declares");
     }
 
     XMLSourceEditor& m_editor;

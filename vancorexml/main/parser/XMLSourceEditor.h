@@ -112,7 +112,8 @@ public:
     //   - a document without an element, or with two
     //   - a name or character that XML does not allow, or that the encoding lacks
     //   - a removed attribute, or a name, for which the document type has a default
-    // Each error has the position and the path of the element, if it has one. A path without a match is a warning.
+    // Each error of an element has its position and its path; an error of the last kind has only the path. A path
+    // without a match is a warning.
     //
     // Throws std::out_of_range if ChangeElement was called with a number that the text does not have. Throws
     // XMLVerificationError if the result is not equal to the edited tree; this is a fault of the library.
