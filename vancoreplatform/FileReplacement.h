@@ -59,7 +59,7 @@ public:
     void Commit();
 
     // Removes the temporary files of all objects of this process. On POSIX systems it is async-signal-safe: call it
-    // from the handler of a signal that ends the process. It covers 64 objects at a time. Every replacement that has
+    // from the handler of a signal that ends the process. It covers 1024 objects at a time. Every replacement that has
     // not ended, and every later one, waits for the end of the process, and fails after a second. Does nothing on
     // Windows, where the system removes the files.
     static void RemoveTemporaryFiles() noexcept;

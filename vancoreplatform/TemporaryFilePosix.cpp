@@ -29,6 +29,18 @@ void Check(bool succeeded)
         ThrowError(errno);
 }
 
+// Repeats a call while signals interrupt it. Calls to network file systems and to those of other processes can be
+// interrupted.
+template <typename Call>
+auto RepeatIfInterrupted(const Call& call)
+{
+    for (;;) {
+        const auto result = call();
+        if (result >= 0 || errno != EINTR)
+            return result;
+    }
+}
+
 // Owns a file descriptor.
 class Handle {
 public:
@@ -43,8 +55,8 @@ public:
     Handle& operator=(Handle&& other) = delete;
 
     int Get() const noexcept { return m_handle; }
-    // Closes the handle, even if it throws.
-    void Close() { Check(close(std::exchange(m_handle, -1)) == 0); }
+    // Closes the handle, even if it throws. If a signal interrupts the call, the handle is closed too.
+    void Close() { Check(close(std::exchange(m_handle, -1)) == 0 || errno == EINTR); }
 
 private:
     int m_handle;
@@ -84,7 +96,7 @@ struct Slot {
     std::atomic<std::uint64_t> number{0};
 };
 
-Slot slots[64];
+Slot slots[1024];
 std::atomic<bool> removing{false};
 
 // Returns a slot in the state Creating, or null if all slots are used.
@@ -196,9 +208,9 @@ std::optional<std::string> ReadAttributes(const Read& read)
     }
 }
 
-std::optional<std::string> ReadAttribute(const std::string& file, const char* name)
+std::optional<std::string> ReadAttribute(int file, const char* name)
 {
-    return ReadAttributes([&](char* value, std::size_t size) { return getxattr(file.c_str(), name, value, size); });
+    return ReadAttributes([&](char* value, std::size_t size) { return fgetxattr(file, name, value, size); });
 }
 
 // Removes the access list that the file inherited from its folder, or replaces it by `list`.
@@ -211,10 +223,10 @@ void SetAccessList(int file, const std::optional<std::string>& list)
 }
 
 // Copies all other attributes that this process may read and set.
-void CopyOtherAttributes(const std::string& from, int to)
+void CopyOtherAttributes(int from, int to)
 {
     const std::string names = ReadAttributes([&](char* list, std::size_t size) {
-        return listxattr(from.c_str(), list, size);
+        return flistxattr(from, list, size);
     }).value_or(std::string());
     for (std::size_t begin = 0; begin < names.size();) {
         const std::string name = names.c_str() + begin;
@@ -229,7 +241,7 @@ void CopyOtherAttributes(const std::string& from, int to)
 
 #else
 
-std::optional<std::string> ReadAttribute(const std::string&, const char*)
+std::optional<std::string> ReadAttribute(int, const char*)
 {
     return std::nullopt;
 }
@@ -238,7 +250,7 @@ constexpr char AccessList[] = "";
 
 void SetAccessList(int, const std::optional<std::string>&) {}
 
-void CopyOtherAttributes(const std::string&, int) {}
+void CopyOtherAttributes(int, int) {}
 
 #endif
 
@@ -254,17 +266,24 @@ void SetPermissions(int file, mode_t permissions)
     Check((IsDenied(errno) || IsUnsupported(errno)) && !givesMore);
 }
 
-// Gives the file the owner, the access list, the other attributes and the permissions of the file `old`, which has the
-// path `oldPath`.
-void CopyProperties(const struct stat& old, const std::string& oldPath, int file)
+// An old file. It stays open, so that its properties can be read when its path has another meaning: the process can
+// change its folder, and other processes can rename files and folders.
+struct OldFile {
+    Handle handle;
+    struct stat status;
+};
+
+// Gives the file the owner, the access list, the other attributes and the permissions of the old file.
+void CopyProperties(const OldFile& oldFile, int file)
 {
+    const struct stat& old = oldFile.status;
     struct stat now;
     Check(fstat(file, &now) == 0);
     const bool hasGroup = now.st_gid == old.st_gid || SetOwner(file, static_cast<uid_t>(-1), old.st_gid);
     const bool hasOwner = now.st_uid == old.st_uid || SetOwner(file, old.st_uid, static_cast<gid_t>(-1));
 
     mode_t permissions = old.st_mode & 07777;
-    std::optional<std::string> accessList = ReadAttribute(oldPath, AccessList);
+    std::optional<std::string> accessList = ReadAttribute(oldFile.handle.Get(), AccessList);
     if (!hasOwner)
         permissions &= ~static_cast<mode_t>(S_ISUID);
     if (!hasGroup) {
@@ -275,7 +294,7 @@ void CopyProperties(const struct stat& old, const std::string& oldPath, int file
         accessList.reset();
     }
     SetAccessList(file, accessList);
-    CopyOtherAttributes(oldPath, file);
+    CopyOtherAttributes(oldFile.handle.Get(), file);
     // Comes last, because the calls above can clear some permissions.
     SetPermissions(file, permissions);
 }
@@ -285,7 +304,7 @@ public:
     explicit PosixTemporaryFile(const std::filesystem::path& target)
         : m_target(target),
           m_folder(OpenFolder(target.parent_path())),
-          m_old(ReadTarget()),
+          m_old(OpenTarget()),
           m_file(CreateWithNewName([this](std::uint64_t number) { return CreateFile(number); }))
     {}
 
@@ -298,26 +317,24 @@ public:
 
     std::size_t OtherNames() const noexcept override
     {
-        return m_old && m_old->st_nlink > 1 ? static_cast<std::size_t>(m_old->st_nlink - 1) : 0;
+        return m_old && m_old->status.st_nlink > 1 ? static_cast<std::size_t>(m_old->status.st_nlink - 1) : 0;
     }
 
     void Write(std::string_view bytes) override
     {
         while (!bytes.empty()) {
-            const ssize_t count = write(m_file.Get(), bytes.data(), bytes.size());
-            if (count >= 0)
-                bytes.remove_prefix(static_cast<std::size_t>(count));
-            else
-                Check(errno == EINTR);
+            const ssize_t count = RepeatIfInterrupted([&] { return write(m_file.Get(), bytes.data(), bytes.size()); });
+            Check(count >= 0);
+            bytes.remove_prefix(static_cast<std::size_t>(count));
         }
     }
 
     void ReplaceTarget() override
     {
         if (m_old)
-            CopyProperties(*m_old, m_target.string(), m_file.Get());
+            CopyProperties(*m_old, m_file.Get());
         // Flush before the old file is replaced: some file systems report a full disk only here.
-        Check(fsync(m_file.Get()) == 0);
+        Check(RepeatIfInterrupted([&] { return fsync(m_file.Get()); }) == 0);
         m_file.Close();
         if (renameat(m_folder.Get(), m_name.data(), m_folder.Get(), m_target.filename().c_str()) != 0) {
             const int error = errno;
@@ -331,8 +348,8 @@ public:
     static Name NameOf(const Slot& slot) noexcept { return FormatName(slot.number); }
 
 private:
-    // Returns the status of the target if it exists. Throws if it may not be written.
-    std::optional<struct stat> ReadTarget() const
+    // Opens the target if it exists. Throws if it may not be written.
+    std::optional<OldFile> OpenTarget() const
     {
         const std::filesystem::path name = m_target.filename();
         struct stat status;
@@ -346,7 +363,14 @@ private:
         if (isProtected)
             ThrowError(EACCES);
         Check(faccessat(m_folder.Get(), name.c_str(), W_OK, AT_EACCESS) == 0);
-        return status;
+        // A file that may be written but not read is opened for writing.
+        const auto openFor = [&](int access) {
+            return RepeatIfInterrupted([&] { return openat(m_folder.Get(), name.c_str(), access | O_CLOEXEC); });
+        };
+        int handle = openFor(O_RDONLY);
+        if (handle < 0 && IsDenied(errno))
+            handle = openFor(O_WRONLY);
+        return OldFile{Handle(handle), status};
     }
 
     // Creates the file and makes the entry in the table.
@@ -360,7 +384,8 @@ private:
             m_slot = ClaimSlot(m_folder.Get(), number);
             if (!removing) {
                 constexpr int access = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-                const int handle = openat(m_folder.Get(), m_name.data(), access, permissions);
+                const int handle =
+                    RepeatIfInterrupted([&] { return openat(m_folder.Get(), m_name.data(), access, permissions); });
                 SetState(m_slot, handle >= 0 ? SlotState::Created : SlotState::Free);
                 return Handle(handle);
             }
@@ -373,7 +398,7 @@ private:
     // Fixed after construction.
     std::filesystem::path m_target;
     Handle m_folder;
-    std::optional<struct stat> m_old;  // the status of the target; nothing if it does not exist
+    std::optional<OldFile> m_old;  // nothing if the target does not exist
     Name m_name{};
     Slot* m_slot = nullptr;
 

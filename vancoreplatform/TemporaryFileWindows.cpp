@@ -62,9 +62,9 @@ std::size_t CountOtherNames(const std::filesystem::path& file)
 class WindowsTemporaryFile final : public TemporaryFile {
 public:
     explicit WindowsTemporaryFile(const std::filesystem::path& target)
-        : m_target(target),
+        : m_target(std::filesystem::absolute(target)),  // the process can change its folder
           m_replaces(ReadTarget()),
-          m_otherNames(m_replaces ? CountOtherNames(target) : 0),
+          m_otherNames(m_replaces ? CountOtherNames(m_target) : 0),
           m_file(CreateWithNewName([this](std::uint64_t number) { return CreateFile(number); }))
     {
         SetDeleteOnClose(m_file, true);

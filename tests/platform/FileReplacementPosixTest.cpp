@@ -5,6 +5,7 @@
 #include <thread>
 
 #include <grp.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -86,6 +87,58 @@ TEST_F(FileReplacementPosixTest, KeepsThePermissions)
         Replace();
         EXPECT_EQ(Mode(), mode) << std::oct << mode;
     }
+}
+
+// Changes the folder of the process while it lives.
+class CurrentFolder {
+public:
+    explicit CurrentFolder(const VString& folder) : m_before(QDir::currentPath())
+    {
+        EXPECT_TRUE(QDir::setCurrent(folder.ToQString()));
+    }
+    ~CurrentFolder() { QDir::setCurrent(m_before); }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+private:
+    QString m_before;
+};
+
+TEST_F(FileReplacementPosixTest, RelativeNameKeepsItsMeaningWhenTheProcessChangesItsFolder)
+{
+    const CurrentFolder outer(folder.Path("."));
+    for (const char* name : {"a.xml", "new.xml"}) {
+        FileReplacement replacement{VPath(name)};
+        replacement.Write("new");
+        const CurrentFolder inner("/");
+        replacement.Commit();
+        EXPECT_EQ(TemporaryFolder::Read(folder.Path(name)), "new");
+    }
+}
+
+TEST_F(FileReplacementPosixTest, FolderThatIsRenamedMeanwhileKeepsItsFile)
+{
+    const std::string before = folder.Path("before").toStdString();
+    const std::string after = folder.Path("after").toStdString();
+    ASSERT_EQ(mkdir(before.c_str(), 0700), 0);
+    folder.Write("before/a.xml", "old");
+    FileReplacement replacement{VPath(folder.Path("before/a.xml"))};
+    replacement.Write("new");
+    ASSERT_EQ(rename(before.c_str(), after.c_str()), 0);
+    replacement.Commit();
+    EXPECT_EQ(TemporaryFolder::Read(folder.Path("after/a.xml")), "new");
+    EXPECT_EQ(QDir(QString::fromStdString(after)).entryList(QDir::Files | QDir::Hidden), QStringList("a.xml"));
+}
+
+TEST_F(FileReplacementPosixTest, FileThatIsRemovedMeanwhileIsCreatedAgain)
+{
+    ASSERT_EQ(chmod(Native().c_str(), 0640), 0);
+    FileReplacement replacement{VPath(file)};
+    replacement.Write("new");
+    ASSERT_EQ(unlink(Native().c_str()), 0);
+    replacement.Commit();
+    EXPECT_EQ(TemporaryFolder::Read(file), "new");
+    EXPECT_EQ(Mode(), 0640u);
 }
 
 TEST_F(FileReplacementPosixTest, NewFileGetsThePermissionsOfTheUmask)
@@ -353,6 +406,26 @@ extern "C" void RemoveTemporaryFilesAndEnd(int signal)
     for (std::thread& thread : threads)
         thread.join();
     _exit(1);
+}
+
+TEST_F(FileReplacementPosixTest, RemovesTheFilesOfManyObjects)
+{
+    constexpr int most = 1024;
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const rlimit limit{4 * most, 4 * most};
+        std::vector<std::unique_ptr<FileReplacement>> all;
+        bool isGood = setrlimit(RLIMIT_NOFILE, &limit) == 0;
+        for (int i = 0; isGood && i < most; ++i)
+            all.push_back(std::make_unique<FileReplacement>(VPath(folder.Path(VString::number(i)))));
+        FileReplacement::RemoveTemporaryFiles();
+        _exit(isGood ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(QDir(folder.Path(".").ToQString()).entryList(QDir::Files | QDir::Hidden), QStringList("a.xml"));
 }
 
 TEST_F(FileReplacementPosixTest, SignalDuringManyThreadsLeavesNoTemporaryFile)
