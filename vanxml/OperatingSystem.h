@@ -9,7 +9,8 @@
 namespace OperatingSystem {
 
 // Makes the standard streams pass bytes unchanged, and makes writing to a closed pipe an error instead
-// of a signal. Call it once, before anything is read or written.
+// of a signal. Ensures that a file which is opened later does not become a standard stream because the parent
+// process closed that stream. Call it once, before anything is opened, read or written.
 void PrepareStreams();
 
 // Returns the arguments of the command line, without the name of the program. POSIX supplies bytes,
@@ -21,8 +22,8 @@ std::vector<std::string> Arguments(int argc, char** argv);
 // Always false on Windows, which has no such paths.
 bool IsStandardOutput(const std::filesystem::path& file) noexcept;
 
-// Makes signals and events that end the tool, such as Ctrl+C, remove its temporary files first. Signals that the
-// parent process ignores stay ignored. Call it once.
+// Makes signals and events that end the tool, such as Ctrl+C or a crash, remove its temporary files first. Signals
+// that the parent process ignores stay ignored. Call it once.
 void RemoveTemporaryFilesOnSignals();
 
 }  // namespace OperatingSystem

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,8 +11,35 @@
 
 namespace {
 
-// The signals that end a process and that users, shells and the system send. SIGPIPE is ignored (see PrepareStreams).
-constexpr int EndingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU, SIGXFSZ};
+// Returns the signals that end a process by default, except SIGPIPE, which is ignored (see PrepareStreams), and
+// SIGKILL, which nobody can handle.
+std::vector<int> EndingSignals()
+{
+    std::vector<int> signals{SIGABRT,
+        SIGALRM,
+        SIGBUS,
+        SIGFPE,
+        SIGHUP,
+        SIGILL,
+        SIGINT,
+        SIGPROF,
+        SIGQUIT,
+        SIGSEGV,
+        SIGSYS,
+        SIGTERM,
+        SIGTRAP,
+        SIGUSR1,
+        SIGUSR2,
+        SIGVTALRM,
+        SIGXCPU,
+        SIGXFSZ};
+#if defined(__linux__)
+    signals.insert(signals.end(), {SIGIO, SIGPWR, SIGSTKFLT});
+    for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal)
+        signals.push_back(signal);
+#endif
+    return signals;
+}
 
 // Ends the process by the default action of the signal, so that the parent process sees which signal it was.
 extern "C" void EndBySignal(int signal)
@@ -29,6 +57,16 @@ namespace OperatingSystem {
 void PrepareStreams()
 {
     std::signal(SIGPIPE, SIG_IGN);
+    // A closed stream would get the number of the next file that is opened, and messages would be written into that
+    // file. The access is the wrong one, so reading and writing the stream still fail.
+    const auto reserve = [](int stream, int access) {
+        if (fcntl(stream, F_GETFD) < 0)
+            open("/dev/null", access);
+    };
+    // In this order, because a file gets the lowest free number.
+    reserve(STDIN_FILENO, O_WRONLY);
+    reserve(STDOUT_FILENO, O_RDONLY);
+    reserve(STDERR_FILENO, O_RDONLY);
 }
 
 std::vector<std::string> Arguments(int argc, char** argv)
@@ -48,13 +86,12 @@ void RemoveTemporaryFilesOnSignals()
 {
     struct sigaction action {};
     action.sa_handler = EndBySignal;
-    sigemptyset(&action.sa_mask);
-    for (const int signal : EndingSignals)
-        sigaddset(&action.sa_mask, signal);
-    for (const int signal : EndingSignals) {
+    sigfillset(&action.sa_mask);
+    for (const int signal : EndingSignals()) {
+        // The parent process may ignore a signal, and a sanitizer may handle it.
         struct sigaction old;
-        const bool isIgnored = sigaction(signal, nullptr, &old) == 0 && old.sa_handler == SIG_IGN;
-        if (!isIgnored)
+        const bool isDefault = sigaction(signal, nullptr, &old) == 0 && old.sa_handler == SIG_DFL;
+        if (isDefault)
             sigaction(signal, &action, nullptr);
     }
 }

@@ -8,7 +8,8 @@
 //   CALLS_FILE     a file to which the name of each call is appended, one on each line
 // A call while FAILING_CALL is not set begins a new count. The calls write, flush and close are recorded and fail only
 // for regular files that are open for writing. The flush of a folder is recorded as "flush folder" and never fails. The
-// call attribute sets an extended attribute.
+// call attribute sets an extended attribute. A created file that becomes standard input, output or error is recorded as
+// "create a standard stream".
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -92,9 +93,13 @@ int openat(int folder, const char* name, int flags, ...)
     va_start(rest, flags);
     const int mode = (flags & O_CREAT) != 0 ? va_arg(rest, int) : 0;
     va_end(rest);
-    if ((flags & O_EXCL) != 0 && Fails("create"))
+    const bool isCreated = (flags & O_EXCL) != 0;
+    if (isCreated && Fails("create"))
         return -1;
-    return static_cast<int>(syscall(SYS_openat, folder, name, flags, mode));
+    const int file = static_cast<int>(syscall(SYS_openat, folder, name, flags, mode));
+    if (isCreated && file >= 0 && file <= STDERR_FILENO)
+        Record("create a standard stream");
+    return file;
 }
 
 ssize_t write(int file, const void* bytes, size_t count)

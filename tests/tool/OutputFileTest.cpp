@@ -10,8 +10,10 @@
 
 #include "tests/tool/ToolRun.h"
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testsupport::TemporaryFolder;
 
 namespace {
@@ -34,8 +36,10 @@ protected:
     static std::vector<std::string> EnvArguments(
         std::vector<std::string> environment, const std::vector<std::string>& arguments)
     {
-        // AddressSanitizer must be the first library, unless this option allows another order.
-        environment.push_back("ASAN_OPTIONS=verify_asan_link_order=0");
+        // AddressSanitizer must be the first library, unless this option allows another order. It handles the signals
+        // of crashes unless the other options forbid it.
+        environment.push_back(
+            "ASAN_OPTIONS=verify_asan_link_order=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0");
         environment.insert(environment.end(), {"LD_PRELOAD=" FAILING_CALLS_PATH, VANXML_PATH});
         environment.insert(environment.end(), arguments.begin(), arguments.end());
         return environment;
@@ -133,6 +137,43 @@ TEST_F(OutputFileTest, FlushesTheFileBeforeTheRenameAndTheFolderAfterIt)
     EXPECT_EQ(TemporaryFolder::Read(calls), "create\nwrite\nchmod\nflush\nclose\nrename\nflush folder\n");
 }
 
+// Otherwise an error message could be written into the document.
+TEST_F(OutputFileTest, DocumentNeverBecomesAClosedStandardStream)
+{
+    const TemporaryFolder other;
+    const VString calls = other.Path("calls");
+    std::vector<std::string> arguments{"-c", "env \"$@\" 0<&- 1>&- 2>&-; echo $?", "sh"};
+    for (const std::string& each : EnvArguments({"CALLS_FILE=" + calls.toStdString()}, {"format", "--in-place", name}))
+        arguments.push_back(each);
+    EXPECT_EQ(RunProgram("sh", arguments).output, "0\n");
+    EXPECT_THAT(TemporaryFolder::Read(calls), AllOf(HasSubstr("rename"), Not(HasSubstr("standard stream"))));
+}
+
+TEST_F(OutputFileTest, ClosedStandardStreamIsAnError)
+{
+    const std::tuple<const char*, const char*> expected[] = {
+        {"\"$0\" format \"$1\" >&-", "vanxml: Cannot write standard output: Bad file descriptor\n"},
+        {"\"$0\" format - <&-", "vanxml: Cannot read standard input: Bad file descriptor\n"}};
+    for (const auto& [command, errors] : expected) {
+        const ToolResult result = RunProgram("sh", {"-c", command, VANXML_PATH, name});
+        EXPECT_EQ(result.errors, errors);
+        EXPECT_EQ(result.status, 2);
+    }
+}
+
+TEST_F(OutputFileTest, InterruptedCallsAreRepeated)
+{
+    for (const char* call : {"create", "write", "flush", "close"}) {
+        folder.Write("a.xml", oldBytes);
+        std::vector<std::string> environment = FailingEnvironment({call, EINTR, ""});
+        environment.push_back("FAILING_TIMES=1");
+        const ToolResult result = RunWithEnvironment(environment, {"format", "--in-place", name});
+        EXPECT_EQ(result.errors, "") << call;
+        EXPECT_EQ(TemporaryFolder::Read(file), Header() + "<a>\n  <b />\n</a>\n");
+        EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
+    }
+}
+
 TEST_F(OutputFileTest, FailureToSetThePermissionsKeepsTheOldFile)
 {
     const ToolResult result =
@@ -208,6 +249,18 @@ TEST_F(OutputFileTest, SignalKeepsTheOldFileAndLeavesNoTemporaryFile)
             EXPECT_EQ(result.output, std::to_string(128 + signal) + "\n") << at << result.errors;
             ExpectOldFileAlone();
         }
+    }
+}
+
+TEST_F(OutputFileTest, EverySignalThatEndsTheToolLeavesNoTemporaryFile)
+{
+    std::vector<int> signals{SIGALRM, SIGBUS, SIGFPE, SIGILL, SIGIO, SIGPROF, SIGPWR, SIGSEGV, SIGSYS, SIGTRAP};
+    signals.insert(signals.end(), {SIGABRT, SIGSTKFLT, SIGUSR1, SIGUSR2, SIGVTALRM, SIGRTMIN, SIGRTMAX});
+    for (const int signal : signals) {
+        const std::vector<std::string> environment{"FAILING_CALL=write", "RAISED_SIGNAL=" + std::to_string(signal)};
+        const ToolResult result = RunInShell("ulimit -c 0; ", environment, {"format", "--in-place", name});
+        EXPECT_EQ(result.output, std::to_string(128 + signal) + "\n") << result.errors;
+        ExpectOldFileAlone();
     }
 }
 
