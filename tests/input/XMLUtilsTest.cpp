@@ -197,6 +197,12 @@ TEST(XmlUtilsTest, ContainsSubstringAtDoesNotReadPastTheText)
     EXPECT_FALSE(XmlUtils::ContainsSubstringAt(VString("aßc"), "ßcd", 1));
 }
 
+TEST(XmlUtilsTest, BlankTextContainsOnlyWhiteSpace)
+{
+    EXPECT_TRUE(XmlUtils::IsBlank("") && XmlUtils::IsBlank(" \t\r\n"));
+    EXPECT_FALSE(XmlUtils::IsBlank(" x ") || XmlUtils::IsBlank("\v") || XmlUtils::IsBlank("\xC2\xA0"));
+}
+
 TEST(XmlUtilsTest, ClassifiesBytesAndCodeUnits)
 {
     EXPECT_TRUE(XmlUtils::IsNameChar('a') && XmlUtils::IsNameChar('-') && XmlUtils::IsNameChar(':') &&

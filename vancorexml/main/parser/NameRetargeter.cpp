@@ -2,13 +2,9 @@
 
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/FormulaNames.h"
+#include "vancorexml/main/parser/XMLUtils.h"
 
 namespace {
-
-bool IsXmlSpace(char16_t unit)
-{
-    return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
-}
 
 // Returns the text without white space at its ends, and with one blank in place of each run inside.
 VString Collapse(const VString& text)
@@ -16,12 +12,12 @@ VString Collapse(const VString& text)
     VString collapsed;
     bool isBehindSpace = false;
     for (const char16_t unit : text) {
-        if (!IsXmlSpace(unit)) {
+        if (!XmlUtils::IsWhitespace(unit)) {
             if (isBehindSpace && !collapsed.IsEmpty())
                 collapsed += u' ';
             collapsed += unit;
         }
-        isBehindSpace = IsXmlSpace(unit);
+        isBehindSpace = XmlUtils::IsWhitespace(unit);
     }
     return collapsed;
 }

@@ -44,20 +44,6 @@ std::pair<char32_t, std::size_t> ReadUtf8(std::string_view text) noexcept
     return {character, length};
 }
 
-void AppendUtf8(std::string& out, char32_t character)
-{
-    const auto append = [&out](char32_t byte) { out += static_cast<char>(static_cast<unsigned char>(byte)); };
-    if (character < 0x80) {
-        append(character);
-        return;
-    }
-    const int continuations = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-    constexpr std::array<char32_t, 4> leads{0, 0xC0, 0xE0, 0xF0};
-    append(leads[static_cast<std::size_t>(continuations)] | character >> (6 * continuations));
-    for (int i = continuations - 1; i >= 0; --i)
-        append(0x80 | ((character >> (6 * i)) & 0x3F));
-}
-
 void AppendReference(std::string& out, char32_t character)
 {
     out += "&#";
@@ -170,6 +156,20 @@ std::string XMLCharacters::EscapeUnencodable(std::string_view text) const
         text.remove_prefix(length);
     }
     return escaped;
+}
+
+void AppendUtf8(std::string& out, char32_t character)
+{
+    const auto append = [&out](char32_t byte) { out += static_cast<char>(static_cast<unsigned char>(byte)); };
+    if (character < 0x80) {
+        append(character);
+        return;
+    }
+    const int continuations = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+    constexpr std::array<char32_t, 4> leads{0, 0xC0, 0xE0, 0xF0};
+    append(leads[static_cast<std::size_t>(continuations)] | character >> (6 * continuations));
+    for (int i = continuations - 1; i >= 0; --i)
+        append(0x80 | ((character >> (6 * i)) & 0x3F));
 }
 
 VString DescribeCharacter(char32_t character)

@@ -34,5 +34,8 @@ private:
     bool NeedsReference(char32_t character) const;
 };
 
+// Appends the character in UTF-8. It is a Unicode scalar value.
+void AppendUtf8(std::string& out, char32_t character);
+
 // Returns "U+20AC".
 VString DescribeCharacter(char32_t character);

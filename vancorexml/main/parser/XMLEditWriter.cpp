@@ -13,11 +13,6 @@ constexpr std::string_view CDataStart = "<![CDATA[";
 constexpr std::string_view CDataEnd = "]]>";
 constexpr std::string_view LineEnds = "\r\n";
 
-bool IsBlank(std::string_view text) noexcept
-{
-    return std::all_of(text.begin(), text.end(), [](char byte) { return XmlUtils::IsWhitespace(byte); });
-}
-
 // Returns the line end at `offset`; empty if there is none.
 std::string_view LineEndAt(std::string_view text, std::size_t offset) noexcept
 {
@@ -83,7 +78,7 @@ ElementText ReadText(std::string_view content)
         const bool isCData = token.kind == Kind::CData;
         text.decoded += isCData ? DecodeCData(token.text) : XMLReferences::Decode(token.text);
         text.hasEntity |= !isCData && XMLReferences::HasEntity(token.text);
-        if (!hasMain && (isCData || !IsBlank(token.text))) {
+        if (!hasMain && (isCData || !XmlUtils::IsBlank(token.text))) {
             hasMain = true;
             text.main = text.tokens.size();
         }
@@ -320,7 +315,7 @@ void XMLEditWriter::FillEmptyTag(const FoundElement& element, const CombinedChan
         return;
     const XMLToken tag = ReadTag(m_text, element);
     const std::string name = change.name ? *change.name : std::string(tag.name);
-    const bool hasBlank = tag.text.ends_with(" />") && !IsBlank(tag.text.substr(tag.text.size() - 4, 1));
+    const bool hasBlank = tag.text.ends_with(" />") && !XmlUtils::IsBlank(tag.text.substr(tag.text.size() - 4, 1));
     const std::size_t length = hasBlank ? 3 : 2;
     Add(element.tagEnd - length, length, ">" + content + "</" + name + ">");
 }

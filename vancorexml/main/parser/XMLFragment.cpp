@@ -1,7 +1,5 @@
 #include "vancorexml/main/parser/XMLFragment.h"
 
-#include <algorithm>
-
 #include "vancorexml/main/parser/BorrowedInputSource.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/XMLReferences.h"
@@ -11,11 +9,6 @@
 using Kind = XMLToken::Kind;
 
 namespace {
-
-bool IsBlank(std::string_view text) noexcept
-{
-    return std::all_of(text.begin(), text.end(), [](char byte) { return XmlUtils::IsWhitespace(byte); });
-}
 
 std::string NormalizeLineEnds(std::string_view text)
 {
@@ -70,7 +63,8 @@ private:
     void Read(const XMLToken& token)
     {
         if (!m_open.empty() && token.kind != Kind::EndTag) {
-            const bool isText = token.kind == Kind::CData || (token.kind == Kind::Text && !IsBlank(token.text));
+            const bool isText =
+                token.kind == Kind::CData || (token.kind == Kind::Text && !XmlUtils::IsBlank(token.text));
             m_open.back().hasText |= isText;
             m_open.back().hasNodes |= token.kind != Kind::CData && token.kind != Kind::Text;
         }
@@ -126,7 +120,7 @@ void XMLFragment::ReadNodes(const std::string& xml, const XMLCharacters& charact
     while (reader.Next(token)) {
         const bool isText = token.kind == Kind::Text || token.kind == Kind::CData;
         if (open.empty() && isText) {
-            if (token.kind == Kind::CData || !IsBlank(token.text))
+            if (token.kind == Kind::CData || !XmlUtils::IsBlank(token.text))
                 throw XMLFragmentError("contains text outside of an element");
             continue;
         }
@@ -145,7 +139,7 @@ void XMLFragment::ReadNodes(const std::string& xml, const XMLCharacters& charact
         if (const auto character = characters.FindUnencodable(written))
             throw XMLFragmentError("contains " + DescribeCharacter(*character) +
                 ", which the encoding of the document lacks, outside of texts and values");
-        if (token.kind == Kind::Text && IsBlank(token.text) && mayIndent[open.back()]) {
+        if (token.kind == Kind::Text && XmlUtils::IsBlank(token.text) && mayIndent[open.back()]) {
             for (std::size_t at = written.find('\n'); at != std::string::npos; at = written.find('\n', at + 1))
                 node.lineOffsets.push_back(node.text.size() + at + 1);
         }

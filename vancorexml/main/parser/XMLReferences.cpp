@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "vancorexml/main/parser/ByteSet.h"
+#include "vancorexml/main/parser/XMLCharacters.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 
 namespace {
@@ -39,20 +40,6 @@ Reference ReadReference(std::string_view text) noexcept
 {
     const std::size_t end = std::min(text.find(';'), text.size() - 1);
     return {end + 1, CharacterOf(text.substr(1, end - 1))};
-}
-
-void AppendUtf8(std::string& out, char32_t character)
-{
-    const auto append = [&out](char32_t byte) { out += static_cast<char>(static_cast<unsigned char>(byte)); };
-    if (character < 0x80) {
-        append(character);
-        return;
-    }
-    const int continuations = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-    constexpr char32_t leads[] = {0, 0xC0, 0xE0, 0xF0};
-    append(leads[continuations] | character >> (6 * continuations));
-    for (int i = continuations - 1; i >= 0; --i)
-        append(0x80 | ((character >> (6 * i)) & 0x3F));
 }
 
 // Calls `visit` with each reference and its offset until `visit` returns true. Returns the offset of that reference, or

@@ -42,11 +42,6 @@ enum class Content : std::uint8_t {
     Verbatim,  // unchanged
 };
 
-bool IsBlank(std::string_view text) noexcept
-{
-    return std::all_of(text.begin(), text.end(), [](char byte) { return XmlUtils::IsWhitespace(byte); });
-}
-
 // Removes the blanks that a parser removes from the value of an attribute that the document type declares.
 std::string_view Trim(std::string_view value) noexcept
 {
@@ -133,7 +128,7 @@ private:
     void ReadText(std::string_view text)
     {
         Element& element = m_open.back();
-        if (IsBlank(text)) {
+        if (XmlUtils::IsBlank(text)) {
             element.hasBlank = true;
             return;
         }

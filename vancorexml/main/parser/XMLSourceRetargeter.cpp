@@ -14,17 +14,13 @@
 #include "vancorexml/main/parser/XMLCharacters.h"
 #include "vancorexml/main/parser/XMLComparison.h"
 #include "vancorexml/main/parser/XMLTokenReader.h"
+#include "vancorexml/main/parser/XMLUtils.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 #include "vansys/VantoraException.h"
 
 namespace {
 
 using Runs = std::vector<WrittenValue::Run>;
-
-bool IsXmlSpace(char16_t unit)
-{
-    return unit == u' ' || unit == u'\t' || unit == u'\n' || unit == u'\r';
-}
 
 // The part of a value that a name takes, in UTF-16 code units.
 struct Part {
@@ -39,9 +35,9 @@ Part FindPart(const NamePlace& place, std::u16string_view value)
         return {place.offset, place.length};
     std::size_t begin = 0;
     std::size_t end = value.size();
-    while (begin < end && IsXmlSpace(value[begin]))
+    while (begin < end && XmlUtils::IsWhitespace(value[begin]))
         ++begin;
-    while (end > begin && IsXmlSpace(value[end - 1]))
+    while (end > begin && XmlUtils::IsWhitespace(value[end - 1]))
         --end;
     return {begin, end - begin};
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
@@ -47,6 +48,15 @@ constexpr bool IsWhitespace(char16_t unit) noexcept
 constexpr bool IsWhitespace(char byte) noexcept
 {
     return IsWhitespace(static_cast<char16_t>(static_cast<signed char>(byte)));
+}
+// True if all bytes are white space, also for an empty text.
+constexpr bool IsBlank(std::string_view text) noexcept
+{
+    for (const char byte : text) {
+        if (!IsWhitespace(byte))
+            return false;
+    }
+    return true;
 }
 
 // Returns the position of the ">" that ends the construct whose "<" is at `start`: "?>" ends "<?",
