@@ -25,11 +25,15 @@ class TemporaryFile;
 //    it privileges are removed, as every change of a file removes them.
 //  - On Windows, the attributes, the access list, the time of creation and the named streams.
 //
+// The constructor finds the file to which the path leads. So a later change of the current folder or of a link has no
+// effect. If several objects replace the same file, the last Commit wins.
+//
 // Symbolic links stay: the file to which they lead is replaced. A file with several hard links is replaced under one
 // name only (see OtherNames). The temporary file is called ".vanxml-" and twelve hexadecimal digits. Until Commit,
 // only its owner can read it if it replaces a file. On Windows, it has the access rights of its folder.
 //
-// Ownership: owns the temporary file, and removes it on destruction unless Commit succeeded.
+// Ownership: owns the temporary file, and removes it on destruction unless Commit succeeded. Needs up to three open
+// files of the system.
 //
 // Errors: every failure throws VIO::Exception, with the message `Cannot write "NAME": REASON`. The reason is the
 // operating system's. After a failure, every later call throws the same exception, so a file of which a part is
@@ -55,7 +59,8 @@ public:
 
     // Appends bytes. Passes them to the system at once, so collect small pieces before.
     void Write(std::string_view bytes);
-    // Replaces the target. Returns when the new content is on the disk. Call it once, after the last Write.
+    // Replaces the target. Returns when the new content is on the disk. Call it once, after the last Write: later calls
+    // of both operations throw VIO::Exception.
     void Commit();
 
     // Removes the temporary files of all objects of this process. On POSIX systems it is async-signal-safe: call it

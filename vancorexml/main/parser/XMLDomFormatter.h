@@ -83,7 +83,8 @@ public:
 
     // These write the text of RenderAsXMLString to a file, as UTF-8 without a byte order mark. The text has no limit
     // of length. They replace an existing file as FileReplacement does: if a step fails, they throw VIO::Exception with
-    // the reason of the system, the old file is unchanged, and no temporary file remains. Memory: a fixed size, plus
+    // the reason of the system, the old file is unchanged, and no temporary file remains. Other hard links to the old
+    // file keep its content. A lone surrogate that is not escaped becomes U+FFFD. Linear. Memory: a fixed size, plus
     // the longest attribute value and the indentation of the deepest element.
     static void SaveAsXMLFile(const DOM& document, const VPath& path, VString* comment, bool header);
     static void SaveAsXMLFile(const DOMElement& element, const VPath& path, VString* comment, bool header);
