@@ -201,7 +201,7 @@ bool IsCollapsed(std::u16string_view text)
 {
     bool isBehindBlank = true;
     for (const char16_t unit : text) {
-        if (IsXmlSpace(unit) && (unit != u' ' || isBehindBlank))
+        if (XmlUtils::IsWhitespace(unit) && (unit != u' ' || isBehindBlank))
             return false;
         isBehindBlank = unit == u' ';
     }
