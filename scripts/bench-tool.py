@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures the commands of the tool beside those of other tools, and prints tables of ratios.
+"""Compares the commands of the tool with those of other tools, and prints tables of ratios.
 
 bench-tool.py TOOL FOLDER [--quick] [--filter PATTERN] [--page PAGE.md]
 
@@ -385,8 +385,8 @@ def setting(load, rounds, tasks):
     counts = ", ".join(f"{count} for {size} MB" for size, count in rounds.items())
     return [
         f"- date: {output_of('date', '+%Y-%m-%d')}; revision {output_of('git', 'rev-parse', '--short', 'HEAD')}",
-        f"- machine: {models[0] if models else 'unknown'}, one core of it, {platform.system()} {platform.machine()}; "
-        f"{load:.1f} other processes wanted to run when the measurements began, on {os.cpu_count()} cores",
+        f"- machine: {models[0] if models else 'unknown'}, {os.cpu_count()} cores, of which one runs the programs; "
+        f"{platform.system()} {platform.machine()}; load average {load:.1f} when the measurements began",
         f"- compiler: {output_of('c++', '--version').splitlines()[0]}; flags: -O3 -DNDEBUG (CMake's Release) and the "
         "project's own",
         f"- peers: {peers.rstrip(', ')}; Python {platform.python_version()} compares the answers",
@@ -399,17 +399,18 @@ INTRO = """# Performance of the tool
 This page compares `vanxml` with other tools that format and edit documents. `scripts/bench-tool` writes this page from
 one run.
 
-Each measurement is a whole process, from its start to its end. It reads a file that is in the cache of the system, and
-writes its output to a file without a flush. `vanxml` also parses its result and compares it with the document before
-it writes anything; the other tools do not. The tools take turns. Times are medians. The spread after ± is half the
-distance between the quartiles. CPU time is the time in the program and in the system on its behalf; on a busy machine
-it varies less. Peak memory is the largest resident set.
+Each measurement covers a whole process, from its start to its end. The process reads a file that is in the cache of
+the system. It writes its output to a file and does not flush it to the disk. `vanxml` also parses its result and
+compares it with the document before it writes anything; the other tools do not. The tools take turns. Times are
+medians. The spread after ± is half the distance between the quartiles. CPU time is the time that a processor spends in
+the program, and in the system for the program. On a busy machine, CPU time varies less than the time from start to
+end. Peak memory is the largest resident set.
 
 Before any timing, the script checks that all tools give the same answers: it compares the canonical forms of their
-results for the smallest documents, comments included. For `format`, the comparison leaves out blank text in elements
-that contain elements and no other text.
+results for the smallest documents, comments included. For `format`, the comparison ignores blank text in elements that
+contain elements and no other text.
 
-The script generates the documents, the same in each run:
+The script generates the documents. Each run generates the same ones:
 
 - **orders**: elements with many attributes and short texts
 - **book**: a document type with entities, comments, processing instructions, CDATA sections and mixed content
@@ -439,7 +440,7 @@ def main():
             if not options.quick:
                 largest[kind] = measure_largest(options.tool, kind, folder)
         require_small_parent(samples, folder)
-    lines = ["## Goals", "", "Each row is a ratio; bold ratios are beyond the limit.", ""] + goals(samples, largest)
+    lines = ["## Goals", "", "Each row contains ratios. Bold ratios exceed the limit.", ""] + goals(samples, largest)
     note = "Bold numbers are multiples of vanxml's value. Brackets contain the value and the spread."
     for task in tasks:
         lines += [f"## {task.name}", "", task.note, "", note, ""] + table(samples, task)
