@@ -43,7 +43,7 @@ const Action Actions[] = {
         [](ElementChange& change, const std::string& value) { change.removeAttributes.push_back(Text(value)); }},
     {"--text",
         "TEXT",
-        "Replace the text; the element must not contain elements",
+        "Replace the text of an element that contains no elements",
         [](ElementChange& change, const std::string& value) {
             if (change.text && *change.text != Text(value))
                 throw ToolError("--text stands twice behind one --at");
@@ -59,23 +59,23 @@ const Action Actions[] = {
         }},
     {"--delete",
         nullptr,
-        "Delete the element, with its line if it is alone on it",
+        "Delete the element, and its line if nothing else remains on the line",
         [](ElementChange& change, const std::string&) { change.isDeleted = true; }},
     {"--append",
         "XML",
-        "Insert elements, comments or processing instructions behind the content",
+        "Insert XML behind the content of the element: elements, comments or processing instructions",
         [](ElementChange& change, const std::string& value) { change.appended.push_back(Text(value)); }},
     {"--prepend",
         "XML",
-        "Insert them in front of the content",
+        "Insert XML in front of the content of the element",
         [](ElementChange& change, const std::string& value) { change.prepended.push_back(Text(value)); }},
     {"--before",
         "XML",
-        "Insert them in front of the element",
+        "Insert XML in front of the element",
         [](ElementChange& change, const std::string& value) { change.before.push_back(Text(value)); }},
     {"--after",
         "XML",
-        "Insert them behind the element",
+        "Insert XML behind the element",
         [](ElementChange& change, const std::string& value) { change.after.push_back(Text(value)); }},
 };
 
@@ -83,12 +83,16 @@ const Action Actions[] = {
 
 void EditCommand::AddTo(CLI::App& application)
 {
-    m_command = application.add_subcommand("edit", "Change elements; all bytes that are not named stay");
+    m_command =
+        application.add_subcommand("edit", "Change the elements that paths select; all other bytes of a document stay");
     AddFileArguments(*m_command);
     const auto addOption = [&](const char* name, std::vector<std::string>& values, const char* description) {
         return m_command->add_option(name, values, description)->allow_extra_args(false)->take_all();
     };
-    m_at = addOption("--at", m_paths, "The elements that the next actions change; see \"vanxml query\"")
+    m_at = addOption("--at",
+        m_paths,
+        "Select the elements that the actions behind this option change, up to the next --at; "
+        "PATH is a path as in \"vanxml query\"")
                ->required()
                ->type_name("PATH")
                ->group("Changes");

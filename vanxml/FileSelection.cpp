@@ -254,7 +254,7 @@ void FileSelection::AddOptions(CLI::App& command)
             "A pattern such as '*.kxa' names the files that match it")
         ->required()
         ->type_name("FILE|FOLDER");
-    command.add_flag("--recursive", m_isRecursive, "Search folders, in all their levels, for documents");
+    command.add_flag("--recursive", m_isRecursive, "Search folders, and all folders below them, for documents");
     command
         .add_option("--include",
             m_include,

@@ -19,11 +19,13 @@ void FormatCommand::AddTo(CLI::App& application)
     command
         ->add_option("--encoding",
             m_encoding,
-            "Write utf-8 without a byte order mark; the default is the encoding and the mark of each document")
+            "Write utf-8 without a byte order mark; by default, each document keeps its encoding and its mark")
         ->check(CLI::IsMember({"utf-8"}, CLI::ignore_case))
         ->type_name("utf-8");
     command->add_flag("--no-header", m_noHeader, "Leave out the XML declaration");
-    command->add_flag("--strict", m_isStrict, "Escape all text like attribute values, and write no new CDATA sections");
+    command->add_flag("--strict",
+        m_isStrict,
+        "Escape all texts in the same way as attribute values, and write no new CDATA sections");
 }
 
 RewrittenDocument FormatCommand::Rewrite(const VString& name, const std::string& bytes) const

@@ -31,7 +31,7 @@ void RewriteCommand::AddFileArguments(CLI::App& command)
     CLI::Option* inPlace = command.add_flag("--in-place", m_isInPlace, "Replace each FILE that changes");
     CLI::Option* check = command.add_flag("--check",
         m_isCheck,
-        "Change nothing; print the names of the documents that would change; then the status is 1");
+        "Change nothing; print the names of the documents that would change, and end with status 1 if there are any");
     CLI::Option* diff = command.add_flag("--diff", m_isDiff, "Change nothing; print the changes as a unified diff");
     CLI::Option* output =
         command.add_option("-o,--output", m_output, "Write to the file OUT; - is standard output")->type_name("OUT");
