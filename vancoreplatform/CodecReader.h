@@ -29,6 +29,6 @@ private:
     QString m_piece;
 };
 
-// Returns the codec of an encoding that writes "<?xml" in ASCII; null if Qt does not know the name or the encoding
-// uses other bytes.
+// Returns the codec named `name`; null if Qt does not know the name, or if the encoding does not write "<?xml" in
+// ASCII.
 const QTextCodec* FindAsciiCodec(const QByteArray& name);

@@ -33,7 +33,7 @@ struct Mark {
 
 using namespace std::string_view_literals;
 
-// The mark of UTF-32LE begins with that of UTF-16LE.
+// The mark of UTF-32LE begins with the mark of UTF-16LE, so UTF-32LE comes first.
 constexpr std::array<Mark, 5> Marks{{{"UTF-8", "\xEF\xBB\xBF"},
     {"UTF-32BE", "\0\0\xFE\xFF"sv},
     {"UTF-32LE", "\xFF\xFE\0\0"sv},
@@ -199,8 +199,8 @@ bool IsXmlBlank(char character) noexcept
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
 }
 
-// Skips a pseudo attribute `name` and the white space before it. Returns its value; nothing if there is another one
-// at the position, which does not change then.
+// Skips the pseudo attribute `name` and the white space before it, and returns its value. If the position has something
+// else, returns nothing and does not change `position`.
 std::optional<std::string_view> SkipPseudoAttribute(std::string_view text, std::size_t& position, std::string_view name)
 {
     std::size_t next = position;

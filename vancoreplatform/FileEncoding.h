@@ -35,15 +35,16 @@ struct DecodedText {
 //  2. Bytes that are valid UTF-8 are UTF-8.
 //  3. With `useXmlDeclaration`, an XML declaration at the start that names an encoding which Qt knows and which
 //     writes "<?xml" in ASCII.
-// One exception keeps the name of the declared encoding: bytes that are all ASCII get the encoding of rule 3 instead
-// of UTF-8 if each of them means the same character there. So characters that are added to such a document can be
-// encoded as its declaration says. The text is the same by both rules.
+// There is one exception. If all bytes are ASCII, and the encoding of rule 3 reads each of them as its ASCII character,
+// the result names the encoding of rule 3 instead of UTF-8. The text is the same in both encodings, but characters that
+// a program adds to the document can then be encoded as the declaration says.
 //
 // Throws VIO::Exception if the bytes are invalid in that encoding or no rule applies; the message shows `name` as the
 // file and contains the byte offset of the first bad byte. Bytes are never replaced. Throws VIO::Exception if the
-// text is not UTF-8 and is longer than VString::MaxLength. A NUL is an ordinary character.
+// bytes are not UTF-8 and their text is longer than VString::MaxLength UTF-16 code units. A NUL is an ordinary
+// character.
 //
-// Linear. UTF-8 is moved and not copied; UTF-8 that follows a byte order mark is moved within its buffer.
+// Linear. For UTF-8, `bytes` itself becomes the text without a copy; a byte order mark is erased from it.
 // Thread-safe.
 VANCOREPLATFORM_API DecodedText DecodeToUtf8(std::string&& bytes, const VString& name, bool useXmlDeclaration);
 
@@ -52,6 +53,6 @@ VANCOREPLATFORM_API VString DecodeToUtf16(
     const char* bytes, std::size_t length, const VString& name, bool useXmlDeclaration);
 
 // Returns the name of the encoding in the XML declaration at the start of the text, without its quotes; nothing if
-// there is none. The name may be unknown or wrong. It is a part of `utf8`, so its address is the place to change.
-// The rest of the declaration is not checked. Linear in the length of the declaration.
+// there is none. The name may be unknown or wrong. The result points into `utf8`, so a caller can replace the name
+// there. The rest of the declaration is not checked. Linear in the length of the declaration.
 VANCOREPLATFORM_API std::optional<std::string_view> FindDeclaredEncoding(std::string_view utf8) noexcept;

@@ -69,7 +69,7 @@ void FileReplacement::Write(std::string_view bytes)
 
 void FileReplacement::Commit()
 {
-    // Made in advance, because nothing may fail after the file is replaced.
+    // Make this exception first, because no step may fail after the file is replaced.
     std::exception_ptr furtherCalls;
     Run([&] {
         furtherCalls = std::make_exception_ptr(WriteError(m_name, "it is already replaced"));

@@ -19,25 +19,26 @@ class TemporaryFile;
 // The new file keeps these properties of the old file:
 //  - Permissions. A file system that cannot change permissions may give fewer, never more.
 //  - Owner and group, if this process may set them. Otherwise the file belongs to the user of this process. If the
-//    group changes, the group and all others get only the permissions that both had, and an access list, which
-//    could grant more than that, is replaced by permissions of the owner alone.
+//    group changes, the group and all others get only the permissions that both had. If the old file also has an
+//    access list, which could grant more than that, the new file has no list and only its owner has permissions.
 //  - On Linux, the access list and the other extended attributes. Attributes that describe the old content or give
-//    it privileges are removed, as every change of a file removes them.
+//    it privileges are not copied, because the system also drops or recomputes them when a file is written.
 //  - On Windows, the attributes, the access list, the time of creation and the named streams.
 //
 // The constructor finds the file to which the path leads. So a later change of the current folder or of a link has no
 // effect. If several objects replace the same file, the last Commit wins.
 //
 // Symbolic links stay: the file to which they lead is replaced. A file with several hard links is replaced under one
-// name only (see OtherNames). The temporary file is called ".vanxml-" and twelve hexadecimal digits. Until Commit,
-// only its owner can read it if it replaces a file. On Windows, it has the access rights of its folder.
+// name only (see OtherNames). The temporary file is called ".vanxml-" and twelve hexadecimal digits. If the
+// target exists, only the owner of the temporary file can read it until Commit. On Windows, it has the access rights of
+// its folder.
 //
 // Ownership: owns the temporary file, and removes it on destruction unless Commit succeeded. Needs up to three open
 // files of the system.
 //
-// Errors: every failure throws VIO::Exception, with the message `Cannot write "NAME": REASON`. The reason is the
-// operating system's. After a failure, every later call throws the same exception, so a file of which a part is
-// missing never replaces the target.
+// Errors: a failure throws VIO::Exception, with the message `Cannot write "NAME": REASON`. If the operating system
+// reports the failure, the reason is its message. Lack of memory throws std::bad_alloc. After a failure, every later
+// call throws the same exception, so an incomplete file never replaces the target.
 //
 // Threads: one at a time for each object.
 //
@@ -57,20 +58,21 @@ public:
     // Returns the number of other hard links to the old file. These names keep the old content.
     std::size_t OtherNames() const noexcept { return m_otherNames; }
 
-    // Appends bytes. Passes them to the system at once, so collect small pieces before.
+    // Appends bytes. There is no buffer: each call writes to the system, so join small pieces before the call.
     void Write(std::string_view bytes);
     // Replaces the target. Returns when the new content is on the disk. Call it once, after the last Write: later calls
-    // of both operations throw VIO::Exception.
+    // of Write and Commit throw VIO::Exception.
     void Commit();
 
     // Removes the temporary files of all objects of this process. On POSIX systems it is async-signal-safe: call it
-    // from the handler of a signal that ends the process. It covers 1024 objects at a time. Every replacement that has
-    // not ended, and every later one, waits for the end of the process, and fails after a second. Does nothing on
-    // Windows, where the system removes the files.
+    // from the handler of a signal that ends the process. It covers 1024 objects at a time. After the call, the
+    // constructor, and the Commit of an object whose file was removed, wait up to a second for the end of the process.
+    // Then they throw VIO::Exception. Does nothing on Windows, where the system removes the files when the process
+    // ends.
     static void RemoveTemporaryFiles() noexcept;
 
 private:
-    // Runs a step, converts its errors of the system, and stores its exception in m_failure.
+    // Runs a step. Converts std::system_error to VIO::Exception, stores every exception in m_failure and throws it.
     template <typename Step>
     void Run(const Step& step);
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <system_error>
 
-// A new file that is to take the place of another. The operations throw std::system_error if they fail.
+// A new file that will replace or create the target. The operations throw std::system_error if they fail.
 //
 // Ownership: owns the file, and removes it on destruction unless it replaced the target.
 //
@@ -35,14 +35,15 @@ public:
     static void RemoveAll() noexcept;
 
 protected:
-    // A name is made of a number of 48 bits, so it never exceeds a limit of the file system. NUL-terminated.
+    // ".vanxml-", the twelve hexadecimal digits of a 48-bit number, and a NUL. Such a name is short enough for every
+    // file system.
     using Name = std::array<char, 21>;
 
     TemporaryFile() = default;
 
     // Async-signal-safe.
     static Name FormatName(std::uint64_t number) noexcept;
-    // Calls `create` with numbers until one makes a new name.
+    // Calls `create` with random numbers until it does not throw std::errc::file_exists, at most 100 times.
     template <typename Create>
     static auto CreateWithNewName(const Create& create)
     {

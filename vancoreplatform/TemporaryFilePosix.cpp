@@ -266,8 +266,8 @@ void SetPermissions(int file, mode_t permissions)
     Check((IsDenied(errno) || IsUnsupported(errno)) && !givesMore);
 }
 
-// An old file. It stays open, so that its properties can be read when its path has another meaning: the process can
-// change its folder, and other processes can rename files and folders.
+// An old file. It stays open, so that its properties can be read even if its path leads to another file by then: the
+// process can change its folder, and other processes can rename files and folders.
 struct OldFile {
     Handle handle;
     struct stat status;
@@ -288,7 +288,8 @@ void CopyProperties(const OldFile& oldFile, int file)
         permissions &= ~static_cast<mode_t>(S_ISUID);
     if (!hasGroup) {
         // The members of the old group are now among the others, and the members of the new group were among the
-        // others. Neither may gain a permission. An access list may deny permissions to members of either.
+        // others. Neither may gain a permission. An access list may deny permissions to members of
+        // either, so with a list neither keeps any.
         const mode_t shared = accessList ? 0 : permissions >> 3 & permissions & 07;
         permissions = (permissions & (S_ISUID | S_ISVTX | S_IRWXU)) | shared << 3 | shared;
         accessList.reset();

@@ -72,7 +72,7 @@ public:
 
     ~WindowsTemporaryFile() override
     {
-        // Has no effect while the file is open and deletes itself.
+        // DeleteFileW has no effect if the file is still open: the system then deletes the file when it is closed.
         if (!m_isRenamed)
             DeleteFileW(m_path.c_str());
     }
@@ -94,8 +94,8 @@ public:
         Check(FlushFileBuffers(m_file.Get()));
         SetDeleteOnClose(m_file, false);
         m_file.Close();
-        // ReplaceFileW keeps the properties of the old file. Network folders can lack it, and it can fail after it
-        // removed the old file. A plain rename works in both cases.
+        // ReplaceFileW keeps the properties of the old file. Some network folders do not support it, and it can fail
+        // after it has removed the old file. A plain rename works in both cases.
         const bool isDone = m_replaces && ReplaceFileW(m_target.c_str(), m_path.c_str(), nullptr, 0, nullptr, nullptr);
         if (!isDone) {
             if (m_replaces)

@@ -114,8 +114,8 @@ TextEncoder::Bytes TextEncoder::EncodeWithCodec(char32_t character) const
     const std::string_view view(bytes.constData(), static_cast<std::size_t>(bytes.size()));
     if (view.size() > result.data.size() || MayShift(view))
         return result;
-    // Codecs do not report all characters that they cannot represent. Reading the bytes again finds them, and those
-    // whose bytes have another meaning at another place.
+    // Codecs do not report all characters that they cannot represent. Decoding the bytes again finds these characters,
+    // and also characters whose bytes have another meaning at another place.
     const QByteArray sample = "a" + bytes + bytes + "a";
     CodecReader reader(*m_codec);
     const bool isSame = reader.Read(sample.constData(), static_cast<std::size_t>(sample.size())) &&
@@ -199,7 +199,7 @@ std::string TextEncoder::Encode(std::string_view utf8, const CharacterReplacemen
     std::string result;
     result.reserve(m_form == Form::Codec ? utf8.size() : utf8.size() * (m_form == Form::Utf32 ? 4 : 2));
     std::u16string written;  // the text in the result, for Verify
-    bool isPlain = true;     // each character is its own byte, so nothing can be read differently
+    bool isPlain = true;     // all bytes are ASCII for their own characters, so Verify is not needed
     const auto append = [&](char32_t character) {
         const std::string_view bytes = EncodeCharacter(character);
         if (bytes.empty())
