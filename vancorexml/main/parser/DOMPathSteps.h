@@ -20,7 +20,8 @@
 //
 // Threads: one at a time.
 //
-// Cost: each operation is linear in the number of words from the first to the last active segment.
+// Cost: each operation is linear in the distance between the first and the last active segment, in words of 64
+// segments. A segment is active on a level if the elements of this level are compared with it.
 class DOMPathSteps {
 public:
     explicit DOMPathSteps(const VString& path);
@@ -41,7 +42,7 @@ public:
     template <typename IsName>
     bool Visit(const IsName& isName);
     // Enters the level of the children of the element that was visited last. Returns false and stays if no element
-    // below it can match. Leave may be called in between.
+    // below it can match. The caller may call Leave between this last Visit and Enter.
     bool Enter();
     // Returns to the level above.
     void Leave();
@@ -74,8 +75,8 @@ private:
     std::size_t m_nextFirstWord = 0;    // the word of the path at which m_next begins
 };
 
-// Sets m_next to the set of segments that are active for the children. The set ends one word after the last of the
-// current level.
+// Sets m_next to the set of segments that are active for the children. It has one word more than the set of the current
+// level, because the match of the last segment of a word activates the first segment of the next word.
 template <typename IsName>
 bool DOMPathSteps::Visit(const IsName& isName)
 {

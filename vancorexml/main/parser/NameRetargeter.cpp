@@ -22,7 +22,8 @@ VString Collapse(const VString& text)
     return collapsed;
 }
 
-// Writes a local name in the style of `oldText`: with brackets, or without if the plain text means the same name.
+// Writes a local name in the style of `oldText`: without brackets if `oldText` has none and the plain text means the
+// same name, and otherwise with brackets.
 VString WriteLocalName(const FieldName& name, const VString& oldText, const VString& oldLocalName)
 {
     const VString& plain = name.GetLocalValue();
@@ -154,7 +155,7 @@ void NameRetargeter::RenameField(const NamePlace& place, const VString& text, co
 
     const bool isUniqueRoot =
         dataSource.IsEmpty() || RequireUnique(place, NameRole::DataSource, VString(), dataSource, newDataSource);
-    // If two data sources clash, that is reported, but not for each of their fields.
+    // A clash of two data sources is reported once, and not again for each of their fields.
     if (isUniqueRoot)
         RequireUnique(place, NameRole::FieldName, VString(), oldFull, newFull);
 }

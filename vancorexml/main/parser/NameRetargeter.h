@@ -1,4 +1,4 @@
-// Renames the names in a document.
+// Finds the names in a document and their new names.
 #pragma once
 
 #include <cstddef>
@@ -26,18 +26,18 @@ struct NamePlace {
     bool isCollapsed = false;
 };
 
-// A name that has a new name. A name in a formula has the role FieldName. The names of fields are written with their
-// data source, as in "[orders].[Sales]".
+// A name in a document that the rename tables change. A name in a formula has the role FieldName. `oldName` and
+// `newName` of a field include the data source, as in "[orders].[Sales]".
 struct NameChange {
     NamePlace place;
     NameRole role = NameRole::None;
     VString oldName;
     VString newName;
     VString oldText;  // the name as it is written in the value
-    VString newText;  // replaces it; a local field name stays local
+    VString newText;  // replaces `oldText`; a local field name stays local
 };
 
-// Two different names that would both become `newName`. `place` is the first occurrence of `second`.
+// Two different names that would both become `newName`. `place` is the first occurrence of `second` that clashes.
 struct NameClash {
     NamePlace place;
     NameRole role = NameRole::None;
@@ -53,15 +53,15 @@ struct NameClash {
 // attribute. The tables decide as in DOMElement::GetFieldName, and for field names without a data source as in
 // DOMElement::GetLocalFieldName: such a name stays in its data source, even if the tables give it another.
 //
-// Names clash if they differ in the document and would become equal: data sources, data connections, map sources and
-// fields anywhere in the document, and captions in the same attribute of elements with the same parent and name.
-// Paths never clash, because several files can share one new path.
+// Two names of the same kind clash if they differ in the document and would become equal. Data sources, data
+// connections, map sources and fields clash anywhere in the document. Captions clash only in the same attribute of
+// elements with the same parent and name. Paths never clash, because several files can share one new path.
 //
 // Ownership: refers to the roles and to the tables, which must outlive the parse.
 //
 // Threads: one at a time.
 //
-// Cost: logarithmic in the number of different names, for each name. Memory grows with the number of different names,
+// Cost: for each name, logarithmic in the number of different names. Memory grows with the number of different names,
 // of captions and of changes.
 //
 //     auto retargeter = std::make_shared<NameRetargeter>(roles, tables);
@@ -87,7 +87,7 @@ private:
         const NameRoles::ElementType* type = nullptr;  // null if the schema does not declare the element
         std::size_t number = 0;
         VString name;
-        VString dataSource;  // of field names without a data source
+        VString dataSource;  // for field names without a data source
         NameUse textUse;
         VString text;
     };

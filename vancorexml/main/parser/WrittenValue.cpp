@@ -38,14 +38,14 @@ VString ReferenceTo(char32_t character)
     return "&#" + VString::number(static_cast<std::uint32_t>(character)) + ";";
 }
 
-// Returns the form of a character in text or in an attribute, or an empty text for the character itself.
+// Returns the escaped form of a character in text or in an attribute; empty if the character needs no escape.
 VString EscapeCharacter(char32_t character, const WrittenValue::Run& run)
 {
     const bool isAttribute = run.form == WrittenValue::Form::Attribute;
     switch (character) {
     case U'&': return "&amp;";
     case U'<': return "&lt;";
-    case U'>': return "&gt;";  // also in an attribute: with ">", the parser may refuse names that begin with a colon
+    case U'>': return "&gt;";  // attributes too: if one has ">", the parser may refuse names that begin with a colon
     case U'\'':
     case U'"':
         if (!isAttribute || character != static_cast<char32_t>(run.quote))
@@ -120,7 +120,7 @@ std::string WrittenValue::Escape(std::u16string_view text, const Run& run, const
         if (isCData && escaped.endsWith("]]"))
             escaped += "]]><![CDATA[";
     }
-    // "]]>" must not stand in a text.
+    // XML forbids "]]>" in text.
     if (run.form == Form::Text && run.isBeforeGreater && escaped.endsWith("]]"))
         escaped = escaped.left(escaped.length() - 1) + ReferenceTo(U']');
     return escaped.toStdString();

@@ -38,14 +38,15 @@ public:
     // text, or the content of a CDATA section. Linear.
     void Append(std::string_view piece, Form form, char quote);
 
-    // True if a piece has a reference to an entity. The value then lacks the text of the entity.
+    // True if a piece has a reference to an entity. The value then contains the reference and not the text of
+    // the entity.
     bool HasEntity() const noexcept { return m_hasEntity; }
     std::u16string_view GetUnits() const noexcept { return m_units; }
     // Returns the bytes of `length` code units, which must not be 0, as runs in the order of the document. There are
     // several runs if the document has other markup between the pieces.
     std::vector<Run> FindRuns(std::size_t offset, std::size_t length) const;
 
-    // Returns the text in the form in which it replaces a run. XML must allow its characters.
+    // Returns `text` in UTF-8, escaped for the place of the run that it replaces. XML must allow all its characters.
     static std::string Escape(std::u16string_view text, const Run& run, const XMLCharacters& characters);
 
 private:

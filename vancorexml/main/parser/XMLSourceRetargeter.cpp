@@ -28,7 +28,7 @@ struct Part {
     std::size_t length;
 };
 
-// A collapsed name takes everything except the white space at the ends.
+// If the white space of a value is collapsed, its name is the whole value without the white space at the ends.
 Part FindPart(const NamePlace& place, std::u16string_view value)
 {
     if (!place.isCollapsed)
@@ -93,8 +93,8 @@ public:
     }
 
 private:
-    // Reads the text behind a start tag. It ends at the next tag, which must not be lost for the caller, so this
-    // function reads with a copy of the reader.
+    // Reads the text between a start tag and the next tag. Takes a copy of the reader, because the caller must still
+    // read this next tag.
     WrittenValue ReadText(XMLTokenReader reader, const XMLToken& startTag) const
     {
         WrittenValue value(m_text, m_isVersion11);
@@ -143,7 +143,7 @@ private:
     bool m_isVersion11;
 };
 
-// Counts lines and columns up to offsets that only grow.
+// Counts lines and columns up to offsets, which must not decrease.
 class PositionCounter {
 public:
     explicit PositionCounter(const SourceText& source) : m_text(source.text), m_isVersion11(source.isVersion11) {}
@@ -165,8 +165,8 @@ public:
     std::size_t column = 1;
 
 private:
-    // True if the first byte of the text is the first byte of the last character of a line end. Its other bytes count
-    // nothing.
+    // True if the text begins with the last character of a line end. The further bytes of this character do not count
+    // as columns.
     bool EndsLine(std::string_view text) const
     {
         if (m_isVersion11 && (text.starts_with("\xC2\x85") || text.starts_with("\xE2\x80\xA8")))
@@ -196,7 +196,7 @@ std::vector<NamePlace> PlacesOf(const std::vector<Name>& names)
     return places;
 }
 
-// True if a parser that collapses the white space of the text leaves it as it is.
+// True if a parser that collapses the white space of the text would not change it.
 bool IsCollapsed(std::u16string_view text)
 {
     bool isBehindBlank = true;

@@ -1,4 +1,4 @@
-// The renaming of the names in a document that keeps everything else.
+// Renames the names in a document and keeps all other bytes.
 #pragma once
 
 #include <cstddef>
@@ -32,7 +32,7 @@ struct ClashingName : RenamedName {
 };
 
 // Renames the names in the text of a document by the rename tables of a DOM. Only the bytes of the names change.
-// NameRetargeter says which names there are and how the tables apply.
+// See NameRetargeter for the names that it finds and for the way in which the tables apply to them.
 //
 // The result is verified before it is returned: it must have the content of the document with the new names.
 //
@@ -47,7 +47,7 @@ class VANCOREXML_API XMLSourceRetargeter {
 public:
     struct Options {
         // Returns false for a character that the encoding of the file lacks. Such a character is written as a
-        // reference. Empty: the encoding has all.
+        // reference. Empty if the encoding has all characters.
         std::function<bool(char32_t)> canEncode;
     };
 
