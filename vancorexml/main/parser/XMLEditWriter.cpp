@@ -36,7 +36,8 @@ XMLToken ReadTag(std::string_view text, const FoundElement& element)
     return token;
 }
 
-// True if a parser reports this value for an attribute. False if that depends on an entity.
+// True if a parser reports `value` for an attribute that is written as `written`. False if `written` refers to an
+// entity.
 bool IsValue(std::string_view written, const VString& value)
 {
     return !XMLReferences::HasEntity(written) &&
@@ -46,7 +47,7 @@ bool IsValue(std::string_view written, const VString& value)
 // The texts of an element without child elements.
 struct ElementText {
     std::vector<XMLToken> tokens;  // texts and CDATA sections
-    std::size_t main = 0;          // the first token that is not white space only; 0 if there is none
+    std::size_t main = 0;          // index of the first CDATA section or text that is not blank; 0 if there is none
     std::string decoded;           // as a parser reports it, if there are no entities
     bool hasEntity = false;
 };
@@ -125,8 +126,8 @@ std::vector<TextEdit> XMLEditWriter::Run()
             open.push_back(&element);
     }
     endElements(m_text.size());
-    // An insertion behind an element can be followed by edits in front of it. Edits of the same offset keep their
-    // order. Sorting takes memory, and most edits are sorted already.
+    // An insertion behind an element may have a larger offset than the edits that follow it. Edits of the same offset
+    // keep their order. Sorting takes memory, and most edits are sorted already.
     const auto isLess = [](const TextEdit& a, const TextEdit& b) { return a.offset < b.offset; };
     if (!std::is_sorted(m_edits.begin(), m_edits.end(), isLess))
         std::stable_sort(m_edits.begin(), m_edits.end(), isLess);
@@ -233,7 +234,7 @@ void XMLEditWriter::Delete(const FoundElement& element, const CombinedChange& ch
         Add(start, length, Write(fragments, prefix, "", lineEnd, indentation).substr(prefix.size()));
         return;
     }
-    // Deleted neighbours on one line are one deletion.
+    // Combine the deletions of neighbours on one line into one edit.
     if (followsDeletion) {
         m_edits.pop_back();
         start = m_deletion.start;
@@ -242,7 +243,7 @@ void XMLEditWriter::Delete(const FoundElement& element, const CombinedChange& ch
     const std::size_t rest = SkipBlanks(m_text, element.end);
     const std::string_view lineEnd = LineEndAt(m_text, rest);
     m_deletion = {start, lineStart, rest};
-    // White space behind the element goes too: the rest of the line takes its place.
+    // Delete the white space behind the element too, because the rest of the line takes the place of the element.
     if (lineEnd.empty())
         Add(start, rest - start, "");
     else
@@ -341,7 +342,7 @@ void XMLEditWriter::FillBlank(const FoundElement& element, const CombinedChange&
     Add(element.tagEnd, element.endTag - element.tagEnd, std::move(content));
 }
 
-// The first text that is not white space only gets the value. All other text goes.
+// Replaces the first text that is not white space only, or else the first text, by the value. Removes all other text.
 void XMLEditWriter::ChangeText(const FoundElement& element, const VString& value)
 {
     const ElementText text = ReadText(m_text.substr(element.tagEnd, element.endTag - element.tagEnd));
@@ -358,7 +359,7 @@ void XMLEditWriter::ChangeText(const FoundElement& element, const VString& value
     }
 }
 
-// Returns the text in the form of the token that it replaces, if it can have this form.
+// Returns the value as a CDATA section if it replaces one and can be written as one, and otherwise as escaped text.
 std::string XMLEditWriter::WriteText(const VString& value, XMLToken::Kind kind) const
 {
     const std::string plain = value.toStdString();

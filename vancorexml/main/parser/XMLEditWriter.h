@@ -15,7 +15,7 @@
 #include "vancorexml/main/parser/XMLSourceEditor.h"
 #include "vancorexml/main/parser/XMLTokenReader.h"
 
-// All changes of an element in one.
+// All changes of one element, combined.
 struct CombinedChange {
     // An attribute that is set to a value, or removed.
     struct Attribute {
@@ -34,7 +34,7 @@ struct CombinedChange {
     std::vector<VString> contradictions;  // messages
 };
 
-// A change that an element does not allow.
+// An error in the changes of an element.
 struct ElementError {
     std::size_t offset;  // of the element
     VString message;
@@ -49,7 +49,7 @@ struct ElementError {
 // Cost: linear in the elements that were found, their tags and texts, the white space around them, and the result.
 class XMLEditWriter {
 public:
-    // `changes` belong to findings.changeLists.
+    // `changes[i]` combines the changes that findings.changeLists[i] lists.
     XMLEditWriter(std::string_view text,
         const ElementFindings& findings,
         const std::vector<CombinedChange>& changes,
@@ -64,7 +64,7 @@ public:
 private:
     using Fragments = std::vector<const XMLFragment*>;
 
-    // Reports what the element does not allow. Returns false if there is something.
+    // Reports the errors in the changes of the element. Returns false if there are any.
     bool IsAllowed(const FoundElement& element, const CombinedChange& change);
     void Start(const FoundElement& element, const CombinedChange& change);
     void End(const FoundElement& element, const CombinedChange& change);
@@ -82,13 +82,14 @@ private:
     bool IsInline(const FoundElement& element, const CombinedChange& change) const;
     // True if the element is the first of its line, and white space may be added beside it.
     bool HasOwnLine(const FoundElement& element) const;
-    // Returns the white space in front of the first node of a line.
+    // Returns the white space between the start of the line and `offset`; empty if there is something else in between.
     std::string_view IndentationAt(std::size_t offset) const;
     // Returns the indentation for the content of an element that has no nodes yet.
     std::string ChildIndentation(const FoundElement& element) const;
-    // Returns the first line end of the text, for a place without a line end beside it.
+    // Returns the first line end of the text, or a line feed if it has none. For places without a line end beside them.
     std::string_view DefaultLineEnd() const { return m_firstLineEnd.empty() ? "\n" : m_firstLineEnd; }
-    // Returns the line end in front of the line that starts at `lineStart`.
+    // Returns the line end in front of the line that starts at `lineStart`. For the first line of the text, returns the
+    // first line end.
     std::string_view LineEndBefore(std::size_t lineStart) const;
     // Returns the end of the line if it has only white space and comments from `offset` on: comments belong to the
     // node in front of them.
@@ -100,7 +101,7 @@ private:
         std::string_view suffix,
         std::string_view lineEnd,
         std::string_view indentation);
-    // Returns all nodes for a place without white space between them.
+    // Returns all nodes, without white space between them.
     std::string WriteInline(const Fragments& fragments) const;
     void Add(std::size_t offset, std::size_t length, std::string&& replacement);
 

@@ -65,7 +65,7 @@ class TreeComparer final : public TreeBuilder {
 public:
     explicit TreeComparer(const DOMElement& root) : TreeBuilder(true) { m_open.emplace_back().element = &root; }
 
-    // Valid at the end of the document.
+    // Call it at the end of the document.
     bool IsEqual() const noexcept { return !m_differs; }
     // Returns the path of the element that differs; empty if there is none.
     const VString& PathOfDifference() const noexcept { return m_path; }
@@ -126,8 +126,8 @@ private:
         SetDone();
     }
 
-    // An element that lost its children may keep the white space between them. An element without text may have white
-    // space around its comments.
+    // Ignores white space in an element that has children or no text: an element that lost children may keep the
+    // white space between them, and an element without text may have white space around its comments.
     static bool HasText(const DOMElement& element, const VString& text)
     {
         if (element.GetText() == text)
@@ -163,7 +163,8 @@ public:
             element.SetName(*change.change->name);
         if (!change.prepended.empty() || !change.appended.empty()) {
             m_changes.push_back({&element, nullptr, &change});
-            // Inserted comments may stand on lines of their own, also between other comments.
+            // The document may have the inserted comments on lines of their own, also between other comments. So white
+            // space does not count as text of this element.
             if (IsBlank(element.GetText().View()))
                 element.SetText(VString());
         }
@@ -242,7 +243,7 @@ private:
         }
     }
 
-    // Applies the changes while all children are inserted again.
+    // Removes all children, inserts them again and applies the changes on the way.
     void RebuildChildren(Iterator first, Iterator last)
     {
         DOMElement& parent = *first->parent;
@@ -271,7 +272,7 @@ private:
     }
 
     std::vector<SiblingChange> m_changes;
-    // Changes inside a deleted element may be applied after its deletion.
+    // Deleted elements live until the end, because changes inside them may be applied after their deletion.
     std::vector<std::unique_ptr<DOMElement>> m_deleted;
 };
 

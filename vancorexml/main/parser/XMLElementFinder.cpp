@@ -27,7 +27,7 @@ std::string_view AttributeOf(const XMLToken& token, std::string_view name)
     return {};
 }
 
-// True if a parser can report "preserve" for this value of xml:space. It removes blanks around the value of an
+// True if a parser can report "preserve" for this value of xml:space. A parser removes blanks around the value of an
 // attribute that the document type declares.
 bool MayMeanPreserve(std::string_view value)
 {
@@ -79,7 +79,7 @@ struct XMLElementFinder::Matcher {
 
     DOMPathSteps steps;
     std::vector<std::string> names;  // the segments in UTF-8
-    std::size_t depthBelow = 0;      // the number of open elements from the one below which nothing matches
+    std::size_t depthBelow = 0;  // open elements, counted from the one below which nothing matches; 0 if there is none
 };
 
 struct XMLElementFinder::OpenElement {

@@ -43,8 +43,8 @@ struct EntityReferencePlace {
 struct ElementFindings {
     std::vector<FoundElement> elements;  // in document order
     std::vector<std::vector<std::size_t>> changeLists;
-    // For each element of the document, in document order: it contains text beside white space, or its xml:space is
-    // "preserve". White space must not be added to it.
+    // For each element of the document, in document order: true if it contains text that is not only white space, or if
+    // its xml:space is "preserve". White space must not be added to such an element.
     std::vector<bool> isInline;
     std::vector<EntityReferencePlace> entityReferences;
     std::vector<std::size_t> matches;  // for each path, the number of elements that match it
@@ -64,8 +64,9 @@ std::optional<std::size_t> FindLineStart(std::string_view text, std::size_t offs
 // Cost: linear in the text, plus the cost of DOMPathSteps for each path and element.
 class XMLElementFinder {
 public:
-    // The changes of the paths are numbered from 0. `numbers` are pairs of the number of an element and the number of
-    // a change; it must be sorted. `preserved` are the names of the elements whose xml:space is "preserve" by default.
+    // The change of `paths[i]` has the number i. Each of `numbers` is a pair of the number of an element and the number
+    // of a change; the pairs must be sorted. `preserved` are the names of the elements whose xml:space is "preserve" by
+    // default.
     XMLElementFinder(std::string_view text,
         const std::vector<VString>& paths,
         const std::vector<std::pair<std::size_t, std::size_t>>& numbers,
@@ -74,7 +75,7 @@ public:
     XMLElementFinder(const XMLElementFinder&) = delete;
     XMLElementFinder& operator=(const XMLElementFinder&) = delete;
 
-    // Allocates the memory for `expected` elements at once.
+    // Finds the elements and reserves memory for `expected` of them. Call it once.
     ElementFindings Run(std::size_t expected);
 
 private:

@@ -70,7 +70,7 @@ private:
         }
         if (token.kind == Kind::StartTag) {
             Element element{m_mayIndent.size()};
-            // An element with any xml:space is left alone.
+            // Never indent the content of an element with xml:space, for any value.
             element.isPreserved = (!m_open.empty() && m_open.back().isPreserved) ||
                 token.text.find("xml:space") != std::string_view::npos;
             m_mayIndent.push_back(false);

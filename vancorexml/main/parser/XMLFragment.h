@@ -12,7 +12,7 @@
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/XMLCharacters.h"
 
-// Why a text is not a fragment.
+// Thrown for a text that is not a fragment. The message is the reason.
 class XMLFragmentError : public std::runtime_error {
 public:
     explicit XMLFragmentError(const VString& message) : std::runtime_error(message.toStdString()), m_message(message) {}
@@ -29,9 +29,9 @@ private:
 // Threads: one at a time.
 class XMLFragment {
 public:
-    // `documentType` is that of the document, for its entities and default attributes; may be empty. Throws
-    // XMLFragmentError if `xml` is not well-formed, contains text outside of its elements, or contains a character
-    // that cannot be written.
+    // `documentType` is the document type of the document, which declares entities and default attributes; it may be
+    // empty. Throws XMLFragmentError if `xml` is not well-formed, contains text outside of its elements, or contains a
+    // character that cannot be written.
     XMLFragment(const VString& xml, std::string_view documentType, const XMLCharacters& characters);
 
     // Returns the number of elements, comments and processing instructions.

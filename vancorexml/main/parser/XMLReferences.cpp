@@ -65,7 +65,7 @@ std::size_t FindEntity(std::string_view text) noexcept
     return FindReference(text, [](const Reference& reference) { return !reference.character; });
 }
 
-// Most texts end this search at their first character.
+// For most texts the result is known at the first character.
 bool IsBlank(std::string_view text) noexcept
 {
     while (!text.empty()) {

@@ -132,8 +132,8 @@ std::set<std::u16string> FindPreservedElements(const std::string& text)
     return {};
 }
 
-// False for a text that no XML name can be. Names with other characters beyond ASCII than XML allows are found when
-// the result is parsed.
+// False if the text cannot be an XML name because of its ASCII characters. The parse of the result finds the characters
+// beyond ASCII that XML does not allow in a name.
 bool IsName(const VString& name)
 {
     const std::u16string_view view = name.View();
@@ -345,7 +345,7 @@ private:
         return Report(std::move(errors));
     }
 
-    // Adds an error at the reference of this number, from 1.
+    // Adds an error at the place of the reference to an entity with this number, from 1.
     void Add(std::vector<ElementError>& errors, std::size_t reference, const VString& message) const
     {
         const std::vector<EntityReferencePlace>& places = m_findings.entityReferences;
@@ -450,7 +450,7 @@ private:
         tree.Apply(changes);
     }
 
-    // Reports why the result is not the edited tree, if that is not a fault of the library.
+    // Reports why the result is not the edited tree. Throws XMLVerificationError if that is a fault of the library.
     void ReportDifference(const XMLEditedTree& tree)
     {
         if (tree.HasErrors()) {

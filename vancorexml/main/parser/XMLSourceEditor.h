@@ -1,4 +1,4 @@
-// The editor of documents that changes only what is named.
+// Edits documents and keeps all bytes outside of the edits.
 #pragma once
 
 #include <cstddef>
@@ -26,8 +26,8 @@ struct TextEdit {
 // the text. Linear in the text and the result.
 VANCOREXML_API std::string ApplyEdits(std::string_view text, const std::vector<TextEdit>& edits);
 
-// The changes of an element. They are independent of each other and have no order, except that fragments of the same
-// place keep theirs.
+// The changes of an element. They are independent of each other. They have no order, except that several fragments for
+// the same place are inserted in the order of their list.
 //
 // A fragment consists of elements, comments and processing instructions. White space between these is allowed, other
 // text is not.
@@ -56,17 +56,20 @@ struct EditedText {
 // element has no effect.
 //
 // How each change is written:
-//   - The value of an attribute is escaped for the quotes that it has. An attribute with this value does not change.
-//   - An added attribute comes last, with the quotes and the white space in front of it of the last attribute:
-//     one blank, or a line end with its indentation. The first attribute of a tag gets apostrophes.
-//   - A removed attribute takes the white space in front of it along.
-//   - A text replaces the first text of the element that is not white space only. A CDATA section stays one if it can.
-//     All other text of the element is removed. Comments and processing instructions stay. An element with this text
-//     does not change. An empty tag becomes a start tag and an end tag.
-//   - A deleted element takes its line along if it is alone on it.
+//   - A new value of an attribute is escaped for the quotes of the old value. An attribute that already has the value
+//     does not change.
+//   - An added attribute is written behind the last attribute, with the same quotes. If the last attribute is on a
+//     new line, the added attribute gets the same line end and indentation, and otherwise one blank. In a tag without
+//     attributes, it gets apostrophes.
+//   - With a removed attribute, the white space in front of it is removed.
+//   - A text replaces the first text of the element that is not white space only. It is written as a CDATA section if
+//     it replaces one and can be written as one. All other text of the element is removed. Comments and processing
+//     instructions stay. An element that already has the text does not change. An empty tag becomes a start tag and an
+//     end tag.
+//   - With a deleted element that is alone on its line, the whole line is removed.
 //   - The elements, comments and processing instructions of a fragment get lines of their own if their neighbours are
 //     on lines of their own. They take the line end and the indentation of these neighbours; further lines of the
-//     fragment are indented as far. Otherwise they are written without white space between them. So they are inside
+//     fragment are indented as far. Otherwise they are written without white space between them, and always so inside
 //     an element that contains text beside other content, or whose xml:space is "preserve".
 //
 // The result is verified: it must be equal to the tree of the original, edited by the operations of DOMElement.
@@ -87,7 +90,8 @@ class VANCOREXML_API XMLSourceEditor {
 public:
     struct Options {
         // Returns false for a character that the encoding of the file lacks. Such a character is written as a
-        // reference; in a name, a comment or a processing instruction it is an error. Empty: the encoding has all.
+        // reference; in a name, a comment or a processing instruction it is an error. Empty if the encoding has all
+        // characters.
         std::function<bool(char32_t)> canEncode;
     };
 
@@ -111,7 +115,9 @@ public:
     //   - a change of an element in the expansion of an entity
     //   - a document without an element, or with two
     //   - a name or character that XML does not allow, or that the encoding lacks
-    //   - a removed attribute, or a name, for which the document type has a default
+    //   - a change that the attribute declarations of the document type contradict: the removal of an attribute with a
+    //     default, a new name for which elements have default attributes, or a value that the declared type would
+    //     normalize
     // Each error of an element has its position and its path; an error of the last kind has only the path. A path
     // without a match is a warning.
     //
