@@ -16,7 +16,7 @@ namespace {
 
 using Kind = XMLEvent::Kind;
 
-// std::char_traits<char16_t> compares the units one by one.
+// Uses memcmp, because std::char_traits<char16_t> compares the units one by one.
 bool IsEqual(const std::u16string& a, const std::u16string& b) noexcept
 {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
@@ -31,7 +31,7 @@ struct OpenElement {
     bool differs = false;
     bool differsBelow = false;
 
-    // False if a difference in white space is a difference in content.
+    // False if a difference in white space that was found is a difference in content.
     bool MayDiffer() const noexcept
     {
         const bool isIgnorable = hasChildElements && !hasText && !preserves;

@@ -31,12 +31,12 @@ namespace XMLComparison {
 // other text.
 //
 // The texts are UTF-8 without byte order marks; the encodings that they declare are ignored. If `a` has a
-// document type, the caller has parsed `a` without errors: this function does not limit the expansion of entities.
-// Thread-safe. Linear in the texts and in the expansion of their entities. The call stack does not grow with the depth
-// of the documents.
+// document type, the caller must have parsed `a` without errors: this function does not limit the expansion of
+// entities. Thread-safe. Linear in the texts and in the expansion of their entities. The call stack does not grow with
+// the depth of the documents.
 VANCOREXML_API bool AreEqual(const std::string& a, const std::string& b);
 
-// Like AreEqual, but ignores the declarations.
+// Like AreEqual, but ignores the XML declarations.
 VANCOREXML_API bool AreContentsEqual(const std::string& a, const std::string& b);
 
 }  // namespace XMLComparison

@@ -35,7 +35,7 @@ namespace {
 // Separates the parts of an event. No document contains it.
 constexpr char16_t Separator = u'\0';
 
-// Stands for a part that is missing. No document contains it.
+// Represents a missing part. No document contains it.
 constexpr std::u16string_view Missing = u"\xFFFF";
 
 // In UTF-16 code units. A longer part of an event is replaced by its digest, so that the memory of the events does not
@@ -61,8 +61,8 @@ bool IsBlank(std::u16string_view text) noexcept
     return std::all_of(text.begin(), text.end(), [](char16_t unit) { return XmlUtils::IsWhitespace(unit); });
 }
 
-// The digest of a long part of an event. SHA-1 is four times faster than SHA-256, and no document can choose its
-// formatted text freely to provoke a collision.
+// The digest of a long part of an event. SHA-1 is four times faster than SHA-256. Its known collisions are no risk
+// here, because no document can choose its formatted text freely.
 class Digest {
 public:
     void Add(std::u16string_view text)
@@ -75,7 +75,8 @@ public:
         }
     }
 
-    // Appends the digest of all texts that were added. No part of a document begins with a separator.
+    // Appends the digest of all texts that were added. The separator in front distinguishes it from other parts: no
+    // part of a document begins with a separator.
     void AppendTo(std::u16string& out) const
     {
         out += Separator;
@@ -100,7 +101,7 @@ void AppendPart(std::u16string& out, std::u16string_view part)
     digest.AppendTo(out);
 }
 
-// Ends a parse at a fault.
+// Thrown to end a parse at a fault.
 struct FaultFound {};
 
 // Ends a parse at its first fault.
@@ -111,7 +112,7 @@ public:
 
 }  // namespace
 
-// The reader of Xerces. It reads as much as yields events, and queues these.
+// Parses in steps through Xerces. Each step continues until Xerces reports something, and queues the events.
 class XMLEventReader::Reader final : public xercesc::SAX2XMLReaderImpl {
 public:
     Reader(XercesInputSource&& source, XercesMemory& memory) : SAX2XMLReaderImpl(&memory), m_source(std::move(source))
@@ -137,7 +138,7 @@ public:
     {
         while (m_next == m_count && !m_isAtEnd)
             ReadMore();
-        // The last event stays in the queue.
+        // The last event stays in the queue, so that later calls return it again.
         const bool isLast = m_next + 1 == m_count && m_isAtEnd;
         return m_events[isLast ? m_next : m_next++];
     }
@@ -145,7 +146,8 @@ public:
     const std::set<std::u16string>& PreservedElements() const noexcept { return m_preserved; }
 
 private:
-    // Xerces declares these events for several handlers, of which only those below are called.
+    // Xerces declares several overloads of these functions, one for each handler interface. It calls only those that
+    // are overridden below.
     using SAX2XMLReaderImpl::endElement;
     using SAX2XMLReaderImpl::startElement;
 
@@ -231,7 +233,8 @@ private:
             (m_documentType += part) += Separator;
     }
 
-    // The document type ends in front of the next event of the document.
+    // Appends the event of the document type. Call it in front of the next event of the document, because the document
+    // type is complete then.
     void FlushDocumentType()
     {
         if (m_documentType.empty())
@@ -348,7 +351,7 @@ private:
             std::u16string_view(types, 2),
             View(attribute.getEnumeration()),
             ViewOrMissing(attribute.getValue())});
-        // The first declaration of an attribute binds.
+        // XML uses only the first declaration of an attribute.
         if (!isIgnored && attribute.getFullName() == SpaceAttribute && value == Preserve)
             m_preserved.emplace(View(element.getFullName()));
     }
@@ -402,7 +405,7 @@ private:
     std::vector<std::pair<std::u16string_view, std::u16string_view>> m_attributes;  // of the current tag
 };
 
-// Xerces and the memory outlive the reader.
+// The order of the members matters: Xerces and the memory must outlive the reader.
 struct XMLEventReader::State {
     explicit State(XercesInputSource&& source) : reader(std::move(source), memory) {}
 
@@ -411,8 +414,8 @@ struct XMLEventReader::State {
     Reader reader;
 };
 
-// Without namespaces, Xerces accepts names that begin with a colon. The sanitizer would also change texts that look
-// like attributes, and differently after their quotes were escaped.
+// Does not use the colon sanitizer: without namespaces, Xerces accepts names that begin with a colon. The sanitizer
+// would also change texts that look like attributes, and change them differently after their quotes were escaped.
 XMLEventReader::XMLEventReader(InputSource& source)
     : m_state(std::make_unique<State>(
           dynamic_cast<IXercesInputSourceProvider&>(source).GetXercesInputSource(ColonProcessingNone)))

@@ -44,8 +44,8 @@ struct XMLEvent {
 //
 // Threads: one at a time.
 //
-// Cost: all calls together are linear in the document and in the expansion of its entities. Xerces itself collects each
-// comment, processing instruction, CDATA section and attribute value in memory, but not each text.
+// Cost: all calls together are linear in the document and in the expansion of its entities. Xerces holds each
+// comment, processing instruction, CDATA section and attribute value in memory as a whole, but a text only in pieces.
 class XMLEventReader {
 public:
     // Throws std::bad_cast if `source` is not an IXercesInputSourceProvider.
@@ -54,7 +54,8 @@ public:
     XMLEventReader(const XMLEventReader&) = delete;
     XMLEventReader& operator=(const XMLEventReader&) = delete;
 
-    // Returns the next event. After EndOfDocument or Fault, returns the same event again. Valid until the next call.
+    // Returns the next event. After EndOfDocument or Fault, returns the same event again. The reference is valid
+    // until the next call.
     const XMLEvent& Next();
 
     // Returns the names of the elements whose xml:space is "preserve" by a default of the document type. Complete

@@ -1,4 +1,4 @@
-// The writer into a file.
+// Writes a document into a file.
 #pragma once
 
 #include <exception>
@@ -10,12 +10,12 @@
 // Writes UTF-8 without a byte order mark, in FormatModeContent. A lone surrogate in a name or in a text that is not
 // escaped becomes U+FFFD.
 //
-// Memory: a fixed size. Long texts are escaped in pieces. Only attributes are formatted as a whole.
+// Memory: a fixed size, plus the longest attribute. Long texts are escaped in pieces, but an attribute as a whole.
 //
 // Ownership: owns the FileReplacement.
 //
 // Errors: a failing write throws VIO::Exception. ~Indenter swallows exceptions, so the writer stores the first
-// exception, and every later write and Commit rethrow it. A file of which a part is missing never replaces the target.
+// exception, and every later write and Commit rethrow it. An incomplete file never replaces the target.
 //
 // Threads: see XMLFormatter.
 class XMLFileFormatter : public XMLFormatter {

@@ -60,7 +60,7 @@ std::string_view AttributeOf(const XMLToken& token, std::string_view name)
     return {};
 }
 
-// What is found out about a document before it is written.
+// The plan for the output, made before a document is written.
 struct Layout {
     std::vector<Content> contents;  // of each element, in the order of the start tags
     std::size_t indentation = 0;    // in bytes, an upper bound
@@ -77,7 +77,7 @@ public:
 
     Layout Run()
     {
-        // The last line end, because the result ends with one: a second formatting finds the same.
+        // Use the form of the last line end. The result ends with this form, so a second formatting chooses it again.
         const std::size_t last = m_text.rfind('\n');
         if (last != std::string_view::npos && last > 0 && m_text[last - 1] == '\r')
             m_layout.lineEnd = "\r\n";
@@ -91,12 +91,12 @@ public:
 private:
     struct Element {
         std::size_t number;
-        std::size_t indentationAbove;  // of the layout, up to the start tag
+        std::size_t indentationAbove;  // m_layout.indentation up to the start tag
         bool isPreserved = false;
         bool hasElements = false;
-        bool hasText = false;     // of other characters than white space
-        bool hasBlank = false;    // text of white space only
-        bool hasMarkup = false;   // comments, CDATA sections, processing instructions
+        bool hasText = false;     // CDATA sections, or text that is not only literal white space
+        bool hasBlank = false;    // text of white space only, literal or as references
+        bool hasMarkup = false;   // comments or processing instructions
         bool hasMixture = false;  // references to entities or CDATA sections
     };
 
@@ -134,7 +134,7 @@ private:
         }
         element.hasText = true;
         element.hasMixture |= XMLReferences::HasEntity(text);
-        // A text of references to white space is content that somebody has written on purpose.
+        // White space that is written as references is intended content. With hasBlank it stays unchanged.
         element.hasBlank |= XMLReferences::IsBlank(text);
     }
 
@@ -155,7 +155,7 @@ private:
         if (m_open.empty())
             return;
         const Content content = ContentOf(m_open.back());
-        // No line of an unchanged content gets an indentation.
+        // Unchanged content gets no indentation, so its lines do not count.
         if (content == Content::Verbatim)
             m_layout.indentation = m_open.back().indentationAbove;
         AddLine();
@@ -323,7 +323,7 @@ private:
         WriteEndTag(tag.name);
     }
 
-    // Returns the bytes between the start tag and its end tag, and moves behind the end tag.
+    // Returns the bytes between the start tag and its end tag, and moves `reader` behind the end tag.
     std::string_view ReadContent(XMLTokenReader& reader, const XMLToken& tag)
     {
         const std::size_t start = reader.OffsetOf(tag.text) + tag.text.size();
@@ -360,7 +360,8 @@ private:
         }
     }
 
-    // True if the text must stay as it is written: the encoding of the result may lack a character of it.
+    // True if the text must not change, because its references may be to characters that the encoding of the result
+    // lacks.
     bool NeedsReferences(std::string_view text) const
     {
         return !m_options.hasAllCharacters && XMLReferences::HasNonAscii(text);
@@ -377,7 +378,7 @@ private:
             WriteEscaped(value);
     }
 
-    // Changes only the apostrophes.
+    // Escapes only the apostrophes.
     void WriteUnescaped(std::string_view value)
     {
         for (const char byte : value) {
@@ -440,7 +441,8 @@ private:
             length += plain.size();
             hasTag |= plain.find('<') != std::string::npos;
         }
-        // References can make a text much shorter. 32 code units are at most 96 bytes.
+        // A text with many references can be much shorter once they are decoded. WriteText must write a text of fewer
+        // than 32 code units, which are at most 96 bytes.
         if ((hasTag && !m_options.isStrict) || length < 128)
             return false;
         const XMLEscaping::EscapeTable& table =
@@ -506,7 +508,8 @@ std::optional<std::string_view> ConsumeUpTo(std::string_view& text, std::size_t 
 bool ConsumePlainEntity(std::string_view& subset)
 {
     constexpr std::string_view Start = "<!ENTITY";
-    // In bytes. 50,000 references, which are the most that a parser accepts, stay far below all other limits.
+    // In bytes. A parser accepts at most 50,000 references. With values of this length, they stay far below all its
+    // other limits.
     constexpr std::size_t LongestValue = 1000;
     if (!subset.starts_with(Start))
         return false;
@@ -527,8 +530,8 @@ bool ConsumePlainEntity(std::string_view& subset)
     return true;
 }
 
-// True if the document type has no declarations but those of plain entities. Then no limit of the parser can be
-// exceeded but the number of references, which XMLEventReader limits too. False in case of doubt.
+// True if the document type has no declarations but those of plain entities. Then only one limit of the
+// parser can be exceeded: the number of references, which XMLEventReader limits too. False in case of doubt.
 bool IsPlainDocumentType(std::string_view documentType)
 {
     const std::size_t start = documentType.find('[');

@@ -1,4 +1,4 @@
-// The formatter of documents that keeps everything.
+// Formats documents and keeps all of their content.
 #pragma once
 
 #include <optional>
@@ -11,9 +11,10 @@
 
 // Formats the text of a document. Unlike a parse into a DOM and XMLDomFormatter::RenderAsXMLString, it keeps comments,
 // processing instructions, the document type, references to entities, CDATA sections and mixed content. A document
-// without these gets the text that RenderAsXMLString returns, with the line ends of the document.
-// The exceptions keep what RenderAsXMLString loses: "standalone", elements that contain only white space, carriage
-// returns in long texts that contain "<", and texts such as " :x = y >", which a parse into a DOM changes.
+// without these gets the text that RenderAsXMLString returns, with the line ends of the document. The formatter also
+// keeps some content that RenderAsXMLString loses: "standalone", elements that contain only white space, carriage
+// returns in long texts that contain "<", and texts such as " :x = y >", which a parse into a DOM changes. A document
+// with such content gets another text.
 //
 // The style: two blanks for each level; attributes sorted by name, between apostrophes. Comments and processing
 // instructions between elements have lines of their own.
@@ -41,8 +42,8 @@
 class VANCOREXML_API XMLSourceFormatter {
 public:
     struct Options {
-        // False leaves out the XML declaration and the empty line behind it. A document of XML 1.1 cannot be without
-        // it.
+        // False leaves out the XML declaration and the empty line behind it. Format then
+        // throws for a document of XML 1.1, which needs its declaration.
         bool writesHeader = true;
         // True escapes all texts like attribute values. Otherwise a text of at least 32 UTF-16 code units that
         // contains "<" becomes a CDATA section.

@@ -13,8 +13,8 @@ namespace {
 constexpr ByteSet NameEnd(" \t\r\n/>?=\xC2\xE2");
 constexpr ByteSet TagEndOrQuote(">\"'");
 
-// Returns the bytes of the line end at the start of the text that only XML 1.1 has: U+0085 or U+2028, and otherwise 0.
-// Such a line end is white space in a tag. In XML 1.0 a tag cannot contain it outside of quotes.
+// Returns the length in bytes if the text begins with a line end that only XML 1.1 has (U+0085 or U+2028), and
+// otherwise 0. Such a line end is white space in a tag. In XML 1.0 a tag cannot contain it outside of quotes.
 std::size_t LineEndLength(std::string_view text) noexcept
 {
     if (text.starts_with("\xC2\x85"))
