@@ -23,10 +23,11 @@ public:
     DocumentEdits(const DocumentEdits&) = delete;
     DocumentEdits& operator=(const DocumentEdits&) = delete;
 
-    // Returns the test whether the encoding of the file has a character; empty if it has all. It refers to this object.
+    // Returns a function that returns true if the encoding of the file has a character; an empty function if it has
+    // all. The function refers to this object, which must outlive it.
     std::function<bool(char32_t)> CharacterTest();
-    // Returns the bytes of the edited file. Throws VIO::Exception if a character of the file has other bytes than the
-    // encoding gives it, and XMLVerificationError if the bytes do not have the edited text.
+    // Returns the bytes of the edited file. Throws VIO::Exception if a character of the file has other bytes than
+    // TextEncoder writes, and XMLVerificationError if the bytes do not have the edited text.
     std::string Apply(EditedText&& edited);
 
 private:

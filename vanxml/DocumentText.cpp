@@ -59,7 +59,7 @@ std::string DocumentText::DeclaredEncoding() const
     const std::optional<std::string_view> declared = FindDeclaredEncoding(Text());
     const std::string name = Encoding().name.toStdString();
     if (const char* family = FamilyOf(Encoding())) {
-        // The name of the other byte order would not be true.
+        // The document may declare the other byte order, which is wrong.
         const bool isTrue = declared && (IsSameName(*declared, family) || IsSameName(*declared, name));
         return std::string(isTrue ? *declared : family);
     }

@@ -8,8 +8,8 @@
 
 // The UTF-8 text of a document, decoded from the bytes of its file by the rules of DecodeToUtf8.
 //
-// Ownership: refers to the bytes, which must outlive it. Copies them only if they are not UTF-8, or begin with a byte
-// order mark.
+// Ownership: refers to the bytes, which must outlive it. Copies them only if they are not UTF-8, begin with a byte
+// order mark, or have an XML declaration that names another encoding.
 //
 // Threads: any number of readers.
 class DocumentText {
@@ -21,7 +21,8 @@ public:
 
     const std::string& Text() const noexcept { return m_isCopy ? m_decoded.text : m_bytes; }
     const FileEncoding& Encoding() const noexcept { return m_decoded.encoding; }
-    // Returns the name of the encoding for an XML declaration: the name that the document declares, if that is true.
+    // Returns the name of the encoding to write into an XML declaration: "utf-8" for UTF-8. For other encodings,
+    // returns the name that the document declares if it is correct, and otherwise the correct name.
     std::string DeclaredEncoding() const;
 
 private:

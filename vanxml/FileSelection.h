@@ -28,8 +28,8 @@ struct SelectedFiles {
 // - A file. A file that does not exist is selected too; reading it then fails.
 // - A folder, if --recursive is set. All its files that match an include pattern are selected, in all
 //   levels, sorted. Hidden entries, symbolic links to folders, devices and pipes are skipped.
-// - A pattern, if no file has that name: `*`, `?` and `[...]` as in a shell. It matches hidden names
-//   only if it begins with a dot there. It skips devices and pipes.
+// - A pattern, if no file has that name: `*`, `?` and `[...]` as in a shell. Each of its parts between
+//   slashes matches hidden names only if the part begins with a dot. Devices and pipes are skipped.
 //
 // A file that is named twice, also through symbolic links, is selected once, at its first place.
 //

@@ -41,8 +41,8 @@ private:
 //
 // Ownership: owns the threads and the results. The destructor waits for the running jobs and starts no others.
 //
-// Threads: one thread creates the queue and calls WaitFor. A single thread is not worth creating: WaitFor then runs
-// the job itself.
+// Threads: one thread creates the queue and calls WaitFor. If a single thread would be enough, the queue
+// creates none: WaitFor then runs the job itself.
 template <typename Result>
 class JobQueue {
 public:

@@ -62,8 +62,8 @@ std::string DescribeRename(NameRole role, const VString& oldName, const VString&
 
 RenameTables::RenameTables()
 {
-    // The fields of the protected data source keep their names. At first, this is the one without a name. No document
-    // can contain this name.
+    // The fields of the protected data source keep their names. A new DOM protects the data source without a name.
+    // Protect a name that no document can contain instead.
     m_tables.SetProtectedDataSourceName(VString(u"\0", 1));
 }
 

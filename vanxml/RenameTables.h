@@ -12,12 +12,12 @@
 #include "vancorexml/main/parser/NameRoles.h"
 #include "vancorexml/main/parser/XMLSourceRetargeter.h"
 
-// The kinds of names that can be renamed, as the options and tables call them and as messages call them.
+// A kind of names that can be renamed.
 struct RenameKind {
     NameRole role;
-    const char* option;  // without "--"
-    const char* name;
-    const char* argument;  // of the option
+    const char* option;    // its name in options, without "--", and in tables
+    const char* name;      // its name in messages
+    const char* argument;  // the form of the argument of the option
 };
 const std::vector<RenameKind>& GetRenameKinds();
 // Returns the kind of names with this role. Precondition, not checked: there is one.
@@ -31,14 +31,14 @@ std::string DescribeRename(NameRole role, const VString& oldName, const VString&
 // Threads: one while renames are added; then any number.
 class RenameTables {
 public:
-    // No data source is protected.
+    // Creates empty tables. No data source is protected.
     RenameTables();
 
-    // These throw ToolError if a rename is wrong, or if a name has two different new names.
+    // Add and AddTable throw ToolError if a rename is wrong, or if a name has two different new names.
     // Adds "OLD=NEW". The first "=" separates the names; in field names, the first one outside of brackets.
     void Add(const RenameKind& kind, const std::string& text);
-    // Adds the records "kind,old,new" of a file. Its first record may be these words. Throws VIO::Exception if the file
-    // cannot be read.
+    // Adds the records "kind,old,new" of a file. The first record may be the header "kind,old,new". Throws
+    // VIO::Exception if the file cannot be read.
     void AddTable(const std::string& file);
     void Protect(const std::string& dataSource);
 
@@ -67,7 +67,7 @@ private:
     void Mark(NameRole role, const VString& oldName) const;
 
     DOM m_tables;
-    PathRenames m_paths;  // all that m_tables has or will get
+    PathRenames m_paths;  // all path renames; m_tables has a copy
     std::vector<Rename> m_renames;
     // The indices of the renames.
     std::map<std::pair<NameRole, VString>, std::size_t> m_numbers;

@@ -138,7 +138,7 @@ ExitStatus RetargetCommand::Run()
     FillTables();
     const ExitStatus status = RewriteCommand::Run();
     if (status == ExitStatus::Failed || m_failures > 0)
-        return status;  // the documents that failed may contain the other names
+        return status;  // the documents that failed may contain the names of the unused renames
     for (const std::string& unused : m_tables.DescribeUnused())
         StandardStreams::WriteError(FormatErrorLine("warning: " + unused + " matched nothing"));
     return status;

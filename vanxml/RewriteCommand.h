@@ -34,8 +34,8 @@ protected:
     void AddFileArguments(CLI::App& command);
 
     // Returns the rewritten document. `name` is for messages, `bytes` are those of the file. If the result has the same
-    // bytes, the file is not touched. Several threads call this at once. An exception ends as an error line with the
-    // status Failed, for this document only.
+    // bytes, the file is not touched. Several threads call this at once. An exception becomes an error line and the
+    // status Failed of this document only.
     virtual RewrittenDocument Rewrite(const VString& name, const std::string& bytes) const = 0;
 
 private:

@@ -418,7 +418,8 @@ private:
     std::string& m_output;
 };
 
-// Returns the length of the equal lines at the start of both texts, without the last ones: these are context.
+// Returns the length of the equal lines at the start of both texts, in bytes, without the last `contextLines` of them,
+// which the diff shows as context.
 std::size_t CommonHead(std::string_view before, std::string_view after)
 {
     const auto differ = std::mismatch(before.begin(), before.end(), after.begin(), after.end());
@@ -431,7 +432,8 @@ std::size_t CommonHead(std::string_view before, std::string_view after)
     return length;
 }
 
-// Returns the length of the equal lines at the end of both texts, without the first ones: these are context.
+// Returns the length of the equal lines at the end of both texts, in bytes, without the first `contextLines` of them,
+// which the diff shows as context.
 std::size_t CommonTail(std::string_view before, std::string_view after)
 {
     const auto differ = std::mismatch(before.rbegin(), before.rend(), after.rbegin(), after.rend());
@@ -447,7 +449,7 @@ bool HasNul(std::string_view text)
     return text.find('\0') != std::string_view::npos;
 }
 
-// `patch` reads a name that contains blanks only up to a tab.
+// Appends a tab to a name that contains blanks: `patch` then reads the name up to the tab and not only to a blank.
 std::string DescribeName(std::string_view name)
 {
     const std::string escaped = EscapeControlCharacters(name);
