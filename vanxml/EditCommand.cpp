@@ -99,12 +99,10 @@ void EditCommand::AddTo(CLI::App& application)
     m_actions.reserve(std::size(Actions));  // the options refer to the values
     for (const Action& action : Actions) {
         Option& added = m_actions.emplace_back(Option{nullptr, action.name, {}, action.apply});
-        if (action.valueName)
-            added.option =
-                addOption(action.name, added.values, action.description)->type_name(action.valueName)->group("Changes");
-        else
-            added.option =
-                m_command->add_flag(action.name, action.description)->disable_flag_override()->group("Changes");
+        CLI::Option* const option = action.valueName
+            ? addOption(action.name, added.values, action.description)->type_name(action.valueName)
+            : m_command->add_flag(action.name, action.description)->disable_flag_override();
+        added.option = option->group("Changes");
     }
 }
 

@@ -9,6 +9,10 @@
 #include "vancorexml/main/parser/XMLSourceEditor.h"
 #include "vanxml/RewriteCommand.h"
 
+namespace CLI {
+class Option;
+}
+
 // Changes the elements that paths select, and nothing else.
 class EditCommand : public RewriteCommand {
 public:
