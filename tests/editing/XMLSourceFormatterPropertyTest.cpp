@@ -4,13 +4,13 @@
 #include <iterator>
 #include <optional>
 #include <random>
-#include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <QDirIterator>
 #include <QFile>
+#include <QRegularExpression>
 
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/XMLDomFormatter.h"
@@ -38,10 +38,11 @@ std::string Render(const std::string& text, const std::string& formatted)
 
 std::vector<std::string> FindEntityReferences(const std::string& text)
 {
-    static const std::regex pattern("&[^#;&<>'\" ]+;");
+    static const QRegularExpression pattern(QStringLiteral("&[^#;&<>'\" ]+;"));
     std::vector<std::string> references;
-    for (std::sregex_iterator found(text.begin(), text.end(), pattern), end; found != end; ++found) {
-        const std::string reference = found->str();
+    QRegularExpressionMatchIterator found = pattern.globalMatch(QString::fromStdString(text));
+    while (found.hasNext()) {
+        const std::string reference = found.next().captured().toStdString();
         if (reference != "&lt;" && reference != "&gt;" && reference != "&amp;" && reference != "&apos;" &&
             reference != "&quot;")
             references.push_back(reference);
@@ -53,8 +54,8 @@ std::vector<std::string> FindEntityReferences(const std::string& text)
 // Renames the attributes whose names begin with a colon, which Qt does not read.
 std::string RenameColons(const std::string& text)
 {
-    static const std::regex pattern("\\s:([A-Za-z-]+\\s*=)");
-    return std::regex_replace(text, pattern, " colon.$1");
+    static const QRegularExpression pattern(QStringLiteral("[ \\t\\r\\n]:([A-Za-z-]+[ \\t\\r\\n]*=)"));
+    return QString::fromStdString(text).replace(pattern, QStringLiteral(" colon.\\1")).toStdString();
 }
 
 // Formats the document and checks all that is true for every document. Returns the result.
