@@ -34,7 +34,7 @@ fs::path ResolveLinks(fs::path file)
     return file;
 }
 
-// Returns the file that is to be replaced or created.
+// Follows symbolic links. Returns the path of the file that Commit replaces or creates.
 fs::path FindTarget(const VString& name)
 {
     if (name.contains(u'\0'))

@@ -1,5 +1,5 @@
-// All calls of the tool to the operating system. Those that replace a file are in FileReplacement. To port the tool to
-// another system, write a source like OperatingSystemPosix.cpp and OperatingSystemWindows.cpp for it.
+// The calls of the tool to the operating system. Only FileReplacement calls the system to replace a file. To port the
+// tool to another system, write a source like OperatingSystemPosix.cpp and OperatingSystemWindows.cpp for it.
 #pragma once
 
 #include <filesystem>

@@ -88,7 +88,7 @@ VString Attribute(const Node& node, const char* name)
 }  // namespace
 
 struct NameRoles::ElementType {
-    std::map<VString, SimpleType> attributes;  // only those that have marks
+    std::map<VString, SimpleType> attributes;  // without the attributes whose types have no role
     SimpleType text;
     std::map<VString, const ElementType*> children;
 };
@@ -164,7 +164,7 @@ private:
         return &type;
     }
 
-    // Reads each type once. A type may contain elements of its own type.
+    // Reads each type once, because an element of a type may contain elements of the same type.
     const ElementType* ReadNamedComplexType(const VString& name)
     {
         const auto known = m_complexTypes.find(name);
@@ -245,7 +245,7 @@ private:
         return type;
     }
 
-    // A list or union has a role only if it has marks of its own.
+    // A list or union has the role in its own annotation. It does not inherit the roles of its item or member types.
     SimpleType ReadSimpleType(const Node& node) const
     {
         SimpleType type;

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Reads the characters of UTF-16. An unpaired surrogate is a character of its own.
+// Reads the characters of UTF-16. Reads an unpaired surrogate as one character.
 class Utf16Reader {
 public:
     explicit Utf16Reader(std::u16string_view text) : m_rest(text) {}

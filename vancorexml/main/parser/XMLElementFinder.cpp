@@ -11,22 +11,6 @@ namespace {
 
 constexpr std::string_view SpaceAttribute = "xml:space";
 
-bool IsBlank(std::string_view text) noexcept
-{
-    return std::all_of(text.begin(), text.end(), [](char byte) { return XmlUtils::IsWhitespace(byte); });
-}
-
-std::string_view AttributeOf(const XMLToken& token, std::string_view name)
-{
-    XMLAttributeReader reader(token);
-    XMLAttributeToken attribute;
-    while (reader.Next(attribute)) {
-        if (attribute.name == name)
-            return attribute.value;
-    }
-    return {};
-}
-
 // True if a parser can report "preserve" for this value of xml:space. A parser removes blanks around the value of an
 // attribute that the document type declares.
 bool MayMeanPreserve(std::string_view value)
@@ -134,7 +118,7 @@ ElementFindings XMLElementFinder::Run(std::size_t expected)
         case Kind::Comment:
         case Kind::ProcessingInstruction: AddNode(m_reader.OffsetOf(token.text)); break;
         case Kind::DocumentType: m_findings.documentType = token.text; break;
-        case Kind::Declaration: m_findings.isVersion11 = AttributeOf(token, "version") == "1.1"; break;
+        case Kind::Declaration: m_findings.isVersion11 = FindAttributeValue(token, "version") == "1.1"; break;
         }
     }
     return std::move(m_findings);
@@ -152,7 +136,7 @@ void XMLElementFinder::AddNode(std::size_t offset)
 
 void XMLElementFinder::ReadText(const XMLToken& token)
 {
-    if (IsBlank(token.text))
+    if (XmlUtils::IsBlank(token.text))
         return;
     m_open.back().hasText = true;
     std::string_view rest = token.text;
@@ -240,7 +224,7 @@ bool XMLElementFinder::IsPreserved(const XMLToken& token) const
 {
     // Most tags do not contain the name of the attribute.
     if (token.text.find(SpaceAttribute) != std::string_view::npos) {
-        const std::string_view value = AttributeOf(token, SpaceAttribute);
+        const std::string_view value = FindAttributeValue(token, SpaceAttribute);
         if (!value.empty())
             return MayMeanPreserve(value);
     }

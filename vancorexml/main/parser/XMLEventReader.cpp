@@ -146,8 +146,8 @@ public:
     const std::set<std::u16string>& PreservedElements() const noexcept { return m_preserved; }
 
 private:
-    // Xerces declares several overloads of these functions, one for each handler interface. It calls only those that
-    // are overridden below.
+    // Each handler interface of Xerces declares an overload of these functions. Xerces calls only the overloads that
+    // this class overrides.
     using SAX2XMLReaderImpl::endElement;
     using SAX2XMLReaderImpl::startElement;
 

@@ -20,7 +20,7 @@ inline bool HasEntity(std::string_view text) noexcept
     return FindEntity(text) != std::string_view::npos;
 }
 
-// True if all characters are white space, including those that are written as references.
+// True if all characters of the text are white space. A reference such as &#32; counts as its character.
 bool IsBlank(std::string_view text) noexcept;
 
 // True if a reference names a character beyond ASCII.

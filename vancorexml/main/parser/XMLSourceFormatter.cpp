@@ -49,17 +49,6 @@ std::string_view Trim(std::string_view value) noexcept
     return value.substr(0, value.find_last_not_of(' ') + 1);
 }
 
-std::string_view AttributeOf(const XMLToken& token, std::string_view name)
-{
-    XMLAttributeReader reader(token);
-    XMLAttributeToken attribute;
-    while (reader.Next(attribute)) {
-        if (attribute.name == name)
-            return attribute.value;
-    }
-    return {};
-}
-
 // The plan for the output, made before a document is written.
 struct Layout {
     std::vector<Content> contents;  // of each element, in the order of the start tags
@@ -104,8 +93,8 @@ private:
     {
         switch (token.kind) {
         case Kind::Declaration:
-            m_layout.version = AttributeOf(token, "version");
-            m_layout.standalone = AttributeOf(token, "standalone");
+            m_layout.version = FindAttributeValue(token, "version");
+            m_layout.standalone = FindAttributeValue(token, "standalone");
             break;
         case Kind::Text:
             if (!m_open.empty())
@@ -167,7 +156,7 @@ private:
     {
         // Most tags do not contain the name of the attribute.
         if (token.text.find("xml:space") != std::string_view::npos) {
-            const std::string_view value = AttributeOf(token, "xml:space");
+            const std::string_view value = FindAttributeValue(token, "xml:space");
             if (!value.empty())
                 return MayMeanPreserve(value);
         }

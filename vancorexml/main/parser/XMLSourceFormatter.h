@@ -62,7 +62,7 @@ public:
     // Returns the formatted text, in UTF-8. `text` is UTF-8 without a byte order mark; the encoding that it declares is
     // ignored. Returns no value if the document has errors: see GetDiagnostics, where `id` is their source.
     //
-    // Throws std::invalid_argument if the document declares XML 1.1 and the header is to be left out. Throws
+    // Throws std::invalid_argument if the document declares XML 1.1 and Options::writesHeader is false. Throws
     // std::length_error if the indentation would need more than 1 GiB, because the document is too deep. Throws
     // XMLVerificationError if the result has not the same content; this is a fault of the library.
     //

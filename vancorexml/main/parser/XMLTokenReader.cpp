@@ -171,3 +171,14 @@ bool XMLAttributeReader::Next(XMLAttributeToken& attribute) noexcept
     m_rest = rest;
     return true;
 }
+
+std::string_view FindAttributeValue(const XMLToken& token, std::string_view name) noexcept
+{
+    XMLAttributeReader reader(token);
+    XMLAttributeToken attribute;
+    while (reader.Next(attribute)) {
+        if (attribute.name == name)
+            return attribute.value;
+    }
+    return {};
+}

@@ -80,3 +80,7 @@ public:
 private:
     std::string_view m_rest;
 };
+
+// Returns the value of an attribute as it is written between its quotes; empty if the tag or XML declaration does not
+// have the attribute. Linear in the token.
+std::string_view FindAttributeValue(const XMLToken& token, std::string_view name) noexcept;
