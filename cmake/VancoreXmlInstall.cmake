@@ -3,11 +3,11 @@ include(CMakePackageConfigHelpers)
 
 get_property(modules GLOBAL PROPERTY VANCOREXML_MODULES)
 install(TARGETS ${modules} EXPORT vancorexml
-    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 if(VANCOREXML_TOOL)
-    install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)
 endif()
 
 # The public headers. All other headers are private, and no public header includes one of them. No public header
@@ -15,6 +15,7 @@ endif()
 set(public_headers
     vancoreplatform/CorePlatformUtils.h
     vancoreplatform/CoreThreadContext.h
+    vancoreplatform/DecodingException.h
     vancoreplatform/Encoding.h
     vancoreplatform/Export.h
     vancoreplatform/FileEncoding.h
@@ -35,6 +36,7 @@ set(public_headers
     vansys/Unicode.h
     vansys/VError.h
     vansys/VHash32.h
+    vansys/VMutex.h
     vansys/VReadWriteLock.h
     vansys/VRecursiveMutex.h
     vansys/VantoraException.h
@@ -55,6 +57,7 @@ set(public_headers
     vancorexml/main/parser/AttributeMap.h
     vancorexml/main/parser/Base64.h
     vancorexml/main/parser/DOM.h
+    vancorexml/main/parser/DOMDiagnostic.h
     vancorexml/main/parser/DOMElement.h
     vancorexml/main/parser/DOMElementChildren.h
     vancorexml/main/parser/DOMElementSearch.h
@@ -63,6 +66,7 @@ set(public_headers
     vancorexml/main/parser/DOMParser.h
     vancorexml/main/parser/DOMPath.h
     vancorexml/main/parser/DOMPathCanopy.h
+    vancorexml/main/parser/DiagnosticCode.h
     vancorexml/main/parser/ExtensionXmlTokens.h
     vancorexml/main/parser/FileInputSource.h
     vancorexml/main/parser/FormulaNames.h
@@ -77,6 +81,7 @@ set(public_headers
     vancorexml/main/parser/PathRenames.h
     vancorexml/main/parser/QtVanResources.h
     vancorexml/main/parser/SAXInterface.h
+    vancorexml/main/parser/SourcePosition.h
     vancorexml/main/parser/StandaloneDOMElement.h
     vancorexml/main/parser/StandaloneDOMParser.h
     vancorexml/main/parser/Utf8InputSource.h

@@ -15,7 +15,17 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
-option(VANCOREXML_FAST_BUILD "Precompile headers and compile related sources together" ON)
+# Microsoft's compiler warns when a source defines a macro that its precompiled header was made without. Each module
+# defines such a macro for its exports.
+set(fast_build ON)
+if(MSVC)
+    set(fast_build OFF)
+endif()
+option(VANCOREXML_FAST_BUILD "Precompile headers and compile related sources together" ${fast_build})
+
+if(MSVC AND VANCOREXML_SANITIZE)
+    message(FATAL_ERROR "VANCOREXML_SANITIZE needs g++ or clang")
+endif()
 
 # With this setting, ccache also caches sources that use precompiled headers.
 find_program(CCACHE_PROGRAM ccache)
@@ -33,7 +43,19 @@ function(vancorexml_target_settings target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON
         POSITION_INDEPENDENT_CODE ON)
-    if(VANCOREXML_DEVELOPER AND NOT MSVC)
+    if(WIN32)
+        target_compile_definitions(${target} PRIVATE NOMINMAX WIN32_LEAN_AND_MEAN)
+    endif()
+    if(MSVC)
+        # Without these options, the compiler reads sources in the code page of the machine, accepts code that is not
+        # C++20, gives __cplusplus the value of C++98, and limits an object file to 65,279 sections.
+        target_compile_options(${target} PRIVATE /utf-8 /permissive- /Zc:__cplusplus /bigobj)
+        # The functions of the C library that the compiler calls unsafe are standard.
+        target_compile_definitions(${target} PRIVATE _CRT_SECURE_NO_WARNINGS)
+    endif()
+    if(VANCOREXML_DEVELOPER AND MSVC)
+        target_compile_options(${target} PRIVATE /W4)
+    elseif(VANCOREXML_DEVELOPER)
         target_compile_options(${target} PRIVATE
             -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
     endif()
@@ -41,6 +63,13 @@ function(vancorexml_target_settings target)
         target_compile_options(${target} PRIVATE
             -fsanitize=${VANCOREXML_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=${VANCOREXML_SANITIZE})
+    endif()
+endfunction()
+
+# Makes the compiler report conversions that can change a value.
+function(vancorexml_check_conversions target)
+    if(VANCOREXML_DEVELOPER AND NOT MSVC)
+        target_compile_options(${target} PRIVATE -Wconversion -Wsign-conversion)
     endif()
 endfunction()
 
@@ -69,13 +98,32 @@ function(vancorexml_cache_precompiled target)
     endif()
 endfunction()
 
+# On Windows, gives the target a resource with its version and the description, which must be plain ASCII.
+function(vancorexml_version_resource target description)
+    if(NOT WIN32)
+        return()
+    endif()
+    get_target_property(target_type ${target} TYPE)
+    if(target_type STREQUAL "EXECUTABLE")
+        set(type VFT_APP)
+        set(file_name "${target}${CMAKE_EXECUTABLE_SUFFIX}")
+    else()
+        set(type VFT_DLL)
+        set(file_name "${CMAKE_SHARED_LIBRARY_PREFIX}${target}${CMAKE_SHARED_LIBRARY_SUFFIX}")
+    endif()
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/version.rc.in" "${CMAKE_CURRENT_BINARY_DIR}/${target}-version.rc" @ONLY)
+    # A separate library compiles the resource: the resource compiler does not know the compiler options of the target.
+    add_library(${target}_version OBJECT "${CMAKE_CURRENT_BINARY_DIR}/${target}-version.rc")
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}_version>)
+endfunction()
+
 # Adds a shared library of the project. Include paths start at the root of the repository, and at the include root of
 # the installed copy.
-#   vancorexml_add_module(NAME EXPORT_MACRO [OBJECTS] SOURCES ... PUBLIC ... PRIVATE ...)
+#   vancorexml_add_module(NAME EXPORT_MACRO [OBJECTS] DESCRIPTION ... SOURCES ... PUBLIC ... PRIVATE ...)
 # With OBJECTS, the sources are compiled into the object library NAME_objects. Tests of classes that the shared library
 # does not export link NAME_objects instead of NAME. A program must not link both.
 function(vancorexml_add_module name macro)
-    cmake_parse_arguments(arg "OBJECTS" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(arg "OBJECTS" "DESCRIPTION" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     if(arg_OBJECTS)
         set(compiled ${name}_objects)
         add_library(${compiled} OBJECT ${arg_SOURCES})
@@ -98,13 +146,20 @@ function(vancorexml_add_module name macro)
     target_compile_definitions(${name} PRIVATE ${macro}_BUILD)
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+    vancorexml_version_resource(${name} "${arg_DESCRIPTION}")
     set_property(GLOBAL APPEND PROPERTY VANCOREXML_MODULES ${name})
 endfunction()
 
 # Sets the compiler options of the sources of a module.
 function(vancorexml_module_settings name)
     vancorexml_target_settings(${name})
+    vancorexml_check_conversions(${name})
     target_compile_features(${name} PUBLIC cxx_std_20)
+    # Exported classes have members and bases of the standard library, which is not exported. This is safe if the
+    # library and its callers use the same standard library, which they need anyway.
+    if(MSVC)
+        target_compile_options(${name} PUBLIC /wd4251 /wd4275)
+    endif()
     # Calls inside a library bind locally and can be inlined (no symbol interposition). Calls out of it skip the PLT.
     if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${name} PRIVATE -fno-semantic-interposition -fno-plt)
@@ -114,6 +169,10 @@ function(vancorexml_module_settings name)
     if(NOT WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(${name} PRIVATE -fno-gnu-unique)
     endif()
+    # Headers of Xerces-C contain their paths, which must not be those of the computer that builds the DLLs.
+    if(MINGW AND CMAKE_CROSSCOMPILING)
+        target_compile_options(${name} PRIVATE "-fmacro-prefix-map=${VANCOREXML_WINDOWS_LIBRARIES}/=")
+    endif()
     target_compile_definitions(${name} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
     target_include_directories(${name} PUBLIC
         "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
@@ -121,24 +180,25 @@ function(vancorexml_module_settings name)
 endfunction()
 
 # Sets the compiler options of test programs. The tests spend their time in the library. So their own code is not
-# optimized, which halves its compile time. Builds with sanitizers keep the optimization level of their preset.
+# optimized, which halves its compile time.
 function(vancorexml_test_settings name)
     vancorexml_target_settings(${name})
     target_compile_definitions(${name} PRIVATE QT_NO_KEYWORDS)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
-    if(NOT VANCOREXML_SANITIZE AND NOT MSVC)
+    if(NOT MSVC)
         target_compile_options(${name} PRIVATE -O0)
     endif()
     target_link_libraries(${name} PRIVATE GTest::gtest GTest::gmock)
 endfunction()
 
-# Adds a program of GoogleTest cases. Each case is a test of CTest. The sources listed as SOURCES are compiled in
-# batches. Each source listed as ALONE is compiled alone, because it defines a name that another source also defines.
+# Adds a program of GoogleTest cases. Each case is a test of CTest, except with a sanitizer. The sources listed as
+# SOURCES are compiled in batches. Each source listed as ALONE is compiled alone, because it defines a name that another
+# source also defines.
 #   vancorexml_add_tests(NAME SOURCES ... ALONE ... LIBRARIES ...)
 function(vancorexml_add_tests name)
     cmake_parse_arguments(arg "" "" "SOURCES;ALONE;LIBRARIES" ${ARGN})
     add_executable(${name} ${arg_SOURCES} ${arg_ALONE})
-    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} cpu_time GTest::gtest_main)
     vancorexml_test_settings(${name})
     # On Windows, a program that links the objects defines a macro that the precompiled headers were made without.
     if(NOT (WIN32 AND "vancorexml_objects" IN_LIST arg_LIBRARIES))
@@ -152,5 +212,33 @@ function(vancorexml_add_tests name)
             target_compile_options(${name} PRIVATE -Wno-subobject-linkage)
         endif()
     endif()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 600)
+    set(has_thread_tests OFF)
+    foreach(source ${arg_SOURCES} ${arg_ALONE})
+        get_filename_component(source "${source}" ABSOLUTE)
+        if(EXISTS "${source}")
+            file(STRINGS "${source}" thread_tests REGEX "^TEST.*Thread")
+            if(thread_tests)
+                set(has_thread_tests ON)
+            endif()
+        endif()
+    endforeach()
+
+    # A program starts slowly with a sanitizer or with Wine, and ends slowly when it measures its coverage. So the whole
+    # program is one test of CTest there. The thread sanitizer runs only the cases with "Thread" in their names; the
+    # target thread_tests builds the programs that have some.
+    if(VANCOREXML_SANITIZE STREQUAL "thread")
+        if(has_thread_tests)
+            add_test(NAME ${name}.Thread COMMAND ${name} --gtest_filter=*Thread*)
+            set_tests_properties(${name}.Thread PROPERTIES TIMEOUT 1200)
+            if(NOT TARGET thread_tests)
+                add_custom_target(thread_tests)
+            endif()
+            add_dependencies(thread_tests ${name})
+        endif()
+    elseif(VANCOREXML_SANITIZE OR CMAKE_CROSSCOMPILING OR CMAKE_CXX_FLAGS MATCHES "--coverage")
+        add_test(NAME ${name} COMMAND ${name})
+        set_tests_properties(${name} PROPERTIES TIMEOUT 1200)
+    else()
+        gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 600)
+    endif()
 endfunction()
