@@ -3,6 +3,8 @@
 #include <atomic>
 #include <mutex>
 
+#include "vancoreplatform/StaticObject.h"
+
 namespace art {
 
 namespace {
@@ -16,8 +18,7 @@ struct SinkHolder {
 
 SinkHolder& GetSinkHolder()
 {
-    static SinkHolder holder;
-    return holder;
+    return GetStaticObject<SinkHolder>();
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <mutex>
 
+#include "vancoreplatform/StaticObject.h"
+
 namespace Metrics {
 
 namespace {
@@ -17,8 +19,7 @@ struct SinkHolder {
 
 SinkHolder& GetSinkHolder()
 {
-    static SinkHolder holder;
-    return holder;
+    return GetStaticObject<SinkHolder>();
 }
 
 std::uint64_t Now() noexcept

@@ -1,12 +1,10 @@
 // `VANCOREDATA_API` exports a symbol from the library `vancoredata`. All other symbols are hidden.
 #pragma once
 
-#if defined(_WIN32)
-#  if defined(VANCOREDATA_BUILD)
-#    define VANCOREDATA_API __declspec(dllexport)
-#  else
-#    define VANCOREDATA_API __declspec(dllimport)
-#  endif
+#include "vancoreplatform/Export.h"
+
+#if defined(VANCOREDATA_BUILD)
+#  define VANCOREDATA_API VANCORE_EXPORT
 #else
-#  define VANCOREDATA_API __attribute__((visibility("default")))
+#  define VANCOREDATA_API VANCORE_IMPORT
 #endif

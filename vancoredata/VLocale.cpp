@@ -4,6 +4,8 @@
 #include <iterator>
 #include <vector>
 
+#include "vancoreplatform/StaticObject.h"
+
 namespace LanguageUtils {
 
 namespace {
@@ -92,18 +94,21 @@ VString FindSupported(const Code& code)
     return GetDefaultISOString();
 }
 
+struct DefaultCodes {
+    VString code = "en_US";
+    VString language = "en";
+};
+
 }  // namespace
 
 const VString& GetDefaultISOString()
 {
-    static const VString code = "en_US";
-    return code;
+    return GetStaticObject<DefaultCodes>().code;
 }
 
 const VString& GetDefaultLanguage()
 {
-    static const VString language = "en";
-    return language;
+    return GetStaticObject<DefaultCodes>().language;
 }
 
 LanguageCode GetClosestSupportedLanguageCode(const VString& isoString)

@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+#include "vancoreplatform/StaticObject.h"
+
 namespace {
 
 // Returns false for a name that leads outside the registered folders or is another spelling of a resource's name.
@@ -32,8 +34,8 @@ std::optional<VString> ReadResource(const VString& path)
 
 ResourceRegistrationCache& ResourceRegistrationCache::GetInstance()
 {
-    static ResourceRegistrationCache instance;
-    return instance;
+    struct Instance : ResourceRegistrationCache {};
+    return GetStaticObject<Instance>();
 }
 
 VString ResourceRegistrationCache::GetResourcePath(const VString& alias, const VString& qualifier) const
@@ -45,6 +47,7 @@ void ResourceRegistrationCache::AddFolder(const VString& folder)
 {
     const std::lock_guard lock(m_mutex);
     m_folders.insert(folder);
+    m_read.clear();
 }
 
 void ResourceRegistrationCache::RemoveFolder(const VString& folder)
@@ -53,6 +56,7 @@ void ResourceRegistrationCache::RemoveFolder(const VString& folder)
     const auto found = m_folders.find(folder);
     if (found != m_folders.end())
         m_folders.erase(found);
+    m_read.clear();
 }
 
 void ResourceRegistrationCache::RegisterText(const VString& name, const VString& text)
@@ -71,11 +75,22 @@ ResourceRegistrationCache::Location ResourceRegistrationCache::FindLocation(cons
 {
     if (!IsResourceName(name))
         return {};
-    const std::lock_guard lock(m_mutex);
-    const auto text = m_texts.find(name);
-    if (text != m_texts.end())
-        return {text->second, VString()};
-    for (const VString& folder : m_folders) {
+    std::vector<VString> folders;
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto text = m_texts.find(name);
+        if (text != m_texts.end())
+            return {text->second, VString()};
+        for (const VString& folder : m_folders) {
+            const auto read = m_read.find(folder + "/" + name);
+            if (read != m_read.end())
+                return {read->second, read->first};
+        }
+        folders.assign(m_folders.begin(), m_folders.end());
+    }
+    // QFileInfo may load a library. On Windows, it then waits for threads that load or unload another library. These
+    // threads may wait for the mutex, because libraries register their resources when they are loaded.
+    for (const VString& folder : folders) {
         const VString path = folder + "/" + name;
         if (QFileInfo(path.ToQString()).isFile())
             return {std::nullopt, path};
@@ -92,8 +107,12 @@ bool ResourceRegistrationCache::Contains(const VString& name) const
 bool ResourceRegistrationCache::Find(const VString& name, VString* content) const
 {
     Location location = FindLocation(name);
-    if (!location.text && !location.path.IsEmpty())
+    if (!location.text && !location.path.IsEmpty()) {
         location.text = ReadResource(location.path);
+        const std::lock_guard lock(m_mutex);
+        if (location.text)
+            m_read.emplace(location.path, *location.text);
+    }
     if (location.text)
         *content = *location.text;
     return location.text.has_value();

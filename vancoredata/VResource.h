@@ -50,6 +50,9 @@ private:
     mutable std::mutex m_mutex;
     std::multiset<VString> m_folders;    // guarded by m_mutex
     std::map<VString, VString> m_texts;  // guarded by m_mutex
+    // The resources that were read, by their paths. Reading them again needs nothing of Qt, which destroys its static
+    // objects while other threads still use this object. Guarded by m_mutex.
+    mutable std::map<VString, VString> m_read;
 };
 
 // A resource of the product. Its name is the path that ResourceRegistrationCache::GetResourcePath returns.

@@ -1,9 +1,18 @@
 #include "vancoreplatform/CoreThreadContext.h"
 
 #include <map>
+#include <memory>
+#include <new>
 #include <utility>
 
+#if defined(_WIN32)
+#  include <windows.h>
+#endif
+
 #include <boost/any.hpp>
+
+#include "vancoreplatform/ProcessEnd.h"
+#include "vancoreplatform/StaticObject.h"
 
 namespace CoreThreadContext {
 
@@ -11,11 +20,64 @@ namespace {
 
 using ObjectMap = std::map<VString, boost::any>;
 
+#if defined(_WIN32)
+
+// The objects of each thread, in a slot of Windows. A thread_local map does not work in a DLL that mingw-w64 builds:
+// its memory is freed before its destructor runs, and the destructor keeps the DLL loaded until the thread ends.
+class ThreadSlot {
+public:
+    ThreadSlot() : m_index(FlsAlloc(Delete))
+    {
+        if (m_index == FLS_OUT_OF_INDEXES)
+            throw std::bad_alloc();
+    }
+
+    // When the DLL is unloaded, destroys the objects of all threads.
+    ~ThreadSlot()
+    {
+        if (!IsProcessEnding())
+            FlsFree(m_index);
+    }
+
+    ThreadSlot(const ThreadSlot&) = delete;
+    ThreadSlot& operator=(const ThreadSlot&) = delete;
+
+    ObjectMap& Get() const
+    {
+        if (void* const objects = FlsGetValue(m_index))
+            return *static_cast<ObjectMap*>(objects);
+        auto objects = std::make_unique<ObjectMap>();
+        if (!FlsSetValue(m_index, objects.get()))
+            throw std::bad_alloc();
+        return *objects.release();
+    }
+
+private:
+    // Windows calls this when a thread ends.
+    static void NTAPI Delete(void* objects)
+    {
+        if (!IsProcessEnding())
+            delete static_cast<ObjectMap*>(objects);
+    }
+
+    DWORD m_index;
+};
+
+ObjectMap& ThreadObjects()
+{
+    static const ThreadSlot slot;
+    return slot.Get();
+}
+
+#else
+
 ObjectMap& ThreadObjects()
 {
     static thread_local ObjectMap objects;
     return objects;
 }
+
+#endif
 
 struct ProcessObjects {
     std::mutex mutex;
@@ -24,8 +86,7 @@ struct ProcessObjects {
 
 ProcessObjects& GetProcessObjects()
 {
-    static ProcessObjects objects;
-    return objects;
+    return GetStaticObject<ProcessObjects>();
 }
 
 }  // namespace
@@ -66,7 +127,15 @@ std::shared_ptr<const std::function<bool()>> SessionCheck::Function() const
     return m_function;
 }
 
-SessionCheck HasSessionId([] { return false; });
+namespace {
+
+struct HostSession {
+    SessionCheck check{[] { return false; }};
+};
+
+}  // namespace
+
+SessionCheck& HasSessionId = GetStaticObject<HostSession>().check;
 
 boost::any GetGenericObject(const VString& name)
 {
@@ -92,6 +161,8 @@ boost::any GetProcessObject(const VString& name, const std::function<boost::any(
 
 void RemoveProcessObject(const VString& name)
 {
+    if (IsProcessEnding())
+        return;
     ProcessObjects& store = GetProcessObjects();
     ObjectMap::node_type removed;  // destroyed after the lock is released
     const std::lock_guard lock(store.mutex);

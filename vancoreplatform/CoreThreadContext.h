@@ -38,9 +38,13 @@ private:
 };
 
 // Returns whether the calling thread works for a session. Returns false until the host sets another function.
-VANCOREPLATFORM_API extern SessionCheck HasSessionId;
+VANCOREPLATFORM_API extern SessionCheck& HasSessionId;
 
 // Returns the calling thread's object called `name`, or an empty object if there is none.
+//
+// The objects of a thread are destroyed when it ends. On Windows, each fiber has its objects, which are destroyed
+// when the fiber is deleted. Unloading this library there destroys the objects of all threads and fibers, in
+// the thread that unloads it.
 VANCOREPLATFORM_API boost::any GetGenericObject(const VString& name);
 VANCOREPLATFORM_API void SetGenericObject(const VString& name, const boost::any& object);
 
@@ -48,13 +52,14 @@ VANCOREPLATFORM_API void SetGenericObject(const VString& name, const boost::any&
 // throws, the next call tries again. Thread-safe. `create` runs under the store's lock and must not call
 // GetProcessObject or RemoveProcessObject.
 //
-// The store destroys its objects when the process exits. If the destructor of an object is in the code of a library,
-// the library must remove the object before it is unloaded. To do this, define a static guard object inside `create`.
-// The destructor of the guard calls RemoveProcessObject. The guard is constructed after the store. So when the process
-// exits, the guard is destroyed before the store.
+// The store destroys its objects when this library is unloaded, but not when the process ends, because other threads
+// may still use them. If the destructor of an object is in the code of a library, the library must remove the object
+// before it is unloaded. To do this, define a static guard object inside `create`, whose destructor calls
+// RemoveProcessObject.
 VANCOREPLATFORM_API boost::any GetProcessObject(const VString& name, const std::function<boost::any()>& create);
 
-// Removes the object called `name` from the store; does nothing if there is none. Thread-safe.
+// Removes the object called `name` from the store; does nothing if there is none, or while the process ends.
+// Thread-safe.
 VANCOREPLATFORM_API void RemoveProcessObject(const VString& name);
 
 }  // namespace CoreThreadContext

@@ -1,5 +1,6 @@
 #include "vancoreplatform/Encoding.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -39,20 +40,28 @@ constexpr Lead ReadLead(unsigned char byte) noexcept
     return {byte < 0xF4 ? 4 : 0};
 }
 
+// Returns the number of bytes of the first sequence that fit its first byte; 0 if the first byte begins no sequence.
+int CountFitting(const unsigned char* bytes, std::size_t available) noexcept
+{
+    const Lead lead = ReadLead(bytes[0]);
+    for (int i = 1; i < lead.length; ++i) {
+        const unsigned char min = i == 1 ? lead.secondMin : 0x80;
+        const unsigned char max = i == 1 ? lead.secondMax : 0xBF;
+        if (static_cast<std::size_t>(i) == available || bytes[i] < min || bytes[i] > max)
+            return i;
+    }
+    return lead.length;
+}
+
 // Returns the length of the first sequence in `bytes`, which must not be empty; IllFormed if the sequence is not
 // UTF-8; Truncated if the bytes end inside a sequence that more bytes could complete.
 int SequenceLength(const unsigned char* bytes, std::size_t available) noexcept
 {
-    const Lead lead = ReadLead(bytes[0]);
-    for (int i = 1; i < lead.length; ++i) {
-        if (static_cast<std::size_t>(i) == available)
-            return Truncated;
-        const unsigned char min = i == 1 ? lead.secondMin : 0x80;
-        const unsigned char max = i == 1 ? lead.secondMax : 0xBF;
-        if (bytes[i] < min || bytes[i] > max)
-            return IllFormed;
-    }
-    return lead.length;
+    const int length = ReadLead(bytes[0]).length;
+    const int fitting = CountFitting(bytes, available);
+    if (fitting == length)
+        return length;
+    return static_cast<std::size_t>(fitting) == available ? Truncated : IllFormed;
 }
 
 constexpr bool IsTail(unsigned char byte) noexcept
@@ -114,6 +123,12 @@ std::size_t FindInvalidUtf8(const char* bytes, std::size_t length) noexcept
         position += static_cast<std::size_t>(sequence);
     }
     return length;
+}
+
+std::size_t CountInvalidUtf8(const char* bytes, std::size_t length) noexcept
+{
+    const int fitting = CountFitting(reinterpret_cast<const unsigned char*>(bytes), length);
+    return static_cast<std::size_t>(std::max(fitting, 1));
 }
 
 Encoding DetectEncoding(const char* bytes, std::size_t length) noexcept

@@ -16,3 +16,7 @@ VANCOREPLATFORM_API Encoding DetectEncoding(const char* bytes, std::size_t lengt
 
 // Returns the byte offset of the first ill-formed UTF-8 sequence, or `length` if there is none. Linear.
 VANCOREPLATFORM_API std::size_t FindInvalidUtf8(const char* bytes, std::size_t length) noexcept;
+
+// Returns the number of bytes of the ill-formed UTF-8 sequence at the start of the bytes, which must not be empty: the
+// longest start of a character, or one byte if the first byte begins no character.
+VANCOREPLATFORM_API std::size_t CountInvalidUtf8(const char* bytes, std::size_t length) noexcept;

@@ -1,12 +1,17 @@
 // `VANCOREPLATFORM_API` exports a symbol from the library `vancoreplatform`. All other symbols are hidden.
 #pragma once
 
+// The export macros of all modules use these two macros, so only this header contains attributes of a compiler.
 #if defined(_WIN32)
-#  if defined(VANCOREPLATFORM_BUILD)
-#    define VANCOREPLATFORM_API __declspec(dllexport)
-#  else
-#    define VANCOREPLATFORM_API __declspec(dllimport)
-#  endif
+#  define VANCORE_EXPORT __declspec(dllexport)
+#  define VANCORE_IMPORT __declspec(dllimport)
 #else
-#  define VANCOREPLATFORM_API __attribute__((visibility("default")))
+#  define VANCORE_EXPORT __attribute__((visibility("default")))
+#  define VANCORE_IMPORT VANCORE_EXPORT
+#endif
+
+#if defined(VANCOREPLATFORM_BUILD)
+#  define VANCOREPLATFORM_API VANCORE_EXPORT
+#else
+#  define VANCOREPLATFORM_API VANCORE_IMPORT
 #endif

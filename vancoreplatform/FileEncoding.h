@@ -32,16 +32,17 @@ struct DecodedText {
 
 // Decodes the bytes of a text file. The first of these rules that applies determines the encoding:
 //  1. A byte order mark (UTF-8, UTF-16 or UTF-32).
-//  2. Bytes that are valid UTF-8 are UTF-8.
-//  3. With `useXmlDeclaration`, an XML declaration at the start that names an encoding which Qt knows and which
+//  2. With `useXmlDeclaration`, bytes that begin like a document in UTF-16 (see FindUnmarkedUtf16).
+//  3. Bytes that are valid UTF-8 are UTF-8.
+//  4. With `useXmlDeclaration`, an XML declaration at the start that names an encoding which Qt knows and which
 //     writes "<?xml" in ASCII.
-// There is one exception. If all bytes are ASCII, and the encoding of rule 3 reads each of them as its ASCII character,
-// the result names the encoding of rule 3 instead of UTF-8. The text is the same in both encodings, but characters that
+// There is one exception. If all bytes are ASCII, and the encoding of rule 4 reads each of them as its ASCII character,
+// the result names the encoding of rule 4 instead of UTF-8. The text is the same in both encodings, but characters that
 // a program adds to the document can then be encoded as the declaration says.
 //
-// Throws VIO::Exception if the bytes are invalid in that encoding or no rule applies; the message shows `name` as the
-// file and contains the byte offset of the first bad byte. Bytes are never replaced. Throws VIO::Exception if the
-// bytes are not UTF-8 and their text is longer than VString::MaxLength UTF-16 code units. A NUL is an ordinary
+// Throws VIO::DecodingException if the bytes are invalid in that encoding or no rule applies; the message shows `name`
+// as the file and contains the byte offset of the first bad byte. Bytes are never replaced. Throws VIO::Exception if
+// the bytes are not UTF-8 and their text is longer than VString::MaxLength UTF-16 code units. A NUL is an ordinary
 // character.
 //
 // Linear. For UTF-8, `bytes` itself becomes the text without a copy; a byte order mark is erased from it.
@@ -56,3 +57,19 @@ VANCOREPLATFORM_API VString DecodeToUtf16(
 // there is none. The name may be unknown or wrong. The result points into `utf8`, so a caller can replace the name
 // there. The rest of the declaration is not checked. Linear in the length of the declaration.
 VANCOREPLATFORM_API std::optional<std::string_view> FindDeclaredEncoding(std::string_view utf8) noexcept;
+
+// Returns "UTF-16LE" or "UTF-16BE" if the bytes begin with "<" and an ASCII character in that encoding, or with white
+// space and "<" or more white space. Otherwise returns null. A byte order mark is not looked for. Such bytes cannot be
+// XML in UTF-8, because they contain NULs.
+VANCOREPLATFORM_API const char* FindUnmarkedUtf16(std::string_view bytes) noexcept;
+
+// How the name of the encoding in an XML declaration relates to the encoding of the file.
+enum class EncodingDeclaration {
+    Right,    // it names the encoding of the file, or there is no name
+    Unknown,  // there is no such encoding
+    Wrong,    // it names another encoding
+};
+
+// `utf8` and `encoding` come from DecodeToUtf8 with an XML declaration. The name of an encoding that has the same ASCII
+// characters is right for a text that consists of them. Thread-safe. Linear in the length of the declaration.
+VANCOREPLATFORM_API EncodingDeclaration CheckEncodingDeclaration(std::string_view utf8, const FileEncoding& encoding);

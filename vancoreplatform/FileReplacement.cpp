@@ -1,14 +1,12 @@
 #include "vancoreplatform/FileReplacement.h"
 
-#include <filesystem>
 #include <system_error>
 #include <utility>
 
+#include "vancoreplatform/SystemError.h"
 #include "vancoreplatform/TemporaryFile.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancoreplatform/VIOException.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -17,37 +15,19 @@ VIO::Exception WriteError(const VString& name, const VString& reason)
     return VIO::Exception(VFormatString("Cannot write \"%1\": %2").arg(name).arg(reason));
 }
 
-[[noreturn]] void ThrowError(std::errc error)
-{
-    throw std::system_error(std::make_error_code(error));
-}
-
-// Follows symbolic links, the last of which may lead to a file that does not exist.
-fs::path ResolveLinks(fs::path file)
-{
-    constexpr int mostLinks = 40;  // the limit of Linux
-    for (int links = 0; fs::is_symlink(fs::symlink_status(file)); ++links) {
-        if (links == mostLinks)
-            ThrowError(std::errc::too_many_symbolic_link_levels);
-        file = file.parent_path() / fs::read_symlink(file);
-    }
-    return file;
-}
-
-// Follows symbolic links. Returns the path of the file that Commit replaces or creates.
-fs::path FindTarget(const VString& name)
+// Returns the file that Commit replaces or creates.
+TemporaryFile::Target FindTarget(const VString& name)
 {
     if (name.contains(u'\0'))
         throw WriteError(name, "the file name contains a NUL");
-    fs::path file = ResolveLinks(fs::path(name.View()));
-    if (file.empty())
-        ThrowError(std::errc::no_such_file_or_directory);
-    const fs::file_status status = fs::status(file);
-    if (fs::is_directory(status) || !file.has_filename())
-        ThrowError(std::errc::is_a_directory);
-    if (fs::exists(status) && !fs::is_regular_file(status))
+    if (name.IsEmpty())
+        throw std::system_error(std::make_error_code(std::errc::no_such_file_or_directory));
+    TemporaryFile::Target target = TemporaryFile::FindTarget(name);
+    if (target.kind == TemporaryFile::TargetKind::Folder)
+        throw std::system_error(std::make_error_code(std::errc::is_a_directory));
+    if (target.kind == TemporaryFile::TargetKind::Other)
         throw WriteError(name, "it is not a regular file");
-    return file;
+    return target;
 }
 
 }  // namespace
@@ -55,7 +35,7 @@ fs::path FindTarget(const VString& name)
 FileReplacement::FileReplacement(const VPath& target) : m_name(target.String())
 {
     Run([this] {
-        m_file = TemporaryFile::CreateFor(FindTarget(m_name));
+        m_file = TemporaryFile::CreateFor(FindTarget(m_name).path);
         m_otherNames = m_file->OtherNames();
     });
 }
@@ -93,7 +73,7 @@ void FileReplacement::Run(const Step& step)
         try {
             step();
         } catch (const std::system_error& error) {
-            throw WriteError(m_name, VString(error.code().message().c_str()));
+            throw WriteError(m_name, GetSystemReason(error.code()));
         }
     } catch (...) {
         m_failure = std::current_exception();

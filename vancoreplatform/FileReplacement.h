@@ -23,22 +23,42 @@ class TemporaryFile;
 //    access list, which could grant more than that, the new file has no list and only its owner has permissions.
 //  - On Linux, the access list and the other extended attributes. Attributes that describe the old content or give
 //    it privileges are not copied, because the system also drops or recomputes them when a file is written.
-//  - On Windows, the attributes, the access list, the time of creation and the named streams.
+//  - On Windows, the attributes "hidden", "system", "archive", "not indexed" and "encrypted", the access list, the time
+//    of creation and the named streams. The owner is the user of this process.
 //
 // The constructor finds the file to which the path leads. So a later change of the current folder or of a link has no
-// effect. If several objects replace the same file, the last Commit wins.
+// effect, except for links to folders on Windows. If several objects replace the same file, the last Commit wins.
 //
 // Symbolic links stay: the file to which they lead is replaced. A file with several hard links is replaced under one
-// name only (see OtherNames). The temporary file is called ".vanxml-" and twelve hexadecimal digits. If the
-// target exists, only the owner of the temporary file can read it until Commit. On Windows, it has the access rights of
-// its folder.
+// name only (see OtherNames).
+//
+// The temporary file: on Linux it has no name until Commit, if the file system can do that, as most local ones can. So
+// the system removes it if the process is killed, except at the moment between the naming and the renaming. Otherwise,
+// and on Windows, it is called ".vanxml-" and twelve hexadecimal digits. No later replacement uses or removes a file
+// that a killed process has left. If the target exists, only the owner of the temporary file can read it until Commit.
+// On Windows, everybody can who can read the target.
+//
+// On Windows:
+//  - A path may have up to 32,767 UTF-16 code units, every kind of root (`\\?\`, `\\server\share`, `C:name`) and both
+//    kinds of separators. The names of devices and of named streams are refused. So is a symbolic link that leads to no
+//    file.
+//  - If another process has the target open, Commit tries again for about 0.3 seconds, because virus scanners close
+//    files soon. Then it fails with the reason "another process uses the file", and the old file is unchanged. If all
+//    other processes share the file for its removal (FILE_SHARE_DELETE), Windows 10 and later replace it on a local
+//    disk, and these processes keep the old content.
+//  - If a link to a folder of the path changes before Commit, the new file goes to the new folder. Commit fails if that
+//    folder is on another disk.
+//  - The rename is one call of the system, so the target exists at any time.
+//  - The system deletes the temporary file if the process is killed and the file system can do that. There are two
+//    short exceptions: until the constructor has marked the new file, and while Commit renames it.
 //
 // Ownership: owns the temporary file, and removes it on destruction unless Commit succeeded. Needs up to three open
 // files of the system.
 //
 // Errors: a failure throws VIO::Exception, with the message `Cannot write "NAME": REASON`. If the operating system
-// reports the failure, the reason is its message. Lack of memory throws std::bad_alloc. After a failure, every later
-// call throws the same exception, so an incomplete file never replaces the target.
+// reports the failure, the reason is its message. On Windows, that message is in English if the system has it in
+// English. Lack of memory throws std::bad_alloc. After a failure, every later call throws the same exception, so an
+// incomplete file never replaces the target.
 //
 // Threads: one at a time for each object.
 //
@@ -65,10 +85,10 @@ public:
     void Commit();
 
     // Removes the temporary files of all objects of this process. On POSIX systems it is async-signal-safe: call it
-    // from the handler of a signal that ends the process. It covers 1024 objects at a time. After the call, the
-    // constructor, and the Commit of an object whose file was removed, wait up to a second for the end of the process.
-    // Then they throw VIO::Exception. Does nothing on Windows, where the system removes the files when the process
-    // ends.
+    // from the handler of a signal that ends the process. It covers 1024 files with names at a time. After the call, no
+    // Commit succeeds: it waits up to a second for the end of the process and throws VIO::Exception. A constructor that
+    // needs a file with a name does the same. Does nothing on Windows, where the system removes the files when the
+    // process ends (see above).
     static void RemoveTemporaryFiles() noexcept;
 
 private:

@@ -3,5 +3,8 @@
 
 #include "vancoreplatform/VString.h"
 
-// Throws VIO::Exception with the message: Cannot read "NAME": REASON.
+// Returns the message: Cannot read "NAME": REASON.
+VString FormatReadError(const VString& name, const VString& reason);
+
+// Throws VIO::Exception with this message.
 [[noreturn]] void ThrowReadError(const VString& name, const VString& reason);

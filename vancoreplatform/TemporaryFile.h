@@ -10,6 +10,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "vancoreplatform/VString.h"
+
 // A new file that will replace or create the target. The operations throw std::system_error if they fail.
 //
 // Ownership: owns the file, and removes it on destruction unless it replaced the target.
@@ -17,6 +19,17 @@
 // Threads: one at a time for each object.
 class TemporaryFile {
 public:
+    enum class TargetKind { FileOrNone, Folder, Other };
+
+    // The file that is replaced or created. On Windows the path has the form that ToNativeName returns. Give it only to
+    // calls of the system: std::filesystem does not understand this form with every compiler.
+    struct Target {
+        std::filesystem::path path;
+        TargetKind kind;
+    };
+
+    // Follows symbolic links. The name is neither empty nor contains a NUL.
+    static Target FindTarget(const VString& name);
     // Creates a file in the folder of `target`, which is a regular file or does not exist. Throws
     // std::errc::permission_denied if the target is protected from changes.
     static std::unique_ptr<TemporaryFile> CreateFor(const std::filesystem::path& target);

@@ -14,53 +14,12 @@
 #  include <sys/xattr.h>
 #endif
 
+#include "vancoreplatform/PosixFiles.h"
 #include "vancoreplatform/TemporaryFile.h"
 
+namespace fs = std::filesystem;
+
 namespace {
-
-[[noreturn]] void ThrowError(int error)
-{
-    throw std::system_error(error, std::generic_category());
-}
-
-void Check(bool succeeded)
-{
-    if (!succeeded)
-        ThrowError(errno);
-}
-
-// Repeats a call while signals interrupt it. Calls to network file systems and to those of other processes can be
-// interrupted.
-template <typename Call>
-auto RepeatIfInterrupted(const Call& call)
-{
-    for (;;) {
-        const auto result = call();
-        if (result >= 0 || errno != EINTR)
-            return result;
-    }
-}
-
-// Owns a file descriptor.
-class Handle {
-public:
-    // Throws the error of the call that returned `handle` if that is negative.
-    explicit Handle(int handle) : m_handle(handle) { Check(handle >= 0); }
-    ~Handle()
-    {
-        if (m_handle >= 0)
-            close(m_handle);
-    }
-    Handle(Handle&& other) noexcept : m_handle(std::exchange(other.m_handle, -1)) {}
-    Handle& operator=(Handle&& other) = delete;
-
-    int Get() const noexcept { return m_handle; }
-    // Closes the handle, even if it throws. If a signal interrupts the call, the handle is closed too.
-    void Close() { Check(close(std::exchange(m_handle, -1)) == 0 || errno == EINTR); }
-
-private:
-    int m_handle;
-};
 
 // Blocks all signals in this thread.
 class SignalBlock {
@@ -79,11 +38,11 @@ private:
     sigset_t m_before;
 };
 
-// The table of the temporary files of this process, which RemoveAll reads in a signal handler. So it consists of
+// The table of the named temporary files of this process, which RemoveAll reads in a signal handler. So it consists of
 // atomic variables. These rules ensure that no file is left behind:
-//  1. A slot is in the state Creating from before its file is created until after that. The thread that creates the
+//  1. A slot is in the state Creating from before its file gets a name until after that. The thread that names the
 //     file blocks signals meanwhile, so a handler on any thread can wait for the end of this state.
-//  2. No file is created after `removing` is set. A thread first enters the state Creating and then reads `removing`.
+//  2. No file gets a name after `removing` is set. A thread first enters the state Creating and then reads `removing`.
 //     A handler first sets `removing` and then reads the states.
 //  3. The folder of a slot is open while its state is not Free.
 //  4. A thread that fails because of a handler waits for the end of the process. Otherwise its error could end the
@@ -135,7 +94,7 @@ void SetState(Slot* slot, SlotState state) noexcept
 
 // Returns `folder` opened for calls that take a folder and a name. These calls also work with paths that are longer
 // than the system allows for one call, and after the folder was renamed.
-Handle OpenFolder(const std::filesystem::path& folder)
+FileHandle OpenFolder(const fs::path& folder)
 {
 #if defined(O_PATH)
     constexpr int access = O_PATH;  // needs no permission to read the folder
@@ -143,8 +102,51 @@ Handle OpenFolder(const std::filesystem::path& folder)
     constexpr int access = O_RDONLY;
 #endif
     const char* const name = folder.empty() ? "." : folder.c_str();
-    return Handle(open(name, access | O_DIRECTORY | O_CLOEXEC));
+    return FileHandle(open(name, access | O_DIRECTORY | O_CLOEXEC));
 }
+
+#if defined(__linux__)
+
+// Returns a name by which this process can refer to the open file.
+std::string NameOfHandle(const FileHandle& file)
+{
+    return "/proc/self/fd/" + std::to_string(file.Get());
+}
+
+// Creates a file without a name. The system removes such a file when its handle is closed, also when the process is
+// killed. Returns nothing if that fails: many network folders have no such files, and the file could not get a name
+// later if /proc is missing.
+std::optional<FileHandle> CreateUnnamed(int folder, mode_t permissions)
+{
+    const int handle =
+        RepeatIfInterrupted([&] { return openat(folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, permissions); });
+    if (handle < 0)
+        return std::nullopt;
+    FileHandle file(handle);
+    const bool canBeNamed = access(NameOfHandle(file).c_str(), F_OK) == 0;
+    return canBeNamed ? std::optional(std::move(file)) : std::nullopt;
+}
+
+// Returns -1, with the reason in errno, if that fails.
+int GiveName(const FileHandle& file, int folder, const char* name)
+{
+    return linkat(AT_FDCWD, NameOfHandle(file).c_str(), folder, name, AT_SYMLINK_FOLLOW);
+}
+
+#else
+
+std::optional<FileHandle> CreateUnnamed(int, mode_t)
+{
+    return std::nullopt;
+}
+
+int GiveName(const FileHandle&, int, const char*)
+{
+    errno = ENOTSUP;
+    return -1;
+}
+
+#endif
 
 // Flushes the entries of the folder to the disk. Ignores failures: some file systems cannot flush folders, and some
 // folders may not be read. Without the flush, a crash of the machine can restore the old file, but never a partial
@@ -174,7 +176,7 @@ bool SetOwner(int file, uid_t owner, gid_t group)
     if (fchown(file, owner, group) == 0)
         return true;
     // The file system of a container reports EINVAL for users that the container does not know.
-    Check(IsDenied(errno) || IsUnsupported(errno) || errno == EINVAL);
+    CheckCall(IsDenied(errno) || IsUnsupported(errno) || errno == EINVAL);
     return false;
 }
 
@@ -201,7 +203,7 @@ std::optional<std::string> ReadAttributes(const Read& read)
             return buffer;
         }
         if (errno != ERANGE) {
-            Check(IsDenied(errno) || IsUnsupported(errno) || errno == ENODATA);
+            CheckCall(IsDenied(errno) || IsUnsupported(errno) || errno == ENODATA);
             return std::nullopt;
         }
         buffer.resize(4 * buffer.size());
@@ -217,9 +219,9 @@ std::optional<std::string> ReadAttribute(int file, const char* name)
 void SetAccessList(int file, const std::optional<std::string>& list)
 {
     if (list)
-        Check(fsetxattr(file, AccessList, list->data(), list->size(), 0) == 0);
+        CheckCall(fsetxattr(file, AccessList, list->data(), list->size(), 0) == 0);
     else if (fremovexattr(file, AccessList) != 0)
-        Check(IsUnsupported(errno) || errno == ENODATA);
+        CheckCall(IsUnsupported(errno) || errno == ENODATA);
 }
 
 // Copies all other attributes that this process may read and set.
@@ -235,7 +237,7 @@ void CopyOtherAttributes(int from, int to)
             continue;
         const std::optional<std::string> value = ReadAttribute(from, name.c_str());
         if (value && fsetxattr(to, name.c_str(), value->data(), value->size(), 0) != 0)
-            Check(IsDenied(errno) || IsUnsupported(errno));
+            CheckCall(IsDenied(errno) || IsUnsupported(errno));
     }
 }
 
@@ -259,17 +261,17 @@ void CopyOtherAttributes(int, int) {}
 void SetPermissions(int file, mode_t permissions)
 {
     struct stat status;
-    Check(fstat(file, &status) == 0);
+    CheckCall(fstat(file, &status) == 0);
     if ((status.st_mode & 07777) == permissions || fchmod(file, permissions) == 0)
         return;
     const bool givesMore = (status.st_mode & 0777 & ~permissions) != 0;
-    Check((IsDenied(errno) || IsUnsupported(errno)) && !givesMore);
+    CheckCall((IsDenied(errno) || IsUnsupported(errno)) && !givesMore);
 }
 
 // An old file. It stays open, so that its properties can be read even if its path leads to another file by then: the
 // process can change its folder, and other processes can rename files and folders.
 struct OldFile {
-    Handle handle;
+    FileHandle handle;
     struct stat status;
 };
 
@@ -278,7 +280,7 @@ void CopyProperties(const OldFile& oldFile, int file)
 {
     const struct stat& old = oldFile.status;
     struct stat now;
-    Check(fstat(file, &now) == 0);
+    CheckCall(fstat(file, &now) == 0);
     const bool hasGroup = now.st_gid == old.st_gid || SetOwner(file, static_cast<uid_t>(-1), old.st_gid);
     const bool hasOwner = now.st_uid == old.st_uid || SetOwner(file, old.st_uid, static_cast<gid_t>(-1));
 
@@ -300,18 +302,32 @@ void CopyProperties(const OldFile& oldFile, int file)
     SetPermissions(file, permissions);
 }
 
+// Follows symbolic links, the last of which may lead to a file that does not exist.
+fs::path ResolveLinks(fs::path file)
+{
+    constexpr int mostLinks = 40;  // the limit of Linux
+    for (int links = 0; fs::is_symlink(fs::symlink_status(file)); ++links) {
+        if (links == mostLinks)
+            ThrowSystemError(ELOOP);
+        file = file.parent_path() / fs::read_symlink(file);
+    }
+    return file;
+}
+
+// The file has no name until it replaces the target, if the file system can do that. So a process that is killed leaves
+// a file behind only at the moment between its naming and its renaming.
 class PosixTemporaryFile final : public TemporaryFile {
 public:
-    explicit PosixTemporaryFile(const std::filesystem::path& target)
+    explicit PosixTemporaryFile(const fs::path& target)
         : m_target(target),
           m_folder(OpenFolder(target.parent_path())),
           m_old(OpenTarget()),
-          m_file(CreateWithNewName([this](std::uint64_t number) { return CreateFile(number); }))
+          m_file(CreateFile())
     {}
 
     ~PosixTemporaryFile() override
     {
-        if (!m_isRenamed)
+        if (m_hasName)
             unlinkat(m_folder.Get(), m_name.data(), 0);
         SetState(m_slot, SlotState::Free);
     }
@@ -325,7 +341,7 @@ public:
     {
         while (!bytes.empty()) {
             const ssize_t count = RepeatIfInterrupted([&] { return write(m_file.Get(), bytes.data(), bytes.size()); });
-            Check(count >= 0);
+            CheckCall(count >= 0);
             bytes.remove_prefix(static_cast<std::size_t>(count));
         }
     }
@@ -335,14 +351,19 @@ public:
         if (m_old)
             CopyProperties(*m_old, m_file.Get());
         // Flush before the old file is replaced: some file systems report a full disk only here.
-        Check(RepeatIfInterrupted([&] { return fsync(m_file.Get()); }) == 0);
-        m_file.Close();
+        CheckCall(RepeatIfInterrupted([&] { return fsync(m_file.Get()); }) == 0);
+        // Network folders report some failures only when the file is closed. They have no files without a name. Such a
+        // file stays open, so that it is renamed as soon as it has a name.
+        if (m_hasName)
+            m_file.Close();
+        else
+            UseNewName([this](const char* name) { return GiveName(m_file, m_folder.Get(), name); });
         if (renameat(m_folder.Get(), m_name.data(), m_folder.Get(), m_target.filename().c_str()) != 0) {
             const int error = errno;
             WaitForEndOfProcess();
-            ThrowError(error);
+            ThrowSystemError(error);
         }
-        m_isRenamed = true;
+        m_hasName = false;
         FlushFolder(m_folder.Get());
     }
 
@@ -352,18 +373,18 @@ private:
     // Opens the target if it exists. Throws if it may not be written.
     std::optional<OldFile> OpenTarget() const
     {
-        const std::filesystem::path name = m_target.filename();
+        const fs::path name = m_target.filename();
         struct stat status;
         if (fstatat(m_folder.Get(), name.c_str(), &status, 0) != 0) {
-            Check(errno == ENOENT);
+            CheckCall(errno == ENOENT);
             return std::nullopt;
         }
         // The kernel lets root write every file. A file that nobody may write was protected on purpose, so root must
         // lift the protection first. An access list cannot grant more than the bits of the group.
         const bool isProtected = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
         if (isProtected)
-            ThrowError(EACCES);
-        Check(faccessat(m_folder.Get(), name.c_str(), W_OK, AT_EACCESS) == 0);
+            ThrowSystemError(EACCES);
+        CheckCall(faccessat(m_folder.Get(), name.c_str(), W_OK, AT_EACCESS) == 0);
         // A file that may be written but not read is opened for writing.
         const auto openFor = [&](int access) {
             return RepeatIfInterrupted([&] { return openat(m_folder.Get(), name.c_str(), access | O_CLOEXEC); });
@@ -371,45 +392,77 @@ private:
         int handle = openFor(O_RDONLY);
         if (handle < 0 && IsDenied(errno))
             handle = openFor(O_WRONLY);
-        return OldFile{Handle(handle), status};
+        return OldFile{FileHandle(handle), status};
     }
 
-    // Creates the file and makes the entry in the table.
-    Handle CreateFile(std::uint64_t number)
+    FileHandle CreateFile()
     {
-        m_name = FormatName(number);
         // Nobody else may read a private document while it is being written.
         const mode_t permissions = m_old ? 0600 : 0666;
+        if (std::optional<FileHandle> file = CreateUnnamed(m_folder.Get(), permissions))
+            return std::move(*file);
+        return FileHandle(UseNewName([&](const char* name) {
+            constexpr int access = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+            return RepeatIfInterrupted([&] { return openat(m_folder.Get(), name, access, permissions); });
+        }));
+    }
+
+    // Calls `create`, which creates a file with the name or gives the name to a file, and makes the entry in the table.
+    // Returns the result of `create`.
+    template <typename Create>
+    int UseNewName(const Create& create)
+    {
+        return CreateWithNewName([&](std::uint64_t number) { return UseName(number, create); });
+    }
+
+    template <typename Create>
+    int UseName(std::uint64_t number, const Create& create)
+    {
         {
             const SignalBlock block;
-            m_slot = ClaimSlot(m_folder.Get(), number);
+            Slot* const slot = ClaimSlot(m_folder.Get(), number);
             if (!removing) {
-                constexpr int access = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-                const int handle =
-                    RepeatIfInterrupted([&] { return openat(m_folder.Get(), m_name.data(), access, permissions); });
-                SetState(m_slot, handle >= 0 ? SlotState::Created : SlotState::Free);
-                return Handle(handle);
+                const Name name = FormatName(number);
+                const int result = create(name.data());
+                SetState(slot, result >= 0 ? SlotState::Created : SlotState::Free);
+                CheckCall(result >= 0);
+                m_name = name;
+                m_slot = slot;
+                m_hasName = true;
+                return result;
             }
-            SetState(m_slot, SlotState::Free);
+            SetState(slot, SlotState::Free);
         }
         WaitForEndOfProcess();
-        ThrowError(ECANCELED);
+        ThrowSystemError(ECANCELED);
     }
 
     // Fixed after construction.
-    std::filesystem::path m_target;
-    Handle m_folder;
+    fs::path m_target;
+    FileHandle m_folder;
     std::optional<OldFile> m_old;  // nothing if the target does not exist
-    Name m_name{};
-    Slot* m_slot = nullptr;
 
-    Handle m_file;
-    bool m_isRenamed = false;
+    // Set by UseName, which also runs while m_file is made.
+    bool m_hasName = false;
+    Name m_name{};
+    Slot* m_slot = nullptr;  // null also if the table is full
+
+    FileHandle m_file;
 };
 
 }  // namespace
 
-std::unique_ptr<TemporaryFile> TemporaryFile::CreateFor(const std::filesystem::path& target)
+TemporaryFile::Target TemporaryFile::FindTarget(const VString& name)
+{
+    fs::path file = ResolveLinks(fs::path(name.View()));
+    const fs::file_status status = fs::status(file);
+    if (fs::is_directory(status) || !file.has_filename())
+        return {std::move(file), TargetKind::Folder};
+    const bool isFile = !fs::exists(status) || fs::is_regular_file(status);
+    return {std::move(file), isFile ? TargetKind::FileOrNone : TargetKind::Other};
+}
+
+std::unique_ptr<TemporaryFile> TemporaryFile::CreateFor(const fs::path& target)
 {
     return std::make_unique<PosixTemporaryFile>(target);
 }

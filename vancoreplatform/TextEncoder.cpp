@@ -84,9 +84,10 @@ TextEncoder::TextEncoder(const FileEncoding& encoding) : m_encoding(encoding)
     } else if (name == "UTF-32LE" || name == "UTF-32BE") {
         m_form = Form::Utf32;
     } else {
-        m_codec = FindAsciiCodec(name.ToQString().toLatin1());
-        if (m_codec == nullptr)
+        const std::optional<TextCodec> codec = FindAsciiCodec(name.ToQString().toLatin1());
+        if (!codec)
             ThrowEncodingError(encoding, "the encoding is unknown");
+        m_codec = std::make_unique<const TextCodec>(*codec);
         m_pages.resize(0x1100);
     }
     if (encoding.hasMark && m_form != Form::Codec)
@@ -109,8 +110,7 @@ TextEncoder::Bytes TextEncoder::EncodeWithCodec(char32_t character) const
     std::u16string units;
     AppendUtf16(units, character);
     const QString text = VString(units.data(), units.size()).ToQString();
-    QTextCodec::ConverterState state(QTextCodec::ConvertInvalidToNull | QTextCodec::IgnoreHeader);
-    const QByteArray bytes = m_codec->fromUnicode(text.constData(), text.size(), &state);
+    const QByteArray bytes = m_codec->FromUnicode(text);
     const std::string_view view(bytes.constData(), static_cast<std::size_t>(bytes.size()));
     if (view.size() > result.data.size() || MayShift(view))
         return result;
@@ -227,6 +227,17 @@ std::string TextEncoder::Encode(std::string_view utf8, const CharacterReplacemen
     return result;
 }
 
+namespace {
+
+// True if the reader takes the bytes for UTF-16 without a mark.
+bool IsEvidentUtf16(std::string_view bytes, const FileEncoding& encoding)
+{
+    const char* found = FindUnmarkedUtf16(bytes);
+    return found != nullptr && encoding.name == found;
+}
+
+}  // namespace
+
 std::string EncodeFromUtf8(std::string_view utf8, const FileEncoding& encoding, const CharacterReplacement& replace)
 {
     TextEncoder encoder(encoding);
@@ -234,7 +245,8 @@ std::string EncodeFromUtf8(std::string_view utf8, const FileEncoding& encoding, 
     std::string result = encoder.Encode(utf8, replace);
     if (!mark.empty())
         result.insert(0, mark);
-    else if (!IsUtf8(encoding) && IsValidUtf8(result) && !encoder.ReadsAsAscii(result))
+    else if (!IsUtf8(encoding) && !IsEvidentUtf16(result, encoding) && IsValidUtf8(result) &&
+        !encoder.ReadsAsAscii(result))
         ThrowEncodingError(encoding, "the result would be read as UTF-8");
     return result;
 }

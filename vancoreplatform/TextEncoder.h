@@ -12,7 +12,7 @@
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/FileEncoding.h"
 
-class QTextCodec;
+class TextCodec;
 
 // Returns the replacement of a character that an encoding cannot represent, such as "&#8364;", or throws.
 using CharacterReplacement = std::function<std::string(char32_t)>;
@@ -62,7 +62,7 @@ private:
     Form m_form = Form::Codec;
     bool m_bigEndian = false;
     std::string m_mark;
-    const QTextCodec* m_codec = nullptr;
+    std::unique_ptr<const TextCodec> m_codec;
     std::vector<std::unique_ptr<Page>> m_pages;  // of 256 characters each; null until one of them is encoded
     std::array<char, 4> m_buffer{};              // the last character of a Unicode encoding
     std::size_t m_used = 0;

@@ -7,6 +7,10 @@
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/VString.h"
 
+// GetMessage is also a macro of windows.h, which a source may include before or after this header.
+#pragma push_macro("GetMessage")
+#undef GetMessage
+
 namespace VIO {
 
 // Thrown by failed operations on files and on the encodings of texts. The message names the file if there is one.
@@ -18,6 +22,17 @@ public:
     const VString& GetMessage() const noexcept { return m_message; }
     // Returns the message as UTF-8. Valid while the exception lives.
     const char* what() const noexcept override;
+#if defined(_WIN32)
+    // A call of GetMessage becomes a call of one of these if the source includes windows.h.
+    const VString& GetMessageA() const noexcept
+    {
+        return m_message;
+    }
+    const VString& GetMessageW() const noexcept
+    {
+        return m_message;
+    }
+#endif
 
 private:
     VString m_message;
@@ -25,3 +40,5 @@ private:
 };
 
 }  // namespace VIO
+
+#pragma pop_macro("GetMessage")

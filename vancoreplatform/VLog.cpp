@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "vancoreplatform/StaticObject.h"
+
 namespace {
 
 Q_LOGGING_CATEGORY(Category, "vancorexml", QtInfoMsg)
@@ -20,8 +22,7 @@ struct Captures {
 
 Captures& GetCaptures()
 {
-    static Captures captures;
-    return captures;
+    return GetStaticObject<Captures>();
 }
 
 bool PassToCapture(const VLog::Record& record)

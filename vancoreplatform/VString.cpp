@@ -11,15 +11,19 @@
 
 #include "vancoreplatform/VCType.h"
 
+// g++ for Windows exports the constant only with this definition.
+// NOLINTNEXTLINE(readability-redundant-declaration): see above
+constexpr int VString::MaxLength;
+
 namespace {
 
 constexpr std::size_t MaxUnits = static_cast<std::size_t>(VString::MaxLength);
 constexpr char16_t ReplacementCharacter = 0xFFFD;
 
 // Throws std::length_error if the result is too long. Qt counts in int and does not check for overflow.
-void CheckGrowth(std::size_t length, std::size_t added)
+void CheckGrowth(int length, std::size_t added)
 {
-    if (added > MaxUnits || length > MaxUnits - added)
+    if (added > MaxUnits || static_cast<std::size_t>(length) > MaxUnits - added)
         throw std::length_error("VString: the text is too long");
 }
 
@@ -284,7 +288,7 @@ VString& VString::operator+=(char16_t unit)
 
 VString& VString::append(const VString& other)
 {
-    CheckGrowth(m_text.size(), other.m_text.size());
+    CheckGrowth(m_text.size(), static_cast<std::size_t>(other.m_text.size()));
     m_text.append(other.m_text);
     return *this;
 }

@@ -24,8 +24,8 @@
 //
 // All positions and lengths are in UTF-16 code units unless a name says UTF-8.
 //
-//     VString name = "größe";                  // a literal is UTF-8
-//     if (name.startsWith("gr")) name += u"!";
+//     VString name = "caf\u00E9";              // a literal is UTF-8
+//     if (name.startsWith("caf")) name += u"!";
 class VANCOREPLATFORM_API VString {
 public:
     using value_type = char16_t;

@@ -1,12 +1,10 @@
 // `VANSYS_API` exports a symbol from the library `vansys`. All other symbols are hidden.
 #pragma once
 
-#if defined(_WIN32)
-#  if defined(VANSYS_BUILD)
-#    define VANSYS_API __declspec(dllexport)
-#  else
-#    define VANSYS_API __declspec(dllimport)
-#  endif
+#include "vancoreplatform/Export.h"
+
+#if defined(VANSYS_BUILD)
+#  define VANSYS_API VANCORE_EXPORT
 #else
-#  define VANSYS_API __attribute__((visibility("default")))
+#  define VANSYS_API VANCORE_IMPORT
 #endif

@@ -5,6 +5,8 @@
 #include <mutex>
 #include <utility>
 
+#include "vansys/VMutex.h"
+
 // Runs an initialisation exactly once, even if many threads call. The first caller runs its function; the others
 // wait until it has returned. If the function throws, its caller gets the exception and the next call runs its
 // own function. Costs one atomic load after the initialisation.
@@ -25,6 +27,6 @@ public:
     }
 
 private:
-    std::mutex m_mutex;
+    VMutex m_mutex;
     std::atomic<bool> m_done{false};
 };

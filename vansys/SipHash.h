@@ -5,11 +5,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <random>
 
 // The 128-bit key of a SipHash.
 struct SipKey {
     std::uint64_t low = 0;
     std::uint64_t high = 0;
+
+    // Returns a random key.
+    static SipKey Draw()
+    {
+        std::random_device random;
+        const auto draw = [&random] { return static_cast<std::uint64_t>(random()) << 32 | random(); };
+        const std::uint64_t low = draw();
+        return {low, draw()};
+    }
 };
 
 // SipHash by J.-P. Aumasson and D. J. Bernstein, with `CompressionRounds` rounds for every eight bytes and

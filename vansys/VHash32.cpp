@@ -1,19 +1,10 @@
 #include "vansys/VHash32.h"
 
 #include <bit>
-#include <random>
 
 #include "vansys/SipHash.h"
 
 namespace {
-
-SipKey DrawKey()
-{
-    std::random_device random;
-    const auto draw = [&random] { return static_cast<std::uint64_t>(random()) << 32 | random(); };
-    const std::uint64_t low = draw();
-    return {low, draw()};
-}
 
 // Spreads every bit over the whole word.
 constexpr std::uint32_t Mix(std::uint32_t hash) noexcept
@@ -35,6 +26,6 @@ std::uint32_t VHash32(const VString& text, std::uint32_t seed) noexcept
 
 std::uint64_t VSeededHash(const VString& text) noexcept
 {
-    static const SipKey key = DrawKey();
+    static const SipKey key = SipKey::Draw();
     return SipHash<1, 3>::Hash(key, text.utf16(), static_cast<std::size_t>(text.length()) * sizeof(char16_t));
 }

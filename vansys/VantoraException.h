@@ -8,6 +8,10 @@
 #include "vansys/Export.h"
 #include "vansys/VError.h"
 
+// GetMessage is also a macro of windows.h, which a source may include before or after this header.
+#pragma push_macro("GetMessage")
+#undef GetMessage
+
 // An exception with a message and the identity of the error. Catch it by reference. A derived class overrides
 // Clone and Throw, so that copies keep its type.
 class VANSYS_API VantoraException : public std::exception {
@@ -28,6 +32,17 @@ public:
     // Returns all messages of the exception, one per line. This class has one message; a derived class may have more.
     virtual VString GetConcatenatedMessages() const;
     const VError::ErrorInfo& GetErrorInfo() const noexcept { return m_info; }
+#if defined(_WIN32)
+    // A call of GetMessage becomes a call of one of these if the source includes windows.h.
+    const VString& GetMessageA() const noexcept
+    {
+        return m_message;
+    }
+    const VString& GetMessageW() const noexcept
+    {
+        return m_message;
+    }
+#endif
 
 protected:
     // For derived classes whose message does not describe the error. what() then returns `description`.
@@ -38,3 +53,5 @@ private:
     VError::ErrorInfo m_info;
     std::string m_utf8;
 };
+
+#pragma pop_macro("GetMessage")
