@@ -1,6 +1,10 @@
 # Embeds the schemas and the compiled translations as Qt resources in the folder ":/vancorexml". Sets `resource_sources`
 # to the source that contains them.
-find_program(LRELEASE_PROGRAM NAMES lrelease-qt5 lrelease HINTS "${Qt5Core_DIR}/../../../qt5/bin" REQUIRED)
+# The folders are those of Debian, of vcpkg and of Qt's installer.
+find_program(LRELEASE_PROGRAM NAMES lrelease-qt5 lrelease REQUIRED HINTS
+    "${Qt5Core_DIR}/../../../qt5/bin"
+    "${Qt5Core_DIR}/../../../tools/qt5-tools/bin"
+    "${Qt5Core_DIR}/../../../bin")
 
 set(locales ar_YE de_DE en_GB es_ES fr_CA fr_FR ga_IE it_IT ja_JP ko_KR pt_BR zh_CN zh_TW)
 
@@ -79,3 +83,6 @@ set(resource_sources "${CMAKE_CURRENT_BINARY_DIR}/vancorexml-resources.cpp")
 add_custom_command(OUTPUT "${resource_sources}"
     COMMAND Qt5::rcc --format-version 3 --name vancorexml -o "${resource_sources}" "${collection}"
     DEPENDS "${collection}" ${embedded_files} VERBATIM)
+# When the library is unloaded, the source calls this function of QtVanResources.cpp.
+set_source_files_properties("${resource_sources}" PROPERTIES
+    COMPILE_DEFINITIONS qUnregisterResourceData=UnregisterEmbeddedFiles)

@@ -201,7 +201,7 @@ private:
     // Precondition: the map has no entry named `name`. Increases the capacity first.
     iterator GrowAndAppend(const VString& name, VString&& value);
 
-    static constexpr size_type MaxSize = std::numeric_limits<std::uint32_t>::max() / 4;
+    static constexpr size_type MaxSize = (std::numeric_limits<std::uint32_t>::max)() / 4;
 
     std::uint32_t m_size = 0;
     std::uint32_t m_capacity = 1;

@@ -71,8 +71,11 @@ void DOM::DeepCopy(const DOM& other)
     if (!other.m_root)
         ThrowLogicException(Assertions::SourceHasNoRoot);
     m_diagnostics->ClearAllErrorsAndWarnings();
-    if (&other != this)
+    if (&other != this) {
+        m_diagnostics->ClearParseDiagnostics();
         old = m_root->Assign(*other.m_root);
+        m_diagnostics->CopyParseDiagnosticsFrom(*other.m_diagnostics);
+    }
     m_fieldRenames = other.m_fieldRenames;
     m_captionRenames = other.m_captionRenames;
     m_dataSourceRenames = other.m_dataSourceRenames;

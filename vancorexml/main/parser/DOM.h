@@ -5,9 +5,11 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <vector>
 
 #include "vancoredata/FieldName.h"
 #include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/DOMDiagnostic.h"
 #include "vancorexml/main/parser/DOMElement.h"
 #include "vancorexml/main/parser/PathRenames.h"
 #include "vancorexml/main/parser/XMLExport.h"
@@ -56,9 +58,10 @@ public:
     bool operator!=(const DOM& other) const { return *m_root != *other.m_root; }
 
     // Makes this document a copy of `other`: tree, diagnostics, renames and flags, in this order.
-    // The encoded flags of the elements are not copied. Copying a document onto itself only clears its
-    // diagnostics. If an allocation fails, this document has already lost its old diagnostics, and the
-    // parts not yet copied are unchanged. Linear.
+    // The encoded flags of the elements are not copied. Parse diagnostics are copied too: they get the
+    // elements of the copy, and null for elements outside of the tree of `other`. Copying a document onto
+    // itself only clears its errors and warnings. If an allocation fails, this document has already lost its
+    // old diagnostics, and the parts not yet copied are unchanged. Linear.
     void DeepCopy(const DOM& other);
 
     bool GetRestrictExternalPaths() const;
@@ -83,7 +86,7 @@ public:
     bool HasWarnings() const;
     // These return the messages, or the ErrorInfo of each message, in document order.
     // Lines and columns in the messages of a parse count in the text that Xerces reads, which may differ from
-    // the source. DOMParser::GetDiagnostics() returns those of the source.
+    // the source. GetParseDiagnostics() returns those of the source.
     std::list<VString> GetErrors() const;
     std::list<VString> GetWarnings() const;
     std::list<VError::ErrorInfo> GetMetadataForErrors() const;
@@ -91,8 +94,25 @@ public:
     // These return all messages as one text, separated by line feeds.
     VString GetConcatenatedErrors() const;
     VString GetConcatenatedWarnings() const;
+    // Returns every error and warning with its element: the elements in document order, the errors of each
+    // element before its warnings. Linear in the tree: one walk, up to the last element with a record.
+    std::vector<DOMDiagnostic> GetDiagnostics() const;
     void ClearErrors();
     void ClearWarnings();
+
+    // Returns the faults that the parse of this document found, as DOMParser::GetDiagnostics() does, each with
+    // the element that it is about. The element is null if the diagnostic is about none or the tree does not have it,
+    // for example because the parse ended at its start tag. It becomes null when the element dies or moves to another
+    // document or to a tree without one. It stays if the element is removed, until then. Copies of elements are not
+    // linked; DeepCopy links its own. The other operations for errors and warnings, such as
+    // ClearErrors(), neither change this list nor its records.
+    //
+    // The reference is valid while the document lives. Reading the list counts as reading the tree. Constant.
+    const std::vector<DOMParseDiagnostic>& GetParseDiagnostics() const noexcept;
+    // For parsers that build a document: replaces the list of GetParseDiagnostics(). Finds each element by its number
+    // (see ParseDiagnostic::element), all in one walk up to the last of them. Counts as changing the tree. If an
+    // allocation fails, nothing has changed. If the list is empty, constant.
+    void SetParseDiagnostics(std::vector<ParseDiagnostic> diagnostics);
 
     // Raises a LogicException if the old caption is already registered.
     void AddCaptionRename(const VString& oldCaption, const VString& newCaption);

@@ -1,4 +1,5 @@
 // The diagnostics of a whole document.
+#include <utility>
 #include <vector>
 
 #include "vancorexml/main/parser/DOM.h"
@@ -74,6 +75,21 @@ VString DOM::GetConcatenatedErrors() const
 VString DOM::GetConcatenatedWarnings() const
 {
     return Concatenate(GetWarnings());
+}
+
+std::vector<DOMDiagnostic> DOM::GetDiagnostics() const
+{
+    return m_diagnostics->GetDiagnostics(*m_root);
+}
+
+const std::vector<DOMParseDiagnostic>& DOM::GetParseDiagnostics() const noexcept
+{
+    return m_diagnostics->GetParseDiagnostics();
+}
+
+void DOM::SetParseDiagnostics(std::vector<ParseDiagnostic> diagnostics)
+{
+    m_diagnostics->SetParseDiagnostics(std::move(diagnostics));
 }
 
 void DOM::ClearErrors()

@@ -234,8 +234,8 @@ public:
     // value, and the value of `other` is dropped. Does nothing if `other` is this element.
     void AdoptAttributes(DOMElement& other, bool overwrite);
 
-    // The document stores the diagnostics. Get…, Has… and Clear… cover this element and its subtree; on
-    // an element without a parent, Has… and Clear… cover the whole document. Each of these operations
+    // The document stores the diagnostics. Get..., Has... and Clear... cover this element and its subtree; on
+    // an element without a parent, Has... and Clear... cover the whole document. Each of these operations
     // raises a LogicException if the element has no document.
 
     // Records an error. If `reported`, HasUnreportedErrors ignores the error. If `cancel`, it is a cancel

@@ -1,4 +1,5 @@
 // Registers the links of detached elements, and clears them when an element or a document dies.
+#include <mutex>
 #include <utility>
 
 #include "vancorexml/main/parser/DOM.h"
@@ -15,7 +16,7 @@ bool DOMElement::HasRemovedChildren() const
 {
     if (!m_links || !m_links->removedChildren)
         return false;
-    const std::lock_guard<std::mutex> lock(m_links->removedChildren->mutex);
+    const std::lock_guard<VMutex> lock(m_links->removedChildren->mutex);
     return !m_links->removedChildren->elements.empty();
 }
 
@@ -38,14 +39,14 @@ void DOMElement::RegisterDetached()
     std::list<DOMElement*> forParent(m_parent ? 1 : 0, this);
     if (m_manager) {
         LinkedElements& linked = *m_manager->m_linkedElements;
-        const std::lock_guard<std::mutex> lock(linked.mutex);
+        const std::lock_guard<VMutex> lock(linked.mutex);
         links.inDocument = forDocument.begin();
         links.isListedByDocument = true;
         linked.elements.splice(linked.elements.end(), forDocument);
     }
     if (m_parent) {
         links.siblings = m_parent->m_links->removedChildren;
-        const std::lock_guard<std::mutex> lock(links.siblings->mutex);
+        const std::lock_guard<VMutex> lock(links.siblings->mutex);
         links.inParent = forParent.begin();
         links.isListedByParent = true;
         links.siblings->elements.splice(links.siblings->elements.end(), forParent);
@@ -58,12 +59,12 @@ void DOMElement::UnregisterDetached(DOM* manager) noexcept
 {
     ElementLinks& links = *m_links;
     if (manager) {
-        const std::lock_guard<std::mutex> lock(manager->m_linkedElements->mutex);
+        const std::lock_guard<VMutex> lock(manager->m_linkedElements->mutex);
         if (std::exchange(links.isListedByDocument, false))
             manager->m_linkedElements->elements.erase(links.inDocument);
     }
     if (links.siblings) {
-        const std::lock_guard<std::mutex> lock(links.siblings->mutex);
+        const std::lock_guard<VMutex> lock(links.siblings->mutex);
         if (std::exchange(links.isListedByParent, false))
             links.siblings->elements.erase(links.inParent);
     }
@@ -75,7 +76,7 @@ void DOMElement::ClearIncomingLinks() noexcept
     for (const std::shared_ptr<RecordTie>& tie : m_links->ties)
         tie->ElementDies(*this);
     if (m_links->removedChildren) {
-        const std::lock_guard<std::mutex> lock(m_links->removedChildren->mutex);
+        const std::lock_guard<VMutex> lock(m_links->removedChildren->mutex);
         for (DOMElement* const child : m_links->removedChildren->elements) {
             child->m_parent = nullptr;
             child->m_links->isListedByParent = false;
@@ -89,7 +90,7 @@ void DOMElement::ClearIncomingLinks() noexcept
 
 void DOMElement::DocumentDies(DOM& document) noexcept
 {
-    const std::lock_guard<std::mutex> lock(document.m_linkedElements->mutex);
+    const std::lock_guard<VMutex> lock(document.m_linkedElements->mutex);
     for (DOMElement* const element : document.m_linkedElements->elements) {
         element->SetSubtreeManager(nullptr);
         element->m_links->isListedByDocument = false;

@@ -29,7 +29,7 @@ public:
     }
     PreorderGeneratorTemplate(const PreorderGeneratorTemplate& other)
     {
-        m_stack.reserve(std::max(Reserved, other.m_stack.size()));
+        m_stack.reserve((std::max)(Reserved, other.m_stack.size()));
         m_stack = other.m_stack;
     }
     // Leaves `other` at its end.

@@ -222,6 +222,8 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
     driver->Parse();
     CopyErrors(*driver, document->GetRoot());
     diagnostics.insert(diagnostics.end(), driver->GetDiagnostics().begin(), driver->GetDiagnostics().end());
+    if (!diagnostics.empty())
+        document->SetParseDiagnostics(diagnostics);
     m_impl->diagnostics = std::move(diagnostics);
     m_impl->AdoptDriver(driver);
     m_impl->statisticsHandler.Call(source);

@@ -23,6 +23,9 @@ struct DOMParserStatistics {
 // errors of the document, at DOM::GetRoot(), and the tree contains the elements built before the
 // fault. A parse does not depend on earlier parses.
 //
+// If memory runs out, a parse throws std::bad_alloc or records an error. The diagnostic of that error has the code
+// DiagnosticCode::OutOfMemory (see ThrowIfOutOfMemory). The parser then works as before.
+//
 // Ownership: the caller owns the documents. Parsers are costly to create, so use one for several
 // documents.
 //
@@ -58,7 +61,8 @@ public:
 
     // The operations that receive an rvalue leave it empty.
 
-    // The byte order mark or the XML declaration determines the encoding. Without both, it is UTF-8.
+    // The byte order mark or the XML declaration determines the encoding. Without both, it is UTF-16 if the first
+    // characters show it (see FindUnmarkedUtf16 in FileEncoding.h), and otherwise UTF-8.
     std::unique_ptr<DOM> ParseXmlBytes(const std::vector<unsigned char>& bytes);
     std::unique_ptr<DOM> ParseXmlBytes(std::vector<unsigned char>&& bytes);
     // `id` names the text in messages. White space before the document is skipped. A byte string is
@@ -68,7 +72,9 @@ public:
     std::unique_ptr<DOM> ParseXmlString(const VString& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(VString&& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(const char* text, const VString& id);
-    // Throws VIO::Exception if the file cannot be read or decoded. A file of 1 GiB or more is read during the
+    // Throws VIO::Exception if the file cannot be read, and VIO::DecodingException, which derives from it, if the file
+    // has bytes that are no characters in its encoding. (ParseXmlBytes records such bytes as an error with their place
+    // instead, and so is an encoding name that is unknown.) A file of 1 GiB or more is read during the
     // parse and must be UTF-8. If reading such a file fails during the parse, the exception is recorded as an
     // error. If it fails earlier, when the first bytes are read for metrics, the exception propagates (see
     // ParseXmlInputSource).
@@ -78,9 +84,10 @@ public:
     // whose exceptions propagate. For example, a FileInputSource that is not UTF-8 throws VantoraException.
     std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepBlankText);
 
-    // Returns the errors and warnings of the last parse as data, in the order in which they were recorded:
-    // first those of the schemas, then those of the document. The result contains warnings of the document
-    // only if it also contains errors of the document. Positions are those in the original source (see
+    // Returns the errors and warnings of the last parse as data: first those of the schemas, then those of the document
+    // in the order of their places. One mistake has one diagnostic, although it may have several messages in
+    // DOM::GetErrors(). Of the faults of syntax, a parser finds only the first. The result contains warnings of the
+    // document only if it also contains errors of the document. Positions are those in the original source (see
     // ParseDiagnostic). Valid until the next parse. A parse that throws leaves the result unchanged.
     const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -33,7 +34,7 @@ bool IsInTreeBelow(const DOMElement& element, const DOMElement& ancestor)
 
 void DiagnosticsIndex::Build(KindsByElement&& records) noexcept
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     if (m_isBuilt)
         return;
     m_pending = std::move(records);
@@ -44,7 +45,7 @@ void DiagnosticsIndex::Drop() noexcept
 {
     if (!IsBuilt())
         return;
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     DropLocked();
 }
 
@@ -52,7 +53,7 @@ void DiagnosticsIndex::SetKinds(const DOMElement& element, DiagnosticKinds kinds
 {
     if (!IsBuilt())
         return;
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     try {
         const auto interval = m_intervals.find(&element);
         if (interval == m_intervals.end() && kinds != 0) {
@@ -71,7 +72,7 @@ void DiagnosticsIndex::ElementMoves(const DOMElement& element) noexcept
 {
     if (!IsBuilt())
         return;
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     const auto top = m_intervals.find(&element);
     if (top == m_intervals.end())
         return;
@@ -91,7 +92,7 @@ void DiagnosticsIndex::ChildIsRemoved(const DOMElement& element) noexcept
 {
     if (!IsBuilt())
         return;
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     const auto interval = m_intervals.find(&element);
     if (interval == m_intervals.end())
         return;
@@ -106,7 +107,7 @@ void DiagnosticsIndex::ElementDies(const DOMElement& element) noexcept
 {
     if (!IsBuilt())
         return;
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     m_pending.erase(&element);
     const auto interval = m_intervals.find(&element);
     if (interval != m_intervals.end())
@@ -115,7 +116,7 @@ void DiagnosticsIndex::ElementDies(const DOMElement& element) noexcept
 
 bool DiagnosticsIndex::Has(const DOMElement& element, DiagnosticKind kind)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     InsertPendingIntervals();
     const auto found = m_intervals.find(&element);
     if (found != m_intervals.end()) {
@@ -133,7 +134,7 @@ bool DiagnosticsIndex::Has(const DOMElement& element, DiagnosticKind kind)
 
 bool DiagnosticsIndex::HasAny(DiagnosticKind kind)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     InsertPendingIntervals();
     const auto hasKind = [kind](const auto& entry) { return (entry.second & kind) != 0; };
     return !IntervalsOf(kind).empty() || std::any_of(m_pending.begin(), m_pending.end(), hasKind);
@@ -141,7 +142,7 @@ bool DiagnosticsIndex::HasAny(DiagnosticKind kind)
 
 void DiagnosticsIndex::Collect(const DOMElement& element, DiagnosticKind kind, std::vector<const DOMElement*>& found)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     InsertPendingIntervals();
     for (const auto& [other, kinds] : m_pending) {
         if ((kinds & kind) != 0 && IsInTreeBelow(*other, element))

@@ -4,13 +4,13 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
-#include <mutex>
 #include <set>
 #include <unordered_map>
 #include <vector>
 
 #include "vancorexml/main/parser/DiagnosticRecords.h"
 #include "vancorexml/main/parser/OrderedMarks.h"
+#include "vansys/VMutex.h"
 
 class DOM;
 class DOMElement;
@@ -108,7 +108,7 @@ private:
     void DropLocked() noexcept;
 
     const DOM& m_document;
-    std::mutex m_mutex;
+    VMutex m_mutex;
     std::atomic<bool> m_isBuilt{false};
     // Guarded by m_mutex.
     KindsByElement m_pending;

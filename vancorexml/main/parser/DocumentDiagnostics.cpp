@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <utility>
 
 #include "vancorexml/main/parser/DOM.h"
@@ -81,14 +82,14 @@ bool CopyEntry(Map& to, const Map& from, const DOMElement& source, const DOMElem
 
 void RecordTie::ElementDies(const DOMElement& element) noexcept
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     if (DocumentDiagnostics* const document = m_document)
         document->EraseTiedRecordsOf(element);
 }
 
 void RecordTie::DocumentDies() noexcept
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard<VMutex> lock(m_mutex);
     m_document = nullptr;
 }
 
@@ -166,6 +167,30 @@ void DocumentDiagnostics::GetMetadataForWarnings(const DOMElement& element, std:
     ForEachRecord(m_warnings, element, [&infos](const WarningRecord& record) { infos.push_back(record.info); });
 }
 
+std::vector<DOMDiagnostic> DocumentDiagnostics::GetDiagnostics(const DOMElement& element) const
+{
+    const VReadLocker lock(m_lock);
+    std::vector<DOMDiagnostic> diagnostics;
+    std::size_t left = m_errors.size() + m_warnings.size();
+    Walk walk(element);
+    for (const DOMElement* i = left != 0 ? walk.Next() : nullptr; i && left != 0; i = walk.Next()) {
+        if (const auto found = m_errors.find(i); found != m_errors.end()) {
+            found->second.ForEach([&](const ErrorRecord& record) {
+                diagnostics.push_back(
+                    {i, ParseDiagnostic::Severity::Error, record.message, record.info, record.reported, record.cancel});
+            });
+            --left;
+        }
+        if (const auto found = m_warnings.find(i); found != m_warnings.end()) {
+            found->second.ForEach([&](const WarningRecord& record) {
+                diagnostics.push_back({i, ParseDiagnostic::Severity::Warning, record.message, record.info});
+            });
+            --left;
+        }
+    }
+    return diagnostics;
+}
+
 void DocumentDiagnostics::ClearErrors(const DOMElement& element)
 {
     const VWriteLocker lock(m_lock);
@@ -188,7 +213,7 @@ void DocumentDiagnostics::ClearAllErrorsAndWarnings()
 void DocumentDiagnostics::CopyErrorsAndWarningsForNode(const DOMElement& source, const DOMElement* target)
 {
     DocumentDiagnostics* const from = DiagnosticsOf(source);
-    if (!from || !from->HasRecords())
+    if (!from || !from->RefersToElements())
         return;
     const TwoWriteLocks locks(m_lock, from->m_lock);
     if (!from->HasRecordsOf(source))
@@ -209,7 +234,7 @@ void DocumentDiagnostics::CopyErrorsAndWarningsForNode(const DOMElement& source,
 void DocumentDiagnostics::AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target)
 {
     DocumentDiagnostics* const from = DiagnosticsOf(node);
-    if (!from || !from->HasRecords())
+    if (!from || !from->RefersToElements())
         return;
     const TwoWriteLocks locks(m_lock, from->m_lock);
     if (!from->HasRecordsOf(node))
@@ -230,27 +255,51 @@ void DocumentDiagnostics::MoveErrorsAndWarningsTo(DocumentDiagnostics& other)
             other.AddTieIfForeign(*element);
         other.m_errors.swap(m_errors);
         other.m_warnings.swap(m_warnings);
-        other.m_hasRecords = !other.m_errors.empty() || !other.m_warnings.empty();
+        other.UpdateRefersToElements();
         other.m_index.Drop();
         m_index.Drop();
     }
     ClearAllErrorsAndWarnings();
 }
 
+void DocumentDiagnostics::SetParseDiagnostics(std::vector<ParseDiagnostic>&& diagnostics)
+{
+    const VWriteLocker lock(m_lock);
+    m_parseDiagnostics.Set(std::move(diagnostics), *m_top);
+    UpdateRefersToElements();
+}
+
+void DocumentDiagnostics::ClearParseDiagnostics()
+{
+    const VWriteLocker lock(m_lock);
+    m_parseDiagnostics.Clear();
+    UpdateRefersToElements();
+}
+
+void DocumentDiagnostics::CopyParseDiagnosticsFrom(const DocumentDiagnostics& other)
+{
+    const TwoWriteLocks locks(m_lock, other.m_lock);
+    m_parseDiagnostics.CopyFrom(other.m_parseDiagnostics, *other.m_top, *m_top);
+    UpdateRefersToElements();
+}
+
 void DocumentDiagnostics::SubtreesChangeDocument(
     const std::unique_ptr<DOMElement>* first, std::size_t count, DocumentDiagnostics& from, DocumentDiagnostics* to)
 {
-    if (!from.HasRecords() && !from.m_index.IsBuilt())
+    if (!from.RefersToElements() && !from.m_index.IsBuilt())
         return;
     const TwoWriteLocks locks(from.m_lock, to ? to->m_lock : from.m_lock);
     std::vector<const DOMElement*> recorded;
+    std::vector<const DOMElement*> linked;
     bool movesRecordsOfTop = false;
-    for (std::size_t i = 0; i < count && from.HasRecords(); ++i) {
+    for (std::size_t i = 0; i < count && from.RefersToElements(); ++i) {
         movesRecordsOfTop = movesRecordsOfTop || first[i]->GetParent() == from.m_top;
         Walk walk(*first[i]);
         for (const DOMElement* element = walk.Next(); element; element = walk.Next()) {
             if (from.HasRecordsOf(*element))
                 recorded.push_back(element);
+            if (from.m_parseDiagnostics.HasLinkTo(*element))
+                linked.push_back(element);
         }
     }
     if (to) {
@@ -262,6 +311,9 @@ void DocumentDiagnostics::SubtreesChangeDocument(
     // From here on nothing can fail.
     for (std::size_t i = 0; i < count; ++i)
         from.m_index.ElementMoves(*first[i]);
+    for (const DOMElement* element : linked)
+        from.m_parseDiagnostics.Forget(*element);
+    from.UpdateRefersToElements();
     if (!to)
         return;
     for (const DOMElement* element : recorded)
@@ -275,7 +327,7 @@ void DocumentDiagnostics::DocumentDies() noexcept
     std::unordered_map<const DOMElement*, std::shared_ptr<RecordTie>> ties;
     {
         const VWriteLocker lock(m_lock);
-        EraseRecordsOf(*m_top);
+        ForgetElement(*m_top);
         ties.swap(m_ties);
     }
     // The document must be unlocked here: an element that dies on another thread locks first the tie and then
@@ -334,28 +386,35 @@ void DocumentDiagnostics::BuildIndex() const
     m_index.Build(std::move(kinds));
 }
 
-void DocumentDiagnostics::EraseRecordsOf(const DOMElement& element)
+void DocumentDiagnostics::ForgetElement(const DOMElement& element)
 {
     const VWriteLocker lock(m_lock);
     if (&element == m_top) {
         m_index.Drop();
         m_errors.clear();
         m_warnings.clear();
+        m_parseDiagnostics.ForgetAll();
     } else {
         m_errors.erase(&element);
         m_warnings.erase(&element);
+        m_parseDiagnostics.Forget(element);
         m_index.ElementDies(element);
     }
-    m_hasRecords = !m_errors.empty() || !m_warnings.empty();
+    UpdateRefersToElements();
 }
 
 void DocumentDiagnostics::OnRecordsChanged(const DOMElement& element) noexcept
 {
-    m_hasRecords = !m_errors.empty() || !m_warnings.empty();
+    UpdateRefersToElements();
     if (m_index.IsBuilt()) {
         m_index.SetKinds(
             element, static_cast<DiagnosticKinds>(KindsIn(m_errors, element) | KindsIn(m_warnings, element)));
     }
+}
+
+void DocumentDiagnostics::UpdateRefersToElements() noexcept
+{
+    m_refersToElements = !m_errors.empty() || !m_warnings.empty() || m_parseDiagnostics.HasLinks();
 }
 
 void DocumentDiagnostics::Reserve(std::size_t count)
@@ -399,7 +458,7 @@ void DocumentDiagnostics::EraseTiedRecordsOf(const DOMElement& element)
 {
     const VWriteLocker lock(m_lock);
     m_ties.erase(&element);
-    EraseRecordsOf(element);
+    ForgetElement(element);
 }
 
 DocumentDiagnostics* DocumentDiagnostics::DiagnosticsOf(const DOMElement& element) noexcept

@@ -5,14 +5,16 @@
 #include <cstddef>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
 #include "vancoreplatform/VString.h"
+#include "vancorexml/main/parser/DOMDiagnostic.h"
 #include "vancorexml/main/parser/DiagnosticRecords.h"
 #include "vancorexml/main/parser/DiagnosticsIndex.h"
+#include "vancorexml/main/parser/ParseDiagnosticLinks.h"
 #include "vansys/VError.h"
+#include "vansys/VMutex.h"
 #include "vansys/VReadWriteLock.h"
 
 class DOM;
@@ -34,16 +36,17 @@ public:
 
 private:
     // Held while m_document is used or becomes null.
-    std::mutex m_mutex;
+    VMutex m_mutex;
     std::atomic<DocumentDiagnostics*> m_document;
 };
 
-// The records of one document, by element.
+// The records of one document, by element, and the diagnostics of the parse that built the document.
 //
 // Invariants
 // 1. Every key of the two maps is a living element. Every entry has at least one record.
 // 2. A key that is not an element of this document has a tie to this document (see ElementLinks).
 // 3. As long as m_index.IsBuilt() is true, the index knows the kinds of every entry.
+// 4. m_parseDiagnostics links only to elements of this document.
 //
 // Ownership: part of its document. Elements report to it when they die, move or change their document.
 //
@@ -74,6 +77,9 @@ public:
     void GetWarnings(const DOMElement& element, std::list<VString>& messages) const;
     void GetMetadataForErrors(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const;
     void GetMetadataForWarnings(const DOMElement& element, std::list<VError::ErrorInfo>& infos) const;
+    // Returns all records of the subtree in document order, the errors of an element before its warnings. Linear in the
+    // subtree.
+    std::vector<DOMDiagnostic> GetDiagnostics(const DOMElement& element) const;
 
     // These clear the records of the element and its descendants. For an element without a parent, they
     // clear the records of all elements. If an allocation fails, they throw std::bad_alloc and clear
@@ -94,30 +100,38 @@ public:
     // records.
     void MoveErrorsAndWarningsTo(DocumentDiagnostics& other);
 
-    // Elements report the following events. While nothing is recorded and the index is not built, an event
-    // only tests these two conditions.
+    // Takes no lock: who changes the tree may also change the result.
+    const std::vector<DOMParseDiagnostic>& GetParseDiagnostics() const noexcept { return m_parseDiagnostics.Get(); }
+    // See ParseDiagnosticLinks::Set.
+    void SetParseDiagnostics(std::vector<ParseDiagnostic>&& diagnostics);
+    void ClearParseDiagnostics();
+    // Call it after the tree of this document has become a copy of the tree of `other`.
+    void CopyParseDiagnosticsFrom(const DocumentDiagnostics& other);
+
+    // Elements report the following events. While nothing refers to an element and the index is not built, an
+    // event only tests these two conditions.
 
     // Call it for the children of `element` first. The thread must not hold a read lock of the document,
     // because the event takes the write lock.
     void ElementDies(const DOMElement& element)
     {
-        if (HasRecords() || m_index.IsBuilt())
-            EraseRecordsOf(element);
+        if (RefersToElements() || m_index.IsBuilt())
+            ForgetElement(element);
     }
     // `element` gets, or just got, another parent.
     void ElementMoves(const DOMElement& element) noexcept { m_index.ElementMoves(element); }
     // `element` leaves its parent's children and keeps the link to the parent.
     void ChildIsRemoved(const DOMElement& element) noexcept { m_index.ChildIsRemoved(element); }
     // Call before the subtrees move from the document of `from` to the document of `to`. Moves their
-    // records. If the parent of a subtree is the topmost element of `from`, also moves the records of that
-    // parent to the topmost element of `to`. If `to` is null, all records stay, because the elements may
-    // return. If it throws std::bad_alloc, no record has moved.
+    // records, and makes the links of parse diagnostics to their elements null. If the parent of a subtree is the
+    // topmost element of `from`, also moves the records of that parent to the topmost element of `to`. If `to` is null,
+    // all records stay, because the elements may return. If it throws std::bad_alloc, nothing has changed.
     static void SubtreesChangeDocument(const std::unique_ptr<DOMElement>* first,
         std::size_t count,
         DocumentDiagnostics& from,
         DocumentDiagnostics* to);
 
-    // Erases all records and cuts all ties. Call it before the elements of the document die.
+    // Erases all records and links and cuts all ties. Call it before the elements of the document die.
     void DocumentDies() noexcept;
 
 private:
@@ -132,7 +146,7 @@ private:
     // Returns the diagnostics of the element's document, or null if the element has none.
     static DocumentDiagnostics* DiagnosticsOf(const DOMElement& element) noexcept;
 
-    bool HasRecords() const noexcept { return m_hasRecords.load(std::memory_order_acquire); }
+    bool RefersToElements() const noexcept { return m_refersToElements.load(std::memory_order_acquire); }
     bool HasRecordsOf(const DOMElement& element) const
     {
         return m_errors.count(&element) != 0 || m_warnings.count(&element) != 0;
@@ -143,9 +157,11 @@ private:
     template <typename Map>
     void Clear(Map& map, const DOMElement& element, DiagnosticKind kind);
     void BuildIndex() const;
-    void EraseRecordsOf(const DOMElement& element);
+    // Erases the records of the element and the links to it.
+    void ForgetElement(const DOMElement& element);
     // Call after the records of `element` have changed.
     void OnRecordsChanged(const DOMElement& element) noexcept;
+    void UpdateRefersToElements() noexcept;
     // Makes sure that `count` more entries in each map need no rehash.
     void Reserve(std::size_t count);
     // Moves the entries of `node` to `key`. The caller has called Reserve, so the maps do not allocate.
@@ -158,13 +174,14 @@ private:
     VReadWriteLock& m_lock;
     const DOMElement* const m_top;
 
-    // Changed under the write lock. False only if both maps are empty.
-    std::atomic<bool> m_hasRecords{false};
+    // Changed under the write lock. False only if there are no records and no parse diagnostic has a link.
+    std::atomic<bool> m_refersToElements{false};
 
     // Guarded by m_lock.
     ErrorMap m_errors;
     WarningMap m_warnings;
     std::unordered_map<const DOMElement*, std::shared_ptr<RecordTie>> m_ties;
+    ParseDiagnosticLinks m_parseDiagnostics;
 
     mutable DiagnosticsIndex m_index;
 };

@@ -3,8 +3,9 @@
 
 #include <list>
 #include <memory>
-#include <mutex>
 #include <vector>
+
+#include "vansys/VMutex.h"
 
 class DOMElement;
 class RecordTie;
@@ -15,7 +16,7 @@ class RecordTie;
 //
 // Threads: the mutex guards the list. No other mutex is taken under it.
 struct LinkedElements {
-    std::mutex mutex;
+    VMutex mutex;
     std::list<DOMElement*> elements;
 };
 
@@ -25,7 +26,7 @@ struct LinkedElements {
 //
 // Threads: the mutex guards the list. Only the mutex of a DiagnosticsIndex is taken under it.
 struct RemovedChildren {
-    std::mutex mutex;
+    VMutex mutex;
     std::list<DOMElement*> elements;
 };
 

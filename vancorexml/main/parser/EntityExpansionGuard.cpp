@@ -9,7 +9,7 @@
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/XMLAttr.hpp>
-#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+#include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXException.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
@@ -22,6 +22,7 @@
 
 #include "vancoreplatform/VFormatString.h"
 #include "vancorexml/main/parser/EntitySizes.h"
+#include "vancorexml/main/parser/XercesReader.h"
 
 namespace {
 
@@ -68,18 +69,14 @@ std::size_t ParseNumber(View digits)
 // Thrown to end a rehearsal early: it found an excess, or the rest of the document cannot cause one.
 struct RehearsalEnd {};
 
-// True if this build of Xerces reports every expansion of an entity to a rehearsal.
-bool IsRehearsalComplete();
-
 // Reads a document or a schema as EntityExpansionGuard.h describes, and charges each expansion of an entity against
 // the limits.
-class Rehearsal final : public xercesc::SAX2XMLReaderImpl {
+class Rehearsal final : public XercesReader {
 public:
     enum class Subject {
         Document,           // the entities of a document
         Entities,           // the entities of a schema
         DefaultAttributes,  // the default attributes of a schema whose entities are within the limits
-        Sample,             // the entities of IsRehearsalComplete
     };
 
     Rehearsal(Subject subject, const ExpansionLimits& limits) : m_subject(subject), m_limits(limits), m_defaults(limits)
@@ -176,6 +173,10 @@ void Rehearsal::Charge(const Expansion& expansion, std::uint64_t& count)
         StopWithExcess(MakeMessage(m_limits.expansions, "entity expansions"));
     if (m_sum.text > m_limits.text)
         StopWithExcess(MakeMessage(m_limits.text, "characters of entities"));
+    if (m_sum.markup > m_limits.markup)
+        StopWithExcess(MakeMessage(m_limits.markup, "characters of entities with markup"));
+    if (expansion.levels > m_limits.levels)
+        StopWithExcess(MakeMessage(m_limits.levels, "levels of nested entities"));
     if (m_sum.read > m_limits.read)
         StopWithExcess(MakeMessage(m_limits.read, "characters of entities and references within them"));
     if (m_sum.compared > m_limits.compared)
@@ -204,7 +205,8 @@ bool Rehearsal::CanContentExceed() const noexcept
         return m_entities.Count() != 0;
     const Expansion& longest = m_entities.Longest();
     const std::uint64_t levels = std::min<std::uint64_t>(m_entities.Count(), m_limits.expansions);
-    return m_sum.text + m_limits.expansions * longest.text > m_limits.text ||
+    return m_entities.Count() > m_limits.levels || m_sum.text + m_limits.expansions * longest.text > m_limits.text ||
+        m_sum.markup + m_limits.expansions * longest.markup > m_limits.markup ||
         m_sum.read + m_limits.expansions * longest.read > m_limits.read ||
         m_sum.compared + m_limits.expansions * levels * longest.names > m_limits.compared;
 }
@@ -220,8 +222,6 @@ void Rehearsal::entityDecl(const xercesc::DTDEntityDecl& entity, bool isParamete
             throw RehearsalEnd();
         return;
     }
-    if (m_subject != Subject::Sample && !IsRehearsalComplete())
-        StopWithExcess("entities cannot be bounded with this build of Xerces");
     const View text(entity.getValue(), entity.getValueLen());
     std::u16string value;
     if (isParameter) {
@@ -256,6 +256,9 @@ void Rehearsal::doctypePI(const XMLCh* target, const XMLCh* data)
         m_innerCount = all.count;
     }
     --m_innerCount;
+    // The expansion of a parameter entity may declare further entities and expand them. So the open entities are
+    // counted. The document itself is open too.
+    expansion.levels = dynamic_cast<const xercesc::ReaderMgr&>(*m_events.locator).getReaderDepth() - 1;
     Charge(expansion, m_prologCount);
 }
 
@@ -287,6 +290,7 @@ void Rehearsal::startEntityReference(const xercesc::XMLEntityDecl& entity)
     ChargeMarks(entity.getValue(), m_contentCount);
 }
 
+// True if this build of Xerces reports every expansion of an entity to a rehearsal.
 bool IsRehearsalComplete()
 {
     static const bool isComplete = [] {
@@ -294,11 +298,16 @@ bool IsRehearsalComplete()
                                             "<!ATTLIST r a CDATA '&e;'>]><r b='&e;'>&e;</r>";
         const auto* const bytes = reinterpret_cast<const XMLByte*>(Sample.data());
         const xercesc::MemBufInputSource source(bytes, Sample.size(), "sample");
-        Rehearsal rehearsal(Rehearsal::Subject::Sample, ExpansionLimits{});
+        Rehearsal rehearsal(Rehearsal::Subject::Entities, ExpansionLimits{});
         rehearsal.Run(source);
         return rehearsal.CountInProlog() == 2 && rehearsal.CountInContent() == 2;
     }();
     return isComplete;
+}
+
+ExpansionExcess MakeExcessOfIncompleteRehearsal()
+{
+    return {"entities cannot be bounded with this build of Xerces"};
 }
 
 }  // namespace
@@ -317,6 +326,8 @@ std::optional<VString> DefaultAttributeCounter::Add(std::uint64_t nameLength, st
 
 std::optional<ExpansionExcess> EntityExpansionGuard::CheckDocument(const xercesc::InputSource& source) const
 {
+    if (!IsRehearsalComplete())
+        return MakeExcessOfIncompleteRehearsal();
     Rehearsal rehearsal(Rehearsal::Subject::Document, m_limits);
     rehearsal.Run(source);
     return rehearsal.GetExcess();
@@ -324,6 +335,8 @@ std::optional<ExpansionExcess> EntityExpansionGuard::CheckDocument(const xercesc
 
 std::optional<ExpansionExcess> EntityExpansionGuard::CheckSchema(const xercesc::InputSource& source) const
 {
+    if (!IsRehearsalComplete())
+        return MakeExcessOfIncompleteRehearsal();
     Rehearsal entities(Rehearsal::Subject::Entities, m_limits);
     entities.Run(source);
     if (entities.GetExcess() || !entities.HasDefaultAttributes())

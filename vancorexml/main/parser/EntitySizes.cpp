@@ -62,6 +62,7 @@ void AddInner(Expansion& outer, const Expansion& inner) noexcept
     outer += inner;
     // Xerces also compares each name in `inner` with the name of the outer entity.
     outer.compared = Add(outer.compared, inner.names);
+    outer.levels = std::max(outer.levels, inner.levels + 1);
 }
 
 bool IsPredefined(View name)
@@ -78,6 +79,8 @@ Expansion& Expansion::operator+=(const Expansion& other) noexcept
     read = Add(read, other.read);
     names = Add(names, other.names);
     compared = Add(compared, other.compared);
+    levels = std::max(levels, other.levels);
+    markup = Add(markup, other.markup);
     return *this;
 }
 
@@ -110,9 +113,10 @@ std::size_t EntitySizes::RecordReference(std::u16string_view text, std::size_t p
 std::size_t EntitySizes::Declare(std::u16string_view name, std::u16string_view text)
 {
     Entity entity;
-    entity.own = {1, text.size(), text.size(), name.size(), 0};
+    entity.own = {1, text.size(), text.size(), name.size(), 0, 1};
     // The text of a parameter entity consists of declarations. Their quoted parts contain no references.
     const View special = m_kind == Kind::General ? View(u"&<") : View(u"%<'\"");
+    bool hasMarkup = false;
     for (std::size_t i = text.find_first_of(special); i != View::npos; i = text.find_first_of(special, i)) {
         std::size_t end = i;
         if (text[i] == special[0])
@@ -121,11 +125,14 @@ std::size_t EntitySizes::Declare(std::u16string_view name, std::u16string_view t
             end = SkipMarkup(text, i);
         else
             end = PositionBehind(text, text.substr(i, 1), i + 1);
+        hasMarkup |= text[i] == u'<' && end == i;
         i = std::max(end, i + 1);
     }
+    entity.own.markup = hasMarkup ? entity.own.text : 0;
     m_longest.text = std::max(m_longest.text, entity.own.text);
     m_longest.read = std::max(m_longest.read, entity.own.read);
     m_longest.names = std::max(m_longest.names, entity.own.names);
+    m_longest.markup = std::max(m_longest.markup, entity.own.markup);
     m_entityOfName[FindOrAddName(name)] = m_entities.size();
     m_entities.push_back(std::move(entity));
     ++m_generation;
@@ -177,6 +184,7 @@ Expansion EntitySizes::Expand(std::size_t entity)
     Expansion sum;
     // Follows the circle until it reaches an entity for the second time.
     std::vector<bool> isOpen;
+    std::uint64_t levelsAround = 0;
     for (; entity != None; entity = m_entities[entity].circle) {
         if (m_entities[entity].circle != None) {
             isOpen.resize(m_entities.size());
@@ -184,7 +192,9 @@ Expansion EntitySizes::Expand(std::size_t entity)
                 break;
             isOpen[entity] = true;
         }
-        sum += m_entities[entity].all;
+        Expansion part = m_entities[entity].all;
+        part.levels += levelsAround++;
+        sum += part;
     }
     return sum;
 }

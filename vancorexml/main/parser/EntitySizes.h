@@ -25,7 +25,12 @@ struct Expansion {
     // UTF-16 code units that are compared to find circles: Xerces compares the name of an entity with
     // the name of each entity around it.
     std::uint64_t compared = 0;
+    // The levels of entities within each other: 1 for an entity without references. A parser keeps as many open.
+    std::uint64_t levels = 0;
+    // The part of `text` that comes from entities with tags or declarations in their own text.
+    std::uint64_t markup = 0;
 
+    // Adds the sizes. The levels become those of the deeper expansion.
     Expansion& operator+=(const Expansion& other) noexcept;
 };
 
@@ -56,8 +61,8 @@ public:
     bool IsCircular(std::size_t entity) const noexcept { return m_entities[entity].circle != None; }
 
     std::size_t Count() const noexcept { return m_entities.size(); }
-    // The maxima of `text`, `read` and `names` over the own expansions of all entities. Each maximum may come
-    // from a different entity.
+    // The maxima of `text`, `read`, `names` and `markup` over the own expansions of all entities. Each maximum
+    // may come from a different entity.
     const Expansion& Longest() const noexcept { return m_longest; }
 
 private:

@@ -3,7 +3,7 @@
 
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Names of elements (tag…) and attributes (attr…), as UTF-16.
+// Names of elements (tag...) and attributes (attr...), as UTF-16.
 namespace ExtensionXmlTokens {
 
 extern VANCOREXML_API const char16_t* const tagManifest;

@@ -282,7 +282,9 @@ private:
 
 NameRoles::NameRoles(InputSource& schema)
 {
-    const auto [document, errors] = StandaloneDOMParser().ParseXmlInputSource(schema, false);
+    const StandaloneDOMParser::Result result = StandaloneDOMParser().ParseXmlInputSource(schema, false);
+    ThrowIfOutOfMemory(result.diagnostics);
+    const auto& [document, errors] = result;
     const auto elements = document->GetChildren();
     if (!errors.empty() || elements.empty())
         Refuse(errors.empty() ? VString("The schema is empty") : errors.front());

@@ -3,6 +3,8 @@
 #include <cstddef>
 
 #include <xercesc/framework/XMLRecognizer.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUni.hpp>
 
 #include "vancoreplatform/Encoding.h"
 
@@ -59,8 +61,11 @@ XMLRecognizer::Encodings DetectXercesEncoding(std::string_view text)
 // Xerces detects the size of the code units from the first bytes. An XML declaration cannot change it.
 Units UnitsOf(const xercesc::InputSource& source, std::string_view text)
 {
-    if (source.getEncoding())
-        return Units(text, 1, false);  // UTF-8
+    if (const XMLCh* const encoding = source.getEncoding()) {
+        const bool isBigEndian = xercesc::XMLString::equals(encoding, xercesc::XMLUni::fgUTF16BEncodingString);
+        const bool isLittleEndian = xercesc::XMLString::equals(encoding, xercesc::XMLUni::fgUTF16LEncodingString);
+        return Units(text, isBigEndian || isLittleEndian ? 2 : 1, isBigEndian);
+    }
     switch (DetectXercesEncoding(text)) {
     case XMLRecognizer::UTF_16B: return Units(text, 2, true);
     case XMLRecognizer::UTF_16L: return Units(text, 2, false);

@@ -1,37 +1,13 @@
 #include "vancorexml/main/parser/ParseDiagnostic.h"
 
-#include "vancoreplatform/VFormatString.h"
+#include <algorithm>
+#include <new>
 
-namespace {
-
-const char* NameOf(ParseDiagnostic::Severity severity) noexcept
+void ThrowIfOutOfMemory(const std::vector<ParseDiagnostic>& diagnostics)
 {
-    switch (severity) {
-    case ParseDiagnostic::Severity::Warning: return "Warning";
-    case ParseDiagnostic::Severity::Error: return "Error";
-    case ParseDiagnostic::Severity::FatalError: return "Fatal Error";
-    }
-    return "";
-}
-
-VString FormatPosition(const ParseDiagnostic& diagnostic)
-{
-    return VFormatString("(%1,%2)").arg(diagnostic.line).arg(diagnostic.column);
-}
-
-}  // namespace
-
-VString ParseDiagnostic::GetText() const
-{
-    switch (layout) {
-    case Layout::Message: return message;
-    case Layout::Fault:
-        return VFormatString("%1%2: %3 (id: %4)")
-            .arg(NameOf(severity))
-            .arg(line != 0 || column != 0 ? FormatPosition(*this) : VString())
-            .arg(message)
-            .arg(sourceId);
-    case Layout::ExternalEntity: return VFormatString("%1%2 '%3'").arg(message).arg(FormatPosition(*this)).arg(entity);
-    }
-    return VString();
+    const auto isOutOfMemory = [](const ParseDiagnostic& diagnostic) {
+        return diagnostic.code == DiagnosticCode::OutOfMemory;
+    };
+    if (std::any_of(diagnostics.begin(), diagnostics.end(), isOutOfMemory))
+        throw std::bad_alloc();
 }

@@ -1,5 +1,6 @@
 #include "vancorexml/main/parser/Parser.h"
 
+#include <iterator>
 #include <utility>
 
 #include "vansys/LogicException.h"
@@ -56,24 +57,38 @@ void Parser::ClearErrorsAndWarnings()
 
 void Parser::Error(const VString& message, const VError::ErrorInfo& info)
 {
-    Record(message, info, MakeDiagnostic(ParseDiagnostic::Severity::Error, message));
+    Record(ParseDiagnostic::Severity::Error, message, info);
+    m_diagnostics.push_back(MakeDiagnostic(ParseDiagnostic::Severity::Error, message));
 }
 
 void Parser::FatalError(const VString& message, const VError::ErrorInfo& info)
 {
-    Record(message, info, MakeDiagnostic(ParseDiagnostic::Severity::FatalError, message));
+    Record(ParseDiagnostic::Severity::FatalError, message, info);
+    m_diagnostics.push_back(MakeDiagnostic(ParseDiagnostic::Severity::FatalError, message));
 }
 
 void Parser::Warning(const VString& message, const VError::ErrorInfo& info)
 {
-    Record(message, info, MakeDiagnostic(ParseDiagnostic::Severity::Warning, message));
+    Record(ParseDiagnostic::Severity::Warning, message, info);
+    m_diagnostics.push_back(MakeDiagnostic(ParseDiagnostic::Severity::Warning, message));
 }
 
-void Parser::Record(const VString& text, const VError::ErrorInfo& info, ParseDiagnostic diagnostic)
+void Parser::Record(ParseDiagnostic::Severity severity, const VString& message, const VError::ErrorInfo& info)
 {
-    const bool isWarning = diagnostic.severity == ParseDiagnostic::Severity::Warning;
-    m_fatallyErrored |= diagnostic.severity == ParseDiagnostic::Severity::FatalError;
-    (isWarning ? m_warnings : m_errors).push_back(text);
-    (isWarning ? m_warningInfos : m_errorInfos).push_back(info);
-    m_diagnostics.push_back(std::move(diagnostic));
+    const bool isWarning = severity == ParseDiagnostic::Severity::Warning;
+    m_fatallyErrored |= severity == ParseDiagnostic::Severity::FatalError;
+    std::vector<VError::ErrorInfo>& infos = isWarning ? m_warningInfos : m_errorInfos;
+    infos.push_back(info);
+    try {
+        (isWarning ? m_warnings : m_errors).push_back(message);
+    } catch (...) {
+        infos.pop_back();
+        throw;
+    }
+}
+
+void Parser::Describe(std::vector<ParseDiagnostic> diagnostics)
+{
+    m_diagnostics.insert(
+        m_diagnostics.end(), std::make_move_iterator(diagnostics.begin()), std::make_move_iterator(diagnostics.end()));
 }

@@ -38,8 +38,10 @@ public:
     // VError::ErrorInfo::NoError.
     std::vector<VError::ErrorInfo> GetMetadataForErrors() const { return m_errorInfos; }
     std::vector<VError::ErrorInfo> GetMetadataForWarnings() const { return m_warningInfos; }
-    // Returns the same errors and warnings as data, in one list, in the order in which they were recorded.
-    // Valid until the next parse.
+    // Returns the errors and warnings as data, in the order of their places. Their messages are easier to understand
+    // than those of GetErrors(). One mistake in the document has one diagnostic, although it may have several
+    // errors. There is a diagnostic of severity Error or FatalError if and only if HasErrors(). Valid until the next
+    // parse.
     const std::vector<ParseDiagnostic>& GetDiagnostics() const noexcept { return m_diagnostics; }
 
 protected:
@@ -69,8 +71,10 @@ protected:
     // Records an error and makes HasFatallyErrored() true.
     void FatalError(const VString& message, const VError::ErrorInfo& info);
     void Warning(const VString& message, const VError::ErrorInfo& info);
-    // Records `diagnostic`, and `text` as a message of its severity.
-    void Record(const VString& text, const VError::ErrorInfo& info, ParseDiagnostic diagnostic);
+    // Records a message of that severity without a diagnostic. If it throws, it has recorded nothing.
+    void Record(ParseDiagnostic::Severity severity, const VString& message, const VError::ErrorInfo& info);
+    // Appends diagnostics without messages.
+    void Describe(std::vector<ParseDiagnostic> diagnostics);
 
 private:
     // Not copied with the parser: the copy of a running parser is idle.

@@ -4,6 +4,23 @@
 #include <iterator>
 
 #include "vancoredata/VResource.h"
+#include "vancoreplatform/ProcessEnd.h"
+
+// A function of Qt that no header declares.
+bool qUnregisterResourceData(
+    int version, const unsigned char* tree, const unsigned char* names, const unsigned char* data);
+
+// The destructor of the embedded files calls this instead of Qt's function, which locks a mutex. While Windows ends a
+// process, a stopped thread may hold that mutex. On other systems, Qt would lose its entry for the files.
+bool UnregisterEmbeddedFiles(
+    int version, const unsigned char* tree, const unsigned char* names, const unsigned char* data)
+{
+#if defined(_WIN32)
+    if (IsProcessEnding())
+        return true;
+#endif
+    return qUnregisterResourceData(version, tree, names, data);
+}
 
 namespace {
 
@@ -59,11 +76,16 @@ static_assert(IsAscending());
 class FolderRegistration {
 public:
     FolderRegistration() { ResourceRegistrationCache::GetInstance().AddFolder(":/vancorexml"); }
-    ~FolderRegistration() { ResourceRegistrationCache::GetInstance().RemoveFolder(":/vancorexml"); }
+    ~FolderRegistration()
+    {
+        if (!IsProcessEnding())
+            ResourceRegistrationCache::GetInstance().RemoveFolder(":/vancorexml");
+    }
     FolderRegistration(const FolderRegistration&) = delete;
     FolderRegistration& operator=(const FolderRegistration&) = delete;
 };
 const FolderRegistration registration;
+[[maybe_unused]] const bool isEndWatched = (WatchProcessEnd(), true);
 
 }  // namespace
 

@@ -1,4 +1,4 @@
-// A pool for the small allocations of a parse.
+// The memory of a reader of Xerces: a pool that knows all of its blocks.
 #pragma once
 
 #include <array>
@@ -10,8 +10,8 @@
 // A pool of small blocks. A validation allocates and frees half a dozen of them for every element,
 // which costs a general allocator more time than all other work of the library on the element.
 //
-// Ownership: only the pool that allocated a block may free it. The pool keeps less than fifty
-// kilobytes of freed blocks, and frees them when it dies.
+// Ownership: only the pool that allocated a block may free it. The pool keeps less than sixty
+// kilobytes of freed blocks. Its destructor frees them and all blocks that are still in use.
 //
 // Threads: one at a time.
 //
@@ -29,7 +29,7 @@ public:
         if (size <= LargestBlock) {
             FreeList& list = m_freeLists[ListOf(size)];
             if (Header* const header = list.first) {
-                list.first = header->next;
+                list.first = header->nextFree;
                 --list.count;
                 return header + 1;
             }
@@ -43,34 +43,51 @@ public:
         if (!block)
             return;
         Header* const header = static_cast<Header*>(block) - 1;
-        if (!HasAddressSanitizer && header->list < ListCount && m_freeLists[header->list].count < MaxFreeBlocks) {
-            FreeList& list = m_freeLists[header->list];
-            header->next = list.first;
-            list.first = header;
-            ++list.count;
-        } else {
-            ::operator delete(header);
+        if (!HasAddressSanitizer && header->size <= LargestBlock) {
+            FreeList& list = m_freeLists[ListOf(header->size)];
+            if (list.count < MaxFreeBlocks) {
+                header->nextFree = list.first;
+                list.first = header;
+                ++list.count;
+                return;
+            }
         }
+        FreeToHeap(header);
     }
 
+    // Returns the size in bytes of all blocks, without their headers: those in use and the free ones that the pool
+    // keeps.
+    std::size_t Size() const noexcept { return m_size; }
+
 private:
-    // Stored before each block.
-    struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Header {
-        std::size_t list;  // the free list of the block's size; ListCount for a block too large for the pool
-        Header* next;      // the next block of the free list
+    // The neighbours in the ring of all blocks.
+    struct Links {
+        Links* previous;
+        Links* next;
     };
-    // A list of free blocks of one size. The size is one Header in the first list, two in the second, and so on.
+    // Stored before each block.
+    struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Header : Links {
+        std::size_t size;  // of the block
+        Header* nextFree;  // the next block of the free list
+    };
+    // A list of free blocks of one size. The size is one Step in the first list, two in the second, and so on.
     struct FreeList {
         Header* first = nullptr;
         std::size_t count = 0;
     };
 
     static constexpr std::size_t ListCount = 8;
-    static constexpr std::size_t LargestBlock = ListCount * sizeof(Header);
+    static constexpr std::size_t Step = __STDCPP_DEFAULT_NEW_ALIGNMENT__;
+    static constexpr std::size_t LargestBlock = ListCount * Step;
     static constexpr std::size_t MaxFreeBlocks = 64;  // in each list
 
-    static std::size_t ListOf(std::size_t size) noexcept { return size != 0 ? (size - 1) / sizeof(Header) : 0; }
-    static void* AllocateFromHeap(std::size_t size);
+    static std::size_t ListOf(std::size_t size) noexcept { return size != 0 ? (size - 1) / Step : 0; }
+    void* AllocateFromHeap(std::size_t size);
+    void FreeToHeap(Header* header) noexcept;
 
     std::array<FreeList, ListCount> m_freeLists;
+    // Belongs to the ring, but to no block. A Header would be wrong here: Xerces aligns its own objects, which contain
+    // a pool, to eight bytes only.
+    Links m_blocks{&m_blocks, &m_blocks};
+    std::size_t m_size = 0;
 };

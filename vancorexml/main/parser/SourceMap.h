@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "vancorexml/main/parser/SourcePosition.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
 // The scanner of Xerces reads a changed document: the parser skips white space before it, and the colon
@@ -24,12 +25,7 @@
 // Threads: one at a time.
 class VANCOREXML_API SourceMap {
 public:
-    struct Position {
-        std::uint64_t line = 0;
-        std::uint64_t column = 0;
-
-        friend bool operator==(const Position&, const Position&) = default;
-    };
+    using Position = SourcePosition;
     // A range of the rewritten document that the original does not contain. It is ASCII without line ends.
     struct Insertion {
         std::size_t offset = 0;  // in bytes of the rewritten document

@@ -5,6 +5,7 @@
 #include "metrics2/Metrics.h"
 #include "vancoredata/VResource.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
+#include "vancorexml/main/parser/PositionCounter.h"
 #include "vancorexml/main/parser/StatisticsHandler.h"
 #include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
@@ -39,9 +40,32 @@ private:
     std::vector<StandaloneDOMElement*> m_open;  // the root and the open elements, the innermost last
 };
 
+// Corrects the positions of a document that was parsed without the text `skipped` in front of it.
+void CountSkipped(std::vector<ParseDiagnostic>& diagnostics, const VString& skipped)
+{
+    const std::string text = skipped.toStdString();
+    const SourcePosition begin = PositionCounter(text).At(text.size());
+    const auto correct = [begin](SourcePosition& position) {
+        if (position.line == 0)
+            return;
+        if (position.line == 1)
+            position.column += begin.column - 1;
+        position.line += begin.line - 1;
+    };
+    for (ParseDiagnostic& diagnostic : diagnostics) {
+        correct(diagnostic.start);
+        correct(diagnostic.end);
+        if (diagnostic.related)
+            correct(diagnostic.related->start);
+    }
+}
+
 }  // namespace
 
 struct StandaloneDOMParser::Impl {
+    // `skipped` is the text in front of the source, for positions.
+    Result Parse(InputSource& source, bool keepWhitespaceText, const VString& skipped) const;
+
     std::vector<std::unique_ptr<InputSource>> xsdSources;
     StatisticsHandler statisticsHandler;
 };
@@ -84,8 +108,9 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlFile(const VString& fil
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const VString& text, VString id) const
 {
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlString");
-    StringInputSource source(text.trimLeft(), id, false);
-    return ParseXmlInputSource(source, false);
+    const VString document = text.trimLeft();
+    StringInputSource source(document, id, false);
+    return m_impl->Parse(source, false, text.left(text.length() - document.length()));
 }
 
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const std::string& utf8, VString id) const
@@ -100,20 +125,28 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const char* utf8
 
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const
 {
+    return m_impl->Parse(source, keepWhitespaceText, VString());
+}
+
+StandaloneDOMParser::Result StandaloneDOMParser::Impl::Parse(
+    InputSource& source, bool keepWhitespaceText, const VString& skipped) const
+{
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlInputSource");
     const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
     const std::unique_ptr<XercesTreeParser> parser = XercesTreeParser::Create(source, builder);
     // NOLINTNEXTLINE(modernize-loop-convert): reading a schema may add another one, which invalidates iterators.
-    for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
-        InputSource& schema = *m_impl->xsdSources[i];
+    for (std::size_t i = 0; i < xsdSources.size(); ++i) {
+        InputSource& schema = *xsdSources[i];
         // The previous parse has read the schema to its end.
         schema.ResetToStart();
         parser->LoadXSDSource(schema);
     }
+    const std::vector<ParseDiagnostic> faultsOfSchemas = parser->GetDiagnostics();
     parser->Parse();
-    std::vector<VString> errors;
-    if (parser->HasErrors())
-        errors.assign(parser->GetErrors().begin(), parser->GetErrors().end());
-    m_impl->statisticsHandler.Call(source);
-    return {builder->ReleaseRoot(), std::move(errors)};
+    Result result(builder->ReleaseRoot(), parser->GetErrors());
+    result.diagnostics = parser->GetDiagnostics();
+    CountSkipped(result.diagnostics, skipped);
+    result.diagnostics.insert(result.diagnostics.begin(), faultsOfSchemas.begin(), faultsOfSchemas.end());
+    statisticsHandler.Call(source);
+    return result;
 }

@@ -4,12 +4,14 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/InputSource.h"
+#include "vancorexml/main/parser/ParseDiagnostic.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/StandaloneDOMElement.h"
 #include "vancorexml/main/parser/XMLExport.h"
@@ -25,7 +27,14 @@
 //     auto [tree, errors] = StandaloneDOMParser().ParseXmlString("<a>text</a>", "example");
 class VANCOREXML_API StandaloneDOMParser {
 public:
-    using Result = std::pair<std::unique_ptr<StandaloneDOMElement>, std::vector<VString>>;
+    // The tree and the messages of the errors. A structured binding has these two parts.
+    struct Result : std::pair<std::unique_ptr<StandaloneDOMElement>, std::vector<VString>> {
+        using pair::pair;
+
+        // The errors and warnings as data: first those of the schemas, then those of the document (see
+        // Parser::GetDiagnostics). Unlike the messages, contains warnings and the faults of schemas.
+        std::vector<ParseDiagnostic> diagnostics;
+    };
 
     StandaloneDOMParser();
     ~StandaloneDOMParser();
@@ -34,14 +43,15 @@ public:
 
     // These add a schema against which every later parse validates. Each parse reads the schema again.
     // The source must not be null. If the id of the source is empty, or the resource is unknown, every
-    // later parse raises a LogicException. Errors in the schema itself are not among the errors of a parse.
+    // later parse raises a LogicException. Errors in the schema itself are not among the error messages of a
+    // parse, only among its diagnostics.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
     // The handler is called once after each parse; an empty function removes it. The handler may
     // replace or remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
-    // The byte order mark or the XML declaration determines the encoding. Without both, it is UTF-8.
+    // Decodes the bytes like DOMParser::ParseXmlBytes.
     Result ParseXmlBytes(const std::vector<unsigned char>& bytes) const;
     // Throws VIO::Exception if the file cannot be read or decoded. A file of 1 GiB or more is read during the
     // parse and must be UTF-8. An exception from reading it is then recorded as an error.
@@ -58,3 +68,10 @@ private:
     struct Impl;
     std::unique_ptr<Impl> m_impl;
 };
+
+// These make Result a pair for structured bindings.
+template <>
+struct std::tuple_size<StandaloneDOMParser::Result> : std::integral_constant<std::size_t, 2> {};
+template <std::size_t I>
+struct std::tuple_element<I, StandaloneDOMParser::Result>
+    : std::tuple_element<I, std::pair<std::unique_ptr<StandaloneDOMElement>, std::vector<VString>>> {};

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <xercesc/util/BinInputStream.hpp>
+#include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "vancoreplatform/Encoding.h"
@@ -194,7 +195,10 @@ Utf16InputSource::Utf16InputSource(const xercesc::InputSource& source, std::stri
 
 bool Utf16InputSource::IsWellFormed(const xercesc::InputSource& source, std::string_view text) noexcept
 {
-    const bool isUtf8 = source.getEncoding() ? !text.starts_with("\xEF\xBB\xBF") : IsDeclaredUtf8(text);
+    const XMLCh* const encoding = source.getEncoding();
+    const bool isUtf8 = encoding ? xercesc::XMLString::equals(encoding, xercesc::XMLUni::fgUTF8EncodingString) &&
+            !text.starts_with("\xEF\xBB\xBF")
+                                 : IsDeclaredUtf8(text);
     return isUtf8 && FindInvalidUtf8(text.data(), text.size()) == text.size();
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "vancoreplatform/FileEncoding.h"
 #include "vancoreplatform/VCType.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
 
@@ -32,7 +33,7 @@ Utf8InputSource::Utf8InputSource(
       m_bytes(std::move(bytes)),
       m_isDecoded(isDecoded)
 {
-    if (skipLeadingWhitespace)
+    if (skipLeadingWhitespace && (isDecoded || !FindUnmarkedUtf16(*m_bytes)))
         m_start = m_position = CountLeadingWhitespace(*m_bytes);
 }
 

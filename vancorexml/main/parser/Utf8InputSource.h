@@ -9,14 +9,16 @@
 #include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// Bytes in memory. Their byte order mark or XML declaration determines their encoding.
+// Bytes in memory. Their byte order mark or XML declaration determines their encoding, and for UTF-16 without both
+// their first characters.
 //
 // Ownership: shares the bytes with every view that a parser gets, without a copy.
 //
 // Threads: one at a time.
 class VANCOREXML_API Utf8InputSource : public InputSource, public IXercesInputSourceProvider {
 public:
-    // If `skipLeadingWhitespace`, the source begins at the first byte that is not white space.
+    // If `skipLeadingWhitespace`, the source begins at the first byte that is not white space. In UTF-16, white space
+    // is not skipped.
     Utf8InputSource(std::string&& bytes, const VString& id, bool skipLeadingWhitespace);
     Utf8InputSource(const std::string& bytes, const VString& id, bool skipLeadingWhitespace);
     ~Utf8InputSource() override;

@@ -58,6 +58,11 @@ bool WrittenNames::IsRewritten(std::u16string_view name)
     return !m_given || !isComparable || FindOwnNames().rewritten.contains(std::string(name.begin(), name.end()));
 }
 
+bool WrittenNames::IsPrefixInserted() const
+{
+    return m_isRewritten && m_given && m_given->find(ColonRewriting::Prefix) == std::string::npos;
+}
+
 VString WrittenNames::Restore(const VString& message)
 {
     const std::u16string_view text = message.View();

@@ -24,6 +24,9 @@ public:
           m_given(source.Given())
     {}
 
+    // True if the prefix comes from the sanitizer wherever Xerces reads it: it is not written in the document itself.
+    // Linear in a document that was rewritten.
+    bool IsPrefixInserted() const;
     // Returns the message with the attribute name that the document writes. The first message about a name
     // with the prefix is linear in the document.
     VString Restore(const VString& message);

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstdint>
 
 namespace {
 
@@ -47,7 +48,7 @@ std::pair<char32_t, std::size_t> ReadUtf8(std::string_view text) noexcept
 void AppendReference(std::string& out, char32_t character)
 {
     out += "&#";
-    out += std::to_string(static_cast<unsigned long>(character));
+    out += std::to_string(static_cast<std::uint32_t>(character));
     out += ';';
 }
 
@@ -176,7 +177,7 @@ VString DescribeCharacter(char32_t character)
 {
     std::array<char, 8> digits{};
     const auto end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<unsigned long>(character), 16).ptr;
+        std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(character), 16).ptr;
     std::string text(digits.data(), end);
     for (char& digit : text) {
         if (digit >= 'a')

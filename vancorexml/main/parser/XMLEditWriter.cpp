@@ -141,14 +141,14 @@ bool XMLEditWriter::IsAllowed(const FoundElement& element, const CombinedChange&
     for (const VString& message : change.contradictions)
         report(message);
     if (change.text && element.hasElements)
-        report("The text cannot be changed, because the element contains elements");
+        report("the text cannot be changed, because the element contains elements");
     if (element.parent == FoundElement::None) {
         const auto hasElements = [](const XMLFragment* fragment) { return fragment->Elements().HasChildren(); };
         if (change.isDeleted)
-            report("The document element cannot be deleted");
+            report("the document element cannot be deleted");
         if (std::any_of(change.before.begin(), change.before.end(), hasElements) ||
             std::any_of(change.after.begin(), change.after.end(), hasElements))
-            report("A document can have only one element at the top");
+            report("a document can have only one element at the top");
     }
     return m_errors.size() == before;
 }

@@ -285,6 +285,7 @@ XMLEditedTree::XMLEditedTree(const std::string& text, const VString& id) : m_doc
         XercesTreeParser::Create(source, std::make_shared<ExactBuilder>(*m_document));
     parser->Parse();
     m_diagnostics = parser->GetDiagnostics();
+    ThrowIfOutOfMemory(m_diagnostics);
     m_hasErrors = parser->HasErrors();
 }
 
@@ -307,6 +308,7 @@ bool XMLEditedTree::IsTreeOf(const std::string& text, const VString& id)
     const std::unique_ptr<XercesTreeParser> parser = XercesTreeParser::Create(source, comparer);
     parser->Parse();
     m_diagnostics = parser->GetDiagnostics();
+    ThrowIfOutOfMemory(m_diagnostics);
     m_hasErrors = parser->HasErrors();
     m_pathOfDifference = comparer->PathOfDifference();
     return !m_hasErrors && comparer->IsEqual();

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include "vancoreplatform/CorePlatformUtils.h"
+#include "vancoreplatform/StaticObject.h"
 #include "vansys/LogicException.h"
 
 namespace XMLEscaping {
@@ -202,16 +203,23 @@ EscapeTable::EscapeTable(int kind)
     }
 }
 
+namespace {
+
+struct Tables {
+    EscapeTable attribute{AttributeMapping};
+    EscapeTable content{ContentMapping};
+};
+
+}  // namespace
+
 const EscapeTable& AttributeTable()
 {
-    static const EscapeTable table(AttributeMapping);
-    return table;
+    return GetStaticObject<Tables>().attribute;
 }
 
 const EscapeTable& ContentTable()
 {
-    static const EscapeTable table(ContentMapping);
-    return table;
+    return GetStaticObject<Tables>().content;
 }
 
 VString EncodeWithTable(const VString& text, const EscapeTable& table)
@@ -226,16 +234,10 @@ VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*is
 
 VString EncodeAsCData(const VString& text)
 {
-    static const VString open(u"<![CDATA[");
-    static const VString close(u"]]>");
-    static const VString quote(u"&quot;");
-
     const bool quoted = IsQuoted(text);
-    VString result = quoted ? quote + open : open;
+    VString result = quoted ? u"&quot;<![CDATA[" : u"<![CDATA[";
     result += EncodeInsideCData(quoted ? text.mid(1, text.length() - 2) : text);
-    result += close;
-    if (quoted)
-        result += quote;
+    result += quoted ? u"]]>&quot;" : u"]]>";
     return result;
 }
 
@@ -246,9 +248,7 @@ bool IsQuoted(const VString& text) noexcept
 
 VString EncodeInsideCData(const VString& piece)
 {
-    static const VString close(u"]]>");
-    static const VString split(u"]]]]><![CDATA[>");
-    return piece.replace(close, split);
+    return piece.replace(u"]]>", u"]]]]><![CDATA[>");
 }
 
 }  // namespace XMLEscaping

@@ -11,7 +11,6 @@
 #include <xercesc/framework/XMLEntityDecl.hpp>
 #include <xercesc/framework/XMLNotationDecl.hpp>
 #include <xercesc/framework/XMLPScanToken.hpp>
-#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLException.hpp>
@@ -24,8 +23,8 @@
 #include "vancorexml/main/parser/XMLUtils.h"
 #include "vancorexml/main/parser/XercesBuffer.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
-#include "vancorexml/main/parser/XercesMemory.h"
 #include "vancorexml/main/parser/XercesPlatform.h"
+#include "vancorexml/main/parser/XercesReader.h"
 
 using xercesc::XMLUni;
 using Kind = XMLEvent::Kind;
@@ -113,9 +112,9 @@ public:
 }  // namespace
 
 // Parses in steps through Xerces. Each step continues until Xerces reports something, and queues the events.
-class XMLEventReader::Reader final : public xercesc::SAX2XMLReaderImpl {
+class XMLEventReader::Reader final : public XercesReader {
 public:
-    Reader(XercesInputSource&& source, XercesMemory& memory) : SAX2XMLReaderImpl(&memory), m_source(std::move(source))
+    explicit Reader(XercesInputSource&& source) : m_source(std::move(source))
     {
         setContentHandler(&m_faults);
         setErrorHandler(&m_faults);
@@ -405,12 +404,11 @@ private:
     std::vector<std::pair<std::u16string_view, std::u16string_view>> m_attributes;  // of the current tag
 };
 
-// The order of the members matters: Xerces and the memory must outlive the reader.
+// The order of the members matters: Xerces must outlive the reader.
 struct XMLEventReader::State {
-    explicit State(XercesInputSource&& source) : reader(std::move(source), memory) {}
+    explicit State(XercesInputSource&& source) : reader(std::move(source)) {}
 
     XercesInitializer xerces;
-    XercesMemory memory;
     Reader reader;
 };
 

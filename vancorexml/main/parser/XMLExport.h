@@ -1,12 +1,10 @@
 // `VANCOREXML_API` exports a symbol from the library `vancorexml`. All other symbols are hidden.
 #pragma once
 
-#if defined(_WIN32)
-#  if defined(VANCOREXML_BUILD)
-#    define VANCOREXML_API __declspec(dllexport)
-#  else
-#    define VANCOREXML_API __declspec(dllimport)
-#  endif
+#include "vancoreplatform/Export.h"
+
+#if defined(VANCOREXML_BUILD)
+#  define VANCOREXML_API VANCORE_EXPORT
 #else
-#  define VANCOREXML_API __attribute__((visibility("default")))
+#  define VANCOREXML_API VANCORE_IMPORT
 #endif

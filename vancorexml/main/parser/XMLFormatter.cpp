@@ -12,27 +12,30 @@
 
 #include "vancoredata/DataValue.h"
 #include "vancoredata/QualifiedName.h"
+#include "vancoreplatform/StaticObject.h"
 #include "vancorexml/main/parser/Base64.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
 #include "vancorexml/main/parser/DOMElementChildren.h"
 #include "vancorexml/main/parser/XMLEscaping.h"
 
-const VString XMLFormatter::prefixOpen(u"<");
-const VString XMLFormatter::prefixClose(u"</");
-const VString XMLFormatter::suffixOpenClose(u">");
-const VString XMLFormatter::suffixEmpty(u" />");
-const VString XMLFormatter::commentOpen(u"<!--");
-const VString XMLFormatter::commentClose(u"-->");
-
 namespace {
+
+struct Texts {
+    VString prefixOpen = u"<";
+    VString prefixClose = u"</";
+    VString suffixOpenClose = u">";
+    VString suffixEmpty = u" />";
+    VString commentOpen = u"<!--";
+    VString commentClose = u"-->";
+    VString header = u"<?xml version='1.0' encoding='utf-8' ?>";
+    VString yes = u"true";
+    VString no = u"false";
+};
 
 // Content of at least this many code units keeps its tabs and line feeds, or becomes a CDATA section if it
 // contains "<".
 constexpr int LongContent = 32;
-
-const VString TrueText(u"true");
-const VString FalseText(u"false");
 
 void WriteLeaf(XMLFormatter& target, const DOMElement& element)
 {
@@ -144,6 +147,13 @@ void FormatNode(XMLFormatter& formatter, const Node* node, const VString* commen
 }
 
 }  // namespace
+
+const VString& XMLFormatter::prefixOpen = GetStaticObject<Texts>().prefixOpen;
+const VString& XMLFormatter::prefixClose = GetStaticObject<Texts>().prefixClose;
+const VString& XMLFormatter::suffixOpenClose = GetStaticObject<Texts>().suffixOpenClose;
+const VString& XMLFormatter::suffixEmpty = GetStaticObject<Texts>().suffixEmpty;
+const VString& XMLFormatter::commentOpen = GetStaticObject<Texts>().commentOpen;
+const VString& XMLFormatter::commentClose = GetStaticObject<Texts>().commentClose;
 
 XMLFormatterBase::~XMLFormatterBase() = default;
 
@@ -301,14 +311,10 @@ void XMLFormatter::OutputContentTag(const VString& tag, const AttributeMap& attr
 
 void XMLFormatter::OutputComment(const VString& text)
 {
-    static const VString blank(u" ");
-    static const VString hyphens(u"--");
-    // Only separates the two hyphens. It is no character reference, because comments contain none.
-    static const VString brokenHyphens(u"-&45;");
-
     OutputString(GetIndent());
     OutputString(commentOpen);
-    OutputString((blank + text + blank).replace(hyphens, brokenHyphens));
+    // "&45;" only separates the two hyphens. It is no character reference, because comments contain none.
+    OutputString((" " + text + " ").replace(u"--", u"-&45;"));
     OutputLine(commentClose);
 }
 
@@ -340,8 +346,7 @@ void XMLFormatter::OutputTag(const VString& tag, const AttributeMap& attributes)
 
 void XMLFormatter::OutputHeader()
 {
-    static const VString declaration(u"<?xml version='1.0' encoding='utf-8' ?>");
-    OutputLine(declaration);
+    OutputLine(GetStaticObject<Texts>().header);
     OutputLine(VString());
 }
 
@@ -378,7 +383,7 @@ VString XMLFormatter::EncodeContentString(const VString& text)
 
 VString XMLFormatter::FormatBooleanAttribute(bool value)
 {
-    return value ? TrueText : FalseText;
+    return value ? GetStaticObject<Texts>().yes : GetStaticObject<Texts>().no;
 }
 
 VString XMLFormatter::FormatDoubleAttribute(double value)

@@ -92,12 +92,12 @@ public:
         VString m_tag;
     };
 
-    static const VString prefixOpen;       // "<"
-    static const VString prefixClose;      // "</"
-    static const VString suffixOpenClose;  // ">"
-    static const VString suffixEmpty;      // " />"
-    static const VString commentOpen;      // "<!--"
-    static const VString commentClose;     // "-->"
+    static const VString& prefixOpen;       // "<"
+    static const VString& prefixClose;      // "</"
+    static const VString& suffixOpenClose;  // ">"
+    static const VString& suffixEmpty;      // " />"
+    static const VString& commentOpen;      // "<!--"
+    static const VString& commentClose;     // "-->"
 
     // `indentUnit` is written once for each level. If `singleLine`, no line ends are written.
     explicit XMLFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);

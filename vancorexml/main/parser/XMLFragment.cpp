@@ -106,6 +106,7 @@ void XMLFragment::Parse(std::string_view xml, std::string_view documentType, boo
     BorrowedInputSource source(document, VString(), false, TextEncoding::Utf8);
     DOMParser parser;
     m_tree = parser.ParseXmlInputSource(source, true);
+    ThrowIfOutOfMemory(parser.GetDiagnostics());
     if (m_tree->HasErrors())
         throw XMLFragmentError("is not well-formed: " + parser.GetDiagnostics().front().message);
 }

@@ -30,7 +30,7 @@ std::optional<char32_t> CharacterOf(std::string_view name) noexcept
     }
     static constexpr std::array<std::pair<std::string_view, char32_t>, 5> Predefined{
         {{"lt", U'<'}, {"gt", U'>'}, {"amp", U'&'}, {"apos", U'\''}, {"quot", U'"'}}};
-    const auto* const found =
+    const auto found =
         std::find_if(Predefined.begin(), Predefined.end(), [name](const auto& entry) { return entry.first == name; });
     return found == Predefined.end() ? std::nullopt : std::optional(found->second);
 }

@@ -10,6 +10,8 @@
 #include "vancorexml/main/parser/BorrowedInputSource.h"
 #include "vancorexml/main/parser/DOMElementTraversal.h"
 #include "vancorexml/main/parser/DOMPath.h"
+#include "vancorexml/main/parser/ElementTrail.h"
+#include "vancorexml/main/parser/PositionCounter.h"
 #include "vancorexml/main/parser/XMLCharacters.h"
 #include "vancorexml/main/parser/XMLComparison.h"
 #include "vancorexml/main/parser/XMLEditWriter.h"
@@ -28,59 +30,32 @@ VString FromUtf8(std::string_view text)
     return VString::fromUtf8(text.data(), text.size());
 }
 
-// A line and a column from 1, the column in UTF-16 code units.
-struct Position {
-    std::uint64_t line = 1;
-    std::uint64_t column = 1;
-};
-
-// Moves the position over a piece of the text.
-void Advance(Position& position, std::string_view text)
-{
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const bool endsLine = byte == '\n' || (byte == '\r' && !text.substr(i + 1).starts_with('\n'));
-        if (endsLine) {
-            ++position.line;
-            position.column = 1;
-        } else if (byte != '\r' && (byte & 0xC0) != 0x80) {
-            position.column += byte >= 0xF0 ? 2 : 1;
-        }
-    }
-}
-
 // Adds the positions and paths of elements to errors, in one pass over the text.
 std::vector<ParseDiagnostic> Locate(std::string_view text, std::vector<ElementError> errors, const VString& id)
 {
     std::stable_sort(errors.begin(), errors.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });
     errors.resize(std::min(errors.size(), MostErrors));
     std::vector<ParseDiagnostic> diagnostics;
-    std::vector<std::string_view> open;
+    ElementTrail open;
+    PositionCounter counter(text);
     XMLTokenReader reader(text);
     XMLToken token;
-    Position position;
-    std::size_t counted = 0;
     auto error = errors.begin();
     while (error != errors.end() && reader.Next(token)) {
         if (token.kind == XMLToken::Kind::StartTag)
-            open.push_back(token.name);
+            open.Push(FromUtf8(token.name));
         const std::size_t end = reader.OffsetOf(token.text) + token.text.size();
         for (; error != errors.end() && error->offset < end; ++error) {
-            Advance(position, text.substr(counted, error->offset - counted));
-            counted = error->offset;
-            std::string path;
-            for (const std::string_view name : open)
-                (path += '/') += name;
             ParseDiagnostic diagnostic;
-            diagnostic.layout = ParseDiagnostic::Layout::Fault;
-            diagnostic.message = FromUtf8(path) + ": " + error->message;
+            diagnostic.message = error->message;
             diagnostic.sourceId = id;
-            diagnostic.line = position.line;
-            diagnostic.column = position.column;
+            diagnostic.start = counter.At(error->offset);
+            diagnostic.path = open.GetPath();
+            diagnostic.element = open.IsEmpty() ? 0 : open.Top().number;
             diagnostics.push_back(std::move(diagnostic));
         }
         if (token.kind == XMLToken::Kind::EndTag || token.isEmpty)
-            open.pop_back();
+            open.Pop();
     }
     return diagnostics;
 }
@@ -101,7 +76,7 @@ EntityElements FindEntityElements(const std::string& text)
     std::size_t reference = 0;
     for (;;) {
         switch (reader.Next().kind) {
-        case XMLEvent::Kind::StartEntity: reference += depth++ == 0 ? 1 : 0; break;
+        case XMLEvent::Kind::StartEntity: reference += depth++ == 0 ? 1U : 0U; break;
         case XMLEvent::Kind::EndEntity: --depth; break;
         case XMLEvent::Kind::StartElement:
             found.references.push_back(depth > 0 ? reference : 0);
@@ -238,26 +213,26 @@ private:
         m_changes.push_back(std::move(prepared));
         for (const auto& [name, value] : change.setAttributes) {
             CheckName(name);
-            CheckCharacters("The value of '" + name + "'", value);
+            CheckCharacters("the value of '" + name + "'", value);
         }
         for (const VString& name : change.removeAttributes)
             CheckName(name);
         if (change.name)
             CheckName(*change.name);
         if (change.text)
-            CheckCharacters("The text", *change.text);
+            CheckCharacters("the text", *change.text);
     }
 
     TreeChange::Fragments ReadFragments(const std::vector<VString>& texts)
     {
         TreeChange::Fragments fragments;
         for (const VString& text : texts) {
-            if (!CheckCharacters("The fragment '" + text + "'", text))
+            if (!CheckCharacters("the fragment '" + text + "'", text))
                 continue;
             try {
                 fragments.push_back(std::make_unique<XMLFragment>(text, m_documentType, m_characters));
             } catch (const XMLFragmentError& error) {
-                ReportChange("The fragment '" + text + "' " + error.Message());
+                ReportChange("the fragment '" + text + "' " + error.Message());
             }
         }
         return fragments;
@@ -268,7 +243,7 @@ private:
         if (!IsName(name) || m_characters.FindForbidden(name))
             ReportChange("'" + name + "' is not a name");
         else if (const auto character = m_characters.FindUnencodable(name.toStdString()))
-            ReportChange("The name '" + name + "' contains " + DescribeCharacter(*character) +
+            ReportChange("the name '" + name + "' contains " + DescribeCharacter(*character) +
                 ", which the encoding of the document lacks");
     }
 
@@ -338,9 +313,9 @@ private:
             const bool getsText = std::any_of(change->second.begin(), change->second.end(), hasText);
             const std::size_t below = element->HasChildren() ? m_entityElements.references[inTree] : 0;
             if (reference > 0)
-                Add(errors, reference, "The element '" + element->GetName() + "' of an entity cannot be changed");
+                Add(errors, reference, "the element '" + element->GetName() + "' of an entity cannot be changed");
             else if (getsText && below > 0)
-                Add(errors, below, "The text cannot be changed, because an entity contains elements");
+                Add(errors, below, "the text cannot be changed, because an entity contains elements");
         }
         return Report(std::move(errors));
     }
@@ -381,11 +356,11 @@ private:
             for (const VString& name : change.removeAttributes)
                 AddAttribute(combined, name, std::nullopt);
             if (change.text && combined.text && *combined.text != *change.text)
-                combined.contradictions.push_back("The element gets two texts");
+                combined.contradictions.push_back("the element gets two texts");
             if (change.text)
                 combined.text = change.text;
             if (change.name && combined.name && *combined.name != change.name->toStdString())
-                combined.contradictions.push_back("The element gets two names");
+                combined.contradictions.push_back("the element gets two names");
             if (change.name)
                 combined.name = change.name->toStdString();
             combined.isDeleted |= change.isDeleted;
@@ -397,7 +372,7 @@ private:
                 change.name || !change.prepended.empty() || !change.appended.empty();
         }
         if (combined.isDeleted && hasOther)
-            combined.contradictions.push_back("The element is deleted and also changed");
+            combined.contradictions.push_back("the element is deleted and also changed");
         return combined;
     }
 
@@ -410,9 +385,9 @@ private:
         if (found == combined.attributes.end())
             combined.attributes.push_back({utf8, value});
         else if (found->value.has_value() != value.has_value())
-            combined.contradictions.push_back("The attribute '" + name + "' is set and also removed");
+            combined.contradictions.push_back("the attribute '" + name + "' is set and also removed");
         else if (found->value != value)
-            combined.contradictions.push_back("The attribute '" + name + "' gets two values");
+            combined.contradictions.push_back("the attribute '" + name + "' gets two values");
     }
 
     static void AddFragments(std::vector<const XMLFragment*>& to, const TreeChange::Fragments& from)
@@ -428,7 +403,7 @@ private:
                 continue;
             ParseDiagnostic diagnostic;
             diagnostic.severity = ParseDiagnostic::Severity::Warning;
-            diagnostic.message = "The path '" + m_editor.m_pathChanges[i].first + "' matches no element";
+            diagnostic.message = "the path '" + m_editor.m_pathChanges[i].first + "' matches no element";
             diagnostic.sourceId = m_id;
             m_diagnostics.push_back(std::move(diagnostic));
         }
@@ -455,7 +430,7 @@ private:
     {
         if (tree.HasErrors()) {
             for (const ParseDiagnostic& each : tree.GetDiagnostics())
-                ReportChange("The edited document would not be well-formed: " + each.GetText());
+                ReportChange("the edited document would not be well-formed: " + each.message);
             return;
         }
         if (m_documentType.find("<!ATTLIST") == std::string_view::npos)

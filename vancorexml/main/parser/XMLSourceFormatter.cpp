@@ -572,6 +572,7 @@ bool XMLSourceFormatter::HasErrors(const std::string& text, const VString& id)
         XercesXMLParser::Create(source, std::make_shared<IgnoringHandler>());
     parser->Parse();
     m_diagnostics = parser->GetDiagnostics();
+    ThrowIfOutOfMemory(m_diagnostics);
     return parser->HasErrors();
 }
 

@@ -10,6 +10,7 @@
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElementTraversal.h"
 #include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/PositionCounter.h"
 #include "vancorexml/main/parser/WrittenValue.h"
 #include "vancorexml/main/parser/XMLCharacters.h"
 #include "vancorexml/main/parser/XMLComparison.h"
@@ -143,44 +144,6 @@ private:
     bool m_isVersion11;
 };
 
-// Counts lines and columns up to offsets, which must not decrease.
-class PositionCounter {
-public:
-    explicit PositionCounter(const SourceText& source) : m_text(source.text), m_isVersion11(source.isVersion11) {}
-
-    void MoveTo(std::size_t offset)
-    {
-        for (; m_offset < offset; ++m_offset) {
-            const unsigned char byte = static_cast<unsigned char>(m_text[m_offset]);
-            if (EndsLine(m_text.substr(m_offset))) {
-                ++line;
-                column = 1;
-            } else if (byte < 0x80 || byte >= 0xC0) {
-                column += byte >= 0xF0 ? 2 : 1;
-            }
-        }
-    }
-
-    std::size_t line = 1;
-    std::size_t column = 1;
-
-private:
-    // True if the text begins with the last character of a line end. The further bytes of this character do not count
-    // as columns.
-    bool EndsLine(std::string_view text) const
-    {
-        if (m_isVersion11 && (text.starts_with("\xC2\x85") || text.starts_with("\xE2\x80\xA8")))
-            return true;
-        const std::string_view next = text.substr(1);
-        const bool isPair = next.starts_with('\n') || (m_isVersion11 && next.starts_with("\xC2\x85"));
-        return text.starts_with('\n') || (text.starts_with('\r') && !isPair);
-    }
-
-    std::string_view m_text;
-    bool m_isVersion11;
-    std::size_t m_offset = 0;
-};
-
 // A change and the bytes of its name.
 struct NameEdit {
     const NameChange* change;
@@ -272,7 +235,10 @@ EditedText ApplyEdits(const std::string& text, const std::vector<NameEdit>& edit
 std::unique_ptr<DOM> ParseTree(const std::string& text)
 {
     BorrowedInputSource source(text, VString(), true, TextEncoding::Utf8);
-    return DOMParser().ParseXmlInputSource(source, true);
+    DOMParser parser;
+    std::unique_ptr<DOM> document = parser.ParseXmlInputSource(source, true);
+    ThrowIfOutOfMemory(parser.GetDiagnostics());
+    return document;
 }
 
 void ApplyToValue(VString& value, const NameChange& change)
@@ -315,7 +281,7 @@ void Verify(const std::string& text, const std::string& result, const std::vecto
         throw XMLVerificationError("The retargeted document would not have the expected content");
 }
 
-RenamedName Describe(const NameChange& change, const PositionCounter& position)
+RenamedName Describe(const NameChange& change, SourcePosition position)
 {
     return {change.role, change.oldName, change.newName, position.line, position.column};
 }
@@ -331,7 +297,7 @@ std::vector<ClashingName> DescribeClashes(
         sorted.emplace_back(located[i].empty() ? std::string::npos : located[i].front().offset, &clashes[i]);
     std::stable_sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
 
-    PositionCounter position(source);
+    PositionCounter counter(source.text, source.isVersion11);
     std::vector<ClashingName> names;
     for (const auto& [offset, clash] : sorted) {
         ClashingName name;
@@ -340,7 +306,7 @@ std::vector<ClashingName> DescribeClashes(
         name.newName = clash->newName;
         name.other = clash->first;
         if (offset != std::string::npos) {
-            position.MoveTo(offset);
+            const SourcePosition position = counter.At(offset);
             name.line = position.line;
             name.column = position.column;
         }
@@ -379,6 +345,7 @@ std::optional<EditedText> XMLSourceRetargeter::Retarget(const std::string& text,
     const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, retargeter);
     parser->Parse();
     m_diagnostics = parser->GetDiagnostics();
+    ThrowIfOutOfMemory(m_diagnostics);
     if (HasErrors(m_diagnostics))
         return std::nullopt;
     if (!retargeter->GetClashes().empty()) {
@@ -399,9 +366,9 @@ EditedText XMLSourceRetargeter::Edit(
     const std::vector<NameEdit> edits = FindEdits(source, changes, elementCount);
     EditedText result = ApplyEdits(text, edits, characters);
     Verify(text, result.text, changes);
-    PositionCounter position(source);
+    PositionCounter counter(source.text, source.isVersion11);
     for (const NameEdit& edit : edits) {
-        position.MoveTo(edit.runs.front().offset);
+        const SourcePosition position = counter.At(edit.runs.front().offset);
         m_renamedNames.push_back(Describe(*edit.change, position));
     }
     return result;

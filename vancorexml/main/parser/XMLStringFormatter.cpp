@@ -9,6 +9,17 @@ XMLStringFormatter::XMLStringFormatter(const VString& indentUnit, bool singleLin
 
 XMLStringFormatter::~XMLStringFormatter() = default;
 
+// Without the indentation, ~Indenter would leave out the close tag.
+void XMLStringFormatter::Undent()
+{
+    try {
+        XMLFormatter::Undent();
+    } catch (...) {
+        m_failure = std::current_exception();
+        throw;
+    }
+}
+
 void XMLStringFormatter::OutputString(const VString& text)
 {
     const int length = text.length();

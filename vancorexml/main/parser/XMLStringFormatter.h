@@ -19,6 +19,8 @@ public:
     explicit XMLStringFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);
     ~XMLStringFormatter() override;
 
+    // ~Indenter calls it. It stores its exception.
+    void Undent() override;
     void OutputString(const VString& text) override;
     // Returns the output so far.
     virtual VString GetOutput() const;

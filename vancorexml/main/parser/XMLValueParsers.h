@@ -6,7 +6,7 @@
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
-// The counterparts of XMLFormatter's Format…Attribute functions. They report no errors: an invalid text
+// The counterparts of XMLFormatter's Format...Attribute functions. They report no errors: an invalid text
 // becomes false or 0. Thread-safe.
 namespace XMLValueParsers {
 

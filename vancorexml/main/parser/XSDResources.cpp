@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "vancoredata/VResource.h"
+#include "vancoreplatform/StaticObject.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancoreplatform/VLog.h"
 #include "vancorexml/main/parser/DOMException.h"
@@ -45,12 +46,15 @@ std::unique_ptr<InputSource> MakeInputSource(const VString& resourceName)
     return std::make_unique<StringInputSource>(UTF8StringVResource(resourceName).GetString(), resourceName, false);
 }
 
+struct CurrentVersion {
+    VersionNumber version = MakeVersion(*std::rbegin(SchemaVersions));
+};
+
 }  // namespace
 
 const VersionNumber& XSDResources::GetCurrentVersion()
 {
-    static const VersionNumber version = MakeVersion(*std::rbegin(SchemaVersions));
-    return version;
+    return GetStaticObject<CurrentVersion>().version;
 }
 
 VString XSDResources::GetVersionedXsdResourceName(XmlFileType type, const VersionNumber& version)

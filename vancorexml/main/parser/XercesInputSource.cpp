@@ -3,14 +3,32 @@
 #include <utility>
 #include <vector>
 
+#include <xercesc/framework/XMLRecognizer.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include "vancoreplatform/FileEncoding.h"
 #include "vancorexml/main/parser/ColonRewriting.h"
 #include "vancorexml/main/parser/SourceMap.h"
 #include "vancorexml/main/parser/XercesBuffer.h"
 #include "vancorexml/main/parser/XercesPlatform.h"
 
 static_assert(sizeof(XMLCh) == sizeof(char16_t));
+
+namespace {
+
+// Returns the name of UTF-16 for bytes without a byte order mark and without an XML declaration. Xerces detects UTF-16
+// only with one of them.
+const XMLCh* FindUndetectedUtf16(std::string_view bytes)
+{
+    const char* const name = FindUnmarkedUtf16(bytes);
+    const auto* const start = reinterpret_cast<const XMLByte*>(bytes.data());
+    if (!name || xercesc::XMLRecognizer::basicEncodingProbe(start, bytes.size()) != xercesc::XMLRecognizer::UTF_8)
+        return nullptr;
+    return name == std::string_view("UTF-16LE") ? xercesc::XMLUni::fgUTF16LEncodingString
+                                                : xercesc::XMLUni::fgUTF16BEncodingString;
+}
+
+}  // namespace
 
 XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes,
     std::size_t startOffset,
@@ -41,6 +59,8 @@ XercesInputSource::XercesInputSource(std::shared_ptr<std::string> bytes,
     m_source->setCopyBufToStream(false);
     if (encoding == TextEncoding::Utf8)
         m_source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+    else if (const XMLCh* name = FindUndetectedUtf16(View()))
+        m_source->setEncoding(name);
 }
 
 XercesInputSource::XercesInputSource(XercesInputSource&& other) noexcept = default;

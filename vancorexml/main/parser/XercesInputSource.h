@@ -14,7 +14,7 @@ class SourceMap;
 
 // How the parser determines the encoding of a text.
 enum class TextEncoding {
-    Detected,  // from the byte order mark and the XML declaration
+    Detected,  // from the byte order mark, the XML declaration, or the first characters (see FindUnmarkedUtf16)
     Utf8,      // always UTF-8; the encoding in the XML declaration is ignored
 };
 

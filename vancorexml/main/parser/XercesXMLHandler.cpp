@@ -9,13 +9,16 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLString.hpp>
 
 #include "vancoreplatform/VFormatString.h"
+#include "vancorexml/main/parser/ColonRewriting.h"
+#include "vancorexml/main/parser/EntityDeclaration.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 #include "vancorexml/main/parser/NulFinder.h"
+#include "vancorexml/main/parser/PositionCounter.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
 #include "vancorexml/main/parser/XercesColonSanitizer.h"
@@ -31,10 +34,36 @@ constexpr std::size_t ShortTextLimit = 1 << 10;
 constexpr std::size_t ShortTextLength = 24;
 // A buffer of pending text is freed after its run of text if it has more code units than this.
 constexpr std::size_t KeptTextCapacity = 1 << 16;
+// In patterns of schemas. Xerces calls itself for each of them without an allocation, so XercesStackGuard cannot end
+// this recursion. Between other nested parentheses, Xerces allocates memory.
+constexpr int MostOpenParentheses = 1000;
+
+// Xerces drops other exceptions where it makes a type of a schema. It would then go on without a check of the stack.
+struct StackAbandoned : ParseAbandoned, xercesc::OutOfMemoryException {};
 
 VString MakeText(std::u16string_view text, SharedTexts& known)
 {
     return text.size() <= ShortTextLength ? known.Get(text) : VString(text.data(), text.size());
+}
+
+SourcePosition PositionOf(const xercesc::Locator* locator)
+{
+    return locator ? SourcePosition{locator->getLineNumber(), locator->getColumnNumber()} : SourcePosition();
+}
+
+VString FormatPosition(SourcePosition position)
+{
+    return VFormatString("(%1,%2)").arg(position.line).arg(position.column);
+}
+
+const char* NameOf(ParseDiagnostic::Severity severity) noexcept
+{
+    switch (severity) {
+    case ParseDiagnostic::Severity::Warning: return "Warning";
+    case ParseDiagnostic::Severity::Error: return "Error";
+    case ParseDiagnostic::Severity::FatalError: return "Fatal Error";
+    }
+    return "";
 }
 
 }  // namespace
@@ -71,12 +100,13 @@ void XercesXMLHandler::Attributes::AddTo(AttributeMap& map) const
         const std::u16string_view name = XercesColonSanitizer::RestoreNameView(qname.View());
         const bool isRestored = name.size() != qname.View().size();
         isOfTag = isOfTag && !isRestored && attribute.getSpecified();
+        const std::u16string_view value = m_handler.RestoreText(attribute.getValue());
         if (isOfTag)
-            map.InsertNew(qname, MakeText(attribute.getValue(), values));
+            map.InsertNew(qname, MakeText(value, values));
         else if (!isRestored)
-            map.try_emplace(qname, MakeText(attribute.getValue(), values));
+            map.try_emplace(qname, MakeText(value, values));
         else if (!name.empty())
-            map.try_emplace(names.Get(name), MakeText(attribute.getValue(), values));
+            map.try_emplace(names.Get(name), MakeText(value, values));
     }
 }
 
@@ -97,6 +127,7 @@ void XercesXMLHandler::SetBuilder(std::shared_ptr<TreeBuilder> builder) noexcept
 void XercesXMLHandler::BeginParse(const VString& id, const XercesInputSource& source)
 {
     m_writtenNames = WrittenNames(source);
+    m_restoresTexts = m_writtenNames.IsPrefixInserted();
     m_sourceId = id;
     m_sourceMap = source.GetSourceMap();
     ForgetText();
@@ -115,32 +146,54 @@ void XercesXMLHandler::EndParse() noexcept
     m_values.Clear();
     m_texts.Clear();
     m_writtenNames = WrittenNames();
+    m_restoresTexts = false;
+    std::u16string().swap(m_restored);  // an assignment would keep the buffer
     m_sourceId = VString();
     m_sourceMap.reset();
     m_refusal.reset();
 }
 
-void XercesXMLHandler::BeginSchema(const VString& id, const XercesInputSource& source)
+void XercesXMLHandler::BeginSchema(const VString& id, const XercesInputSource& source, xercesc::MemoryManager& memory)
 {
-    m_isLoadingSchema = true;
+    m_schemaMemory = &memory;
     m_sourceId = id;
     m_sourceMap = source.GetSourceMap();
 }
 
 void XercesXMLHandler::EndSchema() noexcept
 {
-    m_isLoadingSchema = false;
+    m_schemaMemory = nullptr;
     m_sourceId = VString();
     m_sourceMap.reset();
 }
 
 void XercesXMLHandler::CheckSchema(const xercesc::InputSource& source, std::string_view bytes)
 {
+    const auto found = std::search_n(bytes.begin(), bytes.end(), MostOpenParentheses + 1, '(');
+    if (found != bytes.end()) {
+        PositionCounter counter(bytes);
+        Refuse(DiagnosticCode::BadSchema,
+            VFormatString("a pattern may have at most %1 opening parentheses in a row")
+                .arg(std::uint64_t{MostOpenParentheses}),
+            source.getSystemId(),
+            counter.At(static_cast<std::size_t>(found - bytes.begin())));
+    }
     // Most schemas have no document type. Creating a reader for the check made loading a small schema 15 % slower.
     if (Utf16InputSource::IsWellFormed(source, bytes) && bytes.find("<!DOCTYPE") == std::string_view::npos)
         return;
     if (const auto excess = EntityExpansionGuard().CheckSchema(source))
-        Refuse(excess->message, source.getSystemId(), 0, 0);
+        Refuse(DiagnosticCode::ExpansionLimit, excess->message, source.getSystemId(), SourcePosition());
+}
+
+VString XercesXMLHandler::FormatMessage(
+    ParseDiagnostic::Severity severity, const VString& message, const VString& id, SourcePosition position)
+{
+    const bool hasPosition = position.line != 0 || position.column != 0;
+    return VFormatString("%1%2: %3 (id: %4)")
+        .arg(NameOf(severity))
+        .arg(hasPosition ? FormatPosition(position) : VString())
+        .arg(message)
+        .arg(id);
 }
 
 void XercesXMLHandler::setDocumentLocator(const xercesc::Locator* locator)
@@ -160,11 +213,26 @@ void XercesXMLHandler::ForgetText() noexcept
         m_pendingText = std::vector<XMLCh>();
 }
 
+std::u16string_view XercesXMLHandler::RestoreText(std::u16string_view text)
+{
+    constexpr std::u16string_view prefix = ColonRewriting::ReadPrefix;
+    std::size_t found = m_restoresTexts ? text.find(prefix) : std::u16string_view::npos;
+    if (found == std::u16string_view::npos)
+        return text;
+    m_restored.clear();
+    // The prefix ends with the colon of the document.
+    for (std::size_t copied = 0; copied < text.size(); found = text.find(prefix, copied)) {
+        m_restored += text.substr(copied, found - copied);
+        copied = found == std::u16string_view::npos ? text.size() : found + prefix.size() - 1;
+    }
+    return m_restored;
+}
+
 void XercesXMLHandler::FlushText()
 {
     if (m_pendingLength == 0)
         return;
-    const std::u16string_view pending(m_pendingText.data(), m_pendingLength);
+    const std::u16string_view pending = RestoreText({m_pendingText.data(), m_pendingLength});
     if (m_builder->WantsText(pending))
         m_builder->Characters(MakeText(pending, m_texts));
     ForgetText();
@@ -186,55 +254,69 @@ void XercesXMLHandler::endElement()
 void XercesXMLHandler::internalEntityDecl(const XMLCh*, const XMLCh*)
 {
     if (const xercesc::InputSource* const document = std::exchange(m_unchecked, nullptr)) {
-        if (const auto excess = EntityExpansionGuard().CheckDocument(*document))
-            Refuse(excess->message, m_locator->getSystemId(), excess->line, excess->column);
+        if (const auto excess = EntityExpansionGuard().CheckDocument(*document)) {
+            Refuse(DiagnosticCode::ExpansionLimit,
+                excess->message,
+                m_locator->getSystemId(),
+                {excess->line, excess->column});
+        }
     }
 }
 
 void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const XMLCh*)
 {
+    const SourcePosition position = PositionOf(m_locator);
     ParseDiagnostic diagnostic;
     diagnostic.severity = ParseDiagnostic::Severity::FatalError;
-    diagnostic.layout = ParseDiagnostic::Layout::ExternalEntity;
-    diagnostic.message = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY);
+    diagnostic.code = DiagnosticCode::ExternalEntity;
+    diagnostic.message = VFormatString("the document declares the external entity '%1', but external entities are "
+                                       "never read; remove the declaration")
+                             .arg(name);
     diagnostic.sourceId = m_sourceId;
-    diagnostic.line = m_locator ? m_locator->getLineNumber() : 0;
-    diagnostic.column = m_locator ? m_locator->getColumnNumber() : 0;
-    diagnostic.entity = name;
-    const VString text = diagnostic.GetText();
-    MapPosition(diagnostic);
+    diagnostic.start = MapPosition(position);
+    diagnostic.value = name;
     m_refusal = std::move(diagnostic);
     m_fatallyErrored = true;
-    throw XMLParseException(text);
+    throw XMLParseException(VFormatString("%1%2 '%3'")
+                                .arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY))
+                                .arg(FormatPosition(position))
+                                .arg(name));
 }
 
-void XercesXMLHandler::MapPosition(ParseDiagnostic& diagnostic)
+void XercesXMLHandler::LocateRefusal(std::string_view text)
 {
-    if (!m_sourceMap)
+    if (!m_refusal)
         return;
-    const SourceMap::Position mapped = m_sourceMap->Map({diagnostic.line, diagnostic.column});
-    diagnostic.line = mapped.line;
-    diagnostic.column = mapped.column;
+    // Xerces puts "%" in front of the name of a parameter entity.
+    const std::string written = m_refusal->value.toStdString();
+    const std::string name = written.substr(written.starts_with('%') ? 1 : 0);
+    if (const std::optional<EntityDeclaration> declaration = FindEntityDeclaration(text, name)) {
+        PositionCounter counter(text);
+        m_refusal->start = MapPosition(counter.At(declaration->nameStart));
+        m_refusal->end = MapPosition(counter.At(declaration->nameEnd));
+    }
+}
+
+SourcePosition XercesXMLHandler::MapPosition(SourcePosition scanned)
+{
+    return m_sourceMap ? m_sourceMap->Map(scanned) : scanned;
 }
 
 void XercesXMLHandler::Record(ParseDiagnostic::Severity severity,
+    DiagnosticCode code,
     const VString& message,
     const VString& id,
-    std::uint64_t line,
-    std::uint64_t column)
+    SourcePosition position)
 {
     const bool isOfSource = id == m_sourceId;
     ParseDiagnostic diagnostic;
     diagnostic.severity = severity;
-    diagnostic.layout = ParseDiagnostic::Layout::Fault;
+    diagnostic.code = code;
     diagnostic.message = message;
     diagnostic.sourceId = isOfSource ? m_sourceId : id;  // shares the text if it can
-    diagnostic.line = line;
-    diagnostic.column = column;
+    diagnostic.start = isOfSource ? MapPosition(position) : position;
     std::vector<VString>& texts = severity == ParseDiagnostic::Severity::Warning ? m_warnings : m_errors;
-    texts.push_back(diagnostic.GetText());
-    if (isOfSource)
-        MapPosition(diagnostic);
+    texts.push_back(FormatMessage(severity, message, id, position));
     m_diagnostics.push_back(std::move(diagnostic));
     m_fatallyErrored |= severity == ParseDiagnostic::Severity::FatalError;
 }
@@ -242,10 +324,10 @@ void XercesXMLHandler::Record(ParseDiagnostic::Severity severity,
 void XercesXMLHandler::Record(ParseDiagnostic::Severity severity, const xercesc::SAXParseException& exception)
 {
     Record(severity,
+        m_schemaMemory ? DiagnosticCode::BadSchema : DiagnosticCode::Other,
         m_writtenNames.Restore(exception.getMessage()),
         exception.getSystemId(),
-        exception.getLineNumber(),
-        exception.getColumnNumber());
+        {exception.getLineNumber(), exception.getColumnNumber()});
 }
 
 void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
@@ -255,7 +337,8 @@ void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
 
 void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
 {
-    if (!m_writtenNames.IsAboutDeclaration(exception.getMessage()))
+    // While Refuse ends a validation, Xerces reports the exception as an error of its own.
+    if (!m_fatallyErrored && !m_writtenNames.IsAboutDeclaration(exception.getMessage()))
         Record(ParseDiagnostic::Severity::Error, exception);
 }
 
@@ -274,34 +357,49 @@ void XercesXMLHandler::resetErrors()
 
 void XercesXMLHandler::AbandonExpansion(const VString& message)
 {
-    Refuse(message, m_locator->getSystemId(), m_locator->getLineNumber(), m_locator->getColumnNumber());
+    Refuse(DiagnosticCode::ExpansionLimit, message, m_locator->getSystemId(), PositionOf(m_locator));
 }
 
-void XercesXMLHandler::Refuse(const VString& message, const VString& id, std::uint64_t line, std::uint64_t column)
+void XercesXMLHandler::Refuse(DiagnosticCode code, const VString& message, const VString& id, SourcePosition position)
 {
-    Record(ParseDiagnostic::Severity::FatalError, message, id, line, column);
+    Record(ParseDiagnostic::Severity::FatalError, code, message, id, position);
     throw ParseAbandoned();
 }
 
-void XercesXMLHandler::RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column)
+void XercesXMLHandler::RefuseDeepStack()
+{
+    const char* const message = m_schemaMemory
+        ? "the schema needs more call stack than the thread has"
+        : "the document needs more call stack than the thread has; a value may be too long for the "
+          "pattern of its type";
+    Record(ParseDiagnostic::Severity::FatalError,
+        m_schemaMemory ? DiagnosticCode::BadSchema : DiagnosticCode::Other,
+        message,
+        m_sourceId,
+        m_schemaMemory ? SourcePosition() : PositionOf(m_locator));
+    throw StackAbandoned();
+}
+
+void XercesXMLHandler::RefuseNul(const VString& id, SourcePosition position)
 {
     // Xerces words its message about other forbidden characters in this way.
-    Refuse("invalid character 0x0", id, line, column);
+    Refuse(DiagnosticCode::InvalidCharacter, "invalid character 0x0", id, position);
 }
 
 void XercesXMLHandler::RefuseEntity(const xercesc::XMLResourceIdentifier& resource)
 {
-    const xercesc::Locator* const place = resource.getLocator();
     const VString message = VFormatString("%1 '%2'")
                                 .arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY))
                                 .arg(resource.getSystemId());
-    Refuse(message, resource.getBaseURI(), place ? place->getLineNumber() : 0, place ? place->getColumnNumber() : 0);
+    Refuse(DiagnosticCode::ExternalEntity, message, resource.getBaseURI(), PositionOf(resource.getLocator()));
 }
 
 xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdentifier* resource)
 {
+    if (!m_schemaMemory)
+        return nullptr;
     const auto type = resource->getResourceIdentifierType();
-    if (type == xercesc::XMLResourceIdentifier::ExternalEntity && m_isLoadingSchema)
+    if (type == xercesc::XMLResourceIdentifier::ExternalEntity)
         RefuseEntity(*resource);
     if (type != xercesc::XMLResourceIdentifier::SchemaImport && type != xercesc::XMLResourceIdentifier::SchemaInclude)
         return nullptr;
@@ -313,12 +411,12 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
     auto bytes = std::make_unique<XMLByte[]>(text.size() + 1);
     std::memcpy(bytes.get(), text.data(), text.size());
     auto source = std::make_unique<xercesc::MemBufInputSource>(
-        bytes.get(), text.size(), schema->path.utf16(), true, xercesc::XMLPlatformUtils::fgMemoryManager);
+        bytes.get(), text.size(), schema->path.utf16(), true, m_schemaMemory);
     static_cast<void>(bytes.release());  // the source owns them now
     source->setCopyBufToStream(false);
     source->setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
     if (const auto nul = NulFinder::Find(*source, text))
-        RefuseNul(schema->path, nul->line, nul->column);
+        RefuseNul(schema->path, {nul->line, nul->column});
     CheckSchema(*source, text);
     return source.release();
 }

@@ -49,23 +49,31 @@ public:
     void CheckEntitiesOf(const xercesc::InputSource& document) noexcept;
     // Frees the caches of the parse, and discards text left by an aborted parse.
     void EndParse() noexcept;
-    // From this call to EndSchema, an external entity abandons the loading of the schema `id`.
-    void BeginSchema(const VString& id, const XercesInputSource& source);
-    // Abandons the schema if it exceeds an expansion limit. `bytes` is the content of `source`.
+    // From this call to EndSchema, an external entity abandons the loading of the schema `id`. The streams of the
+    // schemas that it includes come from `memory`, because Xerces loses a stream if memory runs out.
+    void BeginSchema(const VString& id, const XercesInputSource& source, xercesc::MemoryManager& memory);
+    // Abandons the schema if it exceeds an expansion limit, or if Xerces would need too much call stack for the
+    // parentheses of a pattern. `bytes` is the content of `source`.
     void CheckSchema(const xercesc::InputSource& source, std::string_view bytes);
     void EndSchema() noexcept;
     // Call at the end of each parse, because the locator refers to the input of the parse.
     void ForgetLocator() noexcept { m_locator = nullptr; }
+
+    // Returns a message in the form of Parser::GetErrors().
+    static VString FormatMessage(
+        ParseDiagnostic::Severity severity, const VString& message, const VString& id, SourcePosition position);
 
     bool IsDone() const noexcept { return m_builder->IsDone(); }
     bool HasFatallyErrored() const noexcept { return m_fatallyErrored; }
     const std::vector<VString>& GetWarnings() const noexcept { return m_warnings; }
     const std::vector<VString>& GetErrors() const noexcept { return m_errors; }
     // Returns a diagnostic for each warning and error, in the order in which they were recorded, with
-    // positions in the source as given.
+    // positions in the source as given and the messages of Xerces.
     std::vector<ParseDiagnostic> ReleaseDiagnostics() noexcept { return std::exchange(m_diagnostics, {}); }
     // Returns the diagnostic of the external entity declaration that ended this parse, if one did.
     const std::optional<ParseDiagnostic>& GetRefusal() const noexcept { return m_refusal; }
+    // Sets the place of this diagnostic to the name in the declaration, if `text`, which Xerces has read, is UTF-8.
+    void LocateRefusal(std::string_view text);
     // Returns null before the first event of a parse and after its end.
     const xercesc::Locator* GetLocator() const noexcept { return m_locator; }
 
@@ -94,9 +102,11 @@ public:
     void fatalError(const xercesc::SAXParseException& exception) override;
     void resetErrors() override;
     // Records a fatal error of the document or schema `id` and throws ParseAbandoned.
-    [[noreturn]] void Refuse(const VString& message, const VString& id, std::uint64_t line, std::uint64_t column);
+    [[noreturn]] void Refuse(DiagnosticCode code, const VString& message, const VString& id, SourcePosition position);
+    // Refuses a document or schema that would exhaust the call stack of the thread.
+    [[noreturn]] void RefuseDeepStack();
     // Refuses a document or schema that contains a NUL.
-    [[noreturn]] void RefuseNul(const VString& id, std::uint64_t line, std::uint64_t column);
+    [[noreturn]] void RefuseNul(const VString& id, SourcePosition position);
 
     // Returns the schema that another schema imports or includes, if the builder finds it. Otherwise returns
     // null, and Xerces omits the resource. An external entity of a schema is an exception: for null, Xerces
@@ -113,17 +123,20 @@ private:
     void GrowText(std::size_t length);
     // Discards the pending text. Frees its buffer if the buffer is large.
     void ForgetText() noexcept;
+    // Returns a text or a value as the document writes it. The sanitizer also rewrites a colon in a text that looks
+    // like an attribute, as in "a :b='c'>". The result is valid until the next call.
+    std::u16string_view RestoreText(std::u16string_view text);
     // Passes the pending text to the builder.
     void FlushText();
     void Record(ParseDiagnostic::Severity severity, const xercesc::SAXParseException& exception);
-    // `line` and `column` are a position in the text that Xerces reads.
+    // `position` is one in the text that Xerces reads.
     void Record(ParseDiagnostic::Severity severity,
+        DiagnosticCode code,
         const VString& message,
         const VString& id,
-        std::uint64_t line,
-        std::uint64_t column);
-    // Replaces a position in the text that Xerces reads by the position in the source as given.
-    void MapPosition(ParseDiagnostic& diagnostic);
+        SourcePosition position);
+    // Returns the position in the source as given for one in the text that Xerces reads.
+    SourcePosition MapPosition(SourcePosition scanned);
     // Abandons a schema that uses an external entity.
     [[noreturn]] void RefuseEntity(const xercesc::XMLResourceIdentifier& resource);
 
@@ -138,13 +151,15 @@ private:
 
     // The document whose entities are not checked yet, or null.
     const xercesc::InputSource* m_unchecked = nullptr;
-    bool m_isLoadingSchema = false;
+    xercesc::MemoryManager* m_schemaMemory = nullptr;  // null while no schema is loaded, see BeginSchema
     // The id and the map of the document or schema that is being read. The map may be null.
     VString m_sourceId;
     std::shared_ptr<SourceMap> m_sourceMap;
     std::vector<ParseDiagnostic> m_diagnostics;
     std::optional<ParseDiagnostic> m_refusal;
     WrittenNames m_writtenNames;
+    bool m_restoresTexts = false;  // see RestoreText
+    std::u16string m_restored;
     NameTable m_names;
     SharedTexts m_values;
     SharedTexts m_texts;

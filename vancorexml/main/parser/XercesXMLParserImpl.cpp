@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
+#include <optional>
 #include <utility>
 
 #include <xercesc/framework/XMLAttr.hpp>
-#include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/framework/XMLPScanToken.hpp>
 #include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/sax/Locator.hpp>
@@ -19,13 +20,20 @@
 #include "metrics2/Metrics.h"
 #include "vancoredata/VResource.h"
 #include "vancoreplatform/Encoding.h"
+#include "vancoreplatform/VFormatString.h"
+#include "vancoreplatform/VIOException.h"
+#include "vancorexml/main/parser/DiagnosticPass.h"
+#include "vancorexml/main/parser/EncodingFaults.h"
 #include "vancorexml/main/parser/NulFinder.h"
+#include "vancorexml/main/parser/PatternProgram.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/SAXAdapter.h"
+#include "vancorexml/main/parser/SchemaFaults.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
 #include "vancorexml/main/parser/XercesBuffer.h"
+#include "vancorexml/main/parser/XercesReaderSetup.h"
 #include "vansys/LogicException.h"
 
 using xercesc::XMLUni;
@@ -52,6 +60,17 @@ struct TracedStep {
     Metrics::Scope metrics;
 };
 
+// In bytes. A reader needs less than 1 MB for most documents and 3 MB for a long text. It needs more for deep nesting
+// and for many declarations, and never frees that memory.
+constexpr std::size_t LargestKeptReader = 8'000'000;
+
+bool HasError(const std::vector<ParseDiagnostic>& diagnostics)
+{
+    return std::any_of(diagnostics.begin(), diagnostics.end(), [](const ParseDiagnostic& diagnostic) {
+        return diagnostic.severity != ParseDiagnostic::Severity::Warning;
+    });
+}
+
 }  // namespace
 
 void DocumentReader::XMLDecl(
@@ -59,6 +78,16 @@ void DocumentReader::XMLDecl(
 {
     m_hasReadVersion11 |= xercesc::XMLString::equals(version, XMLUni::fgVersion1_1);
     SAX2XMLReaderImpl::XMLDecl(version, encoding, standalone, actualEncoding);
+}
+
+void DocumentReader::doctypeDecl(const xercesc::DTDElementDecl& element,
+    const XMLCh* publicId,
+    const XMLCh* systemId,
+    bool hasInternalSubset,
+    bool hasExternalSubset)
+{
+    m_mayHaveReferences = true;
+    SAX2XMLReaderImpl::doctypeDecl(element, publicId, systemId, hasInternalSubset, hasExternalSubset);
 }
 
 void DocumentReader::attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored)
@@ -102,6 +131,8 @@ void DocumentReader::resetDocument()
     m_hasDefaults = false;
     m_defaults = DefaultAttributeCounter();
     m_hasNamespaces = getFeature(XMLUni::fgSAX2CoreNameSpaces);
+    m_mayHaveReferences = false;
+    m_prefixes = NamespacePrefixes();
     SAX2XMLReaderImpl::resetDocument();
 }
 
@@ -112,12 +143,13 @@ void DocumentReader::endDocument()
     const xercesc::Locator& locator = *m_handler->GetLocator();
     const xercesc::XMLReader& reader = *dynamic_cast<const xercesc::ReaderMgr&>(locator).getCurrentReader();
     if (reader.charsLeftInBuffer() != 0)
-        m_handler->RefuseNul(locator.getSystemId(), locator.getLineNumber(), locator.getColumnNumber());
-    if (IsUtf8(reader.getEncodingStr()) && EndsWithinUtf8Character(m_uncheckedEnd)) {
-        m_handler->Refuse("invalid bytes at the end of the document",
+        m_handler->RefuseNul(locator.getSystemId(), {locator.getLineNumber(), locator.getColumnNumber()});
+    const bool isUtf8 = IsUtf8(reader.getEncodingStr());
+    if (isUtf8 ? EndsWithinUtf8Character(m_uncheckedEnd) : EncodingFaults::EndsWithinCharacter(m_uncheckedEnd)) {
+        m_handler->Refuse(DiagnosticCode::BadBytes,
+            "invalid bytes at the end of the document",
             locator.getSystemId(),
-            locator.getLineNumber(),
-            locator.getColumnNumber());
+            {locator.getLineNumber(), locator.getColumnNumber()});
     }
     SAX2XMLReaderImpl::endDocument();
 }
@@ -150,16 +182,39 @@ void DocumentReader::startElement(const xercesc::XMLElementDecl& element,
                 m_handler->AbandonExpansion(*excess);
         }
     }
-    m_handler->startElement(GetQName(element, prefix), attributes, count);
+    if (m_hasNamespaces && !element.isDeclared() && element.getId() > MostUndeclaredElements)
+        RefuseUndeclaredElements();
+    const XMLCh* const name = GetQName(element, prefix);
+    if (m_findsReferences)
+        m_mayHaveReferences |= !m_prefixes.StartElement(name, attributes, count).empty();
+    m_handler->startElement(name, attributes, count);
     if (isEmpty)
-        m_handler->endElement();
+        EndElement();
     else
         ++m_depth;
 }
 
+void DocumentReader::RefuseUndeclaredElements()
+{
+    const xercesc::Locator& locator = *m_handler->GetLocator();
+    m_handler->Refuse(DiagnosticCode::Other,
+        VFormatString("parser has encountered more than '%1' different undeclared elements in the document; this is "
+                      "the limit imposed by the application")
+            .arg(std::uint64_t{MostUndeclaredElements}),
+        locator.getSystemId(),
+        {locator.getLineNumber(), locator.getColumnNumber()});
+}
+
+void DocumentReader::EndElement()
+{
+    if (m_findsReferences)
+        m_prefixes.EndElement();
+    m_handler->endElement();
+}
+
 void DocumentReader::endElement(const xercesc::XMLElementDecl&, unsigned int, bool, const XMLCh*)
 {
-    m_handler->endElement();
+    EndElement();
     --m_depth;
 }
 
@@ -179,7 +234,6 @@ void DocumentReader::ignorableWhitespace(const XMLCh* text, XMLSize_t length, bo
 XercesXMLParserImpl::XercesXMLParserImpl(
     InputSource& input, std::shared_ptr<SAXInterface> handler, std::shared_ptr<TreeBuilder> builder)
     : XercesTreeParser(input, std::move(handler)),
-      m_grammars(std::make_unique<xercesc::XMLGrammarPoolImpl>(xercesc::XMLPlatformUtils::fgMemoryManager)),
       m_securityManager(std::make_unique<xercesc::SecurityManager>()),
       m_handler(std::make_unique<XercesXMLHandler>(std::move(builder)))
 {
@@ -193,16 +247,25 @@ void XercesXMLParserImpl::RequireReader()
 {
     if (m_reader)
         return;
-    m_reader = std::make_unique<DocumentReader>(m_memory, m_grammars.get());
-    m_reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
-    InstallHandler();
-    InstallResolver();
-    m_reader->setExitOnFirstFatalError(true);
-    m_reader->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
-    m_reader->setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
-    m_reader->setFeature(XMLUni::fgXercesLoadSchema, false);
-    m_reader->setFeature(XMLUni::fgXercesDynamic, false);
-    SetValidation(m_hasNoSchema == 0);
+    auto reader = std::make_unique<DocumentReader>(m_schemas ? &m_schemas->grammars : nullptr);
+    XercesReaderSetup::Begin(*reader, *m_securityManager);
+    reader->SetHandler(*m_handler);
+    InstallResolver(*reader);
+    XercesReaderSetup::SetValidation(*reader, m_schemas != nullptr);
+    m_handler->resetErrors();
+    m_reader = std::move(reader);
+}
+
+void XercesXMLParserImpl::RequireLoader()
+{
+    if (m_schemas->loader)
+        return;
+    auto loader = std::make_unique<xercesc::SAX2XMLReaderImpl>(&m_schemas->memory, &m_schemas->grammars);
+    XercesReaderSetup::Begin(*loader, *m_securityManager);
+    loader->setErrorHandler(m_handler.get());
+    InstallResolver(*loader);
+    XercesReaderSetup::SetValidation(*loader, true);
+    m_schemas->loader = std::move(loader);
 }
 
 void XercesXMLParserImpl::DiscardReader() noexcept
@@ -211,16 +274,10 @@ void XercesXMLParserImpl::DiscardReader() noexcept
     m_reader.reset();
 }
 
-void XercesXMLParserImpl::InstallHandler()
-{
-    m_reader->SetHandler(*m_handler);
-    m_handler->resetErrors();
-}
-
-void XercesXMLParserImpl::InstallResolver()
+void XercesXMLParserImpl::InstallResolver(xercesc::SAX2XMLReader& reader)
 {
     xercesc::XMLEntityResolver* const xmlEntityResolver = m_handler.get();
-    auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(m_reader.get());
+    auto* const sax2readerImpl = dynamic_cast<xercesc::SAX2XMLReaderImpl*>(&reader);
     if (!xmlEntityResolver || !sax2readerImpl)
         ThrowLogicException(Assertions::NoResolver);
     sax2readerImpl->setXMLEntityResolver(xmlEntityResolver);
@@ -229,29 +286,11 @@ void XercesXMLParserImpl::InstallResolver()
 void XercesXMLParserImpl::PrepareParserState()
 {
     const TracedStep step("XercesXMLParser_PrepareParserState");
-    m_reader->resetCachedGrammarPool();
-    if (m_hasNoSchema == 0) {
-        // These schemas declare the attributes that any document may have.
-        LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
-        LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
-    }
-    SetValidation(m_hasNoSchema == 0);
-}
-
-void XercesXMLParserImpl::SetValidation(bool validate)
-{
-    m_reader->setFeature(XMLUni::fgSAX2CoreNameSpaces, validate);
-    m_reader->setFeature(XMLUni::fgSAX2CoreValidation, validate);
-    m_reader->setFeature(XMLUni::fgXercesSkipDTDValidation, !validate);
-    m_reader->setFeature(XMLUni::fgXercesSchemaFullChecking, validate);
-    m_reader->setFeature(XMLUni::fgXercesHandleMultipleImports, validate);
-    if (!validate)
+    if (!m_schemas)
         return;
-    m_reader->setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes, true);
-    m_reader->setFeature(XMLUni::fgXercesIdentityConstraintChecking, true);
-    m_reader->setFeature(XMLUni::fgXercesSchema, true);
-    m_reader->setFeature(XMLUni::fgXercesUseCachedGrammarInParse, true);
-    m_reader->setFeature(XMLUni::fgXercesValidationErrorAsFatal, false);
+    // These schemas declare the attributes that any document may have.
+    LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
+    LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
 }
 
 void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
@@ -269,11 +308,11 @@ void XercesXMLParserImpl::LoadSchemaResource(const VString& name)
 void XercesXMLParserImpl::LoadSchema(InputSource& schema)
 {
     const TracedStep step("XercesXMLParser_LoadXSDSource");
-    RequireReader();
-    if (m_hasNoSchema == 1) {
-        m_hasNoSchema = 0;
-        PrepareParserState();
-    }
+    // A reader must not outlive a change of its schemas.
+    DiscardReader();
+    if (!m_schemas)
+        PrepareSchemas();
+    RequireLoader();
     if (schema.Id().IsEmpty())
         ThrowLogicException(Assertions::SchemaHasNoId);
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&schema);
@@ -282,22 +321,37 @@ void XercesXMLParserImpl::LoadSchema(InputSource& schema)
     const XercesInputSource source = xercesableSource->GetXercesInputSource(ColonProcessingNone);
     LoadGrammar(source, schema.Id());
     m_loadedXSDs.push_back(schema.Id());
-    MoveDiagnosticsFromHandler();
+    Describe(ExplainSchemaFaults(MoveMessagesFromHandler(), source, schema.Id()));
+}
+
+void XercesXMLParserImpl::PrepareSchemas()
+{
+    m_schemas = std::make_unique<Schemas>();
+    try {
+        PrepareParserState();
+    } catch (...) {
+        m_schemas.reset();
+        m_loadedXSDs.clear();
+        throw;
+    }
 }
 
 void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VString& id)
 {
-    m_handler->BeginSchema(id, source);
+    m_handler->BeginSchema(id, source, m_schemas->memory);
     try {
         if (const auto nul = NulFinder::Find(source.Get(), source.View()))
-            m_handler->RefuseNul(id, nul->line, nul->column);
+            m_handler->RefuseNul(id, {nul->line, nul->column});
         m_handler->CheckSchema(source.Get(), source.View());
-        m_reader->loadGrammar(source.Get(), xercesc::Grammar::SchemaGrammarType, true);
+        const XercesReaderSource schema(source.Get(), m_schemas->stream, m_schemas->memory);
+        const XercesStackGuard guard(m_schemas->memory, [this] { m_handler->RefuseDeepStack(); });
+        m_schemas->loader->loadGrammar(schema, xercesc::Grammar::SchemaGrammarType, true);
+        PatternProgram::ReplaceAll(m_schemas->grammars);
     } catch (const ParseAbandoned&) {
         // The handler has recorded the error.
-        DiscardReader();
+        m_schemas->loader.reset();
     } catch (...) {
-        DiscardReader();
+        m_schemas->loader.reset();
         m_handler->EndSchema();
         throw;
     }
@@ -309,36 +363,54 @@ void XercesXMLParserImpl::DoParse()
     if (HasErrors())
         ThrowLogicException(Assertions::ParseBeginsWithErrors);
     const TracedStep step("XercesXMLParser_DoXercesParse");
-    bool isReusable = false;
+    // Also ends a parse whose exception cannot be recorded, because memory has run out.
+    struct ParseEnd {
+        ~ParseEnd()
+        {
+            parser.m_handler->EndParse();
+            if (!isReusable)
+                parser.DiscardReader();
+        }
+
+        XercesXMLParserImpl& parser;
+        bool isReusable = false;
+    } end{*this};
     try {
         ReadInput();
-        isReusable = !HasErrors() && !m_reader->HasReadVersion11();
+        end.isReusable =
+            !HasErrors() && !m_reader->HasReadVersion11() && m_reader->GetMemory().Size() <= LargestKeptReader;
     } catch (const xercesc::OutOfMemoryException&) {
-        RecordException("OutOfMemoryException");
+        RecordException("OutOfMemoryException", VString(), DiagnosticCode::OutOfMemory);
     } catch (const XMLParseException& exception) {
         RecordParseException(exception.GetConcatenatedMessages());
     } catch (const xercesc::XMLException& exception) {
         RecordException(exception.getMessage());
+    } catch (const VIO::Exception& exception) {
+        RecordException("Unexpected exception", exception.GetMessage());
+    } catch (const VantoraException& exception) {
+        RecordException("Unexpected exception", exception.GetConcatenatedMessages());
+    } catch (const std::bad_alloc&) {
+        RecordException("Unexpected exception", VString(), DiagnosticCode::OutOfMemory);
     } catch (...) {
         RecordException("Unexpected exception");
     }
-    m_handler->EndParse();
-    if (!isReusable)
-        DiscardReader();
 }
 
-void XercesXMLParserImpl::RecordException(const VString& message)
+void XercesXMLParserImpl::RecordException(const VString& message, const VString& reason, DiagnosticCode code)
 {
-    Record(message, VError::ErrorInfo::NoError, DescribeException(message));
+    ParseDiagnostic diagnostic = DescribeException(reason.IsEmpty() ? message : reason);
+    diagnostic.code = code;
+    Record(ParseDiagnostic::Severity::Error, message, VError::ErrorInfo::NoError);
+    Describe({std::move(diagnostic)});
 }
 
 void XercesXMLParserImpl::RecordParseException(const VString& message)
 {
+    Record(ParseDiagnostic::Severity::Error, message, VError::ErrorInfo::NoError);
+    Record(ParseDiagnostic::Severity::FatalError, message, VError::ErrorInfo::NoError);
     ParseDiagnostic diagnostic = m_handler->GetRefusal().value_or(DescribeException(message));
-    diagnostic.severity = ParseDiagnostic::Severity::Error;
-    Record(message, VError::ErrorInfo::NoError, diagnostic);
     diagnostic.severity = ParseDiagnostic::Severity::FatalError;
-    Record(message, VError::ErrorInfo::NoError, std::move(diagnostic));
+    Describe({std::move(diagnostic)});
 }
 
 ParseDiagnostic XercesXMLParserImpl::DescribeException(const VString& message)
@@ -356,28 +428,76 @@ void XercesXMLParserImpl::ReadInput()
     auto& provider = dynamic_cast<IXercesInputSourceProvider&>(GetInput());
     const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
     m_handler->BeginParse(GetInput().Id(), source);
+    bool isAbandoned = false;
     try {
         if (const auto nul = NulFinder::FindInDeclaration(source.Get(), source.View()))
-            m_handler->RefuseNul(GetInput().Id(), nul->line, nul->column);
+            m_handler->RefuseNul(GetInput().Id(), {nul->line, nul->column});
         if (Utf16InputSource::IsWellFormed(source.Get(), source.View()))
             ReadDocument(Utf16InputSource(source.Get(), source.View()));
         else
             ReadDocument(source.Get(), source.View());
     } catch (const ParseAbandoned&) {
         // The handler has recorded the error like any other fatal error.
+        isAbandoned = true;
     } catch (...) {
+        m_handler->LocateRefusal(source.View());
         DiscardReader();
         throw;
     }
     m_handler->ForgetLocator();
-    if (!m_handler->GetErrors().empty())
-        MoveDiagnosticsFromHandler();
+    const bool isDoubtful =
+        m_checksReferences && (m_reader->MayHaveDoubtfulReferences() || DiagnosticPass::HasLateDeclaration(source));
+    if (m_handler->GetErrors().empty() && !isDoubtful)
+        return;
+    const bool isRepeatable = !isAbandoned && !m_handler->IsDone();
+    std::vector<ParseDiagnostic> recorded = MoveMessagesFromHandler();
+    const bool hasBadEnd = isAbandoned && !recorded.empty() && recorded.back().code == DiagnosticCode::BadBytes;
+    std::optional<ParseDiagnostic> found = hasBadEnd ? EncodingFaults::Find(source) : std::nullopt;
+    // Only Xerces knows UTF-32 without a byte order mark, so its place stays.
+    if (found && found->code != DiagnosticCode::WrongEncoding) {
+        found->sourceId = recorded.back().sourceId;
+        recorded.back() = std::move(*found);
+    }
+    std::vector<ParseDiagnostic> diagnostics = isRepeatable ? Explain(source) : std::vector<ParseDiagnostic>();
+    // Each document with an error has a diagnostic of an error.
+    if (HasError(recorded) && !HasError(diagnostics))
+        diagnostics.insert(diagnostics.end(), recorded.begin(), recorded.end());
+    Describe(std::move(diagnostics));
+}
+
+std::vector<ParseDiagnostic> XercesXMLParserImpl::Explain(const XercesInputSource& source)
+{
+    DiagnosticPass::Settings settings;
+    settings.validates = m_schemas != nullptr;
+    settings.checksReferences = m_checksReferences;
+    DiagnosticPass pass(
+        source, GetInput().Id(), m_schemas ? &m_schemas->grammars : nullptr, *m_securityManager, settings);
+    std::vector<ParseDiagnostic> diagnostics;
+    try {
+        diagnostics = pass.Run();
+    } catch (const xercesc::XMLException&) {
+        // The messages of the first pass are enough: a diagnosis must not add an error to the parse.
+        return {};
+    } catch (const std::bad_alloc&) {
+        // A document whose doubtful references are not yet known has no message of the first pass.
+        if (GetErrors().empty())
+            throw;
+        return {};
+    }
+    for (const ParseDiagnostic& doubt : pass.GetDoubts()) {
+        const VString message =
+            XercesXMLHandler::FormatMessage(doubt.severity, doubt.message, doubt.sourceId, doubt.start);
+        Record(doubt.severity, message, VError::ErrorInfo::NoError);
+    }
+    return diagnostics;
 }
 
 void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source, std::string_view uncheckedEnd)
 {
     m_reader->SetUncheckedEnd(uncheckedEnd);
+    m_reader->SetFindsDoubtfulReferences(m_checksReferences);
     m_handler->CheckEntitiesOf(source);
+    const XercesStackGuard guard(m_reader->GetMemory(), [this] { m_handler->RefuseDeepStack(); });
     xercesc::XMLPScanToken token;
     if (!m_reader->parseFirst(source, token))
         return;
@@ -389,15 +509,17 @@ void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source, std::
         m_reader->parseReset(token);
 }
 
-void XercesXMLParserImpl::MoveDiagnosticsFromHandler()
+std::vector<ParseDiagnostic> XercesXMLParserImpl::MoveMessagesFromHandler()
 {
     auto warning = m_handler->GetWarnings().begin();
     auto error = m_handler->GetErrors().begin();
-    for (ParseDiagnostic& diagnostic : m_handler->ReleaseDiagnostics()) {
+    std::vector<ParseDiagnostic> diagnostics = m_handler->ReleaseDiagnostics();
+    for (const ParseDiagnostic& diagnostic : diagnostics) {
         const VString& text = diagnostic.severity == ParseDiagnostic::Severity::Warning ? *warning++ : *error++;
-        Record(text, VError::ErrorInfo::NoError, std::move(diagnostic));
+        Record(diagnostic.severity, text, VError::ErrorInfo::NoError);
     }
     m_handler->resetErrors();
+    return diagnostics;
 }
 
 void XercesXMLParserImpl::Reload(InputSource& input, std::shared_ptr<SAXInterface> handler)

@@ -1,44 +1,55 @@
 // The parser behind XercesXMLParser and XercesTreeParser.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include <xercesc/framework/XMLGrammarPool.hpp>
+#include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
+#include "vancorexml/main/parser/NamespacePrefixes.h"
 #include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
 #include "vancorexml/main/parser/XercesMemory.h"
 #include "vancorexml/main/parser/XercesPlatform.h"
+#include "vancorexml/main/parser/XercesReader.h"
 #include "vancorexml/main/parser/XercesTreeParser.h"
 #include "vancorexml/main/parser/XercesXMLHandler.h"
 
 // The SAX2 reader of Xerces with four changes. It records whether the document declared XML 1.1. It
 // counts the default attributes of document type declarations. It passes elements and text straight to
 // the handler: SAX2's prefix tables, which nothing here uses, would cost as much as the handler itself. At the
-// end of a document, it refuses a NUL behind the root element and a UTF-8 text that ends within a character.
-class DocumentReader : public xercesc::SAX2XMLReaderImpl {
+// end of a document, it refuses a NUL behind the root element and a text that ends within a character.
+class DocumentReader : public XercesReader {
 public:
-    DocumentReader(XercesMemory& memory, xercesc::XMLGrammarPool* grammars) : SAX2XMLReaderImpl(&memory, grammars) {}
+    using XercesReader::XercesReader;
 
     bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
     // `handler` must outlive all later parses.
     void SetHandler(XercesXMLHandler& handler);
-    // Makes the next parse refuse a UTF-8 document that ends within a character, because Xerces does not report
-    // this fault. `text` is the document, or empty if all its bytes are known to be well-formed UTF-8.
+    // Makes the next parse refuse a document that ends within a character, because Xerces does not report this
+    // fault. `text` is the document, or empty if all its bytes are known to be well-formed UTF-8.
     void SetUncheckedEnd(std::string_view text) noexcept { m_uncheckedEnd = text; }
+
+    // Makes the next parse find out whether the document may have doubtful references.
+    void SetFindsDoubtfulReferences(bool finds) noexcept { m_findsReferences = finds; }
+    // True if the document has a document type, or a name that breaks the rules of namespaces.
+    bool MayHaveDoubtfulReferences() const noexcept { return m_mayHaveReferences; }
 
     void resetDocument() override;
     void endDocument() override;
 
     void XMLDecl(
         const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone, const XMLCh* actualEncoding) override;
+    void doctypeDecl(const xercesc::DTDElementDecl& element,
+        const XMLCh* publicId,
+        const XMLCh* systemId,
+        bool hasInternalSubset,
+        bool hasExternalSubset) override;
     void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override;
     void startElement(const xercesc::XMLElementDecl& element,
         unsigned int uri,
@@ -53,6 +64,13 @@ public:
     void ignorableWhitespace(const XMLCh* text, XMLSize_t length, bool isCData) override;
 
 private:
+    // A validation looks up each element that the schema does not declare in a table of Xerces with 29 buckets, which
+    // never grows. So the time grows with the square of the number of different names: 20,000 take 0.7 seconds,
+    // 100,000 took 42 seconds. Xerces numbers these names from 1.
+    static constexpr XMLSize_t MostUndeclaredElements = 20000;
+
+    [[noreturn]] void RefuseUndeclaredElements();
+    void EndElement();
     // Returns the qualified name as the document writes it. `element` alone does not have the prefix if
     // it was declared in a schema.
     const XMLCh* GetQName(const xercesc::XMLElementDecl& element, const XMLCh* prefix);
@@ -65,11 +83,14 @@ private:
     bool m_hasNamespaces = false;
     XMLSize_t m_depth = 0;
     std::u16string m_qname;
+    bool m_findsReferences = false;
+    bool m_mayHaveReferences = false;
+    NamespacePrefixes m_prefixes;
 };
 
 // Drives a DocumentReader. The next parse reuses the reader, unless the document had an error or
-// declared XML 1.1: both leave state in the reader that would affect the next document. The grammars
-// are not part of the reader and stay loaded.
+// declared XML 1.1: both leave state in the reader that would affect the next document. The next parse also gets a new
+// reader if the document made the reader large. The schemas are not part of the reader and stay loaded.
 class XercesXMLParserImpl : public XercesTreeParser {
 public:
     // `handler` is the caller's handler that `builder` calls, or null for a builder of the library.
@@ -81,18 +102,32 @@ public:
     void Reload(InputSource& input, std::shared_ptr<SAXInterface> handler) override;
     void Reload(InputSource& input, std::shared_ptr<TreeBuilder> builder) override;
     std::vector<VString> GetLoadedXSDs() const override { return m_loadedXSDs; }
+    void SetEnableReferenceChecks(bool enable) override { m_checksReferences = enable; }
     void GetCurrentLocation(int& line, int& column) override;
 
 protected:
     void DoParse() override;
 
 private:
+    // The loaded schemas and the reader that loads them. They share their memory, because a schema refers to parts
+    // that its reader made.
+    struct Schemas {
+        // New blocks are zero: if an allocation for a content model fails, Xerces frees pointers that it has not set.
+        XercesMemory memory{XercesMemory::Content::Zero};
+        xercesc::XMLGrammarPoolImpl grammars{&memory};
+        std::unique_ptr<xercesc::BinInputStream> stream;  // of the schema that was loaded last
+        // Null after the abandoned loading of a schema, which leaves the reader unfit for reuse. RequireLoader makes a
+        // new one.
+        std::unique_ptr<xercesc::SAX2XMLReaderImpl> loader;
+    };
+
     void RequireReader();
+    void RequireLoader();
     void DiscardReader() noexcept;
-    void InstallHandler();
-    void InstallResolver();
+    void InstallResolver(xercesc::SAX2XMLReader& reader);
     void PrepareParserState();
-    void SetValidation(bool validate);
+    // Makes m_schemas. If this fails, the parser has no schemas.
+    void PrepareSchemas();
     void LoadSchema(InputSource& schema);
     void LoadSchemaResource(const VString& name);
     void LoadGrammar(const XercesInputSource& source, const VString& id);
@@ -100,22 +135,26 @@ private:
     void ReadInput();
     // `uncheckedEnd`: see DocumentReader::SetUncheckedEnd.
     void ReadDocument(const xercesc::InputSource& source, std::string_view uncheckedEnd = {});
-    void MoveDiagnosticsFromHandler();
-    // Records an exception that has ended the parse.
-    void RecordException(const VString& message);
+    // Records the messages of the handler. Returns its diagnostics.
+    std::vector<ParseDiagnostic> MoveMessagesFromHandler();
+    // Reads a document with errors again. Returns its diagnostics.
+    std::vector<ParseDiagnostic> Explain(const XercesInputSource& source);
+    // Records an exception that has ended the parse. The diagnostic tells the reason, or the message if there is none.
+    void RecordException(
+        const VString& message, const VString& reason = VString(), DiagnosticCode code = DiagnosticCode::Other);
     // Records an XMLParseException that has ended the parse: as an error and as a fatal error.
     void RecordParseException(const VString& message);
     ParseDiagnostic DescribeException(const VString& message);
 
     // Declared before all members that use Xerces, so that it is destroyed after them.
     XercesInitializer m_xerces;
-    XercesMemory m_memory;
-    std::unique_ptr<xercesc::XMLGrammarPool> m_grammars;
-    // Null after DiscardReader, which is called when a parse or the abandoned loading of a schema leaves the
-    // reader unfit for reuse. RequireReader makes a new one.
+    // Null before the first schema.
+    std::unique_ptr<Schemas> m_schemas;
+    // Null after DiscardReader, which is called when a parse leaves the reader unfit for reuse, and when a schema is
+    // loaded. RequireReader makes a new one.
     std::unique_ptr<DocumentReader> m_reader;
     std::unique_ptr<xercesc::SecurityManager> m_securityManager;
     std::unique_ptr<XercesXMLHandler> m_handler;
     std::vector<VString> m_loadedXSDs;
-    std::uint32_t m_hasNoSchema = 1;
+    bool m_checksReferences = false;
 };

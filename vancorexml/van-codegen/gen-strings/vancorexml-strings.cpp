@@ -4,6 +4,7 @@
 
 #include "vancoredata/VLocale.h"
 #include "vancoreplatform/CoreThreadContext.h"
+#include "vancoreplatform/StaticObject.h"
 #include "vansys/LogicException.h"
 
 namespace {
@@ -62,16 +63,15 @@ bool Load(QTranslator& translator, const VString& language)
 // The cache's name among the objects of the process.
 constexpr const char* CacheName = "vancorexml-strings";
 
-// Removes the cache from the process's objects when the library is unloaded. Otherwise the process would destroy the
-// cache at its exit, when the code of its destructor is no longer loaded.
+// Removes the cache from the process's objects when the library is unloaded. Otherwise the store would later destroy
+// the cache, when the code of its destructor is no longer loaded.
 struct CacheRemover {
     ~CacheRemover() { CoreThreadContext::RemoveProcessObject(CacheName); }
 };
 
 boost::any CreateCache()
 {
-    // Constructed after the store of process objects, so the process destroys the remover before the store.
-    static const CacheRemover remover{};
+    GetStaticObject<CacheRemover>();
     return std::make_shared<CoreXml::LocalStringTableCache>();
 }
 
