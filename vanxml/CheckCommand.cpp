@@ -2,39 +2,105 @@
 
 #include <CLI/CLI.hpp>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <set>
 #include <vector>
 
+#include "vanxml/CheckReport.h"
+#include "vanxml/CheckSummary.h"
 #include "vanxml/DocumentChecker.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/JobQueue.h"
+#include "vanxml/OperatingSystem.h"
+#include "vanxml/OptionChecks.h"
+#include "vanxml/ProgressLine.h"
 #include "vanxml/StandardStreams.h"
+#include "vanxml/TextStyle.h"
 
 namespace {
 
-std::string FormatCount(std::size_t count, const char* what)
-{
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
-// Returns nothing for "auto": the type and version of each document then select its schema.
-std::optional<SchemaReference> ResolveSchemaOption(const std::string& name)
-{
-    if (name == "auto")
-        return std::nullopt;
-    return name == "none" ? SchemaReference() : FindSchema(VString::fromStdString(name));
-}
-
-CheckedDocument CheckFile(DocumentChecker& checker, const SelectedFile& file)
+CheckedDocument CheckFile(DocumentChecker& checker, const CheckReport& report, const SelectedFile& file)
 {
     if (file.error.empty())
         return checker.Check(file.name);
     CheckedDocument result;
     result.status = ExitStatus::Failed;
-    result.lines = FormatErrorLine(file.error);
+    result.messages.push_back({report.FormatFailure(VString(), file.error), std::nullopt});
     return result;
+}
+
+// Writes the messages of documents up to a limit and counts the others.
+class LimitedReport {
+public:
+    LimitedReport(CheckReport& report, ProgressLine& progress, std::size_t mostMessages)
+        : m_report(report),
+          m_progress(progress),
+          m_mostMessages(mostMessages)
+    {}
+
+    void Write(const CheckedDocument& document)
+    {
+        // The errors in a schema are written once, not for each document.
+        const bool isRepeated = !document.brokenSchema.empty() && !m_brokenSchemas.insert(document.brokenSchema).second;
+        if (!isRepeated) {
+            m_omitted += document.omitted;
+            for (const CheckMessage& message : document.messages)
+                Write(message);
+        }
+        if (document.failure)
+            Write(*document.failure);
+    }
+
+    // The number of messages beyond the limit.
+    std::size_t Omitted() const { return m_omitted; }
+
+private:
+    void Write(const CheckMessage& message)
+    {
+        if (m_written == m_mostMessages) {
+            ++m_omitted;
+            return;
+        }
+        ++m_written;
+        m_progress.Clear();
+        m_report.Write(message);
+    }
+
+    CheckReport& m_report;
+    ProgressLine& m_progress;
+    const std::size_t m_mostMessages;
+    std::size_t m_written = 0;
+    std::size_t m_omitted = 0;
+    std::set<std::string> m_brokenSchemas;
+};
+
+void AddReportOptions(CLI::App& command, std::string& format, std::string& colors)
+{
+    command
+        .add_option("--format",
+            format,
+            "The form of the messages: text for people; gcc for one line a message; json for one JSON object a line; "
+            "sarif for a SARIF 2.1.0 log. json and sarif are written to standard output")
+        ->check(IsOneOf({"text", "gcc", "json", "sarif"}))
+        ->capture_default_str()
+        ->type_name("text|gcc|json|sarif");
+    AddColorOption(command, colors);
+}
+
+// Writes the summary to standard output, unless that is for a program.
+void WriteSummary(const CheckSummary& summary, std::size_t omitted, double seconds, bool isForProgram)
+{
+    if (omitted > 0)
+        StandardStreams::WriteError(FormatErrorLine(CheckSummary::FormatOmitted(omitted)));
+    using OperatingSystem::Stream;
+    const bool isTerminal = OperatingSystem::IsTerminal(isForProgram ? Stream::Error : Stream::Output);
+    const std::string line = summary.Format() + (isTerminal ? summary.FormatSpeed(seconds) : std::string()) + "\n";
+    if (isForProgram)
+        StandardStreams::WriteError(line);
+    else
+        StandardStreams::Write(line);
 }
 
 }  // namespace
@@ -46,10 +112,21 @@ void CheckCommand::AddTo(CLI::App& application)
     command
         ->add_option("--schema",
             m_schema,
-            "The schema to check against: none for no schema; auto for the schema of each document's type and version; "
-            "the name of a schema of the library; or a schema file")
+            "The schema to check against: auto for the schema of each document's type and version, if it has a type; "
+            "hints for the files that a document names with xsi:schemaLocation; none for no schema; the name of a "
+            "schema of the library, such as kxa-10.2; or a schema file")
         ->capture_default_str()
-        ->type_name("auto|none|NAME|FILE.xsd");
+        ->type_name("auto|hints|none|NAME|FILE.xsd");
+    AddReportOptions(*command, m_format, m_colors);
+    CLI::Option* const most =
+        command->add_option("--max-errors", m_mostMessages, "Print at most N messages, and the number of the others")
+            ->check(IsWholeNumber(0, 1'000'000'000))
+            ->type_name("N");
+    command
+        ->add_flag(
+            "--quiet", m_isQuiet, "Print nothing but mistakes in the command line; the exit status tells the result")
+        ->excludes(most);
+    command->add_flag("--strict", m_isStrict, "End with status 1 if there are warnings");
     AddJobsOption(*command, m_jobs);
     m_command = command;
 }
@@ -61,29 +138,34 @@ bool CheckCommand::IsChosen() const
 
 ExitStatus CheckCommand::Run()
 {
+    const auto start = std::chrono::steady_clock::now();
     const std::vector<SelectedFile> files = m_selection.Select().files;
-    const std::optional<SchemaReference> schema = ResolveSchemaOption(m_schema);
+    const SchemaOption schema(m_schema);
+    const std::unique_ptr<CheckReport> report = CheckReport::Create(m_format, TextStyle::ForStandardError(m_colors));
+    const std::size_t mostMessages = m_isQuiet ? 0 : m_mostMessages;
     const auto makeJob = [&]() -> JobQueue<CheckedDocument>::Job {
-        const auto checker = std::make_shared<DocumentChecker>(schema);
-        return [checker, &files](std::size_t number) { return CheckFile(*checker, files[number]); };
+        const auto checker = std::make_shared<DocumentChecker>(schema, *report, mostMessages);
+        return [&, checker](std::size_t number) { return CheckFile(*checker, *report, files[number]); };
     };
     JobQueue<CheckedDocument> queue(files.size(), m_jobs, makeJob);
+    ProgressLine progress(m_isQuiet ? 0 : files.size());
+    LimitedReport limited(*report, progress, mostMessages);
+    CheckSummary summary;
     ExitStatus status = ExitStatus::Good;
-    std::size_t documents = 0;
-    std::size_t errors = 0;
-    std::set<std::string> brokenSchemas;
     for (std::size_t number = 0; number < files.size(); ++number) {
+        progress.Show(number);
         const CheckedDocument document = queue.WaitFor(number);
         status = Worse(status, document.status);
-        errors += document.errors;
-        if (document.wasChecked)
-            ++documents;
-        // The errors in a schema are printed once, not for each document.
-        if (document.brokenSchema.empty() || brokenSchemas.insert(document.brokenSchema).second)
-            StandardStreams::WriteError(document.lines);
+        summary.Add(document);
+        limited.Write(document);
     }
-    const std::size_t unchecked = files.size() - documents;
-    StandardStreams::Write(FormatCount(documents, "document") + ", " + FormatCount(errors, "error") +
-        (unchecked > 0 ? ", " + std::to_string(unchecked) + " not checked" : "") + "\n");
+    progress.Clear();
+    if (m_isStrict && summary.warnings > 0)
+        status = Worse(status, ExitStatus::Faulty);
+    if (!m_isQuiet) {
+        report->Finish(summary.unchecked, limited.Omitted());
+        const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - start;
+        WriteSummary(summary, limited.Omitted(), duration.count(), report->IsForPrograms());
+    }
     return status;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 #include <sstream>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "vanxml/EditCommand.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/FormatCommand.h"
+#include "vanxml/HelpCommand.h"
 #include "vanxml/QueryCommand.h"
 #include "vanxml/RetargetCommand.h"
 #include "vanxml/SchemaCommand.h"
@@ -34,13 +36,8 @@ Commands MakeCommands()
     commands.push_back(std::make_unique<QueryCommand>());
     commands.push_back(std::make_unique<VersionCommand>());
     commands.push_back(std::make_unique<SchemaCommand>());
+    commands.push_back(std::make_unique<HelpCommand>());
     return commands;
-}
-
-ExitStatus Fail(const std::string& message)
-{
-    StandardStreams::WriteError(FormatErrorLine(message));
-    return ExitStatus::Failed;
 }
 
 // VString replaces bytes that are not UTF-8, so the name of a file could become that of another file.
@@ -49,7 +46,7 @@ void RequireUtf8(const std::vector<std::string>& arguments)
     for (const std::string& argument : arguments) {
         const bool isUtf8 = FindInvalidUtf8(argument.data(), argument.size()) == argument.size();
         if (!isUtf8)
-            throw ToolError("The argument \"" + argument + "\" is not UTF-8");
+            throw UsageError("the argument '" + argument + "' is not UTF-8");
     }
 }
 
@@ -65,9 +62,67 @@ std::string WithoutMarks(std::string text)
     return text;
 }
 
+// Returns the innermost command that the arguments name, or the application.
+const CLI::App& ChosenCommand(const CLI::App& application)
+{
+    const CLI::App* command = &application;
+    while (!command->get_subcommands().empty())
+        command = command->get_subcommands().front();
+    return *command;
+}
+
+// Prints a mistake in the command line and how to get help.
+ExitStatus Fail(const CLI::App& application, const std::string& message)
+{
+    const std::string name = FullName(ChosenCommand(application));
+    const bool isHelp = name == " help";  // its mistakes are names of commands
+    StandardStreams::WriteError(
+        FormatErrorLine(message) + "Run 'vanxml help" + (isHelp ? "" : name) + "' for more information.\n");
+    return ExitStatus::Failed;
+}
+
+// Returns a plain sentence for a message about the number of values of an option:
+// - "--at needs a value: PATH" for "--at: 1 required PATH missing"
+// - "--schema is given 2 times; give it once" for "--schema: At Most 1 required but received 2"
+// Returns every other message unchanged.
+std::string DescribeNumberOfValues(const std::string& message)
+{
+    constexpr std::string_view missing = ": 1 required ";
+    constexpr std::string_view missingEnd = " missing";
+    constexpr std::string_view repeated = ": At Most 1 required but received ";
+    if (const std::size_t found = message.find(repeated); found != std::string::npos)
+        return message.substr(0, found) + " is given " + message.substr(found + repeated.size()) +
+            " times; give it once";
+    const std::size_t found = message.find(missing);
+    if (found == std::string::npos || !message.ends_with(missingEnd))
+        return message;
+    const std::size_t start = found + missing.size();
+    return message.substr(0, found) +
+        " needs a value: " + message.substr(start, message.size() - missingEnd.size() - start);
+}
+
+// Returns a sentence about the mistake. The texts of CLI11 do not say what to write instead.
+std::string DescribeMistake(const CLI::App& application, const CLI::ParseError& error)
+{
+    const CLI::App& command = ChosenCommand(application);
+    const std::vector<std::string> rest = application.remaining(true);  // the arguments that have no meaning
+    const auto isOption = [](const std::string& argument) { return argument.size() > 1 && argument[0] == '-'; };
+    const auto option = std::find_if(rest.begin(), rest.end(), isOption);
+    if (option != rest.end())
+        return DescribeUnknownOption(command, *option);
+    const bool needsCommand = command.get_require_subcommand_min() > 0;
+    if (needsCommand && !rest.empty())
+        return DescribeUnknownCommand(command, WithoutMarks(rest.front()));
+    if (!rest.empty())
+        return "'" + command.get_name() + "' does not expect the argument '" + WithoutMarks(rest.front()) + "'";
+    if (needsCommand)
+        return DescribeMissingCommand(command);
+    return DescribeNumberOfValues(WithoutMarks(error.what()));
+}
+
 // Requests for help or the version succeed. Every other exception of CLI11 is a mistake in the command
 // line.
-ExitStatus EndOfParse(const CLI::App& application, const CLI::ParseError& error)
+ExitStatus EndOfParse(const CLI::App& application, const CLI::ParseError& error, bool hasArguments)
 {
     if (error.get_exit_code() == 0) {
         std::ostringstream output;
@@ -75,12 +130,11 @@ ExitStatus EndOfParse(const CLI::App& application, const CLI::ParseError& error)
         StandardStreams::Write(output.str());
         return ExitStatus::Good;
     }
-    // CLI11 treats a misspelt command as an operand: it is in remaining(), and no subcommand was parsed.
-    const std::vector<std::string> rest = application.remaining();
-    const bool isUnknown = application.get_subcommands().empty() && !rest.empty();
-    Fail(WithoutMarks(isUnknown ? "There is no command \"" + rest.front() + "\"" : error.what()));
-    StandardStreams::WriteError("Run with --help for more information.\n");
-    return ExitStatus::Failed;
+    if (!hasArguments) {
+        StandardStreams::WriteError(FormatHelp(application));
+        return ExitStatus::Failed;
+    }
+    return Fail(application, DescribeMistake(application, error));
 }
 
 // Marks the value behind the equals sign of an option if CLI11 must not interpret it.
@@ -126,7 +180,6 @@ void UnmarkOperands(CLI::App& command)
 
 ExitStatus RunCommandLine(const std::vector<std::string>& arguments)
 {
-    RequireUtf8(arguments);
     const Commands commands = MakeCommands();
     CLI::App application("Formats, edits, checks and queries XML documents", "vanxml");
     application.require_subcommand(1);
@@ -135,17 +188,21 @@ ExitStatus RunCommandLine(const std::vector<std::string>& arguments)
     for (const std::unique_ptr<Command>& command : commands)
         command->AddTo(application);
     UnmarkOperands(application);
+    AddExamples(application);
 
     std::vector<std::string> marked = MarkOperands(arguments);
     std::reverse(marked.begin(), marked.end());  // CLI11 reads from the end
     try {
+        RequireUtf8(arguments);
         application.parse(std::move(marked));
+        for (const std::unique_ptr<Command>& command : commands) {
+            if (command->IsChosen())
+                return command->Run();
+        }
+        return ExitStatus::Failed;
     } catch (const CLI::ParseError& error) {
-        return EndOfParse(application, error);
+        return EndOfParse(application, error, !arguments.empty());
+    } catch (const UsageError& error) {
+        return Fail(application, error.what());
     }
-    for (const std::unique_ptr<Command>& command : commands) {
-        if (command->IsChosen())
-            return command->Run();
-    }
-    return ExitStatus::Failed;
 }

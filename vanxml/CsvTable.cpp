@@ -1,6 +1,7 @@
 #include "vanxml/CsvTable.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "vanxml/ToolError.h"
 
@@ -28,7 +29,7 @@ private:
             record.fields.push_back(m_text.starts_with('"') ? ParseQuotedField() : ParsePlainField());
         } while (Consume(","));
         if (!m_text.empty() && !ConsumeLineEnd())
-            Fail("Text follows the closing quote of a field");
+            Fail("text follows the closing quote of a field");
         return record;
     }
 
@@ -39,7 +40,7 @@ private:
             --length;
         std::string field(m_text.substr(0, length));
         if (field.find('"') != std::string::npos)
-            Fail("A quote is inside a field that does not begin with one");
+            Fail("a quote is inside a field that does not begin with one");
         m_text.remove_prefix(length);
         return field;
     }
@@ -53,11 +54,11 @@ private:
             const std::size_t end = m_text.find('"');
             if (end == std::string_view::npos) {
                 m_line = start;
-                Fail("A quoted field has no end");
+                Fail("a quoted field has no end");
             }
             field += m_text.substr(0, end);
-            m_line +=
-                static_cast<std::size_t>(std::count(m_text.begin(), m_text.begin() + static_cast<long>(end), '\n'));
+            m_line += static_cast<std::size_t>(
+                std::count(m_text.begin(), m_text.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
             m_text.remove_prefix(end + 1);
             if (!Consume("\""))
                 return field;

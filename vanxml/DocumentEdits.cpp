@@ -43,7 +43,7 @@ std::string DocumentEdits::Apply(EditedText&& edited)
         edits.push_back(
             {inFile[2 * i], inFile[2 * i + 1] - inFile[2 * i], m_encoder->Encode(edited.edits[i].replacement, refuse)});
     std::string bytes = ApplyEdits(m_bytes, edits);
-    if (DecodeToUtf8(std::string(bytes), m_name, true).text != edited.text)
-        throw XMLVerificationError("The bytes of the edited document would differ from its text");
+    if (!IsReadAs(bytes, edited.text))
+        throw XMLVerificationError("the bytes of the edited document would differ from its text");
     return bytes;
 }

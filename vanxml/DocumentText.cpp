@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "vancoreplatform/DecodingException.h"
 #include "vancoreplatform/Encoding.h"
 #include "vancoreplatform/TextEncoder.h"
 #include "vancoreplatform/VFormatString.h"
@@ -26,7 +27,8 @@ bool IsSameName(std::string_view a, std::string_view b)
 // True if the bytes are the text: UTF-8 without a mark and without the declaration of another encoding.
 bool IsPlainUtf8(const std::string& bytes)
 {
-    if (bytes.starts_with(Utf8Mark) || FindInvalidUtf8(bytes.data(), bytes.size()) != bytes.size())
+    if (bytes.starts_with(Utf8Mark) || FindUnmarkedUtf16(bytes) ||
+        FindInvalidUtf8(bytes.data(), bytes.size()) != bytes.size())
         return false;
     const std::optional<std::string_view> declared = FindDeclaredEncoding(bytes);
     return !declared || IsSameName(*declared, "UTF-8");
@@ -77,10 +79,19 @@ std::string EncodeDocument(std::string&& text, const FileEncoding& encoding)
         return encoding.hasMark ? std::string(Utf8Mark) + text : std::move(text);
     return EncodeFromUtf8(text, encoding, [&](char32_t character) -> std::string {
         const VString message =
-            VFormatString("The encoding %1 cannot be kept: it has no bytes of its own for the character "
-                          "with the number %2. Use --encoding utf-8")
+            VFormatString("the encoding %1 cannot be kept: it has no bytes of its own for the character "
+                          "with the number %2; use --encoding utf-8")
                 .arg(encoding.name)
                 .arg(static_cast<std::uint64_t>(character));
         throw ToolError(message.toStdString());
     });
+}
+
+bool IsReadAs(const std::string& bytes, const std::string& text)
+{
+    try {
+        return DecodeToUtf8(std::string(bytes), VString(), true).text == text;
+    } catch (const VIO::DecodingException&) {
+        return false;
+    }
 }

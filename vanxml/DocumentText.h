@@ -14,7 +14,7 @@
 // Threads: any number of readers.
 class DocumentText {
 public:
-    // Throws VIO::Exception, with `name` as the file, if the bytes cannot be decoded. Linear.
+    // Throws VIO::DecodingException, with `name` as the file, if the bytes cannot be decoded. Linear.
     DocumentText(const VString& name, const std::string& bytes);
     DocumentText(const DocumentText&) = delete;
     DocumentText& operator=(const DocumentText&) = delete;
@@ -37,3 +37,6 @@ bool HasAllCharacters(const FileEncoding& encoding) noexcept;
 // Returns the bytes of a file with this text and encoding. Throws ToolError if the encoding lacks a character of the
 // text. Linear.
 std::string EncodeDocument(std::string&& text, const FileEncoding& encoding);
+
+// True if the bytes of a file are read as the text. Linear.
+bool IsReadAs(const std::string& bytes, const std::string& text);

@@ -8,9 +8,9 @@
 #include <optional>
 #include <utility>
 
+#include "vanxml/DiagnosticText.h"
 #include "vanxml/DocumentEdits.h"
 #include "vanxml/DocumentText.h"
-#include "vanxml/ErrorLines.h"
 #include "vanxml/ToolError.h"
 
 namespace {
@@ -31,8 +31,15 @@ void Set(ElementChange& change, const std::string& value)
 {
     const std::size_t equals = value.find('=');
     if (equals == std::string::npos)
-        throw ToolError("--set \"" + value + "\" has no \"=\" between the name and the value");
+        throw UsageError("--set '" + value + "' has no '=' between the name and the value");
     change.setAttributes.emplace_back(Text(value.substr(0, equals)), Text(value.substr(equals + 1)));
+}
+
+// Returns the error for an option that gives the elements of one --at two values.
+UsageError TwoValues(const std::string& option, const VString& first, const std::string& second)
+{
+    return UsageError(option + " '" + first.toStdString() + "' and " + option + " '" + second +
+        "' stand behind one --at; keep one of them, or write --at in front of each");
 }
 
 const Action Actions[] = {
@@ -46,7 +53,7 @@ const Action Actions[] = {
         "Replace the text of an element that contains no elements",
         [](ElementChange& change, const std::string& value) {
             if (change.text && *change.text != Text(value))
-                throw ToolError("--text stands twice behind one --at");
+                throw TwoValues("--text", *change.text, value);
             change.text = Text(value);
         }},
     {"--rename",
@@ -54,7 +61,7 @@ const Action Actions[] = {
         "Rename the element",
         [](ElementChange& change, const std::string& value) {
             if (change.name && *change.name != Text(value))
-                throw ToolError("--rename stands twice behind one --at");
+                throw TwoValues("--rename", *change.name, value);
             change.name = Text(value);
         }},
     {"--delete",
@@ -92,7 +99,7 @@ void EditCommand::AddTo(CLI::App& application)
     m_at = addOption("--at",
         m_paths,
         "Select the elements that the actions behind this option change, up to the next --at; "
-        "PATH is a path as in \"vanxml query\"")
+        "PATH is a path as in 'vanxml query'")
                ->required()
                ->type_name("PATH")
                ->group("Changes");
@@ -118,7 +125,7 @@ void EditCommand::ReadChanges()
     bool hasAction = true;
     const auto requireAction = [&] {
         if (!hasAction)
-            throw ToolError("--at \"" + m_changes.back().first.toStdString() + "\" has no action behind it");
+            throw UsageError("--at '" + m_changes.back().first.toStdString() + "' has no action behind it");
     };
     for (const CLI::Option* option : m_command->parse_order()) {
         const std::size_t index = used[option]++;
@@ -133,7 +140,7 @@ void EditCommand::ReadChanges()
         if (action == m_actions.end())
             continue;
         if (m_changes.empty())
-            throw ToolError(std::string(action->name) + " needs an --at in front of it");
+            throw UsageError(std::string(action->name) + " needs an --at in front of it");
         action->apply(m_changes.back().second, action->values.empty() ? std::string() : action->values[index]);
         hasAction = true;
     }
@@ -149,9 +156,7 @@ RewrittenDocument EditCommand::Rewrite(const VString& name, const std::string& b
         editor.Change(path, change);
     RewrittenDocument result;
     std::optional<EditedText> edited = editor.Edit();
-    for (const ParseDiagnostic& diagnostic : editor.GetDiagnostics())
-        result.lines +=
-            FormatErrorLine(name, IsError(diagnostic) ? diagnostic.GetText() : "Warning: " + diagnostic.GetText());
+    result.lines = FormatDiagnostics(name, editor.GetDiagnostics(), document.Text());
     if (edited)
         result.bytes = edits.Apply(std::move(*edited));
     else

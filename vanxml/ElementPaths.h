@@ -1,6 +1,7 @@
 // The paths of elements, for output.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 

@@ -58,14 +58,14 @@ bool IsError(const ParseDiagnostic& diagnostic) noexcept
     return diagnostic.severity != ParseDiagnostic::Severity::Warning;
 }
 
-std::string FormatErrorLine(const VString& name, const VString& message)
+std::string FormatDocumentLine(const VString& place, const VString& message)
 {
-    return EscapeControlCharacters((name + ": " + message).toStdString()) + "\n";
+    return EscapeControlCharacters((place + ": " + message).toStdString()) + "\n";
 }
 
-std::string FormatErrorLine(const VString& name, const ParseDiagnostic& diagnostic)
+std::string FormatErrorLine(const VString& name, const VString& message)
 {
-    return FormatErrorLine(name, diagnostic.GetText());
+    return FormatDocumentLine(name, "error: " + message);
 }
 
 std::string FormatErrorLine(std::string_view message)

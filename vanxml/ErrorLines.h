@@ -17,10 +17,13 @@ std::string EscapeControlCharacters(std::string_view text);
 // False for a warning.
 bool IsError(const ParseDiagnostic& diagnostic) noexcept;
 
-// Returns "NAME: MESSAGE" and a line feed, for an error of the document `name`. Escapes the name and the message.
+// Returns "PLACE: MESSAGE" and a line feed. `place` is the name of a document, possibly with a line and a column.
+// Escapes the place and the message.
+std::string FormatDocumentLine(const VString& place, const VString& message);
+
+// Returns "NAME: error: MESSAGE" and a line feed, for an error of the document `name`. Escapes the name and the
+// message.
 std::string FormatErrorLine(const VString& name, const VString& message);
-// The same for the text of the diagnostic, with its position in the document as given.
-std::string FormatErrorLine(const VString& name, const ParseDiagnostic& diagnostic);
 
 // Returns "vanxml: MESSAGE" and a line feed, for any other error. Escapes the message.
 std::string FormatErrorLine(std::string_view message);

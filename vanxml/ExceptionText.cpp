@@ -9,22 +9,26 @@
 #include <new>
 #include <stdexcept>
 
+#include "vancoreplatform/DecodingException.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancoreplatform/VIOException.h"
+#include "vancorexml/main/parser/EncodingFaults.h"
 #include "vancorexml/main/parser/XMLComparison.h"
 #include "vansys/LogicException.h"
+#include "vanxml/DiagnosticText.h"
+#include "vanxml/ErrorLines.h"
 #include "vanxml/ToolError.h"
 
 namespace {
 
 std::string TooLarge(const VString& document, const char* reason)
 {
-    return (document.IsEmpty() ? "The text" : "\"" + document + "\"").toStdString() + " is too large" + reason;
+    return (document.IsEmpty() ? "the text" : "'" + document + "'").toStdString() + " is too large" + reason;
 }
 
 std::string Failed(const VString& document, const VString& reason)
 {
-    return (document.IsEmpty() ? reason : "\"" + document + "\" cannot be processed: " + reason).toStdString();
+    return (document.IsEmpty() ? reason : "'" + document + "' cannot be processed: " + reason).toStdString();
 }
 
 VString DescribeAssertion(const LogicException& exception)
@@ -62,5 +66,18 @@ std::string DescribeException(const VString& document)
         return Failed(document, VString(exception.what()));
     } catch (...) {
         return Failed(document, "unknown exception");
+    }
+}
+
+FailureReport ReportException(const VString& document)
+{
+    try {
+        throw;
+    } catch (const VIO::DecodingException& exception) {
+        const VIO::BadBytes& badBytes = exception.GetBadBytes();
+        const ParseDiagnostic error = EncodingFaults::Describe(badBytes);
+        return {ExitStatus::Faulty, FormatDiagnostics(badBytes.fileName, {error}, badBytes.text)};
+    } catch (...) {
+        return {ExitStatus::Failed, FormatErrorLine(DescribeException(document))};
     }
 }

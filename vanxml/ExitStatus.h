@@ -5,7 +5,7 @@
 
 enum class ExitStatus : int {
     Good = 0,    // the command succeeded and found no errors
-    Faulty = 1,  // a document has errors, or declares no version
+    Faulty = 1,  // a document has errors or declares no version, or a query found nothing
     Failed = 2,  // wrong arguments, or a file could not be read or written
 };
 

@@ -7,9 +7,19 @@
 
 #include "vancorexml/main/parser/XMLComparison.h"
 #include "vancorexml/main/parser/XMLSourceFormatter.h"
+#include "vanxml/DiagnosticText.h"
 #include "vanxml/DocumentText.h"
-#include "vanxml/ErrorLines.h"
 #include "vanxml/ToolError.h"
+
+namespace {
+
+std::string CheckEncoding(const std::string& encoding)
+{
+    const bool isUtf8 = CLI::detail::to_lower(encoding) == "utf-8";
+    return isUtf8 ? std::string() : "'" + encoding + "' is not supported; write utf-8";
+}
+
+}  // namespace
 
 void FormatCommand::AddTo(CLI::App& application)
 {
@@ -20,7 +30,7 @@ void FormatCommand::AddTo(CLI::App& application)
         ->add_option("--encoding",
             m_encoding,
             "Write utf-8 without a byte order mark; by default, each document keeps its encoding and its mark")
-        ->check(CLI::IsMember({"utf-8"}, CLI::ignore_case))
+        ->check(CLI::Validator(CheckEncoding, ""))
         ->type_name("utf-8");
     command->add_flag("--no-header", m_noHeader, "Leave out the XML declaration");
     command->add_flag("--strict",
@@ -39,17 +49,14 @@ RewrittenDocument FormatCommand::Rewrite(const VString& name, const std::string&
     if (m_encoding.empty())
         options.encoding = document.DeclaredEncoding();
     if (m_noHeader && !options.hasAllCharacters)
-        throw ToolError("\"" + name.toStdString() + "\" needs its XML declaration, which names the encoding " +
-            options.encoding + ". Use --encoding utf-8 with --no-header");
+        throw ToolError("'" + name.toStdString() + "' needs its XML declaration, which names the encoding " +
+            options.encoding + "; use --encoding utf-8 with --no-header");
 
     XMLSourceFormatter formatter(options);
     RewrittenDocument result;
     std::optional<std::string> formatted = formatter.Format(document.Text(), name);
     if (!formatted) {
-        for (const ParseDiagnostic& diagnostic : formatter.GetDiagnostics()) {
-            if (IsError(diagnostic))
-                result.lines += FormatErrorLine(name, diagnostic);
-        }
+        result.lines = FormatDiagnostics(name, formatter.GetDiagnostics(), document.Text());
         result.status = ExitStatus::Faulty;
         return result;
     }
@@ -59,7 +66,7 @@ RewrittenDocument FormatCommand::Rewrite(const VString& name, const std::string&
     }
     // The formatter has verified the text, but not its bytes.
     result.bytes = EncodeDocument(std::string(*formatted), encoding);
-    if (DecodeToUtf8(std::string(result.bytes), name, true).text != *formatted)
-        throw XMLVerificationError("The formatted document would differ from the original");
+    if (!IsReadAs(result.bytes, *formatted))
+        throw XMLVerificationError("the formatted document would differ from the original");
     return result;
 }

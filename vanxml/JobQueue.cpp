@@ -3,7 +3,10 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <new>
 #include <system_error>
+
+#include "vanxml/OptionChecks.h"
 
 void AddJobsOption(CLI::App& command, unsigned& jobs)
 {
@@ -11,7 +14,7 @@ void AddJobsOption(CLI::App& command, unsigned& jobs)
         .add_option("--jobs",
             jobs,
             "The number of documents to process at the same time; the default is the number of the machine's cores")
-        ->check(CLI::Range(1u, 1024u))
+        ->check(IsWholeNumber(1, 1024))
         ->type_name("N");
 }
 
@@ -27,6 +30,8 @@ std::size_t JobThreads::Start(unsigned jobs, std::size_t count, const std::funct
             m_threads.emplace_back(run);
     } catch (const std::system_error&) {
         // The system refuses to create more threads. The existing ones do all the work.
+    } catch (const std::bad_alloc&) {
+        // There is no memory for more threads.
     }
     return m_threads.size();
 }

@@ -1,12 +1,13 @@
 #include "vanxml/OutputFile.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
+#include <optional>
 #include <system_error>
 
 #include "vancoreplatform/FileReplacement.h"
+#include "vancoreplatform/SystemError.h"
 #include "vanxml/ErrorLines.h"
+#include "vanxml/InputFile.h"
 #include "vanxml/OperatingSystem.h"
 #include "vanxml/StandardStreams.h"
 #include "vanxml/ToolError.h"
@@ -17,26 +18,39 @@ namespace {
 
 bool IsDeviceOrPipe(const fs::path& file)
 {
-    std::error_code ignored;
-    const fs::file_status status = fs::status(file, ignored);
-    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+    switch (OperatingSystem::TypeOf(file)) {
+    case fs::file_type::none:
+    case fs::file_type::not_found:
+    case fs::file_type::regular:
+    case fs::file_type::directory: return false;
+    default: return true;
+    }
+}
+
+[[noreturn]] void ThrowWriteError(const VString& name, const std::error_code& error)
+{
+    throw ToolError("Cannot write \"" + name.toStdString() + "\": " + GetSystemReason(error).toStdString());
+}
+
+void WriteStream(const VString& name, OperatingSystem::Stream stream, std::string_view bytes)
+{
+    if (stream == OperatingSystem::Stream::Output)
+        StandardStreams::Write(bytes);
+    else if (const std::error_code error = OperatingSystem::Write(stream, bytes))
+        ThrowWriteError(name, error);
 }
 
 void WriteDevice(const VString& name, const fs::path& device, std::string_view bytes)
 {
-    errno = 0;
-    std::ofstream stream(device, std::ios::binary);
-    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    stream.close();
-    if (!stream) {
-        const std::string reason = std::generic_category().message(errno != 0 ? errno : EIO);
-        throw ToolError("Cannot write \"" + name.toStdString() + "\": " + reason);
+    try {
+        OperatingSystem::WriteDevice(device, bytes);
+    } catch (const std::system_error& error) {
+        ThrowWriteError(name, error.code());
     }
 }
 
-}  // namespace
-
-std::size_t ReplaceFile(const VString& name, std::string_view bytes)
+// Replaces the file if it exists.
+std::size_t WriteWholeFile(const VString& name, std::string_view bytes)
 {
     FileReplacement file{VPath(name)};
     file.Write(bytes);
@@ -44,15 +58,27 @@ std::size_t ReplaceFile(const VString& name, std::string_view bytes)
     return file.OtherNames();
 }
 
+}  // namespace
+
+std::size_t ReplaceFile(const VString& name, std::string_view before, std::string_view after)
+{
+    FileReplacement file{VPath(name)};
+    file.Write(after);
+    if (!HasBytes(name, before))
+        throw ToolError("Cannot write \"" + name.toStdString() + "\": another program has changed it meanwhile");
+    file.Commit();
+    return file.OtherNames();
+}
+
 std::size_t WriteOutputFile(const VString& name, std::string_view bytes)
 {
     const fs::path file(name.View());
-    if (OperatingSystem::IsStandardOutput(file))
-        StandardStreams::Write(bytes);
+    if (const std::optional<OperatingSystem::Stream> stream = OperatingSystem::FindStream(file))
+        WriteStream(name, *stream, bytes);
     else if (IsDeviceOrPipe(file))
         WriteDevice(name, file, bytes);
     else
-        return ReplaceFile(name, bytes);
+        return WriteWholeFile(name, bytes);
     return 0;
 }
 
@@ -60,8 +86,8 @@ std::string FormatOtherNamesWarning(const VString& name, std::size_t otherNames)
 {
     if (otherNames == 0)
         return std::string();
-    const std::string names = otherNames == 1 ? "Another name" : std::to_string(otherNames) + " other names";
+    const std::string names = otherNames == 1 ? "another name" : std::to_string(otherNames) + " other names";
     const std::string keep = otherNames == 1 ? " keeps" : " keep";
     return FormatErrorLine(
-        names + " of the file \"" + name.toStdString() + "\"" + keep + " the old content (hard links)");
+        names + " of the file '" + name.toStdString() + "'" + keep + " the old content (hard links)");
 }

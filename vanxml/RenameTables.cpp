@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "vancoreplatform/DecodingException.h"
+#include "vancoreplatform/NearestName.h"
 #include "vancoreplatform/VFile.h"
 #include "vanxml/CsvTable.h"
 #include "vanxml/ToolError.h"
@@ -29,9 +31,31 @@ bool HasDataSource(const std::string& field)
     return !FieldName::ParseGlobal(VString::fromStdString(field)).GetRootValue().IsEmpty();
 }
 
+// Returns a sentence with a suggestion, or with all kinds if none is similar.
+std::string DescribeUnknownKind(const std::string& kind)
+{
+    std::vector<VString> names;
+    for (const RenameKind& each : GetRenameKinds())
+        names.emplace_back(each.option);
+    const VString nearest = FindNearestName(VString::fromStdString(kind), names);
+    return "'" + kind + "' is not a kind of name; " +
+        (nearest.IsEmpty() ? "the kinds are " + VString::join(names, ", ").toStdString()
+                           : "did you mean '" + nearest.toStdString() + "'?");
+}
+
 std::string Quoted(const VString& text)
 {
     return "'" + text.toStdString() + "'";
+}
+
+// Bytes that cannot be decoded are a fault of a document elsewhere, so this function throws them as another exception.
+std::string ReadTable(const std::string& file)
+{
+    try {
+        return VFile::LoadTextFileAsUtf8(VString::fromStdString(file), false);
+    } catch (const VIO::DecodingException& exception) {
+        throw ToolError(exception.what());
+    }
 }
 
 }  // namespace
@@ -72,14 +96,14 @@ void RenameTables::Add(const RenameKind& kind, const std::string& text)
     const std::string place = "--" + std::string(kind.option) + ": ";
     const std::size_t separator = FindSeparator(text, kind.role);
     if (separator == std::string::npos)
-        throw ToolError(place + "\"" + text + "\" is not of the form " + kind.argument);
+        throw ToolError(place + "'" + text + "' is not of the form " + kind.argument);
     AddRename(kind, text.substr(0, separator), text.substr(separator + 1), place);
     m_tables.SetPathRenames(m_paths);
 }
 
 void RenameTables::AddTable(const std::string& file)
 {
-    const std::string text = VFile::LoadTextFileAsUtf8(VString::fromStdString(file), false);
+    const std::string text = ReadTable(file);
     const std::vector<CsvRecord> records = ParseCsv(text, file);
     for (const CsvRecord& record : records) {
         const std::string place = file + ":" + std::to_string(record.line) + ": ";
@@ -95,7 +119,7 @@ void RenameTables::AddTable(const std::string& file)
                 found = &kind;
         }
         if (!found)
-            throw ToolError(place + "\"" + record.fields[0] + "\" is not a kind of name");
+            throw ToolError(place + DescribeUnknownKind(record.fields[0]));
         AddRename(*found, record.fields[1], record.fields[2], place);
     }
     m_tables.SetPathRenames(m_paths);
@@ -114,14 +138,14 @@ void RenameTables::AddRename(
         if (name.IsEmpty())
             throw ToolError(place + "a name is empty");
         if (kind.role == NameRole::FieldName && FieldName::ParseGlobal(name).GetFullValue() != name)
-            throw ToolError(place + "\"" + *text + "\" is not a field name of the form [SOURCE].[FIELD] or [FIELD]");
+            throw ToolError(place + "'" + *text + "' is not a field name of the form [SOURCE].[FIELD] or [FIELD]");
     }
     if (kind.role == NameRole::FieldName && HasDataSource(oldText) != HasDataSource(newText))
         throw ToolError(place + "either both names of a field have a data source, or none of them");
     const Rename rename{kind.role, VString::fromStdString(oldText), VString::fromStdString(newText)};
     const Rename* const known = Find(rename.role, rename.oldName);
     if (known && known->newName != rename.newName)
-        throw ToolError(place + "the " + kind.name + " \"" + oldText + "\" has two new names");
+        throw ToolError(place + "the " + kind.name + " '" + oldText + "' has two new names");
     if (known)
         return;
     if (rename.role == NameRole::FilePath)
@@ -185,8 +209,11 @@ std::vector<std::string> RenameTables::DescribeUnused() const
     const std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<std::string> unused;
     for (const Rename& rename : m_renames) {
-        if (!rename.isUsed)
-            unused.push_back(DescribeRename(rename.role, rename.oldName, rename.newName));
+        if (rename.isUsed)
+            continue;
+        const bool isEqual = rename.oldName == rename.newName;
+        unused.push_back(DescribeRename(rename.role, rename.oldName, rename.newName) +
+            (isEqual ? " changes nothing, because the names are equal" : " matched nothing"));
     }
     return unused;
 }

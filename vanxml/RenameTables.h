@@ -47,7 +47,8 @@ public:
 
     // Marks the renames that led to the new name.
     void MarkUsed(const RenamedName& name) const;
-    // Returns descriptions of the renames that are not marked, in the order in which they were added.
+    // Returns a clause for each rename that is not marked, in the order in which they were added. It says why the
+    // rename changed nothing.
     std::vector<std::string> DescribeUnused() const;
 
 private:

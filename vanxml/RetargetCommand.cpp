@@ -2,15 +2,23 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <new>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "vancoredata/VResource.h"
 #include "vancoreplatform/VFormatString.h"
+#include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/NameRetargeter.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
+#include "vanxml/DiagnosticText.h"
 #include "vanxml/DocumentEdits.h"
 #include "vanxml/DocumentText.h"
 #include "vanxml/ErrorLines.h"
+#include "vanxml/FirstTag.h"
 #include "vanxml/SchemaSelection.h"
 #include "vanxml/StandardStreams.h"
 #include "vanxml/ToolError.h"
@@ -41,15 +49,13 @@ VString DescribeClash(const ClashingName& clash)
         .arg(clash.newName);
 }
 
-// Returns the document with an error line for each error.
-RewrittenDocument Fail(const VString& name, const std::vector<ParseDiagnostic>& diagnostics, ExitStatus status)
+// Returns the document with the lines of the diagnostics. Their positions are those in `text`.
+RewrittenDocument Fail(
+    const VString& name, const std::vector<ParseDiagnostic>& diagnostics, const std::string& text, ExitStatus status)
 {
     RewrittenDocument result;
     result.status = status;
-    for (const ParseDiagnostic& diagnostic : diagnostics) {
-        if (IsError(diagnostic))
-            result.lines += FormatErrorLine(name, diagnostic);
-    }
+    result.lines = FormatDiagnostics(name, diagnostics, text);
     return result;
 }
 
@@ -91,7 +97,11 @@ public:
     ~Validator()
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_unused[m_schema].push_back(std::move(m_driver));
+        try {
+            m_unused[m_schema].push_back(std::move(m_driver));
+        } catch (const std::bad_alloc&) {
+            // The next document of this type compiles the schema again.
+        }
     }
 
     Validator(const Validator&) = delete;
@@ -140,20 +150,28 @@ ExitStatus RetargetCommand::Run()
     if (status == ExitStatus::Failed || m_failures > 0)
         return status;  // the documents that failed may contain the names of the unused renames
     for (const std::string& unused : m_tables.DescribeUnused())
-        StandardStreams::WriteError(FormatErrorLine("warning: " + unused + " matched nothing"));
+        StandardStreams::WriteError(FormatErrorLine("warning: " + unused));
+    if (!m_protected.empty() && !m_hasFoundProtected) {
+        StandardStreams::WriteError(
+            FormatErrorLine("warning: --protect: no document has a data source '" + m_protected + "'"));
+    }
     return status;
 }
 
 void RetargetCommand::FillTables()
 {
-    for (std::size_t i = 0; i < m_renames.size(); ++i) {
-        for (const std::string& rename : m_renames[i])
-            m_tables.Add(GetRenameKinds()[i], rename);
+    try {
+        for (std::size_t i = 0; i < m_renames.size(); ++i) {
+            for (const std::string& rename : m_renames[i])
+                m_tables.Add(GetRenameKinds()[i], rename);
+        }
+    } catch (const ToolError& error) {
+        throw UsageError(error.what());
     }
     for (const std::string& file : m_tableFiles)
         m_tables.AddTable(file);
     if (m_tables.IsEmpty())
-        throw ToolError("retarget needs a rename, for example --data-source OLD=NEW");
+        throw UsageError("retarget needs a rename, for example --data-source OLD=NEW");
     if (!m_protected.empty())
         m_tables.Protect(m_protected);
 }
@@ -172,14 +190,21 @@ RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::stri
     const DocumentText document(name, bytes);
     const std::string& text = document.Text();
     const std::unique_ptr<StringInputSource> source = StringInputSource::FromUtf8(std::string(text), name, true);
-    const SchemaSelection selection = SelectSchema(*source);
-    if (!selection.problem.IsEmpty())
-        return Fail(name, selection.problem);
+    const std::size_t start = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+    const SchemaSelection selection = SelectSchema(*source, FindEnd({1, 1}, std::string_view(text).substr(0, start)));
+    if (!selection.problems.empty())
+        return Fail(name, selection.problems, text, ExitStatus::Failed);
+    if (!selection.isKnownType) {
+        return Fail(name,
+            "the document has no type that has schemas; its extension (.kxa to .kxf) names the type, or its first "
+            "element with a version");
+    }
     Validator validator(*this, selection.schema);
     const std::vector<ParseDiagnostic>& diagnostics = validator.Check(text, name);
     if (HasErrors(diagnostics))
-        return Fail(name, diagnostics, ExitStatus::Faulty);
+        return Fail(name, diagnostics, text, ExitStatus::Faulty);
 
+    LookForProtected(*source, GetRoles(selection.schema.name));
     DocumentEdits edits(name, bytes, document);
     XMLSourceRetargeter retargeter(GetRoles(selection.schema.name), m_tables.GetTables(), {edits.CharacterTest()});
     std::optional<EditedText> renamed = retargeter.Retarget(text, name);
@@ -189,7 +214,7 @@ RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::stri
     }
     if (!renamed) {
         if (result.lines.empty())
-            return Fail(name, retargeter.GetDiagnostics(), ExitStatus::Faulty);
+            return Fail(name, retargeter.GetDiagnostics(), text, ExitStatus::Faulty);
         result.status = ExitStatus::Failed;
         return result;
     }
@@ -199,16 +224,32 @@ RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::stri
     }
     const std::vector<ParseDiagnostic>& newDiagnostics = validator.Check(renamed->text, name);
     if (HasErrors(newDiagnostics)) {
-        result = Fail(name, "The new names would make the document invalid:");
-        result.lines += Fail(name, newDiagnostics, ExitStatus::Failed).lines;
+        result = Fail(name, "the new names would make the document invalid:");
+        result.lines += Fail(name, newDiagnostics, renamed->text, ExitStatus::Failed).lines;
         return result;
     }
     for (const RenamedName& each : retargeter.GetRenamedNames()) {
         m_tables.MarkUsed(each);
-        result.lines += FormatErrorLine(Place(name, each), Describe(each));
+        result.lines += FormatDocumentLine(Place(name, each), Describe(each));
     }
     result.bytes = edits.Apply(std::move(*renamed));
     return result;
+}
+
+// Renames the data source, to see whether that changes a name.
+void RetargetCommand::LookForProtected(InputSource& document, const NameRoles& roles) const
+{
+    if (m_protected.empty() || m_hasFoundProtected)
+        return;
+    const VString name = VString::fromStdString(m_protected);
+    DOM tables;
+    tables.AddDataSourceRename(name, name + "'");
+    const auto finder = std::make_shared<NameRetargeter>(roles, tables);
+    const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(document, finder);
+    parser->Parse();
+    ThrowIfOutOfMemory(parser->GetDiagnostics());
+    if (!finder->GetChanges().empty())
+        m_hasFoundProtected = true;
 }
 
 const NameRoles& RetargetCommand::GetRoles(const VString& name) const

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "vancorexml/main/parser/InputSource.h"
 #include "vancorexml/main/parser/NameRoles.h"
 #include "vanxml/RenameTables.h"
 #include "vanxml/RewriteCommand.h"
@@ -29,6 +30,8 @@ private:
 
     void FillTables();
     RewrittenDocument Retarget(const VString& name, const std::string& bytes) const;
+    // Sets m_hasFoundProtected if the document has the protected data source. Parses the document if that is not known.
+    void LookForProtected(InputSource& document, const NameRoles& roles) const;
     // Returns the roles of the schema `name`. They live as long as this command.
     const NameRoles& GetRoles(const VString& name) const;
 
@@ -39,6 +42,7 @@ private:
 
     RenameTables m_tables;
     mutable std::atomic<std::size_t> m_failures{0};  // documents that were not retargeted
+    mutable std::atomic<bool> m_hasFoundProtected{false};
 
     mutable std::mutex m_mutex;
     mutable std::map<VString, std::unique_ptr<NameRoles>> m_roles;                             // guarded by m_mutex

@@ -68,13 +68,15 @@ void RewriteCommand::RequireUsable(const SelectedFiles& selected) const
 {
     const auto isInput = [](const SelectedFile& file) { return file.name == "-"; };
     if (m_isInPlace && std::any_of(selected.files.begin(), selected.files.end(), isInput))
-        throw ToolError("--in-place: standard input cannot be replaced");
+        throw UsageError("--in-place: standard input cannot be replaced");
     if (m_isInPlace || m_isCheck || m_isDiff)
         return;
     if (selected.hasFolder)
-        throw ToolError("A folder needs --in-place, --check or --diff");
+        throw UsageError("a folder needs --in-place, --check or --diff");
+    if (selected.hasList)
+        throw UsageError("--files-from needs --in-place, --check or --diff");
     if (selected.files.size() > 1)
-        throw ToolError("Several documents need --in-place, --check or --diff");
+        throw UsageError("several documents need --in-place, --check or --diff");
 }
 
 RewriteCommand::Outcome RewriteCommand::Process(const SelectedFile& file) const
@@ -93,9 +95,10 @@ RewriteCommand::Outcome RewriteCommand::Process(const SelectedFile& file) const
         if (after.status == ExitStatus::Good)
             Finish(file.name, before, std::move(after.bytes), outcome);
     } catch (...) {
-        outcome.status = ExitStatus::Failed;
         // The other lines describe a result that was not delivered.
-        outcome.lines = FormatErrorLine(DescribeException(file.name));
+        FailureReport report = ReportException(file.name);
+        outcome.status = report.status;
+        outcome.lines = std::move(report.lines);
     }
     return outcome;
 }
@@ -113,7 +116,7 @@ void RewriteCommand::Finish(const VString& name, const std::string& before, std:
         outcome.report = isSame ? std::string() : EscapeControlCharacters(name.toStdString()) + "\n";
     } else if (m_isInPlace) {
         if (!isSame)
-            outcome.lines += FormatOtherNamesWarning(name, ReplaceFile(name, after));
+            outcome.lines += FormatOtherNamesWarning(name, ReplaceFile(name, before, after));
     } else {
         outcome.hasBytes = true;
         outcome.bytes = std::move(after);

@@ -9,6 +9,24 @@
 #include "vanxml/StandardStreams.h"
 #include "vanxml/ToolError.h"
 
+namespace {
+
+// Prints the names in one column and the names of the resources in another.
+void PrintList()
+{
+    const std::vector<SchemaName> schemas = ListSchemas();
+    std::size_t width = 0;
+    for (const SchemaName& schema : schemas)
+        width = std::max(width, schema.name.toStdString().size());
+    for (const SchemaName& schema : schemas) {
+        std::string name = schema.name.toStdString();
+        name.resize(width, ' ');
+        StandardStreams::Write(name + "  " + schema.resource.toStdString() + "\n");
+    }
+}
+
+}  // namespace
+
 void SchemaCommand::AddTo(CLI::App& application)
 {
     CLI::App* command = application.add_subcommand("schema", "List or print the schemas of the library");
@@ -28,14 +46,13 @@ bool SchemaCommand::IsChosen() const
 ExitStatus SchemaCommand::Run()
 {
     if (m_list->parsed()) {
-        for (const VString& name : ListSchemaResources())
-            StandardStreams::Write((name + "\n").toStdString());
+        PrintList();
         return ExitStatus::Good;
     }
-    const std::vector<VString> names = ListSchemaResources();
     const VString name = VString::fromStdString(m_name);
-    if (std::find(names.begin(), names.end(), name) == names.end())
-        throw ToolError("There is no schema \"" + m_name + "\"; \"vanxml schema list\" names them");
-    StandardStreams::Write(UTF8StringVResource(name).GetString().toStdString());
+    const VString resource = FindSchemaResource(name);
+    if (resource.IsEmpty())
+        throw UsageError(DescribeUnknownSchema(name, false));
+    StandardStreams::Write(UTF8StringVResource(resource).GetString().toStdString());
     return ExitStatus::Good;
 }

@@ -24,9 +24,10 @@ public:
     SchemaDriver(const SchemaDriver&) = delete;
     SchemaDriver& operator=(const SchemaDriver&) = delete;
 
-    // Returns the errors of the schema, and an error for each imported or included schema that was not
-    // found. If there are errors, Check must not be called.
-    const std::vector<VString>& SchemaErrors() const noexcept { return m_schemaErrors; }
+    // Returns one error for each broken schema, with the code BadSchema, and one for each imported or included schema
+    // that was not found, with the code MissingSchema. Their sourceId is the schema that the error is in. If there are
+    // errors, Check must not be called.
+    const std::vector<ParseDiagnostic>& SchemaErrors() const noexcept { return m_schemaErrors; }
 
     // Returns the errors and warnings of the document in the order in which they were found. Valid until
     // the next check.
@@ -36,9 +37,13 @@ private:
     class Handler;
 
     void Load(const SchemaReference& schema);
+    void LoadFile(const VString& file);
+    // Records errors. Of the errors in one schema, records the first one with the number of the others.
+    void AddErrors(const VString& schema, const std::vector<ParseDiagnostic>& diagnostics);
+    void AddError(const VString& schema, const VString& message);
 
     std::shared_ptr<Handler> m_handler;
     std::unique_ptr<InputSource> m_nothing;  // the empty input that the parser is created with
     std::unique_ptr<class XercesXMLParser> m_parser;
-    std::vector<VString> m_schemaErrors;
+    std::vector<ParseDiagnostic> m_schemaErrors;
 };

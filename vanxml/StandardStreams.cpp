@@ -3,20 +3,22 @@
 #include <QTextCodec>
 #include <QtGlobal>
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
 
+#include "vancoreplatform/SystemError.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/OperatingSystem.h"
 #include "vanxml/ToolError.h"
 
 namespace {
 
-[[noreturn]] void ThrowStreamError(const char* what, int error)
+// Throws ToolError if a call that writes standard output returned an error.
+void CheckOutput(const std::error_code& error)
 {
-    throw ToolError(std::string(what) + ": " + std::generic_category().message(error));
+    if (error)
+        throw ToolError("Cannot write standard output: " + GetSystemReason(error).toStdString());
 }
 
 // Writes log messages of Qt and of the library as escaped lines.
@@ -39,32 +41,40 @@ void Prepare()
 std::string ReadInput()
 {
     std::string bytes;
-    std::array<char, 1 << 16> chunk;
-    errno = 0;
-    while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), stdin))
-        bytes.append(chunk.data(), count);
-    if (std::ferror(stdin))
-        ThrowStreamError("Cannot read standard input", errno);
+    constexpr std::size_t run = 1 << 16;
+    std::size_t size = 0;
+    do {
+        size = bytes.size();
+        ReadInput(bytes, run);
+    } while (bytes.size() == size + run);
     return bytes;
+}
+
+void ReadInput(std::string& bytes, std::size_t count)
+{
+    const std::size_t size = bytes.size();
+    bytes.resize(size + count);
+    errno = 0;
+    bytes.resize(size + std::fread(bytes.data() + size, 1, count, stdin));
+    if (std::ferror(stdin)) {
+        const std::error_code error(errno, std::generic_category());
+        throw ToolError("Cannot read standard input: " + GetSystemReason(error).toStdString());
+    }
 }
 
 void Write(std::string_view bytes)
 {
-    errno = 0;
-    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size())
-        ThrowStreamError("Cannot write standard output", errno);
+    CheckOutput(OperatingSystem::Write(OperatingSystem::Stream::Output, bytes));
 }
 
 void FlushOutput()
 {
-    errno = 0;
-    if (std::fflush(stdout) != 0 || std::ferror(stdout))
-        ThrowStreamError("Cannot write standard output", errno);
+    CheckOutput(OperatingSystem::FlushOutput());
 }
 
 void WriteError(std::string_view bytes) noexcept
 {
-    std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+    OperatingSystem::Write(OperatingSystem::Stream::Error, bytes);
 }
 
 }  // namespace StandardStreams

@@ -1,6 +1,7 @@
 // Standard input, output and error as bytes.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -14,8 +15,10 @@ void Prepare();
 
 // Reads standard input to its end. Throws ToolError if that fails.
 std::string ReadInput();
+// Appends the next `count` bytes of standard input, or fewer at its end. Throws ToolError if that fails.
+void ReadInput(std::string& bytes, std::size_t count);
 // Writes to standard output. Throws ToolError if that fails; because of buffering, some failures are
-// thrown only by FlushOutput.
+// thrown only by FlushOutput. Text must not end inside a character (see OperatingSystem::Write).
 void Write(std::string_view bytes);
 void FlushOutput();
 // Writes to standard error. Ignores failures, because they could not be reported anywhere.

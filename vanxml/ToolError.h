@@ -1,4 +1,4 @@
-// The exception that ends a command.
+// The exceptions that end a command.
 #pragma once
 
 #include <stdexcept>
@@ -7,4 +7,10 @@
 class ToolError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+};
+
+// The command line is wrong. The tool also prints how to get help.
+class UsageError : public ToolError {
+public:
+    using ToolError::ToolError;
 };

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <utility>
 #include <vector>
 
+#include "vansys/TextHash.h"
 #include "vanxml/ErrorLines.h"
 
 namespace {
@@ -81,7 +81,7 @@ private:
     Number Intern(std::string_view line, std::size_t position)
     {
         const std::size_t mask = m_slots.size() - 1;
-        for (std::size_t slot = std::hash<std::string_view>()(line) & mask;; slot = (slot + 1) & mask) {
+        for (std::size_t slot = TextHash()(line) & mask;; slot = (slot + 1) & mask) {
             if (m_slots[slot] == 0) {
                 m_firsts.push_back(position);
                 m_slots[slot] = static_cast<Number>(m_firsts.size());

@@ -2,8 +2,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <optional>
+
+#include "vancorexml/main/parser/FirstElementTag.h"
 #include "vancorexml/main/parser/VersionSniffer.h"
 #include "vanxml/ErrorLines.h"
+#include "vanxml/InputPieces.h"
 #include "vanxml/SourceDocument.h"
 #include "vanxml/StandardStreams.h"
 
@@ -25,14 +29,23 @@ bool VersionCommand::IsChosen() const
 
 ExitStatus VersionCommand::Run()
 {
-    SourceDocument source = SourceDocument::Read(VString::fromStdString(m_file));
+    const VString name = VString::fromStdString(m_file);
     const VString attribute = VString::fromStdString(m_attribute);
-    const Nullable<VersionNumber> version = VersionSniffer(source.Source(), attribute);
-    if (!version.IsPresent()) {
-        StandardStreams::WriteError(
-            FormatErrorLine(source.Name(), "The first element has no attribute \"" + attribute + "\"."));
-        return ExitStatus::Faulty;
+    InputPieces pieces(name);
+    bool hasTag = false;
+    while (!hasTag && pieces.ReadMore()) {
+        std::optional<SourceDocument> source = pieces.GetDocument();
+        if (!source)
+            continue;
+        hasTag = !ReadFirstElementTag(source->Source()).empty();
+        const Nullable<VersionNumber> version = VersionSniffer(source->Source(), attribute);
+        if (version.IsPresent()) {
+            StandardStreams::Write((version.GetValue().GetAsString() + "\n").toStdString());
+            return ExitStatus::Good;
+        }
     }
-    StandardStreams::Write((version.GetValue().GetAsString() + "\n").toStdString());
-    return ExitStatus::Good;
+    const VString problem = hasTag ? "the first element has no attribute '" + attribute + "'"
+                                   : VString("the document has no element that could declare a version");
+    StandardStreams::WriteError(FormatErrorLine(name, problem));
+    return ExitStatus::Faulty;
 }
