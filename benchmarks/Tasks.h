@@ -22,6 +22,8 @@ void RegisterSanitizerTasks();
 void RegisterDiagnosticsTasks();
 void RegisterRenameTasks();
 void RegisterScalingTasks();
+// Need two cores.
+void RegisterThreadTasks();
 // Measures heap bytes per document instead of time.
 void RegisterHeapTasks(const Peers& peers);
 

@@ -43,6 +43,7 @@ int main(int argc, char** argv)
     RegisterDiagnosticsTasks();
     RegisterRenameTasks();
     RegisterScalingTasks();
+    RegisterThreadTasks();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

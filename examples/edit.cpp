@@ -30,6 +30,6 @@ int main()
     editor.Change("/shop", newText);
     if (!editor.Edit()) {
         for (const ParseDiagnostic& diagnostic : editor.GetDiagnostics())
-            std::cout << diagnostic.GetText() << "\n";
+            std::cout << diagnostic.path << " on line " << diagnostic.start.line << ": " << diagnostic.message << "\n";
     }
 }

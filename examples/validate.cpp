@@ -12,6 +12,11 @@ int main()
     DOMParser parser;
     parser.AddXSDInputSource(std::make_unique<StringInputSource>(schema, "price.xsd", false));
     const auto price = parser.ParseXmlString("<price>cheap</price>", "offer.xml");
-    for (const VString& error : price->GetErrors())
-        std::cout << error << "\n";
+    for (const DOMParseDiagnostic& each : price->GetParseDiagnostics()) {
+        const ParseDiagnostic& fault = each.diagnostic;
+        std::cout << fault.sourceId << ":" << fault.start.line << ":" << fault.start.column << ": " << fault.message
+                  << "\n";
+        if (each.element)
+            std::cout << "The text of " << fault.path << " is '" << each.element->GetText() << "'.\n";
+    }
 }

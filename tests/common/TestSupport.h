@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
@@ -14,6 +13,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "tests/common/CpuTime.h"
 #include "vancoreplatform/VLog.h"
 #include "vancoreplatform/VString.h"
 #include "vansys/LogicException.h"
@@ -76,9 +76,33 @@ public:
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
         return file.readAll().toStdString();
     }
+    // Returns the names of all entries, also of hidden ones, in order.
+    std::vector<std::string> Names() const
+    {
+        const QDir::Filters all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System;
+        std::vector<std::string> names;
+        for (const QString& name : QDir(m_folder.path()).entryList(all, QDir::Name))
+            names.push_back(name.toStdString());
+        return names;
+    }
 
 private:
     QTemporaryDir m_folder;
+};
+
+// Changes the folder of the process while it lives.
+class CurrentFolder {
+public:
+    explicit CurrentFolder(const VString& folder) : m_before(QDir::currentPath())
+    {
+        EXPECT_TRUE(QDir::setCurrent(folder.ToQString()));
+    }
+    ~CurrentFolder() { QDir::setCurrent(m_before); }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+private:
+    QString m_before;
 };
 
 // Fails the test if the process uses more than `seconds` of CPU time while the object lives. Choose a limit that a slow
@@ -86,16 +110,13 @@ private:
 class CpuTimeLimit {
 public:
     explicit CpuTimeLimit(double seconds) : m_seconds(seconds) {}
-    ~CpuTimeLimit()
-    {
-        EXPECT_LT(static_cast<double>(std::clock() - m_start) / CLOCKS_PER_SEC, m_seconds) << "seconds of CPU time";
-    }
+    ~CpuTimeLimit() { EXPECT_LT(CpuSeconds() - m_start, m_seconds) << "seconds of CPU time"; }
     CpuTimeLimit(const CpuTimeLimit&) = delete;
     CpuTimeLimit& operator=(const CpuTimeLimit&) = delete;
 
 private:
     double m_seconds;
-    std::clock_t m_start = std::clock();
+    double m_start = CpuSeconds();
 };
 
 }  // namespace testsupport

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Formats the documents of this machine with `vanxml format` and checks that nothing is lost.
 
-    check-format.py VANXML [--at-least N] FOLDER...
+    check-format.py [--emulator=WORD...] VANXML [--at-least N] [--step N] FOLDER...
 
 Works on copies. For every document that `vanxml format` accepts:
   - the result has the same content, as Expat reads it: elements, attributes, text outside ignorable white space,
@@ -9,7 +9,8 @@ Works on copies. For every document that `vanxml format` accepts:
   - formatting the result again does not touch the file
 Every document that `vanxml format` refuses, `vanxml check` must refuse as well.
 
-Exits with 77, which CTest reports as skipped, if the folders have fewer than N documents.
+The words of --emulator stand before the tool in a command, for a tool of another system. --step N takes only each Nth
+document, for a slow system. Exits with 77, which CTest reports as skipped, if there are fewer than N documents.
 """
 
 import argparse
@@ -24,11 +25,12 @@ from xml.parsers import expat
 
 ENDINGS = (".xml", ".xsl", ".svg")
 SKIPPED = 77
-FILES_PER_RUN = 500
+FILES_PER_RUN = 200  # a command line of Windows has at most 32,767 characters
 WHITE_SPACE = " \t\r\n"
 NOT_REFERENCES = re.compile(rb"<!--.*?-->|<!\[CDATA\[.*?\]\]>", re.DOTALL)
 ENTITY = re.compile(rb"&[^#;&<>'\"\s]+;")
 QUOTED = re.compile('"([^"]+)"')
+PLACED = re.compile(r"^(.*?)(?::\d+:\d+)?: error: ")
 PREDEFINED = {b"&lt;", b"&gt;", b"&amp;", b"&apos;", b"&quot;"}
 
 
@@ -173,16 +175,19 @@ def find_documents(folders):
 
 
 def run(tool, arguments, files):
-    """Runs the tool for all files. Returns the files that its error lines name, with the first line of each."""
+    """Runs the tool, which is a list of the words of its command, for all files.
+
+    Returns the files that its error lines name, with the first line of each.
+    """
     refused = {}
     for start in range(0, len(files), FILES_PER_RUN):
         chunk = files[start:start + FILES_PER_RUN]
-        result = subprocess.run([tool] + arguments + chunk, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        result = subprocess.run(tool + arguments + chunk, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
         known = set(chunk)
         errors = result.stderr.decode("utf-8", "replace").splitlines()
         for line in errors:
-            # FILE: MESSAGE, or vanxml: Cannot read "FILE": MESSAGE
-            for name in [line.split(": ")[0]] + QUOTED.findall(line):
+            # FILE:LINE:COLUMN: error: MESSAGE, or vanxml: Cannot read "FILE": MESSAGE
+            for name in PLACED.findall(line) + QUOTED.findall(line):
                 if name in known:
                     refused.setdefault(name, line)
         if result.returncode not in (0, 1, 2) or (result.returncode != 0 and not known & refused.keys()):
@@ -200,9 +205,12 @@ def main():
     arguments.add_argument("tool")
     arguments.add_argument("folders", nargs="+")
     arguments.add_argument("--at-least", type=int, default=1)
+    arguments.add_argument("--step", type=int, default=1)
+    arguments.add_argument("--emulator", metavar="WORD", action="append", default=[])
     options = arguments.parse_args()
+    tool = options.emulator + [options.tool]
 
-    originals = list(find_documents(options.folders))
+    originals = list(find_documents(options.folders))[::options.step]
     if len(originals) < options.at_least:
         print("skipped: only %d documents; scripts/test installs the packages" % len(originals))
         return SKIPPED
@@ -215,8 +223,8 @@ def main():
             shutil.copyfile(original, files[-1])
         source = dict(zip(files, originals))
 
-        refused = run(options.tool, ["format", "--in-place"], files)
-        confirmed = run(options.tool, ["check"], sorted(refused))
+        refused = run(tool, ["format", "--in-place"], files)
+        confirmed = run(tool, ["check"], sorted(refused))
         for name, line in refused.items():
             if name not in confirmed:
                 failures.append("%s: refused only by format: %s" % (source[name], line))
@@ -239,7 +247,7 @@ def main():
                 failures.append("%s: %s" % (source[name], difference))
 
         identities = {name: identify(name) for name in formatted}
-        run(options.tool, ["format", "--in-place"], formatted)
+        run(tool, ["format", "--in-place"], formatted)
         for name in formatted:
             if identify(name) != identities[name]:
                 failures.append("%s: a second run changes the document" % source[name])

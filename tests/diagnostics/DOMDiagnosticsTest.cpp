@@ -107,7 +107,7 @@ TEST(DOMDiagnosticsTest, ClearingRemovesAllRecordsOfOneKind)
     EXPECT_TRUE(document.HasWarnings());
     document.ClearWarnings();
     EXPECT_FALSE(document.HasWarnings());
-    EXPECT_FALSE(DOMTestAccess::HasRecords(document));
+    EXPECT_FALSE(DOMTestAccess::RefersToElements(document));
 }
 
 TEST(DOMDiagnosticsTest, DestroyingAChildErasesOnlyTheRecordsOfItsSubtree)
@@ -179,7 +179,7 @@ TEST(DOMDiagnosticsTest, MovingAChildOfTheRootMovesTheRecordsOfTheRoot)
     EXPECT_EQ(ErrorsOf(to.GetRoot()), (Texts{"root"}));
     EXPECT_FALSE(to.GetDocumentRoot()->HasErrors());
     EXPECT_EQ(Strings(to.GetWarnings()), (Texts{"w"}));
-    EXPECT_FALSE(DOMTestAccess::HasRecords(from));
+    EXPECT_FALSE(DOMTestAccess::RefersToElements(from));
 }
 
 TEST(DOMDiagnosticsTest, RecordsOfTheRootAreDroppedIfTheTargetRootHasSome)
@@ -281,7 +281,7 @@ TEST(DOMDiagnosticsTest, AdoptDropsErrorsWhenTheTargetHasErrors)
     DOMTestAccess::Adopt(to, source, &target);
     EXPECT_EQ(ErrorsOf(target), (Texts{"target"}));
     EXPECT_EQ(WarningsOf(target), (Texts{"w"}));
-    EXPECT_FALSE(DOMTestAccess::HasRecords(from));
+    EXPECT_FALSE(DOMTestAccess::RefersToElements(from));
 }
 
 TEST(DOMDiagnosticsTest, AdoptWithinADocumentMovesRecordsToTheTarget)
@@ -305,7 +305,7 @@ TEST(DOMDiagnosticsTest, MoveAllReplacesTheRecordsOfTheTarget)
     from.GetRoot().Warning("w", Info(1));
     AddError(to.GetRoot(), "to");
     DOMTestAccess::MoveAll(from, to);
-    EXPECT_FALSE(DOMTestAccess::HasRecords(from));
+    EXPECT_FALSE(DOMTestAccess::RefersToElements(from));
     EXPECT_EQ(DOMTestAccess::ErrorEntries(to), 1u);
     EXPECT_TRUE(to.HasErrors());
     EXPECT_TRUE(to.HasWarnings());
@@ -320,7 +320,7 @@ TEST(DOMDiagnosticsTest, MoveAllToItselfErasesAllRecords)
     AddError(document.GetRoot(), "e");
     document.GetRoot().Warning("w", Info(1));
     DOMTestAccess::MoveAll(document, document);
-    EXPECT_FALSE(DOMTestAccess::HasRecords(document));
+    EXPECT_FALSE(DOMTestAccess::RefersToElements(document));
 }
 
 TEST(DOMDiagnosticsTest, EitherDocumentMayDieFirstAfterMoveAll)

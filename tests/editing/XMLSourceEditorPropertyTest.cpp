@@ -109,7 +109,7 @@ std::string Apply(const std::string& text, const VString& path, const ElementCha
     if (edited)
         return edited->text;
     for (const ParseDiagnostic& diagnostic : editor.GetDiagnostics())
-        ADD_FAILURE() << diagnostic.GetText();
+        ADD_FAILURE() << diagnostic.message;
     return {};
 }
 

@@ -79,6 +79,17 @@ struct Row {
     const char* result;
 };
 
+// Returns a diagnostic as "(LINE,COLUMN) PATH: MESSAGE". Omits the place if the diagnostic has none.
+std::string ErrorText(const ParseDiagnostic& diagnostic)
+{
+    std::string text;
+    if (diagnostic.start != SourcePosition()) {
+        text = "(" + std::to_string(diagnostic.start.line) + "," + std::to_string(diagnostic.start.column) + ") " +
+            diagnostic.path.toStdString() + ": ";
+    }
+    return text + diagnostic.message.toStdString();
+}
+
 // Returns the edited text, or the errors, one on each line.
 std::string Apply(const std::string& text, const std::vector<PathEdit>& edits, XMLSourceEditor::Options options = {})
 {
@@ -92,7 +103,7 @@ std::string Apply(const std::string& text, const std::vector<PathEdit>& edits, X
     }
     std::string errors;
     for (const ParseDiagnostic& diagnostic : editor.GetDiagnostics())
-        errors += diagnostic.GetText().toStdString() + "\n";
+        errors += ErrorText(diagnostic) + "\n";
     EXPECT_NE(errors, "");
     return errors;
 }
@@ -381,81 +392,69 @@ TEST(XMLSourceEditorTest, RefusesChangesThatCannotApply)
         {"text beside elements",
             text,
             {At("a", Edit().Text("x"))},
-            "Error(1,1): /a: The text cannot be changed, because the element contains elements (id: test)\n"},
+            "(1,1) /a: the text cannot be changed, because the element contains elements\n"},
         {"two values",
             text,
             {At("a/b", Edit().Set("x", "1")), At("//b", Edit().Set("x", "2"))},
-            "Error(2,3): /a/b: The attribute 'x' gets two values (id: test)\n"},
+            "(2,3) /a/b[1]: the attribute 'x' gets two values\n"},
         {"a value and its removal",
             text,
             {At("a/b", Edit().Set("x", "1").Unset("x"))},
-            "Error(2,3): /a/b: The attribute 'x' is set and also removed (id: test)\n"},
+            "(2,3) /a/b[1]: the attribute 'x' is set and also removed\n"},
         {"two texts",
             text,
             {At("a/b", Edit().Text("1")), At("a/b", Edit().Text("2"))},
-            "Error(2,3): /a/b: The element gets two texts (id: test)\n"},
+            "(2,3) /a/b[1]: the element gets two texts\n"},
         {"two names",
             text,
             {At("a/b", Edit().Rename("c")), At("a/b", Edit().Rename("d"))},
-            "Error(2,3): /a/b: The element gets two names (id: test)\n"},
+            "(2,3) /a/b[1]: the element gets two names\n"},
         {"a deleted element",
             text,
             {At("a/b", Edit().Delete()), At("a/b", Edit().Append("<c/>"))},
-            "Error(2,3): /a/b: The element is deleted and also changed (id: test)\n"},
+            "(2,3) /a/b[1]: the element is deleted and also changed\n"},
         {"the document element",
             text,
             {At("a", Edit().Delete())},
-            "Error(1,1): /a: The document element cannot be deleted (id: test)\n"},
+            "(1,1) /a: the document element cannot be deleted\n"},
         {"a second document element",
             text,
             {At("a", Edit().After("<c/>"))},
-            "Error(1,1): /a: A document can have only one element at the top (id: test)\n"},
+            "(1,1) /a: a document can have only one element at the top\n"},
         {"several errors",
             "<a>\U00010000<b/>\r\n<c><b/></c></a>",
             {At("*", Edit().Text("x")), At("a/*", Edit().Delete().Set("x", "1"))},
-            "Error(1,1): /a: The text cannot be changed, because the element contains elements (id: test)\n"
-            "Error(1,6): /a/b: The element is deleted and also changed (id: test)\n"
-            "Error(2,1): /a/c: The element is deleted and also changed (id: test)\n"},
+            "(1,1) /a: the text cannot be changed, because the element contains elements\n"
+            "(1,6) /a/b[1]: the element is deleted and also changed\n"
+            "(2,1) /a/c[1]: the element is deleted and also changed\n"},
         {"a name", text, {At("//none", Edit().Set("1", "x"))}, "'1' is not a name\n"},
         {"an empty name", text, {At("a", Edit().Rename(""))}, "'' is not a name\n"},
         {"a name with markup", text, {At("a", Edit().Unset("a b"))}, "'a b' is not a name\n"},
         {"a character",
             text,
             {At("a/b", Edit().Text("\u0001"))},
-            "The text contains U+0001, which XML does not allow\n"},
+            "the text contains U+0001, which XML does not allow\n"},
         {"a character of a value",
             text,
             {At("a/b", Edit().Set("x", "\uFFFE"))},
-            "The value of 'x' contains U+FFFE, which XML does not allow\n"},
-        {"an open element",
-            text,
-            {At("a", Edit().Append("<c>"))},
-            "The fragment '<c>' is not well-formed: expected end of tag 'c'\n"},
-        {"an attribute twice",
-            text,
-            {At("a", Edit().Append("<c x='1' x='2'/>"))},
-            "The fragment '<c x='1' x='2'/>' is not well-formed: attribute 'x' is already specified for element 'c'\n"},
+            "the value of 'x' contains U+FFFE, which XML does not allow\n"},
         {"an end tag",
             text,
             {At("a", Edit().Append("</a>"))},
-            "The fragment '</a>' is not well-formed: it begins with an end tag\n"},
-        {"a text", text, {At("a", Edit().Append("x"))}, "The fragment 'x' contains text outside of an element\n"},
+            "the fragment '</a>' is not well-formed: it begins with an end tag\n"},
+        {"a text", text, {At("a", Edit().Append("x"))}, "the fragment 'x' contains text outside of an element\n"},
         {"a document",
             text,
             {At("a", Edit().Append("<?xml version='1.0'?><c/>"))},
-            "The fragment '<?xml version='1.0'?><c/>' contains an XML declaration or a document type\n"},
-        {"a document that is not well-formed",
-            "<a><b></a>",
-            {At("a", Edit().Set("x", "1"))},
-            "Fatal Error(1,9): expected end of tag 'b' (id: test)\n"},
+            "the fragment '<?xml version='1.0'?><c/>' contains an XML declaration or a document type\n"},
         {"elements of an entity",
             "<!DOCTYPE a [<!ENTITY e '<b/>'>]><a>\n<c>&e;</c></a>",
             {At("//b", Edit().Set("x", "1"))},
-            "Error(2,4): /a/c: The element 'b' of an entity cannot be changed (id: test)\n"},
+            "(2,4) /a/c[1]: the element 'b' of an entity cannot be changed\n"},
         {"a text beside elements of an entity",
             "<!DOCTYPE a [<!ENTITY e '<b/>'>]><a>\n<c>&e;</c></a>",
             {At("a/c", Edit().Text("x"))},
-            "Error(2,4): /a/c: The text cannot be changed, because an entity contains elements (id: test)\n"},
+            "(2,4) /a/c[1]: the text cannot be changed, because an entity contains elements\n"},
         {"an attribute that the document type adds",
             "<!DOCTYPE a [<!ATTLIST a x CDATA '1'>]><a x='2'/>",
             {At("a", Edit().Unset("x"))},
@@ -467,6 +466,26 @@ TEST(XMLSourceEditorTest, RefusesChangesThatCannotApply)
     });
 }
 
+TEST(XMLSourceEditorTest, RefusesFragmentsThatAreNotWellFormed)
+{
+    for (const std::string fragment : {"<c>", "<c x='1' x='2'/>"}) {
+        EXPECT_THAT(Apply("<a/>", {At("a", Edit().Append(fragment.c_str()))}),
+            testing::StartsWith("the fragment '" + fragment + "' is not well-formed: "));
+    }
+}
+
+TEST(XMLSourceEditorTest, RefusesADocumentThatIsNotWellFormed)
+{
+    const std::string text = "<a>\n<b></a>";
+    XMLSourceEditor editor(text, "test");
+    editor.Change("a", Edit().Set("x", "1").change);
+    EXPECT_FALSE(editor.Edit());
+    ASSERT_EQ(editor.GetDiagnostics().size(), 1u);
+    EXPECT_EQ(editor.GetDiagnostics()[0].severity, ParseDiagnostic::Severity::FatalError);
+    EXPECT_EQ(editor.GetDiagnostics()[0].sourceId, VString("test"));
+    EXPECT_EQ(editor.GetDiagnostics()[0].start.line, 2u);
+}
+
 TEST(XMLSourceEditorTest, CharactersThatTheEncodingLacksBecomeReferences)
 {
     XMLSourceEditor::Options ascii;
@@ -476,9 +495,9 @@ TEST(XMLSourceEditorTest, CharactersThatTheEncodingLacksBecomeReferences)
     EXPECT_EQ(apply(Edit().Text("ä")), "<a><b>&#228;</b></a>");
     EXPECT_EQ(apply(Edit().After("<c x='ä'>ä</c>")), "<a><b/><c x='&#228;'>&#228;</c></a>");
     EXPECT_EQ(Apply("<a><![CDATA[x]]></a>", {At("a", Edit().Text("ä"))}, ascii), "<a>&#228;</a>");
-    EXPECT_EQ(apply(Edit().Rename("ä")), "The name 'ä' contains U+00E4, which the encoding of the document lacks\n");
+    EXPECT_EQ(apply(Edit().Rename("ä")), "the name 'ä' contains U+00E4, which the encoding of the document lacks\n");
     EXPECT_EQ(apply(Edit().After("<!--ä-->")),
-        "The fragment '<!--ä-->' contains U+00E4, which the encoding of the document lacks, outside of texts and "
+        "the fragment '<!--ä-->' contains U+00E4, which the encoding of the document lacks, outside of texts and "
         "values\n");
 }
 
@@ -493,7 +512,7 @@ TEST(XMLSourceEditorTest, WarnsOfAPathWithoutAMatch)
     EXPECT_EQ(edited->text, text);
     ASSERT_EQ(editor.GetDiagnostics().size(), 2u);
     EXPECT_EQ(editor.GetDiagnostics()[0].severity, ParseDiagnostic::Severity::Warning);
-    EXPECT_EQ(editor.GetDiagnostics()[0].GetText(), VString("The path '/b' matches no element"));
+    EXPECT_EQ(editor.GetDiagnostics()[0].message, VString("the path '/b' matches no element"));
 }
 
 TEST(XMLSourceEditorTest, ChangesElementsByNumber)

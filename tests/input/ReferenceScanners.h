@@ -73,7 +73,7 @@ inline std::optional<std::string> GetAttributeValueInTag(
     const std::size_t end = range.start + range.length - 1;
     for (std::size_t at = text.find(name, range.start); at != npos && at <= end;
          at = text.find(name, at + name.size())) {
-        if (!AreQuotesMatching(text, range.start, at) || !XmlUtils::IsWhitespace(text[at - 1]))
+        if (at == range.start || !AreQuotesMatching(text, range.start, at) || !XmlUtils::IsWhitespace(text[at - 1]))
             continue;
         std::size_t i = at + name.size();
         while (i < text.size() && XmlUtils::IsWhitespace(text[i]))

@@ -1,3 +1,12 @@
+# Installs the build folder BUILD below the folder WORK, builds the project SOURCE against the installed copy, and runs
+# its program. The other variables:
+#   GENERATOR, COMPILER, SANITIZE  the generator, the compiler and the sanitizers of the build folder
+#   CMAKE_OPTIONS                  further options for the project
+#   EMULATOR                       the words to put before a program, or empty
+#   WINDOWS                        true if the program runs on Windows
+#   PKG_CONFIG, PKG_CONFIG_FOLDER  if given, also builds the program with pkg-config; the folder has the .pc file of Qt
+#   PRIVATE_HEADERS                the names of the headers that must not be installed
+
 # Sets the policies of this script: if(IN_LIST) needs one of them.
 cmake_minimum_required(VERSION 3.22)
 
@@ -10,12 +19,50 @@ function(run)
     set(output "${output}" PARENT_SCOPE)
 endfunction()
 
+# Runs the program and compares its output with the expected text.
+function(run_consumer program)
+    if(WINDOWS)
+        # Windows looks for DLLs in the folder of the program.
+        file(COPY "${program}.exe" DESTINATION "${WORK}/prefix/bin")
+        get_filename_component(name "${program}" NAME)
+        set(program "${WORK}/prefix/bin/${name}.exe")
+    endif()
+    run(${EMULATOR} "${program}" WORKING_DIRECTORY "${WORK}/build")
+    string(REPLACE "\r\n" "\n" output "${output}")
+    set(expected "book: <book lang='de' />
+saved: 1
+formatted: 1
+edited: <book  lang=\"fr\"><!-- new --></book>
+retargeted: <book source='new'/>
+names in a formula: 2
+other names: 0
+")
+    if(NOT output STREQUAL expected)
+        message(FATAL_ERROR "the consumer printed '${output}'")
+    endif()
+endfunction()
+
 file(REMOVE_RECURSE "${WORK}")
 run(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${WORK}/prefix")
 
-set(flags)
+if(WINDOWS)
+    # Each DLL is in bin, and its import library is in lib.
+    file(GLOB dlls RELATIVE "${WORK}/prefix/bin" "${WORK}/prefix/bin/*.dll")
+    file(GLOB misplaced "${WORK}/prefix/lib/*.dll")
+    if(NOT dlls OR misplaced)
+        message(FATAL_ERROR "the DLLs are not in the folder bin")
+    endif()
+    foreach(dll ${dlls})
+        string(REGEX REPLACE "[.]dll$" "" name "${dll}")
+        if(NOT EXISTS "${WORK}/prefix/lib/${name}.dll.a" AND NOT EXISTS "${WORK}/prefix/lib/${name}.lib")
+            message(FATAL_ERROR "${dll} has no import library")
+        endif()
+    endforeach()
+endif()
+
+set(flags ${CMAKE_OPTIONS})
 if(SANITIZE)
-    set(flags "-DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE}")
+    list(APPEND flags "-DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE}")
 endif()
 # Callers need none of these packages, so the project must build although they cannot be found.
 foreach(package Boost CLI11 XercesC)
@@ -24,17 +71,14 @@ endforeach()
 run(${CMAKE_COMMAND} -S "${SOURCE}" -B "${WORK}/build" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${WORK}/prefix"
     "-DCMAKE_CXX_COMPILER=${COMPILER}" ${flags})
 run(${CMAKE_COMMAND} --build "${WORK}/build")
-run("${WORK}/build/consumer" WORKING_DIRECTORY "${WORK}/build")
-set(expected "book: <book lang='de' />
-saved: 1
-formatted: 1
-edited: <book  lang=\"fr\"><!-- new --></book>
-retargeted: <book source='new'/>
-names in a formula: 2
-other names: 0
-")
-if(NOT output STREQUAL expected)
-    message(FATAL_ERROR "the consumer printed '${output}'")
+run_consumer("${WORK}/build/consumer")
+
+if(PKG_CONFIG)
+    set(ENV{PKG_CONFIG_LIBDIR} "${WORK}/prefix/lib/pkgconfig:${PKG_CONFIG_FOLDER}")
+    run(${PKG_CONFIG} --define-prefix --cflags --libs vancorexml)
+    separate_arguments(flags UNIX_COMMAND "${output}")
+    run(${COMPILER} "${SOURCE}/main.cpp" ${flags} -o "${WORK}/build/consumer_pc.exe")
+    run_consumer("${WORK}/build/consumer_pc")
 endif()
 
 file(GLOB_RECURSE headers "${WORK}/prefix/include/*.h")

@@ -57,6 +57,26 @@ TEST(StandaloneDOMParserTest, BlankTextIsKeptWhenAsked)
     EXPECT_EQ(tree->GetChildren()[0].get().GetAllText(), VString("\n  \n"));
 }
 
+TEST(StandaloneDOMParserTest, DiagnosticPositionsCountTheSkippedWhiteSpace)
+{
+    struct Row {
+        const char* text;
+        SourcePosition start;
+    };
+    const Row rows[] = {
+        {"  <a></b>", {1, 6}},
+        {"\n \t<a></b>", {2, 6}},
+        {"\r\n\n<a>\n</b>", {4, 1}},
+        {"\f\r<a></b>", {2, 4}},
+    };
+    for (const Row& row : rows) {
+        const StandaloneDOMParser::Result result = StandaloneDOMParser().ParseXmlString(row.text, "id");
+        ASSERT_EQ(result.diagnostics.size(), 1u) << row.text;
+        EXPECT_EQ(result.diagnostics[0].start.line, row.start.line) << row.text;
+        EXPECT_EQ(result.diagnostics[0].start.column, row.start.column) << row.text;
+    }
+}
+
 TEST(StandaloneDOMParserTest, EveryStringOverloadSkipsLeadingWhiteSpace)
 {
     const StandaloneDOMParser parser;
@@ -141,7 +161,7 @@ TEST(StandaloneDOMParserTest, ResourceCanBeUsedAsASchema)
     EXPECT_FALSE(parser.ParseXmlString("<captions version='17'/>", "id").second.empty());
 }
 
-TEST(StandaloneDOMParserTest, ErrorsInsideABrokenSchemaAreNotReported)
+TEST(StandaloneDOMParserTest, ErrorMessagesOmitTheErrorsInsideABrokenSchema)
 {
     StandaloneDOMParser parser;
     parser.AddXSDInputSource(std::make_unique<StringInputSource>(
@@ -150,6 +170,58 @@ TEST(StandaloneDOMParserTest, ErrorsInsideABrokenSchemaAreNotReported)
     ASSERT_FALSE(errors.empty());
     for (const VString& error : errors)
         EXPECT_FALSE(error.contains("broken.xsd")) << error;
+}
+
+TEST(StandaloneDOMParserTest, ResultListsTheFaultsAsDiagnostics)
+{
+    const StandaloneDOMParser parser;
+    const auto result = parser.ParseXmlString("<a>\n<b></a>", "id");
+    ASSERT_EQ(result.diagnostics.size(), 1u);
+    EXPECT_EQ(result.diagnostics[0].severity, ParseDiagnostic::Severity::FatalError);
+    EXPECT_EQ(result.diagnostics[0].sourceId, VString("id"));
+    EXPECT_EQ(result.diagnostics[0].start.line, 2u);
+    EXPECT_EQ(result.second.size(), 1u);
+    EXPECT_TRUE(parser.ParseXmlString("<a/>", "id").diagnostics.empty());
+}
+
+TEST(StandaloneDOMParserTest, DiagnosticsOfSchemasPrecedeThoseOfTheDocument)
+{
+    StandaloneDOMParser parser;
+    parser.AddXSDInputSource(std::make_unique<StringInputSource>(
+        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element", "broken.xsd", false));
+    const auto result = parser.ParseXmlString("<a>", "id");
+    ASSERT_GE(result.diagnostics.size(), 2u);
+    EXPECT_EQ(result.diagnostics.front().sourceId, VString("broken.xsd"));
+    EXPECT_EQ(result.diagnostics.back().sourceId, VString("id"));
+}
+
+TEST(StandaloneDOMParserTest, DiagnosticsIncludeWarnings)
+{
+    const auto result = StandaloneDOMParser().ParseXmlString(
+        "<!DOCTYPE a [<!ATTLIST a b CDATA '1'>\n<!ATTLIST a b CDATA '2'>]><a>", "id");
+    EXPECT_EQ(result.second.size(), 1u);
+    ASSERT_EQ(result.diagnostics.size(), 2u);
+    EXPECT_EQ(result.diagnostics[0].severity, ParseDiagnostic::Severity::Warning);
+}
+
+TEST(StandaloneDOMParserTest, ResultIsStillAPair)
+{
+    const StandaloneDOMParser parser;
+    std::pair<std::unique_ptr<StandaloneDOMElement>, std::vector<VString>> pair = parser.ParseXmlString("<a", "id");
+    EXPECT_EQ(pair.first->GetName(), VString("Document"));
+    EXPECT_FALSE(pair.second.empty());
+    pair = parser.ParseXmlString("<a/>", "id");
+    EXPECT_TRUE(pair.second.empty());
+    std::unique_ptr<StandaloneDOMElement> tree;
+    std::vector<VString> errors;
+    std::tie(tree, errors) = parser.ParseXmlString("<b/>", "id");
+    EXPECT_EQ(tree->GetChildren()[0].get().GetName(), VString("b"));
+    EXPECT_EQ(std::get<0>(parser.ParseXmlString("<a/>", "id"))->GetChildren().size(), 1u);
+    auto&& [reference, messages] = parser.ParseXmlString("<c/>", "id");
+    tree = std::move(reference);
+    EXPECT_EQ(tree->GetChildren()[0].get().GetName(), VString("c"));
+    const StandaloneDOMParser::Result made(std::move(tree), std::vector<VString>{"e"});
+    EXPECT_EQ(made.second.size(), 1u);
 }
 
 TEST(StandaloneDOMParserTest, SchemaWithoutAnIdRaises)

@@ -7,9 +7,11 @@
 #include <new>
 
 #include <malloc.h>
-#include <pthread.h>
 
+#include "tests/common/FailingCall.h"
 #include "tests/common/TestSupport.h"
+#include "tests/common/ThreadStack.h"
+#include "tests/common/UnnamedFiles.h"
 #include "vancoreplatform/VIOException.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
@@ -65,32 +67,6 @@ namespace {
 
 using testsupport::TemporaryFolder;
 
-struct Fault {
-    const char* call;
-    int after;  // the number of calls that succeed
-    int error;
-};
-
-std::ostream& operator<<(std::ostream& out, const Fault& fault)
-{
-    return out << fault.call << " fails after " << fault.after << ": " << std::strerror(fault.error);
-}
-
-// Makes one call fail while it lives. Write a file before, which begins a new count of calls.
-class Failing {
-public:
-    explicit Failing(const Fault& fault)
-    {
-        setenv("FAILING_CALL", fault.call, 1);
-        setenv("FAILING_AFTER", std::to_string(fault.after).c_str(), 1);
-        setenv("FAILING_ERROR", std::to_string(fault.error).c_str(), 1);
-        setenv("FAILING_TIMES", "1", 1);
-    }
-    ~Failing() { unsetenv("FAILING_CALL"); }
-    Failing(const Failing&) = delete;
-    Failing& operator=(const Failing&) = delete;
-};
-
 // Returns a document that is saved with more than six writes.
 std::unique_ptr<DOM> LargeDocument()
 {
@@ -121,16 +97,20 @@ protected:
 TEST_F(SaveFaultTest, FailingCallThrowsAndKeepsTheOldFile)
 {
     const std::unique_ptr<DOM> document = LargeDocument();
-    // Only one call fails: later calls succeed, so the writer must remember the failure.
-    const Fault faults[] = {{"create", 0, ENOSPC},
+    // Only one call fails: later calls succeed, so the writer must remember the failure. Two calls create a file: if
+    // the first one, for a file without a name, fails, the second one creates a file with a name.
+    std::vector<Fault> faults{{"create", 0, ENOSPC, 2},
         {"write", 0, ENOSPC},
         {"write", 1, EIO},
         {"write", 5, ENOSPC},
         {"write", 6, EDQUOT},
         {"chmod", 0, EIO},
         {"flush", 0, EIO},
-        {"close", 0, EDQUOT},
         {"rename", 0, EACCES}};
+    if (testsupport::HasUnnamedFiles(folder))
+        faults.push_back({"link", 0, ENOSPC});
+    else
+        faults.push_back({"close", 0, EDQUOT});
     for (const Fault& fault : faults) {
         folder.Write("a.xml", "old");
         try {
@@ -197,29 +177,13 @@ TEST_F(SaveFaultTest, EachFailingAllocationThrowsAndKeepsTheOldFile)
 
 #endif
 
-// Runs `run` on a thread with a stack of 128 KB.
-void RunWithSmallStack(std::function<void()> run)
-{
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 128 * 1024);
-    pthread_t thread;
-    const auto start = [](void* function) -> void* {
-        (*static_cast<std::function<void()>*>(function))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, start, &run), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
-
 TEST_F(SaveFaultTest, DepthNeedsNoStack)
 {
     DOM document;
     DOMElement* last = &document.GetRoot();
     for (int depth = 0; depth < 5000; ++depth)
         last = &last->AddNewChild("e", nullptr);
-    RunWithSmallStack([&] { Save(document); });
+    testsupport::RunWithStack(128 * 1024, [&] { Save(document); });
     // Each level but the innermost is "<e>" and "</e>" on lines of their own.
     EXPECT_EQ(TemporaryFolder::Read(file).size(), 41u + 4999u * (4 + 5) + 2 * 2 * (4998u * 4999u / 2) + 2 * 4999u + 6);
 }

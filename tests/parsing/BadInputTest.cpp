@@ -228,10 +228,10 @@ const AmplifierRow AmplifierRows[] = {
     {"the default of an attribute", Document(LongEntity + "<!ATTLIST r a CDATA '" + Repeat("&e;", 120) + "'>", "<r/>")},
     {"the default of many attributes",
         Document(LongDefault, "<r>" + Repeat("<a/>", 120) + "</r>"),
-        "'100000000' characters of default attributes"},
+        "'80000000' characters of default attributes"},
     {"many empty defaults",
         Document("<!ATTLIST a " + Numbered(3000, " b", " CDATA ''") + ">", "<r>" + Repeat("<a/>", 3000) + "</r>"),
-        "'8000000' default attributes"},
+        "'3000000' default attributes"},
     {"a parameter entity", Document(LongParameterEntity + Repeat("%p;", 120), "<r/>")},
     {"a parameter entity, a default, an attribute and a text",
         Document(
@@ -460,6 +460,116 @@ TEST_F(BadFileTest, FailedReadIsAnErrorAndTheParserStaysUsable)
     FailingSource sound(-1);
     EXPECT_TRUE(parser.ParseXmlInputSource(whole, false)->HasErrors());
     EXPECT_EQ(testsupport::TreeText(*parser.ParseXmlInputSource(sound, false)), "<a><b></b></a>");
+}
+
+// Returns the text in code units of `size` bytes.
+std::string InUnits(const std::string& ascii, std::size_t size, bool isBigEndian)
+{
+    std::string bytes;
+    for (const char character : ascii) {
+        std::string unit(size, '\0');
+        unit[isBigEndian ? size - 1 : 0] = character;
+        bytes += unit;
+    }
+    return bytes;
+}
+
+struct UnitsRow {
+    const char* name;
+    std::size_t size;
+    bool isBigEndian;
+    std::string mark;
+    std::string declaration;
+};
+
+std::ostream& operator<<(std::ostream& out, const UnitsRow& row)
+{
+    return out << row.name;
+}
+
+class LargeUnitsTest : public testing::TestWithParam<UnitsRow> {
+protected:
+    static std::string Document(const std::string& text)
+    {
+        const UnitsRow& row = GetParam();
+        return row.mark + InUnits(row.declaration + text, row.size, row.isBigEndian);
+    }
+};
+
+const UnitsRow LargeUnits[] = {
+    {"Utf16LittleEndian", 2, false, "", ""},
+    {"Utf16BigEndian", 2, true, "", ""},
+    {"Utf16LittleEndianWithMark", 2, false, "\xFF\xFE", ""},
+    {"Utf16BigEndianWithMark", 2, true, "\xFE\xFF", ""},
+    {"Utf16LittleEndianDeclared", 2, false, "", "<?xml version='1.0' encoding='UTF-16'?>"},
+    {"Utf16BigEndianDeclared", 2, true, "", "<?xml version='1.0' encoding='UTF-16'?>"},
+    {"Utf32LittleEndianWithMark", 4, false, std::string("\xFF\xFE\0\0", 4), ""},
+    {"Utf32BigEndianWithMark", 4, true, std::string("\0\0\xFE\xFF", 4), ""},
+    {"Utf32LittleEndianDeclared", 4, false, "", "<?xml version='1.0' encoding='UCS-4'?>"},
+    {"Utf32BigEndianDeclared", 4, true, "", "<?xml version='1.0' encoding='UCS-4'?>"},
+};
+
+// Xerces drops the bytes of an incomplete code unit.
+TEST_P(LargeUnitsTest, IncompleteUnitAtTheEndIsAnErrorAtItsPlace)
+{
+    const std::string document = Document("\n<a>\n</a>\n");
+    EXPECT_EQ(ParseBytes(document).errors, std::vector<VString>{});
+    for (std::size_t count = 1; count < GetParam().size; ++count) {
+        Utf8InputSource source(document + std::string(count, '<'), "id", false);
+        DOMParser parser;
+        const auto tree = parser.ParseXmlInputSource(source, false);
+        ASSERT_EQ(testsupport::Errors(*tree).size(), 1u) << count;
+        EXPECT_THAT(testsupport::Errors(*tree).front().toStdString(),
+            testing::HasSubstr("invalid bytes at the end of the document"));
+        ASSERT_EQ(parser.GetDiagnostics().size(), 1u);
+        EXPECT_EQ(parser.GetDiagnostics()[0].code, DiagnosticCode::BadBytes);
+        EXPECT_EQ(parser.GetDiagnostics()[0].start, (SourcePosition{4, 1}));
+    }
+}
+
+TEST_P(LargeUnitsTest, IncompleteUnitInAnElementIsAnErrorOfThatElement)
+{
+    Utf8InputSource source(Document("<a>\n<b>x</b>") + std::string(1, '<'), "id", false);
+    DOMParser parser;
+    EXPECT_TRUE(parser.ParseXmlInputSource(source, false)->HasErrors());
+    ASSERT_EQ(parser.GetDiagnostics().size(), 1u);
+    EXPECT_EQ(parser.GetDiagnostics()[0].code, DiagnosticCode::UnclosedElement);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    BadInputTest, LargeUnitsTest, testing::ValuesIn(LargeUnits), [](const auto& test) { return test.param.name; });
+
+TEST(BadInputTest, IncompleteCharacterAtTheEndIsAnErrorInEncodingsOfSeveralBytes)
+{
+    const std::pair<std::string, std::string> characters[] = {
+        {"EUC-JP", "\xB0"}, {"GB18030", "\x90"}, {"GB18030", "\x90\x30"}, {"Big5", "\xB0"}, {"EUC-KR", "\xB0"}};
+    for (const auto& [encoding, start] : characters) {
+        const std::string document = "<?xml version='1.0' encoding='" + encoding + "'?>\n<a>x</a>";
+#if defined(_WIN32)
+        // Xerces uses the converters of the system, which do not read all of these encodings.
+        if (!ParseBytes(document).errors.empty())
+            continue;
+#endif
+        EXPECT_EQ(ParseBytes(document).errors, std::vector<VString>{}) << encoding;
+        Utf8InputSource source(document + start, "id", false);
+        DOMParser parser;
+        EXPECT_TRUE(parser.ParseXmlInputSource(source, false)->HasErrors()) << encoding;
+        ASSERT_EQ(parser.GetDiagnostics().size(), 1u);
+        EXPECT_EQ(parser.GetDiagnostics()[0].code, DiagnosticCode::BadBytes);
+        EXPECT_EQ(parser.GetDiagnostics()[0].start, (SourcePosition{2, 9}));
+    }
+}
+
+// The last byte of each of these documents is not the ">" of the root element.
+TEST(BadInputTest, DocumentsThatEndWithOtherBytesAreComplete)
+{
+    const std::string latin = "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>";
+    std::vector<std::string> documents{latin + "\n", latin + "\t", latin + "<!--x-->"};
+#if !defined(_WIN32)
+    documents.push_back("<?xml version='1.0' encoding='ISO-2022-JP'?><a>x</a>\x1B(B");
+#endif
+    for (const std::string& document : documents)
+        EXPECT_EQ(ParseBytes(document).errors, std::vector<VString>{}) << document;
 }
 
 }  // namespace

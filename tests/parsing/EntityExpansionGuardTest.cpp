@@ -383,6 +383,17 @@ TEST(EntityExpansionGuardTest, AgreesWithTheReferenceOnRandomDocuments)
     EXPECT_GT(compared, static_cast<int>(RandomDocuments) / 2);
 }
 
+// Declares the entities e0 to e(count - 1). Each one after the first contains the one before. `sign` begins a
+// reference.
+std::string Chain(const std::string& sign, int count)
+{
+    const std::string kind = sign == "&" ? "" : "% ";
+    std::string text = "<!ENTITY " + kind + "e0 ''>";
+    for (int i = 1; i < count; ++i)
+        text += "<!ENTITY " + kind + "e" + std::to_string(i) + " '" + sign + "e" + std::to_string(i - 1) + ";'>";
+    return text;
+}
+
 struct SizeRow {
     const char* name;
     std::string text;
@@ -463,6 +474,26 @@ TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfExpansionsInDeclarations)
     }
 }
 
+const SizeRow MarkupRows[] = {
+    {"elements", "<!DOCTYPE r [" + Entities + "<!ENTITY e '<a/>&ten;'>]><r>&e;&ten;&e;</r>", 8},
+    {"elements within a text", "<!DOCTYPE r [<!ENTITY e '<a/>'><!ENTITY f 'text&e;&e;'>]><r>&f;</r>", 8},
+    {"declarations", "<!DOCTYPE r [<!ENTITY % p '<!ELEMENT r ANY>'><!ENTITY % q '&#37;p;'>%p;%q;]><r/>", 32},
+};
+
+TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfMarkup)
+{
+    for (const SizeRow& row : MarkupRows) {
+        for (const Subject subject : {Subject::Document, Subject::Schema}) {
+            SCOPED_TRACE(row.name);
+            ExpansionLimits limits;
+            limits.markup = row.size;
+            EXPECT_EQ(Check(subject, row.text, limits), "");
+            --limits.markup;
+            EXPECT_EQ(Check(subject, row.text, limits), MessageOf(limits.markup, "characters of entities with markup"));
+        }
+    }
+}
+
 TEST(EntityExpansionGuardTest, LimitsContentExpansionsOnlyInSchemas)
 {
     const std::string text = "<!DOCTYPE r [" + Entities + "]><r a='&ten;'>&twice;</r>";
@@ -503,6 +534,36 @@ TEST(EntityExpansionGuardTest, NestedEntitiesWithLongNamesAreLimited)
         --limits.compared;
         const std::string expected = MessageOf(limits.compared, "characters of the names of nested entities");
         EXPECT_EQ(Check(Subject::Document, text, limits), expected);
+    }
+}
+
+// Each of these documents has four levels of entities.
+const SizeRow LevelRows[] = {
+    {"a text", "<!DOCTYPE r [" + Chain("&", 4) + "]><r>&e3;</r>", 4},
+    {"an attribute", "<!DOCTYPE r [" + Chain("&", 4) + "]><r a='&e3;'/>", 4},
+    {"a default value", "<!DOCTYPE r [" + Chain("&", 4) + "<!ATTLIST r a CDATA '&e3;'>]><r/>", 4},
+    {"several references", "<!DOCTYPE r [" + Chain("&", 4) + "<!ENTITY w '&e0;&e2;&e1;'>]><r>&e1;&w;&e1;</r>", 4},
+    {"a circle", "<!DOCTYPE r [<!ENTITY a '&b;'><!ENTITY b '&c;'><!ENTITY c '&d;'><!ENTITY d '&a;'>]><r>&a;</r>", 4},
+    {"a circle after a deeper entity",
+        "<!DOCTYPE r [" + Chain("&", 3) + "<!ENTITY a '&e2;&b;'><!ENTITY b '&a;'>]><r>&a;</r>",
+        4},
+    {"parameter entities", "<!DOCTYPE r [" + Chain("&#37;", 4) + "%e3;]><r/>", 4},
+    {"parameter entities that declare others",
+        "<!DOCTYPE r [" + Chain("&#37;", 2) + "<!ENTITY % p \"<!ENTITY &#37; q '&#38;#37;e1;'> &#37;q;\">%p;]><r/>",
+        4},
+};
+
+TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfLevels)
+{
+    for (const SizeRow& row : LevelRows) {
+        for (const Subject subject : {Subject::Document, Subject::Schema}) {
+            SCOPED_TRACE(row.name);
+            ExpansionLimits limits;
+            limits.levels = row.size;
+            EXPECT_EQ(Check(subject, row.text, limits), "");
+            --limits.levels;
+            EXPECT_EQ(Check(subject, row.text, limits), MessageOf(limits.levels, "levels of nested entities"));
+        }
     }
 }
 

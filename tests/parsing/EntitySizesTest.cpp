@@ -111,6 +111,7 @@ TEST(EntitySizesTest, DeepNestingNeedsNoCallStack)
     const Expansion expansion = sizes.Expand(DeclareLevels(sizes, 200000, 1));
     EXPECT_EQ(expansion.text, 1u);
     EXPECT_EQ(expansion.count, 200000u);
+    EXPECT_EQ(expansion.levels, 200000u);
 }
 
 TEST(EntitySizesTest, EntityMayBeDeclaredAfterAReferenceToIt)
@@ -155,6 +156,23 @@ TEST(EntitySizesTest, CountsTheNamesOfNestedEntities)
     EXPECT_EQ(sizes.Expand(inner).compared, 0u);
     EXPECT_EQ(sizes.Expand(outer).compared, 3u + 2 * 4 + 4);
     EXPECT_EQ(sizes.Expand(outer).names, 1u + 3 + 4 + 4);
+}
+
+TEST(EntitySizesTest, TextsWithMarkupCountAsMarkup)
+{
+    EXPECT_EQ(Expand(u"<a/>").markup, 4u);
+    EXPECT_EQ(Expand(u"text<a b='c'>text</a>").markup, 21u);
+    EXPECT_EQ(Expand(u"&x;<a/>&x;").markup, 4u);
+    EXPECT_EQ(Expand(u"<!--c--><?p d?><![CDATA[e]]>&x;").markup, 0u);
+    EXPECT_EQ(Expand(u"<!--c--><a/>").markup, 12u);
+
+    EntitySizes sizes(EntitySizes::Kind::General);
+    sizes.Declare(u"m", u"<a/>");
+    EXPECT_EQ(sizes.Expand(sizes.Declare(u"e", u"text&m;&m;")).markup, 8u);
+
+    EntitySizes parameterEntities(EntitySizes::Kind::Parameter);
+    EXPECT_EQ(parameterEntities.Expand(parameterEntities.Declare(u"p", u"<!ELEMENT a ANY>")).markup, 16u);
+    EXPECT_EQ(parameterEntities.Expand(parameterEntities.Declare(u"q", u" %p;<!--c-->")).markup, 16u);
 }
 
 TEST(EntitySizesTest, IgnoresReferencesInQuotedPartsOfParameterEntities)

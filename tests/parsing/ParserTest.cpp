@@ -82,10 +82,9 @@ TEST(ParserTest, GetDiagnosticsKeepsTheOrderOfRecording)
     std::vector<VString> texts;
     std::vector<ParseDiagnostic::Severity> severities;
     for (const ParseDiagnostic& diagnostic : parser.GetDiagnostics()) {
-        texts.push_back(diagnostic.GetText());
+        texts.push_back(diagnostic.message);
         severities.push_back(diagnostic.severity);
-        EXPECT_EQ(diagnostic.line, 0u);
-        EXPECT_EQ(diagnostic.column, 0u);
+        EXPECT_EQ(diagnostic.start, SourcePosition());
     }
     using Severity = ParseDiagnostic::Severity;
     EXPECT_EQ(texts, (std::vector<VString>{"e", "w", "f"}));

@@ -166,6 +166,20 @@ TEST(WrittenNamesTest, BothDomParsersRestoreNamesInMessages)
     EXPECT_THAT(standalone.ParseXmlString(text, "id").second[0].toStdString(), HasSubstr("attribute ':x'"));
 }
 
+// The sanitizer takes these colons for the beginning of an attribute.
+TEST(WrittenNamesTest, TextsAndValuesThatLookLikeAttributesStay)
+{
+    const std::pair<const char*, const char*> documents[] = {
+        {"<a> :b='1'></a>", "<a> :b='1'></a>"},
+        {"<a>x :b='1' :c='2'> y</a>", "<a>x :b='1' :c='2'> y</a>"},
+        {"<a> :b='1'>:<b/> :c='2'></a>", "<a> :b='1'>: :c='2'><b></b></a>"},
+        {"<a :x='1' b=\" :c='1' >\"></a>", "<a :x='1' b=' :c='1' >'></a>"},
+        {"<a b=' IllegalColon:x'> :b='1'></a>", "<a b=' IllegalColon:x'> IllegalColon:b='1'></a>"},
+    };
+    for (const auto& [text, tree] : documents)
+        EXPECT_EQ(testsupport::TreeText(*DOMParser().ParseXmlString(text, "id")), tree);
+}
+
 TEST(WrittenNamesTest, RestoringNamesInManyErrorsTakesLinearTime)
 {
     std::string text = "<a>";

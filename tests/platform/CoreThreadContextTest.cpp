@@ -92,6 +92,17 @@ TEST(CoreThreadContextTest, EachThreadHasItsOwnObjects)
     EXPECT_EQ(boost::any_cast<int>(CoreThreadContext::GetGenericObject("CoreThreadContextTest.own")), 1);
 }
 
+TEST(CoreThreadContextTest, AThreadThatEndsDestroysItsObjects)
+{
+    const auto object = std::make_shared<int>(1);
+    std::thread([&] {
+        CoreThreadContext::SetGenericObject("a", object);
+        CoreThreadContext::SetGenericObject("b", object);
+        EXPECT_EQ(object.use_count(), 3);
+    }).join();
+    EXPECT_EQ(object.use_count(), 1);
+}
+
 TEST(CoreThreadContextTest, AProcessObjectIsCreatedOnceForAllThreads)
 {
     std::atomic<int> made{0};

@@ -4,6 +4,7 @@
 
 #include <random>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -171,4 +172,16 @@ TEST(DetectEncodingTest, HalfAUtf16MarkIsUnknown)
 {
     EXPECT_EQ(Detect("\xFF"), Encoding::Unknown);
     EXPECT_EQ(Detect("\xFE"), Encoding::Unknown);
+}
+
+TEST(CountInvalidUtf8Test, CountsTheStartOfACharacter)
+{
+    const auto count = [](std::string_view bytes) { return CountInvalidUtf8(bytes.data(), bytes.size()); };
+    EXPECT_EQ(count("\xE9t\xE9"), 1u);
+    EXPECT_EQ(count("\x80\x80"), 1u);
+    EXPECT_EQ(count("\xFF"), 1u);
+    EXPECT_EQ(count("\xE2\x82"), 2u);
+    EXPECT_EQ(count("\xE2\x82<"), 2u);
+    EXPECT_EQ(count("\xF0\x9F\x98\xE9"), 3u);
+    EXPECT_EQ(count("\xED\xA0\x80"), 1u);
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "vancoreplatform/DecodingException.h"
 #include "vancoreplatform/FileEncoding.h"
 #include "vancoreplatform/VIOException.h"
 
@@ -26,6 +27,21 @@ struct EncodingCase {
     std::string bytes;
     std::string text;
     FileEncoding encoding;
+};
+
+struct BadBytesCase {
+    const char* name;
+    std::string bytes;
+    std::string badBytes;
+    std::string textBefore;
+    std::string textBehind;
+    bool isAtEnd = false;
+};
+
+struct DeclaredCase {
+    const char* name;
+    std::string bytes;
+    EncodingDeclaration declaration;
 };
 
 struct DeclarationCase {
@@ -81,8 +97,18 @@ INSTANTIATE_TEST_SUITE_P(Bytes,
         EncodingCase{"EscapeSequences",
             XmlDeclarationOf("ISO-2022-JP") + "\x1B$B$\"\x1B(B",
             XmlDeclarationOf("ISO-2022-JP") + "\x1B$B$\"\x1B(B",
-            {"UTF-8", false}}),
+            {"UTF-8", false}},
+        EncodingCase{"UnmarkedUtf16LittleEndian", "<\0a\0/\0>\0"s, "<a/>", {"UTF-16LE", false}},
+        EncodingCase{"UnmarkedUtf16BigEndian", "\0<\0?\0\xF6"s, "<?ö", {"UTF-16BE", false}},
+        EncodingCase{"UnmarkedUtf16BehindBlanks", "\0\n\0\t\0<\0a"s, "\n\t<a", {"UTF-16BE", false}},
+        EncodingCase{"NulsInUtf8", "<\0ab"s, "<\0ab"s, {"UTF-8", false}},
+        EncodingCase{"NulsInATextWithoutTags", "a\0b\0"s, "a\0b\0"s, {"UTF-8", false}}),
     [](const auto& test) { return std::string(test.param.name); });
+
+TEST(FileEncodingTest, ExpectsUtf16WithoutAMarkOnlyInXml)
+{
+    EXPECT_EQ(DecodeFile("<\0a\0"s, false).encoding.name, "UTF-8");
+}
 
 TEST(FileEncodingTest, IgnoresTheDeclarationWithoutTheFlag)
 {
@@ -106,6 +132,97 @@ TEST(FileEncodingTest, NamesTheFirstBadByte)
         EXPECT_STREQ(exception.what(), "Cannot read \"doc.xml\": not valid UTF-8, the first bad byte is at offset 4");
     }
 }
+
+class TextEncodingBadBytesTest : public testing::TestWithParam<BadBytesCase> {};
+
+TEST_P(TextEncodingBadBytesTest, ReturnsTheBytesAndTheirLine)
+{
+    try {
+        DecodeFile(GetParam().bytes);
+        FAIL() << "no exception";
+    } catch (const VIO::DecodingException& exception) {
+        const VIO::BadBytes& bad = exception.GetBadBytes();
+        EXPECT_EQ(bad.bytes, GetParam().badBytes);
+        EXPECT_EQ(bad.bytes, GetParam().bytes.substr(bad.offset, bad.bytes.size()));
+        EXPECT_EQ(bad.text.substr(0, bad.textOffset), GetParam().textBefore);
+        EXPECT_EQ(bad.text.substr(bad.textOffset + bad.shownLength), GetParam().textBehind);
+        EXPECT_EQ(bad.isAtEnd, GetParam().isAtEnd);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Bytes,
+    TextEncodingBadBytesTest,
+    testing::Values(BadBytesCase{"Latin1", "<a>\n\xE9t\xE9\n</a>", "\xE9", "<a>\n", "t\xE9"},
+        BadBytesCase{"BehindAMark", "\uFEFFa\xFFz", "\xFF", "a", "z"},
+        BadBytesCase{"Utf8CutAtTheEnd", "a\xE2\x82", "\xE2\x82", "a", "", true},
+        BadBytesCase{"BadByteAtTheEnd", "a\xFF", "\xFF", "a", ""},
+        BadBytesCase{"Utf16LowHalf", "\xFE\xFF\0a\xDE\0\0b\0\n\0c"s, "\xDE\0"s, "a", "b"},
+        BadBytesCase{"Utf16HighHalf", "\377\376a\0\075\330b\0"s, "\075\330", "a", "b"},
+        BadBytesCase{"Utf16OddByte", "\377\376a\0b"s, "b", "a", "", true},
+        BadBytesCase{"Utf16HighHalfAtTheEnd", "\xFE\xFF\0a\xD8\x3D"s, "\xD8\x3D", "a", "", true},
+        BadBytesCase{"UnmarkedUtf16OddByte", "<\0a\0b"s, "b", "<a", "", true},
+        BadBytesCase{"Utf32Surrogate", "\0\0\xFE\xFF\0\0\xD8\0\0\0\0a"s, "\0\0\xD8\0"s, "", "a"},
+        BadBytesCase{"Ascii", XmlDeclarationOf("US-ASCII") + "\xF6z", "\xF6", XmlDeclarationOf("US-ASCII"), "z"},
+        BadBytesCase{"ShiftJisCutAtTheEnd",
+            XmlDeclarationOf("Shift_JIS") + "\x82\xA0\x82",
+            "\x82",
+            XmlDeclarationOf("Shift_JIS") + "あ",
+            "",
+            true}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST(FileEncodingTest, FindsBadBytesBehindManyPiecesOfACodec)
+{
+    const std::string start = XmlDeclarationOf("Shift_JIS") + std::string(200000, 'x') + "\n";
+    try {
+        DecodeFile(start + "\x82\xA0\xFF");
+        FAIL() << "no exception";
+    } catch (const VIO::DecodingException& exception) {
+        EXPECT_EQ(exception.GetBadBytes().text.substr(0, exception.GetBadBytes().textOffset), start + "あ");
+        EXPECT_EQ(exception.GetBadBytes().bytes, "\xFF");
+    }
+}
+
+class EncodingDeclarationTest : public testing::TestWithParam<DeclaredCase> {};
+
+TEST_P(EncodingDeclarationTest, ComparesTheNameWithTheBytes)
+{
+    const DecodedText decoded = DecodeFile(GetParam().bytes);
+    EXPECT_EQ(CheckEncodingDeclaration(decoded.text, decoded.encoding), GetParam().declaration);
+}
+
+namespace {
+
+std::string Utf16Of(std::string_view ascii, bool isBigEndian)
+{
+    std::string bytes = isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+    for (const char character : ascii)
+        bytes += isBigEndian ? std::string{'\0', character} : std::string{character, '\0'};
+    return bytes;
+}
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(Names,
+    EncodingDeclarationTest,
+    testing::Values(DeclaredCase{"None", "<a/>", EncodingDeclaration::Right},
+        DeclaredCase{"Utf8", XmlDeclarationOf("utf-8") + "ö", EncodingDeclaration::Right},
+        DeclaredCase{"OtherNameOfUtf8", XmlDeclarationOf("utf8") + "ö", EncodingDeclaration::Right},
+        DeclaredCase{"Latin1", XmlDeclarationOf("latin1") + "\xF6", EncodingDeclaration::Right},
+        DeclaredCase{"AsciiAsLatin1", XmlDeclarationOf("latin1"), EncodingDeclaration::Right},
+        DeclaredCase{"Utf16", Utf16Of(XmlDeclarationOf("utf-16"), true), EncodingDeclaration::Right},
+        DeclaredCase{"Utf16WithByteOrder", Utf16Of(XmlDeclarationOf("UTF-16LE"), false), EncodingDeclaration::Right},
+        DeclaredCase{"OldNameOfUtf16", Utf16Of(XmlDeclarationOf("ISO-10646-UCS-2"), false), EncodingDeclaration::Right},
+        DeclaredCase{"OtherByteOrder", Utf16Of(XmlDeclarationOf("UTF-16LE"), true), EncodingDeclaration::Wrong},
+        DeclaredCase{"Utf16AsUtf8", Utf16Of(XmlDeclarationOf("UTF-8"), false), EncodingDeclaration::Wrong},
+        DeclaredCase{"Utf16AsUtf32", Utf16Of(XmlDeclarationOf("UTF-32"), false), EncodingDeclaration::Wrong},
+        DeclaredCase{"Utf8AsUtf16", XmlDeclarationOf("UTF-16") + "ö", EncodingDeclaration::Wrong},
+        DeclaredCase{"AsciiAsUtf16", XmlDeclarationOf("UTF-16"), EncodingDeclaration::Wrong},
+        DeclaredCase{"Utf8AsLatin1", XmlDeclarationOf("latin1") + "ö", EncodingDeclaration::Wrong},
+        DeclaredCase{"MarkedUtf8AsLatin1", "\uFEFF" + XmlDeclarationOf("latin1"), EncodingDeclaration::Wrong},
+        DeclaredCase{"Misspelt", XmlDeclarationOf("UFT-8"), EncodingDeclaration::Unknown},
+        DeclaredCase{"UnknownInUtf16", Utf16Of(XmlDeclarationOf("no-such"), true), EncodingDeclaration::Unknown}),
+    [](const auto& test) { return std::string(test.param.name); });
 
 class TextEncodingDeclarationTest : public testing::TestWithParam<DeclarationCase> {};
 

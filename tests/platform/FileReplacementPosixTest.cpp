@@ -1,4 +1,5 @@
-// The properties of files that exist on POSIX systems only, and signals.
+// The properties and names of files that exist on POSIX systems only, links, and signals.
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -14,11 +15,16 @@
 #endif
 
 #include "tests/common/TestSupport.h"
+#include "tests/common/UnnamedFiles.h"
 #include "vancoreplatform/FileReplacement.h"
+#include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VIOException.h"
 
 namespace {
 
+using testing::ElementsAre;
+using testsupport::CurrentFolder;
+using testsupport::HasUnnamedFiles;
 using testsupport::TemporaryFolder;
 
 constexpr uid_t OtherUser = 65534;
@@ -89,33 +95,6 @@ TEST_F(FileReplacementPosixTest, KeepsThePermissions)
     }
 }
 
-// Changes the folder of the process while it lives.
-class CurrentFolder {
-public:
-    explicit CurrentFolder(const VString& folder) : m_before(QDir::currentPath())
-    {
-        EXPECT_TRUE(QDir::setCurrent(folder.ToQString()));
-    }
-    ~CurrentFolder() { QDir::setCurrent(m_before); }
-    CurrentFolder(const CurrentFolder&) = delete;
-    CurrentFolder& operator=(const CurrentFolder&) = delete;
-
-private:
-    QString m_before;
-};
-
-TEST_F(FileReplacementPosixTest, RelativeNameKeepsItsMeaningWhenTheProcessChangesItsFolder)
-{
-    const CurrentFolder outer(folder.Path("."));
-    for (const char* name : {"a.xml", "new.xml"}) {
-        FileReplacement replacement{VPath(name)};
-        replacement.Write("new");
-        const CurrentFolder inner("/");
-        replacement.Commit();
-        EXPECT_EQ(TemporaryFolder::Read(folder.Path(name)), "new");
-    }
-}
-
 TEST_F(FileReplacementPosixTest, FolderThatIsRenamedMeanwhileKeepsItsFile)
 {
     const std::string before = folder.Path("before").toStdString();
@@ -152,15 +131,37 @@ TEST_F(FileReplacementPosixTest, NewFileGetsThePermissionsOfTheUmask)
     EXPECT_EQ(status.st_mode & 07777, 0640u);
 }
 
-TEST_F(FileReplacementPosixTest, TemporaryFileIsPrivate)
+TEST_F(FileReplacementPosixTest, TemporaryFileHasNoNameOrIsPrivate)
 {
     FileReplacement replacement{VPath(file)};
-    const QStringList names = QDir(folder.Path(".").ToQString()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    ASSERT_EQ(names.size(), 2);
-    EXPECT_TRUE(names[0].startsWith(".vanxml-"));
-    struct stat status;
-    ASSERT_EQ(stat(folder.Path(VString(names[0])).toStdString().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 0600u);
+    replacement.Write("new");
+    std::vector<std::string> names = folder.Names();
+    names.erase(std::remove(names.begin(), names.end(), "a.xml"), names.end());
+    ASSERT_EQ(names.size(), HasUnnamedFiles(folder) ? 0u : 1u);
+    for (const std::string& each : names) {
+        EXPECT_THAT(each, testing::StartsWith(".vanxml-"));
+        struct stat status;
+        ASSERT_EQ(stat(folder.Path(VString::fromStdString(each)).toStdString().c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, 0600u);
+    }
+}
+
+TEST_F(FileReplacementPosixTest, ProcessThatIsKilledBeforeCommitLeavesNoFileWithoutAName)
+{
+    if (!HasUnnamedFiles(folder))
+        GTEST_SKIP() << "the file system has no files without a name";
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        FileReplacement replacement{VPath(file)};
+        replacement.Write("new");
+        raise(SIGKILL);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    EXPECT_EQ(TemporaryFolder::Read(file), "old");
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
 }
 
 TEST_F(FileReplacementPosixTest, FileWithoutWritePermissionIsRefusedAlsoToRoot)
@@ -249,6 +250,51 @@ TEST_F(FileReplacementPosixTest, FolderThatMayNotBeReadIsEnough)
     EXPECT_EQ(TemporaryFolder::Read(file), "new");
 }
 
+TEST_F(FileReplacementPosixTest, FolderThatMayNotBeWrittenIsRefused)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    const std::string path = folder.Path(".").toStdString();
+    ASSERT_EQ(chmod(path.c_str(), 0555), 0);
+    ASSERT_EQ(chmod(Native().c_str(), 0666), 0);
+    ExpectAsOrdinaryUser([this] {
+        ExpectDenied();
+        return !HasFailure();
+    });
+    ASSERT_EQ(chmod(path.c_str(), 0777), 0);
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
+}
+
+TEST_F(FileReplacementPosixTest, FolderThatIsRemovedMeanwhileIsAnError)
+{
+    const VString outer = folder.Path("outer");
+    ASSERT_EQ(mkdir(outer.toStdString().c_str(), 0700), 0);
+    const VString target = folder.Write("outer/a.xml", "old");
+    FileReplacement replacement{VPath(target)};
+    replacement.Write("new");
+    ASSERT_TRUE(QDir(outer.ToQString()).removeRecursively());
+    try {
+        replacement.Commit();
+        ADD_FAILURE() << "the file was created";
+    } catch (const VIO::Exception& exception) {
+        EXPECT_EQ(exception.what(), "Cannot write \"" + target.toStdString() + "\": No such file or directory");
+    }
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
+}
+
+TEST_F(FileReplacementPosixTest, TargetThatBecomesAFolderIsAnErrorThatSaysSo)
+{
+    FileReplacement replacement{VPath(file)};
+    ASSERT_EQ(unlink(Native().c_str()), 0);
+    ASSERT_EQ(mkdir(Native().c_str(), 0700), 0);
+    try {
+        replacement.Commit();
+        ADD_FAILURE() << "the folder was replaced";
+    } catch (const VIO::Exception& exception) {
+        EXPECT_EQ(exception.what(), "Cannot write \"" + Native() + "\": Is a directory");
+    }
+}
+
 TEST_F(FileReplacementPosixTest, DeviceAndPipeAreRefused)
 {
     const std::string pipe = folder.Path("pipe").toStdString();
@@ -261,6 +307,40 @@ TEST_F(FileReplacementPosixTest, DeviceAndPipeAreRefused)
             EXPECT_EQ(exception.what(), "Cannot write \"" + name + "\": it is not a regular file");
         }
     }
+}
+
+TEST_F(FileReplacementPosixTest, ReplacesAFileThatIsBeingRead)
+{
+    VFile reader{VPath(file)};
+    reader.OpenForReading();
+    Replace();
+    char bytes[3];
+    EXPECT_EQ(std::string(bytes, reader.Read(bytes, sizeof bytes)), "old");
+    EXPECT_EQ(TemporaryFolder::Read(file), "new");
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
+}
+
+// On Windows, names cannot contain a colon.
+TEST_F(FileReplacementPosixTest, NamesThatBeginWithAColonAreFiles)
+{
+    const CurrentFolder current(folder.Path("."));
+    FileReplacement replacement{VPath(":a.xml")};
+    replacement.Commit();
+    EXPECT_THAT(folder.Names(), ElementsAre(":a.xml", "a.xml"));
+}
+
+TEST_F(FileReplacementPosixTest, ReplacesTheTargetOfALinkAndKeepsTheLink)
+{
+    const std::string link = folder.Path("link.xml").toStdString();
+    ASSERT_EQ(symlink("a.xml", link.c_str()), 0);
+    FileReplacement replacement{VPath(VString::fromStdString(link))};
+    replacement.Write("new");
+    replacement.Commit();
+    EXPECT_EQ(TemporaryFolder::Read(file), "new");
+    struct stat status;
+    ASSERT_EQ(lstat(link.c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml", "link.xml"));
 }
 
 #if defined(__linux__)
@@ -425,7 +505,7 @@ TEST_F(FileReplacementPosixTest, RemovesTheFilesOfManyObjects)
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    EXPECT_EQ(QDir(folder.Path(".").ToQString()).entryList(QDir::Files | QDir::Hidden), QStringList("a.xml"));
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
 }
 
 TEST_F(FileReplacementPosixTest, SignalDuringManyThreadsLeavesNoTemporaryFile)
@@ -443,7 +523,7 @@ TEST_F(FileReplacementPosixTest, SignalDuringManyThreadsLeavesNoTemporaryFile)
         int status = 0;
         waitpid(child, &status, 0);
         EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
-        EXPECT_EQ(QDir(folder.Path(".").ToQString()).entryList(QDir::Files | QDir::Hidden).size(), 7);
+        EXPECT_EQ(folder.Names().size(), 7u);
         for (const VString& each : files) {
             const std::string bytes = TemporaryFolder::Read(each);
             EXPECT_TRUE(bytes == std::string(20000, 'o') || bytes == std::string(20000, 'n'));
@@ -476,7 +556,7 @@ TEST_F(FileReplacementPosixTest, NoReplacementSucceedsAfterTheRemoval)
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_EQ(TemporaryFolder::Read(file), "old");
-    EXPECT_EQ(QDir(folder.Path(".").ToQString()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
 }
 
 }  // namespace

@@ -1,25 +1,19 @@
 #include "vancoreplatform/FileReplacement.h"
 
+#include <QFileInfo>
+
 #include "tests/common/TestSupport.h"
 #include "vancoreplatform/VIOException.h"
 
 namespace {
 
 using testing::ElementsAre;
+using testsupport::CurrentFolder;
 using testsupport::TemporaryFolder;
 
 // Owns a folder with the file a.xml.
 class FileReplacementTest : public testing::Test {
 protected:
-    std::vector<std::string> Names() const
-    {
-        const QDir::Filters all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System;
-        std::vector<std::string> names;
-        for (const QString& name : QDir(folder.Path(".").ToQString()).entryList(all, QDir::Name))
-            names.push_back(name.toStdString());
-        return names;
-    }
-
     TemporaryFolder folder;
     const VString file = folder.Write("a.xml", "old");
 };
@@ -51,7 +45,7 @@ TEST_F(FileReplacementTest, CommitReplacesTheFile)
     EXPECT_EQ(TemporaryFolder::Read(file), "old");
     replacement.Commit();
     EXPECT_EQ(TemporaryFolder::Read(file), "new text");
-    EXPECT_THAT(Names(), ElementsAre("a.xml"));
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
     EXPECT_EQ(replacement.OtherNames(), 0u);
 }
 
@@ -59,7 +53,7 @@ TEST_F(FileReplacementTest, CommitCreatesANewFile)
 {
     Replace(folder.Path("b.xml"), "new");
     EXPECT_EQ(TemporaryFolder::Read(folder.Path("b.xml")), "new");
-    EXPECT_THAT(Names(), ElementsAre("a.xml", "b.xml"));
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml", "b.xml"));
 }
 
 TEST_F(FileReplacementTest, DestructionWithoutCommitKeepsTheOldFile)
@@ -67,10 +61,9 @@ TEST_F(FileReplacementTest, DestructionWithoutCommitKeepsTheOldFile)
     {
         FileReplacement replacement{VPath(file)};
         replacement.Write("new");
-        EXPECT_EQ(Names().size(), 2u);
     }
     EXPECT_EQ(TemporaryFolder::Read(file), "old");
-    EXPECT_THAT(Names(), ElementsAre("a.xml"));
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
 }
 
 TEST_F(FileReplacementTest, TwoObjectsCanReplaceTheSameFile)
@@ -83,7 +76,7 @@ TEST_F(FileReplacementTest, TwoObjectsCanReplaceTheSameFile)
     EXPECT_EQ(TemporaryFolder::Read(file), "two");
     one.Commit();
     EXPECT_EQ(TemporaryFolder::Read(file), "one");
-    EXPECT_THAT(Names(), ElementsAre("a.xml"));
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
 }
 
 TEST_F(FileReplacementTest, AHundredObjectsCanExistAtOnce)
@@ -95,7 +88,7 @@ TEST_F(FileReplacementTest, AHundredObjectsCanExistAtOnce)
     }
     for (const std::unique_ptr<FileReplacement>& each : all)
         each->Commit();
-    EXPECT_EQ(Names().size(), 101u);
+    EXPECT_EQ(folder.Names().size(), 101u);
 }
 
 TEST_F(FileReplacementTest, CallsAfterCommitThrow)
@@ -139,23 +132,38 @@ INSTANTIATE_TEST_SUITE_P(BadTargets,
         BadTarget{"Nul", VString(u"a\0b", 3), "the file name contains a NUL"}),
     [](const auto& test) { return test.param.name; });
 
-TEST_F(FileReplacementTest, NamesThatBeginWithAColonAreFiles)
+TEST_F(FileReplacementTest, RelativeNameKeepsItsMeaningWhenTheProcessChangesItsFolder)
 {
-    const QString old = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.Path(".").ToQString()));
-    Replace(":a.xml", "new");
-    QDir::setCurrent(old);
-    EXPECT_THAT(Names(), ElementsAre(":a.xml", "a.xml"));
+    const CurrentFolder outer(folder.Path("."));
+    for (const char* name : {"a.xml", "new.xml"}) {
+        FileReplacement replacement{VPath(name)};
+        replacement.Write("new");
+        const CurrentFolder inner("/");
+        replacement.Commit();
+        EXPECT_EQ(TemporaryFolder::Read(folder.Path(name)), "new");
+    }
 }
 
-TEST_F(FileReplacementTest, ReplacesTheTargetOfALinkAndKeepsTheLink)
+TEST_F(FileReplacementTest, TargetThatBecomesAFolderIsAnErrorAndTheFolderStays)
 {
-    const QString link = folder.Path("link.xml").ToQString();
-    ASSERT_TRUE(QFile::link("a.xml", link));
-    Replace(VString(link), "new");
+    FileReplacement replacement{VPath(file)};
+    replacement.Write("new");
+    ASSERT_TRUE(QFile::remove(file.ToQString()));
+    ASSERT_TRUE(QDir().mkdir(file.ToQString()));
+    EXPECT_THAT(
+        MessageOf([&] { replacement.Commit(); }), testing::StartsWith("Cannot write \"" + file.toStdString() + "\": "));
+    EXPECT_TRUE(QFileInfo(file.ToQString()).isDir());
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
+}
+
+TEST_F(FileReplacementTest, FileThatIsRemovedMeanwhileIsCreatedAgain)
+{
+    FileReplacement replacement{VPath(file)};
+    replacement.Write("new");
+    ASSERT_TRUE(QFile::remove(file.ToQString()));
+    replacement.Commit();
     EXPECT_EQ(TemporaryFolder::Read(file), "new");
-    EXPECT_TRUE(QFileInfo(link).isSymLink());
-    EXPECT_THAT(Names(), ElementsAre("a.xml", "link.xml"));
+    EXPECT_THAT(folder.Names(), ElementsAre("a.xml"));
 }
 
 }  // namespace

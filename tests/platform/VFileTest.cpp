@@ -84,9 +84,18 @@ TEST(VFileTest, AMissingFileIsNamedWithTheReason)
 {
     const TemporaryFolder folder;
     const VString path = folder.Path("missing.xml");
-    const std::string message = FailureOf([&] { VFile(path).OpenForReading(); });
-    EXPECT_THAT(message, HasSubstr("missing.xml"));
-    EXPECT_THAT(message, HasSubstr("No such file"));
+    const std::string expected = "Cannot read \"" + path.toStdString() + "\": No such file or directory";
+    EXPECT_EQ(FailureOf([&] { VFile(path).OpenForReading(); }), expected);
+    EXPECT_EQ(FailureOf([&] { GetFileSize(path); }), expected);
+}
+
+TEST(VFileTest, AFileThatIsNotOpenThrows)
+{
+    const TemporaryFolder folder;
+    VFile file(folder.Write("a.txt", "abc"));
+    EXPECT_THAT(FailureOf([&] { ReadSome(file, 1); }), testing::EndsWith(": it is not open"));
+    EXPECT_THROW(file.Seek(0), VIO::Exception);
+    EXPECT_THROW(file.Size(), VIO::Exception);
 }
 
 TEST(VFileTest, ADirectoryIsRefused)
@@ -135,12 +144,31 @@ TEST(VFileTest, SizesAreInBytes)
     EXPECT_EQ(GetFileSize(folder.Write("b.txt", "")), 0u);
 }
 
-TEST(VFileTest, TheSizeOfAMissingFileThrows)
+TEST(VFileTest, MessagesEndWithTheReasonOfTheSystem)
 {
     const TemporaryFolder folder;
-    EXPECT_THAT(FailureOf([&] { GetFileSize(folder.Path("missing.xml")); }), HasSubstr("missing.xml"));
+    const VString file = folder.Write("a.xml", "");
+    const std::pair<VString, const char*> failures[] = {
+        {folder.Path("missing.xml"), "No such file or directory"},
+        {folder.Path("missing/a.xml"), "No such file or directory"},
+        {folder.Path("."), "it is a directory"},
+#if defined(_WIN32)
+        {file + "/a.xml", "No such file or directory"},
+        {folder.Path("a*.xml"), "the file name is invalid"},
+#else
+        {file + "/a.xml", "Not a directory"},
+        {folder.Path(VString::fromStdString(std::string(256, 'a'))), "File name too long"},
+#endif
+    };
+    for (const auto& failure : failures) {
+        const VString& path = failure.first;
+        const std::string expected = "Cannot read \"" + path.toStdString() + "\": " + failure.second;
+        EXPECT_EQ(FailureOf([&] { GetFileSize(path); }), expected);
+        EXPECT_EQ(FailureOf([&] { VFile(path).OpenForReading(); }), expected);
+    }
 }
 
+// The permissions of POSIX systems.
 #if defined(__linux__)
 namespace {
 
@@ -177,23 +205,6 @@ TEST(VFileTest, AFileInALockedFolderIsNotCalledMissing)
     EXPECT_EQ(FailureOf([&] { GetFileSize(path); }), expected);
     EXPECT_EQ(FailureOf([&] { VFile(path).OpenForReading(); }), expected);
     EXPECT_EQ(FailureOf([&] { VFile::LoadTextFile(path, true); }), expected);
-}
-
-TEST(VFileTest, MessagesEndWithTheReasonOfTheSystem)
-{
-    const TemporaryFolder folder;
-    const VString file = folder.Write("a.xml", "");
-    const std::pair<VString, const char*> failures[] = {
-        {folder.Path("missing.xml"), "No such file or directory"},
-        {file + "/a.xml", "Not a directory"},
-        {folder.Path(VString::fromStdString(std::string(256, 'a'))), "File name too long"},
-    };
-    for (const auto& failure : failures) {
-        const VString& path = failure.first;
-        const std::string expected = "Cannot read \"" + path.toStdString() + "\": " + failure.second;
-        EXPECT_EQ(FailureOf([&] { GetFileSize(path); }), expected);
-        EXPECT_EQ(FailureOf([&] { VFile(path).OpenForReading(); }), expected);
-    }
 }
 #endif
 
@@ -242,4 +253,16 @@ TEST(VFileTest, ATextLongerThanAStringThrows)
     QFile file(path.ToQString());
     ASSERT_TRUE(file.resize(qint64{VString::MaxLength} + 1));
     EXPECT_THAT(FailureOf([&] { VFile::LoadTextFile(path, true); }), HasSubstr("too long"));
+}
+
+TEST(VFileTest, AFileWhoseSizeNoStringCanHaveIsNotRead)
+{
+    const TemporaryFolder folder;
+    const VString path = folder.Write("huge.xml", "");
+    QFile file(path.ToQString());
+    const qint64 size = qint64{4} * VString::MaxLength + 1;
+    ASSERT_TRUE(file.resize(size));
+    const testsupport::CpuTimeLimit limit(0.5);
+    EXPECT_EQ(FailureOf([&] { VFile::LoadTextFile(path, true); }),
+        "Cannot read \"" + path.toStdString() + "\": the text is too long");
 }

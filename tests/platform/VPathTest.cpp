@@ -38,6 +38,7 @@ std::vector<VPath> NextFortyPaths(const std::vector<VPath>& sorted, std::size_t 
     return {sorted.begin() + static_cast<std::ptrdiff_t>(position), sorted.begin() + static_cast<std::ptrdiff_t>(end)};
 }
 
+// The tables hold on every system: the rules of VPath do not depend on it.
 struct RootCase {
     const char* name;
     const char* path;
@@ -106,6 +107,10 @@ INSTANTIATE_TEST_SUITE_P(Roots,
         RootCase{"DriveOfDigit", "1:/a", false},
         RootCase{"DriveOfTwoLetters", "CD:/a", false},
         RootCase{"ColonFirst", ":a", false},
+        RootCase{"DriveOfAGreekLetter", "α:/a", false},
+        RootCase{"LongPrefix", "\\\\?\\C:\\a", true},
+        RootCase{"Device", "\\\\.\\NUL", true},
+        RootCase{"NameOfADevice", "NUL", false},
         RootCase{"Unc", "\\\\server\\share\\a", true},
         RootCase{"UncSlashes", "//server/share", true}),
     NameOf);
@@ -135,6 +140,10 @@ INSTANTIATE_TEST_SUITE_P(Paths,
         FolderCase{"DriveRoot", "C:\\", "C:\\"},
         FolderCase{"UnderTheDrive", "C:\\a", "C:\\"},
         FolderCase{"DeepUnderTheDrive", "C:\\a\\b", "C:\\a"},
+        FolderCase{"DeepUnderTheDriveName", "C:a\\b", "C:a"},
+        FolderCase{"NamesOutsideAscii", "C:\\größe\\文\\😀.xml", "C:\\größe\\文"},
+        FolderCase{"LongPrefix", "\\\\?\\C:\\a\\b", "\\\\?\\C:\\a"},
+        FolderCase{"LongPrefixOfAShare", "\\\\?\\UNC\\server\\share\\a\\b", "\\\\?\\UNC\\server\\share\\a"},
         FolderCase{"UncServer", "\\\\server", "\\\\server"},
         FolderCase{"UncShare", "\\\\server\\share", "\\\\server\\share"},
         FolderCase{"UncShareWithSeparator", "\\\\server\\share\\", "\\\\server\\share"},
@@ -165,6 +174,9 @@ INSTANTIATE_TEST_SUITE_P(Paths,
         JoinCase{"Drive", "C:", "a", "C:/a"},
         JoinCase{"Share", "\\\\server\\share", "a", "\\\\server\\share\\a"},
         JoinCase{"AbsoluteRight", "a", "/b", "/b"},
+        JoinCase{"RootRightOfADrive", "C:\\a", "\\b", "\\b"},
+        JoinCase{"DriveNameRightOfTheSameDrive", "C:\\a", "C:b", "C:b"},
+        JoinCase{"NamesOutsideAscii", "größe\\α", "文/😀", "größe\\α\\文/😀"},
         JoinCase{"DriveRight", "/a", "C:b", "C:b"},
         JoinCase{"UncRight", "C:\\a", "\\\\server\\share", "\\\\server\\share"}),
     NameOf);
@@ -194,6 +206,9 @@ INSTANTIATE_TEST_SUITE_P(Paths,
         EqualityCase{"RootAndNone", "/a", "a", false},
         EqualityCase{"DriveWithAndWithoutSeparator", "C:a", "C:/a", false},
         EqualityCase{"UncAndRoot", "//server/share", "/server/share", false},
+        EqualityCase{"LetterCaseOutsideAscii", "C:/Ω", "C:/ω", false},
+        EqualityCase{"LongPrefixAndNone", "\\\\?\\C:\\a", "C:\\a", false},
+        EqualityCase{"DotAtTheEndOfAName", "a.", "a", false},
         EqualityCase{"DotsAreElements", "a/./b", "a/b", false},
         EqualityCase{"ElementAndPrefix", "a/b", "a/bc", false}),
     NameOf);

@@ -2,54 +2,17 @@
 #include "vancorexml/main/parser/DOMPath.h"
 
 #include <random>
-#include <set>
 #include <utility>
 
 #include "tests/query/QueryTestSupport.h"
+#include "tests/query/ReferencePathWalk.h"
 
 using namespace querytest;
 
 namespace {
 
-using Segments = std::vector<VString>;
-using Active = std::set<std::size_t>;
-using Matches = std::vector<const DOMElement*>;
-
-// Visits `element` and its descendants. `active` holds the segments that may match `element`. At each
-// element, an active empty segment also activates the next segment, but not the one after that.
-void Visit(const DOMElement& element, const Active& active, const Segments& segments, Matches& matches)
-{
-    Active closed = active;
-    for (const std::size_t i : active) {
-        if (segments[i].IsEmpty())
-            closed.insert(i + 1);
-    }
-    Active below;
-    for (const std::size_t i : closed) {
-        if (segments[i].IsEmpty())
-            below.insert(i);
-        else if (segments[i] == VString("*") || segments[i] == element.GetName())
-            below.insert(i + 1);
-    }
-    if (below.erase(segments.size()) != 0)
-        matches.push_back(&element);
-    if (below.empty())
-        return;
-    for (const DOMElement* child : element.GetChildren())
-        Visit(*child, below, segments, matches);
-}
-
-Matches Reference(const DOMElement& element, const Segments& segments)
-{
-    Matches matches;
-    if (segments.back().IsEmpty())
-        return matches;
-    const bool startsWithSlash = segments.front().IsEmpty();
-    const bool isAbsolute = startsWithSlash && !segments[1].IsEmpty();
-    const DOMElement* const start = isAbsolute ? element.GetDOMManager()->GetDocumentRoot() : &element;
-    Visit(*start, {startsWithSlash ? 1u : 0u}, segments, matches);
-    return matches;
-}
+using reference::Matches;
+using reference::Segments;
 
 // Returns all forests of `elements` elements, each named "a" or "b".
 std::vector<std::string> Forests(int elements)
@@ -136,7 +99,7 @@ TEST_P(DOMPathAllTrees, AgreeWithTheReferenceForAllShortPaths)
         for (const Segments& segments : paths) {
             const VString path = VString::join(segments, "/");
             for (DOMElement* element : tree.elements) {
-                ASSERT_TRUE(AgreesWithReference(*element, path, Reference(*element, segments)))
+                ASSERT_TRUE(AgreesWithReference(*element, path, reference::WalkPath(*element, segments)))
                     << text << " from " << element->GetStartLine() << ", path " << path;
             }
         }
@@ -177,7 +140,7 @@ TEST_P(DOMPathLongPaths, AgreeWithTheReference)
                 segments.push_back(chain[start + i]->GetName());
         }
         const VString path = VString::join(segments, "/");
-        const Matches expected = Reference(*chain[start], segments);
+        const Matches expected = reference::WalkPath(*chain[start], segments);
         matching += !expected.empty();
         ASSERT_TRUE(AgreesWithReference(*chain[start], path, expected)) << path;
     }

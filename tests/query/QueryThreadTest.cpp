@@ -2,14 +2,18 @@
 #include <atomic>
 #include <functional>
 #include <list>
+#include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/query/QueryTestSupport.h"
 #include "vancorexml/main/parser/DOMElementSearch.h"
 #include "vancorexml/main/parser/DOMElementTraversal.h"
+#include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/DOMPath.h"
 #include "vancorexml/main/parser/DOMPathCanopy.h"
+#include "vancorexml/main/parser/XMLDomFormatter.h"
 
 using namespace querytest;
 
@@ -59,6 +63,41 @@ TEST(QueryThreadTest, ManyThreadsQueryAnUnchangingDocument)
             for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(top))
                 count += element.HasChildren();
             wrong += count != 6;
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+}
+
+// The element b has more attributes than AttributeMap scans, so a lookup uses its index.
+TEST(QueryThreadTest, ManyThreadsReadCopyAndWriteAParsedDocument)
+{
+    std::string attributes;
+    for (int i = 0; i < 40; ++i)
+        attributes += " n" + std::to_string(i) + "='v" + std::to_string(i) + "'";
+    DOMParser parser;
+    parser.SetEnableLineNumbersOnElements(true);
+    const std::unique_ptr<DOM> document =
+        parser.ParseXmlString("<a>x<b" + attributes + "/>&amp;<c>y</c>&undeclared;</a>", "id");
+    AddError(*document->GetElement("c"));
+    const std::list<VString> errors = document->GetErrors();
+    ASSERT_EQ(errors.size(), 2u);
+    const VString text = XMLDomFormatter::RenderAsXMLString(*document, nullptr, true);
+    std::atomic<int> wrong{0};
+    OnThreads([&](int) {
+        for (int i = 0; i < 50; ++i) {
+            const DOMElement& b = *document->GetElement("b");
+            for (int k = 0; k < 40; ++k)
+                wrong += b.GetAttribute(NumberedName("n", k)) != NumberedName("v", k);
+            wrong += b.HasAttribute("none") || b.GetAttributes().size() != 40 || b.GetStartLine() != 1;
+            wrong += XMLDomFormatter::RenderAsXMLString(*document, nullptr, true) != text;
+            wrong += document->GetErrors() != errors || document->GetDiagnostics().size() != 2;
+            wrong += document->GetParseDiagnostics().size() != 1 || document->GetMetadataForErrors().size() != 2;
+            wrong += b.HasErrors() || !document->GetElement("c")->HasErrors() || document->HasWarnings();
+            const DOMElement copy(document->GetRoot());
+            wrong += copy != document->GetRoot() || !copy.HasErrors();
+            DOM other;
+            other.DeepCopy(*document);
+            wrong += other != *document || other.GetErrors() != errors;
         }
     });
     EXPECT_EQ(wrong, 0);

@@ -1,6 +1,7 @@
 #include "vancorexml/van-codegen/gen-strings/vancorexml-strings.h"
 
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <thread>
@@ -206,19 +207,40 @@ TEST(LocalizedStringsDeathTest, GetInstanceAssertsIfItsKeyHoldsAnotherObject)
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST(LocalizedStringsThreadTest, ManyThreadsGetTextsInManyLanguages)
+// Each thread begins with another language, so that several threads load translations at once.
+TEST(LocalizedStringsThreadTest, ManyThreadsGetTextsInAllLanguages)
 {
+    constexpr std::size_t count = std::size(Locales);
     std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([] {
-            for (int i = 0; i < 50; ++i) {
-                for (const LocaleRow& row : Locales) {
-                    const VString text = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale);
-                    EXPECT_EQ(text, VString(row.entity));
-                }
+    for (std::size_t thread = 0; thread < count; ++thread) {
+        threads.emplace_back([thread] {
+            for (std::size_t i = 0; i < 50 * count; ++i) {
+                const LocaleRow& row = Locales[(thread + i) % count];
+                const VString text = CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, row.locale);
+                EXPECT_EQ(text, VString(row.entity));
             }
         });
     }
     for (std::thread& thread : threads)
         thread.join();
+}
+
+// The locale belongs to the thread, but the session check to the process.
+TEST(LocalizedStringsThreadTest, EachThreadGetsTextsInTheLanguageOfItsSession)
+{
+    CoreThreadContext::HasSessionId = [] { return true; };
+    std::vector<std::thread> threads;
+    for (const LocaleRow& row : Locales) {
+        threads.emplace_back([&row] {
+            CoreThreadContext::SetGenericObject("locale", std::make_shared<VLocale>(VString(row.locale)));
+            for (int i = 0; i < 50; ++i) {
+                EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_INVALID_ENCODING), VString(row.encoding));
+                const VString unknown = "x" + VString::number(i);
+                EXPECT_EQ(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY, unknown), VString(row.entity));
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    CoreThreadContext::HasSessionId = [] { return false; };
 }

@@ -1,5 +1,7 @@
 #include "tests/tool/ToolRun.h"
 
+using testing::HasSubstr;
+using testing::StartsWith;
 using testsupport::TemporaryFolder;
 
 // Messages contain the names and positions of the file, not those of the sanitized text that the scanner reads.
@@ -9,8 +11,9 @@ TEST(ColonNamesTest, CheckPrintsAttributeNamesAsWrittenInTheFile)
     const std::string file = folder.Write("a.xml", "<a>\n<b :x='1' :x='2'/></a>").toStdString();
     const ToolResult result = RunTool({"check", file});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors,
-        file + ": Fatal Error(2,14): attribute ':x' is already specified for element 'b' (id: " + file + ")\n");
+    EXPECT_THAT(result.errors, StartsWith(file + ":2:"));
+    EXPECT_THAT(FirstLines(result.errors), HasSubstr("attribute ':x'"));
+    EXPECT_THAT(result.errors, HasSubstr("<b :x='1' :x='2'/>"));
 }
 
 TEST(ColonNamesTest, CheckAgainstASchemaPrintsAttributeNamesAsWritten)
@@ -22,6 +25,6 @@ TEST(ColonNamesTest, CheckAgainstASchemaPrintsAttributeNamesAsWritten)
     const std::string file = folder.Write("a.xml", "<a :x='1'/>").toStdString();
     const ToolResult result = RunTool({"check", "--schema", schema, file});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(
-        result.errors, file + ": Error(1,12): attribute ':x' is not declared for element 'a' (id: " + file + ")\n");
+    EXPECT_THAT(result.errors, StartsWith(file + ":1:"));
+    EXPECT_THAT(FirstLines(result.errors), HasSubstr("':x'"));
 }

@@ -75,10 +75,10 @@ TEST_P(CsvTableErrorTest, Throws)
 }
 
 const CsvErrorRow CsvErrorRows[] = {
-    {"QuoteWithoutEnd", "a\n\"b\nc", "t.csv:2: A quoted field has no end"},
-    {"TextBehindQuotes", "a\n\"b\"c\n", "t.csv:2: Text follows the closing quote of a field"},
-    {"TextBehindQuotesOverTwoLines", "\"b\n\"c\n", "t.csv:2: Text follows the closing quote of a field"},
-    {"QuoteInsideAField", "a\nb\"c\"\n", "t.csv:2: A quote is inside a field that does not begin with one"},
+    {"QuoteWithoutEnd", "a\n\"b\nc", "t.csv:2: a quoted field has no end"},
+    {"TextBehindQuotes", "a\n\"b\"c\n", "t.csv:2: text follows the closing quote of a field"},
+    {"TextBehindQuotesOverTwoLines", "\"b\n\"c\n", "t.csv:2: text follows the closing quote of a field"},
+    {"QuoteInsideAField", "a\nb\"c\"\n", "t.csv:2: a quote is inside a field that does not begin with one"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, CsvTableErrorTest, testing::ValuesIn(CsvErrorRows), [](const auto& row) {

@@ -86,27 +86,34 @@ TEST(ErrorLinesTest, ControlCharactersOfADocumentAreEscaped)
     const ToolResult result = RunTool({"check", "--schema", schemaFile, "-"}, document);
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("'\\x1b[31m\\u009bx'"));
-    ExpectSafeLines(result.errors, 1);
+    ExpectSafeLines(FirstLines(result.errors), 1);
+    ExpectSafeLines(result.errors, 3);
 }
 
 TEST(ErrorLinesTest, EveryCommandEscapesFileNames)
 {
     const TemporaryFolder folder;
+#if defined(_WIN32)
+    // A name on Windows cannot contain ASCII control characters and backslashes.
+    const std::string file = folder.Write("a\u0085\u202Eb.kxa", "<analysis>").toStdString();
+    const std::string shown = folder.Path("a\\u0085\\u202eb.kxa").toStdString();
+#else
     const std::string file = folder.Write("a\n\x1B[31mb\\c.kxa", "<analysis>").toStdString();
     const std::string shown = folder.Path("a\\n\\x1b[31mb\\c.kxa").toStdString();
+#endif
     const std::string missing = folder.Path("no\n\x1B").toStdString();
     const std::string shownMissing = folder.Path("no\\n\\x1b").toStdString();
     const std::vector<std::string> commands[] = {
         {"check", file},
-        {"check", file, "--schema", "auto"},
+        {"check", file, "--schema", "none", "--format", "gcc"},
         {"format", file},
         {"query", file, "a"},
         {"version", file},
     };
     for (const std::vector<std::string>& arguments : commands) {
         const ToolResult result = RunTool(arguments);
-        EXPECT_THAT(result.errors, StartsWith(shown + ": "));
-        ExpectSafeLines(result.errors, 1);
+        EXPECT_THAT(result.errors, StartsWith(shown + ":"));
+        ExpectSafeLines(FirstLines(result.errors), 1);
     }
     const std::vector<std::string> commandsWithMissingFile[] = {
         {"check", missing},
@@ -119,7 +126,8 @@ TEST(ErrorLinesTest, EveryCommandEscapesFileNames)
         const ToolResult result = RunTool(arguments);
         EXPECT_THAT(result.errors, StartsWith("vanxml: "));
         EXPECT_THAT(result.errors, HasSubstr(shownMissing));
-        ExpectSafeLines(result.errors, 1);
+        const bool namesHelp = result.errors.find("\nRun 'vanxml help ") != std::string::npos;
+        ExpectSafeLines(result.errors, namesHelp ? 2 : 1);
     }
 }
 
@@ -128,11 +136,18 @@ TEST(ErrorLinesTest, NamesOfSchemasAndOfIncludedSchemasAreEscaped)
     const TemporaryFolder folder;
     const std::string includes =
         "<xs:include schemaLocation='gone%0A%1B.xsd'/><xs:include schemaLocation='gone&#10;&#9;.xsd'/>";
-    const std::string file = folder.Write("s\n\x1B.xsd", schemaStart + includes + "</xs:schema>").toStdString();
+#if defined(_WIN32)
+    const VString name = "s\u0085.xsd";
+    const VString shown = "s\\u0085.xsd";
+#else
+    const VString name = "s\n\x1B.xsd";
+    const VString shown = "s\\n\\x1b.xsd";
+#endif
+    const std::string file = folder.Write(name, schemaStart + includes + "</xs:schema>").toStdString();
     const ToolResult result = RunTool({"check", "--schema", file, "-"}, "<a/>");
     EXPECT_EQ(result.status, 2);
-    EXPECT_THAT(result.errors, StartsWith(folder.Path("s\\n\\x1b.xsd").toStdString() + ": "));
-    ExpectSafeLines(result.errors, 2);
+    EXPECT_THAT(result.errors, StartsWith(folder.Path(shown).toStdString() + ":1:"));
+    ExpectSafeLines(FirstLines(result.errors), 2);
 }
 
 TEST(ErrorLinesTest, CommandLineErrorsAreEscaped)
@@ -149,24 +164,6 @@ TEST(ErrorLinesTest, CommandLineErrorsAreEscaped)
         ExpectSafeLines(result.errors, 2);
     }
 }
-
-#if defined(__linux__)
-// The library logs a failure to open a file only if the file has 1 GiB or more.
-TEST(ErrorLinesTest, LogMessagesAreEscaped)
-{
-    if (RunToolAsOrdinaryUser({"--version"}).status != 0)
-        GTEST_SKIP() << "an ordinary user cannot run the tool";
-    const TemporaryFolder folder;
-    const QString folderName = folder.Path("").ToQString();
-    ASSERT_TRUE(QFile::setPermissions(folderName, QFile::permissions(folderName) | QFile::ReadOther | QFile::ExeOther));
-    QFile file(folder.Write("a\n\x1B.xml", "").ToQString());
-    ASSERT_TRUE(file.resize(qint64{1} << 30));
-    ASSERT_TRUE(file.setPermissions(QFile::Permissions()));
-    const ToolResult result = RunToolAsOrdinaryUser({"check", file.fileName().toStdString()});
-    EXPECT_THAT(result.errors, StartsWith("vanxml: FileInputSource::"));
-    ExpectSafeLines(result.errors, 2);
-}
-#endif
 
 TEST(ErrorLinesTest, QueryEscapesDirectionalMarksInPaths)
 {

@@ -1,4 +1,4 @@
-// Runs the tool with a preloaded library (ThrowingLibrary.cpp) that makes two functions throw.
+// Runs the tool with a preloaded library (ThrowingLibrary.cpp) that makes three functions throw.
 #include "vanxml/ExceptionText.h"
 
 #include "tests/tool/ToolRun.h"
@@ -45,13 +45,13 @@ TEST_P(ExceptionTextTest, PrintsTheCauseAndEndsWithStatus2)
 #define NO_MEMORY " is too large for the available memory"
 
 const ExceptionRow Exceptions[] = {
-    {"logic", ASSERTION, "\"-\" cannot be processed: " ASSERTION},
-    {"memory", "The text" NO_MEMORY, "\"-\"" NO_MEMORY},
-    {"parser-memory", "The text" NO_MEMORY, "\"-\"" NO_MEMORY},
-    {"length", "The text is too large", "\"-\" is too large"},
-    {"product", "a product's message", "\"-\" cannot be processed: a product's message"},
-    {"parser", "NULL pointer", "\"-\" cannot be processed: NULL pointer"},
-    {"unknown", "unknown exception", "\"-\" cannot be processed: unknown exception"},
+    {"logic", ASSERTION, "'-' cannot be processed: " ASSERTION},
+    {"memory", "the text" NO_MEMORY, "'-'" NO_MEMORY},
+    {"parser-memory", "the text" NO_MEMORY, "'-'" NO_MEMORY},
+    {"length", "the text is too large", "'-' is too large"},
+    {"product", "a product's message", "'-' cannot be processed: a product's message"},
+    {"parser", "NULL pointer", "'-' cannot be processed: NULL pointer"},
+    {"unknown", "unknown exception", "'-' cannot be processed: unknown exception"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Exceptions, ExceptionTextTest, testing::ValuesIn(Exceptions), [](const auto& test) {
@@ -64,5 +64,11 @@ TEST(ExceptionTextOfSchemaTest, AssertionWhileLoadingASchemaIsNotReportedAsASche
     const std::string schema = folder.Write("a.xsd", "").toStdString();
     const ToolResult result = RunThrowing({"logic", "", ""}, {"check", "--schema", schema, "-"});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.errors, "vanxml: \"-\" cannot be processed: " ASSERTION "\n");
+    EXPECT_EQ(result.errors, "vanxml: '-' cannot be processed: " ASSERTION "\n");
+}
+
+TEST(LogMessageTest, LogMessagesOfTheLibraryAreEscapedLines)
+{
+    const ToolResult result = RunThrowing({"logged", "", ""}, {"version", "-"});
+    EXPECT_EQ(result.errors, "vanxml: a\\n\\x1bb\nvanxml: unknown exception\n");
 }

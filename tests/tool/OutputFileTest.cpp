@@ -8,70 +8,25 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
-#include "tests/tool/ToolRun.h"
+#include "tests/common/UnnamedFiles.h"
+#include "tests/tool/FaultyRun.h"
 
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testsupport::HasUnnamedFiles;
 using testsupport::TemporaryFolder;
 
 namespace {
 
-struct Failure {
-    const char* call;
-    int error;
-    const char* reason;
-};
-
-std::ostream& operator<<(std::ostream& out, const Failure& failure)
-{
-    return out << failure.call << " fails with " << failure.reason;
-}
-
 // Owns a folder with one document, which the tests replace.
 class OutputFileTest : public testing::TestWithParam<Failure> {
 protected:
-    // Returns the arguments of the program `env` that run the tool with the preloaded library.
-    static std::vector<std::string> EnvArguments(
-        std::vector<std::string> environment, const std::vector<std::string>& arguments)
-    {
-        // AddressSanitizer must be the first library, unless this option allows another order. It handles the signals
-        // of crashes unless the other options forbid it.
-        environment.push_back(
-            "ASAN_OPTIONS=verify_asan_link_order=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0");
-        environment.insert(environment.end(), {"LD_PRELOAD=" FAILING_CALLS_PATH, VANXML_PATH});
-        environment.insert(environment.end(), arguments.begin(), arguments.end());
-        return environment;
-    }
-
-    static ToolResult RunWithEnvironment(
-        const std::vector<std::string>& environment, const std::vector<std::string>& arguments)
-    {
-        return RunProgram("env", EnvArguments(environment, arguments));
-    }
-
-    // Runs the shell commands `before`, then the tool. The output ends with the exit status as the shell shows it: 128
-    // and the number of the signal that ended the tool.
-    static ToolResult RunInShell(const std::string& before,
-        const std::vector<std::string>& environment,
-        const std::vector<std::string>& arguments)
-    {
-        const std::vector<std::string> all = EnvArguments(environment, arguments);
-        std::vector<std::string> shell{"-c", before + "env \"$@\"; echo $?", "sh"};
-        shell.insert(shell.end(), all.begin(), all.end());
-        return RunProgram("sh", shell);
-    }
-
     void ExpectOldFileAlone() const
     {
         EXPECT_EQ(TemporaryFolder::Read(file), oldBytes);
         EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
-    }
-
-    static std::vector<std::string> FailingEnvironment(const Failure& failure)
-    {
-        return {std::string("FAILING_CALL=") + failure.call, "FAILING_ERROR=" + std::to_string(failure.error)};
     }
 
     TemporaryFolder folder;
@@ -103,38 +58,60 @@ TEST_P(OutputFileTest, FailureCreatesNoFile)
     EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
 }
 
-const Failure Failures[] = {
-    {"create", ENOSPC, "No space left on device"},
-    {"create", EEXIST, "File exists"},
-    {"write", ENOSPC, "No space left on device"},
-    {"write", EIO, "Input/output error"},
-    {"flush", ENOSPC, "No space left on device"},
-    {"flush", EDQUOT, "Disk quota exceeded"},
-    {"flush", EIO, "Input/output error"},
-    {"close", ENOSPC, "No space left on device"},
-    {"rename", EACCES, "Permission denied"},
-};
+std::vector<Failure> ListFailures()
+{
+    std::vector<Failure> failures{{"close", ENOSPC, "No space left on device", true}};
+    if (HasUnnamedFiles(TemporaryFolder())) {
+        failures.push_back({"link", ENOSPC, "No space left on device"});
+        failures.push_back({"link", EEXIST, "File exists"});
+        failures.push_back({"link", EDQUOT, "Disk quota exceeded"});
+    }
+    for (const bool isOnlyNamed : {false, true}) {
+        failures.push_back({"create", ENOSPC, "No space left on device", isOnlyNamed});
+        failures.push_back({"create", EEXIST, "File exists", isOnlyNamed});
+        failures.push_back({"write", ENOSPC, "No space left on device", isOnlyNamed});
+        failures.push_back({"write", EIO, "Input/output error", isOnlyNamed});
+        failures.push_back({"flush", ENOSPC, "No space left on device", isOnlyNamed});
+        failures.push_back({"flush", EDQUOT, "Disk quota exceeded", isOnlyNamed});
+        failures.push_back({"flush", EIO, "Input/output error", isOnlyNamed});
+        failures.push_back({"rename", EACCES, "Permission denied", isOnlyNamed});
+    }
+    return failures;
+}
 
-INSTANTIATE_TEST_SUITE_P(Failures, OutputFileTest, testing::ValuesIn(Failures), [](const auto& test) {
+INSTANTIATE_TEST_SUITE_P(Failures, OutputFileTest, testing::ValuesIn(ListFailures()), [](const auto& test) {
     return test.param.call + std::to_string(test.index);
 });
 
 TEST_F(OutputFileTest, RetriesWhenATemporaryNameIsTaken)
 {
-    std::vector<std::string> environment = FailingEnvironment({"create", EEXIST, ""});
-    environment.push_back("FAILING_TIMES=3");
-    const ToolResult result = RunWithEnvironment(environment, {"format", "--in-place", name});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(TemporaryFolder::Read(file), Header() + "<a>\n  <b />\n</a>\n");
-    EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
+    for (const Failure& failure : {Failure{"create", EEXIST, "", true}, Failure{"link", EEXIST, ""}}) {
+        folder.Write("a.xml", oldBytes);
+        std::vector<std::string> environment = FailingEnvironment(failure);
+        environment.push_back("FAILING_TIMES=3");
+        const ToolResult result = RunWithEnvironment(environment, {"format", "--in-place", name});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(TemporaryFolder::Read(file), Header() + "<a>\n  <b />\n</a>\n");
+        EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
+    }
 }
 
 TEST_F(OutputFileTest, FlushesTheFileBeforeTheRenameAndTheFolderAfterIt)
 {
     const TemporaryFolder other;
-    const VString calls = other.Path("calls");
-    EXPECT_EQ(RunWithEnvironment({"CALLS_FILE=" + calls.toStdString()}, {"format", "--in-place", name}).status, 0);
-    EXPECT_EQ(TemporaryFolder::Read(calls), "create\nwrite\nchmod\nflush\nclose\nrename\nflush folder\n");
+    for (const bool isOnlyNamed : {false, true}) {
+        folder.Write("a.xml", oldBytes);
+        const VString calls = other.Path(isOnlyNamed ? "named" : "unnamed");
+        std::vector<std::string> environment{"CALLS_FILE=" + calls.toStdString()};
+        if (isOnlyNamed)
+            environment.push_back("ONLY_NAMED=1");
+        EXPECT_EQ(RunWithEnvironment(environment, {"format", "--in-place", name}).status, 0);
+        QString written = QString::fromStdString(TemporaryFolder::Read(calls));
+        written.remove(QRegularExpression("(open|read)\n"));  // the calls that read the document
+        const bool hasName = isOnlyNamed || !HasUnnamedFiles(folder);
+        const std::string rename = hasName ? "close\nrename\nflush folder\n" : "link\nrename\nflush folder\nclose\n";
+        EXPECT_EQ(written.toStdString(), "create\nwrite\nchmod\nflush\n" + rename);
+    }
 }
 
 // Otherwise an error message could be written into the document.
@@ -163,15 +140,47 @@ TEST_F(OutputFileTest, ClosedStandardStreamIsAnError)
 
 TEST_F(OutputFileTest, InterruptedCallsAreRepeated)
 {
-    for (const char* call : {"create", "write", "flush", "close"}) {
+    for (const Failure& failure : {Failure{"create", EINTR, "", true},
+             Failure{"create", EINTR, ""},
+             Failure{"write", EINTR, ""},
+             Failure{"flush", EINTR, ""},
+             Failure{"close", EINTR, "", true}}) {
         folder.Write("a.xml", oldBytes);
-        std::vector<std::string> environment = FailingEnvironment({call, EINTR, ""});
+        std::vector<std::string> environment = FailingEnvironment(failure);
         environment.push_back("FAILING_TIMES=1");
         const ToolResult result = RunWithEnvironment(environment, {"format", "--in-place", name});
-        EXPECT_EQ(result.errors, "") << call;
+        EXPECT_EQ(result.errors, "") << failure;
         EXPECT_EQ(TemporaryFolder::Read(file), Header() + "<a>\n  <b />\n</a>\n");
         EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
     }
+}
+
+TEST_F(OutputFileTest, FileThatAnotherProgramChangesMeanwhileIsNotReplaced)
+{
+    for (const std::size_t size : {std::size_t{0}, std::size_t{3}, oldBytes.size() + 5}) {
+        folder.Write("a.xml", oldBytes);
+        std::string changed = oldBytes;
+        changed.resize(size);
+        std::vector<std::string> environment = FailingEnvironment({"create", 0, ""});
+        environment.push_back("CHANGED_FILE=" + name);
+        environment.push_back("CHANGED_SIZE=" + std::to_string(size));
+        const ToolResult result = RunWithEnvironment(environment, {"format", "--in-place", name});
+        EXPECT_EQ(result.errors, "vanxml: Cannot write \"" + name + "\": another program has changed it meanwhile\n");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(TemporaryFolder::Read(file), changed);
+        EXPECT_THAT(NamesInFolderOf(file), ElementsAre("a.xml"));
+    }
+}
+
+TEST_F(OutputFileTest, FileThatAnotherProgramRemovesMeanwhileIsNotCreatedAgain)
+{
+    std::vector<std::string> environment = FailingEnvironment({"create", 0, ""});
+    environment.push_back("CHANGED_FILE=" + name);
+    environment.push_back("CHANGED_SIZE=-1");
+    const ToolResult result = RunWithEnvironment(environment, {"format", "--in-place", name});
+    EXPECT_EQ(result.errors, "vanxml: Cannot read \"" + name + "\": No such file or directory\n");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(NamesInFolderOf(file), ElementsAre());
 }
 
 TEST_F(OutputFileTest, FailureToSetThePermissionsKeepsTheOldFile)
@@ -228,24 +237,25 @@ TEST_F(OutputFileTest, FailureToSetAnAttributeKeepsTheOldFile)
     ExpectOldFileAlone();
 }
 
-struct SignalAtCall {
-    const char* call;
-    int signal;
-};
-
-std::ostream& operator<<(std::ostream& out, const SignalAtCall& at)
+// Returns the environment in which the process gets the signal before the call.
+std::vector<std::string> SignalEnvironment(const Failure& at, int signal)
 {
-    return out << "signal " << at.signal << " at " << at.call;
+    std::vector<std::string> environment = FailingEnvironment(at);
+    environment.push_back("RAISED_SIGNAL=" + std::to_string(signal));
+    return environment;
 }
 
 TEST_F(OutputFileTest, SignalKeepsTheOldFileAndLeavesNoTemporaryFile)
 {
+    std::vector<Failure> places{{"link", 0, "signal", false}, {"close", 0, "signal", true}};
+    for (const char* call : {"create", "write", "chmod", "flush", "rename"}) {
+        places.push_back({call, 0, "signal", false});
+        places.push_back({call, 0, "signal", true});
+    }
     for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGXCPU, SIGXFSZ}) {
-        for (const char* call : {"create", "write", "chmod", "flush", "close", "rename"}) {
-            const SignalAtCall at{call, signal};
-            const std::vector<std::string> environment{
-                std::string("FAILING_CALL=") + call, "RAISED_SIGNAL=" + std::to_string(signal)};
-            const ToolResult result = RunInShell("ulimit -c 0; ", environment, {"format", "--in-place", name});
+        for (const Failure& at : places) {
+            const ToolResult result =
+                RunInShell("ulimit -c 0; ", SignalEnvironment(at, signal), {"format", "--in-place", name});
             EXPECT_EQ(result.output, std::to_string(128 + signal) + "\n") << at << result.errors;
             ExpectOldFileAlone();
         }
@@ -257,8 +267,8 @@ TEST_F(OutputFileTest, EverySignalThatEndsTheToolLeavesNoTemporaryFile)
     std::vector<int> signals{SIGALRM, SIGBUS, SIGFPE, SIGILL, SIGIO, SIGPROF, SIGPWR, SIGSEGV, SIGSYS, SIGTRAP};
     signals.insert(signals.end(), {SIGABRT, SIGSTKFLT, SIGUSR1, SIGUSR2, SIGVTALRM, SIGRTMIN, SIGRTMAX});
     for (const int signal : signals) {
-        const std::vector<std::string> environment{"FAILING_CALL=write", "RAISED_SIGNAL=" + std::to_string(signal)};
-        const ToolResult result = RunInShell("ulimit -c 0; ", environment, {"format", "--in-place", name});
+        const ToolResult result = RunInShell(
+            "ulimit -c 0; ", SignalEnvironment({"write", 0, "", true}, signal), {"format", "--in-place", name});
         EXPECT_EQ(result.output, std::to_string(128 + signal) + "\n") << result.errors;
         ExpectOldFileAlone();
     }
@@ -266,9 +276,8 @@ TEST_F(OutputFileTest, EverySignalThatEndsTheToolLeavesNoTemporaryFile)
 
 TEST_F(OutputFileTest, SignalThatTheParentIgnoresStaysIgnored)
 {
-    const ToolResult result = RunInShell("trap '' HUP; ",
-        {"FAILING_CALL=write", "RAISED_SIGNAL=" + std::to_string(SIGHUP)},
-        {"format", "--in-place", name});
+    const ToolResult result =
+        RunInShell("trap '' HUP; ", SignalEnvironment({"write", 0, ""}, SIGHUP), {"format", "--in-place", name});
     EXPECT_EQ(result.output, "0\n");
     EXPECT_EQ(TemporaryFolder::Read(file), Header() + "<a>\n  <b />\n</a>\n");
 }
@@ -333,6 +342,10 @@ public:
         QDir().mkdir(folder.ToQString());
         isMounted = mount("tmpfs", m_folder.c_str(), "tmpfs", 0, "size=64k") == 0;
     }
+    bool MakeReadOnly() const
+    {
+        return mount("tmpfs", m_folder.c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+    }
     ~SmallDisk()
     {
         if (isMounted)
@@ -367,15 +380,53 @@ TEST_F(OutputFileTest, FullDiskKeepsTheOldFile)
     EXPECT_EQ(redirected.status, 2);
 }
 
+TEST_F(OutputFileTest, ReadOnlyDiskKeepsTheOldFile)
+{
+    const VString target = folder.Path("disk/a.xml");
+    const SmallDisk disk(folder.Path("disk"));
+    if (!disk.isMounted)
+        GTEST_SKIP() << "may not mount a file system: " << std::strerror(errno);
+    folder.Write("disk/a.xml", oldBytes);
+    ASSERT_TRUE(disk.MakeReadOnly()) << std::strerror(errno);
+    const ToolResult result = RunTool({"format", "--in-place", target.toStdString()});
+    EXPECT_EQ(result.errors, "vanxml: Cannot write \"" + target.toStdString() + "\": Read-only file system\n");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(TemporaryFolder::Read(target), oldBytes);
+    EXPECT_THAT(NamesInFolderOf(target), ElementsAre("a.xml"));
+}
+
+TEST_F(OutputFileTest, ReadOnlyFolderKeepsTheOldFile)
+{
+    ASSERT_EQ(chmod(name.c_str(), 0666), 0);
+    ASSERT_EQ(chmod(folder.Path(".").toStdString().c_str(), 0555), 0);
+    const std::string newName = folder.Path("new.xml").toStdString();
+    const std::pair<std::vector<std::string>, std::string> commands[] = {
+        {{"format", "--in-place", name}, name}, {{"format", name, "-o", newName}, newName}};
+    for (const auto& [arguments, target] : commands) {
+        const ToolResult result = RunToolAsOrdinaryUser(arguments);
+        EXPECT_EQ(result.errors, "vanxml: Cannot write \"" + target + "\": Permission denied\n");
+        EXPECT_EQ(result.status, 2);
+        ExpectOldFileAlone();
+    }
+    EXPECT_EQ(chmod(folder.Path(".").toStdString().c_str(), 0755), 0);
+}
+
 TEST_F(OutputFileTest, FullStandardOutputIsReportedByAllCommands)
 {
     const std::string large = folder.Write("large.xml", LargeDocument()).toStdString();
+    const std::string faulty = folder.Write("faulty.xml", "<a>").toStdString();
     const std::vector<std::string> commands[] = {{"format", name},
         {"format", large},
         {"format", name, "-o", "/dev/stdout"},
         {"query", name, "//b"},
         {"query", large, "//b"},
         {"check", name},
+        {"check", "--format", "json", faulty},
+        {"check", "--format", "sarif", faulty},
+        {"format", name, "--check"},
+        {"format", name, "--diff"},
+        {"edit", name, "--at", "//b", "--set", "c=1"},
+        {"retarget", SAMPLES_FOLDER "/sales.kxa", "--data-source", "no-such-name=new"},
         {"version", SAMPLES_FOLDER "/sales.kxa"},
         {"schema", "list"},
         {"schema", "show", "VQRC_FILEFORMAT_KXA_XSD"},
@@ -389,4 +440,39 @@ TEST_F(OutputFileTest, FullStandardOutputIsReportedByAllCommands)
     const ToolResult result = RunTool({"format", name, "-o", "/dev/full"});
     EXPECT_EQ(result.errors, "vanxml: Cannot write \"/dev/full\": No space left on device\n");
     EXPECT_EQ(result.status, 2);
+}
+
+TEST_F(OutputFileTest, FullStandardErrorIsReportedByTheStatus)
+{
+    const ToolResult result =
+        RunProgram("sh", {"-c", "\"$0\" format \"$1\" -o /dev/stderr 2>/dev/full", VANXML_PATH, name});
+    EXPECT_EQ(result.status, 2);
+}
+
+// A replacement would discard the lines that other programs have written to the file, and the lines they write later.
+TEST_F(OutputFileTest, StandardStreamThatIsAFileIsWrittenAndNotReplaced)
+{
+    const std::string log = folder.Write("log", "").toStdString();
+    const std::string document = Header() + "<a>\n  <b />\n</a>\n";
+    for (const char* redirected : {"-o /dev/stdout >>\"$2\"",
+             "-o /dev/stderr 2>>\"$2\"",
+             "-o \"$2\" >>\"$2\"",
+             "-o \"$2\" 2>>\"$2\"",
+             "-o /dev/fd/2 2>>\"$2\"",
+             "-o /dev/stderr >>\"$2\" 2>&1"}) {
+        folder.Write("log", "old\n");
+        const std::string command = "\"$0\" format \"$1\" " + std::string(redirected);
+        const ToolResult result = RunProgram("sh", {"-c", command, VANXML_PATH, name, log});
+        EXPECT_EQ(result.status, 0) << redirected << result.errors;
+        EXPECT_EQ(TemporaryFolder::Read(folder.Path("log")), "old\n" + document) << redirected;
+    }
+}
+
+TEST_F(OutputFileTest, DeviceIsWrittenAlsoIfAStandardStreamIsClosed)
+{
+    for (const char* closed : {">&-", "2>&-"}) {
+        const std::string command = "\"$0\" format \"$1\" -o /dev/null " + std::string(closed);
+        const ToolResult result = RunProgram("sh", {"-c", command, VANXML_PATH, name});
+        EXPECT_EQ(result.status, 0) << closed << result.errors;
+    }
 }

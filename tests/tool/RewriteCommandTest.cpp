@@ -1,5 +1,8 @@
 // The modes of the commands that rewrite documents, with "vanxml format" as the command.
 #include <QDateTime>
+#include <QStandardPaths>
+
+#include <filesystem>
 
 #include "tests/tool/ToolRun.h"
 
@@ -33,7 +36,8 @@ TEST_F(RewriteCommandTest, SeveralDocumentsNeedAModeThatKeepsThemApart)
         const ToolResult result = Run(arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.output, "");
-        EXPECT_EQ(result.errors, "vanxml: Several documents need --in-place, --check or --diff\n");
+        EXPECT_THAT(
+            result.errors, testing::StartsWith("vanxml: several documents need --in-place, --check or --diff\n"));
     }
     EXPECT_EQ(NamesInFolderOf(m_folder.Path("a.xml")).size(), 2u);
 }
@@ -47,7 +51,7 @@ TEST_F(RewriteCommandTest, FolderWithOneDocumentNeedsAMode)
         const ToolResult result = Run(arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.output, "");
-        EXPECT_EQ(result.errors, "vanxml: A folder needs --in-place, --check or --diff\n");
+        EXPECT_THAT(result.errors, testing::StartsWith("vanxml: a folder needs --in-place, --check or --diff\n"));
     }
 }
 
@@ -77,9 +81,9 @@ TEST_F(RewriteCommandTest, BadDocumentsDoNotStopTheOthers)
     m_folder.Write("5.xml", "<a><b/></a>");
     const ToolResult result = Run({"--in-place", "1.xml", "2.xml", "3.xml", "4.xml", "5.xml"});
     EXPECT_EQ(result.status, 2);
-    EXPECT_THAT(result.errors,
-        testing::MatchesRegex("2\\.xml: Fatal Error[^\n]*\nvanxml: Cannot read \"3\\.xml\": [^\n]*\n"
-                              "vanxml: Cannot read \"4\\.xml\": [^\n]*\n"));
+    EXPECT_THAT(FirstLines(result.errors),
+        ContainsExpression("\\A2\\.xml:1:[^\n]*\nvanxml: Cannot read \"3\\.xml\": [^\n]*\n"
+                           "[^\n]*4\\.xml[^\n]*\n\\z"));
     EXPECT_EQ(Read("1.xml"), FormattedText);
     EXPECT_EQ(Read("2.xml"), "<a>");
     EXPECT_EQ(Read("5.xml"), FormattedText);
@@ -98,10 +102,11 @@ TEST_F(RewriteCommandTest, CheckPrintsTheNamesThatWouldChange)
 {
     m_folder.Write("1.xml", "<a><b/></a>");
     m_folder.Write("2.xml", FormattedText);
-    m_folder.Write("3\n.xml", "<a><b/></a>");
-    const ToolResult result = Run({"--check", "1.xml", "2.xml", "3\n.xml"});
+    // A name on Windows cannot contain a line feed.
+    m_folder.Write("3\u202E.xml", "<a><b/></a>");
+    const ToolResult result = Run({"--check", "1.xml", "2.xml", "3\u202E.xml"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.output, "1.xml\n3\\n.xml\n");
+    EXPECT_EQ(result.output, "1.xml\n3\\u202e.xml\n");
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(Read("1.xml"), "<a><b/></a>");
 }
@@ -141,7 +146,7 @@ TEST_F(RewriteCommandTest, InPlaceDoesNotTouchFilesThatStayTheSame)
 {
     const QString file = m_folder.Write("a.xml", FormattedText).ToQString();
     // A second name of the same file shows whether the file was replaced.
-    ASSERT_EQ(RunProgram("ln", {file.toStdString(), m_folder.Path("b.xml").toStdString()}).status, 0);
+    std::filesystem::create_hard_link(file.toStdU16String(), m_folder.Path("b.xml").View());
     const QDateTime old = QDateTime::fromSecsSinceEpoch(1000000000);
     {
         QFile open(file);
@@ -154,10 +159,9 @@ TEST_F(RewriteCommandTest, InPlaceDoesNotTouchFilesThatStayTheSame)
     EXPECT_EQ(Read("a.xml"), "through the other name");
 }
 
-#if !defined(_WIN32)
 TEST_F(RewriteCommandTest, DiffAppliesWithTheProgramPatch)
 {
-    if (RunProgram("sh", {"-c", "command -v patch"}).status != 0)
+    if (QStandardPaths::findExecutable("patch").isEmpty())
         GTEST_SKIP() << "the program patch is not installed";
     m_folder.Write("a b.xml", "<a><b/></a>");
     m_folder.Write("c.xml", "<a>\r\n<b/>\r\n<c/></a>\r\n");
@@ -168,6 +172,8 @@ TEST_F(RewriteCommandTest, DiffAppliesWithTheProgramPatch)
     EXPECT_EQ(Read("c.xml"), "<a>\r\n  <b />\r\n  <c />\r\n</a>\r\n");
 }
 
+// WindowsTest.cpp tests the named pipes of Windows.
+#if !defined(_WIN32)
 TEST_F(RewriteCommandTest, ReadsNamedPipes)
 {
     const std::string script = "mkfifo pipe && { printf '<a><b/></a>' > pipe & \"$1\" format --no-header pipe; }";

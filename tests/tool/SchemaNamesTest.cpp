@@ -33,7 +33,7 @@ protected:
     void ExpectSchemaIsUsed(const std::string& schema) const
     {
         const ToolResult result = Check(schema);
-        EXPECT_THAT(result.errors, testing::StartsWith("bad.xml: Error(1,")) << schema;
+        EXPECT_THAT(result.errors, testing::StartsWith("bad.xml:1:")) << schema;
         EXPECT_EQ(result.output, "2 documents, 1 error\n") << schema;
     }
 
@@ -43,6 +43,8 @@ private:
 
 }  // namespace
 
+// On Windows, a colon in a name begins the name of a stream of the file.
+#if !defined(_WIN32)
 TEST_F(SchemaNamesTest, FileNameMayBeginWithAColon)
 {
     Write(":x.xsd", CountSchema);
@@ -72,6 +74,7 @@ TEST_F(SchemaNamesTest, ImportedFileNameMayBeginWithAColon)
         ExpectSchemaIsUsed("main.xsd");
     }
 }
+#endif
 
 TEST_F(SchemaNamesTest, BuiltInSchemaNameAfterAFolderMeansAFile)
 {
@@ -90,5 +93,5 @@ TEST_F(SchemaNamesTest, BuiltInSchemaNameWithATrailingSeparatorIsUnknown)
 {
     const ToolResult result = Check("VQRC_FILEFORMAT_KXA_XSD/");
     EXPECT_EQ(result.status, 2);
-    EXPECT_THAT(result.errors, HasSubstr("There is no schema \"VQRC_FILEFORMAT_KXA_XSD/\""));
+    EXPECT_THAT(result.errors, HasSubstr("there is no schema 'VQRC_FILEFORMAT_KXA_XSD/'"));
 }

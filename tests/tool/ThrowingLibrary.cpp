@@ -1,5 +1,6 @@
-// Preload this library into the tool to replace two functions by functions that throw. The environment variable THROWN
-// selects the exception: logic, memory, parser-memory, length, product, parser or unknown.
+// Preload this library into the tool to replace three functions by functions that throw. The environment variable
+// THROWN selects the exception: logic, memory, parser-memory, length, product, parser or unknown. With the value
+// logged, they log a message first.
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
@@ -10,7 +11,9 @@
 #include <xercesc/util/RuntimeException.hpp>
 
 #include "vancoreplatform/VFile.h"
+#include "vancoreplatform/VLog.h"
 #include "vancorexml/main/parser/VersionSniffer.h"
+#include "vancorexml/main/parser/XMLUtils.h"
 #include "vansys/LogicException.h"
 
 namespace {
@@ -32,12 +35,21 @@ namespace {
         xercesc::XMLPlatformUtils::Initialize();  // loads the message texts
         throw xercesc::RuntimeException("file", 1, xercesc::XMLExcepts::CPtr_PointerIsZero);
     }
+    if (thrown == "logged")
+        LogMessage(VLog::Warn,
+            "a\n\x1B"
+            "b");
     throw 1;
 }
 
 }  // namespace
 
 Nullable<VersionNumber> VersionSniffer(InputSource&, const VString&)
+{
+    Throw();
+}
+
+XmlUtils::TagRange XmlUtils::FindFirstElementTag(const std::string&)
 {
     Throw();
 }

@@ -3,8 +3,10 @@
 
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStringList>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -67,6 +69,18 @@ inline ToolResult RunToolAsOrdinaryUser(const std::vector<std::string>& argument
 }
 #endif
 
+// Returns the path with the separators of the system.
+inline std::string Native(const std::string& path)
+{
+    return QDir::toNativeSeparators(QString::fromStdString(path)).toStdString();
+}
+
+// On Windows, the regular expressions of GoogleTest have no sets of characters.
+MATCHER_P(ContainsExpression, expression, "contains the regular expression " + std::string(expression))
+{
+    return QRegularExpression(QString::fromStdString(expression)).match(QString::fromStdString(arg)).hasMatch();
+}
+
 // Returns the sorted names in the folder of `file`, including hidden ones.
 inline std::vector<std::string> NamesInFolderOf(const VString& file)
 {
@@ -76,6 +90,17 @@ inline std::vector<std::string> NamesInFolderOf(const VString& file)
     for (const QString& name : folder.entryList(all, QDir::Name))
         names.push_back(name.toStdString());
     return names;
+}
+
+// Returns the first line of each message, each with a line feed. The source lines and the note below it begin with a
+// blank.
+inline std::string FirstLines(const std::string& errors)
+{
+    std::string first;
+    std::istringstream lines(errors);
+    for (std::string line; std::getline(lines, line);)
+        first += line.starts_with(' ') ? std::string() : line + "\n";
+    return first;
 }
 
 inline std::string Header()

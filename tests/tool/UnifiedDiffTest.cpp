@@ -5,6 +5,7 @@
 #include <numeric>
 #include <random>
 
+#include "tests/common/CollidingTexts.h"
 #include "tests/tool/ToolRun.h"
 
 using testing::HasSubstr;
@@ -250,6 +251,13 @@ TEST(UnifiedDiffTest, DiffsOfRandomTextsApply)
 
 namespace {
 
+// Each line has the same std::hash, with the line feed behind it.
+std::string CollidingLine(std::size_t i)
+{
+    static const std::vector<std::string> lines = testsupport::CollidingTexts<char>::Make(1 << 14, 1);
+    return lines[i % lines.size()];
+}
+
 struct Hostile {
     const char* name;
     LineMaker before;
@@ -287,6 +295,7 @@ const Hostile HostileTexts[] = {
     {"RandomOrder",
         [](std::size_t i) { return PseudoRandom(i, HostileCount); },
         [](std::size_t i) { return PseudoRandom(HostileCount - i, HostileCount); }},
+    {"LinesWithTheSameHash", CollidingLine, [](std::size_t i) { return CollidingLine(i + 1); }},
     {"LinesThatBecomeUniqueOneByOne", Chain, [](std::size_t i) { return i % 3 == 2 ? "y" : Chain(i); }},
 };
 

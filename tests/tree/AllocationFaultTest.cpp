@@ -1,59 +1,11 @@
 // Each test makes every allocation of an operation fail in turn. The documents must keep the promised state, and
 // nothing may leak. The address sanitizer detects leaks.
 #include <cstdint>
-#include <cstdlib>
 #include <new>
 #include <stdexcept>
 
+#include "tests/common/TestMemory.h"
 #include "tests/tree/TreeTestSupport.h"
-
-namespace {
-
-// The number of allocations of this thread before one fails; negative means that none fails.
-thread_local long allocationsLeft = -1;
-
-void* Allocate(std::size_t size)
-{
-    if (allocationsLeft == 0)
-        throw std::bad_alloc();
-    if (allocationsLeft > 0)
-        --allocationsLeft;
-    if (void* memory = std::malloc(size != 0 ? size : 1))
-        return memory;
-    throw std::bad_alloc();
-}
-
-}  // namespace
-
-void* operator new(std::size_t size)
-{
-    return Allocate(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return Allocate(size);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 using namespace treetest;
 
@@ -67,14 +19,14 @@ int FailEachAllocation(Make make, Run run, Check check)
 {
     for (int failures = 0;; ++failures) {
         auto subject = make();
-        allocationsLeft = failures;
+        AllocationFaults::Begin(AllocationFaults::Kind::New, failures);
         bool failed = false;
         try {
             run(*subject);
         } catch (const std::bad_alloc&) {
             failed = true;
         }
-        allocationsLeft = -1;
+        AllocationFaults::End();
         if (!failed)
             return failures;
         check(*subject);
@@ -82,7 +34,7 @@ int FailEachAllocation(Make make, Run run, Check check)
 }
 
 // Two documents with equal trees. The element top has the children a and c, and a has the child b.
-// There are errors on a and b, and a warning on b.
+// There are errors on a and b, and a warning on b. A parse diagnostic links to a, and another one to b.
 struct Pair {
     Pair()
     {
@@ -96,6 +48,10 @@ struct Pair {
             AddError(b, "b");
             b.Warning("w", Info(1));
             top.AddNewChild("c", nullptr).SetAttribute("x", "y");
+            std::vector<ParseDiagnostic> diagnostics(2);
+            diagnostics[0].element = 2;
+            diagnostics[1].element = 3;
+            document->SetParseDiagnostics(diagnostics);
         }
     }
 
@@ -119,6 +75,9 @@ void ExpectUnchanged(Pair& pair)
         EXPECT_EQ(DOMTestAccess::ErrorEntries(*document), 2u);
         EXPECT_EQ(document->GetElement("b")->GetDOMManager(), document);
         EXPECT_TRUE(document->GetElement("a")->HasErrors());
+        ASSERT_EQ(document->GetParseDiagnostics().size(), 2u);
+        EXPECT_EQ(document->GetParseDiagnostics()[0].element, document->GetElement("a"));
+        EXPECT_EQ(document->GetParseDiagnostics()[1].element, document->GetElement("b"));
     }
 }
 
@@ -290,6 +249,26 @@ TEST(AllocationFaultTest, FailedDeepCopyLeavesBothTreesUnchanged)
     EXPECT_GT(FailEachAllocation(MakePair, run, check), 8);
 }
 
+TEST(AllocationFaultTest, FailedSettingOfParseDiagnosticsChangesNothing)
+{
+    const auto run = [](Pair& pair) {
+        std::vector<ParseDiagnostic> diagnostics(3);
+        diagnostics[2].element = 4;
+        pair.one.SetParseDiagnostics(std::move(diagnostics));
+    };
+    EXPECT_GT(FailEachAllocation(MakePair, run, ExpectUnchanged), 3);
+}
+
+TEST(AllocationFaultTest, FailedDeepCopyLeavesNoLinksToOldElements)
+{
+    const auto run = [](Pair& pair) { pair.two.DeepCopy(pair.one); };
+    const auto check = [](Pair& pair) {
+        for (const DOMParseDiagnostic& each : pair.two.GetParseDiagnostics())
+            EXPECT_EQ(each.element, pair.two.GetElement(each.diagnostic.element == 2 ? "a" : "b"));
+    };
+    EXPECT_GT(FailEachAllocation(MakePair, run, check), 12);
+}
+
 TEST(AllocationFaultTest, FailedChangeLeavesAttributesUnchanged)
 {
     const AttributeMap other{{"x", "1"}, {"y", "2"}};
@@ -326,9 +305,9 @@ TEST(AllocationFaultTest, NothrowNewReturnsAnElement)
 TEST(AllocationFaultTest, NothrowNewReturnsNullWithoutMemory)
 {
     const VString name("a");
-    allocationsLeft = 0;
+    AllocationFaults::Begin(AllocationFaults::Kind::New, 0);
     DOMElement* const element = new (std::nothrow) DOMElement(name);
-    allocationsLeft = -1;
+    AllocationFaults::End();
     EXPECT_EQ(element, nullptr);
 }
 

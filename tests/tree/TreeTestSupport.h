@@ -44,7 +44,7 @@ public:
     static std::size_t Intervals(const DOM& document) { return Diagnostics(document).m_index.m_intervals.size(); }
     static VReadWriteLock& Lock(const DOM& document) { return document.m_lock; }
     static std::mutex& LinkedElementsMutex(const DOM& document) { return document.m_linkedElements->mutex; }
-    static bool HasRecords(const DOM& document) { return Diagnostics(document).HasRecords(); }
+    static bool RefersToElements(const DOM& document) { return Diagnostics(document).RefersToElements(); }
     static void AddFieldRename(DOM& document, const FieldName& from, const FieldName& to)
     {
         document.m_fieldRenames[from] = to;

@@ -111,7 +111,8 @@ TEST_P(DocumentPairThreadTest, TakesBothWriteLocks)
     EXPECT_EQ(Strings(other.GetErrors()), (Texts{"a", "b"}));
 }
 
-// Half of the threads swap the documents. If operations locked in the order of their arguments, they would deadlock.
+// Half of the threads swap the documents; together they run 10,000 times. If operations locked in the order of their
+// arguments, they would deadlock.
 TEST_P(DocumentPairThreadTest, WorksInBothDirectionsAtOnce)
 {
     DOM document;
@@ -120,7 +121,7 @@ TEST_P(DocumentPairThreadTest, WorksInBothDirectionsAtOnce)
     Fill(other);
     OnThreads([&](int thread) {
         const bool isForward = thread % 2 == 0;
-        for (int i = 0; i < 500; ++i)
+        for (int i = 0; i < 10000 / ThreadCount; ++i)
             GetParam().run(isForward ? document : other, isForward ? other : document);
     });
     EXPECT_EQ(document, other);
@@ -218,6 +219,41 @@ TEST(DocumentThreadTest, ManyThreadsCanReportErrors)
         }
     });
     EXPECT_EQ(document.GetErrors().size(), 500u * ThreadCount);
+}
+
+// The threads with even numbers record diagnostics for an element of their own. The others read and copy the tree.
+TEST(DocumentThreadTest, DiagnosticsAreWrittenOnSeveralThreadsWhileOthersCopyTheTree)
+{
+    DOM document;
+    for (const char* const name : {"a", "b"})
+        document.GetRoot().AddNewChild("top", nullptr).AddNewChild(name, nullptr);
+    std::atomic<int> wrong{0};
+    OnThreads([&](int thread) {
+        const VString name = thread == 0 ? "a" : "b";
+        DOMElement& own = *document.GetElement(name);
+        for (int i = 0; i < 200; ++i) {
+            if (thread % 2 == 0) {
+                own.ClearErrors();
+                own.ClearWarnings();
+                AddError(own, name);
+                own.PrefixError("p", Info(1), true);
+                own.Warning(name, Info(2));
+                own.PrefixWarning("p", Info(2));
+                wrong += !own.HasErrors() || !own.HasWarnings();
+            } else {
+                const DOMElement copy(document.GetRoot());
+                wrong += copy != document.GetRoot();
+                DOM other;
+                other.DeepCopy(document);
+                wrong += other.GetErrors().size() > 4 || other.GetWarnings().size() > 4;
+                for (const DOMDiagnostic& diagnostic : document.GetDiagnostics())
+                    wrong += diagnostic.element->GetName() != "a" && diagnostic.element->GetName() != "b";
+            }
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(Strings(document.GetErrors()), (Texts{"p", "a", "p", "b"}));
+    EXPECT_EQ(Strings(document.GetWarnings()), (Texts{"p", "a", "p", "b"}));
 }
 
 TEST(ElementThreadTest, ManyReadersCanCopyElements)

@@ -6,7 +6,11 @@
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/van-codegen/gen-strings/vancorexml-strings.h"
 
-#define PLUGIN_API extern "C" __attribute__((visibility("default")))
+#if defined(_WIN32)
+#  define PLUGIN_API extern "C" __declspec(dllexport)
+#else
+#  define PLUGIN_API extern "C" __attribute__((visibility("default")))
+#endif
 
 // Writes the message about external entities in `language`: at most `size` bytes, including the terminating NUL.
 PLUGIN_API void WriteMessage(const char* language, char* buffer, std::size_t size)
@@ -15,10 +19,10 @@ PLUGIN_API void WriteMessage(const char* language, char* buffer, std::size_t siz
     buffer[text.copy(buffer, size - 1)] = '\0';
 }
 
-// Parses an invalid document against a schema of the library. Returns true if the parser reports an error.
+// Parses a document with a wrong value against a schema of the library. Returns true if the parser reports an error.
 PLUGIN_API bool ParseAgainstSchema()
 {
     DOMParser parser;
-    parser.AddXSDResourceId(QtVanResourceId::FileFormatKxeXsd);
-    return parser.ParseXmlString("<captions version='18.1'><unknown/></captions>", "captions.kxe")->HasErrors();
+    parser.AddXSDResourceId(QtVanResourceId::FileFormatKxcXsd);
+    return parser.ParseXmlString("<data-connection pool-size='eight' version='18.1'/>", "connection.kxc")->HasErrors();
 }

@@ -1,0 +1,108 @@
+// Runs the tool while its allocations fail: by operator new, and those of Qt, ICU and the C library. The preloaded
+// library is FailingAllocations.cpp.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tests/tool/ToolRun.h"
+
+namespace {
+
+using testsupport::TemporaryFolder;
+
+const std::string Text = "<a b='c'><g h='i'>text</g>\n\n<j><![CDATA[<]]></j><k/></a>";
+const std::string DataSource =
+    "<data-source version='18.1' name='orders'><connection class='text-file' filename='a.csv'/>"
+    "<column name='Sales' data-type='real' role='measure'/></data-source>";
+
+struct Row {
+    const char* name;
+    std::vector<std::string> arguments;
+    std::string text = Text;
+};
+
+std::ostream& operator<<(std::ostream& out, const Row& row)
+{
+    return out << row.name;
+}
+
+class ToolFaultTest : public testing::TestWithParam<Row> {
+protected:
+    // The result of a run. `status` is that of the tool.
+    struct Run {
+        ToolResult result;
+        bool hasFailed = false;  // an allocation
+        std::string text;        // of the document after the run
+    };
+
+    // Runs the tool in a new folder with one document. With `forever`, all allocations after the first failing one fail
+    // too. Expects that no other file stays in the folder.
+    static Run RunWithFault(long number, bool forever)
+    {
+        const TemporaryFolder folder;
+        const TemporaryFolder other;
+        const VString document = folder.Write("a.xml", GetParam().text);
+        const VString failed = other.Path("failed");
+        std::vector<std::string> all{"LD_PRELOAD=" FAILING_ALLOCATIONS_PATH,
+            "FAILED_FILE=" + failed.toStdString(),
+            "FAILING_ALLOCATION=" + std::to_string(number)};
+        if (forever)
+            all.emplace_back("FAILING_FOREVER=1");
+        all.emplace_back(VANXML_PATH);
+        all.insert(all.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+        all.push_back(document.toStdString());
+        Run run;
+        run.result = RunProgram("env", all);
+        run.hasFailed = !other.Names().empty();
+        run.text = TemporaryFolder::Read(document);
+        EXPECT_EQ(folder.Names(), std::vector<std::string>{"a.xml"});
+        return run;
+    }
+
+    // Makes allocations fail, one in each run, until none fails. Leaves out most of them to keep the test short, unless
+    // the environment variable VANCOREXML_ALL_ALLOCATION_FAULTS is set.
+    static void FailAllocations(bool forever)
+    {
+        const bool all = std::getenv("VANCOREXML_ALL_ALLOCATION_FAULTS") != nullptr;
+        constexpr long Never = 1'000'000'000;
+        const Run expected = RunWithFault(Never, false);
+        for (long number = 0;; number += all ? 1 : 1 + number / 2) {
+            const Run run = RunWithFault(number, forever);
+            if (HasFailure() || !run.hasFailed) {
+                EXPECT_GT(number, 1000);
+                return;
+            }
+            // A single fault may be without effect, for example in a cache.
+            const bool isRefused = forever || run.result.status == 2;
+            EXPECT_EQ(run.result.status, isRefused ? 2 : expected.result.status) << "after " << number;
+            EXPECT_EQ(run.result.errors.empty(), !isRefused && expected.result.errors.empty()) << "after " << number;
+            EXPECT_EQ(run.text, isRefused ? GetParam().text : expected.text) << "after " << number;
+        }
+    }
+};
+
+TEST_P(ToolFaultTest, OneFaultLeavesTheFileWhole)
+{
+    FailAllocations(false);
+}
+
+TEST_P(ToolFaultTest, NoMoreMemoryEndsInAFailure)
+{
+    FailAllocations(true);
+}
+
+const Row Rows[] = {
+    {"Check", {"check"}, "<a><b></a>"},
+    {"Format", {"format", "--in-place"}},
+    {"Edit", {"edit", "--at", "//g", "--set", "h=new", "--in-place"}},
+    {"Query", {"query", "//g"}},
+    {"Validate", {"check"}, DataSource},
+    {"Retarget", {"retarget", "--data-source", "orders=new", "--in-place"}, DataSource},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, ToolFaultTest, testing::ValuesIn(Rows), [](const auto& row) { return row.param.name; });
+
+}  // namespace

@@ -1,0 +1,162 @@
+#!/usr/bin/env python3
+"""Checks with strace that documents which name other resources make the tool touch none of them.
+
+    check-access.py VANXML
+
+Each document names a resource in another way: as an entity, an external subset, a notation, a style sheet, an inclusion
+or a schema. Files exist under the names of local resources. For each command, the trace must contain no call with the
+name of a resource and no call that opens a socket. The text of a resource must not appear in the output.
+
+Exits with 77, which CTest reports as skipped, if strace is missing or must not trace.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+SKIPPED = 77
+SECRET = "text-of-a-secret"
+XSI = "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'"
+XINCLUDE = "xmlns:xi='http://www.w3.org/2001/XInclude'"
+
+# The identifiers of a resource; {folder} is the folder with the documents.
+IDENTIFIERS = {
+    "relative": "bait.xml",
+    "relative with a dot": "./bait.xml",
+    "relative in a folder": "below/bait.xml",
+    "relative and escaped": "b%61it.xml",
+    "absolute": "{folder}/bait.xml",
+    "file with three slashes": "file://{folder}/bait.xml",
+    "file with a host": "file://localhost{folder}/bait.xml",
+    "file in capitals": "FILE://{folder}/bait.xml",
+    "file without slashes": "file:bait.xml",
+    "http": "http://127.0.0.1:9/bait.xml",
+    "http with a name": "http://bait.invalid/bait.xml",
+    "https": "https://127.0.0.1:9/bait.xml",
+    "ftp": "ftp://127.0.0.1:9/bait.xml",
+    "two slashes": "//127.0.0.1/bait.xml",
+    "UNC": "\\\\127.0.0.1\\share\\bait.xml",
+    "netdoc": "netdoc:{folder}/bait.xml",
+    "jar": "jar:file://{folder}/bait.xml!/x",
+    "data": "data:text/xml,bait",
+    "device": "/dev/bait",
+}
+
+# The documents; {id} is the identifier of a resource.
+FORMS = {
+    "general entity": "<!DOCTYPE a [<!ENTITY e SYSTEM '{id}'>]><a>&e;</a>",
+    "general entity that is not used": "<!DOCTYPE a [<!ENTITY e SYSTEM '{id}'>]><a/>",
+    "public general entity": "<!DOCTYPE a [<!ENTITY e PUBLIC '-//P//' '{id}'>]><a>&e;</a>",
+    "general entity in an attribute": "<!DOCTYPE a [<!ENTITY e SYSTEM '{id}'>]><a b='&e;'/>",
+    "general entity in a default": "<!DOCTYPE a [<!ENTITY e SYSTEM '{id}'><!ATTLIST a b CDATA '&e;'>]><a/>",
+    "general entity in an entity": "<!DOCTYPE a [<!ENTITY e SYSTEM '{id}'><!ENTITY f '&e;'>]><a>&f;</a>",
+    "unparsed entity": "<!DOCTYPE a [<!NOTATION n SYSTEM '{id}'><!ENTITY e SYSTEM '{id}' NDATA n>"
+                       "<!ATTLIST a b ENTITY #IMPLIED>]><a b='e'/>",
+    "notation": "<!DOCTYPE a [<!NOTATION n PUBLIC '-//N//' '{id}'><!ATTLIST a b NOTATION (n) 'n'>]><a/>",
+    "parameter entity": "<!DOCTYPE a [<!ENTITY % p SYSTEM '{id}'>%p;]><a/>",
+    "public parameter entity": "<!DOCTYPE a [<!ENTITY % p PUBLIC '-//P//' '{id}'>%p;]><a/>",
+    "nested parameter entity": "<!DOCTYPE a [<!ENTITY % p \"<!ENTITY &#37; q SYSTEM '{id}'> &#37;q;\">%p;]><a/>",
+    "general entity of a parameter entity":
+        "<!DOCTYPE a [<!ENTITY % p \"<!ENTITY e SYSTEM '{id}'>\">%p;]><a>&e;</a>",
+    "external subset": "<!DOCTYPE a SYSTEM '{id}'><a/>",
+    "public external subset": "<!DOCTYPE a PUBLIC '-//D//' '{id}'><a/>",
+    "external subset with an internal one": "<!DOCTYPE a SYSTEM '{id}' [<!ATTLIST a b CDATA 'c'>]><a>&e;</a>",
+    "external subset that is needed": "<?xml version='1.0' standalone='no'?><!DOCTYPE a SYSTEM '{id}'><a>&e;</a>",
+    "style sheet": "<?xml-stylesheet type='text/xsl' href='{id}'?><a/>",
+    "model": "<?xml-model href='{id}'?><a/>",
+    "inclusion": "<a " + XINCLUDE + "><xi:include href='{id}'/></a>",
+    "inclusion as text": "<a " + XINCLUDE + "><xi:include href='{id}' parse='text'><xi:fallback/></xi:include></a>",
+    "schema": "<a " + XSI + " xsi:noNamespaceSchemaLocation='{id}'/>",
+    "schema of a namespace": "<a xmlns='urn:n' " + XSI + " xsi:schemaLocation='urn:n {id}'/>",
+    "schema of an inner element": "<a><b " + XSI + " xsi:noNamespaceSchemaLocation='{id}'/></a>",
+    "base": "<a xml:base='{id}' " + XINCLUDE + "><xi:include href=''/></a>",
+}
+
+COMMANDS = [
+    ["check", "--jobs", "1", "--schema", "none"],
+    ["check", "--jobs", "1"],
+    ["check", "--jobs", "1", "--schema", "{folder}/schema.xsd"],
+    ["check", "--jobs", "1", "--schema", "kxa"],
+    ["format", "--jobs", "1", "--check"],
+    ["edit", "--jobs", "1", "--check", "--at", "//b", "--text", "x"],
+    ["retarget", "--jobs", "1", "--check", "--data-source", "old=new"],
+]
+SINGLE_COMMANDS = [["query", "{file}", "//a"], ["version", "{file}"]]
+
+BAIT = "<!ELEMENT a ANY><a>" + SECRET + "</a>"
+SCHEMA = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>"
+NETWORK = ("socket(", "connect(", "sendto(", "sendmsg(")
+
+
+def write(path, text):
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(text)
+
+
+def trace(folder, command):
+    """Runs a command under strace. Returns its output and the lines of the trace."""
+    log = os.path.join(folder, "trace.log")
+    result = subprocess.run(
+        ["strace", "-f", "-s", "4096", "-e", "trace=%file,%network", "-o", log] + command,
+        cwd=folder, env=dict(os.environ, ASAN_OPTIONS="detect_leaks=0"),  # the leak sanitizer cannot run under strace
+        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+    with open(log, encoding="utf-8", errors="replace") as file:
+        lines = file.read().splitlines()
+    return result.stdout.decode("utf-8", "replace"), lines
+
+
+def find_faults(output, lines, started):
+    """Returns the lines of the trace that touch a resource or a network."""
+    faults = [line for line in lines if line.split(" ", 1)[-1].lstrip().startswith(NETWORK)]
+    # The first call starts the program; its arguments are the documents.
+    faults += [line for line in lines[1:] if "bait" in line or "b%61it" in line]
+    if SECRET in output:
+        faults.append("the output has the text of a resource")
+    if not any(started in line for line in lines[1:]):
+        faults.append("the trace does not show that the document was opened")
+    return faults
+
+
+def main():
+    tool = os.path.abspath(sys.argv[1])
+    if not shutil.which("strace") or subprocess.run(
+            ["strace", "-o", os.devnull, "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
+        print("skipped: strace is missing or must not trace")
+        return SKIPPED
+    failures = []
+    with tempfile.TemporaryDirectory() as folder:
+        os.mkdir(os.path.join(folder, "below"))
+        for place in ("bait.xml", "below/bait.xml", "b%61it.xml"):
+            write(os.path.join(folder, place), BAIT)
+        write(os.path.join(folder, "schema.xsd"), SCHEMA)
+        documents = []
+        for form in FORMS.values():
+            for identifier in IDENTIFIERS.values():
+                documents.append("document%03d.kxa" % len(documents))
+                write(os.path.join(folder, documents[-1]), form.format(id=identifier.format(folder=folder)))
+
+        runs = [[part.format(folder=folder) for part in command] + documents for command in COMMANDS]
+        for document in documents[::len(IDENTIFIERS)]:
+            runs += [[part.format(file=document) for part in command] for command in SINGLE_COMMANDS]
+        for run in runs:
+            last = next(part for part in reversed(run) if part.startswith("document"))
+            output, lines = trace(folder, [tool] + run)
+            for fault in find_faults(output, lines, last)[:10]:
+                failures.append("%s: %s" % (" ".join(run[:5]), fault[:300]))
+
+        # The check must notice a resource that is opened: with "hints", the tool reads the schema.
+        write(os.path.join(folder, "hint.xml"), FORMS["schema"].format(id="bait.xml"))
+        output, lines = trace(folder, [tool, "check", "--schema", "hints", "hint.xml"])
+        if not find_faults(output, lines, "hint.xml"):
+            failures.append("the trace does not show the schema that the tool reads")
+
+    for failure in failures:
+        print("failure: " + failure)
+    print("%d documents, %d runs, %d failures" % (len(documents), len(runs), len(failures)))
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
