@@ -1,0 +1,94 @@
+// Edits a document. The result is well-formed, consists of the original and the edits, and is verified by the editor.
+// Values that were set once are not set again. Adding an attribute and removing it restores the document.
+// Input: a document, a path, and lines that each begin with the kind of a change (see ReadChange).
+#include <optional>
+#include <sstream>
+
+#include "fuzz/FuzzSupport.h"
+#include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/XMLSourceEditor.h"
+
+namespace {
+
+ElementChange ReadChange(const std::string& lines)
+{
+    ElementChange change;
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        const VString rest = VString::fromStdString(line.substr(std::min<std::size_t>(1, line.size())));
+        const auto equalsSign = line.find('=');
+        switch (line.empty() ? '\0' : line[0]) {
+        case '+':
+            change.setAttributes.emplace_back(VString::fromStdString(line.substr(1, equalsSign - 1)),
+                equalsSign == std::string::npos ? VString() : VString::fromStdString(line.substr(equalsSign + 1)));
+            break;
+        case '-': change.removeAttributes.push_back(rest); break;
+        case 't': change.text = rest; break;
+        case 'n': change.name = rest; break;
+        case 'd': change.isDeleted = true; break;
+        case '<': change.before.push_back(rest); break;
+        case 'p': change.prepended.push_back(rest); break;
+        case 'a': change.appended.push_back(rest); break;
+        case '>': change.after.push_back(rest); break;
+        default: break;
+        }
+    }
+    return change;
+}
+
+bool OnlySetsValues(const ElementChange& change)
+{
+    return !change.name && !change.isDeleted && change.before.empty() && change.prepended.empty() &&
+        change.appended.empty() && change.after.empty();
+}
+
+std::optional<EditedText> Edit(const std::string& text, const VString& path, const ElementChange& change)
+{
+    XMLSourceEditor editor(text, "input");
+    editor.Change(path, change);
+    std::optional<EditedText> edited = editor.Edit();
+    if (!edited) {
+        Require(!editor.GetDiagnostics().empty(), "the editor explains why it refuses an edit");
+        return edited;
+    }
+    Require(ApplyEdits(text, edited->edits) == edited->text, "only the bytes of the edits change");
+    Require(!DOMParser().ParseXmlString(VString::fromStdString(edited->text), "edited")->HasErrors(),
+        "the edited document is well-formed");
+    return edited;
+}
+
+void CheckAddedAttribute(const std::string& text, const VString& path)
+{
+    const VString name = "fuzz-added";
+    if (text.find("fuzz-added") != std::string::npos)
+        return;
+    ElementChange adding;
+    adding.setAttributes = {{name, "<'&\">"}};
+    const std::optional<EditedText> added = Edit(text, path, adding);
+    if (!added)
+        return;
+    ElementChange removing;
+    removing.removeAttributes = {name};
+    const std::optional<EditedText> removed = Edit(added->text, path, removing);
+    Require(removed && removed->text == text, "removing an added attribute restores the document");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    InputParts parts(data, size);
+    const std::string text = parts.Next();
+    const bool hasPath = !parts.IsAtEnd();
+    const VString path = hasPath ? VString::fromStdString(parts.Next()) : VString("//*");
+    CheckAddedAttribute(text, path);
+    if (parts.IsAtEnd())
+        return 0;
+    const ElementChange change = ReadChange(parts.Next());
+    const std::optional<EditedText> edited = Edit(text, path, change);
+    if (!edited || !OnlySetsValues(change))
+        return 0;
+    const std::optional<EditedText> again = Edit(edited->text, path, change);
+    Require(again && again->edits.empty(), "a value that is set does not change again");
+    return 0;
+}
