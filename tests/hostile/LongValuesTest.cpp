@@ -164,12 +164,10 @@ TEST(LongValuesTest, AShorterValueOfALargePatternIsAllowed)
     });
 }
 
-TEST(LongValuesTest, ADefaultThatNeedsTooMuchStackIsAnErrorOfTheSchema)
+void ExpectNoStackForSchema(const std::string& schema)
 {
-    const std::string root = "<xs:element name='r'><xs:complexType><xs:attribute name='k' type='t' default='" +
-        Repeat("abcd", 5000) + "x'/></xs:complexType></xs:element>";
     testsupport::RunWithStack(SmallStack, [&] {
-        const std::unique_ptr<DOM> document = Validate(SchemaOf("(a|b|cd)*x", root), "<r/>");
+        const std::unique_ptr<DOM> document = Validate(schema, "<r/>");
         ASSERT_FALSE(document->GetErrors().empty());
         EXPECT_TRUE(
             document->GetErrors().front().endsWith("the schema needs more call stack than the thread has (id: s.xsd)"))
@@ -177,18 +175,19 @@ TEST(LongValuesTest, ADefaultThatNeedsTooMuchStackIsAnErrorOfTheSchema)
     });
 }
 
+TEST(LongValuesTest, ADefaultThatNeedsTooMuchStackIsAnErrorOfTheSchema)
+{
+    const std::string root = "<xs:element name='r'><xs:complexType><xs:attribute name='k' type='t' default='" +
+        Repeat("abcd", 5000) + "x'/></xs:complexType></xs:element>";
+    ExpectNoStackForSchema(SchemaOf("(a|b|cd)*x", root));
+}
+
 TEST(LongValuesTest, ADeepSchemaIsAnErrorOfTheSchema)
 {
     const std::string open = "<xs:element name='r'><xs:complexType><xs:sequence>";
     const std::string close = "</xs:sequence></xs:complexType></xs:element>";
     const std::string root = Repeat(open, 5000) + Repeat(close, 5000);
-    testsupport::RunWithStack(SmallStack, [&] {
-        const std::unique_ptr<DOM> document = Validate(SchemaOf("a", root), "<r/>");
-        ASSERT_FALSE(document->GetErrors().empty());
-        EXPECT_TRUE(
-            document->GetErrors().front().endsWith("the schema needs more call stack than the thread has (id: s.xsd)"))
-            << document->GetErrors().front();
-    });
+    ExpectNoStackForSchema(SchemaOf("a", root));
 }
 
 TEST(LongValuesTest, AThousandLevelsOfParenthesesAreAllowed)

@@ -436,20 +436,25 @@ const SizeRow TextRows[] = {
     {"no entities", "<!DOCTYPE r [<!ATTLIST r a CDATA '0123456789'>]><r>&amp;&#65;</r>", 0},
 };
 
+// Checks that the text of the row reaches the limit, in a document and in a schema, and exceeds the next smaller limit.
+void ExpectExactLimit(const SizeRow& row, std::uint64_t ExpansionLimits::*limit, const char* counted)
+{
+    for (const Subject subject : {Subject::Document, Subject::Schema}) {
+        SCOPED_TRACE(row.name);
+        ExpansionLimits limits;
+        limits.*limit = row.size;
+        EXPECT_EQ(Check(subject, row.text, limits), "");
+        if (row.size == 0)
+            continue;
+        --(limits.*limit);
+        EXPECT_EQ(Check(subject, row.text, limits), MessageOf(limits.*limit, counted));
+    }
+}
+
 TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfText)
 {
-    for (const SizeRow& row : TextRows) {
-        for (const Subject subject : {Subject::Document, Subject::Schema}) {
-            SCOPED_TRACE(row.name);
-            ExpansionLimits limits;
-            limits.text = row.size;
-            EXPECT_EQ(Check(subject, row.text, limits), "");
-            if (row.size == 0)
-                continue;
-            --limits.text;
-            EXPECT_EQ(Check(subject, row.text, limits), MessageOf(limits.text, "characters of entities"));
-        }
-    }
+    for (const SizeRow& row : TextRows)
+        ExpectExactLimit(row, &ExpansionLimits::text, "characters of entities");
 }
 
 const SizeRow CountRows[] = {
@@ -462,16 +467,8 @@ const SizeRow CountRows[] = {
 
 TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfExpansionsInDeclarations)
 {
-    for (const SizeRow& row : CountRows) {
-        for (const Subject subject : {Subject::Document, Subject::Schema}) {
-            SCOPED_TRACE(row.name);
-            ExpansionLimits limits;
-            limits.expansions = row.size;
-            EXPECT_EQ(Check(subject, row.text, limits), "");
-            --limits.expansions;
-            EXPECT_EQ(Check(subject, row.text, limits), MessageOf(limits.expansions, "entity expansions"));
-        }
-    }
+    for (const SizeRow& row : CountRows)
+        ExpectExactLimit(row, &ExpansionLimits::expansions, "entity expansions");
 }
 
 const SizeRow MarkupRows[] = {
@@ -482,16 +479,8 @@ const SizeRow MarkupRows[] = {
 
 TEST(EntityExpansionGuardTest, AllowsExactlyTheLimitOfMarkup)
 {
-    for (const SizeRow& row : MarkupRows) {
-        for (const Subject subject : {Subject::Document, Subject::Schema}) {
-            SCOPED_TRACE(row.name);
-            ExpansionLimits limits;
-            limits.markup = row.size;
-            EXPECT_EQ(Check(subject, row.text, limits), "");
-            --limits.markup;
-            EXPECT_EQ(Check(subject, row.text, limits), MessageOf(limits.markup, "characters of entities with markup"));
-        }
-    }
+    for (const SizeRow& row : MarkupRows)
+        ExpectExactLimit(row, &ExpansionLimits::markup, "characters of entities with markup");
 }
 
 TEST(EntityExpansionGuardTest, LimitsContentExpansionsOnlyInSchemas)

@@ -40,8 +40,8 @@ struct Type : xercesc::DatatypeValidator {
 constexpr unsigned int Seen = 1u << 30;
 
 // True if Xerces matches a repetition in the tree recursively, or in quadratic time. It calls itself for alternatives,
-// and it measures the whole value before it compares a text of several characters. MakePatternAutomaton must accept the
-// tree. Except for what is repeated zero times, the tree then has few levels and parts.
+// and it measures the whole value before it compares a text of several characters. The recursion here is shallow,
+// because MakePatternAutomaton has refused deep trees. Both ignore a part that is repeated zero times.
 bool HasCostlyRepetition(const Token& tree, bool isRepeated)
 {
     const Token::tokType type = tree.getTokenType();

@@ -4,17 +4,17 @@
 #include <xercesc/framework/XMLGrammarPool.hpp>
 #include <xercesc/util/regx/RegularExpression.hpp>
 
-// Xerces matches a value against a pattern by trying alternatives. With some patterns it calls itself for each
-// character of the value, or the time grows with the square of the length of the value or faster. For such a pattern,
-// these functions build a deterministic automaton and hand it to Xerces as a program of its own operations. Xerces then
-// decides at each character how to continue, and never has to try again.
+// Xerces compares a value with a pattern by trying one alternative after the other. With some patterns it calls itself
+// for each character of the value, or the time grows with the square of the length of the value or faster. For such a
+// pattern, these functions build a deterministic automaton. They write it with the operations that Xerces executes, so
+// it replaces the program that Xerces made. Each character then decides how to continue, and nothing is tried twice.
 //
 // The new program accepts the values that match the pattern. Xerces refuses some of them, for example "1234" for
 // \d{1,3}(,?\d{3})*, because it stops at the first end that it finds. A pattern keeps its program if a sample of values
-// shows such a difference. The sample cannot find all of them. Most patterns need no sample: those in which each
-// character can match only one place, and those that accept no value that is the start of another one. Nothing is
-// compared if a pattern repeats a part that may be empty, such as a* in (a*|b)*, because Xerces may call itself without
-// end for it.
+// shows such a difference. The sample cannot find every difference. No sample is needed in two cases, which are the
+// usual ones: each character can match only one place of the pattern, or no accepted value is the start of another
+// accepted value. A pattern that repeats a part that may be empty, such as a* in (a*|b)*, is not compared either,
+// because Xerces may call itself without end for it.
 //
 // Threads: one at a time for each pool and each expression.
 namespace PatternProgram {

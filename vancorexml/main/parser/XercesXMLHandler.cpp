@@ -337,7 +337,7 @@ void XercesXMLHandler::warning(const xercesc::SAXParseException& exception)
 
 void XercesXMLHandler::error(const xercesc::SAXParseException& exception)
 {
-    // While Refuse ends a validation, Xerces reports the exception as an error of its own.
+    // Refuse ends a validation by an exception. Xerces reports that exception here too; it is recorded already.
     if (!m_fatallyErrored && !m_writtenNames.IsAboutDeclaration(exception.getMessage()))
         Record(ParseDiagnostic::Severity::Error, exception);
 }
