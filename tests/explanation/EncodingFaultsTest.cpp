@@ -77,6 +77,10 @@ const UnreadableRow unreadableRows[] = {
         DeclareEncoding("Shift_JSI") + "<a>\n\xE9</a>",
         "1:31-1:40 unknown-encoding: the encoding 'Shift_JSI' is unknown; did you mean 'Shift_JIS'? (the byte E9, "
         "which is not UTF-8, stands on 3:1)\n"},
+    // Qt has a converter for it, and Xerces has none.
+    {"EncodingWithoutAConverter",
+        DeclareEncoding("TSCII") + "<a/>",
+        "1:31-1:36 unknown-encoding: the parser cannot read the encoding 'TSCII'; save the document as UTF-8\n"},
 };
 
 }  // namespace

@@ -112,7 +112,7 @@ TEST(ParseDiagnosticTest, ColonNamesDoNotShiftPositionsInAnyEncodingOfOneByte)
 TEST(ParseDiagnosticTest, FaultIsFoundBehindALongTextInOtherEncodings)
 {
     const std::string text(100'000, 'x');
-    for (const std::string encoding : {"windows-1251", "koi8-r", "Shift_JIS", "GB18030", "utf-7"}) {
+    for (const std::string encoding : {"windows-1251", "koi8-r", "Shift_JIS", "Big5"}) {
         const Parsed parser("<?xml version='1.0' encoding='" + encoding + "'?><a>" + text + "\n<b></a>");
         ASSERT_THAT(parser->GetDiagnostics(), ElementsAre(IsFaultAt(Severity::FatalError, 2, 4))) << encoding;
         EXPECT_EQ(parser->GetDiagnostics()[0].code, DiagnosticCode::UnclosedElement) << encoding;

@@ -18,6 +18,7 @@
 #include <xercesc/validators/schema/SchemaGrammar.hpp>
 #include <xercesc/validators/schema/SchemaSymbols.hpp>
 
+#include "vancoreplatform/FileEncoding.h"
 #include "vancoreplatform/NearestName.h"
 #include "vancoreplatform/VFormatString.h"
 #include "vancorexml/main/parser/ColonRewriting.h"
@@ -828,6 +829,24 @@ void DiagnosticReader::ExplainExternalDocumentType(ParseDiagnostic diagnostic, c
     Add(std::move(diagnostic));
 }
 
+void DiagnosticReader::ExplainMissingConverter(ParseDiagnostic diagnostic, const XercesFault& fault)
+{
+    diagnostic.code = DiagnosticCode::UnknownEncoding;
+    diagnostic.value = fault.parameters[0];
+    // The text cannot be decoded, but in most encodings the declaration consists of ASCII characters.
+    const std::string_view source = m_source.View();
+    if (const std::optional<std::string_view> name = FindDeclaredEncoding(source)) {
+        diagnostic.value = ToVString(*name);
+        const auto start = static_cast<std::size_t>(name->data() - source.data());
+        PositionCounter counter(source);
+        diagnostic.start = MapPosition(counter.At(start));
+        diagnostic.end = MapPosition(counter.At(start + name->size()));
+    }
+    diagnostic.message =
+        "the parser cannot read the encoding " + Quote(diagnostic.value) + "; save the document as UTF-8";
+    Add(std::move(diagnostic));
+}
+
 void DiagnosticReader::ExplainFatal(const XercesFault& fault)
 {
     PrepareText();
@@ -854,6 +873,10 @@ void DiagnosticReader::ExplainFatal(const XercesFault& fault)
             Add(std::move(*unreadable));
             return;
         }
+    }
+    if (fault.isOfReading && fault.code == xercesc::XMLExcepts::Trans_CantCreateCvtrFor) {
+        ExplainMissingConverter(std::move(diagnostic), fault);
+        return;
     }
     if (diagnostic.code == DiagnosticCode::BadDocumentType)
         diagnostic.message = "the document type has a fault: " + diagnostic.message;

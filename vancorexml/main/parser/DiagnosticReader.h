@@ -153,6 +153,7 @@ private:
     // Corrects the words about an end tag if the schema knows its name, but not that of the start tag.
     void PreferEndTag(ParseDiagnostic& diagnostic, std::string_view endTag);
     void ExplainExternalDocumentType(ParseDiagnostic diagnostic, const XercesFault& fault);
+    void ExplainMissingConverter(ParseDiagnostic diagnostic, const XercesFault& fault);
 
     // Report what SetEnableReferenceChecks describes.
     void CheckStart();
