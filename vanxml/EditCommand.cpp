@@ -11,6 +11,7 @@
 #include "vanxml/DiagnosticText.h"
 #include "vanxml/DocumentEdits.h"
 #include "vanxml/DocumentText.h"
+#include "vanxml/QueryPath.h"
 #include "vanxml/ToolError.h"
 
 namespace {
@@ -40,6 +41,21 @@ UsageError TwoValues(const std::string& option, const VString& first, const std:
 {
     return UsageError(option + " '" + first.toStdString() + "' and " + option + " '" + second +
         "' stand behind one --at; keep one of them, or write --at in front of each");
+}
+
+// Returns the path of an --at. Throws UsageError for a path that cannot match, as "vanxml query" does, and for a path
+// that selects more than elements by name.
+VString ElementPath(const std::string& text)
+{
+    const QueryPath path(text);
+    if (!path.Attribute().IsEmpty()) {
+        const std::string name = path.Attribute().toStdString();
+        throw UsageError("--at '" + text + "' selects attributes; select their elements, and write --set " + name +
+            "=VALUE or --unset " + name + " behind the path");
+    }
+    if (path.HasPredicates())
+        throw UsageError("--at '" + text + "' has a predicate, which only query supports");
+    return path.LibraryPath();
 }
 
 const Action Actions[] = {
@@ -99,7 +115,7 @@ void EditCommand::AddTo(CLI::App& application)
     m_at = addOption("--at",
         m_paths,
         "Select the elements that the actions behind this option change, up to the next --at; "
-        "PATH is a path as in 'vanxml query'")
+        "PATH is a path as in 'vanxml query', without predicates and attributes")
                ->required()
                ->type_name("PATH")
                ->group("Changes");
@@ -131,7 +147,7 @@ void EditCommand::ReadChanges()
         const std::size_t index = used[option]++;
         if (option == m_at) {
             requireAction();
-            m_changes.emplace_back(Text(m_paths[index]), ElementChange());
+            m_changes.emplace_back(ElementPath(m_paths[index]), ElementChange());
             hasAction = false;
             continue;
         }

@@ -14,7 +14,7 @@ namespace {
 using Step = QueryPath::Step;
 using Predicate = QueryPath::Predicate;
 
-// Reads a path. Throws ToolError with the whole path and a hint.
+// Reads a path. Throws UsageError with the whole path and a hint.
 class PathReader {
 public:
     explicit PathReader(const std::string& text) : m_text(text) {}

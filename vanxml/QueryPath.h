@@ -1,4 +1,4 @@
-// The paths of "vanxml query".
+// The paths of "vanxml query" and "vanxml edit".
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 //   brackets. [n] counts, from 1, the elements with the same parent that the step and its earlier predicates select.
 // - A last step "@name", which selects attributes. "//@name" means "//*/@name".
 //
-// Any other text that cannot be a path throws ToolError with a hint.
+// Any other text that cannot be a path throws UsageError with a hint.
 //
 // Threads: any number may read a path.
 class QueryPath {

@@ -132,6 +132,67 @@ TEST(EditCommandTest, RefusesMistakesInTheCommandLine)
     EXPECT_EQ(RunTool({"edit", "-"}, Document).status, 2);
 }
 
+// "edit" and "query" print the same message for a path that can never match. No document is read.
+TEST(EditCommandTest, RefusesThePathsThatQueryRefuses)
+{
+    for (const char* path : {"",
+             "/",
+             "//",
+             "/a/",
+             "a//",
+             ".",
+             "//b/..",
+             "//b[last()]",
+             "//b[x=1]",
+             "b[0]",
+             "child::b",
+             "a b",
+             "a|b",
+             "text()",
+             "@",
+             "b@c",
+             "b]",
+             "b["}) {
+        const ToolResult query = RunTool({"query", "no-such-file", "--at", path});
+        const ToolResult edit = RunTool({"edit", "no-such-file", "--at", path, "--delete"});
+        const ToolResult second = RunTool({"edit", "no-such-file", "--at", "a", "--delete", "--at", path, "--delete"});
+        const std::string message = query.errors.substr(0, query.errors.find('\n') + 1);
+        EXPECT_THAT(message, testing::HasSubstr(" the path ")) << path;
+        EXPECT_EQ(query.status, 2) << path;
+        EXPECT_EQ(edit.status, 2) << path;
+        EXPECT_EQ(edit.errors, message + "Run 'vanxml help edit' for more information.\n");
+        EXPECT_EQ(second.status, 2) << path;
+        EXPECT_EQ(second.errors, edit.errors);
+    }
+}
+
+TEST(EditCommandTest, RefusesPredicatesAndAttributes)
+{
+    const std::string help = "Run 'vanxml help edit' for more information.\n";
+    for (const std::string path : {"/a/b[1]", "//b[@x]", "//b[@x='1']/c"}) {
+        const ToolResult result = RunTool({"edit", "-", "--at", path, "--delete"}, Document);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors, "vanxml: --at '" + path + "' has a predicate, which only query supports\n" + help);
+    }
+    for (const std::string path : {"/a/b/@x", "//@x", "//b[1]/@x"}) {
+        const ToolResult result = RunTool({"edit", "-", "--at", path, "--delete"}, Document);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors,
+            "vanxml: --at '" + path +
+                "' selects attributes; select their elements, and write --set x=VALUE or --unset x behind the path\n" +
+                help);
+    }
+}
+
+TEST(EditCommandTest, KeepsWildcardsAndSkippedLevels)
+{
+    EXPECT_EQ(Edit("<a><b/><c><b/></c></a>", {"--at", "//b", "--set", "x=1", "--at", "/a/*", "--set", "y=2"}),
+        "<a><b x='1' y='2'/><c y='2'><b x='1'/></c></a>");
+    EXPECT_EQ(Edit("<a><b/><c><b/></c></a>", {"--at", "a///b", "--delete"}), "<a><b/><c></c></a>");
+}
+
 TEST(EditCommandTest, EditsSeveralDocumentsAndTouchesOnlyThoseThatChange)
 {
     const TemporaryFolder folder;
