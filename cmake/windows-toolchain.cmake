@@ -10,7 +10,13 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 # CMake starts again when the build files change, and then the environment variable may be missing.
 if(NOT VANCOREXML_WINDOWS_LIBRARIES)
     if(NOT EXISTS "$ENV{VANCOREXML_WINDOWS_LIBRARIES}/include")
-        message(FATAL_ERROR "VANCOREXML_WINDOWS_LIBRARIES must be the folder that scripts/windows-libraries prints")
+        # CMake has not looked for the build program yet. Without one, it would add the wrong error that there is none.
+        find_program(CMAKE_MAKE_PROGRAM ninja NO_CACHE)
+        message(FATAL_ERROR "The environment variable VANCOREXML_WINDOWS_LIBRARIES must name the folder with the "
+            "libraries for Windows. To set it, and to build the libraries first if they are missing, run this command "
+            "in the root of the repository of vancorexml:\n"
+            "  export VANCOREXML_WINDOWS_LIBRARIES=$(scripts/windows-libraries)\n"
+            "Then run cmake again.")
     endif()
     set(VANCOREXML_WINDOWS_LIBRARIES "$ENV{VANCOREXML_WINDOWS_LIBRARIES}" CACHE PATH "Libraries for Windows" FORCE)
 endif()
