@@ -40,7 +40,7 @@ protected:
     void SetUp() override
     {
         if (GetParam().kind == AllocationFaults::Kind::Malloc && !AllocationFaults::CanFailMalloc)
-            GTEST_SKIP() << "malloc is not replaced in this build";
+            GTEST_SKIP() << "on Windows, and with a sanitizer, a program cannot replace malloc";
     }
 
     // Returns the number of the next allocation that fails. Beyond the first 500 (50 with the address sanitizer), some
