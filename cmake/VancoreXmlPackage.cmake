@@ -5,8 +5,9 @@ if(NOT (WIN32 AND CMAKE_CROSSCOMPILING AND VANCOREXML_TOOL AND PROJECT_IS_TOP_LE
     return()
 endif()
 
-install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION .
-    COMPONENT programs EXCLUDE_FROM_ALL)
+# The README of the repository is for programmers, and most of its links lead to files that are not in the ZIP.
+install(FILES "${PROJECT_SOURCE_DIR}/PACKAGE.md" DESTINATION . RENAME README.md COMPONENT programs EXCLUDE_FROM_ALL)
+install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION . COMPONENT programs EXCLUDE_FROM_ALL)
 install(FILES "${PROJECT_SOURCE_DIR}/docs/vanxml.md" "${PROJECT_SOURCE_DIR}/docs/messages.md" DESTINATION docs
     COMPONENT programs EXCLUDE_FROM_ALL)
 

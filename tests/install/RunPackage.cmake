@@ -1,6 +1,7 @@
-# Makes the package of the build folder BUILD with the program CPACK, unpacks it into an empty folder, and runs the
-# README's commands of the tool there. SOURCE is the root of the repository, and LIBRARIES is the folder with the
-# libraries for Windows. EMULATOR is the list of words to put before a program. The tool runs in a new Wine prefix.
+# Makes the package of the build folder BUILD with the program CPACK, unpacks it into an empty folder, checks the links
+# of its pages, and runs the commands of the tool there that the READMEs of the repository and of the package show.
+# SOURCE is the root of the repository, and LIBRARIES is the folder with the libraries for Windows. EMULATOR is the list
+# of words to put before a program. The tool runs in a new Wine prefix.
 cmake_minimum_required(VERSION 3.22)
 
 file(REMOVE_RECURSE "${WORK}")
@@ -16,6 +17,27 @@ foreach(file "${folder}/README.md" "${folder}/docs/vanxml.md" "${folder}/licence
         message(FATAL_ERROR "${file} is missing")
     endif()
 endforeach()
+
+# Fails if a page has a link to a file that is not in the package. Links to the web and within a page are skipped.
+file(GLOB_RECURSE pages "${folder}/*.md")
+set(link_count 0)
+foreach(page ${pages})
+    get_filename_component(page_folder "${page}" DIRECTORY)
+    file(READ "${page}" text)
+    # Brackets and semicolons have a meaning in the lists of CMake.
+    string(REGEX REPLACE "[][;]" "|" text "${text}")
+    string(REGEX MATCHALL "[|]\\([^()#: ]+[)#]" links "${text}")
+    foreach(link ${links})
+        string(REGEX REPLACE "^[|].(.*).$" "\\1" link "${link}")
+        math(EXPR link_count "${link_count} + 1")
+        if(NOT EXISTS "${page_folder}/${link}")
+            message(FATAL_ERROR "${page} has a link to ${link}, which is not in the package")
+        endif()
+    endforeach()
+endforeach()
+if(link_count LESS 4)
+    message(FATAL_ERROR "the pages of the package have only ${link_count} links")
+endif()
 
 # Fails if a file of the project contains a path of this computer. The DLLs of other projects contain some.
 file(GLOB_RECURSE files "${folder}/*.md" "${folder}/bin/lib*")
@@ -54,15 +76,20 @@ set(check_output "1 document, 0 errors")
 set(query_output "/shop/title")
 set(query_text_output "Tea")
 
-# In the README, `scripts/run` stands for the tool, FILE for a document and OLD for a data source.
-file(READ "${folder}/README.md" readme)
+# In the README of the repository, `scripts/run` stands for the tool. In both, FILE stands for a document and OLD for a
+# data source.
+file(READ "${SOURCE}/README.md" readme)
 string(REGEX MATCHALL "`scripts/run [^`]*FILE[^`]*`" commands "${readme}")
-list(LENGTH commands count)
-if(NOT count EQUAL 6)
-    message(FATAL_ERROR "the README has ${count} commands of the tool")
-endif()
-foreach(command ${commands})
-    string(REGEX REPLACE "^`scripts/run |`$" "" command "${command}")
+file(READ "${folder}/README.md" readme)
+string(REGEX MATCHALL "`vanxml [^`]*FILE[^`]*`" packed_commands "${readme}")
+foreach(list commands packed_commands)
+    list(LENGTH ${list} count)
+    if(NOT count EQUAL 6)
+        message(FATAL_ERROR "a README has ${count} commands of the tool")
+    endif()
+endforeach()
+foreach(command ${commands} ${packed_commands})
+    string(REGEX REPLACE "^`(scripts/run|vanxml) |`$" "" command "${command}")
     separate_arguments(arguments UNIX_COMMAND "${command}")
     list(GET arguments 0 name)
     if(command MATCHES "--text")

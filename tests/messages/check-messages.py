@@ -53,7 +53,7 @@ choose the tool, or to look up a code that your build server shows.
 Each mistake has a document, the command, the message, and the [code](#codes) of the message. The tests run all these \
 commands and compare the output with this page, so the page is always up to date.
 
-- **The command** runs in the folder [tests/messages/cases](../tests/messages/cases), which contains all documents and \
+- **The command** runs in the folder `tests/messages/cases` of the repository, which contains all documents and \
 schemas of this page.
 - **The message** is the text on standard error. `vanxml` also prints a summary on standard output, such as \
 `1 document, 1 error`, which this page leaves out. On a terminal, the message has colours.
