@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <stdexcept>
 #include <utility>
 
@@ -38,6 +39,24 @@ std::string DecodeRestOfLine(std::string_view bytes, const std::optional<TextCod
     return rest.substr(0, rest.find_first_of("\r\n"));
 }
 
+// Returns the place behind a UTF-8 text, such as "line 4, column 15". Columns count UTF-16 code units.
+VString DescribeEnd(std::string_view text)
+{
+    std::uint64_t line = 1;
+    std::uint64_t column = 1;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isFirstOfTwo = byte == '\r' && text.substr(i + 1, 1) == "\n";
+        if ((byte == '\n' || byte == '\r') && !isFirstOfTwo) {
+            ++line;
+            column = 1;
+        } else if ((byte & 0xC0U) != 0x80) {
+            column += byte >= 0xF0 ? 2 : 1;  // a character beyond the basic plane has four bytes and two code units
+        }
+    }
+    return VFormatString("line %1, column %2").arg(line).arg(column);
+}
+
 // Throws for the bad bytes. `text` is the decoded text before them. `codec` decodes the bytes behind them; there is
 // none for UTF-8.
 [[noreturn]] void ThrowBadBytes(
@@ -49,6 +68,7 @@ std::string DecodeRestOfLine(std::string_view bytes, const std::optional<TextCod
     result.offset = bad.start;
     result.bytes = input.bytes.substr(bad.start, bad.length);
     const std::string_view behind = input.bytes.substr(bad.start + result.bytes.size());
+    const VString place = DescribeEnd(text);
     result.text = std::move(text);
     result.textOffset = result.text.size();
     const bool hasLargeUnits = encoding.startsWith("UTF-16") || encoding.startsWith("UTF-32");
@@ -58,8 +78,9 @@ std::string DecodeRestOfLine(std::string_view bytes, const std::optional<TextCod
     // The start of a character counts as valid at the end of a text.
     const bool isStart = codec || DetectEncoding(result.bytes.data(), result.bytes.size()) == Encoding::Utf8;
     result.isAtEnd = behind.empty() && isStart;
-    const VString reason = VFormatString("not valid %1, the first bad byte is at offset %2")
+    const VString reason = VFormatString("not valid %1, the first bad byte is at %2 (offset %3)")
                                .arg(encoding)
+                               .arg(place)
                                .arg(static_cast<std::uint64_t>(bad.start));
     throw VIO::DecodingException(FormatReadError(input.name, reason), std::move(result));
 }

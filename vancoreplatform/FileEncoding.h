@@ -41,9 +41,9 @@ struct DecodedText {
 // a program adds to the document can then be encoded as the declaration says.
 //
 // Throws VIO::DecodingException if the bytes are invalid in that encoding or no rule applies; the message shows `name`
-// as the file and contains the byte offset of the first bad byte. Bytes are never replaced. Throws VIO::Exception if
-// the bytes are not UTF-8 and their text is longer than VString::MaxLength UTF-16 code units. A NUL is an ordinary
-// character.
+// as the file and contains the line, the column (in UTF-16 code units) and the byte offset of the first bad byte. Bytes
+// are never replaced. Throws VIO::Exception if the bytes are not UTF-8 and their text is longer than VString::MaxLength
+// UTF-16 code units. A NUL is an ordinary character.
 //
 // Linear. For UTF-8, `bytes` itself becomes the text without a copy; a byte order mark is erased from it.
 // Thread-safe.

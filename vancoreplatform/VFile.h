@@ -44,8 +44,8 @@ public:
     //  3. Bytes that are valid UTF-8 are UTF-8.
     //  4. With `useXmlDeclaration`, an XML declaration at the start that names a known encoding.
     // Throws VIO::DecodingException if the bytes are invalid in that encoding or no rule applies; the message contains
-    // the byte offset of the first bad byte. Bytes are never replaced. Throws VIO::Exception if the text is longer than
-    // VString::MaxLength. A NUL is an ordinary character. Linear.
+    // the line, the column (in UTF-16 code units) and the byte offset of the first bad byte. Bytes are never replaced.
+    // Throws VIO::Exception if the text is longer than VString::MaxLength. A NUL is an ordinary character. Linear.
     static VString LoadTextFile(const VString& fileName, bool useXmlDeclaration);
 
     // Like LoadTextFile, but returns UTF-8. Valid UTF-8 without a byte order mark is not converted, and may be longer.

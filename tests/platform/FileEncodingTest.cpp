@@ -129,7 +129,29 @@ TEST(FileEncodingTest, NamesTheFirstBadByte)
         DecodeFile("\xEF\xBB\xBF\x61\xFF");
         FAIL() << "no exception";
     } catch (const VIO::Exception& exception) {
-        EXPECT_STREQ(exception.what(), "Cannot read \"doc.xml\": not valid UTF-8, the first bad byte is at offset 4");
+        EXPECT_STREQ(exception.what(),
+            "Cannot read \"doc.xml\": not valid UTF-8, the first bad byte is at line 1, column 2 (offset 4)");
+    }
+}
+
+// Lines end at "\n", "\r" and "\r\n". Columns count UTF-16 code units.
+TEST(FileEncodingTest, TheMessageHasTheLineAndTheColumnOfTheFirstBadByte)
+{
+    const std::pair<std::string, std::string> places[] = {
+        {"\xFF", "line 1, column 1 (offset 0)"},
+        {"<a>\n\xFF\n\xFF", "line 2, column 1 (offset 4)"},
+        {"a\nb\rc\r\nd\n\n\rxy\xFF", "line 7, column 3 (offset 13)"},
+        {"a\r\xFF", "line 2, column 1 (offset 2)"},
+        {"\n\tä€\U0001F600\xFF", "line 2, column 6 (offset 11)"},
+        {"\xFF\xFE<\0\n\0\xE4\0\x3D\xD8\x00\xDE\x3D\xD8<\0"s, "line 2, column 4 (offset 12)"},
+    };
+    for (const auto& [bytes, place] : places) {
+        try {
+            DecodeFile(bytes);
+            ADD_FAILURE() << "no exception for " << place;
+        } catch (const VIO::DecodingException& exception) {
+            EXPECT_THAT(exception.what(), testing::EndsWith(" the first bad byte is at " + place));
+        }
     }
 }
 

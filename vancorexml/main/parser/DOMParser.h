@@ -73,11 +73,11 @@ public:
     std::unique_ptr<DOM> ParseXmlString(VString&& text, const VString& id);
     std::unique_ptr<DOM> ParseXmlString(const char* text, const VString& id);
     // Throws VIO::Exception if the file cannot be read, and VIO::DecodingException, which derives from it, if the file
-    // has bytes that are no characters in its encoding. (ParseXmlBytes records such bytes as an error with their place
-    // instead, and so is an encoding name that is unknown.) A file of 1 GiB or more is read during the
-    // parse and must be UTF-8. If reading such a file fails during the parse, the exception is recorded as an
-    // error. If it fails earlier, when the first bytes are read for metrics, the exception propagates (see
-    // ParseXmlInputSource).
+    // has bytes that are no characters in its encoding; the message contains the line and the column of the first one.
+    // (ParseXmlBytes records such bytes as an error with their place instead, and also an unknown name of an encoding.)
+    // A file of 1 GiB or more is read during the parse and must be UTF-8. If reading such a file fails during the
+    // parse, the exception is recorded as an error. If it fails earlier, when the first bytes are read for metrics, the
+    // exception propagates (see ParseXmlInputSource).
     std::unique_ptr<DOM> ParseXmlFile(const VString& fileName);
     // Drops text that is white space only, unless `keepBlankText`. If the product collects metrics,
     // this operation records the first bytes of the source before the parse. It reads them with GetBytes,
