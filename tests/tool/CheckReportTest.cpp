@@ -293,7 +293,7 @@ TEST_F(CheckReportTest, SarifIsValid)
         m_folder.Write("log.sarif", text);
         const ToolResult result = Validate(log, SARIF_SCHEMA);
         if (result.status == 77 || result.status == -1)
-            GTEST_SKIP() << "no Python with the package jsonschema is in the PATH of this system; with Wine, a Python for Windows";
+            GTEST_SKIP() << "no Python (with Wine: for Windows) with the package jsonschema is in PATH";
         EXPECT_EQ(result.status, 0) << result.output << result.errors;
     }
     m_folder.Write("log.sarif", logText.substr(0, logText.rfind("\"version\"")) + "\"Version\":\"1\"}}}]}");

@@ -162,7 +162,7 @@ TEST_F(RewriteCommandTest, InPlaceDoesNotTouchFilesThatStayTheSame)
 TEST_F(RewriteCommandTest, DiffAppliesWithTheProgramPatch)
 {
     if (QStandardPaths::findExecutable("patch").isEmpty())
-        GTEST_SKIP() << "no program patch is in the PATH of this system; with Wine, a patch.exe";
+        GTEST_SKIP() << "no program patch (with Wine: patch.exe) is in PATH";
     m_folder.Write("a b.xml", "<a><b/></a>");
     m_folder.Write("c.xml", "<a>\r\n<b/>\r\n<c/></a>\r\n");
     const ToolResult diff = Run({"--diff", "a b.xml", "c.xml"});
