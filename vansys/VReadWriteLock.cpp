@@ -4,10 +4,6 @@
 #include <iterator>
 #include <unordered_map>
 
-#ifdef __MINGW32__
-#  include <pthread.h>
-#endif
-
 #include "vansys/LogicException.h"
 
 namespace {
@@ -115,16 +111,6 @@ VReadWriteLock::VReadWriteLock(int options)
     if (options != 0)
         ThrowLogicException(Assertions::UnknownOptions);
 }
-
-#ifdef __MINGW32__
-// Frees the memory that mingw-w64 allocated when the lock was locked first. Its std::shared_mutex never frees it.
-VReadWriteLock::~VReadWriteLock()
-{
-    pthread_rwlock_destroy(static_cast<pthread_rwlock_t*>(m_lock.native_handle()));
-}
-#else
-VReadWriteLock::~VReadWriteLock() = default;
-#endif
 
 void VReadWriteLock::LockForRead()
 {

@@ -1,9 +1,8 @@
 // A recursive read/write lock.
 #pragma once
 
-#include <shared_mutex>
-
 #include "vansys/Export.h"
+#include "vansys/VMutex.h"
 
 // A lock for many readers or one writer. Any thread may lock it. It must not be destroyed while a thread holds it.
 //
@@ -21,7 +20,7 @@ public:
     // `options` must be 0, because no option is defined. Otherwise the constructor raises a LogicException
     // (code 0x6B20F4D1, text "options == 0").
     explicit VReadWriteLock(int options);
-    ~VReadWriteLock();
+    ~VReadWriteLock() = default;
     VReadWriteLock(const VReadWriteLock&) = delete;
     VReadWriteLock& operator=(const VReadWriteLock&) = delete;
 
@@ -33,7 +32,7 @@ public:
 private:
     void Unlock(bool exclusive) noexcept;
 
-    std::shared_mutex m_lock;
+    VSharedMutex m_lock;
 };
 
 // Holds the read lock while it lives.
