@@ -85,12 +85,12 @@ std::string ReadAll(const VString& fileName, bool mayBeLonger)
     const unsigned long long mostBytes = mayBeLonger ? std::max(MostBytesOfString, size) : MostBytesOfString;
     if (size > mostBytes)
         ThrowReadError(fileName, "the text is too long");
-    constexpr std::size_t leastRead = 0x10000;
     std::string bytes;
     // The size is only a hint: it is 0 for pipes, and files grow. One spare byte lets the first read find the
-    // end of the file without growing the buffer.
-    bytes.reserve(static_cast<std::size_t>(size + 1));
-    for (std::size_t done = 0;;) {
+    // end of the file without growing the buffer. A larger buffer costs more for a small file than its read, because
+    // the string fills it with zeros.
+    std::size_t leastRead = size > 0 ? static_cast<std::size_t>(size + 1) : 0x10000;
+    for (std::size_t done = 0;; leastRead = 0x10000) {
         bytes.resize(std::max(bytes.capacity(), done + leastRead));
         const std::size_t wanted = bytes.size() - done;
         const std::size_t read = file.Read(bytes.data() + done, wanted);
