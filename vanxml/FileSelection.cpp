@@ -259,8 +259,25 @@ private:
             AddNameError(name);
             return;
         }
-        if (m_known.insert(OperatingSystem::WithoutLinks(path).native()).second)
+        if (m_known.insert(WithoutLinks(path).native()).second)
             m_selected.files.push_back({VString::fromStdString(name), std::string()});
+    }
+
+    // Returns the path without symbolic links. Resolves the folder of several files once: resolving the path of each
+    // file took more system calls than a check of the file.
+    fs::path WithoutLinks(const fs::path& path)
+    {
+        // Windows also corrects the letter case of a name.
+        const bool isPlainName = !OperatingSystem::IsWindows &&
+            OperatingSystem::TypeOf(path, OperatingSystem::Links::Keep) == fs::file_type::regular;
+        if (!isPlainName)
+            return OperatingSystem::WithoutLinks(path);
+        fs::path folder = path.parent_path();
+        if (m_resolvedFolder.empty() || folder != m_folder) {
+            m_resolvedFolder = OperatingSystem::WithoutLinks(folder.empty() ? fs::path(".") : folder);
+            m_folder = std::move(folder);
+        }
+        return m_resolvedFolder / path.filename();
     }
 
     void AddFolder(const fs::path& folder)
@@ -323,6 +340,8 @@ private:
     const bool m_isRecursive;
     std::vector<NamePattern> m_patterns;
     std::vector<std::pair<fs::path, std::error_code>> m_found;  // the files of one folder, and folders with errors
+    fs::path m_folder;                                          // of the last file whose path was resolved
+    fs::path m_resolvedFolder;                                  // without symbolic links
     std::set<fs::path::string_type> m_known;                    // the files that were selected, without symbolic links
     SelectedFiles m_selected;
 };

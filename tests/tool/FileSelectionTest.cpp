@@ -265,6 +265,16 @@ TEST_F(FileSelectionTest, LinkAndItsTargetAreSelectedOnce)
     EXPECT_EQ(Select({"b.kxa", "a.kxa"}), "b.kxa\n");
 }
 
+TEST_F(FileSelectionTest, FilesOfALinkedFolderAreSelectedOnce)
+{
+    Write("docs/a.kxa");
+    Write("docs/b.kxa");
+    Write("c.kxa");
+    Link("docs", "link");
+    EXPECT_EQ(Select({"link/a.kxa", "c.kxa", "docs/a.kxa", "docs/b.kxa", "./c.kxa", "link/b.kxa", "link/../c.kxa"}),
+        "link/a.kxa\nc.kxa\ndocs/b.kxa\n");
+}
+
 TEST_F(FileSelectionTest, DanglingLinkInAFolderIsAnError)
 {
     Write("docs/a.kxa");
