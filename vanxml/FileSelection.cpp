@@ -27,7 +27,9 @@ const std::vector<std::string> DefaultPatterns{"*.kxa", "*.kxb", "*.kxc", "*.kxd
 
 fs::path ToPath(const std::string& utf8)
 {
-    return fs::path(VString::fromStdString(utf8).View());
+    if constexpr (OperatingSystem::IsWindows)
+        return fs::path(VString::fromStdString(utf8).View());
+    return fs::path(utf8);
 }
 
 using OperatingSystem::ToUtf8;
@@ -174,6 +176,11 @@ std::vector<std::string> SplitList(const std::string& list)
     return names;
 }
 
+bool IsFileWithoutLink(const fs::path& path)
+{
+    return OperatingSystem::TypeOf(path, OperatingSystem::Links::Keep) == fs::file_type::regular;
+}
+
 class Selector {
 public:
     Selector(const std::vector<std::string>& include, bool isRecursive) : m_include(include), m_isRecursive(isRecursive)
@@ -242,8 +249,10 @@ private:
 
     void AddPath(const fs::path& path)
     {
-        if (OperatingSystem::TypeOf(path) != fs::file_type::directory) {
-            AddFile(path);
+        // Most paths are files and no links, so a single system call is enough for them.
+        const bool isNoLink = IsFileWithoutLink(path);
+        if (isNoLink || OperatingSystem::TypeOf(path) != fs::file_type::directory) {
+            AddFile(path, isNoLink);
         } else if (m_isRecursive) {
             AddFolder(path);
         } else {
@@ -251,26 +260,24 @@ private:
         }
     }
 
-    // Selects a file, unless it was selected before.
-    void AddFile(const fs::path& path)
+    // Selects a file, unless it was selected before. With `isNoLink`, its name is certainly not that of a link.
+    void AddFile(const fs::path& path, bool isNoLink)
     {
         const std::string name = ToUtf8(path);
         if (!IsUtf8(name)) {
             AddNameError(name);
             return;
         }
-        if (m_known.insert(WithoutLinks(path).native()).second)
+        if (m_known.insert(WithoutLinks(path, isNoLink).native()).second)
             m_selected.files.push_back({VString::fromStdString(name), std::string()});
     }
 
     // Returns the path without symbolic links. Resolves the folder of several files once: resolving the path of each
     // file took more system calls than a check of the file.
-    fs::path WithoutLinks(const fs::path& path)
+    fs::path WithoutLinks(const fs::path& path, bool isNoLink)
     {
         // Windows also corrects the letter case of a name.
-        const bool isPlainName = !OperatingSystem::IsWindows &&
-            OperatingSystem::TypeOf(path, OperatingSystem::Links::Keep) == fs::file_type::regular;
-        if (!isPlainName)
+        if (OperatingSystem::IsWindows || !isNoLink)
             return OperatingSystem::WithoutLinks(path);
         fs::path folder = path.parent_path();
         if (m_resolvedFolder.empty() || folder != m_folder) {
@@ -298,7 +305,7 @@ private:
             if (error)
                 AddError("Cannot read \"" + ToUtf8(path) + "\": " + GetSystemReason(error).toStdString());
             else
-                AddFile(SpellLike(ToUtf8(folder), path));
+                AddFile(SpellLike(ToUtf8(folder), path), IsFileWithoutLink(path));
         }
     }
 
