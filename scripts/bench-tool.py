@@ -27,10 +27,12 @@ from xml.etree import ElementTree
 
 MEGABYTE = 1_000_000
 SIZES = (5, 20, 100)  # of the documents, in MB
+QUICK_LARGEST = 20  # replaces LARGEST in a quick run
 LARGEST = 400  # of the documents for the memory of our tool alone, in MB
 ROUNDS = {5: 11, 20: 7, 100: 5}
 QUICK_ROUNDS = 5
 OURS = "vanxml"
+SMALL_DOCUMENTS = 5_000
 
 # The largest ratios that the project accepts.
 MOST_TIME = 1.3  # of our time to the time of the fastest peer
@@ -46,6 +48,10 @@ WORDS = ("account address amount article before between bill branch carrier caus
          "store supplier table tax total transport truck value weight without year").split()
 
 Sample = collections.namedtuple("Sample", "wall cpu peak")  # seconds, seconds, bytes
+
+# A ratio for the table of checks, with the largest one that the project accepts and the one that it aims at. For a
+# throughput, larger is better, and `limit` is the smallest ratio.
+Check = collections.namedtuple("Check", "name limit goal ratio is_throughput note")
 
 # A task and the programs that perform it. `programs` returns their command lines by name for the tool, a document and
 # its kind. They write to standard output. An edit keeps the blank text of a document and changes its content; a format
@@ -83,6 +89,9 @@ TASKS = [
          "`xmlstarlet ed -P -u PATH/@NAME -v VALUE FILE`.", edit_one_programs),
     Task("edit-all", True, "Sets an attribute of each order or section, with the same commands.", edit_all_programs),
 ]
+
+
+CHECKS = "check"  # the name of the measurements that have a table of their own
 
 
 def sentence(source, fewest, most):
@@ -290,6 +299,117 @@ def measure_largest(tool, kind, folder):
     return sample.peak / size
 
 
+def generate_small(folder, count):
+    """Writes documents of about 3 KB and returns their names."""
+    folder.mkdir()
+    names = []
+    for number in range(count):
+        source = random.Random(number)
+        name = folder / f"{number:04}.xml"
+        parts = "".join(order(source, each + 1) for each in range(8))
+        name.write_text(ORDERS_START + parts + "</orders>\n", encoding="utf-8")
+        names.append(str(name))
+    return names
+
+
+def build_empty_program(tool, folder):
+    """Builds a program that does nothing and needs the same libraries as the tool. Returns its name."""
+    needed = re.findall(r"\(NEEDED\).*\[(.*)\]", output_of("readelf", "-d", tool))
+    places = dict(re.findall(r"(\S+) => (\S+)", output_of("ldd", tool)))
+    source = folder / "empty.cpp"
+    source.write_text("int main() { return 0; }\n", encoding="utf-8")
+    program = str(folder / "empty")
+    libraries = [places[name] for name in needed if name in places]
+    paths = sorted({f"-Wl,-rpath,{os.path.dirname(place)}" for place in libraries})
+    subprocess.run(["c++", "-O2", str(source), "-o", program, "-Wl,--no-as-needed", *libraries, *paths], check=True)
+    return program
+
+
+def take_turns(programs, rounds, output):
+    """Returns the samples of each program by its name."""
+    samples = collections.defaultdict(list)
+    for _ in range(rounds):
+        for name, command in programs.items():
+            samples[name].append(run(command, output))
+    return samples
+
+
+def require_answer(command, status, output=None):
+    """Ends this process unless a command ends with the status and prints the output."""
+    result = subprocess.run(command, capture_output=True, text=True, check=False)
+    if result.returncode != status or output not in (None, result.stdout):
+        sys.exit(f"{' '.join(command)[:200]}: status {result.returncode}, output {result.stdout[:200]!r}")
+
+
+def check_answers(tool, names, folder):
+    """Ends this process unless the programs accept the small documents and refuse a broken one."""
+    broken = folder / "broken.xml"
+    broken.write_text(pathlib.Path(names[0]).read_text(encoding="utf-8").replace("</order>", "</ordr>", 1),
+                      encoding="utf-8")
+    options = ["check", "--jobs", "1"]
+    require_answer([tool, *options, *names], 0, f"{len(names):,} documents, 0 errors\n")
+    require_answer([tool, *options, *names, str(broken)], 1)
+    require_answer(["xmllint", "--noout", *names], 0)
+    require_answer(["xmllint", "--noout", *names, str(broken)], 1)
+
+
+def measure_small(tool, rounds, folder):
+    """Returns the checks of the start of the tool and of many small documents."""
+    names = generate_small(folder / "small", SMALL_DOCUMENTS)
+    check_answers(tool, names, folder)
+    output = folder / "output"
+    start = take_turns({"empty": [build_empty_program(tool, folder)], OURS: [tool, "check", names[0]]},
+                       8 * rounds, output)
+    jobs = {count: [tool, "check", "--jobs", str(count), *names] for count in (1, 2)}
+    many = take_turns({OURS: jobs[1], "xmllint": ["xmllint", "--noout", *names]}, rounds, output)
+    cores = os.sched_getaffinity(0)
+    os.sched_setaffinity(0, range(os.cpu_count()))
+    parallel = take_turns({"one": [tool, "check", names[0]], **jobs}, rounds, output)
+    os.sched_setaffinity(0, cores)
+    # The start of the tool is not part of the throughput.
+    rest = {count: median(parallel[count], "wall") - median(parallel["one"], "wall") for count in jobs}
+    return [
+        Check("check of one small document ÷ an empty program with the same libraries", 1.2, 1.1,
+              median(start[OURS], "cpu") / median(start["empty"], "cpu"), False,
+              f"CPU time, {show(median(start[OURS], 'cpu'))}"),
+        Check(f"check --jobs 1 of {SMALL_DOCUMENTS:,} small documents ÷ xmllint --noout", 1.0, 0.8,
+              median(many[OURS], "cpu") / median(many["xmllint"], "cpu"), False,
+              f"CPU time, {show(median(many[OURS], 'cpu'))}"),
+        Check(f"check --jobs 2 of {SMALL_DOCUMENTS:,} small documents ÷ --jobs 1", 1.9, 1.95, rest[1] / rest[2], True,
+              f"documents per second without the start of the tool, {SMALL_DOCUMENTS / rest[2]:,.0f}"),
+    ]
+
+
+def measure_memory(tool, kind, size, folder):
+    """Returns the checks of the peak memory for a large document."""
+    document = folder / f"{kind}-{size}.xml"
+    generate(document, kind, size)
+    element = {"orders": "line", "book": "p"}[kind]
+    with open(document, encoding="utf-8") as lines:
+        count = sum(line.count(f"<{element} ") + line.count(f"<{element}>") for line in lines)
+    commands = {"check": [tool, "check", "--schema", "none", str(document)],
+                "query --count": [tool, "query", "--count", str(document), f"//{element}"]}
+    require_answer(commands["check"], 0, "1 document, 0 errors\n")
+    require_answer(commands["query --count"], 0, f"{count}\n")
+    checks = []
+    for (name, command), limit in zip(commands.items(), (2, 4)):
+        sample = run(command, folder / "output")
+        checks.append(Check(f"{name} of {kind} of {size} MB: peak memory ÷ document", limit, 0.2,
+                            sample.peak / document.stat().st_size, False, f"{sample.peak / MEGABYTE:.0f} MB"))
+    document.unlink()
+    return checks
+
+
+def check_table(checks):
+    """Returns the lines of the table of checks."""
+    lines = ["| measure | limit | goal | ratio | value |", "|---|---|---|---|---|"]
+    for each in checks:
+        is_missed = each.ratio < each.limit if each.is_throughput else each.ratio > each.limit
+        ratio = f"**{each.ratio:.2f}**" if is_missed else f"{each.ratio:.2f}"
+        lines.append(f"| {each.name} | {each.limit:.2f} | {each.goal:.2f} | {ratio} | {each.note} |")
+    return lines + [""]
+
+
 def require_small_parent(samples, folder):
     """Ends this process if it is larger than a measured one.
 
@@ -396,7 +516,7 @@ def setting(load, rounds, tasks):
 
 INTRO = """# Performance of the tool
 
-This page compares `vanxml` with other tools that format and edit documents. `scripts/bench-tool` writes this page from
+This page compares `vanxml` with other tools that format, edit and check documents. `scripts/bench-tool` writes this page from
 one run.
 
 Each measurement covers a whole process, from its start to its end. The process reads a file that is in the cache of
@@ -417,6 +537,11 @@ The script generates the documents. Each run generates the same ones:
 """
 
 
+CHECKS_NOTE = """Bold ratios miss the limit. The small documents are orders of about 3 KB, without a schema. \
+Without a document type, `vanxml` needs no parser for them and no tree for `query --count` (see `PlainDocument.h`). \
+A book has a document type, so the parser reads it."""
+
+
 def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("tool")
@@ -426,21 +551,31 @@ def main():
     arguments.add_argument("--page")
     options = arguments.parse_args()
     tasks = [task for task in TASKS if re.search(options.filter, task.name)]
-    if not tasks:
+    has_checks = re.search(options.filter, CHECKS) is not None
+    if not tasks and not has_checks:
         sys.exit(f"no command matches '{options.filter}'")
     rounds = {SIZES[0]: QUICK_ROUNDS} if options.quick else ROUNDS
     load = os.getloadavg()[0]
     os.sched_setaffinity(0, {os.cpu_count() - 1})
-    samples, largest = {}, {}
+    samples, largest, checks = {}, {}, []
     with tempfile.TemporaryDirectory(dir=options.folder) as name:
         folder = pathlib.Path(name)
         for kind in KINDS:
-            for size, count in rounds.items():
+            for size, count in rounds.items() if tasks else ():
                 samples |= measure_document(tasks, options.tool, kind, size, count, folder)
-            if not options.quick:
+            if tasks and not options.quick:
                 largest[kind] = measure_largest(options.tool, kind, folder)
+        if has_checks:
+            checks += measure_small(options.tool, rounds[SIZES[0]], folder)
+            for kind in KINDS:
+                checks += measure_memory(options.tool, kind, QUICK_LARGEST if options.quick else LARGEST, folder)
         require_small_parent(samples, folder)
-    lines = ["## Goals", "", "Each row contains ratios. Bold ratios exceed the limit.", ""] + goals(samples, largest)
+    lines = []
+    if tasks:
+        lines += ["## Goals", "", "Each row contains ratios. Bold ratios exceed the limit.", ""]
+        lines += goals(samples, largest)
+    if checks:
+        lines += ["## check and query", "", CHECKS_NOTE, ""] + check_table(checks)
     note = "Bold numbers are multiples of vanxml's value. Brackets contain the value and the spread."
     for task in tasks:
         lines += [f"## {task.name}", "", task.note, "", note, ""] + table(samples, task)
