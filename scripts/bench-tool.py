@@ -516,8 +516,8 @@ def setting(load, rounds, tasks):
 
 INTRO = """# Performance of the tool
 
-This page compares `vanxml` with other tools that format, edit and check documents. `scripts/bench-tool` writes this page from
-one run.
+This page compares `vanxml` with other tools that format, edit and check documents. `scripts/bench-tool` writes this
+page from one run.
 
 Each measurement covers a whole process, from its start to its end. The process reads a file that is in the cache of
 the system. It writes its output to a file and does not flush it to the disk. `vanxml` also parses its result and
