@@ -537,9 +537,7 @@ The script generates the documents. Each run generates the same ones:
 """
 
 
-CHECKS_NOTE = """Bold ratios miss the limit. The small documents are orders of about 3 KB, without a schema. \
-Without a document type, `vanxml` needs no parser for them and no tree for `query --count` (see `PlainDocument.h`). \
-A book has a document type, so the parser reads it."""
+CHECKS_NOTE = """Bold ratios miss the limit. The small documents are orders of about 3 KB, without a schema."""
 
 
 def main():

@@ -17,6 +17,7 @@
 #include "vanxml/ErrorLines.h"
 #include "vanxml/ExceptionText.h"
 #include "vanxml/FirstMatch.h"
+#include "vanxml/MatchCount.h"
 #include "vanxml/OperatingSystem.h"
 #include "vanxml/SourceDocument.h"
 #include "vanxml/StandardStreams.h"
@@ -246,9 +247,7 @@ void QueryCommand::RequireUsable() const
 ExitStatus QueryCommand::Search(const VString& file)
 {
     try {
-        // Only the whole tree shows which elements are canopies.
-        const bool needsTree = !m_first || m_withinOption->count() > 0 || m_underneathOption->count() > 0;
-        const std::optional<std::size_t> matches = needsTree ? SearchTree(file) : SearchStart(file);
+        const std::optional<std::size_t> matches = SearchFile(file);
         if (!matches)
             return ExitStatus::Failed;
         if (m_count)
@@ -260,9 +259,24 @@ ExitStatus QueryCommand::Search(const VString& file)
     }
 }
 
-std::optional<std::size_t> QueryCommand::SearchTree(const VString& file)
+std::optional<std::size_t> QueryCommand::SearchFile(const VString& file)
 {
+    // Only the whole tree shows which elements are canopies.
+    const bool hasCanopies = m_withinOption->count() > 0 || m_underneathOption->count() > 0;
+    if (m_first && !hasCanopies)
+        return SearchStart(file);
     SourceDocument source = SourceDocument::Read(file);
+    if (m_count && !hasCanopies) {
+        // A count needs no tree, which takes several times the memory of the document. A document with errors is parsed
+        // again for its messages.
+        if (const std::optional<std::size_t> count = CountMatches(source, *m_path, m_wantedAttribute))
+            return count;
+    }
+    return SearchTree(source);
+}
+
+std::optional<std::size_t> QueryCommand::SearchTree(SourceDocument& source)
+{
     DOMParser parser;
     parser.SetEnableLineNumbersOnElements(true);
     const std::unique_ptr<const DOM> document = parser.ParseXmlInputSource(source.Source(), false);

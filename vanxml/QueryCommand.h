@@ -34,7 +34,8 @@ private:
     // Prints the matches in one document. Returns Faulty if there is none.
     ExitStatus Search(const VString& file);
     // These return the number of matches, or nothing if the document has errors, which they print.
-    std::optional<std::size_t> SearchTree(const VString& file);
+    std::optional<std::size_t> SearchFile(const VString& file);
+    std::optional<std::size_t> SearchTree(SourceDocument& source);
     std::optional<std::size_t> SearchStart(const VString& file);
     void ForEachMatch(const DOMElement& root, const Visitor& visit) const;
     void ForEachPathMatch(const DOMElement& root, const Visitor& visit) const;
