@@ -1,8 +1,10 @@
 // Writes a document without errors and parses the result. The result has no errors, the same elements and attributes,
-// and the same texts except for white space, because writing indents text beside children.
+// and the same texts except for white space, because writing indents text beside children. All
+// ways to write it give the same text.
 #include "fuzz/FuzzSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/XMLDomFormatter.h"
+#include "vancorexml/main/parser/XMLStringFormatter.h"
 
 namespace {
 
@@ -60,6 +62,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (document->HasErrors() || HasControlCharacters(*document))
         return 0;
     const VString text = XMLDomFormatter::RenderAsXMLString(*document, nullptr, true);
+    XMLStringFormatter writer;
+    writer.SetFormatMode(FormatModeContent);
+    XMLFormatter::FormatDOM(writer, *document, nullptr, true);
+    Require(text == writer.GetOutput(), "the text is that of a writer");
+    Require(
+        XMLDomFormatter::RenderAsXMLBytes(*document, nullptr, true) == text.toStdString(), "the bytes are the text");
     const auto again = parser.ParseXmlString(text, "written");
     Require(!again->HasErrors(), "the written document has no errors");
     RequireSameElements(*document, *again);

@@ -357,7 +357,7 @@ bool QueryCommand::HasWantedAttribute(const DOMElement& element) const
 void QueryCommand::PrintContent(const DOMElement& element) const
 {
     if (m_xml)
-        PrintLines(XMLDomFormatter::RenderAsXMLString(element, nullptr, false).toStdString());
+        PrintLines(XMLDomFormatter::RenderAsXMLBytes(element, nullptr, false));
     else if (m_text)
         PrintLines(element.GetText().toStdString() + "\n");
     else

@@ -41,6 +41,28 @@ TEST_P(WritingFaultTest, RenderedTextIsCompleteOrFails)
     FailEachAllocation(run, [&](const VString& text, bool) { EXPECT_EQ(text, expected); });
 }
 
+TEST_P(WritingFaultTest, RenderedBytesAreCompleteOrFail)
+{
+    const std::string expected = XMLDomFormatter::RenderAsXMLBytes(m_document, nullptr, true);
+    const auto run = [this] { return XMLDomFormatter::RenderAsXMLBytes(m_document, nullptr, true); };
+    FailEachAllocation(run, [&](const std::string& text, bool) { EXPECT_EQ(text, expected); });
+}
+
+// The text of a writer grows in small steps.
+VString WriteTree(const DOM& document)
+{
+    XMLStringFormatter writer;
+    XMLFormatter::FormatDOM(writer, document, nullptr, true);
+    return writer.GetOutput();
+}
+
+TEST_P(WritingFaultTest, TextOfAWriterIsCompleteOrFails)
+{
+    const VString expected = WriteTree(m_document);
+    const auto run = [this] { return WriteTree(m_document); };
+    FailEachAllocation(run, [&](const VString& text, bool) { EXPECT_EQ(text, expected); });
+}
+
 VString WriteNested()
 {
     XMLStringFormatter writer;

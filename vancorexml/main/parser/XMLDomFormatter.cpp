@@ -1,12 +1,14 @@
 #include "vancorexml/main/parser/XMLDomFormatter.h"
 
+#include <string_view>
 #include <utility>
 
+#include "vancoreplatform/FileReplacement.h"
 #include "vancorexml/main/parser/Base64.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
-#include "vancorexml/main/parser/XMLFileFormatter.h"
 #include "vancorexml/main/parser/XMLStringFormatter.h"
+#include "vancorexml/main/parser/XMLTreeText.h"
 #include "vansys/LogicException.h"
 
 namespace {
@@ -47,21 +49,11 @@ DOMElement& AddChild(DOMElement& parent, const VString& tag, const AttributeMap&
     return child;
 }
 
-template <typename Source>
-VString Render(const Source& source, VString* comment, bool header)
+void Save(const XMLTreeText::Content& content, const VPath& path)
 {
-    XMLStringFormatter writer;
-    writer.SetFormatMode(FormatModeContent);
-    XMLFormatter::FormatDOM(writer, source, comment, header);
-    return writer.GetOutput();
-}
-
-template <typename Source>
-void Save(const Source& source, const VPath& path, VString* comment, bool header)
-{
-    XMLFileFormatter writer(path);
-    XMLFormatter::FormatDOM(writer, source, comment, header);
-    writer.Commit();
+    FileReplacement file(path);
+    XMLTreeText::WriteUtf8(content, [&file](std::string_view bytes) { file.Write(bytes); });
+    file.Commit();
 }
 
 }  // namespace
@@ -199,22 +191,32 @@ void XMLDomFormatter::Format(XMLFormatter& target, const DOMElement& element) co
 
 VString XMLDomFormatter::RenderAsXMLString(const DOM& document, VString* comment, bool header)
 {
-    return Render(document, comment, header);
+    return XMLTreeText::ToUtf16({document.GetDocumentRoot(), comment, header});
 }
 
 VString XMLDomFormatter::RenderAsXMLString(const DOMElement& element, VString* comment, bool header)
 {
-    return Render(element, comment, header);
+    return XMLTreeText::ToUtf16({&element, comment, header});
+}
+
+std::string XMLDomFormatter::RenderAsXMLBytes(const DOM& document, VString* comment, bool header)
+{
+    return XMLTreeText::ToUtf8({document.GetDocumentRoot(), comment, header});
+}
+
+std::string XMLDomFormatter::RenderAsXMLBytes(const DOMElement& element, VString* comment, bool header)
+{
+    return XMLTreeText::ToUtf8({&element, comment, header});
 }
 
 void XMLDomFormatter::SaveAsXMLFile(const DOM& document, const VPath& path, VString* comment, bool header)
 {
-    Save(document, path, comment, header);
+    Save({document.GetDocumentRoot(), comment, header}, path);
 }
 
 void XMLDomFormatter::SaveAsXMLFile(const DOMElement& element, const VPath& path, VString* comment, bool header)
 {
-    Save(element, path, comment, header);
+    Save({&element, comment, header}, path);
 }
 
 DOM& XMLDomFormatter::Document() const

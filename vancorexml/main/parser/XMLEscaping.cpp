@@ -28,21 +28,6 @@ constexpr AssertionSite PassesDiffer{File, 236, "ix == dst.length()", 0xF6B4AF4C
 // A backslash, "x", at most four digits and a semicolon.
 constexpr std::size_t LongestNumericEscape = 7;
 
-// Writes the escape of a unit that XML does not allow; returns the end.
-char16_t* WriteNumericEscape(char16_t unit, char16_t* out) noexcept
-{
-    constexpr char16_t digits[] = u"0123456789ABCDEF";
-    *out++ = u'\\';
-    *out++ = u'x';
-    int shift = 12;
-    while (shift > 0 && (unit >> shift) == 0)
-        shift -= 4;
-    for (; shift >= 0; shift -= 4)
-        *out++ = digits[(unit >> shift) & 0xF];
-    *out++ = u';';
-    return out;
-}
-
 constexpr bool IsPairAt(std::u16string_view text, std::size_t position) noexcept
 {
     return (text[position] & 0xFC00) == 0xD800 && position + 1 < text.size() && (text[position + 1] & 0xFC00) == 0xDC00;
@@ -108,7 +93,7 @@ public:
         const char16_t unit = m_text[position];
         if (m_table.Maps(unit))
             return m_table[unit].View();
-        return {m_buffer, static_cast<std::size_t>(WriteNumericEscape(unit, m_buffer) - m_buffer)};
+        return {m_buffer, WriteNumericEscape(unit, m_buffer)};
     }
 
 private:
@@ -181,7 +166,7 @@ void InitMappingTableType(MappingTable& table, int kind)
         ThrowLogicException(Assertions::UnknownKind);
     for (char16_t unit = 0; unit < 0x20; ++unit) {
         char16_t escape[LongestNumericEscape];
-        table[unit] = VString(escape, static_cast<std::size_t>(WriteNumericEscape(unit, escape) - escape));
+        table[unit] = VString(escape, WriteNumericEscape(unit, escape));
     }
     std::fill(table.begin() + 0x20, table.end(), VString());
     table[u'\t'] = kind == ContentMapping ? VString() : VString(u"&#9;");
@@ -230,6 +215,27 @@ VString EncodeWithTable(const VString& text, const EscapeTable& table)
 VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t))
 {
     return Encode(text, table, isValid);
+}
+
+std::size_t WriteNumericEscape(char16_t unit, char16_t* out) noexcept
+{
+    constexpr char16_t digits[] = u"0123456789ABCDEF";
+    const char16_t* const begin = out;
+    *out++ = u'\\';
+    *out++ = u'x';
+    int shift = 12;
+    while (shift > 0 && (unit >> shift) == 0)
+        shift -= 4;
+    for (; shift >= 0; shift -= 4)
+        *out++ = digits[(unit >> shift) & 0xF];
+    *out++ = u';';
+    return static_cast<std::size_t>(out - begin);
+}
+
+VString EncodeComment(const VString& text)
+{
+    // "&45;" only separates the two hyphens. It is no character reference, because comments contain none.
+    return (" " + text + " ").replace(u"--", u"-&45;");
 }
 
 VString EncodeAsCData(const VString& text)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "vancoreplatform/VString.h"
@@ -47,6 +48,19 @@ VString EncodeWithTable(const VString& text, const EscapeTable& table);
 // Like the overload above, but `isValid` decides which units above 0x80 XML allows. Calls `isValid` in
 // two passes. Raises a LogicException if the second pass needs another length than the first.
 VString EncodeWithTable(const VString& text, const EscapeTable& table, bool (*isValid)(char16_t));
+
+// Content of at least 32 code units keeps its tabs and line feeds, or becomes a CDATA section if it contains "<".
+// Shorter content is escaped like an attribute value.
+inline bool IsLongContent(const VString& text) noexcept
+{
+    return text.length() >= 32;
+}
+
+// Writes the escape of a unit that XML does not allow: at most 7 units. Returns their number.
+std::size_t WriteNumericEscape(char16_t unit, char16_t* out) noexcept;
+
+// Returns what a comment contains between "<!--" and "-->": the text with a blank on both sides and no "--". Linear.
+VString EncodeComment(const VString& text);
 
 // Returns the text as a CDATA section. Divides each "]]>" in the text between two sections. If the text
 // is enclosed in double quotes, the quotes become "&quot;" before and after the section. Linear.

@@ -33,10 +33,6 @@ struct Texts {
     VString no = u"false";
 };
 
-// Content of at least this many code units keeps its tabs and line feeds, or becomes a CDATA section if it
-// contains "<".
-constexpr int LongContent = 32;
-
 void WriteLeaf(XMLFormatter& target, const DOMElement& element)
 {
     if (!element.HasText())
@@ -313,8 +309,7 @@ void XMLFormatter::OutputComment(const VString& text)
 {
     OutputString(GetIndent());
     OutputString(commentOpen);
-    // "&45;" only separates the two hyphens. It is no character reference, because comments contain none.
-    OutputString((" " + text + " ").replace(u"--", u"-&45;"));
+    OutputString(XMLEscaping::EncodeComment(text));
     OutputLine(commentClose);
 }
 
@@ -374,7 +369,7 @@ VString XMLFormatter::EncodeAttributeString(const VString& text)
 
 VString XMLFormatter::EncodeContentString(const VString& text)
 {
-    if (text.length() < LongContent)
+    if (!XMLEscaping::IsLongContent(text))
         return XMLEscaping::EncodeWithTable(text, XMLEscaping::AttributeTable());
     if (text.contains(u'<'))
         return XMLEscaping::EncodeAsCData(text);
