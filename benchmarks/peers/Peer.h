@@ -42,6 +42,11 @@ public:
     virtual Digest GetDigest() const = 0;
     // Writes the document as UTF-8; empty if the peer cannot write.
     virtual std::string Write() const { return {}; }
+    // Writes the document as UTF-16, and converts it to UTF-8 if `utf8` is not null. Returns the number of code units;
+    // 0 if the peer has no such operation.
+    virtual std::size_t WriteUtf16(std::string*) const { return 0; }
+    // Writes the text of Write() into a file. Returns false if the peer has no such operation.
+    virtual bool Save(const std::string&) const { return false; }
     // Returns how many elements a path selects; npos if the peer has no paths. The path has the form "//name",
     // "/a/b/c" or "/a/*/c".
     virtual std::size_t CountPath(const std::string&) const { return std::string::npos; }

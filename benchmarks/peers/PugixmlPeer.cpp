@@ -42,6 +42,10 @@ public:
         document.save(writer, "  ", pugi::format_default, pugi::encoding_utf8);
         return std::move(writer.text);
     }
+    bool Save(const std::string& path) const override
+    {
+        return document.save_file(path.c_str(), "  ", pugi::format_default, pugi::encoding_utf8);
+    }
     std::size_t CountPath(const std::string& path) const override
     {
         return document.document_element().select_nodes(path.c_str()).size();

@@ -24,9 +24,18 @@ public:
             digest.Element(element.GetName().toStdString(), element.GetAttributes().size());
         return digest;
     }
-    std::string Write() const override
+    std::string Write() const override { return XMLDomFormatter::RenderAsXMLBytes(*m_dom, nullptr, true); }
+    std::size_t WriteUtf16(std::string* utf8) const override
     {
-        return XMLDomFormatter::RenderAsXMLString(*m_dom, nullptr, true).toStdString();
+        const VString text = XMLDomFormatter::RenderAsXMLString(*m_dom, nullptr, true);
+        if (utf8 != nullptr)
+            *utf8 = text.toStdString();
+        return text.View().size();
+    }
+    bool Save(const std::string& path) const override
+    {
+        XMLDomFormatter::SaveAsXMLFile(*m_dom, VPath(VString::fromStdString(path)), nullptr, true);
+        return true;
     }
     std::size_t CountPath(const std::string& path) const override
     {

@@ -97,6 +97,8 @@ template <typename Unit>
 Unit* WriteFirst(const char16_t*& text, const char16_t* end, const XMLEscaping::EscapeTable* table, Unit* out)
 {
     const char16_t unit = *text++;
+    if (unit >= 0x80 && unit < 0xD800)
+        return WriteUnit(unit, out);
     if (unit < 0x80) {
         if (table != nullptr && table->Maps(unit))
             return WriteAscii((*table)[unit].View(), out);
@@ -124,6 +126,7 @@ Unit* WriteText(const char16_t* text, std::size_t length, const XMLEscaping::Esc
         out += plain;
         if (special == 0)
             continue;
+        // A character beyond ASCII is rarely alone.
         do
             out = WriteFirst(text, end, table, out);
         while (text != end && *text >= 0x80);
@@ -140,6 +143,16 @@ Unit* WriteText(const char16_t* text, std::size_t length, const XMLEscaping::Esc
     return out;
 }
 
+// Returns the length for which a text gets memory: the expected length of the text of which `used` units are the given
+// part, with a reserve. There are few steps, because each one may copy the text, but none goes far beyond `used`.
+std::size_t ChooseCapacity(std::size_t used, double part)
+{
+    constexpr std::size_t large = 0x400000;
+    const double expected = part > 0 ? static_cast<double>(used) / part * 1.05 : 0;
+    const std::size_t most = used < large ? 8 * used : 2 * used;
+    return std::max(static_cast<std::size_t>(std::min(expected, static_cast<double>(most))), 2 * used);
+}
+
 // Where the text goes. MakeRoom gets the end of the text that was written so far and which part of the whole text that
 // is, from 0 to 1. Afterwards at least MaxRoom units fit between `out` and `end`.
 
@@ -154,14 +167,10 @@ public:
     void MakeRoom(char16_t*& out, char16_t*& end, double part)
     {
         const std::size_t used = out == nullptr ? 0 : static_cast<std::size_t>(out - Begin());
-        // Few steps, because each one may copy the text, but none far beyond the expected length.
-        const double expected = part > 0 ? static_cast<double>(used) / part * 1.05 : 0;
-        const double most = static_cast<double>(used) * 8;
-        const std::size_t size = std::max(static_cast<std::size_t>(std::min(expected, most)), 2 * used) + MaxRoom;
         const auto limit = static_cast<std::size_t>(VString::MaxLength);
         if (used + MaxRoom > limit)
             throw TooLong();
-        const int length = static_cast<int>(std::min(size, limit));
+        const int length = static_cast<int>(std::min(ChooseCapacity(used, part) + MaxRoom, limit));
         m_text.reserve(length);
         m_text.resize(length);
         out = Begin() + used;
@@ -447,11 +456,9 @@ public:
     void Write(std::string_view bytes, double part)
     {
         const std::size_t needed = m_text.size() + bytes.size();
-        if (needed > m_text.capacity()) {
-            // Few steps, because each one copies the text, but none far beyond the expected length.
-            const double expected = part > 0 ? static_cast<double>(needed) / part * 1.05 : 0;
-            m_text.reserve(static_cast<std::size_t>(std::min(expected, static_cast<double>(needed) * 8)));
-        }
+        // The last piece needs no reserve.
+        if (needed > m_text.capacity())
+            m_text.reserve(part < 1 ? ChooseCapacity(needed, part) : needed);
         m_text.append(bytes);
     }
     std::string Release() { return std::move(m_text); }
