@@ -242,7 +242,7 @@ VString EncodeAsCData(const VString& text)
 {
     const bool quoted = IsQuoted(text);
     VString result = quoted ? u"&quot;<![CDATA[" : u"<![CDATA[";
-    result += EncodeInsideCData(quoted ? text.mid(1, text.length() - 2) : text);
+    result += (quoted ? text.mid(1, text.length() - 2) : text).replace(u"]]>", u"]]]]><![CDATA[>");
     result += quoted ? u"]]>&quot;" : u"]]>";
     return result;
 }
@@ -250,11 +250,6 @@ VString EncodeAsCData(const VString& text)
 bool IsQuoted(const VString& text) noexcept
 {
     return text.length() >= 2 && text[0] == u'"' && text[text.length() - 1] == u'"';
-}
-
-VString EncodeInsideCData(const VString& piece)
-{
-    return piece.replace(u"]]>", u"]]]]><![CDATA[>");
 }
 
 }  // namespace XMLEscaping

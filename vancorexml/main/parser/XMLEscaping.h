@@ -65,9 +65,7 @@ VString EncodeComment(const VString& text);
 // Returns the text as a CDATA section. Divides each "]]>" in the text between two sections. If the text
 // is enclosed in double quotes, the quotes become "&quot;" before and after the section. Linear.
 VString EncodeAsCData(const VString& text);
-// The parts of EncodeAsCData, for a text that is written in pieces: whether the text is enclosed in double quotes, and
-// the content of the CDATA section for a piece. No "]]>" may lie across the end of a piece.
+// True if the text is enclosed in double quotes.
 bool IsQuoted(const VString& text) noexcept;
-VString EncodeInsideCData(const VString& piece);
 
 }  // namespace XMLEscaping
