@@ -18,6 +18,8 @@ void RegisterPathTasks(const Peers& peers);
 void RegisterCopyTasks(const Peers& peers);
 // Registers the tasks of the library `only`, or of all libraries if `only` is empty.
 void RegisterValidationTasks(const std::string& only);
+void RegisterChildrenTasks();
+void RegisterLightweightTasks();
 void RegisterSanitizerTasks();
 void RegisterDiagnosticsTasks();
 void RegisterRenameTasks();

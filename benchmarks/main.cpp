@@ -37,6 +37,8 @@ int main(int argc, char** argv)
     RegisterWriteTasks(peers);
     RegisterPathTasks(peers);
     RegisterCopyTasks(peers);
+    RegisterChildrenTasks();
+    RegisterLightweightTasks();
     RegisterHeapTasks(peers);
     RegisterValidationTasks(peer);
     RegisterSanitizerTasks();
