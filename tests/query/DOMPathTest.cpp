@@ -383,6 +383,39 @@ TEST(DOMPathIteratorTest, WorksWithAlgorithmsThatDoNotCopyIterators)
     EXPECT_EQ(std::accumulate(walk.begin(), walk.end(), 0, addLine), 6);
 }
 
+// The walk compares strings by their buffers first.
+TEST(DOMPathTest, EqualNamesMatchWhetherOrNotTheyShareABuffer)
+{
+    const VString shared("ab");
+    DOMElement root("a");
+    std::size_t expected = 0;
+    for (int i = 0; i < 100; ++i) {
+        const bool isMatch = i % 3 != 2;
+        expected += isMatch ? 1 : 0;
+        root.AddNewChild(i % 3 == 0 ? shared : VString(isMatch ? "ab" : "ba"), nullptr).AddNewChild("c", nullptr);
+    }
+    EXPECT_EQ(DOMPath::GetAll(root, "//ab").size(), expected);
+    EXPECT_EQ(DOMPath::GetAll(root, "//" + shared).size(), expected);
+    EXPECT_EQ(DOMPath::GetAll(root, "a/ab/c").size(), expected);
+    EXPECT_EQ(DOMPath::GetAll(root, "a/*/c").size(), 100U);
+    EXPECT_EQ(DOMPath::GetAll(root, "//c").size(), 100U);
+}
+
+TEST(DOMPathTest, SiblingsOfOneStringAreVisitedEachOnItsOwn)
+{
+    const VString b("b");
+    const VString c("c");
+    DOMElement root("a");
+    std::vector<DOMElement*> expected;
+    for (int i = 0; i < 20; ++i) {
+        DOMElement& child = root.AddNewChild(b, nullptr);
+        for (int j = 0; j < i % 4; ++j)
+            expected.push_back(&child.AddNewChild(c, nullptr));
+    }
+    EXPECT_EQ(DOMPath::GetAll(root, "a/b/c"), expected);
+    EXPECT_EQ(DOMPath::GetAll(root, "//c"), expected);
+}
+
 TEST(DOMPathWalkerTest, RestartBeginsAtAnotherElement)
 {
     const Tree tree("a(b(x)b(xx)c(x))");

@@ -24,6 +24,9 @@
 // segments. A segment is active on a level if the elements of this level are compared with it.
 class DOMPathSteps {
 public:
+    // A set of up to 64 segments: bit i stands for segment i.
+    using Word = std::uint64_t;
+
     explicit DOMPathSteps(const VString& path);
     ~DOMPathSteps();
     DOMPathSteps(const DOMPathSteps& other);
@@ -47,8 +50,21 @@ public:
     // Returns to the level above.
     void Leave();
 
+    // True if every set of the path, with the bit behind its last segment, fits into one word. A caller may then keep
+    // the sets itself and call none of Visit, Enter and Leave. The next operations need such a path.
+    bool FitsWord() const noexcept { return m_segments.size() < WordBits; }
+    Word EmptySegments() const noexcept { return m_emptySegments.front(); }
+    Word StarSegments() const noexcept { return m_starSegments.front(); }
+    // The bit behind the last segment. It becomes active when the whole path is matched.
+    Word EndBit() const noexcept { return Word{1} << m_segments.size(); }
+    // Returns the set of active segments on the level of the start element.
+    Word StartSegments() const noexcept { return WithSuccessors(Word{1} << (m_segments.front().IsEmpty() ? 1 : 0)); }
+    // Returns the set with the successor of each active empty segment.
+    Word WithSuccessors(Word active) const noexcept { return active | (active & EmptySegments()) << 1; }
+    // Replaces the name of a segment by an equal string.
+    void ShareName(std::size_t segment, const VString& name) { m_segments[segment] = name; }
+
 private:
-    using Word = std::uint64_t;
     static constexpr std::size_t WordBits = 64;
 
     // A set of segments is an array of 64-bit words with one bit for each segment. Each level has a set of active

@@ -25,13 +25,26 @@ public:
     const DOMElement* Next();
 
 private:
-    // One level of the walk: the elements left to visit.
+    using Word = DOMPathSteps::Word;
+
+    // One level of the walk: the elements left to visit. Between two calls of Next there is at least one.
     struct Frame {
         DOMElementChildren::const_iterator next;
         DOMElementChildren::const_iterator end;
+        Word active;  // the active segments, if m_steps.FitsWord()
     };
 
+    // Next for paths whose sets fit into one word. Such a set stays in a register while the walk visits siblings.
+    const DOMElement* NextInWord();
+    const DOMElement* NextInWords();
+    // Returns the segments that are active for the children of `element`, and the end bit if the element matches.
+    Word Step(const DOMElement& element, Word active);
+    bool HasName(const DOMElement& element, std::size_t segment);
+    void LeaveFinishedLevels();
+    void EnterInWord(const DOMElement& element, Word active);
+
     DOMPathSteps m_steps;
+    Word m_sharedNames = 0;  // the segments whose string is that of an element of the tree
     bool m_isCopy = false;
     const DOMElement* m_start = nullptr;  // null after it was visited
     std::vector<Frame> m_frames;
