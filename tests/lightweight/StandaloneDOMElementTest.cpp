@@ -363,3 +363,41 @@ TEST(StandaloneDOMElementTest, MillionLevelsNeedNoDeepStack)
     tree->EraseAllChildNodes();
     EXPECT_FALSE(*tree == *clone);
 }
+
+TEST(StandaloneDOMElementTest, NodesKeepTheirOrderAtEverySize)
+{
+    for (int size = 0; size < 12; ++size) {
+        for (int place = 0; place < size; ++place) {
+            StandaloneDOMElement parent("parent");
+            std::vector<std::string> expected;
+            for (int i = 0; i < size; ++i) {
+                expected.push_back(std::to_string(i));
+                parent.AppendChild(std::make_unique<StandaloneDOMElement>(VString::fromStdString(expected.back())));
+                parent.AppendText("text");
+            }
+            const StandaloneDOMElement& before = *parent.GetChild(VString::number(place));
+            parent.InsertChildBefore(std::make_unique<StandaloneDOMElement>("new"), before);
+            parent.RemoveChild(before);
+            expected[static_cast<std::size_t>(place)] = "new";
+            std::vector<std::string> names;
+            for (const StandaloneDOMElement& child : parent.GetChildren())
+                names.push_back(child.GetName().toStdString());
+            EXPECT_EQ(names, expected) << size << " " << place;
+            EXPECT_EQ(parent.GetTextNodes().size(), expected.size());
+            EXPECT_EQ(parent.Clone()->GetChildren().size(), expected.size());
+        }
+    }
+}
+
+TEST(StandaloneDOMElementTest, AppendedTemporaryTextIsMerged)
+{
+    StandaloneDOMElement element("e");
+    element.AppendText(VString("a"), true);
+    element.AppendText(VString("b"));
+    EXPECT_FALSE(element.IsEncoded());
+    EXPECT_EQ(element.GetTextNodes().size(), 1U);
+    element.AppendChild(std::make_unique<StandaloneDOMElement>("c"));
+    element.AppendText(VString("d"));
+    EXPECT_EQ(element.GetTextNodes().size(), 2U);
+    EXPECT_EQ(element.GetAllText(), VString("abd"));
+}

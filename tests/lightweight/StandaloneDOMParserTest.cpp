@@ -309,3 +309,30 @@ TEST(StandaloneDOMParserTest, ParsesAMillionLevels)
         ++levels;
     EXPECT_EQ(levels, depth);
 }
+
+// All overloads decode alike, although valid UTF-8 is not converted.
+TEST(StandaloneDOMParserTest, ByteStringIsReadAsUtf8WhateverItDeclares)
+{
+    const std::string text = "<?xml version='1.0' encoding='iso-8859-1'?><a>\xC3\xA9</a>";
+    for (const std::string& bytes : {text, " \n" + text, "\xEF\xBB\xBF" + text}) {
+        const auto result = StandaloneDOMParser().ParseXmlString(bytes, "id");
+        EXPECT_TRUE(result.second.empty()) << bytes;
+        ASSERT_TRUE(result.first->GetChild("a")) << bytes;
+        EXPECT_EQ(result.first->GetChild("a")->GetAllText(), VString("\xC3\xA9")) << bytes;
+    }
+    const auto repaired = StandaloneDOMParser().ParseXmlString(std::string("<a>\xC3</a>"), "id");
+    EXPECT_EQ(repaired.first->GetChild("a")->GetAllText(), VString("\xEF\xBF\xBD"));
+}
+
+TEST(StandaloneDOMParserTest, RemovedChildOutlivesItsTree)
+{
+    std::unique_ptr<StandaloneDOMElement> child;
+    {
+        const auto result = StandaloneDOMParser().ParseXmlString("<a><b>text<c/></b><d/></a>", "id");
+        StandaloneDOMElement& a = *result.first->GetChild("a");
+        child = a.RemoveChild(*a.GetChild("b"));
+    }
+    EXPECT_EQ(child->GetAllText(), VString("text"));
+    child->AppendChild(std::make_unique<StandaloneDOMElement>("e"));
+    EXPECT_EQ(child->GetChildren().size(), 2U);
+}

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "vancorexml/main/parser/DOM.h"
+#include "vancorexml/main/parser/DOMElement.h"
 #include "vancorexml/main/parser/ElementPages.h"
 #include "vancorexml/main/parser/SAXInterface.h"
 #include "vancorexml/main/parser/TreeBuilder.h"
@@ -29,6 +30,6 @@ public:
 private:
     // The root and the open elements below it, the innermost last.
     std::vector<DOMElement*> m_stack;
-    ElementPages m_pages;
+    ElementPages m_pages{sizeof(DOMElement)};
     SAXFileLocation* m_locationProvider = nullptr;
 };

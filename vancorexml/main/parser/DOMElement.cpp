@@ -164,7 +164,7 @@ void DOMElement::CopyChildrenOf(const DOMElement& source, Children& into)
         DOMElement* parent;
         Children* into;
     };
-    ElementPages pages;
+    ElementPages pages(sizeof(DOMElement));
     std::vector<Pending> stack;
     const auto pushChildren = [&stack](const DOMElement& of, DOMElement& parent, Children& list) {
         list.reserve(of.m_children.size());

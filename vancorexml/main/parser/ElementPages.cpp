@@ -6,7 +6,6 @@
 #include <new>
 
 #include "vancorexml/main/parser/AddressSanitizer.h"
-#include "vancorexml/main/parser/DOMElement.h"
 
 namespace {
 
@@ -23,17 +22,11 @@ constexpr std::size_t StandaloneHeaderSize = std::max<std::size_t>(__STDCPP_DEFA
 
 }  // namespace
 
-// The memory of one element. Free finds the page by the pointer in front of the element.
-struct ElementPages::Slot {
-    Page* page;
-    alignas(DOMElement) unsigned char element[sizeof(DOMElement)];
-};
-
 struct ElementPages::Page {
     // The number of living elements plus the number of slots that are not allocated yet.
     std::atomic<std::size_t> references;
 
-    Slot* Slots() noexcept { return reinterpret_cast<Slot*>(this + 1); }
+    unsigned char* Slots() noexcept { return reinterpret_cast<unsigned char*>(this + 1); }
     static void ReleaseReferences(Page* page, std::size_t count) noexcept
     {
         // Acquire and release: all writes of other threads to the page happen before it is freed.
@@ -42,28 +35,26 @@ struct ElementPages::Page {
     }
 };
 
-ElementPages::ElementPages() : ElementPages(FirstCapacity, MaxCapacity) {}
-
 void* ElementPages::Allocate()
 {
-    static_assert(sizeof(Page) % alignof(Slot) == 0 && offsetof(Slot, element) == PagePointerSize);
-    if (m_used == m_capacity) {
-        const std::size_t capacity = std::clamp(2 * m_capacity, m_firstCapacity, m_maxCapacity);
-        void* const memory = ::operator new(sizeof(Page) + capacity * sizeof(Slot));
+    static_assert(sizeof(Page) % alignof(Page*) == 0 && PagePointerSize == sizeof(Page*));
+    if (m_free == 0) {
+        const std::size_t capacity = std::clamp(2 * m_capacity, FirstCapacity, MaxCapacity);
+        void* const memory = ::operator new(sizeof(Page) + capacity * m_slotSize);
         m_page = new (memory) Page{capacity};
-        m_used = 0;
+        m_free = capacity;
         m_capacity = capacity;
     }
-    Slot* const slot = m_page->Slots() + m_used++;
-    slot->page = m_page;
-    return slot->element;
+    unsigned char* const slot = m_page->Slots() + (m_capacity - m_free--) * m_slotSize;
+    new (slot) Page*(m_page);
+    return slot + PagePointerSize;
 }
 
 void ElementPages::Release() noexcept
 {
-    if (m_used != m_capacity)
-        Page::ReleaseReferences(m_page, m_capacity - m_used);
-    m_used = 0;
+    if (m_free != 0)
+        Page::ReleaseReferences(m_page, m_free);
+    m_free = 0;
     m_capacity = 0;
 }
 

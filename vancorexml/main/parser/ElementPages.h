@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-// Allocates elements from pages that hold many elements. A parse or a copy makes many elements together,
+// Allocates elements of one size from pages that hold many elements. A parse or a copy makes many elements together,
 // and they are usually destroyed together.
 //
 // Ownership: this object may die before the elements. A page is freed when this object has released it
@@ -14,9 +14,8 @@
 // Threads: one thread at a time may allocate. Any thread may free.
 class ElementPages {
 public:
-    ElementPages();
-    // The first page has `first` places, and each further page twice as many, up to `max`.
-    ElementPages(std::size_t first, std::size_t max) noexcept : m_firstCapacity(first), m_maxCapacity(max) {}
+    // The elements have `size` bytes, a multiple of the size of a pointer, and need no larger alignment than a pointer.
+    explicit ElementPages(std::size_t size) noexcept : m_slotSize(sizeof(Page*) + size) {}
     ElementPages(const ElementPages&) = delete;
     ElementPages& operator=(const ElementPages&) = delete;
     ~ElementPages() { Release(); }
@@ -34,11 +33,10 @@ public:
 
 private:
     struct Page;
-    struct Slot;
 
-    std::size_t m_firstCapacity;
-    std::size_t m_maxCapacity;
+    // The bytes of a slot: a pointer to its page and the element behind it. Free finds the page by the pointer.
+    const std::size_t m_slotSize;
     Page* m_page = nullptr;
-    std::size_t m_used = 0;
+    std::size_t m_free = 0;  // the slots of the page that are left
     std::size_t m_capacity = 0;
 };

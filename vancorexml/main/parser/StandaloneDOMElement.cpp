@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
+#include <stdexcept>
 #include <utility>
 
+#include "vancorexml/main/parser/ElementPages.h"
 #include "vansys/LogicException.h"
 
 namespace {
@@ -20,6 +23,59 @@ constexpr AssertionSite RemovedIsNoChild{File, 342, "false", 0x108BF60C};
 }  // namespace Assertions
 
 }  // namespace
+
+void* StandaloneDOMElement::operator new(std::size_t size)
+{
+    return ElementPages::AllocateStandalone(size);
+}
+
+void* StandaloneDOMElement::operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void* StandaloneDOMElement::operator new(std::size_t, ElementPages& pages)
+{
+    return pages.Allocate();
+}
+
+void StandaloneDOMElement::operator delete(void* element) noexcept
+{
+    if (element)
+        ElementPages::Free(element);
+}
+
+void StandaloneDOMElement::NodeList::Grow(std::size_t capacity)
+{
+    if (capacity > (std::numeric_limits<std::uint32_t>::max)())
+        throw std::length_error("too many nodes");
+    auto* const block = static_cast<Node*>(::operator new(capacity * sizeof(Node)));
+    for (std::size_t i = 0; i < m_size; ++i) {
+        Node& node = begin()[i];
+        new (block + i) Node(std::move(node));
+        node.~Node();
+    }
+    if (IsInBlock())
+        ::operator delete(m_block);
+    m_block = block;
+    m_capacity = static_cast<std::uint32_t>(capacity);
+}
+
+void StandaloneDOMElement::NodeList::insert(std::size_t position, Node&& node)
+{
+    push_back(std::move(node));
+    std::rotate(begin() + position, end() - 1, end());
+}
+
+void StandaloneDOMElement::NodeList::erase(std::size_t position) noexcept
+{
+    std::move(begin() + position + 1, end(), begin() + position);
+    pop_back();
+}
 
 StandaloneDOMElement::StandaloneDOMElement(const VString& name) : m_name(name) {}
 
@@ -77,16 +133,25 @@ void StandaloneDOMElement::AppendChild(std::unique_ptr<StandaloneDOMElement> ele
 {
     if (!element)
         ThrowLogicException(Assertions::AppendedChildIsNull);
-    m_nodes.push_back({std::nullopt, std::move(element)});
+    m_nodes.push_back({VString(), std::move(element)});
 }
 
 void StandaloneDOMElement::AppendText(const VString& text, bool encoded)
 {
-    if (!m_nodes.empty() && m_nodes.back().text)
-        *m_nodes.back().text += text;
+    if (!m_nodes.empty() && !m_nodes.back().element)
+        m_nodes.back().text += text;
     else
         m_nodes.push_back({text, nullptr});
     m_encoded = encoded;
+}
+
+void StandaloneDOMElement::AppendText(VString&& text)
+{
+    if (!m_nodes.empty() && !m_nodes.back().element)
+        m_nodes.back().text += text;
+    else
+        m_nodes.push_back({std::move(text), nullptr});
+    m_encoded = false;
 }
 
 void StandaloneDOMElement::InsertChildBefore(
@@ -99,7 +164,7 @@ void StandaloneDOMElement::InsertChildBefore(
     });
     if (place == m_nodes.end())
         ThrowLogicException(Assertions::NoChildEqualsBefore);
-    m_nodes.insert(place, {std::nullopt, std::move(element)});
+    m_nodes.insert(static_cast<std::size_t>(place - m_nodes.begin()), {VString(), std::move(element)});
 }
 
 std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::RemoveChild(const StandaloneDOMElement& child)
@@ -109,7 +174,7 @@ std::unique_ptr<StandaloneDOMElement> StandaloneDOMElement::RemoveChild(const St
     if (place == m_nodes.end())
         ThrowLogicException(Assertions::RemovedIsNoChild);
     std::unique_ptr<StandaloneDOMElement> removed = std::move(place->element);
-    m_nodes.erase(place);
+    m_nodes.erase(static_cast<std::size_t>(place - m_nodes.begin()));
     return removed;
 }
 
@@ -118,13 +183,13 @@ std::vector<std::unique_ptr<StandaloneDOMElement>> StandaloneDOMElement::RemoveC
     std::vector<std::unique_ptr<StandaloneDOMElement>> removed;
     removed.reserve(static_cast<std::size_t>(
         std::count_if(m_nodes.begin(), m_nodes.end(), [](const Node& node) { return node.element != nullptr; })));
-    const auto end = std::remove_if(m_nodes.begin(), m_nodes.end(), [&removed](Node& node) {
+    const Node* const end = std::remove_if(m_nodes.begin(), m_nodes.end(), [&removed](Node& node) {
         if (!node.element)
             return false;
         removed.push_back(std::move(node.element));
         return true;
     });
-    m_nodes.erase(end, m_nodes.end());
+    m_nodes.truncate(static_cast<std::size_t>(end - m_nodes.begin()));
     return removed;
 }
 
@@ -164,8 +229,8 @@ std::vector<std::reference_wrapper<const VString>> StandaloneDOMElement::GetText
 {
     std::vector<std::reference_wrapper<const VString>> texts;
     for (const Node& node : m_nodes) {
-        if (node.text)
-            texts.push_back(*node.text);
+        if (!node.element)
+            texts.push_back(node.text);
     }
     return texts;
 }
@@ -174,8 +239,8 @@ VString StandaloneDOMElement::GetAllText() const
 {
     VString all;
     for (const Node& node : m_nodes) {
-        if (node.text)
-            all += *node.text;
+        if (!node.element)
+            all += node.text;
     }
     return all;
 }
@@ -187,15 +252,15 @@ bool StandaloneDOMElement::HasChildren() const noexcept
 
 bool StandaloneDOMElement::HasText() const noexcept
 {
-    return std::any_of(m_nodes.begin(), m_nodes.end(), [](const Node& node) { return node.text.has_value(); });
+    return std::any_of(m_nodes.begin(), m_nodes.end(), [](const Node& node) { return node.element == nullptr; });
 }
 
 void StandaloneDOMElement::WalkNodes(
     std::function<void(StandaloneDOMElement&)> onElement, std::function<void(VString&)> onText)
 {
     for (Node& node : m_nodes) {
-        if (node.text)
-            onText(*node.text);
+        if (!node.element)
+            onText(node.text);
         else
             onElement(*node.element);
     }
@@ -205,8 +270,8 @@ void StandaloneDOMElement::WalkNodes(
     std::function<void(const StandaloneDOMElement&)> onElement, std::function<void(const VString&)> onText) const
 {
     for (const Node& node : m_nodes) {
-        if (node.text)
-            onText(*node.text);
+        if (!node.element)
+            onText(node.text);
         else
             onElement(*node.element);
     }
@@ -217,7 +282,7 @@ bool StandaloneDOMElement::IsEqualWithoutChildren(const StandaloneDOMElement& ot
     if (m_name != other.m_name || m_attributes != other.m_attributes || m_nodes.size() != other.m_nodes.size())
         return false;
     return std::equal(m_nodes.begin(), m_nodes.end(), other.m_nodes.begin(), [](const Node& a, const Node& b) {
-        return a.text == b.text;
+        return (a.element == nullptr) == (b.element == nullptr) && a.text == b.text;
     });
 }
 

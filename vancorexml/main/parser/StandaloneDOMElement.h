@@ -1,21 +1,27 @@
 // The node of the lightweight tree.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
+#include <new>
+#include <utility>
 #include <vector>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/AttributeMap.h"
 #include "vancorexml/main/parser/XMLExport.h"
 
+class ElementPages;
+
 // A name, attributes, and a sequence of nodes in document order. A node is a text or a child element.
 // The element has no document, no parent and no diagnostics; use DOMElement if you need those.
 //
 // Ownership: an element owns its children. Inserting a child transfers ownership to the element,
 // removing a child returns it. References into an element die with it. References to texts are
-// invalidated when nodes are added or removed.
+// invalidated when nodes are added or removed. Elements made by one parse share memory pages, so a single
+// survivor may keep the memory of up to a thousand elements.
 //
 // Threads: one writer or many readers.
 //
@@ -32,6 +38,21 @@ public:
     ~StandaloneDOMElement();
     StandaloneDOMElement(const StandaloneDOMElement&) = delete;
     StandaloneDOMElement& operator=(const StandaloneDOMElement&) = delete;
+
+    // operator new stores a pointer in front of each element: to the shared page of the element, or null if
+    // there is none. operator delete reads the pointer to free the element.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* element) noexcept;
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    // For derived classes with an alignment above __STDCPP_DEFAULT_NEW_ALIGNMENT__.
+    static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
+    static void operator delete(void* element, std::align_val_t alignment) noexcept
+    {
+        ::operator delete(element, alignment);
+    }
+    // Returns null if the allocation fails.
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void operator delete(void* element, const std::nothrow_t&) noexcept { operator delete(element); }
 
     const VString& GetName() const noexcept { return m_name; }
     void SetName(const VString& name) { m_name = name; }
@@ -62,6 +83,7 @@ public:
     // `encoded`.
     void AppendText(const VString& text, bool encoded);
     void AppendText(const VString& text) { AppendText(text, false); }
+    void AppendText(VString&& text);
     // Inserts before the first child that compares deeply equal to `before`; identity does not
     // matter. Raises a LogicException if there is no such child or if `element` is null.
     void InsertChildBefore(std::unique_ptr<StandaloneDOMElement> element, const StandaloneDOMElement& before);
@@ -99,10 +121,78 @@ public:
     std::unique_ptr<StandaloneDOMElement> Clone() const;
 
 private:
-    // Either a text or an element.
+    friend class StandaloneDOMBuilder;
+
+    // Allocates the element in `pages`.
+    static void* operator new(std::size_t, ElementPages& pages);
+    static void operator delete(void* element, ElementPages&) noexcept { operator delete(element); }
+
+    // Either an element or, if `element` is null, a text.
     struct Node {
-        std::optional<VString> text;
+        VString text;
         std::unique_ptr<StandaloneDOMElement> element;
+    };
+
+    // The nodes in document order. A single node is stored in the list object, several in one block, because most
+    // elements have one text and nothing else. The operations are those of std::vector, but with indices in place of
+    // iterators. If one throws std::bad_alloc, the list is unchanged.
+    class NodeList {
+    public:
+        // NOLINTNEXTLINE(modernize-use-equals-default): a defaulted one is deleted, because m_node has a constructor.
+        NodeList() noexcept {}
+        NodeList(const NodeList&) = delete;
+        NodeList& operator=(const NodeList&) = delete;
+        ~NodeList()
+        {
+            clear();
+            if (IsInBlock())
+                ::operator delete(m_block);
+        }
+
+        bool empty() const noexcept { return m_size == 0; }
+        std::size_t size() const noexcept { return m_size; }
+        Node* begin() noexcept { return IsInBlock() ? m_block : &m_node; }
+        Node* end() noexcept { return begin() + m_size; }
+        const Node* begin() const noexcept { return IsInBlock() ? m_block : &m_node; }
+        const Node* end() const noexcept { return begin() + m_size; }
+        Node& operator[](std::size_t i) noexcept { return begin()[i]; }
+        const Node& operator[](std::size_t i) const noexcept { return begin()[i]; }
+        Node& front() noexcept { return begin()[0]; }
+        Node& back() noexcept { return begin()[m_size - 1]; }
+
+        void push_back(Node&& node)
+        {
+            if (m_size == m_capacity)
+                Grow(2 * std::size_t{m_capacity} + 1);
+            new (begin() + m_size) Node(std::move(node));
+            ++m_size;
+        }
+        void insert(std::size_t position, Node&& node);
+        void erase(std::size_t position) noexcept;
+        void pop_back() noexcept { back().~Node(), --m_size; }
+        // Destroys all nodes from `size` on.
+        void truncate(std::size_t size) noexcept
+        {
+            while (m_size != size)
+                pop_back();
+        }
+        void clear() noexcept { truncate(0); }
+        void reserve(std::size_t capacity)
+        {
+            if (capacity > m_capacity)
+                Grow(capacity);
+        }
+
+    private:
+        bool IsInBlock() const noexcept { return m_capacity > 1; }
+        void Grow(std::size_t capacity);
+
+        std::uint32_t m_size = 0;
+        std::uint32_t m_capacity = 1;
+        union {
+            Node m_node;    // the only node, if the capacity is 1
+            Node* m_block;  // the block, if the capacity is larger
+        };
     };
 
     static void DestroyTree(std::unique_ptr<StandaloneDOMElement> element) noexcept;
@@ -113,6 +203,6 @@ private:
 
     VString m_name;
     AttributeMap m_attributes;
-    std::vector<Node> m_nodes;
+    NodeList m_nodes;
     bool m_encoded = false;
 };

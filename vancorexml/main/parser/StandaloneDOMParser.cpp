@@ -1,9 +1,14 @@
 #include "vancorexml/main/parser/StandaloneDOMParser.h"
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "metrics2/Metrics.h"
 #include "vancoredata/VResource.h"
+#include "vancoreplatform/Encoding.h"
+#include "vancorexml/main/parser/BorrowedInputSource.h"
+#include "vancorexml/main/parser/ElementPages.h"
 #include "vancorexml/main/parser/InputSourceUtils.h"
 #include "vancorexml/main/parser/PositionCounter.h"
 #include "vancorexml/main/parser/StatisticsHandler.h"
@@ -11,8 +16,8 @@
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XercesTreeParser.h"
 
-namespace {
-
+// Builds the tree from the events of a parse. Not in the unnamed namespace, because StandaloneDOMElement declares it a
+// friend.
 class StandaloneDOMBuilder final : public TreeBuilder {
 public:
     explicit StandaloneDOMBuilder(bool keepWhitespaceText)
@@ -23,22 +28,30 @@ public:
 
     void StartElement(const VString& name, const TagAttributes& attributes) override
     {
-        auto element = std::make_unique<StandaloneDOMElement>(name);
+        std::unique_ptr<StandaloneDOMElement> element(new (m_pages) StandaloneDOMElement(name));
         m_open.push_back(element.get());
         m_open[m_open.size() - 2]->AppendChild(std::move(element));
         attributes.AddTo(m_open.back()->GetAttributes());
     }
 
-    void EndElement() override { m_open.pop_back(); }
+    void EndElement() override
+    {
+        m_open.pop_back();
+        if (m_open.size() == 1)
+            m_pages.Release();
+    }
 
-    void Characters(VString&& text) override { m_open.back()->AppendText(text); }
+    void Characters(VString&& text) override { m_open.back()->AppendText(std::move(text)); }
 
     std::unique_ptr<StandaloneDOMElement> ReleaseRoot() { return std::move(m_root); }
 
 private:
     std::unique_ptr<StandaloneDOMElement> m_root;
     std::vector<StandaloneDOMElement*> m_open;  // the root and the open elements, the innermost last
+    ElementPages m_pages{sizeof(StandaloneDOMElement)};
 };
+
+namespace {
 
 // Corrects the positions of a document that was parsed without the text `skipped` in front of it.
 void CountSkipped(std::vector<ParseDiagnostic>& diagnostics, const VString& skipped)
@@ -113,14 +126,21 @@ StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const VString& t
     return m_impl->Parse(source, false, text.left(text.length() - document.length()));
 }
 
+// Valid UTF-8 without white space in front is parsed as it is. Other text is converted, which also repairs it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): part of the public interface.
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const std::string& utf8, VString id) const
 {
-    return ParseXmlString(VString::fromStdString(utf8), std::move(id));
+    constexpr std::size_t MaxSize = VString::MaxLength;
+    if (!utf8.starts_with('<') || utf8.size() > MaxSize || FindInvalidUtf8(utf8.data(), utf8.size()) != utf8.size())
+        return ParseXmlString(VString::fromStdString(utf8), std::move(id));
+    const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlString");
+    BorrowedInputSource source(utf8, id, false, TextEncoding::Utf8);
+    return m_impl->Parse(source, false, VString());
 }
 
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlString(const char* utf8, VString id) const
 {
-    return ParseXmlString(VString(utf8), std::move(id));
+    return ParseXmlString(std::string(utf8 ? utf8 : ""), std::move(id));
 }
 
 StandaloneDOMParser::Result StandaloneDOMParser::ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const
