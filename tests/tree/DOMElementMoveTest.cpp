@@ -1,4 +1,8 @@
 // Moving elements between parents and documents.
+#include <algorithm>
+#include <cstddef>
+#include <random>
+
 #include "tests/tree/TreeTestSupport.h"
 
 using namespace treetest;
@@ -329,4 +333,85 @@ TEST(DOMElementMoveTest, LookupsNearTheEndOfManyChildrenAreFast)
     for (int i = 0; i < Count; ++i)
         list.RemoveChild(*list.GetChildren().back()).reset();
     EXPECT_EQ(list.GetChildren().size(), 1u);
+}
+
+// A child stores where it was found last. Insertions, removals and moves make these positions wrong.
+TEST(DOMElementMoveTest, ChildrenAreFoundWhereverTheyMoved)
+{
+    std::mt19937 random(7);
+    const auto below = [&random](std::size_t limit) { return static_cast<std::size_t>(random()) % limit; };
+    DOM document;
+    DOMElement& top = document.GetRoot();
+    std::vector<DOMElement*> parents{&top.AddNewChild("p", nullptr), &top.AddNewChild("q", nullptr)};
+    std::vector<DOMElement*> lists[2];
+    std::vector<std::unique_ptr<DOMElement>> removed;
+    const auto placeIn = [&](std::size_t list) {
+        const std::size_t size = lists[list].size();
+        return below(4) == 0 ? (below(2) == 0 ? 0 : size) : below(size + 1);
+    };
+    const auto beforeAt = [&](std::size_t list, std::size_t place) {
+        return place == lists[list].size() ? nullptr : lists[list][place];
+    };
+    const auto insert = [&](std::size_t list, std::size_t place, DOMElement* child) {
+        lists[list].insert(lists[list].begin() + static_cast<std::ptrdiff_t>(place), child);
+    };
+    for (int i = 0; i < 20000; ++i) {
+        const std::size_t list = below(2);
+        const std::size_t place = placeIn(list);
+        DOMElement* const before = beforeAt(list, place);
+        switch (below(5)) {
+        case 0:
+            if (lists[list].size() < 300)
+                insert(list, place, &parents[list]->AddNewChild("new", before));
+            break;
+        case 1:
+            if (before) {
+                removed.push_back(parents[list]->RemoveChild(*before));
+                EXPECT_EQ(removed.back().get(), before);
+                lists[list].erase(lists[list].begin() + static_cast<std::ptrdiff_t>(place));
+            }
+            break;
+        case 2:
+            if (!removed.empty()) {
+                DOMElement* const child = removed.back().get();
+                parents[list]->InsertChild(std::move(removed.back()), before);
+                removed.pop_back();
+                insert(list, place, child);
+            }
+            break;
+        case 3:
+            if (before) {
+                const std::size_t other = 1 - list;
+                const std::size_t target = placeIn(other);
+                before->Move(*parents[other], beforeAt(other, target));
+                lists[list].erase(lists[list].begin() + static_cast<std::ptrdiff_t>(place));
+                insert(other, target, before);
+            }
+            break;
+        default:
+            if (before && place > 0) {
+                before->MoveToFront();
+                std::rotate(lists[list].begin(),
+                    lists[list].begin() + static_cast<std::ptrdiff_t>(place),
+                    lists[list].begin() + static_cast<std::ptrdiff_t>(place) + 1);
+            }
+        }
+        ASSERT_TRUE(std::ranges::equal(parents[list]->GetChildren(), lists[list])) << i;
+    }
+    EXPECT_GT(lists[0].size() + lists[1].size(), 20U);
+}
+
+// The other element stores a position at which this element has a child.
+TEST(DOMElementMoveTest, ChildOfAnotherElementIsNotFoundAtItsPosition)
+{
+    DOMElement one("one");
+    DOMElement two("two");
+    AddChildren(one, {"a", "b", "c"});
+    AddChildren(two, {"a", "b", "c", "d", "e"});
+    for (DOMElement* child : two.GetChildren())
+        ExpectLogicException([&] { one.RemoveChild(*child); }, File, 556, "i != m_children.end()", 0x65F1A21B);
+    EXPECT_EQ(one.GetChildren().size(), 3U);
+    const LogCapture log;
+    const DOMElement& last = one.AddNewChild("last", two.GetChildren()[1]);
+    EXPECT_EQ(&last, one.GetChildren().back());
 }

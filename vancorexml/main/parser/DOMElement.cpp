@@ -178,6 +178,7 @@ void DOMElement::CopyChildrenOf(const DOMElement& source, Children& into)
         pending.into->push_back(
             std::unique_ptr<DOMElement>(new (pages) DOMElement(*pending.source, m_manager, pending.parent)));
         DOMElement& copy = *pending.into->back();
+        copy.m_position = static_cast<std::uint32_t>(pending.into->size() - 1);
         if (m_manager)
             m_manager->m_diagnostics->CopyErrorsAndWarningsForNode(*pending.source, &copy);
         pushChildren(*pending.source, copy, copy.m_children);
@@ -275,6 +276,7 @@ DOMElement& DOMElement::AppendNewChild(std::unique_ptr<DOMElement>&& child) noex
 {
     child->m_manager = m_manager;
     child->m_parent = this;
+    child->m_position = static_cast<std::uint32_t>(m_children.size());
     m_children.push_back(std::move(child));
     return *m_children.back();
 }
@@ -461,16 +463,27 @@ void DOMElement::AdoptAttributes(DOMElement& other, bool overwrite)
     other.m_attributes.clear();
 }
 
+// Insertions and removals in front of a child move it by one place each. So a child that was used recently is near its
+// stored position, and a caller that empties or fills a list works at one of its ends.
 DOMElement::Children::iterator DOMElement::FindChild(const DOMElement& child)
 {
-    Children::iterator front = m_children.begin();
-    Children::iterator back = m_children.end();
-    while (front != back) {
-        if (front->get() == &child)
-            return front;
-        ++front;
-        if (front != back && (--back)->get() == &child)
-            return back;
+    const std::size_t size = m_children.size();
+    const auto isAt = [&](std::size_t i) { return m_children[i].get() == &child; };
+    const auto found = [&](std::size_t i) {
+        m_children[i]->m_position = static_cast<std::uint32_t>(i);
+        return m_children.begin() + static_cast<Children::difference_type>(i);
+    };
+    const std::size_t middle = std::min<std::size_t>(child.m_position, size);
+    // The searches from the ends meet in the middle of the list, so together they see every child.
+    for (std::size_t distance = 0; 2 * distance < size; ++distance) {
+        if (isAt(distance))
+            return found(distance);
+        if (isAt(size - 1 - distance))
+            return found(size - 1 - distance);
+        if (middle + distance < size && isAt(middle + distance))
+            return found(middle + distance);
+        if (distance <= middle && middle - distance < size && isAt(middle - distance))
+            return found(middle - distance);
     }
     return m_children.end();
 }
@@ -547,6 +560,7 @@ DOMElement& DOMElement::InsertBefore(std::unique_ptr<DOMElement>&& child, const 
     DOMElement& element = *child;
     const Children::iterator position = before ? FindChild(*before) : m_children.end();
     const bool isMissing = before && position == m_children.end();
+    element.m_position = static_cast<std::uint32_t>(position - m_children.begin());
     m_children.insert(position, std::move(child));
     BecomeParentOf(element);
     if (isMissing)
@@ -582,8 +596,11 @@ void DOMElement::InsertAllBefore(Children&& children, const DOMElement* before)
             std::rotate(own, own + 1, children.end());
         }
     }
-    for (const std::unique_ptr<DOMElement>& child : children)
+    auto place = static_cast<std::uint32_t>(position - m_children.begin());
+    for (const std::unique_ptr<DOMElement>& child : children) {
         BecomeParentOf(*child);
+        child->m_position = place++;
+    }
     m_children.insert(position, std::make_move_iterator(children.begin()), std::make_move_iterator(children.end()));
     for (; missed != 0; --missed)
         LogMissingBefore();

@@ -171,7 +171,9 @@ public:
     // - the check for a cycle: the size of the child's subtree or this element's depth, whichever is
     //   smaller; always the depth if an element of the subtree has removed children that still link to it,
     // - the change of document, if the documents differ: the size of the child's subtree,
-    // - the distance of `before` from the nearer end of the children.
+    // - the search for `before`: its distance from the place where it was inserted or found last, or from the
+    //   nearer end of the children, whichever is smallest,
+    // - the number of children behind the place of insertion.
     DOMElement& InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
 
     // Returns the first child named `name`, or null. This and the other lookups are linear in the
@@ -193,7 +195,8 @@ public:
     // The next five operations return ownership of the removed children. The removed children keep their
     // links to this element and to the document.
 
-    // Raises a LogicException if `child` is not a child of this element.
+    // Raises a LogicException if `child` is not a child of this element. Searches the child as InsertChild searches
+    // `before`. Linear in the number of children behind it.
     std::unique_ptr<DOMElement> RemoveChild(DOMElement& child);
     // Removes the first child named `name`. Returns null if there is none.
     std::unique_ptr<DOMElement> RemoveChild(const VString& name);
@@ -324,7 +327,8 @@ private:
     // Sets all links to a dying document to null.
     static void DocumentDies(DOM& document) noexcept;
 
-    // Searches from both ends. Returns the end if `child` is not a child of this element.
+    // Searches from both ends, and in both directions from the position that `child` stores. Returns the end if
+    // `child` is not a child of this element.
     Children::iterator FindChild(const DOMElement& child);
     Children::iterator RequireChild(const DOMElement& child);
     DOMElement* FindChildByName(const VString& name) const noexcept;
@@ -361,6 +365,10 @@ private:
     std::int32_t m_endLine = 0;
     std::int32_t m_endColumn = 0;
     bool m_encoded = false;
+    // Where FindChild begins to search for this element among the children of its parent: the position at which the
+    // element was inserted or found last. Other insertions and removals may have moved it since. The member lies in
+    // the padding behind m_encoded, so it takes no memory.
+    std::uint32_t m_position = 0;
     // Exists for detached elements, for their old parents and for elements with ties (see ElementLinks.h).
     // Null for most elements.
     mutable std::unique_ptr<ElementLinks> m_links;

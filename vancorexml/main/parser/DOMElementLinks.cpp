@@ -9,7 +9,7 @@
 
 bool DOMElement::IsRemovedChild() const noexcept
 {
-    return m_links && m_links->isListedByParent;
+    return m_links && m_links->isRemovedChild;
 }
 
 bool DOMElement::HasRemovedChildren() const
@@ -17,7 +17,7 @@ bool DOMElement::HasRemovedChildren() const
     if (!m_links || !m_links->removedChildren)
         return false;
     const std::lock_guard<VMutex> lock(m_links->removedChildren->mutex);
-    return !m_links->removedChildren->elements.empty();
+    return !m_links->removedChildren->elements.IsEmpty();
 }
 
 ElementLinks& DOMElement::GetLinks() const
@@ -35,21 +35,16 @@ void DOMElement::RegisterDetached()
     ElementLinks& links = GetLinks();
     if (m_parent && !m_parent->GetLinks().removedChildren)
         m_parent->m_links->removedChildren = std::make_shared<RemovedChildren>();
-    std::list<DOMElement*> forDocument(m_manager ? 1 : 0, this);
-    std::list<DOMElement*> forParent(m_parent ? 1 : 0, this);
     if (m_manager) {
         LinkedElements& linked = *m_manager->m_linkedElements;
         const std::lock_guard<VMutex> lock(linked.mutex);
-        links.inDocument = forDocument.begin();
-        links.isListedByDocument = true;
-        linked.elements.splice(linked.elements.end(), forDocument);
+        linked.elements.Append(links.inDocument, *this);
     }
     if (m_parent) {
         links.siblings = m_parent->m_links->removedChildren;
         const std::lock_guard<VMutex> lock(links.siblings->mutex);
-        links.inParent = forParent.begin();
-        links.isListedByParent = true;
-        links.siblings->elements.splice(links.siblings->elements.end(), forParent);
+        links.siblings->elements.Append(links.inParent, *this);
+        links.isRemovedChild = true;
     }
     if (m_manager && m_parent)
         m_manager->m_diagnostics->ChildIsRemoved(*this);
@@ -60,13 +55,12 @@ void DOMElement::UnregisterDetached(DOM* manager) noexcept
     ElementLinks& links = *m_links;
     if (manager) {
         const std::lock_guard<VMutex> lock(manager->m_linkedElements->mutex);
-        if (std::exchange(links.isListedByDocument, false))
-            manager->m_linkedElements->elements.erase(links.inDocument);
+        links.inDocument.Remove();
     }
     if (links.siblings) {
         const std::lock_guard<VMutex> lock(links.siblings->mutex);
-        if (std::exchange(links.isListedByParent, false))
-            links.siblings->elements.erase(links.inParent);
+        links.inParent.Remove();
+        links.isRemovedChild = false;
     }
     links.siblings.reset();
 }
@@ -77,13 +71,13 @@ void DOMElement::ClearIncomingLinks() noexcept
         tie->ElementDies(*this);
     if (m_links->removedChildren) {
         const std::lock_guard<VMutex> lock(m_links->removedChildren->mutex);
-        for (DOMElement* const child : m_links->removedChildren->elements) {
-            child->m_parent = nullptr;
-            child->m_links->isListedByParent = false;
+        m_links->removedChildren->elements.RemoveAll([this](DOMElement& child) {
+            child.m_parent = nullptr;
+            child.m_links->isRemovedChild = false;
             // Does nothing for a child of another document: neither index has an interval for it.
             if (m_manager)
-                m_manager->m_diagnostics->ElementMoves(*child);
-        }
+                m_manager->m_diagnostics->ElementMoves(child);
+        });
     }
     UnregisterDetached(m_manager);
 }
@@ -91,10 +85,7 @@ void DOMElement::ClearIncomingLinks() noexcept
 void DOMElement::DocumentDies(DOM& document) noexcept
 {
     const std::lock_guard<VMutex> lock(document.m_linkedElements->mutex);
-    for (DOMElement* const element : document.m_linkedElements->elements) {
-        element->SetSubtreeManager(nullptr);
-        element->m_links->isListedByDocument = false;
-    }
+    document.m_linkedElements->elements.RemoveAll([](DOMElement& element) { element.SetSubtreeManager(nullptr); });
 }
 
 // Does not allocate. The elements left to visit form a linked list: the parent link of an element's first child
