@@ -1,5 +1,6 @@
 // Tasks: validate one large and a thousand small documents against the schema of an analysis. The destruction of the
-// trees is not timed.
+// trees is not timed. The library does this in three ways: "vancorexml" keeps a driver with its schema, "dom-parser"
+// keeps a DOMParser, and "new-dom-parser" makes a DOMParser for each document.
 #include <benchmark/benchmark.h>
 
 #include <libxml/parser.h>
@@ -110,7 +111,9 @@ public:
         DOM document;
     };
 
-    std::unique_ptr<Validated> Validate(const std::string& text) override
+    std::unique_ptr<Validated> Validate(const std::string& text) override { return ValidateTree(text); }
+
+    std::unique_ptr<Tree> ValidateTree(const std::string& text)
     {
         auto result = std::make_unique<Tree>();
         BorrowedInputSource source(text, "memory", false);
@@ -128,6 +131,32 @@ public:
 
 private:
     std::unique_ptr<XercesTreeParser> m_driver;
+};
+
+// Validates with one DOMParser, which loads the schema into a new driver for every document.
+class ParserValidator : public Validator {
+public:
+    struct Tree : Validated {
+        std::unique_ptr<DOM> document;
+    };
+
+    ParserValidator() { m_parser.AddXSDResourceId(QtVanResourceId::FileFormatKxaXsd); }
+    std::unique_ptr<Validated> Validate(const std::string& text) override
+    {
+        auto result = std::make_unique<Tree>();
+        result->document = m_parser.ParseXmlString(text, "memory");
+        result->isValid = !result->document->HasErrors();
+        return result;
+    }
+
+private:
+    DOMParser m_parser;
+};
+
+// Validates with a new DOMParser for every document.
+class NewParserValidator : public Validator {
+public:
+    std::unique_ptr<Validated> Validate(const std::string& text) override { return ParserValidator().Validate(text); }
 };
 
 // Validates with libxml2. Its schema needs an explicit location for the imported schema.
@@ -183,6 +212,11 @@ std::unique_ptr<DOM> ParseAgainstSchema(const std::string& text)
     return parser.ParseXmlString(text, "memory");
 }
 
+std::unique_ptr<DriverValidator::Tree> ParseWithDriver(const std::string& text)
+{
+    return DriverValidator().ValidateTree(text);
+}
+
 void TimeValidation(benchmark::State& state, Validator& validator, const std::string& text, std::size_t count)
 {
     std::vector<std::unique_ptr<Validated>> results(count);
@@ -213,6 +247,10 @@ void RegisterValidationTasks(const std::string& only)
         validators.emplace_back("xerces-sax", std::make_shared<BareValidator>());
     if (only.empty() || only == "vancorexml")
         validators.emplace_back("vancorexml", std::make_shared<DriverValidator>());
+    if (only.empty() || only == "dom-parser")
+        validators.emplace_back("dom-parser", std::make_shared<ParserValidator>());
+    if (only.empty() || only == "new-dom-parser")
+        validators.emplace_back("new-dom-parser", std::make_shared<NewParserValidator>());
     for (const auto& [name, validator] : validators) {
         Require(validator->Validate(*large)->isValid && validator->Validate(*small)->isValid,
             name + " finds the analysis valid");
@@ -220,6 +258,8 @@ void RegisterValidationTasks(const std::string& only)
         const std::unique_ptr<Validated> result = validator->Validate(*small);
         if (const auto* tree = dynamic_cast<const DriverValidator::Tree*>(result.get()))
             Require(tree->document == *ParseAgainstSchema(*small), "the tree of the driver");
+        if (const auto* tree = dynamic_cast<const ParserValidator::Tree*>(result.get()))
+            Require(*tree->document == ParseWithDriver(*small)->document, "the tree of " + name);
         benchmark::RegisterBenchmark(("validate/large.kxa/" + name).c_str(),
             [=, v = validator](benchmark::State& state) { TimeValidation(state, *v, *large, 1); })
             ->UseManualTime()

@@ -128,7 +128,7 @@ TEST(FlatHeapTest, ValidatingParserKeepsNothingOfADocument)
 }
 
 // The seeds consist of a schema and documents, separated by form feeds. Some schemas are faulty.
-TEST(FlatHeapTest, DestroyedParserKeepsNothingOfASchema)
+TEST(FlatHeapTest, DestroyedParsersKeepTheirSchemaOnlyOnce)
 {
     const std::vector<Document> seeds = ReadDocuments({SOURCE_FOLDER "/fuzz/corpus/Schema"});
     EXPECT_GT(seeds.size(), 10u);

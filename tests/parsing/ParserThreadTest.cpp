@@ -175,6 +175,21 @@ Answers ValidateAgainstEmbeddedSchemas(std::size_t thread)
     return answers;
 }
 
+// Each parse uses the schemas that a parse on any thread has compiled.
+Answers ValidateWithNewParsers(std::size_t thread)
+{
+    Answers answers;
+    for (std::size_t i = 0; i < 20; ++i) {
+        DOMParser parser;
+        const std::string id = (i + thread) % 3 == 0 ? "three.xsd" : "types.xsd";
+        parser.AddXSDInputSource(
+            std::make_unique<StringInputSource>(SchemaOfAllTypes().c_str(), VString::fromStdString(id), false));
+        const auto text = i % 2 == 0 ? &TypeRow::valid : &TypeRow::invalid;
+        answers.push_back(Describe(parser, *parser.ParseXmlString(DocumentOfAllTypes(text), "id")));
+    }
+    return answers;
+}
+
 std::string ParseIntoALightTree(const std::string& text)
 {
     const StandaloneDOMParser::Result result = StandaloneDOMParser().ParseXmlString(text, "id");
@@ -191,6 +206,11 @@ TEST(ParserThreadTest, EightParsersGiveTheAnswersOfASingleOne)
 TEST(ParserThreadTest, EightParsersShareTheBuiltInTypes)
 {
     ExpectSameAnswersOnEightThreads(UseBuiltInTypes);
+}
+
+TEST(ParserThreadTest, EightThreadsPassCompiledSchemasOn)
+{
+    ExpectSameAnswersOnEightThreads(ValidateWithNewParsers);
 }
 
 TEST(ParserThreadTest, EightParsersUseEmbeddedSchemas)

@@ -210,13 +210,7 @@ std::unique_ptr<DOM> DOMParser::ParseXmlInputSource(InputSource& source, bool ke
     const std::shared_ptr<XercesTreeParser> driver = m_impl->ReleaseDriver(source, builder);
     if (m_impl->enableLineNumbers)
         builder->SetLocationProvider(*driver);
-    // NOLINTNEXTLINE(modernize-loop-convert): reading a schema may add another one, which invalidates iterators.
-    for (std::size_t i = 0; i < m_impl->xsdSources.size(); ++i) {
-        InputSource& schema = *m_impl->xsdSources[i];
-        // The previous parse has read the schema to its end.
-        schema.ResetToStart();
-        driver->LoadXSDSource(schema);
-    }
+    driver->LoadSchemas(m_impl->xsdSources);
     CopyErrors(*driver, document->GetRoot());
     std::vector<ParseDiagnostic> diagnostics = driver->GetDiagnostics();
     driver->Parse();

@@ -54,7 +54,9 @@ public:
     // remove itself, start another parse with this parser, or destroy it.
     void SetStatisticsEventHandler(std::function<void(const DOMParserStatistics&)> handler);
 
-    // These add a schema against which every later parse validates. The source must not be null. If the
+    // These add a schema against which every later parse validates. Each parse reads the source again, but compiles
+    // schemas only if their ids and texts are new. The library keeps up to 16 MB of compiled schemas, also after the
+    // parser is destroyed, until it is unloaded. The source must not be null. If the
     // id of the source is empty, or the resource is unknown, every later parse raises a LogicException.
     void AddXSDInputSource(std::unique_ptr<InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);

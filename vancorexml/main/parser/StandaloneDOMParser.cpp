@@ -154,13 +154,7 @@ StandaloneDOMParser::Result StandaloneDOMParser::Impl::Parse(
     const Metrics::Scope metrics("StandaloneDOMParser_ParseXmlInputSource");
     const auto builder = std::make_shared<StandaloneDOMBuilder>(keepWhitespaceText);
     const std::unique_ptr<XercesTreeParser> parser = XercesTreeParser::Create(source, builder);
-    // NOLINTNEXTLINE(modernize-loop-convert): reading a schema may add another one, which invalidates iterators.
-    for (std::size_t i = 0; i < xsdSources.size(); ++i) {
-        InputSource& schema = *xsdSources[i];
-        // The previous parse has read the schema to its end.
-        schema.ResetToStart();
-        parser->LoadXSDSource(schema);
-    }
+    parser->LoadSchemas(xsdSources);
     const std::vector<ParseDiagnostic> faultsOfSchemas = parser->GetDiagnostics();
     parser->Parse();
     Result result(builder->ReleaseRoot(), parser->GetErrors());

@@ -41,7 +41,8 @@ public:
     StandaloneDOMParser(const StandaloneDOMParser&) = delete;
     StandaloneDOMParser& operator=(const StandaloneDOMParser&) = delete;
 
-    // These add a schema against which every later parse validates. Each parse reads the schema again.
+    // These add a schema against which every later parse validates. Each parse reads the schema again,
+    // but compiles it only if its id and text are new (see DOMParser).
     // The source must not be null. If the id of the source is empty, or the resource is unknown, every
     // later parse raises a LogicException. Errors in the schema itself are not among the error messages of a
     // parse, only among its diagnostics.

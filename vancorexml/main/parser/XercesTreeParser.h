@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/XMLExport.h"
@@ -22,6 +23,10 @@ public:
     using XercesXMLParser::Reload;
     // Replaces the input and the builder. Loaded schemas stay loaded.
     virtual void Reload(InputSource& input, std::shared_ptr<TreeBuilder> builder) = 0;
+    // Loads all the schemas, as LoadXSDSource would load one after the other, into a parser without schemas. If an
+    // earlier parser has compiled the same schemas without a message, this parser uses the result (see SchemaCache).
+    // The builder must not find further schemas. The sources are read from their start.
+    virtual void LoadSchemas(const std::vector<std::unique_ptr<InputSource>>& schemas) = 0;
 
 protected:
     using XercesXMLParser::XercesXMLParser;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
 #include <new>
 #include <optional>
 #include <utility>
@@ -63,6 +64,11 @@ struct TracedStep {
 // In bytes. A reader needs less than 1 MB for most documents and 3 MB for a long text. It needs more for deep nesting
 // and for many declarations, and never frees that memory.
 constexpr std::size_t LargestKeptReader = 8'000'000;
+// In bytes. The cache of schemas has 16 MB for up to sixteen readers and their schemas.
+constexpr std::size_t LargestCachedReader = 1'000'000;
+
+// The schemas of the library, which declare the attributes that any document may have.
+constexpr QtVanResourceId LibrarySchemas[] = {QtVanResourceId::FileFormatXmlXsd, QtVanResourceId::FileFormatUserXsd};
 
 bool HasError(const std::vector<ParseDiagnostic>& diagnostics)
 {
@@ -237,21 +243,35 @@ XercesXMLParserImpl::XercesXMLParserImpl(
       m_securityManager(std::make_unique<xercesc::SecurityManager>()),
       m_handler(std::make_unique<XercesXMLHandler>(std::move(builder)))
 {
-    RequireReader();
     PrepareParserState();
 }
 
-XercesXMLParserImpl::~XercesXMLParserImpl() = default;
+XercesXMLParserImpl::~XercesXMLParserImpl()
+{
+    if (!m_usesCache || !m_schemas || !m_schemas->isClean)
+        return;
+    m_schemas->loader.reset();
+    m_schemas->stream.reset();
+    if (m_reader && m_reader->GetMemory().Size() <= LargestCachedReader)
+        m_schemas->reader = std::move(m_reader);
+    m_reader.reset();
+    SchemaCache::Put(std::move(m_schemas));
+}
 
 void XercesXMLParserImpl::RequireReader()
 {
     if (m_reader)
         return;
-    auto reader = std::make_unique<DocumentReader>(m_schemas ? &m_schemas->grammars : nullptr);
-    XercesReaderSetup::Begin(*reader, *m_securityManager);
+    std::unique_ptr<DocumentReader> reader = m_schemas ? std::move(m_schemas->reader) : nullptr;
+    if (reader) {
+        reader->setProperty(XMLUni::fgXercesSecurityManager, m_securityManager.get());
+    } else {
+        reader = std::make_unique<DocumentReader>(m_schemas ? &m_schemas->grammars : nullptr);
+        XercesReaderSetup::Begin(*reader, *m_securityManager);
+        XercesReaderSetup::SetValidation(*reader, m_schemas != nullptr);
+    }
     reader->SetHandler(*m_handler);
     InstallResolver(*reader);
-    XercesReaderSetup::SetValidation(*reader, m_schemas != nullptr);
     m_handler->resetErrors();
     m_reader = std::move(reader);
 }
@@ -288,9 +308,8 @@ void XercesXMLParserImpl::PrepareParserState()
     const TracedStep step("XercesXMLParser_PrepareParserState");
     if (!m_schemas)
         return;
-    // These schemas declare the attributes that any document may have.
-    LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatXmlXsd));
-    LoadSchemaResource(LookupResource(QtVanResourceId::FileFormatUserXsd));
+    for (const QtVanResourceId id : LibrarySchemas)
+        LoadSchemaResource(LookupResource(id));
 }
 
 void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
@@ -299,8 +318,59 @@ void XercesXMLParserImpl::LoadXSDSource(InputSource& xsdSource)
     LoadSchema(xsdSource);
 }
 
+void XercesXMLParserImpl::LoadSchemas(const std::vector<std::unique_ptr<InputSource>>& schemas)
+{
+    if (schemas.empty())
+        return;
+    const WorkScope work(*this);
+    const std::vector<SchemaCache::Wanted> wanted = ReadSchemas(schemas);
+    if (wanted.empty()) {
+        for (const std::unique_ptr<InputSource>& schema : schemas)
+            LoadSchema(*schema);
+        return;
+    }
+    m_schemas = SchemaCache::Take(wanted);
+    m_usesCache = true;
+    for (std::size_t i = std::size(LibrarySchemas); i < wanted.size(); ++i) {
+        const TracedStep step("XercesXMLParser_LoadXSDSource");
+        PrepareSchemas();
+        LoadSchema(wanted[i].id, wanted[i].source);
+    }
+}
+
+std::vector<SchemaCache::Wanted> XercesXMLParserImpl::ReadSchemas(
+    const std::vector<std::unique_ptr<InputSource>>& schemas)
+{
+    std::vector<SchemaCache::Wanted> read;
+    const auto add = [&read](InputSource& schema) {
+        auto* const provider = dynamic_cast<IXercesInputSourceProvider*>(&schema);
+        if (provider && !schema.Id().IsEmpty())
+            read.push_back({schema.Id(), provider->GetXercesInputSource(ColonProcessingNone)});
+        return provider && !schema.Id().IsEmpty();
+    };
+    for (const QtVanResourceId id : LibrarySchemas) {
+        const VString name = LookupResource(id);
+        StringInputSource schema(UTF8StringVResource(name).GetString(), name, false);
+        add(schema);
+    }
+    // NOLINTNEXTLINE(modernize-loop-convert): reading a schema may add another one, which invalidates iterators.
+    for (std::size_t i = 0; i < schemas.size(); ++i) {
+        InputSource& schema = *schemas[i];
+        // The previous parse has read the schema to its end.
+        schema.ResetToStart();
+        if (!add(schema))
+            return {};
+    }
+    return read;
+}
+
 void XercesXMLParserImpl::LoadSchemaResource(const VString& name)
 {
+    if (IsNextSchemaCompiled()) {
+        const TracedStep step("XercesXMLParser_LoadXSDSource");
+        m_loadedXSDs.push_back(name);
+        return;
+    }
     StringInputSource schema(UTF8StringVResource(name).GetString(), name, false);
     LoadSchema(schema);
 }
@@ -308,34 +378,52 @@ void XercesXMLParserImpl::LoadSchemaResource(const VString& name)
 void XercesXMLParserImpl::LoadSchema(InputSource& schema)
 {
     const TracedStep step("XercesXMLParser_LoadXSDSource");
-    // A reader must not outlive a change of its schemas.
-    DiscardReader();
-    if (!m_schemas)
-        PrepareSchemas();
-    RequireLoader();
+    PrepareSchemas();
     if (schema.Id().IsEmpty())
         ThrowLogicException(Assertions::SchemaHasNoId);
     auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&schema);
     if (!xercesableSource)
         ThrowLogicException(Assertions::SchemaIsNoProvider);
-    const XercesInputSource source = xercesableSource->GetXercesInputSource(ColonProcessingNone);
-    LoadGrammar(source, schema.Id());
-    m_loadedXSDs.push_back(schema.Id());
-    Describe(ExplainSchemaFaults(MoveMessagesFromHandler(), source, schema.Id()));
+    LoadSchema(schema.Id(), xercesableSource->GetXercesInputSource(ColonProcessingNone));
+}
+
+void XercesXMLParserImpl::LoadSchema(const VString& id, const XercesInputSource& source)
+{
+    if (!IsNextSchemaCompiled())
+        CompileSchema(id, source);
+    m_loadedXSDs.push_back(id);
+}
+
+void XercesXMLParserImpl::CompileSchema(const VString& id, const XercesInputSource& source)
+{
+    // A reader must not outlive a change of its schemas.
+    DiscardReader();
+    m_schemas->reader.reset();
+    RequireLoader();
+    const bool wasClean = std::exchange(m_schemas->isClean, false);
+    LoadGrammar(source, id);
+    m_schemas->texts.emplace_back(id, source);
+    std::vector<ParseDiagnostic> faults = MoveMessagesFromHandler();
+    m_schemas->isClean = wasClean && faults.empty();
+    Describe(ExplainSchemaFaults(std::move(faults), source, id));
 }
 
 void XercesXMLParserImpl::PrepareSchemas()
 {
-    m_schemas = std::make_unique<Schemas>();
+    if (m_isPrepared)
+        return;
     try {
+        if (!m_schemas)
+            m_schemas = std::make_unique<CompiledSchemas>();
+        m_isPrepared = true;
         PrepareParserState();
     } catch (...) {
         m_schemas.reset();
+        m_isPrepared = false;
         m_loadedXSDs.clear();
         throw;
     }
 }
-
 void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VString& id)
 {
     m_handler->BeginSchema(id, source, m_schemas->memory);
@@ -370,13 +458,17 @@ void XercesXMLParserImpl::DoParse()
             parser.m_handler->EndParse();
             if (!isReusable)
                 parser.DiscardReader();
+            if (!hasReturned && parser.m_schemas)
+                parser.m_schemas->isClean = false;
         }
 
         XercesXMLParserImpl& parser;
         bool isReusable = false;
+        bool hasReturned = false;
     } end{*this};
     try {
         ReadInput();
+        end.hasReturned = true;
         end.isReusable =
             !HasErrors() && !m_reader->HasReadVersion11() && m_reader->GetMemory().Size() <= LargestKeptReader;
     } catch (const xercesc::OutOfMemoryException&) {

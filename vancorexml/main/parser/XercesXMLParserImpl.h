@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 #include "vancorexml/main/parser/NamespacePrefixes.h"
+#include "vancorexml/main/parser/SchemaCache.h"
 #include "vancorexml/main/parser/TreeBuilder.h"
 #include "vancorexml/main/parser/XercesInputSource.h"
 #include "vancorexml/main/parser/XercesMemory.h"
@@ -99,6 +99,7 @@ public:
     ~XercesXMLParserImpl() override;
 
     void LoadXSDSource(InputSource& xsdSource) override;
+    void LoadSchemas(const std::vector<std::unique_ptr<InputSource>>& schemas) override;
     void Reload(InputSource& input, std::shared_ptr<SAXInterface> handler) override;
     void Reload(InputSource& input, std::shared_ptr<TreeBuilder> builder) override;
     std::vector<VString> GetLoadedXSDs() const override { return m_loadedXSDs; }
@@ -109,27 +110,22 @@ protected:
     void DoParse() override;
 
 private:
-    // The loaded schemas and the reader that loads them. They share their memory, because a schema refers to parts
-    // that its reader made.
-    struct Schemas {
-        // New blocks are zero: if an allocation for a content model fails, Xerces frees pointers that it has not set.
-        XercesMemory memory{XercesMemory::Content::Zero};
-        xercesc::XMLGrammarPoolImpl grammars{&memory};
-        std::unique_ptr<xercesc::BinInputStream> stream;  // of the schema that was loaded last
-        // Null after the abandoned loading of a schema, which leaves the reader unfit for reuse. RequireLoader makes a
-        // new one.
-        std::unique_ptr<xercesc::SAX2XMLReaderImpl> loader;
-    };
-
     void RequireReader();
     void RequireLoader();
     void DiscardReader() noexcept;
     void InstallResolver(xercesc::SAX2XMLReader& reader);
     void PrepareParserState();
-    // Makes m_schemas. If this fails, the parser has no schemas.
+    // Loads the schemas of the library before the first other schema. If this fails, the parser has no schemas.
     void PrepareSchemas();
+    // Returns the schemas of the library and `schemas`. Returns nothing if loading one of them would raise a
+    // LogicException.
+    std::vector<SchemaCache::Wanted> ReadSchemas(const std::vector<std::unique_ptr<InputSource>>& schemas);
     void LoadSchema(InputSource& schema);
     void LoadSchemaResource(const VString& name);
+    // True if m_schemas came from the cache and contains the schema that is loaded next.
+    bool IsNextSchemaCompiled() const { return m_loadedXSDs.size() < m_schemas->texts.size(); }
+    void LoadSchema(const VString& id, const XercesInputSource& source);
+    void CompileSchema(const VString& id, const XercesInputSource& source);
     void LoadGrammar(const XercesInputSource& source, const VString& id);
     // Reads the input to its end, or until the handler or a fault stops it.
     void ReadInput();
@@ -148,8 +144,10 @@ private:
 
     // Declared before all members that use Xerces, so that it is destroyed after them.
     XercesInitializer m_xerces;
-    // Null before the first schema.
-    std::unique_ptr<Schemas> m_schemas;
+    // Null before the first schema. Compiled schemas from the cache may have texts that are not loaded yet.
+    std::unique_ptr<CompiledSchemas> m_schemas;
+    bool m_isPrepared = false;  // see PrepareSchemas
+    bool m_usesCache = false;   // puts m_schemas into the cache in the end
     // Null after DiscardReader, which is called when a parse leaves the reader unfit for reuse, and when a schema is
     // loaded. RequireReader makes a new one.
     std::unique_ptr<DocumentReader> m_reader;
