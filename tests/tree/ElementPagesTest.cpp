@@ -23,7 +23,7 @@ void* AllocateAndFill(ElementPages& pages)
 TEST(ElementPagesTest, ElementsMayDieBeforeTheirPages)
 {
     for (std::size_t count = 0; count < 40; ++count) {
-        ElementPages pages(4, 8);
+        ElementPages pages(sizeof(DOMElement));
         std::vector<void*> places;
         for (std::size_t i = 0; i < count; ++i)
             places.push_back(AllocateAndFill(pages));
@@ -35,7 +35,7 @@ TEST(ElementPagesTest, ElementsMayDieBeforeTheirPages)
 TEST(ElementPagesTest, ElementsMayOutliveTheirPages)
 {
     for (std::size_t count = 0; count < 40; ++count) {
-        auto pages = std::make_unique<ElementPages>(4, 8);
+        auto pages = std::make_unique<ElementPages>(sizeof(DOMElement));
         std::vector<void*> places;
         for (std::size_t i = 0; i < count; ++i)
             places.push_back(AllocateAndFill(*pages));
@@ -50,7 +50,7 @@ TEST(ElementPagesTest, ElementsMayOutliveTheirPages)
 TEST(ElementPagesTest, AllocatesAgainAfterReleasingItsPage)
 {
     for (std::size_t count = 0; count < 20; ++count) {
-        ElementPages pages(4, 8);
+        ElementPages pages(sizeof(DOMElement));
         std::vector<void*> places;
         for (int round = 0; round < 3; ++round) {
             for (std::size_t i = 0; i < count; ++i)
