@@ -159,7 +159,7 @@ const ReadingCommand ReadingCommands[] = {
     {"CheckList", {"check", "--files-from", "FOLDER/list", "FOLDER/a.xml"}},
     {"Format", {"format", "FOLDER/a.xml"}},
     {"FormatInPlace", {"format", "--in-place", "FOLDER/a.xml"}},
-    {"Edit", {"edit", "--at", "//b[1]", "--text", "new", "FOLDER/a.xml"}},
+    {"Edit", {"edit", "--at", "//b", "--text", "new", "FOLDER/a.xml"}},
     {"Query", {"query", "--at", "//b", "FOLDER/a.xml"}},
     {"QueryFirst", {"query", "--first", "--at", "//c", "FOLDER/a.xml"}},
     {"Version", {"version", "FOLDER/a.xml"}},
