@@ -1,7 +1,6 @@
 // Runs jobs on several threads and returns their results in order.
 #pragma once
 
-#include <algorithm>
 #include <condition_variable>
 #include <cstddef>
 #include <exception>
@@ -38,11 +37,7 @@ private:
 // the approximate number of bytes that it owns.
 //
 // While the finished results that wait for WaitFor own `mostWaiting` bytes or more, no new job starts. So the memory
-// is bounded by `mostWaiting` plus the running jobs and the results of one group for each thread.
-//
-// If there are many jobs with small results, a thread takes a group of up to 16 and hands over their results together:
-// with single jobs, checking 5,000 small files on two threads needed 6,000 changes between threads. After the first
-// result of more than 64 KB, each group is a single job.
+// is bounded by `mostWaiting` plus the running jobs and one result of each thread.
 //
 // Ownership: owns the threads and the results. The destructor waits for the running jobs and starts no others.
 //
@@ -99,58 +94,35 @@ public:
     }
 
 private:
-    static constexpr std::size_t mostJobsOfGroup = 16;
-    static constexpr std::size_t leastGroups = 512;  // so that no thread waits long for the last group of another
-    static constexpr std::size_t mostBytesInGroup = std::size_t{64} << 10;
-
-    // Jobs that a thread runs one after the other.
-    struct Group {
-        std::size_t next = 0;  // the job that runs, or is the next one
-        std::size_t end = 0;
-        std::vector<Result> results;  // of the jobs in front of `next`
-    };
-
     void RunJobs()
     {
-        Group group;
         try {
             const Job job = m_makeJob();
-            while (NextGroup(group)) {
-                for (; group.next < group.end; ++group.next)
-                    group.results.push_back(job(group.next));
-                const std::lock_guard<std::mutex> lock(m_mutex);
-                Finish(group);
-            }
+            while (const std::optional<std::size_t> number = NextNumber())
+                Finish(*number, job(*number));
         } catch (...) {
             const std::lock_guard<std::mutex> lock(m_mutex);
-            Finish(group);
             m_failure = std::current_exception();
+            m_changed.notify_all();
         }
     }
 
-    // Returns false if no job is left. Numbers are given out in order, so the next result that WaitFor returns is
+    // Returns nothing if no job is left. Numbers are given out in order, so the next result that WaitFor returns is
     // always finished or in progress: waiting here cannot block the queue.
-    bool NextGroup(Group& group)
+    std::optional<std::size_t> NextNumber()
     {
         std::unique_lock<std::mutex> lock(m_mutex);
         m_changed.wait(lock, [this] { return m_waiting < m_mostWaiting || m_next == m_results.size(); });
-        group.next = m_next;
-        const std::size_t wanted = m_hasLargeResults ? 1 : m_results.size() / leastGroups;
-        m_next += std::min(std::clamp<std::size_t>(wanted, 1, mostJobsOfGroup), m_results.size() - m_next);
-        group.end = m_next;
-        return group.next < group.end;
+        if (m_next == m_results.size())
+            return std::nullopt;
+        return m_next++;
     }
 
-    // Hands over the results. The caller holds m_mutex.
-    void Finish(Group& group)
+    void Finish(std::size_t number, Result&& result)
     {
-        for (std::size_t i = 0; i < group.results.size(); ++i) {
-            const std::size_t size = group.results[i].Size();
-            m_waiting += size;
-            m_hasLargeResults |= size > mostBytesInGroup;
-            m_results[group.next - group.results.size() + i] = std::move(group.results[i]);
-        }
-        group.results.clear();
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_results[number] = std::move(result);
+        m_waiting += m_results[number]->Size();
         m_changed.notify_all();
     }
 
@@ -163,7 +135,6 @@ private:
     std::condition_variable m_changed;
     std::size_t m_next = 0;                        // guarded by m_mutex
     std::size_t m_waiting = 0;                     // bytes of the waiting results; guarded by m_mutex
-    bool m_hasLargeResults = false;                // guarded by m_mutex
     std::vector<std::optional<Result>> m_results;  // guarded by m_mutex
     std::exception_ptr m_failure;                  // guarded by m_mutex
 
