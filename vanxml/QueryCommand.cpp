@@ -267,8 +267,8 @@ std::optional<std::size_t> QueryCommand::SearchFile(const VString& file)
         return SearchStart(file);
     SourceDocument source = SourceDocument::Read(file);
     if (m_count && !hasCanopies) {
-        // A count needs no tree, which takes several times the memory of the document. A document with errors is parsed
-        // again for its messages.
+        // A count needs no tree, which takes several times the memory of most documents. A document with errors is
+        // parsed again for its messages.
         if (const std::optional<std::size_t> count = CountMatches(source, *m_path, m_wantedAttribute))
             return count;
     }

@@ -5,7 +5,7 @@
 
 #  include <windows.h>
 #else
-#  include <ctime>
+#  include <sys/resource.h>
 #endif
 
 double testsupport::CpuSeconds()
@@ -16,12 +16,11 @@ double testsupport::CpuSeconds()
     FILETIME kernel{};
     FILETIME user{};
     GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user);
-    const auto seconds = [](const FILETIME& time) {
-        constexpr double unitsPerSecond = 1e7;
-        return static_cast<double>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime) / unitsPerSecond;
-    };
-    return seconds(kernel) + seconds(user);
+    constexpr double unitsPerSecond = 1e7;
+    return static_cast<double>(std::uint64_t{user.dwHighDateTime} << 32 | user.dwLowDateTime) / unitsPerSecond;
 #else
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec) + static_cast<double>(usage.ru_utime.tv_usec) / 1e6;
 #endif
 }

@@ -180,6 +180,55 @@ public:
     int count = 0;
 };
 
+// The failure may be the last step of the loading, when the schema is compiled already.
+TEST_P(ParsingFaultTest, AnotherSchemaIsLoadedAfterAFault)
+{
+    const std::vector<unsigned char> document = BytesOf("<other>text</other>");
+    const std::vector<unsigned char> other =
+        BytesOf("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='other' type='xs:string'/>"
+                "</xs:schema>");
+    for (long number = 0;; number = NextNumber(number)) {
+        BinaryInputSource source(document, VString("document"), false);
+        const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, std::make_shared<Listener>());
+        BinaryInputSource schema(BytesOf(Schema), VString("schema"), false);
+        AllocationFaults::Begin(GetParam().kind, number, GetParam().forever);
+        try {
+            parser->LoadXSDSource(schema);
+        } catch (const std::bad_alloc&) {  // allowed
+        }
+        const bool hasFailed = AllocationFaults::End();
+        parser->ClearErrorsAndWarnings();
+        BinaryInputSource otherSchema(other, VString("other"), false);
+        parser->LoadXSDSource(otherSchema);
+        parser->Parse();
+        ASSERT_EQ(parser->GetErrors(), std::vector<VString>()) << "after " << number << " allocations";
+        if (!hasFailed)
+            break;
+    }
+}
+
+// A parser takes compiled schemas from the cache and gives them back.
+TEST_P(ParsingFaultTest, CachedSchemasStayUsableAfterAFault)
+{
+    for (const char* const text : {"<a c='x'><b>1</b></a>", "<a c='1'><b>x</b><d/></a>"}) {
+        const std::vector<unsigned char> bytes = BytesOf(text);
+        const std::string expected = Describe(Parse(*MakeValidatingParser(), bytes));
+        for (long number = 0;; number = NextNumber(number)) {
+            AllocationFaults::Begin(GetParam().kind, number, GetParam().forever);
+            try {
+                Parse(*MakeValidatingParser(), bytes);
+            } catch (const std::bad_alloc&) {  // allowed
+            }
+            const bool hasFailed = AllocationFaults::End();
+            ASSERT_EQ(Describe(Parse(*MakeValidatingParser(), bytes)), expected)
+                << "after " << number << " allocations";
+            if (!hasFailed)
+                break;
+        }
+    }
+    SchemaCache::Clear();
+}
+
 // The tool keeps one parser with a schema for many documents.
 TEST_P(ParsingFaultTest, ValidatingParserWorksAfterAFault)
 {

@@ -37,6 +37,7 @@ const std::string ShopSchema = SchemaOf(
     "<xs:simpleType name='size'><xs:union memberTypes='xs:int'><xs:simpleType><xs:restriction base='xs:string'>"
     "<xs:enumeration value='small'/><xs:enumeration value='large'/></xs:restriction></xs:simpleType></xs:union>"
     "</xs:simpleType>"
+    "<xs:element name='any' type='xs:anyType'/>"
     "<xs:element name='shop'><xs:complexType><xs:sequence><xs:element name='item' maxOccurs='9'><xs:complexType>"
     "<xs:choice minOccurs='0'><xs:element name='size' type='size'/><xs:element name='price' type='xs:decimal'/>"
     "</xs:choice><xs:attribute name='code' type='code' use='required'/><xs:attribute name='unit' default='piece'/>"
@@ -64,6 +65,9 @@ const std::string ShopDocuments[] = {
     "<?xml version='1.1'?><shop><item code='A1'/></shop>",
     "<shop :view='x'><item code='A1'/></shop>",
     "<shop><item code='A1'/>\xff</shop>",
+    "<any><foo>z</foo></any>",
+    "<any xmlns:xs='http://www.w3.org/2001/XMLSchema' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
+    "<foo xsi:type='xs:int'>z</foo></any>",
     "",
 };
 

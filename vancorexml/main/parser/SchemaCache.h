@@ -76,7 +76,7 @@ namespace SchemaCache {
 constexpr std::size_t MostSchemas = 16;
 constexpr std::size_t MostBytes = 16'000'000;
 
-// Schemas whose texts are not yet known to be compiled.
+// A schema that a parser is about to load.
 struct Wanted {
     VString id;
     XercesInputSource source;

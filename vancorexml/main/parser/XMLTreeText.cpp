@@ -461,7 +461,12 @@ public:
             m_text.reserve(part < 1 ? ChooseCapacity(needed, part) : needed);
         m_text.append(bytes);
     }
-    std::string Release() { return std::move(m_text); }
+    std::string Release()
+    {
+        if (m_text.capacity() - m_text.size() > m_text.size())
+            m_text.shrink_to_fit();
+        return std::move(m_text);
+    }
 
 private:
     std::string m_text;

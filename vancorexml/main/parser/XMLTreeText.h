@@ -29,7 +29,7 @@ VString ToUtf16(const Content& content);
 // std::string.
 std::string ToUtf8(const Content& content);
 // Passes the same bytes to `write` in pieces of at most 128 KB. Exceptions of `write` propagate. Memory: a fixed size,
-// plus three pointers for each level of the tree.
+// plus three pointers for each level of the tree, a pointer for each attribute of an element, and the comment.
 void WriteUtf8(const Content& content, const std::function<void(std::string_view)>& write);
 
 }  // namespace XMLTreeText

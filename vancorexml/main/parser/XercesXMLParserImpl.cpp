@@ -188,8 +188,11 @@ void DocumentReader::startElement(const xercesc::XMLElementDecl& element,
                 m_handler->AbandonExpansion(*excess);
         }
     }
-    if (m_hasNamespaces && !element.isDeclared() && element.getId() > MostUndeclaredElements)
-        RefuseUndeclaredElements();
+    if (m_hasNamespaces && !element.isDeclared()) {
+        m_hasReadUndeclared = true;
+        if (element.getId() > MostUndeclaredElements)
+            RefuseUndeclaredElements();
+    }
     const XMLCh* const name = GetQName(element, prefix);
     if (m_findsReferences)
         m_mayHaveReferences |= !m_prefixes.StartElement(name, attributes, count).empty();
@@ -324,12 +327,8 @@ void XercesXMLParserImpl::LoadSchemas(const std::vector<std::unique_ptr<InputSou
         return;
     const WorkScope work(*this);
     const std::vector<SchemaCache::Wanted> wanted = ReadSchemas(schemas);
-    if (wanted.empty()) {
-        for (const std::unique_ptr<InputSource>& schema : schemas)
-            LoadSchema(*schema);
-        return;
-    }
     m_schemas = SchemaCache::Take(wanted);
+    m_compiledCount = m_schemas ? m_schemas->texts.size() : 0;
     m_usesCache = true;
     for (std::size_t i = std::size(LibrarySchemas); i < wanted.size(); ++i) {
         const TracedStep step("XercesXMLParser_LoadXSDSource");
@@ -343,10 +342,8 @@ std::vector<SchemaCache::Wanted> XercesXMLParserImpl::ReadSchemas(
 {
     std::vector<SchemaCache::Wanted> read;
     const auto add = [&read](InputSource& schema) {
-        auto* const provider = dynamic_cast<IXercesInputSourceProvider*>(&schema);
-        if (provider && !schema.Id().IsEmpty())
-            read.push_back({schema.Id(), provider->GetXercesInputSource(ColonProcessingNone)});
-        return provider && !schema.Id().IsEmpty();
+        IXercesInputSourceProvider& provider = RequireProvider(schema);
+        read.push_back({schema.Id(), provider.GetXercesInputSource(ColonProcessingNone)});
     };
     for (const QtVanResourceId id : LibrarySchemas) {
         const VString name = LookupResource(id);
@@ -358,8 +355,7 @@ std::vector<SchemaCache::Wanted> XercesXMLParserImpl::ReadSchemas(
         InputSource& schema = *schemas[i];
         // The previous parse has read the schema to its end.
         schema.ResetToStart();
-        if (!add(schema))
-            return {};
+        add(schema);
     }
     return read;
 }
@@ -379,12 +375,18 @@ void XercesXMLParserImpl::LoadSchema(InputSource& schema)
 {
     const TracedStep step("XercesXMLParser_LoadXSDSource");
     PrepareSchemas();
+    IXercesInputSourceProvider& provider = RequireProvider(schema);
+    LoadSchema(schema.Id(), provider.GetXercesInputSource(ColonProcessingNone));
+}
+
+IXercesInputSourceProvider& XercesXMLParserImpl::RequireProvider(InputSource& schema)
+{
     if (schema.Id().IsEmpty())
         ThrowLogicException(Assertions::SchemaHasNoId);
-    auto* const xercesableSource = dynamic_cast<IXercesInputSourceProvider*>(&schema);
-    if (!xercesableSource)
+    auto* const provider = dynamic_cast<IXercesInputSourceProvider*>(&schema);
+    if (!provider)
         ThrowLogicException(Assertions::SchemaIsNoProvider);
-    LoadSchema(schema.Id(), xercesableSource->GetXercesInputSource(ColonProcessingNone));
+    return *provider;
 }
 
 void XercesXMLParserImpl::LoadSchema(const VString& id, const XercesInputSource& source)
@@ -402,7 +404,8 @@ void XercesXMLParserImpl::CompileSchema(const VString& id, const XercesInputSour
     RequireLoader();
     const bool wasClean = std::exchange(m_schemas->isClean, false);
     LoadGrammar(source, id);
-    m_schemas->texts.emplace_back(id, source);
+    if (m_usesCache)
+        m_schemas->texts.emplace_back(id, source);
     std::vector<ParseDiagnostic> faults = MoveMessagesFromHandler();
     m_schemas->isClean = wasClean && faults.empty();
     Describe(ExplainSchemaFaults(std::move(faults), source, id));
@@ -419,11 +422,13 @@ void XercesXMLParserImpl::PrepareSchemas()
         PrepareParserState();
     } catch (...) {
         m_schemas.reset();
+        m_compiledCount = 0;
         m_isPrepared = false;
         m_loadedXSDs.clear();
         throw;
     }
 }
+
 void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VString& id)
 {
     m_handler->BeginSchema(id, source, m_schemas->memory);
@@ -469,8 +474,8 @@ void XercesXMLParserImpl::DoParse()
     try {
         ReadInput();
         end.hasReturned = true;
-        end.isReusable =
-            !HasErrors() && !m_reader->HasReadVersion11() && m_reader->GetMemory().Size() <= LargestKeptReader;
+        end.isReusable = !HasErrors() && !m_reader->HasReadVersion11() && !m_reader->HasReadUndeclared() &&
+            m_reader->GetMemory().Size() <= LargestKeptReader;
     } catch (const xercesc::OutOfMemoryException&) {
         RecordException("OutOfMemoryException", VString(), DiagnosticCode::OutOfMemory);
     } catch (const XMLParseException& exception) {
@@ -568,9 +573,13 @@ std::vector<ParseDiagnostic> XercesXMLParserImpl::Explain(const XercesInputSourc
     try {
         diagnostics = pass.Run();
     } catch (const xercesc::XMLException&) {
+        if (m_schemas)
+            m_schemas->isClean = false;
         // The messages of the first pass are enough: a diagnosis must not add an error to the parse.
         return {};
     } catch (const std::bad_alloc&) {
+        if (m_schemas)
+            m_schemas->isClean = false;
         // A document whose doubtful references are not yet known has no message of the first pass.
         if (GetErrors().empty())
             throw;

@@ -29,6 +29,9 @@ public:
     using XercesReader::XercesReader;
 
     bool HasReadVersion11() const noexcept { return m_hasReadVersion11; }
+    // True if a validation met an element that no schema declares. Xerces keeps the name, and treats an element of this
+    // name differently in later documents: it ignores its xsi:type.
+    bool HasReadUndeclared() const noexcept { return m_hasReadUndeclared; }
     // `handler` must outlive all later parses.
     void SetHandler(XercesXMLHandler& handler);
     // Makes the next parse refuse a document that ends within a character, because Xerces does not report this
@@ -78,6 +81,7 @@ private:
     XercesXMLHandler* m_handler = nullptr;
     std::string_view m_uncheckedEnd;
     bool m_hasReadVersion11 = false;
+    bool m_hasReadUndeclared = false;
     bool m_hasDefaults = false;
     DefaultAttributeCounter m_defaults;
     bool m_hasNamespaces = false;
@@ -88,9 +92,10 @@ private:
     NamespacePrefixes m_prefixes;
 };
 
-// Drives a DocumentReader. The next parse reuses the reader, unless the document had an error or
-// declared XML 1.1: both leave state in the reader that would affect the next document. The next parse also gets a new
-// reader if the document made the reader large. The schemas are not part of the reader and stay loaded.
+// Drives a DocumentReader. The next parse reuses the reader, unless the document had an error, declared XML 1.1, or had
+// elements that its schemas do not declare: these leave state in the reader that would affect the next document. The
+// next parse also gets a new reader if the document made the reader large. The schemas are not part of the reader and
+// stay loaded.
 class XercesXMLParserImpl : public XercesTreeParser {
 public:
     // `handler` is the caller's handler that `builder` calls, or null for a builder of the library.
@@ -117,13 +122,14 @@ private:
     void PrepareParserState();
     // Loads the schemas of the library before the first other schema. If this fails, the parser has no schemas.
     void PrepareSchemas();
-    // Returns the schemas of the library and `schemas`. Returns nothing if loading one of them would raise a
-    // LogicException.
+    // Returns the schemas of the library and `schemas`. Raises a LogicException for a schema that LoadSchema refuses.
     std::vector<SchemaCache::Wanted> ReadSchemas(const std::vector<std::unique_ptr<InputSource>>& schemas);
     void LoadSchema(InputSource& schema);
+    // Raises a LogicException if the schema has no id or does not offer its text to Xerces.
+    static IXercesInputSourceProvider& RequireProvider(InputSource& schema);
     void LoadSchemaResource(const VString& name);
     // True if m_schemas came from the cache and contains the schema that is loaded next.
-    bool IsNextSchemaCompiled() const { return m_loadedXSDs.size() < m_schemas->texts.size(); }
+    bool IsNextSchemaCompiled() const { return m_loadedXSDs.size() < m_compiledCount; }
     void LoadSchema(const VString& id, const XercesInputSource& source);
     void CompileSchema(const VString& id, const XercesInputSource& source);
     void LoadGrammar(const XercesInputSource& source, const VString& id);
@@ -146,8 +152,9 @@ private:
     XercesInitializer m_xerces;
     // Null before the first schema. Compiled schemas from the cache may have texts that are not loaded yet.
     std::unique_ptr<CompiledSchemas> m_schemas;
-    bool m_isPrepared = false;  // see PrepareSchemas
-    bool m_usesCache = false;   // puts m_schemas into the cache in the end
+    bool m_isPrepared = false;        // see PrepareSchemas
+    bool m_usesCache = false;         // puts m_schemas into the cache in the end
+    std::size_t m_compiledCount = 0;  // of the schemas that came from the cache
     // Null after DiscardReader, which is called when a parse leaves the reader unfit for reuse, and when a schema is
     // loaded. RequireReader makes a new one.
     std::unique_ptr<DocumentReader> m_reader;
