@@ -183,11 +183,15 @@ public:
 // The failure may be the last step of the loading, when the schema is compiled already.
 TEST_P(ParsingFaultTest, AnotherSchemaIsLoadedAfterAFault)
 {
+    // Xerces destroys parts of a schema recursively, and needs memory for that. Without any, it ends the process.
+    if (GetParam().forever)
+        GTEST_SKIP() << "Xerces cannot destroy a schema without memory";
     const std::vector<unsigned char> document = BytesOf("<other>text</other>");
     const std::vector<unsigned char> other =
         BytesOf("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='other' type='xs:string'/>"
                 "</xs:schema>");
-    for (long number = 0;; number = NextNumber(number)) {
+    // With the address sanitizer, all numbers would take too long.
+    for (long number = 0;; number = HasAddressSanitizer ? NextNumber(number) : number + 1) {
         BinaryInputSource source(document, VString("document"), false);
         const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, std::make_shared<Listener>());
         BinaryInputSource schema(BytesOf(Schema), VString("schema"), false);
