@@ -37,7 +37,7 @@ struct ElementPages::Page {
 
 void* ElementPages::Allocate()
 {
-    static_assert(sizeof(Page) % alignof(Page*) == 0 && PagePointerSize == sizeof(Page*));
+    static_assert(sizeof(Page) % alignof(Page*) == 0);
     if (m_free == 0) {
         const std::size_t capacity = std::clamp(2 * m_capacity, FirstCapacity, MaxCapacity);
         void* const memory = ::operator new(sizeof(Page) + capacity * m_slotSize);

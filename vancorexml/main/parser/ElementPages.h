@@ -15,7 +15,7 @@
 class ElementPages {
 public:
     // The elements have `size` bytes, a multiple of the size of a pointer, and need no larger alignment than a pointer.
-    explicit ElementPages(std::size_t size) noexcept : m_slotSize(sizeof(Page*) + size) {}
+    explicit ElementPages(std::size_t size) noexcept : m_slotSize(sizeof(void*) + size) {}
     ElementPages(const ElementPages&) = delete;
     ElementPages& operator=(const ElementPages&) = delete;
     ~ElementPages() { Release(); }

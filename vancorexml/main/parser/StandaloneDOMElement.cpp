@@ -54,11 +54,8 @@ void StandaloneDOMElement::NodeList::Grow(std::size_t capacity)
     if (capacity > (std::numeric_limits<std::uint32_t>::max)())
         throw std::length_error("too many nodes");
     auto* const block = static_cast<Node*>(::operator new(capacity * sizeof(Node)));
-    for (std::size_t i = 0; i < m_size; ++i) {
-        Node& node = begin()[i];
-        new (block + i) Node(std::move(node));
-        node.~Node();
-    }
+    std::uninitialized_move_n(begin(), m_size, block);
+    std::destroy_n(begin(), m_size);
     if (IsInBlock())
         ::operator delete(m_block);
     m_block = block;
