@@ -171,8 +171,8 @@ public:
     // - the check for a cycle: the size of the child's subtree or this element's depth, whichever is
     //   smaller; always the depth if an element of the subtree has removed children that still link to it,
     // - the change of document, if the documents differ: the size of the child's subtree,
-    // - the search for `before`, which must be alive: its distance from the place where it was inserted or found last, or from the
-    //   nearer end of the children, whichever is smallest,
+    // - the search for `before`, which must be alive: its distance from the place where it was inserted or found
+    //   last, or from the nearer end of the children, whichever is smallest,
     // - the number of children behind the place of insertion.
     DOMElement& InsertChild(std::unique_ptr<DOMElement>&& child, const DOMElement* before);
 
