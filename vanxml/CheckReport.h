@@ -38,7 +38,7 @@ public:
     // The source of the diagnostic names the file.
     virtual std::string FormatDiagnostic(
         const ParseDiagnostic& diagnostic, const std::optional<SourceExcerpt>& excerpt) const = 0;
-    // Formats the reason why a document could not be checked. `file` is empty if the message has no file of its own.
+    // Formats the reason why a document could not be checked. `file` is empty if the message is not about a file.
     virtual std::string FormatFailure(const VString& file, const std::string& message) const = 0;
 
     // Writes a message. Throws ToolError if that fails.

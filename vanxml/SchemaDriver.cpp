@@ -61,7 +61,7 @@ public:
             throw SchemaRefused();
     }
 
-    std::vector<ParseDiagnostic> problems;  // of the schema and of those that it imports or includes
+    std::vector<ParseDiagnostic> problems;  // of the schema and of all schemas that it imports or includes
 
 private:
     void AddMissing(const VString& schema, const VString& location)

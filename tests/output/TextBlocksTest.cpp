@@ -10,7 +10,7 @@ namespace {
 
 using namespace TextBlocks;
 
-// Random units, mostly near those that must not be copied.
+// Random code units: letters, and code units near the limits at which a block must not be copied.
 std::vector<char16_t> RandomUnits(std::mt19937& random, std::size_t count)
 {
     static constexpr char16_t near[] = {0, 0x1F, 0x22, 0x26, 0x27, 0x3C, 0x3E, 0x7F, 0x80, 0xFF, 0x100, 0x7FFF, 0x8000};

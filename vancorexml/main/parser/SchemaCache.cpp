@@ -92,7 +92,7 @@ void SchemaCache::Put(std::unique_ptr<CompiledSchemas> schemas) noexcept
     const std::size_t size = schemas->Size();
     if (IsProcessEnding() || size > MostBytes)
         return;
-    std::list<Entry> changed;  // first the new entry, then those that leave the cache
+    std::list<Entry> changed;  // first the new entry, then the entries that leave the cache
     try {
         changed.push_back({std::move(schemas), size});
     } catch (const std::bad_alloc&) {

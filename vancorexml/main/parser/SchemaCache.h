@@ -65,8 +65,8 @@ struct CompiledSchemas {
 // validating a small document. Each parser has its compiled schemas for itself and puts them back at its end. So the
 // cache holds as many copies of a schema as were in use at the same time, within its limits.
 //
-// Ownership: owns the schemas. Holds at most MostSchemas of them, which have at most MostBytes together, and destroys
-// first those that were not used for the longest time. Unloading the library destroys all.
+// Ownership: owns the schemas. Holds at most MostSchemas of them, which have at most MostBytes together. Above
+// these limits, it destroys the schemas whose last use is oldest. Unloading the library destroys all schemas.
 //
 // Thread-safe.
 namespace SchemaCache {

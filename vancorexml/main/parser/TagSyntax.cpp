@@ -438,7 +438,7 @@ bool StartTagScanner::EndsWithAssignment(TextRange value) const
 }
 
 // True if the closing quote of the value probably belongs to another attribute or to the text behind the tag. The
-// result is true only if the value, or what follows it, is not well-formed.
+// result is true only if the value or the rest of the tag is not well-formed.
 bool StartTagScanner::IsUnclosedValue(TextRange value) const
 {
     const std::string_view text = m_text.Get(value);

@@ -185,7 +185,7 @@ int DaysOf(int month, int year)
     return month == 2 ? (isLeap ? 29 : 28) : month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
 }
 
-// Returns what is wrong with the fields of a date, or an empty text.
+// Describes the fault in the fields of a date. Returns an empty text if there is none.
 VString DescribeDateFields(const QString& year, const QString& month, const QString& day)
 {
     const int monthNumber = month.toInt();
@@ -202,7 +202,7 @@ VString DescribeDateFields(const QString& year, const QString& month, const QStr
     return name + (monthNumber == 2 ? " " + VString(year) : VString()) + " has " + Number(days) + " days";
 }
 
-// Returns what is wrong with the fields of a time, or an empty text. The time 24:00:00 is allowed.
+// Describes the fault in the fields of a time. Returns an empty text if there is none. The time 24:00:00 is allowed.
 VString DescribeTimeFields(const QString& hour, const QString& minute, const QString& second)
 {
     if (hour.toInt() > 24)
@@ -212,7 +212,7 @@ VString DescribeTimeFields(const QString& hour, const QString& minute, const QSt
     return second.toInt() > 59 ? "there is no second " + VString(second) : VString();
 }
 
-// Finds what is wrong with one value of an atomic type.
+// Finds the fault of one value of an atomic type.
 class MisfitFinder {
 public:
     MisfitFinder(Type& type, const QString& text)

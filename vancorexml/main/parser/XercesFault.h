@@ -1,4 +1,4 @@
-// A message of Xerces with what it is about.
+// A message of Xerces with its code, its place and its parameters.
 #pragma once
 
 #include <vector>

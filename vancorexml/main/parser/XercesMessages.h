@@ -21,8 +21,8 @@ public:
     XercesMessages(const XercesMessages&) = delete;
     XercesMessages& operator=(const XercesMessages&) = delete;
 
-    // Returns the texts that replaced "{0}", "{1}" and so on in the message `code` of `domain`. Returns empty texts for
-    // those that cannot be found. Linear in the message.
+    // Returns the texts that replaced "{0}", "{1}" and so on in the message `code` of `domain`. A text that cannot be
+    // found is empty in the result. Linear in the message.
     std::vector<VString> FindParameters(const XMLCh* domain, unsigned int code, const XMLCh* message);
 
 private:
