@@ -11,6 +11,7 @@
 #include "vancorexml/main/parser/DOMElement.h"
 #include "vancorexml/main/parser/DocumentDiagnostics.h"
 #include "vancorexml/main/parser/ElementLinks.h"
+#include "vansys/VMutex.h"
 
 class DOMTestAccess {
 public:
@@ -43,7 +44,7 @@ public:
     static std::size_t WarningEntries(const DOM& document) { return Warnings(document).size(); }
     static std::size_t Intervals(const DOM& document) { return Diagnostics(document).m_index.m_intervals.size(); }
     static VReadWriteLock& Lock(const DOM& document) { return document.m_lock; }
-    static std::mutex& LinkedElementsMutex(const DOM& document) { return document.m_linkedElements->mutex; }
+    static VMutex& LinkedElementsMutex(const DOM& document) { return document.m_linkedElements->mutex; }
     static bool RefersToElements(const DOM& document) { return Diagnostics(document).RefersToElements(); }
     static void AddFieldRename(DOM& document, const FieldName& from, const FieldName& to)
     {

@@ -300,7 +300,7 @@ TEST(ElementThreadTest, DocumentWorksWhileAllLocksOfAnotherAreHeld)
     Fill(other);
     const DOMElement copy(*other.GetDocumentRoot());
     const VWriteLocker writing(DOMTestAccess::Lock(other));
-    const std::lock_guard<std::mutex> linking(DOMTestAccess::LinkedElementsMutex(other));
+    const std::lock_guard<VMutex> linking(DOMTestAccess::LinkedElementsMutex(other));
     std::thread([] {
         DOM document;
         Fill(document);
