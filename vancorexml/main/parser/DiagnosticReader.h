@@ -66,9 +66,14 @@ public:
         XMLFileLoc column) override;
     void resetErrors() override {}
     void entityDecl(const xercesc::DTDEntityDecl& entity, bool isParameter, bool isIgnored) override;
-    void doctypeDecl(const xercesc::DTDElementDecl&, const XMLCh*, const XMLCh*, bool, bool) override
+    void doctypeDecl(const xercesc::DTDElementDecl& element,
+        const XMLCh* publicId,
+        const XMLCh* systemId,
+        bool hasInternalSubset,
+        bool hasExternalSubset) override
     {
         m_hasDocumentType = true;
+        XercesReader::doctypeDecl(element, publicId, systemId, hasInternalSubset, hasExternalSubset);
     }
 
     // Returns the diagnostics that Xerces has no error for.

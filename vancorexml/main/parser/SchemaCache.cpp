@@ -62,7 +62,10 @@ bool SchemaText::IsEqual(const VString& otherId, const XercesInputSource& source
 
 CompiledSchemas::CompiledSchemas() = default;
 
-CompiledSchemas::~CompiledSchemas() = default;
+CompiledSchemas::~CompiledSchemas()
+{
+    memory.BeginDestruction();
+}
 
 std::size_t CompiledSchemas::Size() const
 {

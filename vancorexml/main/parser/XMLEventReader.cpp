@@ -331,12 +331,13 @@ private:
         const XMLCh* publicId,
         const XMLCh* systemId,
         bool hasInternalSubset,
-        bool) override
+        bool hasExternalSubset) override
     {
         AddToDocumentType({View(element.getFullName()),
             ViewOrMissing(publicId),
             ViewOrMissing(systemId),
             hasInternalSubset ? u"[" : u""});
+        XercesReader::doctypeDecl(element, publicId, systemId, hasInternalSubset, hasExternalSubset);
     }
 
     void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored) override

@@ -1,6 +1,7 @@
 #include "vancorexml/main/parser/XercesMemory.h"
 
 #include <cstring>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -12,14 +13,46 @@ void* XercesMemory::allocate(XMLSize_t size)
 {
     if (CallStack::GetAddress() < m_lowestAddress)
         CheckStack();
+    void* block = nullptr;
     try {
-        void* const block = m_blocks.Allocate(size);
-        if (m_content == Content::Zero)
-            std::memset(block, 0, size);
-        return block;
+        block = m_blocks.Allocate(size);
     } catch (const std::bad_alloc&) {
-        throw XercesOutOfMemory();
     }
+    // The reserve depends on the exceptions that are handled, so this stands behind the handler.
+    if (!block)
+        block = AllocateFromReserve(size);
+    if (!block)
+        throw XercesOutOfMemory();
+    if (m_content == Content::Zero)
+        std::memset(block, 0, size);
+    return block;
+}
+
+void* XercesMemory::AllocateFromReserve(std::size_t size) noexcept
+{
+    // Half of the blocks are only for destructors that run because of an exception, whatever took the others. A
+    // vector of Xerces that grows needs two.
+    const bool mustNotThrow = m_isDestroying || std::uncaught_exceptions() > 0 || std::current_exception();
+    return m_reserve.Lend(mustNotThrow ? 0 : Reserve::BlockCount / 2, size);
+}
+
+void XercesMemory::KeepReserve()
+{
+    if (!m_reserve.IsFilled())
+        m_reserve.Fill(allocate(Reserve::BlockCount * Reserve::BlockSize));
+}
+
+void* XercesMemory::Reserve::Lend(std::size_t first, std::size_t size) noexcept
+{
+    if (!m_memory || size > BlockSize)
+        return nullptr;
+    for (std::size_t i = first; i < BlockCount; ++i) {
+        if (!m_isLent[i]) {
+            m_isLent[i] = true;
+            return m_memory + i * BlockSize;
+        }
+    }
+    return nullptr;
 }
 
 xercesc::MemoryManager* XercesMemory::getExceptionMemoryManager()

@@ -119,7 +119,10 @@ XercesReader::XercesReader(xercesc::XMLGrammarPool* schemas)
       SAX2XMLReaderImpl(&m_memory, m_grammars.get())
 {}
 
-XercesReader::~XercesReader() = default;
+XercesReader::~XercesReader()
+{
+    m_memory.BeginDestruction();
+}
 
 void XercesReader::parse(const xercesc::InputSource& source)
 {
@@ -129,4 +132,14 @@ void XercesReader::parse(const xercesc::InputSource& source)
 bool XercesReader::parseFirst(const xercesc::InputSource& source, xercesc::XMLPScanToken& token)
 {
     return SAX2XMLReaderImpl::parseFirst(XercesReaderSource(source, m_stream, m_memory), token);
+}
+
+void XercesReader::doctypeDecl(const xercesc::DTDElementDecl& element,
+    const XMLCh* publicId,
+    const XMLCh* systemId,
+    bool hasInternalSubset,
+    bool hasExternalSubset)
+{
+    m_memory.KeepReserve();
+    SAX2XMLReaderImpl::doctypeDecl(element, publicId, systemId, hasInternalSubset, hasExternalSubset);
 }

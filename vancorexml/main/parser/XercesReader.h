@@ -67,6 +67,13 @@ public:
     using SAX2XMLReaderImpl::parseFirst;
     bool parseFirst(const xercesc::InputSource& source, xercesc::XMLPScanToken& token) override;
 
+    // An override must call this: the document type may declare content models.
+    void doctypeDecl(const xercesc::DTDElementDecl& element,
+        const XMLCh* publicId,
+        const XMLCh* systemId,
+        bool hasInternalSubset,
+        bool hasExternalSubset) override;
+
     // Returns the memory of the reader, which must not outlive it.
     XercesMemory& GetMemory() noexcept { return m_memory; }
 

@@ -93,7 +93,7 @@ void DocumentReader::doctypeDecl(const xercesc::DTDElementDecl& element,
     bool hasExternalSubset)
 {
     m_mayHaveReferences = true;
-    SAX2XMLReaderImpl::doctypeDecl(element, publicId, systemId, hasInternalSubset, hasExternalSubset);
+    XercesReader::doctypeDecl(element, publicId, systemId, hasInternalSubset, hasExternalSubset);
 }
 
 void DocumentReader::attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute, bool isIgnored)
@@ -431,6 +431,7 @@ void XercesXMLParserImpl::PrepareSchemas()
 
 void XercesXMLParserImpl::LoadGrammar(const XercesInputSource& source, const VString& id)
 {
+    m_schemas->memory.KeepReserve();
     m_handler->BeginSchema(id, source, m_schemas->memory);
     try {
         if (const auto nul = NulFinder::Find(source.Get(), source.View()))
