@@ -139,12 +139,14 @@ TEST_P(ParsingFaultTest, ValidationFailsCleanly)
                 EXPECT_EQ(Describe(outcome), expected);
             }
         };
-        // Each parse compiles the schema, and the cache keeps no memory.
+        // Each parse compiles the schema, and the cache keeps no memory, even if the parse throws.
         const auto parse = [&] {
-            SchemaCache::Clear();
-            Outcome outcome = Parse(*MakeValidatingParser(), bytes);
-            SchemaCache::Clear();
-            return outcome;
+            struct Clear {
+                Clear() { SchemaCache::Clear(); }
+                ~Clear() { SchemaCache::Clear(); }
+            };
+            const Clear clear;
+            return Parse(*MakeValidatingParser(), bytes);
         };
         FailEachAllocation(parse, check);
     }
