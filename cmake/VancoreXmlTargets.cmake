@@ -194,9 +194,10 @@ endfunction()
 # Adds a program of GoogleTest cases. Each case is a test of CTest, except with a sanitizer. The sources listed as
 # SOURCES are compiled in batches. Each source listed as ALONE is compiled alone, because it defines a name that another
 # source also defines.
-#   vancorexml_add_tests(NAME SOURCES ... ALONE ... LIBRARIES ...)
+#   vancorexml_add_tests(NAME SOURCES ... ALONE ... LIBRARIES ... [SHARDS NUMBER])
+# SHARDS is the number of parts of a long program.
 function(vancorexml_add_tests name)
-    cmake_parse_arguments(arg "" "" "SOURCES;ALONE;LIBRARIES" ${ARGN})
+    cmake_parse_arguments(arg "" "SHARDS" "SOURCES;ALONE;LIBRARIES" ${ARGN})
     add_executable(${name} ${arg_SOURCES} ${arg_ALONE})
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} cpu_time GTest::gtest_main)
     vancorexml_test_settings(${name})
@@ -224,8 +225,8 @@ function(vancorexml_add_tests name)
     endforeach()
 
     # A program starts slowly with a sanitizer or with Wine, and ends slowly when it measures its coverage. So the whole
-    # program is one test of CTest there. The thread sanitizer runs only the cases with "Thread" in their names; the
-    # target thread_tests builds the programs that have some.
+    # program, or each of its shards, is one test of CTest there. The thread sanitizer runs only the cases with "Thread"
+    # in their names; the target thread_tests builds the programs that have some.
     if(VANCOREXML_SANITIZE STREQUAL "thread")
         if(has_thread_tests)
             add_test(NAME ${name}.Thread COMMAND ${name} --gtest_filter=*Thread*)
@@ -236,8 +237,22 @@ function(vancorexml_add_tests name)
             add_dependencies(thread_tests ${name})
         endif()
     elseif(VANCOREXML_SANITIZE OR CMAKE_CROSSCOMPILING OR CMAKE_CXX_FLAGS MATCHES "--coverage")
-        add_test(NAME ${name} COMMAND ${name})
-        set_tests_properties(${name} PROPERTIES TIMEOUT 1200)
+        if(NOT arg_SHARDS)
+            set(arg_SHARDS 1)
+        endif()
+        foreach(shard RANGE 1 ${arg_SHARDS})
+            math(EXPR index "${shard} - 1")
+            set(test ${name})
+            if(arg_SHARDS GREATER 1)
+                string(APPEND test .${shard})
+            endif()
+            add_test(NAME ${test} COMMAND ${name})
+            set_tests_properties(${test} PROPERTIES
+                ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${index}" TIMEOUT 1200)
+            if(arg_SHARDS GREATER 1)
+                set_tests_properties(${test} PROPERTIES COST 1000)  # CTest starts long programs first
+            endif()
+        endforeach()
     else()
         gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 600)
     endif()
