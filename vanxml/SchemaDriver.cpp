@@ -84,6 +84,7 @@ SchemaDriver::SchemaDriver(const SchemaReference& schema)
       m_parser(XercesXMLParser::Create(*m_nothing, m_handler))
 {
     m_parser->SetEnableReferenceChecks(true);
+    m_parser->SetEnableContent(false);
     std::vector<ParseDiagnostic> loadErrors;
     try {
         Load(schema);

@@ -75,6 +75,23 @@ std::vector<std::string> Format(const std::vector<ParseDiagnostic>& diagnostics)
 
 using Lines = std::vector<std::string>;
 
+// Parses again without content, which must give the same messages and call no handler.
+void ExpectSameWithoutContent(XercesXMLParser& parser, const std::string& document)
+{
+    const std::vector<VString> errors = parser.GetErrors();
+    const std::vector<VString> warnings = parser.GetWarnings();
+    const Lines diagnostics = Format(parser.GetDiagnostics());
+    const auto handler = std::make_shared<testsupport::RecordingHandler>();
+    Utf8InputSource source(document, "id", true);
+    parser.Reload(source, handler);
+    parser.SetEnableContent(false);
+    parser.Parse();
+    EXPECT_EQ(parser.GetErrors(), errors);
+    EXPECT_EQ(parser.GetWarnings(), warnings);
+    EXPECT_EQ(Format(parser.GetDiagnostics()), diagnostics);
+    EXPECT_TRUE(handler->events.empty());
+}
+
 std::vector<ParseDiagnostic> Diagnose(
     const std::string& document, const char* xsd = nullptr, bool checksReferences = false)
 {
@@ -87,8 +104,9 @@ std::vector<ParseDiagnostic> Diagnose(
     const auto isError = [](const ParseDiagnostic& diagnostic) {
         return diagnostic.severity != ParseDiagnostic::Severity::Warning;
     };
-    const std::vector<ParseDiagnostic>& diagnostics = parser->GetDiagnostics();
+    std::vector<ParseDiagnostic> diagnostics = parser->GetDiagnostics();
     EXPECT_EQ(std::any_of(diagnostics.begin(), diagnostics.end(), isError), parser->HasErrors());
+    ExpectSameWithoutContent(*parser, document);
     return diagnostics;
 }
 

@@ -292,6 +292,20 @@ TEST(XercesXMLParserTest, SourceWithoutXercesViewIsAnError)
     EXPECT_EQ(parser->GetErrors(), std::vector<VString>{"Unexpected exception"});
 }
 
+TEST(XercesXMLParserTest, PassesContentOnlyWhileThisIsEnabled)
+{
+    const auto handler = std::make_shared<RecordingHandler>();
+    Utf8InputSource source("<a b='1'>x<c/></a>", "id", false);
+    const auto parser = XercesXMLParser::Create(source, handler);
+    parser->SetEnableContent(false);
+    parser->Parse();
+    EXPECT_EQ(handler->events, Events{});
+    source.ResetToStart();
+    parser->SetEnableContent(true);
+    parser->Parse();
+    EXPECT_EQ(handler->events, (Events{"<a b='1'>", "x", "<c>", "</>", "</>"}));
+}
+
 TEST(XercesXMLParserTest, ParsingWithOldErrorsAsserts)
 {
     // Parse() clears the errors, so only a derived class can reach the assertion.

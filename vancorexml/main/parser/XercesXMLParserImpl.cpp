@@ -193,10 +193,13 @@ void DocumentReader::startElement(const xercesc::XMLElementDecl& element,
         if (element.getId() > MostUndeclaredElements)
             RefuseUndeclaredElements();
     }
-    const XMLCh* const name = GetQName(element, prefix);
-    if (m_findsReferences)
-        m_mayHaveReferences |= !m_prefixes.StartElement(name, attributes, count).empty();
-    m_handler->startElement(name, attributes, count);
+    if (m_findsReferences || m_reportsContent) {
+        const XMLCh* const name = GetQName(element, prefix);
+        if (m_findsReferences)
+            m_mayHaveReferences |= !m_prefixes.StartElement(name, attributes, count).empty();
+        if (m_reportsContent)
+            m_handler->startElement(name, attributes, count);
+    }
     if (isEmpty)
         EndElement();
     else
@@ -218,7 +221,8 @@ void DocumentReader::EndElement()
 {
     if (m_findsReferences)
         m_prefixes.EndElement();
-    m_handler->endElement();
+    if (m_reportsContent)
+        m_handler->endElement();
 }
 
 void DocumentReader::endElement(const xercesc::XMLElementDecl&, unsigned int, bool, const XMLCh*)
@@ -230,7 +234,7 @@ void DocumentReader::endElement(const xercesc::XMLElementDecl&, unsigned int, bo
 // Drops the white space outside of the root element.
 void DocumentReader::docCharacters(const XMLCh* text, XMLSize_t length, bool)
 {
-    if (m_depth != 0)
+    if (m_depth != 0 && m_reportsContent)
         m_handler->characters(text, length);
 }
 
@@ -598,6 +602,7 @@ void XercesXMLParserImpl::ReadDocument(const xercesc::InputSource& source, std::
 {
     m_reader->SetUncheckedEnd(uncheckedEnd);
     m_reader->SetFindsDoubtfulReferences(m_checksReferences);
+    m_reader->SetReportsContent(m_reportsContent);
     m_handler->CheckEntitiesOf(source);
     const XercesStackGuard guard(m_reader->GetMemory(), [this] { m_handler->RefuseDeepStack(); });
     xercesc::XMLPScanToken token;

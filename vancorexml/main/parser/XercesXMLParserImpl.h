@@ -40,6 +40,8 @@ public:
 
     // Makes the next parse find out whether the document may have doubtful references.
     void SetFindsDoubtfulReferences(bool finds) noexcept { m_findsReferences = finds; }
+    // Makes the next parse pass elements and text to the handler, or only messages.
+    void SetReportsContent(bool reports) noexcept { m_reportsContent = reports; }
     // True if the document has a document type, or a name that breaks the rules of namespaces.
     bool MayHaveDoubtfulReferences() const noexcept { return m_mayHaveReferences; }
 
@@ -87,6 +89,7 @@ private:
     bool m_hasNamespaces = false;
     XMLSize_t m_depth = 0;
     std::u16string m_qname;
+    bool m_reportsContent = true;
     bool m_findsReferences = false;
     bool m_mayHaveReferences = false;
     NamespacePrefixes m_prefixes;
@@ -109,6 +112,7 @@ public:
     void Reload(InputSource& input, std::shared_ptr<TreeBuilder> builder) override;
     std::vector<VString> GetLoadedXSDs() const override { return m_loadedXSDs; }
     void SetEnableReferenceChecks(bool enable) override { m_checksReferences = enable; }
+    void SetEnableContent(bool enable) override { m_reportsContent = enable; }
     void GetCurrentLocation(int& line, int& column) override;
 
 protected:
@@ -162,4 +166,5 @@ private:
     std::unique_ptr<XercesXMLHandler> m_handler;
     std::vector<VString> m_loadedXSDs;
     bool m_checksReferences = false;
+    bool m_reportsContent = true;
 };
