@@ -27,7 +27,7 @@ CheckedDocument CheckFile(DocumentChecker& checker, const CheckReport& report, c
         return checker.Check(file.name);
     CheckedDocument result;
     result.status = ExitStatus::Failed;
-    result.messages.push_back({report.FormatFailure(VString(), file.error), std::nullopt});
+    result.messages.push_back({report.FormatFailure(VString(), file.error), std::nullopt, VString()});
     return result;
 }
 
@@ -82,10 +82,11 @@ void AddReportOptions(CLI::App& command, std::string& format, std::string& color
         .add_option("--format",
             format,
             "The form of the messages: text for people; gcc for one line a message; json for one JSON object a line; "
-            "sarif for a SARIF 2.1.0 log. json and sarif are written to standard output")
-        ->check(IsOneOf({"text", "gcc", "json", "sarif"}))
+            "sarif for a SARIF 2.1.0 log; html for a page to look at in a browser. json, sarif and html are written to "
+            "standard output, the others to standard error")
+        ->check(IsOneOf({"text", "gcc", "json", "sarif", "html"}))
         ->capture_default_str()
-        ->type_name("text|gcc|json|sarif");
+        ->type_name("text|gcc|json|sarif|html");
     AddColorOption(command, colors);
 }
 
@@ -118,6 +119,9 @@ void CheckCommand::AddTo(CLI::App& application)
         ->capture_default_str()
         ->type_name("auto|hints|none|NAME|FILE.xsd");
     AddReportOptions(*command, m_format, m_colors);
+    CLI::Option* const output =
+        command->add_option("-o,--output", m_output, "Write the messages to the file OUT; - is standard output")
+            ->type_name("OUT");
     CLI::Option* const most =
         command->add_option("--max-errors", m_mostMessages, "Print at most N messages, and the number of the others")
             ->check(IsWholeNumber(0, 1'000'000'000))
@@ -125,7 +129,8 @@ void CheckCommand::AddTo(CLI::App& application)
     command
         ->add_flag(
             "--quiet", m_isQuiet, "Print nothing but mistakes in the command line; the exit status tells the result")
-        ->excludes(most);
+        ->excludes(most)
+        ->excludes(output);
     command->add_flag("--strict", m_isStrict, "End with status 1 if there are warnings");
     AddJobsOption(*command, m_jobs);
     m_command = command;
@@ -141,7 +146,9 @@ ExitStatus CheckCommand::Run()
     const auto start = std::chrono::steady_clock::now();
     const std::vector<SelectedFile> files = m_selection.Select().files;
     const SchemaOption schema(m_schema);
-    const std::unique_ptr<CheckReport> report = CheckReport::Create(m_format, TextStyle::ForStandardError(m_colors));
+    const bool mayBeTerminal = !m_output;
+    const TextStyle style = TextStyle::ForStandardError(mayBeTerminal || m_colors != "auto" ? m_colors : "never");
+    const std::unique_ptr<CheckReport> report = CheckReport::Create(m_format, style, m_output);
     const std::size_t mostMessages = m_isQuiet ? 0 : m_mostMessages;
     const auto makeJob = [&]() -> JobQueue<CheckedDocument>::Job {
         const auto checker = std::make_shared<DocumentChecker>(schema, *report, mostMessages);
@@ -163,9 +170,10 @@ ExitStatus CheckCommand::Run()
     if (m_isStrict && summary.warnings > 0)
         status = Worse(status, ExitStatus::Faulty);
     if (!m_isQuiet) {
-        report->Finish(summary.unchecked, limited.Omitted());
+        report->Finish(summary, limited.Omitted());
         const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - start;
-        WriteSummary(summary, limited.Omitted(), duration.count(), report->IsForPrograms());
+        WriteSummary(
+            summary, limited.Omitted(), duration.count(), report->IsForPrograms() && report->IsOnStandardOutput());
     }
     return status;
 }

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <string>
 
 #include "vanxml/Command.h"
@@ -21,6 +22,7 @@ private:
     std::string m_schema = "auto";
     std::string m_format = "text";
     std::string m_colors = "auto";
+    std::optional<std::string> m_output;
     std::size_t m_mostMessages = std::numeric_limits<std::size_t>::max();
     bool m_isQuiet = false;
     bool m_isStrict = false;

@@ -3,25 +3,28 @@
 #include "vanxml/DiagnosticJson.h"
 #include "vanxml/DiagnosticText.h"
 #include "vanxml/ErrorLines.h"
+#include "vanxml/HtmlReport.h"
 #include "vanxml/SarifReport.h"
 #include "vanxml/StandardStreams.h"
 
 namespace {
 
-// Writes lines to standard error.
+// Writes lines for people.
 class LineReport : public CheckReport {
 public:
+    explicit LineReport(const std::optional<std::string>& file) : CheckReport(file, OperatingSystem::Stream::Error) {}
+
     std::string FormatFailure(const VString&, const std::string& message) const override
     {
         return FormatErrorLine(message);
     }
 
-    void Write(const CheckMessage& message) override { StandardStreams::WriteError(message.text); }
+    void Write(const CheckMessage& message) override { WriteBytes(message.text); }
 };
 
 class TextReport : public LineReport {
 public:
-    explicit TextReport(const TextStyle& style) : m_style(style) {}
+    TextReport(const TextStyle& style, const std::optional<std::string>& file) : LineReport(file), m_style(style) {}
 
     bool ShowsExcerpts() const override { return true; }
 
@@ -37,15 +40,19 @@ private:
 
 class GccReport : public LineReport {
 public:
+    using LineReport::LineReport;
+
     std::string FormatDiagnostic(const ParseDiagnostic& diagnostic, const std::optional<SourceExcerpt>&) const override
     {
         return FormatDiagnosticLine(VString(), diagnostic);
     }
 };
 
-// Writes one JSON object on each line of standard output.
+// Writes one JSON object on each line.
 class JsonReport : public CheckReport {
 public:
+    explicit JsonReport(const std::optional<std::string>& file) : CheckReport(file, OperatingSystem::Stream::Output) {}
+
     bool IsForPrograms() const override { return true; }
 
     std::string FormatDiagnostic(const ParseDiagnostic& diagnostic, const std::optional<SourceExcerpt>&) const override
@@ -58,18 +65,49 @@ public:
         return FailureToJson(file, message) + "\n";
     }
 
-    void Write(const CheckMessage& message) override { StandardStreams::Write(message.text); }
+    void Write(const CheckMessage& message) override { WriteBytes(message.text); }
 };
 
 }  // namespace
 
-std::unique_ptr<CheckReport> CheckReport::Create(const std::string& format, const TextStyle& style)
+std::unique_ptr<CheckReport> CheckReport::Create(
+    const std::string& format, const TextStyle& style, const std::optional<std::string>& file)
 {
     if (format == "gcc")
-        return std::make_unique<GccReport>();
+        return std::make_unique<GccReport>(file);
     if (format == "json")
-        return std::make_unique<JsonReport>();
+        return std::make_unique<JsonReport>(file);
     if (format == "sarif")
-        return std::make_unique<SarifReport>();
-    return std::make_unique<TextReport>(style);
+        return std::make_unique<SarifReport>(file);
+    if (format == "html")
+        return std::make_unique<HtmlReport>(file);
+    return std::make_unique<TextReport>(style, file);
+}
+
+CheckReport::CheckReport(const std::optional<std::string>& file, OperatingSystem::Stream stream) : m_stream(stream)
+{
+    if (file)
+        m_file.emplace(VString::fromStdString(*file));
+}
+
+bool CheckReport::IsOnStandardOutput() const
+{
+    return m_file ? m_file->IsStandardOutput() : m_stream == OperatingSystem::Stream::Output;
+}
+
+void CheckReport::WriteBytes(std::string_view bytes)
+{
+    if (m_file)
+        m_file->Write(bytes);
+    else if (m_stream == OperatingSystem::Stream::Output)
+        StandardStreams::Write(bytes);
+    else
+        StandardStreams::WriteError(bytes);
+}
+
+void CheckReport::Finish(const CheckSummary& summary, std::size_t omitted)
+{
+    WriteEnd(summary, omitted);
+    if (m_file)
+        StandardStreams::WriteError(FormatOtherNamesWarning(m_file->Name(), m_file->Finish()));
 }

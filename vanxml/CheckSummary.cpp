@@ -4,18 +4,9 @@
 
 namespace {
 
-// Returns the number with a comma in front of each group of three digits.
-std::string Grouped(unsigned long long number)
-{
-    std::string text = std::to_string(number);
-    for (std::size_t behind = 3; behind < text.size(); behind += 4)
-        text.insert(text.size() - behind, 1, ',');
-    return text;
-}
-
 std::string Count(std::size_t count, const char* name)
 {
-    return Grouped(count) + " " + name + (count == 1 ? "" : "s");
+    return CheckSummary::FormatNumber(count) + " " + name + (count == 1 ? "" : "s");
 }
 
 }  // namespace
@@ -36,7 +27,7 @@ std::string CheckSummary::Format() const
 {
     return Count(documents, "document") + ", " + Count(errors, "error") +
         (warnings > 0 ? ", " + Count(warnings, "warning") : "") +
-        (unchecked > 0 ? ", " + Grouped(unchecked) + " not checked" : "");
+        (unchecked > 0 ? ", " + FormatNumber(unchecked) + " not checked" : "");
 }
 
 std::string CheckSummary::FormatSpeed(double seconds) const
@@ -45,11 +36,19 @@ std::string CheckSummary::FormatSpeed(double seconds) const
     if (tenths == 0)
         return std::string();
     const auto speed = std::llround(static_cast<double>(bytes) / 1e6 / seconds);
-    return "; " + Grouped(static_cast<unsigned long long>(tenths / 10)) + "." + std::to_string(tenths % 10) + " s, " +
-        Grouped(static_cast<unsigned long long>(speed)) + " MB/s";
+    return "; " + FormatNumber(static_cast<unsigned long long>(tenths / 10)) + "." + std::to_string(tenths % 10) +
+        " s, " + FormatNumber(static_cast<unsigned long long>(speed)) + " MB/s";
 }
 
 std::string CheckSummary::FormatOmitted(std::size_t messages)
 {
-    return Grouped(messages) + (messages == 1 ? " more message is" : " more messages are") + " not shown";
+    return FormatNumber(messages) + (messages == 1 ? " more message is" : " more messages are") + " not shown";
+}
+
+std::string CheckSummary::FormatNumber(unsigned long long number)
+{
+    std::string text = std::to_string(number);
+    for (std::size_t behind = 3; behind < text.size(); behind += 4)
+        text.insert(text.size() - behind, 1, ',');
+    return text;
 }

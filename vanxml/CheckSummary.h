@@ -22,4 +22,6 @@ struct CheckSummary {
     std::string FormatSpeed(double seconds) const;
     // Returns a text such as "12 more messages are not shown".
     static std::string FormatOmitted(std::size_t messages);
+    // Returns the number with a comma in front of each group of three digits.
+    static std::string FormatNumber(unsigned long long number);
 };

@@ -27,6 +27,12 @@ std::optional<SourceExcerpt> FindSchemaExcerpt(const ParseDiagnostic& error)
     }
 }
 
+CheckMessage MakeMessage(
+    const CheckReport& report, const ParseDiagnostic& diagnostic, const std::optional<SourceExcerpt>& excerpt)
+{
+    return {report.FormatDiagnostic(diagnostic, excerpt), diagnostic.code, diagnostic.sourceId, !IsError(diagnostic)};
+}
+
 }  // namespace
 
 std::size_t CheckedDocument::Size() const
@@ -56,7 +62,7 @@ CheckedDocument DocumentChecker::Check(const VString& name)
     } catch (...) {
         CheckedDocument result;
         result.status = ExitStatus::Failed;
-        result.messages.push_back({m_report.FormatFailure(name, DescribeException(name)), std::nullopt});
+        result.messages.push_back({m_report.FormatFailure(name, DescribeException(name)), std::nullopt, name});
         return result;
     }
 }
@@ -81,7 +87,7 @@ bool DocumentChecker::CheckAgainst(const SchemaReference& schema, SourceDocument
         result.brokenSchema = schema.name.toStdString();
         if (m_report.IsForPrograms()) {
             const std::string reason = "not checked, because the schema '" + result.brokenSchema + "' cannot be used";
-            result.failure = {m_report.FormatFailure(source.Name(), reason), std::nullopt};
+            result.failure = {m_report.FormatFailure(source.Name(), reason), std::nullopt, source.Name()};
         }
         return false;
     }
@@ -98,7 +104,7 @@ void DocumentChecker::AddSchemaErrors(const std::vector<ParseDiagnostic>& errors
         std::optional<SourceExcerpt> excerpt;
         if (m_report.ShowsExcerpts())
             excerpt = FindSchemaExcerpt(errors[i]);
-        result.messages.push_back({m_report.FormatDiagnostic(errors[i], excerpt), errors[i].code});
+        result.messages.push_back(MakeMessage(m_report, errors[i], excerpt));
     }
 }
 
@@ -131,5 +137,5 @@ void DocumentChecker::Add(const std::vector<ParseDiagnostic>& diagnostics,
     if (m_report.ShowsExcerpts() && count > 0)
         excerpts = findExcerpts(shown);
     for (std::size_t i = 0; i < count; ++i)
-        result.messages.push_back({m_report.FormatDiagnostic(shown[i], excerpts[i]), shown[i].code});
+        result.messages.push_back(MakeMessage(m_report, shown[i], excerpts[i]));
 }

@@ -16,6 +16,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr std::size_t mostWaiting = 65536;
+
 bool IsDeviceOrPipe(const fs::path& file)
 {
     switch (OperatingSystem::TypeOf(file)) {
@@ -49,6 +51,14 @@ void WriteDevice(const VString& name, const fs::path& device, std::string_view b
     }
 }
 
+// The stream that the name of an output file means.
+std::optional<OperatingSystem::Stream> FindStreamOf(const VString& name)
+{
+    if (name == "-")
+        return OperatingSystem::Stream::Output;
+    return OperatingSystem::FindStream(fs::path(name.View()));
+}
+
 // Replaces the file if it exists.
 std::size_t WriteWholeFile(const VString& name, std::string_view bytes)
 {
@@ -80,6 +90,43 @@ std::size_t WriteOutputFile(const VString& name, std::string_view bytes)
     else
         return WriteWholeFile(name, bytes);
     return 0;
+}
+
+StreamedOutputFile::StreamedOutputFile(const VString& name)
+    : m_name(name),
+      m_isDevice(!FindStreamOf(name) && IsDeviceOrPipe(fs::path(name.View())))
+{
+    if (!m_isDevice && !FindStreamOf(name))
+        m_file = std::make_unique<FileReplacement>(VPath(name));
+}
+
+bool StreamedOutputFile::IsStandardOutput() const
+{
+    return FindStreamOf(m_name) == OperatingSystem::Stream::Output;
+}
+
+void StreamedOutputFile::Write(std::string_view bytes)
+{
+    if (const std::optional<OperatingSystem::Stream> stream = FindStreamOf(m_name)) {
+        WriteStream(m_name, *stream, bytes);
+        return;
+    }
+    m_waiting += bytes;
+    if (m_file && m_waiting.size() >= mostWaiting) {
+        m_file->Write(m_waiting);
+        m_waiting.clear();
+    }
+}
+
+std::size_t StreamedOutputFile::Finish()
+{
+    if (m_isDevice)
+        WriteDevice(m_name, fs::path(m_name.View()), m_waiting);
+    if (!m_file)
+        return 0;
+    m_file->Write(m_waiting);
+    m_file->Commit();
+    return m_file->OtherNames();
 }
 
 std::string FormatOtherNamesWarning(const VString& name, std::size_t otherNames)

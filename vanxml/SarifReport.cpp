@@ -11,7 +11,6 @@
 #include "vanxml/DiagnosticText.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/OperatingSystem.h"
-#include "vanxml/StandardStreams.h"
 
 namespace {
 
@@ -155,11 +154,11 @@ void SarifReport::Write(const CheckMessage& message)
         return;
     }
     m_codes.insert(*message.code);
-    StandardStreams::Write((m_hasResults ? ",\n" : "\n") + message.text);
+    WriteBytes((m_hasResults ? ",\n" : "\n") + message.text);
     m_hasResults = true;
 }
 
-void SarifReport::Finish(std::size_t unchecked, std::size_t omitted)
+void SarifReport::WriteEnd(const CheckSummary& summary, std::size_t omitted)
 {
     WriteStart();
     if (omitted > 0)
@@ -167,10 +166,9 @@ void SarifReport::Finish(std::size_t unchecked, std::size_t omitted)
     std::string notifications;
     for (const std::string& notification : m_notifications)
         notifications += (notifications.empty() ? "\n" : ",\n") + notification;
-    const std::string isSuccessful = unchecked == 0 ? "true" : "false";
-    StandardStreams::Write("],\n\"invocations\":[{\"executionSuccessful\":" + isSuccessful +
-        ",\"toolExecutionNotifications\":[" + notifications +
-        "]}],\n\"tool\":" + ToText({{QStringLiteral("driver"), Driver(m_codes)}}) + "}]}\n");
+    const std::string isSuccessful = summary.unchecked == 0 ? "true" : "false";
+    WriteBytes("],\n\"invocations\":[{\"executionSuccessful\":" + isSuccessful + ",\"toolExecutionNotifications\":[" +
+        notifications + "]}],\n\"tool\":" + ToText({{QStringLiteral("driver"), Driver(m_codes)}}) + "}]}\n");
 }
 
 void SarifReport::WriteStart()
@@ -178,6 +176,6 @@ void SarifReport::WriteStart()
     if (m_hasStarted)
         return;
     m_hasStarted = true;
-    StandardStreams::Write("{\"version\":\"2.1.0\",\"$schema\":\"https://json.schemastore.org/sarif-2.1.0.json\",\n"
-                           "\"runs\":[{\"columnKind\":\"utf16CodeUnits\",\"results\":[");
+    WriteBytes("{\"version\":\"2.1.0\",\"$schema\":\"https://json.schemastore.org/sarif-2.1.0.json\",\n"
+               "\"runs\":[{\"columnKind\":\"utf16CodeUnits\",\"results\":[");
 }

@@ -6,21 +6,25 @@
 
 #include "vanxml/CheckReport.h"
 
-// Writes a SARIF 2.1.0 log with one run to standard output. Failures become notifications of the invocation, and so
-// does the number of omitted messages.
+// Writes a SARIF 2.1.0 log with one run. Failures become notifications of the invocation, and so does the number of
+// omitted messages.
 //
 // The results are written as they come, and the rules behind them, so the memory does not grow with the number of
 // results.
 class SarifReport : public CheckReport {
 public:
+    explicit SarifReport(const std::optional<std::string>& file = std::nullopt)
+        : CheckReport(file, OperatingSystem::Stream::Output)
+    {}
+
     bool IsForPrograms() const override { return true; }
     std::string FormatDiagnostic(
         const ParseDiagnostic& diagnostic, const std::optional<SourceExcerpt>& excerpt) const override;
     std::string FormatFailure(const VString& file, const std::string& message) const override;
     void Write(const CheckMessage& message) override;
-    void Finish(std::size_t unchecked, std::size_t omitted) override;
 
 private:
+    void WriteEnd(const CheckSummary& summary, std::size_t omitted) override;
     void WriteStart();
 
     bool m_hasStarted = false;

@@ -310,7 +310,7 @@ TEST_F(CheckReportTest, UnknownFormatsAreMistakes)
 
 TEST_F(CheckReportTest, QuietPrintsNothing)
 {
-    for (const char* format : {"text", "gcc", "json", "sarif"}) {
+    for (const char* format : {"text", "gcc", "json", "sarif", "html"}) {
         const ToolResult result = Check({"--quiet", "--format", format, "bad.xml", "missing.xml"});
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.output + result.errors, "") << format;

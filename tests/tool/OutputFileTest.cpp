@@ -423,6 +423,7 @@ TEST_F(OutputFileTest, FullStandardOutputIsReportedByAllCommands)
         {"check", name},
         {"check", "--format", "json", faulty},
         {"check", "--format", "sarif", faulty},
+        {"check", "--format", "html", faulty},
         {"format", name, "--check"},
         {"format", name, "--diff"},
         {"edit", name, "--at", "//b", "--set", "c=1"},
