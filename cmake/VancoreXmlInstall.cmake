@@ -8,6 +8,7 @@ install(TARGETS ${modules} EXPORT vancorexml
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 if(VANCOREXML_TOOL)
     install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)
+    add_subdirectory(vanxml/shell)
 endif()
 
 # The public headers. All other headers are private, and no public header includes one of them. No public header
