@@ -42,7 +42,8 @@ const Examples allExamples[] = {
         "  vanxml check --schema kxa-10.2 a.kxa             check against the schema of another version\n"
         "  vanxml check --schema book.xsd book.xml          check against a schema file\n"
         "  vanxml check --schema hints book.xml             check against the schema that the document names\n"
-        "  vanxml check --format sarif --recursive docs     write a log for code hosts\n"},
+        "  vanxml check --format sarif --recursive docs     write a log for code hosts\n"
+        "  vanxml check --format html -o report.html *.kxa  write a page for a browser\n"},
     {"retarget",
         "Examples:\n"
         "  vanxml retarget a.kxa --data-source orders=sales --in-place     rename a data source in the file\n"

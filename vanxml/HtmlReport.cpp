@@ -22,6 +22,9 @@ constexpr const char* failureKind = "not-checked";
 // Once the shown messages are so many, the messages of further documents are folded.
 constexpr std::size_t mostUnfolded = 1000;
 
+constexpr std::size_t barLength = 1000;
+constexpr std::size_t shortestBar = 5;  // so that it is visible
+
 std::string Escape(const VString& text)
 {
     return EscapeHtml(text.toStdString());
@@ -172,7 +175,7 @@ void HtmlReport::WriteRow()
         m_counts.errors == 0 && m_counts.failures > 0 ? std::string("<td>not checked</td>") : Cell(m_counts.errors);
     const bool isFolded = m_unfolded >= mostUnfolded;
     if (!isFolded)
-        m_unfolded += m_counts.errors + m_counts.warnings + m_counts.failures;
+        m_unfolded += m_counts.Total();
     WriteBytes("<tbody>\n<tr class=\"name\"><th scope=\"row\"><button type=\"button\" aria-expanded=\"" +
         std::string(isFolded ? "false" : "true") + "\" aria-controls=\"" + id + "\">" + name + "</button></th>" +
         errors + Cell(m_counts.warnings) + "</tr>\n<tr class=\"messages\" id=\"" + id + "\"" +
@@ -216,30 +219,33 @@ std::string HtmlReport::FormatSummary(const CheckSummary& summary, std::size_t o
 
 std::string HtmlReport::FormatBars() const
 {
-    const auto total = [](const Counts& counts) { return counts.errors + counts.warnings + counts.failures; };
     std::vector<std::pair<std::string, Counts>> kinds(m_kinds.begin(), m_kinds.end());
     std::stable_sort(
-        kinds.begin(), kinds.end(), [&](const auto& a, const auto& b) { return total(a.second) > total(b.second); });
-    const std::size_t most = total(kinds.front().second);
+        kinds.begin(), kinds.end(), [](const auto& a, const auto& b) { return a.second.Total() > b.second.Total(); });
+    const std::size_t most = kinds.front().second.Total();
     std::string text = "<h3>Kinds of messages</h3>\n<ul class=\"bars\">\n";
-    for (const auto& [kind, counts] : kinds) {
-        std::string parts;
-        std::size_t start = 0;
-        const auto add = [&](const char* name, std::size_t count) {
-            const std::size_t width = count * 1000 / most;
-            if (count > 0) {
-                parts += std::string("<rect class=\"") + name + "\" x=\"" + std::to_string(start) + "\" width=\"" +
-                    std::to_string(std::max<std::size_t>(width, 5)) + "\" height=\"1\"/>";
-            }
-            start += width;
-        };
-        add("error", counts.errors);
-        add("warning", counts.warnings);
-        add("failure", counts.failures);
-        text += "<li><button type=\"button\" aria-pressed=\"false\" data-kind=\"" + kind + "\">" +
-            Span("label", kind == failureKind ? "not checked" : kind) +
-            "<svg viewBox=\"0 0 1000 1\" preserveAspectRatio=\"none\" aria-hidden=\"true\">" + parts + "</svg>" +
-            Span("count", CheckSummary::FormatNumber(total(counts))) + "</button></li>\n";
-    }
+    for (const auto& [kind, counts] : kinds)
+        text += FormatBar(kind, counts, most);
     return text + "</ul>\n";
+}
+
+std::string HtmlReport::FormatBar(const std::string& kind, const Counts& counts, std::size_t most)
+{
+    std::string parts;
+    std::size_t start = 0;
+    const auto add = [&](const char* name, std::size_t count) {
+        const std::size_t width = count * barLength / most;
+        if (count > 0) {
+            parts += std::string("<rect class=\"") + name + "\" x=\"" + std::to_string(start) + "\" width=\"" +
+                std::to_string(std::max(width, shortestBar)) + "\" height=\"1\"/>";
+        }
+        start += width;
+    };
+    add("error", counts.errors);
+    add("warning", counts.warnings);
+    add("failure", counts.failures);
+    return "<li><button type=\"button\" aria-pressed=\"false\" data-kind=\"" + kind + "\">" +
+        Span("label", kind == failureKind ? "not checked" : kind) + "<svg viewBox=\"0 0 " + std::to_string(barLength) +
+        " 1\" preserveAspectRatio=\"none\" aria-hidden=\"true\">" + parts + "</svg>" +
+        Span("count", CheckSummary::FormatNumber(counts.Total())) + "</button></li>\n";
 }

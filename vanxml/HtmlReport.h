@@ -35,6 +35,8 @@ private:
         std::size_t errors = 0;
         std::size_t warnings = 0;
         std::size_t failures = 0;
+
+        std::size_t Total() const { return errors + warnings + failures; }
     };
 
     void WriteEnd(const CheckSummary& summary, std::size_t omitted) override;
@@ -43,6 +45,7 @@ private:
     std::string FormatSummary(const CheckSummary& summary, std::size_t omitted) const;
     // Returns a bar for each kind of message, the most frequent first.
     std::string FormatBars() const;
+    static std::string FormatBar(const std::string& kind, const Counts& counts, std::size_t most);
 
     bool m_hasStarted = false;
     std::map<std::string, Counts> m_kinds;

@@ -28,6 +28,19 @@ protected:
         return RunProgram(VANXML_PATH, arguments, std::string(), std::string(), m_folder.Path("").toStdString());
     }
 
+    // Writes a document with 1,000 errors.
+    void WriteManyErrors()
+    {
+        std::string many = "<a>";
+        for (int i = 0; i < 1000; ++i)
+            many += "<b>text</b>";
+        m_folder.Write("many.xml", many + "</a>");
+        m_folder.Write("numbers.xsd",
+            "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:sequence>"
+            "<xs:element name='b' type='xs:int' maxOccurs='unbounded'/>"
+            "</xs:sequence></xs:complexType></xs:element></xs:schema>");
+    }
+
     std::string Read(const char* name) const { return testsupport::TemporaryFolder::Read(m_folder.Path(name)); }
 
     testsupport::TemporaryFolder m_folder;
@@ -85,14 +98,7 @@ TEST_F(HtmlReportTest, TellsHowManyMessagesAreLeftOut)
 
 TEST_F(HtmlReportTest, FoldsTheMessagesBehindTheFirstThousand)
 {
-    std::string many = "<a>";
-    for (int i = 0; i < 1000; ++i)
-        many += "<b>text</b>";
-    m_folder.Write("many.xml", many + "</a>");
-    m_folder.Write("numbers.xsd",
-        "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'><xs:complexType><xs:sequence>"
-        "<xs:element name='b' type='xs:int' maxOccurs='unbounded'/>"
-        "</xs:sequence></xs:complexType></xs:element></xs:schema>");
+    WriteManyErrors();
     const std::string page = Check({"--format", "html", "--schema", "numbers.xsd", "many.xml", "bad.xml"}).output;
     EXPECT_THAT(page, HasSubstr("id=\"f1\"><td"));
     EXPECT_THAT(page, HasSubstr("id=\"f2\" hidden><td"));
@@ -155,6 +161,26 @@ TEST_F(CheckOutputTest, EveryFormIsWrittenToTheFile)
         const bool isForPeople = plain.output == "2 documents, 2 errors\n";
         EXPECT_EQ(Read("report"), isForPeople ? plain.errors : plain.output) << format;
     }
+}
+
+TEST_F(CheckOutputTest, LargeOutputIsWrittenToTheFileAndToADevice)
+{
+    WriteManyErrors();
+    const std::vector<std::string> check{"--format", "json", "--schema", "numbers.xsd", "many.xml"};
+    const auto checkTo = [&](const std::string& file) {
+        std::vector<std::string> arguments{"-o", file};
+        arguments.insert(arguments.end(), check.begin(), check.end());
+        return Check(arguments);
+    };
+    const std::string plain = Check(check).output;
+    ASSERT_GT(plain.size(), 131072u);
+    EXPECT_EQ(checkTo("report").status, 1);
+    EXPECT_EQ(Read("report"), plain);
+#if defined(__linux__)
+    EXPECT_EQ(checkTo("/dev/stdout").output, plain);
+    EXPECT_EQ(checkTo("/dev/null").status, 1);
+    EXPECT_EQ(checkTo("/dev/full").status, 2);
+#endif
 }
 
 TEST_F(CheckOutputTest, DashIsStandardOutput)
