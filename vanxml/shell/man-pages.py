@@ -176,7 +176,9 @@ class Page:
             names = ", ".join(bold(name) for name in option.names)
             words, _ = option.alternatives()
             value = "|".join(bold(each) if each in words else italic(each) for each in option.value.split("|"))
-            label = value if not option.names else f"{names} {value}" if value else names
+            if option.operand and option.operand not in option.value.split("|"):
+                value = italic(option.operand)
+            label = f"{names} {value}".strip()
             text = escape(option.description)
             if option.excludes:
                 text += ". Not together with " + ", ".join(bold(each) for each in option.excludes)
@@ -289,10 +291,12 @@ def find_differences(tool, manual):
     text = "\n".join([manual.behind_synopses, *manual.sections.values()])
     text = re.sub(r"^```.*?^```", "", text, flags=re.DOTALL | re.MULTILINE)
     mentioned = set(MENTIONED_OPTION.findall(" ".join(re.findall(r"`[^`\n]+`", text))))
-    shared = {name for option in tool.options for name in option.names}
-    for option in tool.options:
-        if not mentioned & set(option.names) and not {"--help", "--version"} & set(option.names):
-            found.append(f"docs/vanxml.md does not mention the option {option.names[-1]}")
+    # The synopses need not list the options that the tool or every command has.
+    commands = [each for each in tool.all_commands() if not each.commands]
+    shared = set.intersection(*({name for option in each.options for name in option.names} for each in commands))
+    shared |= {name for option in tool.options for name in option.names}
+    found += [f"docs/vanxml.md does not mention the option {name}" for name in sorted(shared - mentioned)
+              if name not in ("-h", "--help", "--version")]
     for command in tool.commands:
         word = command.words[0]
         options = [option for each in command.all_commands() for option in each.options]

@@ -10,7 +10,8 @@ TIMEOUT = 60  # seconds for one run of the tool
 @dataclasses.dataclass
 class Option:
     """An option, or an operand if it has no names."""
-    names: list  # such as ["-o", "--output"]
+    operand: str  # the name of an operand, such as "FILE"
+    names: list  # of an option, such as ["-o", "--output"]
     value: str  # the placeholder, such as "OUT" or "auto|NAME"; empty for a flag
     default: str
     description: str
@@ -50,7 +51,7 @@ def parse_label(label, description, group, is_operand):
     label, *excludes = re.split(r" Excludes: ", label)
     words = label.split()
     names = words.pop(0)
-    option = Option([] if is_operand else names.split(","), "", "", description, group)
+    option = Option(names if is_operand else "", [] if is_operand else names.split(","), "", "", description, group)
     if is_operand and (not words or words[0] in ("TEXT", "...", "REQUIRED")):
         words[:1] = [names] + [word for word in words[:1] if word != "TEXT"]
     option.is_required = "REQUIRED" in words
