@@ -18,7 +18,8 @@ endfunction()
 # Replaces PREFIX in `commands` by `prefix` and runs them in `folder`.
 function(run_commands commands folder prefix)
     string(REPLACE "PREFIX/lib" "PREFIX/${LIBDIR}" commands "${commands}")
-    string(REPLACE "PREFIX" "${prefix}" commands "${commands}")
+    # Not the PREFIX in CMAKE_PREFIX_PATH.
+    string(REGEX REPLACE "([ =,])PREFIX" "\\1${prefix}" commands "${commands}")
     file(WRITE "${WORK}/commands.sh" "${commands}")
     execute_process(COMMAND sh -ex "${WORK}/commands.sh" WORKING_DIRECTORY "${folder}"
         RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -30,7 +31,9 @@ endfunction()
 # Builds the README's program against the library installed in `prefix`, runs it and checks its output.
 function(build_program prefix)
     file(REMOVE_RECURSE "${program}")
-    file(COPY "${SOURCE}/examples/shop.cpp" DESTINATION "${program}")
+    file(COPY "${SOURCE}/examples/shop.cpp" "${SOURCE}/examples/project/CMakeLists.txt" DESTINATION "${program}")
+    read_commands("cmake -S . -B build-shop" commands)
+    run_commands("${commands}" "${program}" "${prefix}")
     read_commands("export PKG_CONFIG_PATH" commands)
     run_commands("${commands}" "${program}" "${prefix}")
     execute_process(COMMAND "${program}/shop" RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
