@@ -64,7 +64,7 @@ class ScaleTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    VANXML = sys.argv.pop()
+    VANXML = str(pathlib.Path(sys.argv.pop()).resolve())
     if not shutil.which("parallel") or not importlib.util.find_spec("distributed"):
         print("skipped: needs the packages parallel and python3-distributed")
         sys.exit(77)
