@@ -143,3 +143,7 @@ if(NOT WIN32)
 endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/vancorexml.pc.in" "${PROJECT_BINARY_DIR}/vancorexml.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/vancorexml.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+# The printers for GDB and for the debuggers of Visual Studio.
+install(FILES "${PROJECT_SOURCE_DIR}/extras/gdb/vancorexml-gdb.py" "${PROJECT_SOURCE_DIR}/extras/vancorexml.natvis"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/vancorexml")
