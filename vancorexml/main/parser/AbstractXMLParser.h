@@ -15,7 +15,7 @@
 // parser is destroyed or Reload replaces the input.
 //
 // Threads: one thread at a time may use the parser, its handler and its input.
-class VANCOREXML_API AbstractXMLParser : public Parser, public SAXFileLocation {
+class VANCOREXML_API AbstractXMLParser : public ::Parser, public SAXFileLocation {
 public:
     ~AbstractXMLParser() override;
 
@@ -28,22 +28,22 @@ public:
     virtual void LoadXSDFile(const VString& fileName);
     // Records faults in the schema as errors of this parser; the next parse clears them. Raises a
     // LogicException if the id of the source is empty, or if the source is no IXercesInputSourceProvider.
-    virtual void LoadXSDSource(InputSource& xsdSource) = 0;
+    virtual void LoadXSDSource(::InputSource& xsdSource) = 0;
     // Replaces the input and the handler. Loaded schemas stay loaded.
-    virtual void Reload(InputSource& input, std::shared_ptr<SAXInterface> handler);
+    virtual void Reload(::InputSource& input, std::shared_ptr<SAXInterface> handler);
 
     // Leaves both arguments unchanged if the parser does not know its position or is not parsing.
     void GetCurrentLocation(int& line, int& column) override;
 
 protected:
-    AbstractXMLParser(InputSource& input, std::shared_ptr<SAXInterface> handler);
+    AbstractXMLParser(::InputSource& input, std::shared_ptr<SAXInterface> handler);
     AbstractXMLParser(const AbstractXMLParser&) = default;
     AbstractXMLParser& operator=(const AbstractXMLParser&) = default;
 
-    InputSource& GetInput() noexcept { return *m_input; }
+    ::InputSource& GetInput() noexcept { return *m_input; }
     const std::shared_ptr<SAXInterface>& GetHandler() const noexcept { return m_handler; }
 
 private:
     std::shared_ptr<SAXInterface> m_handler;
-    InputSource* m_input;
+    ::InputSource* m_input;
 };

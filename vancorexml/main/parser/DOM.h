@@ -43,15 +43,15 @@ public:
     DOM& operator=(const DOM&) = delete;
 
     // Returns the topmost element, "Document", which is above the document element.
-    DOMElement& GetRoot() noexcept { return *m_root; }
-    const DOMElement& GetRoot() const noexcept { return *m_root; }
+    ::DOMElement& GetRoot() noexcept { return *m_root; }
+    const ::DOMElement& GetRoot() const noexcept { return *m_root; }
     // Returns the document element: the first child of GetRoot(), or null.
-    DOMElement* GetDocumentRoot() noexcept;
-    const DOMElement* GetDocumentRoot() const noexcept;
+    ::DOMElement* GetDocumentRoot() noexcept;
+    const ::DOMElement* GetDocumentRoot() const noexcept;
     // Returns the first element named `name` in document order, or null. Searches GetRoot() and
     // 1000 levels below it. Linear.
-    DOMElement* GetElement(const VString& name);
-    const DOMElement* GetElement(const VString& name) const;
+    ::DOMElement* GetElement(const VString& name);
+    const ::DOMElement* GetElement(const VString& name) const;
 
     // Compares the trees only. Linear.
     bool operator==(const DOM& other) const { return *m_root == *other.m_root; }
@@ -140,18 +140,18 @@ protected:
     //
     // If `node` belongs to this document, `target` must be another element. With null or `node`, the call
     // would drop all diagnostics of `node`, because `node` already has them in this document.
-    void AdoptErrorsAndWarningsForNode(const DOMElement& node, const DOMElement* target);
+    void AdoptErrorsAndWarningsForNode(const ::DOMElement& node, const ::DOMElement* target);
 
 private:
     // DOMElement forwards operations to m_diagnostics and m_linkedElements. DocumentDiagnostics moves
     // records between two documents.
-    friend class DOMElement;
+    friend class ::DOMElement;
     friend class DocumentDiagnostics;
     friend class DOMTestAccess;
 
     using NameMap = std::map<VString, VString>;
 
-    std::unique_ptr<DOMElement> m_root;
+    std::unique_ptr<::DOMElement> m_root;
 
     // Guarded by m_lock.
     std::map<FieldName, FieldName> m_fieldRenames;

@@ -13,7 +13,7 @@ class DOMElement;
 //
 // Ownership: a value, which does not follow later changes of the document. Refers to the element.
 struct VANCOREXML_API DOMDiagnostic {
-    const DOMElement* element = nullptr;                                    // never null
+    const ::DOMElement* element = nullptr;                                  // never null
     ParseDiagnostic::Severity severity = ParseDiagnostic::Severity::Error;  // Error or Warning
     VString message;
     VError::ErrorInfo info;
@@ -27,6 +27,6 @@ struct VANCOREXML_API DOMDiagnostic {
 // Ownership: part of its document, which keeps `element` up to date (see DOM::GetParseDiagnostics). In a copy,
 // `element` is valid only while the element lives.
 struct VANCOREXML_API DOMParseDiagnostic {
-    const DOMElement* element = nullptr;
+    const ::DOMElement* element = nullptr;
     ParseDiagnostic diagnostic;
 };

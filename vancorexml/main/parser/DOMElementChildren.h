@@ -36,7 +36,7 @@ public:
         using reference = T*;
 
         IteratorTemplate() = default;
-        explicit IteratorTemplate(const std::unique_ptr<DOMElement>* position) : m_position(position) {}
+        explicit IteratorTemplate(const std::unique_ptr<::DOMElement>* position) : m_position(position) {}
         // Converts a mutable iterator into a constant one.
         template <typename U, typename = std::enable_if_t<std::is_const_v<T> && std::is_same_v<const U, T>>>
         IteratorTemplate(const IteratorTemplate<U>& other) : m_position(other.m_position)
@@ -91,20 +91,20 @@ public:
         template <typename U>
         friend class IteratorTemplate;
 
-        const std::unique_ptr<DOMElement>* m_position = nullptr;
+        const std::unique_ptr<::DOMElement>* m_position = nullptr;
     };
 
-    using value_type = DOMElement*;
+    using value_type = ::DOMElement*;
     using size_type = std::size_t;
     using difference_type = std::ptrdiff_t;
-    using reference = DOMElement*;
-    using const_reference = const DOMElement*;
-    using iterator = IteratorTemplate<DOMElement>;
-    using const_iterator = IteratorTemplate<DOMElement const>;
+    using reference = ::DOMElement*;
+    using const_reference = const ::DOMElement*;
+    using iterator = IteratorTemplate<::DOMElement>;
+    using const_iterator = IteratorTemplate<::DOMElement const>;
     using reverse_iterator = std::reverse_iterator<iterator>;
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
-    explicit DOMElementChildren(DOMElement& element) noexcept : m_element(&element) {}
+    explicit DOMElementChildren(::DOMElement& element) noexcept : m_element(&element) {}
     // Deleted: the result would let a caller change the children of a constant element.
     DOMElementChildren(const DOMElementConstChildren& children) = delete;
     DOMElementChildren& operator=(const DOMElementConstChildren& children) = delete;
@@ -114,15 +114,15 @@ public:
 
     // Unchecked access. Precondition of operator[]: `position` is below size(). Precondition of front and
     // back: the view is not empty.
-    DOMElement* operator[](size_type position);
-    const DOMElement* operator[](size_type position) const;
+    ::DOMElement* operator[](size_type position);
+    const ::DOMElement* operator[](size_type position) const;
     // Throws std::out_of_range ("invalid vector subscript") at or past size().
-    DOMElement* at(size_type position);
-    const DOMElement* at(size_type position) const;
-    DOMElement* front() { return (*this)[0]; }
-    const DOMElement* front() const { return (*this)[0]; }
-    DOMElement* back() { return (*this)[size() - 1]; }
-    const DOMElement* back() const { return (*this)[size() - 1]; }
+    ::DOMElement* at(size_type position);
+    const ::DOMElement* at(size_type position) const;
+    ::DOMElement* front() { return (*this)[0]; }
+    const ::DOMElement* front() const { return (*this)[0]; }
+    ::DOMElement* back() { return (*this)[size() - 1]; }
+    const ::DOMElement* back() const { return (*this)[size() - 1]; }
 
     iterator begin();
     iterator end();
@@ -138,7 +138,7 @@ public:
     const_reverse_iterator crend() const { return rend(); }
 
 private:
-    DOMElement* m_element;
+    ::DOMElement* m_element;
 };
 
 // The view of a constant element's children: a DOMElementChildren that yields constant children only.
@@ -146,13 +146,13 @@ private:
 // into a DOMElementChildren.
 class DOMElementConstChildren : public DOMElementChildren {
 public:
-    using value_type = const DOMElement*;
-    using reference = const DOMElement*;
+    using value_type = const ::DOMElement*;
+    using reference = const ::DOMElement*;
     using iterator = const_iterator;
     using reverse_iterator = const_reverse_iterator;
 
-    explicit DOMElementConstChildren(const DOMElement& element) noexcept
-        : DOMElementChildren(const_cast<DOMElement&>(element))
+    explicit DOMElementConstChildren(const ::DOMElement& element) noexcept
+        : DOMElementChildren(const_cast<::DOMElement&>(element))
     {}
     DOMElementConstChildren(const DOMElementChildren& children) noexcept : DOMElementChildren(children) {}
     DOMElementConstChildren(const DOMElementConstChildren& other) noexcept : DOMElementChildren(other.View()) {}
@@ -162,10 +162,10 @@ public:
         return *this;
     }
 
-    const DOMElement* operator[](size_type position) const { return View()[position]; }
-    const DOMElement* at(size_type position) const { return View().at(position); }
-    const DOMElement* front() const { return View().front(); }
-    const DOMElement* back() const { return View().back(); }
+    const ::DOMElement* operator[](size_type position) const { return View()[position]; }
+    const ::DOMElement* at(size_type position) const { return View().at(position); }
+    const ::DOMElement* front() const { return View().front(); }
+    const ::DOMElement* back() const { return View().back(); }
 
     iterator begin() const { return View().begin(); }
     iterator end() const { return View().end(); }

@@ -136,11 +136,11 @@ private:
     PreorderIteratorTemplate<T> m_end;
 };
 
-using PreorderGenerator = PreorderGeneratorTemplate<DOMElement const>;
-using PreorderIterator = PreorderIteratorTemplate<DOMElement const>;
-using PreorderTraversal = PreorderTraversalTemplate<DOMElement const>;
-using MutablePreorderGenerator = PreorderGeneratorTemplate<DOMElement>;
-using MutablePreorderIterator = PreorderIteratorTemplate<DOMElement>;
-using MutablePreorderTraversal = PreorderTraversalTemplate<DOMElement>;
+using PreorderGenerator = PreorderGeneratorTemplate<::DOMElement const>;
+using PreorderIterator = PreorderIteratorTemplate<::DOMElement const>;
+using PreorderTraversal = PreorderTraversalTemplate<::DOMElement const>;
+using MutablePreorderGenerator = PreorderGeneratorTemplate<::DOMElement>;
+using MutablePreorderIterator = PreorderIteratorTemplate<::DOMElement>;
+using MutablePreorderTraversal = PreorderTraversalTemplate<::DOMElement>;
 
 }  // namespace DOMElementTraversal

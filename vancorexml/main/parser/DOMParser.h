@@ -58,7 +58,7 @@ public:
     // schemas only if their ids and texts are new. The library keeps up to 16 MB of compiled schemas, also after the
     // parser is destroyed, until it is unloaded. The source must not be null. If the
     // id of the source is empty, or the resource is unknown, every later parse raises a LogicException.
-    void AddXSDInputSource(std::unique_ptr<InputSource> source);
+    void AddXSDInputSource(std::unique_ptr<::InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
 
     // The operations that receive an rvalue leave it empty.
@@ -84,7 +84,7 @@ public:
     // Drops text that is white space only, unless `keepBlankText`. If the product collects metrics,
     // this operation records the first bytes of the source before the parse. It reads them with GetBytes,
     // whose exceptions propagate. For example, a FileInputSource that is not UTF-8 throws VantoraException.
-    std::unique_ptr<DOM> ParseXmlInputSource(InputSource& source, bool keepBlankText);
+    std::unique_ptr<DOM> ParseXmlInputSource(::InputSource& source, bool keepBlankText);
 
     // Returns the errors and warnings of the last parse as data: first those of the schemas, then those of the document
     // in the order of their places. One mistake has one diagnostic, although it may have several messages in

@@ -40,7 +40,7 @@ class Walker;
 class VANCOREXML_API WalkState {
 public:
     WalkState() noexcept;
-    WalkState(const DOMElement& element, const VString& path);
+    WalkState(const ::DOMElement& element, const VString& path);
     // Copies the position, but not the path: Next throws if elements are left to visit.
     WalkState(const WalkState& other);
     WalkState(WalkState&& other) noexcept;
@@ -49,7 +49,7 @@ public:
 
     // Returns the next match, or null at the end. Throws std::out_of_range ("invalid vector
     // subscript") on a copy that has elements left to visit.
-    const DOMElement* Next();
+    const ::DOMElement* Next();
 
     // Two walks are equal only if both are at their end.
     friend bool operator==(const WalkState& a, const WalkState& b) noexcept { return a.m_walker == b.m_walker; }
@@ -170,7 +170,8 @@ VANCOREXML_API E* GetFirst(E& element, const VString& path);
 
 // Collects all matches, then calls `fn` for each. So `fn` may change the tree, but must not destroy
 // the later matches. Throws std::bad_function_call if `fn` is empty and there is a match.
-VANCOREXML_API void Foreach(DOMElement& element, VString path, const std::function<void(DOMElement&)>& fn);
-VANCOREXML_API void Foreach(const DOMElement& element, VString path, const std::function<void(const DOMElement&)>& fn);
+VANCOREXML_API void Foreach(::DOMElement& element, VString path, const std::function<void(::DOMElement&)>& fn);
+VANCOREXML_API void Foreach(
+    const ::DOMElement& element, VString path, const std::function<void(const ::DOMElement&)>& fn);
 
 }  // namespace DOMPath

@@ -24,18 +24,18 @@ namespace DOMPathCanopy {
 
 // Returns the children named `name` of each canopy, their children of that name, and so on, parents
 // before children. "*" is not a wildcard here and finds nothing.
-VANCOREXML_API std::vector<DOMElement*> WithinCanopy(
-    DOMElement& element, const VString& canopyPath, const VString& name);
-VANCOREXML_API std::vector<const DOMElement*> WithinCanopy(
-    const DOMElement& element, const VString& canopyPath, const VString& name);
+VANCOREXML_API std::vector<::DOMElement*> WithinCanopy(
+    ::DOMElement& element, const VString& canopyPath, const VString& name);
+VANCOREXML_API std::vector<const ::DOMElement*> WithinCanopy(
+    const ::DOMElement& element, const VString& canopyPath, const VString& name);
 
 // Returns the matches of `subPath` at the children of each canopy. The first segment of `subPath` is
 // compared with the child itself. A child with the name of the canopy is a nested canopy: no first
 // segment matches it, not even "*", and its children are searched in the same way. An empty `subPath`
 // and one that begins with a slash find nothing.
-VANCOREXML_API std::vector<DOMElement*> UnderneathCanopy(
-    DOMElement& element, const VString& canopyPath, const VString& subPath);
-VANCOREXML_API std::vector<const DOMElement*> UnderneathCanopy(
-    const DOMElement& element, const VString& canopyPath, const VString& subPath);
+VANCOREXML_API std::vector<::DOMElement*> UnderneathCanopy(
+    ::DOMElement& element, const VString& canopyPath, const VString& subPath);
+VANCOREXML_API std::vector<const ::DOMElement*> UnderneathCanopy(
+    const ::DOMElement& element, const VString& canopyPath, const VString& subPath);
 
 }  // namespace DOMPathCanopy

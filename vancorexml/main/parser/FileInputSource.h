@@ -16,7 +16,7 @@
 // Ownership: keeps the file open while it lives.
 //
 // Threads: one at a time.
-class VANCOREXML_API FileInputSource : public InputSource, public IXercesInputSourceProvider {
+class VANCOREXML_API FileInputSource : public ::InputSource, public IXercesInputSourceProvider {
 public:
     // Logs a warning and throws VIO::Exception if the file cannot be opened.
     explicit FileInputSource(const VString& fileName);

@@ -8,11 +8,11 @@
 // reset is logged; the source keeps its position and its next read reports the error.
 class VANCOREXML_API InputSourceResetter {
 public:
-    explicit InputSourceResetter(InputSource& source) noexcept : m_source(source) {}
+    explicit InputSourceResetter(::InputSource& source) noexcept : m_source(source) {}
     ~InputSourceResetter();
     InputSourceResetter(const InputSourceResetter&) = delete;
     InputSourceResetter& operator=(const InputSourceResetter&) = delete;
 
 private:
-    InputSource& m_source;
+    ::InputSource& m_source;
 };

@@ -13,7 +13,7 @@ namespace InputSourceUtils {
 // here. A larger file is only opened here and read when a parse begins; it must be UTF-8 and keeps its
 // leading white space. Throws VIO::Exception if the file cannot be opened, or if this function cannot
 // read or decode it.
-VANCOREXML_API std::unique_ptr<InputSource> InputSourceFromFileName(
+VANCOREXML_API std::unique_ptr<::InputSource> InputSourceFromFileName(
     const VString& fileName, bool skipLeadingWhitespace);
 
 }  // namespace InputSourceUtils

@@ -54,7 +54,7 @@ public:
 
     // Reads the schema. Throws VantoraException (VantoraException_UnreadableNameRoles) if it is not well-formed, or if
     // it declares elements or types in a way that this class does not read. Linear.
-    explicit NameRoles(InputSource& schema);
+    explicit NameRoles(::InputSource& schema);
     ~NameRoles();
     NameRoles(const NameRoles&) = delete;
     NameRoles& operator=(const NameRoles&) = delete;

@@ -7,4 +7,4 @@ class Tuple;
 class XMLFormatter;
 
 // Writes the element "tuple" with an element "value" for each value.
-VANCOREXML_API void OutputTuple(XMLFormatter& formatter, const Tuple& tuple);
+VANCOREXML_API void OutputTuple(::XMLFormatter& formatter, const Tuple& tuple);

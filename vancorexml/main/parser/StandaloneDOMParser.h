@@ -46,7 +46,7 @@ public:
     // The source must not be null. If the id of the source is empty, or the resource is unknown, every
     // later parse raises a LogicException. Errors in the schema itself are not among the error messages of a
     // parse, only among its diagnostics.
-    void AddXSDInputSource(std::unique_ptr<InputSource> source);
+    void AddXSDInputSource(std::unique_ptr<::InputSource> source);
     void AddXSDResourceId(QtVanResourceId id);
     // The handler is called once after each parse; an empty function removes it. The handler may
     // replace or remove itself, start another parse with this parser, or destroy it.
@@ -63,7 +63,7 @@ public:
     Result ParseXmlString(const std::string& utf8, VString id) const;
     Result ParseXmlString(const char* utf8, VString id) const;
     // Drops text that is white space only, unless `keepWhitespaceText`.
-    Result ParseXmlInputSource(InputSource& source, bool keepWhitespaceText) const;
+    Result ParseXmlInputSource(::InputSource& source, bool keepWhitespaceText) const;
 
 private:
     struct Impl;

@@ -15,7 +15,7 @@
 // Ownership: shares the bytes with every view that a parser gets, without a copy.
 //
 // Threads: one at a time.
-class VANCOREXML_API Utf8InputSource : public InputSource, public IXercesInputSourceProvider {
+class VANCOREXML_API Utf8InputSource : public ::InputSource, public IXercesInputSourceProvider {
 public:
     // If `skipLeadingWhitespace`, the source begins at the first byte that is not white space. In UTF-16, white space
     // is not skipped.

@@ -15,4 +15,4 @@
 //
 // Limitation: inside a document type declaration, quotes in comments count as quotes. A single
 // apostrophe in such a comment hides the document element, and the result is absent.
-VANCOREXML_API Nullable<VersionNumber> VersionSniffer(InputSource& source, const VString& attributeName);
+VANCOREXML_API Nullable<VersionNumber> VersionSniffer(::InputSource& source, const VString& attributeName);

@@ -36,7 +36,7 @@ class VPath;
 //     XMLDomFormatter writer;
 //     OutputTuple(writer, tuple);
 //     std::unique_ptr<DOM> document = writer.TakeDocument();
-class VANCOREXML_API XMLDomFormatter : public XMLFormatter {
+class VANCOREXML_API XMLDomFormatter : public ::XMLFormatter {
 public:
     XMLDomFormatter();
     ~XMLDomFormatter() override;
@@ -44,17 +44,17 @@ public:
     // The next four operations and GetOutput raise a LogicException after TakeDocument.
     DOM& GetDocument();
     // Returns null until an element is written.
-    DOMElement* GetDocumentRoot();
-    DOMElement& GetRoot();
+    ::DOMElement* GetDocumentRoot();
+    ::DOMElement& GetRoot();
     // Returns the first element named `name`, or null. Linear.
-    DOMElement* GetElement(const VString& name) const;
+    ::DOMElement* GetElement(const VString& name) const;
     // Releases the document. Afterwards no element is open, and another call returns null.
     std::unique_ptr<DOM> TakeDocument();
 
     // Replaces the attributes of the open element.
     void OutputAttributes(const AttributeMap& attributes) override;
     // Appends a copy of the element. Linear.
-    void OutputDOMElement(const DOMElement& element) override;
+    void OutputDOMElement(const ::DOMElement& element) override;
     using XMLFormatter::OutputContent;
     // Replaces the text of the open element.
     void OutputContent(const VString& text, bool encoded) override;
@@ -80,19 +80,19 @@ public:
     // These return the text that FormatDOM writes in FormatModeContent. They throw std::length_error
     // if the text is too long for a VString.
     static VString RenderAsXMLString(const DOM& document, VString* comment, bool header);
-    static VString RenderAsXMLString(const DOMElement& element, VString* comment, bool header);
+    static VString RenderAsXMLString(const ::DOMElement& element, VString* comment, bool header);
 
     // These return the same text as UTF-8, without a byte order mark. They take less time and memory than a conversion
     // of the VString, and the text may be longer. An unpaired surrogate that is not escaped becomes U+FFFD.
     static std::string RenderAsXMLBytes(const DOM& document, VString* comment, bool header);
-    static std::string RenderAsXMLBytes(const DOMElement& element, VString* comment, bool header);
+    static std::string RenderAsXMLBytes(const ::DOMElement& element, VString* comment, bool header);
 
     // These write the bytes of RenderAsXMLBytes to a file. The text has no limit of length. They replace an existing
     // file as FileReplacement does: if a step fails, they throw VIO::Exception with the reason of the system, the old
     // file is unchanged, and no temporary file remains. Other hard links to the old file keep its content. Linear.
     // Memory: a fixed size, plus a few words for each level of the tree and each attribute of an element.
     static void SaveAsXMLFile(const DOM& document, const VPath& path, VString* comment, bool header);
-    static void SaveAsXMLFile(const DOMElement& element, const VPath& path, VString* comment, bool header);
+    static void SaveAsXMLFile(const ::DOMElement& element, const VPath& path, VString* comment, bool header);
 
 protected:
     // Continues to build `document`, which must not be null.
@@ -100,14 +100,14 @@ protected:
 
     // Writes the element to `target` as XMLFormatter::OutputDOMElement does, but the text of an
     // element that has children gets the indentation of this writer.
-    void Format(XMLFormatter& target, const DOMElement& element) const;
+    void Format(XMLFormatter& target, const ::DOMElement& element) const;
 
 private:
     // Returns the open element, or null if all are closed.
-    DOMElement* Top() const { return m_stack.empty() ? nullptr : m_stack.top(); }
+    ::DOMElement* Top() const { return m_stack.empty() ? nullptr : m_stack.top(); }
     DOM& Document() const;
 
-    std::stack<DOMElement*> m_stack;
+    std::stack<::DOMElement*> m_stack;
     std::unique_ptr<DOM> m_document;
     std::vector<VString> m_comments;
     bool m_headerRequested = false;

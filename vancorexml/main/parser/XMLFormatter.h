@@ -31,10 +31,10 @@ public:
     virtual const VString& GetIndent() const = 0;
     virtual void Flush() = 0;
     virtual void OutputAttributes(const AttributeMap& attributes) = 0;
-    virtual void OutputDOMElement(const DOMElement& element);
+    virtual void OutputDOMElement(const ::DOMElement& element);
 
 private:
-    friend class XMLFormatter;
+    friend class ::XMLFormatter;
     XMLFormatterBase() = default;
 };
 
@@ -47,10 +47,10 @@ protected:
     ~XMLFormatterOverride() = default;
 
     // Writes the element through the override and returns true. Returns false if there is none.
-    bool OutputThroughOverride(const DOMElement& element);
+    bool OutputThroughOverride(const ::DOMElement& element);
 
 private:
-    virtual void OutputDOMElement(const DOMElement& element);
+    virtual void OutputDOMElement(const ::DOMElement& element);
 
     bool m_hasOverride = true;
 };
@@ -169,18 +169,18 @@ public:
     // These write the declaration if `header`, the comment if it is not null, and the document
     // element (if there is one) or `element`.
     static void FormatDOM(XMLFormatter& formatter, const DOM& document, VString* comment, bool header);
-    static void FormatDOM(XMLFormatter& formatter, const DOMElement& element, VString* comment, bool header);
+    static void FormatDOM(XMLFormatter& formatter, const ::DOMElement& element, VString* comment, bool header);
 
 protected:
     // Writes the element to `target` as OutputDOMElement does without an override. The text of an
     // element that has children gets the indentation of `textIndent`.
-    static void WriteTree(XMLFormatter& target, const DOMElement& element, const XMLFormatter& textIndent);
+    static void WriteTree(XMLFormatter& target, const ::DOMElement& element, const XMLFormatter& textIndent);
 
 private:
     friend class XMLFormatterBase;
 
     // Implements OutputDOMElement for writers that do not override it.
-    void WriteElement(const DOMElement& element);
+    void WriteElement(const ::DOMElement& element);
 
     VString m_indent;
     FormatMode m_formatMode = FormatModeStrict;

@@ -14,7 +14,7 @@
 // GetOutput rethrow it. A caller therefore never receives truncated output.
 //
 // Ownership and threads: see XMLFormatter.
-class VANCOREXML_API XMLStringFormatter : public XMLFormatter {
+class VANCOREXML_API XMLStringFormatter : public ::XMLFormatter {
 public:
     explicit XMLStringFormatter(const VString& indentUnit = VString(u"  "), bool singleLine = false);
     ~XMLStringFormatter() override;

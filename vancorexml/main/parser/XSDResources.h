@@ -37,13 +37,14 @@ VANCOREXML_API bool IsThereAnXSDResource(XmlFileType type, const VersionNumber& 
 VANCOREXML_API std::vector<VersionNumber> GetSchemaVersions(XmlFileType type);
 
 // Returns the schema, with its resource name as its id, or null if there is none.
-VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSource(XmlFileType type, const VersionNumber& version);
+VANCOREXML_API std::unique_ptr<::InputSource> GetVersionedXsdInputSource(
+    XmlFileType type, const VersionNumber& version);
 
 // Returns the schema for the version in the attribute `attributeName` of the document element; the
 // attribute is "version" if the name is empty. Throws DOMException (DOMException_MissingVersionAttribute)
 // if the document declares no version. Exceptions from reading the document propagate. Resets the
 // document to its start.
-VANCOREXML_API std::unique_ptr<InputSource> GetVersionedXsdInputSourceForDocument(
-    XmlFileType type, InputSource& document, const VString& attributeName);
+VANCOREXML_API std::unique_ptr<::InputSource> GetVersionedXsdInputSourceForDocument(
+    XmlFileType type, ::InputSource& document, const VString& attributeName);
 
 }  // namespace XSDResources

@@ -31,7 +31,7 @@
 //     if (parser->HasErrors()) Show(parser->GetErrors());
 class VANCOREXML_API XercesXMLParser : public AbstractXMLParser {
 public:
-    static std::unique_ptr<XercesXMLParser> Create(InputSource& input, std::shared_ptr<SAXInterface> handler);
+    static std::unique_ptr<XercesXMLParser> Create(::InputSource& input, std::shared_ptr<SAXInterface> handler);
     ~XercesXMLParser() override;
 
     // Loads the schema from the resource of that name. The name becomes the id of the schema.
@@ -50,5 +50,5 @@ public:
     virtual void SetEnableContent(bool enable) = 0;
 
 protected:
-    XercesXMLParser(InputSource& input, std::shared_ptr<SAXInterface> handler);
+    XercesXMLParser(::InputSource& input, std::shared_ptr<SAXInterface> handler);
 };
