@@ -4,8 +4,8 @@ include(CMakePackageConfigHelpers)
 get_property(modules GLOBAL PROPERTY VANCOREXML_MODULES)
 install(TARGETS ${modules} EXPORT vancorexml
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs
-    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT libraries NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
 if(VANCOREXML_TOOL)
     install(TARGETS vanxml RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)
     add_subdirectory(vanxml/shell)
@@ -108,19 +108,21 @@ set(public_headers
 # An installed header has the same path below the include root as below the root of the repository.
 foreach(header ${public_headers})
     get_filename_component(folder "${header}" DIRECTORY)
-    install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
+    install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}"
+        COMPONENT development)
 endforeach()
 set_property(GLOBAL PROPERTY VANCOREXML_PUBLIC_HEADERS ${public_headers})
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/vancorexml")
-install(EXPORT vancorexml NAMESPACE vancorexml:: FILE vancorexml-targets.cmake DESTINATION "${package_folder}")
+install(EXPORT vancorexml NAMESPACE vancorexml:: FILE vancorexml-targets.cmake DESTINATION "${package_folder}"
+    COMPONENT development)
 configure_package_config_file(
     "${PROJECT_SOURCE_DIR}/cmake/vancorexml-config.cmake.in" "${PROJECT_BINARY_DIR}/vancorexml-config.cmake"
     INSTALL_DESTINATION "${package_folder}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake" COMPATIBILITY SameMinorVersion)
 install(FILES
     "${PROJECT_BINARY_DIR}/vancorexml-config.cmake" "${PROJECT_BINARY_DIR}/vancorexml-config-version.cmake"
-    DESTINATION "${package_folder}")
+    DESTINATION "${package_folder}" COMPONENT development)
 
 # The .pc file computes the prefix from its own location, because only `cmake --install --prefix` determines the prefix.
 # If the library folder is absolute, it does not move with the prefix, so the .pc file contains the prefix.
@@ -141,9 +143,25 @@ set(pc_compile_flags "-std=c++20")
 if(NOT WIN32)
     string(APPEND pc_compile_flags " -fPIC")
 endif()
+set(pc_libraries "-lvancorexml -lart-cpp -lmetrics2 -lvancoredata -lvansys -lvancoreplatform")
+if(NOT BUILD_SHARED_LIBS)
+    # Programs also link what the libraries use. So `pkg-config --libs` prints the same with and without --static. The
+    # .pc file of Xerces-C is not required, because its static flags name libraries that only a static Xerces-C needs.
+    string(APPEND pc_compile_flags " -DVANCOREXML_STATIC")
+    get_target_property(options vancorexml INTERFACE_LINK_OPTIONS)
+    list(TRANSFORM options REPLACE "^LINKER:" "-Wl,")
+    list(JOIN options " " options)
+    string(PREPEND pc_libraries "${options} ")
+    get_filename_component(xerces_folder "${XercesC_LIBRARY_RELEASE}" DIRECTORY)
+    if(NOT xerces_folder IN_LIST CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES)
+        string(APPEND pc_libraries " -L${xerces_folder}")
+    endif()
+    string(APPEND pc_libraries " -lxerces-c")
+endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/vancorexml.pc.in" "${PROJECT_BINARY_DIR}/vancorexml.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/vancorexml.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+install(FILES "${PROJECT_BINARY_DIR}/vancorexml.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+    COMPONENT development)
 
 # The printers for GDB and for the debuggers of Visual Studio.
 install(FILES "${PROJECT_SOURCE_DIR}/extras/gdb/vancorexml-gdb.py" "${PROJECT_SOURCE_DIR}/extras/vancorexml.natvis"
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/vancorexml")
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/vancorexml" COMPONENT development)

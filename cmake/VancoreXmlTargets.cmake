@@ -11,6 +11,11 @@ if(NOT WIN32 AND NOT APPLE)
     set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${from_programs_to_libraries}")
 endif()
 
+# The libraries are shared unless the user or the including project decides otherwise.
+if(NOT DEFINED BUILD_SHARED_LIBS)
+    set(BUILD_SHARED_LIBS ON)
+endif()
+
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
@@ -23,6 +28,9 @@ if(MSVC)
 endif()
 option(VANCOREXML_FAST_BUILD "Precompile headers and compile related sources together" ${fast_build})
 
+if(MSVC AND NOT BUILD_SHARED_LIBS)
+    message(FATAL_ERROR "static libraries need g++ or clang")
+endif()
 if(MSVC AND VANCOREXML_SANITIZE)
     message(FATAL_ERROR "VANCOREXML_SANITIZE needs g++ or clang")
 endif()
@@ -117,11 +125,11 @@ function(vancorexml_version_resource target description)
     target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}_version>)
 endfunction()
 
-# Adds a shared library of the project. Include paths start at the root of the repository, and at the include root of
+# Adds a library of the project, which is static if BUILD_SHARED_LIBS is off. Include paths start at the root of the repository, and at the include root of
 # the installed copy.
 #   vancorexml_add_module(NAME EXPORT_MACRO [OBJECTS] DESCRIPTION ... SOURCES ... PUBLIC ... PRIVATE ...)
-# With OBJECTS, the sources are compiled into the object library NAME_objects. Tests of classes that the shared library
-# does not export link NAME_objects instead of NAME. A program must not link both.
+# With OBJECTS, the sources are compiled into the object library NAME_objects. Tests of classes that the library does not
+# export link NAME_objects instead of NAME. A program must not link both.
 function(vancorexml_add_module name macro)
     cmake_parse_arguments(arg "OBJECTS" "DESCRIPTION" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     if(arg_OBJECTS)
@@ -134,11 +142,11 @@ function(vancorexml_add_module name macro)
         if(WIN32)
             target_compile_definitions(${compiled} INTERFACE ${macro}_BUILD)
         endif()
-        add_library(${name} SHARED $<TARGET_OBJECTS:${compiled}>)
+        add_library(${name} $<TARGET_OBJECTS:${compiled}>)
         set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
     else()
         set(compiled ${name})
-        add_library(${name} SHARED ${arg_SOURCES})
+        add_library(${name} ${arg_SOURCES})
     endif()
     vancorexml_reuse_precompiled(${compiled} modules_precompiled)
     add_library(vancorexml::${name} ALIAS ${name})
@@ -146,7 +154,9 @@ function(vancorexml_add_module name macro)
     target_compile_definitions(${name} PRIVATE ${macro}_BUILD)
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
-    vancorexml_version_resource(${name} "${arg_DESCRIPTION}")
+    if(BUILD_SHARED_LIBS)
+        vancorexml_version_resource(${name} "${arg_DESCRIPTION}")
+    endif()
     set_property(GLOBAL APPEND PROPERTY VANCOREXML_MODULES ${name})
 endfunction()
 
@@ -155,6 +165,10 @@ function(vancorexml_module_settings name)
     vancorexml_target_settings(${name})
     vancorexml_check_conversions(${name})
     target_compile_features(${name} PUBLIC cxx_std_20)
+    # The headers of a static library must not declare its symbols as imports.
+    if(NOT BUILD_SHARED_LIBS)
+        target_compile_definitions(${name} PUBLIC VANCOREXML_STATIC)
+    endif()
     # Exported classes have members and bases of the standard library, which is not exported. This is safe if the
     # library and its callers use the same standard library, which they need anyway.
     if(MSVC)

@@ -1,8 +1,12 @@
-// `VANCOREPLATFORM_API` exports a symbol from the library `vancoreplatform`. All other symbols are hidden.
+// `VANCOREPLATFORM_API` exports a symbol from the library `vancoreplatform`. All other symbols are hidden. Static
+// libraries export nothing.
 #pragma once
 
 // The export macros of all modules use these two macros, so only this header contains attributes of a compiler.
-#if defined(_WIN32)
+#if defined(VANCOREXML_STATIC)
+#  define VANCORE_EXPORT
+#  define VANCORE_IMPORT
+#elif defined(_WIN32)
 #  define VANCORE_EXPORT __declspec(dllexport)
 #  define VANCORE_IMPORT __declspec(dllimport)
 #else

@@ -5,6 +5,8 @@
 #   EMULATOR                       the words to put before a program, or empty
 #   WINDOWS                        true if the program runs on Windows
 #   PKG_CONFIG, PKG_CONFIG_FOLDER  if given, also builds the program with pkg-config; the folder has the .pc file of Qt
+#   LIBDIR                         the folder of the libraries below the prefix
+#   STATIC_ROOT                    if given, the root of the repository, from which BUILD is made with static libraries
 #   PRIVATE_HEADERS                the names of the headers that must not be installed
 
 # Sets the policies of this script: if(IN_LIST) needs one of them.
@@ -35,6 +37,7 @@ formatted: 1
 edited: <book  lang=\"fr\"><!-- new --></book>
 retargeted: <book source='new'/>
 names in a formula: 2
+embedded schemas: 1
 other names: 0
 ")
     if(NOT output STREQUAL expected)
@@ -43,6 +46,11 @@ other names: 0
 endfunction()
 
 file(REMOVE_RECURSE "${WORK}")
+if(STATIC_ROOT)
+    run(${CMAKE_COMMAND} -S "${STATIC_ROOT}" -B "${BUILD}" -G "${GENERATOR}" "-DCMAKE_CXX_COMPILER=${COMPILER}"
+        -DCMAKE_BUILD_TYPE=None -DBUILD_SHARED_LIBS=OFF -DVANCOREXML_DEVELOPER=OFF -DVANCOREXML_TOOL=OFF)
+    run(${CMAKE_COMMAND} --build "${BUILD}")
+endif()
 run(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${WORK}/prefix")
 
 if(WINDOWS)
@@ -65,7 +73,11 @@ if(SANITIZE)
     list(APPEND flags "-DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE}")
 endif()
 # Callers need none of these packages, so the project must build although they cannot be found.
-foreach(package Boost CLI11 XercesC)
+set(unneeded Boost CLI11)
+if(NOT STATIC_ROOT)
+    list(APPEND unneeded XercesC)
+endif()
+foreach(package ${unneeded})
     list(APPEND flags "-DCMAKE_DISABLE_FIND_PACKAGE_${package}=ON")
 endforeach()
 run(${CMAKE_COMMAND} -S "${SOURCE}" -B "${WORK}/build" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${WORK}/prefix"
@@ -74,8 +86,23 @@ run(${CMAKE_COMMAND} --build "${WORK}/build")
 run_consumer("${WORK}/build/consumer")
 
 if(PKG_CONFIG)
-    set(ENV{PKG_CONFIG_LIBDIR} "${WORK}/prefix/lib/pkgconfig:${PKG_CONFIG_FOLDER}")
-    run(${PKG_CONFIG} --define-prefix --cflags --libs vancorexml)
+    set(options)
+    if(PKG_CONFIG_FOLDER)
+        # The .pc file of Qt names the prefix of another system.
+        set(options --define-prefix)
+        set(ENV{PKG_CONFIG_LIBDIR} "${WORK}/prefix/${LIBDIR}/pkgconfig:${PKG_CONFIG_FOLDER}")
+    else()
+        set(ENV{PKG_CONFIG_PATH} "${WORK}/prefix/${LIBDIR}/pkgconfig")
+    endif()
+    if(STATIC_ROOT)
+        run(${PKG_CONFIG} --libs vancorexml)
+        set(libraries "${output}")
+        run(${PKG_CONFIG} --static --libs vancorexml)
+        if(NOT output STREQUAL libraries)
+            message(FATAL_ERROR "pkg-config --static prints '${output}' instead of '${libraries}'")
+        endif()
+    endif()
+    run(${PKG_CONFIG} ${options} --cflags --libs vancorexml)
     separate_arguments(flags UNIX_COMMAND "${output}")
     run(${COMPILER} "${SOURCE}/main.cpp" ${flags} -o "${WORK}/build/consumer_pc.exe")
     run_consumer("${WORK}/build/consumer_pc")

@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "vancoredata/VResource.h"
 #include "vancoreplatform/FileReplacement.h"
 #include "vancoreplatform/TextEncoder.h"
 #include "vancorexml/main/parser/DOM.h"
@@ -60,6 +61,11 @@ void Retarget()
     std::cout << "names in a formula: " << FindFormulaNames("[Sales] + [orders].[Tax]").size() << "\n";
 }
 
+void FindSchemas()
+{
+    std::cout << "embedded schemas: " << UTF8StringVResource("VQRC_FILEFORMAT_KXA_XSD").isValid() << "\n";
+}
+
 void ReplaceFile()
 {
     FileEncoding encoding;
@@ -78,6 +84,7 @@ int main()
     RenderDocument();
     FormatAndEditText();
     Retarget();
+    FindSchemas();
     ReplaceFile();
     return 0;
 }
