@@ -1,7 +1,16 @@
+# Packages the project.
+if(NOT PROJECT_IS_TOP_LEVEL)
+    return()
+endif()
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
+    include(DebianPackages)
+    return()
+endif()
+
 # Packages the tool for Windows: `cpack` makes a ZIP with vanxml.exe, every DLL that it needs, the documentation, and
 # the licences of the parts that other projects made. Only a build on Debian can do that, because the licences are those
 # of Debian's packages.
-if(NOT (WIN32 AND CMAKE_CROSSCOMPILING AND VANCOREXML_TOOL AND PROJECT_IS_TOP_LEVEL))
+if(NOT (WIN32 AND CMAKE_CROSSCOMPILING AND VANCOREXML_TOOL))
     return()
 endif()
 

@@ -125,11 +125,11 @@ function(vancorexml_version_resource target description)
     target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}_version>)
 endfunction()
 
-# Adds a library of the project, which is static if BUILD_SHARED_LIBS is off. Include paths start at the root of the repository, and at the include root of
-# the installed copy.
+# Adds a library of the project, which is static if BUILD_SHARED_LIBS is off. Include paths start at the root of the
+# repository, and at the include root of the installed copy.
 #   vancorexml_add_module(NAME EXPORT_MACRO [OBJECTS] DESCRIPTION ... SOURCES ... PUBLIC ... PRIVATE ...)
-# With OBJECTS, the sources are compiled into the object library NAME_objects. Tests of classes that the library does not
-# export link NAME_objects instead of NAME. A program must not link both.
+# With OBJECTS, the sources are compiled into the object library NAME_objects. Tests of classes that the library does
+# not export link NAME_objects instead of NAME. A program must not link both.
 function(vancorexml_add_module name macro)
     cmake_parse_arguments(arg "OBJECTS" "DESCRIPTION" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     if(arg_OBJECTS)

@@ -14,7 +14,7 @@ import gdb.printing
 
 
 def read_pointer(place, pointee):
-    """Returns the pointer to `pointee` at an address, which may be that of a std::unique_ptr: it has no other member."""
+    """Returns the pointer to `pointee` at an address, which may be that of a std::unique_ptr."""
     return place.cast(pointee.pointer().pointer()).dereference()
 
 
