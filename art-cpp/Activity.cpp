@@ -1,49 +1,47 @@
 #include "art-cpp/Activity.h"
 
-#include <atomic>
-#include <mutex>
+#include <chrono>
 
+#include "vancoreplatform/SinkSlot.h"
 #include "vancoreplatform/StaticObject.h"
 
 namespace art {
 
 namespace {
 
-std::atomic<bool> s_enabled{false};
-
-struct SinkHolder {
-    std::mutex mutex;
-    std::function<void(const ActivityRecord&)> sink;  // guarded by mutex
-};
-
-SinkHolder& GetSinkHolder()
+SinkSlot<ActivitySink>& GetSlot()
 {
-    return GetStaticObject<SinkHolder>();
+    return GetStaticObject<SinkSlot<ActivitySink>>();
+}
+
+std::uint64_t Now() noexcept
+{
+    const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(sinceStart).count());
 }
 
 }  // namespace
 
-void SetActivitySink(std::function<void(const ActivityRecord&)> sink)
+ActivitySink::~ActivitySink() = default;
+
+std::shared_ptr<ActivitySink> SetActivitySink(std::shared_ptr<ActivitySink> sink)
 {
-    SinkHolder& holder = GetSinkHolder();
-    const std::lock_guard lock(holder.mutex);
-    holder.sink = std::move(sink);
-    s_enabled = static_cast<bool>(holder.sink);
+    return GetSlot().Exchange(std::move(sink));
 }
 
-Activity::Activity(const char* name) : m_open(s_enabled.load(std::memory_order_relaxed))
+Activity::Activity(const char* name) : m_open(GetSlot().HasSink())
 {
     m_record.name = name;
+    if (m_open)
+        m_record.start = Now();
 }
 
 Activity::~Activity()
 {
     if (!m_open)
         return;
-    SinkHolder& holder = GetSinkHolder();
-    const std::lock_guard lock(holder.mutex);
-    if (holder.sink)
-        holder.sink(m_record);
+    m_record.nanoseconds = Now() - m_record.start;
+    GetSlot().Pass([this](ActivitySink& sink) { sink.Finish(m_record); });
 }
 
 void Activity::Tag(const char* key, const VString& value)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -13,14 +13,30 @@ namespace art {
 
 // A finished activity, with its tags in the order they were set.
 struct ActivityRecord {
-    const char* name = nullptr;
+    const char* name = nullptr;  // lives as long as the library that opened the activity
     std::vector<std::pair<VString, VString>> tags;
+    std::uint64_t start = 0;        // nanoseconds of std::chrono::steady_clock
+    std::uint64_t nanoseconds = 0;  // the duration
 };
 
-// Sets the function that receives every finished activity, on the thread that finished it. An empty function turns
-// tracing off; tracing is off by default. The sink is called under a lock and must neither throw nor open an
-// activity. The previous sink does not run any more when this function returns. Thread-safe.
-ARTCPP_API void SetActivitySink(std::function<void(const ActivityRecord&)> sink);
+// Receives the finished activities. An application derives its own class from this and passes it to SetActivitySink.
+//
+// Threads: called on the thread that finished the activity, so an inner activity comes before the one around it. The
+// sinks for activities, metrics and the log are called one at a time, so they need no lock. Activities, scopes and
+// messages of the sink itself are not reported. Exceptions that it throws are dropped. A sink must not wait for
+// another thread that uses the library.
+class ARTCPP_API ActivitySink {
+public:
+    virtual ~ActivitySink();
+    // The record is valid only during the call.
+    virtual void Finish(const ActivityRecord& record) = 0;
+};
+
+// Sets the sink and returns the previous one. Null, the default, turns tracing off. Shares ownership of the sink. When
+// the function returns, the previous sink does not run on another thread. The sink is not destroyed when the process
+// ends, and other threads may still call it then. So set null before anything is destroyed that the sink uses.
+// Thread-safe; a sink may call it too.
+ARTCPP_API std::shared_ptr<ActivitySink> SetActivitySink(std::shared_ptr<ActivitySink> sink);
 
 // Traces one activity, from construction to destruction. Costs one atomic load if there is no sink.
 class ARTCPP_API Activity {

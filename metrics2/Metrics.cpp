@@ -2,8 +2,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <mutex>
 
+#include "vancoreplatform/SinkSlot.h"
 #include "vancoreplatform/StaticObject.h"
 
 namespace Metrics {
@@ -12,14 +12,9 @@ namespace {
 
 std::atomic<std::uint64_t> s_enabledBits{0};
 
-struct SinkHolder {
-    std::mutex mutex;
-    std::function<void(const ScopeRecord&)> sink;  // guarded by mutex
-};
-
-SinkHolder& GetSinkHolder()
+SinkSlot<Sink>& GetSlot()
 {
-    return GetStaticObject<SinkHolder>();
+    return GetStaticObject<SinkSlot<Sink>>();
 }
 
 std::uint64_t Now() noexcept
@@ -30,12 +25,13 @@ std::uint64_t Now() noexcept
 
 }  // namespace
 
-void SetSink(std::function<void(const ScopeRecord&)> sink, std::uint64_t bits)
+Sink::~Sink() = default;
+
+std::shared_ptr<Sink> SetSink(std::shared_ptr<Sink> sink, std::uint64_t bits)
 {
-    SinkHolder& holder = GetSinkHolder();
-    const std::lock_guard lock(holder.mutex);
-    holder.sink = std::move(sink);
-    s_enabledBits = holder.sink ? bits : 0;
+    const SinkLock lock;  // so that the bits are those of the sink
+    s_enabledBits = sink ? bits : 0;
+    return GetSlot().Exchange(std::move(sink));
 }
 
 bool TestBitsAndContext(std::uint64_t bits) noexcept
@@ -47,18 +43,15 @@ Scope::Scope(const char* name, std::uint64_t bits) : m_open(TestBitsAndContext(b
 {
     m_record.name = name;
     if (m_open)
-        m_start = Now();
+        m_record.start = Now();
 }
 
 Scope::~Scope()
 {
     if (!m_open)
         return;
-    m_record.nanoseconds = Now() - m_start;
-    SinkHolder& holder = GetSinkHolder();
-    const std::lock_guard lock(holder.mutex);
-    if (holder.sink)
-        holder.sink(m_record);
+    m_record.nanoseconds = Now() - m_record.start;
+    GetSlot().Pass([this](Sink& sink) { sink.Finish(m_record); });
 }
 
 void Scope::Record(const char* key, const VString& value)

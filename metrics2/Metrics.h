@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -14,17 +14,32 @@ namespace Metrics {
 // The category of XML work.
 inline constexpr std::uint64_t XmlCategory = 0x80000000000;
 
-// A finished scope: the recorded values in their order, and the duration.
+// A finished scope, with its recorded values in their order.
 struct ScopeRecord {
-    const char* name = nullptr;
+    const char* name = nullptr;  // lives as long as the library that opened the scope
     std::vector<std::pair<VString, VString>> values;
-    std::uint64_t nanoseconds = 0;
+    std::uint64_t start = 0;        // nanoseconds of std::chrono::steady_clock
+    std::uint64_t nanoseconds = 0;  // the duration
 };
 
-// Sets the function that receives every finished scope of the categories in `bits`, on the thread that finished it.
-// An empty function turns metrics off; metrics are off by default. The sink is called under a lock and must neither
-// throw nor open a scope. The previous sink does not run any more when this function returns. Thread-safe.
-METRICS2_API void SetSink(std::function<void(const ScopeRecord&)> sink, std::uint64_t bits = XmlCategory);
+// Receives the finished scopes. An application derives its own class from this and passes it to SetSink.
+//
+// Threads: called on the thread that finished the scope, so an inner scope comes before the one around it. The
+// sinks for metrics, activities and the log are called one at a time, so they need no lock. Scopes, activities and
+// messages of the sink itself are not reported. Exceptions that it throws are dropped. A sink must not wait for
+// another thread that uses the library.
+class METRICS2_API Sink {
+public:
+    virtual ~Sink();
+    // The record is valid only during the call.
+    virtual void Finish(const ScopeRecord& record) = 0;
+};
+
+// Sets the sink for scopes of the categories in `bits` and returns the previous one. Null, the default, turns metrics
+// off. Shares ownership of the sink. When the function returns, the previous sink does not run on another thread. The
+// sink is not destroyed when the process ends, and other threads may still call it then. So set null before anything is
+// destroyed that the sink uses. Thread-safe; a sink may call it too.
+METRICS2_API std::shared_ptr<Sink> SetSink(std::shared_ptr<Sink> sink, std::uint64_t bits = XmlCategory);
 
 // Returns whether scopes of at least one of these categories are collected now. Thread-safe.
 METRICS2_API bool TestBitsAndContext(std::uint64_t bits) noexcept;
@@ -46,7 +61,6 @@ public:
 
 private:
     ScopeRecord m_record;
-    std::uint64_t m_start = 0;
     bool m_open;
 };
 

@@ -3,38 +3,18 @@
 #include <QDebug>
 #include <QLoggingCategory>
 
-#include <algorithm>
-#include <mutex>
 #include <utility>
-#include <vector>
 
+#include "vancoreplatform/SinkSlot.h"
 #include "vancoreplatform/StaticObject.h"
 
 namespace {
 
 Q_LOGGING_CATEGORY(Category, "vancorexml", QtInfoMsg)
 
-struct Captures {
-    std::mutex mutex;
-    std::vector<std::pair<const VLog::Capture*, const std::function<void(const VLog::Record&)>*>>
-        stack;  // guarded by mutex
-};
-
-Captures& GetCaptures()
+SinkSlot<VLog::Sink>& GetSlot()
 {
-    return GetStaticObject<Captures>();
-}
-
-bool PassToCapture(const VLog::Record& record)
-{
-    Captures& captures = GetCaptures();
-    const std::lock_guard lock(captures.mutex);
-    if (captures.stack.empty())
-        return false;
-    const auto& sink = *captures.stack.back().second;
-    if (sink)
-        sink(record);
-    return true;
+    return GetStaticObject<SinkSlot<VLog::Sink>>();
 }
 
 void PassToQt(const VLog::Record& record)
@@ -54,27 +34,18 @@ void PassToQt(const VLog::Record& record)
 
 namespace VLog {
 
-Capture::Capture(std::function<void(const Record&)> sink) : m_sink(std::move(sink))
-{
-    Captures& captures = GetCaptures();
-    const std::lock_guard lock(captures.mutex);
-    captures.stack.emplace_back(this, &m_sink);
-}
+Sink::~Sink() = default;
 
-Capture::~Capture()
+std::shared_ptr<Sink> SetSink(std::shared_ptr<Sink> sink)
 {
-    Captures& captures = GetCaptures();
-    const std::lock_guard lock(captures.mutex);
-    const auto mine = std::find_if(
-        captures.stack.begin(), captures.stack.end(), [this](const auto& entry) { return entry.first == this; });
-    captures.stack.erase(mine);
+    return GetSlot().Exchange(std::move(sink));
 }
 
 }  // namespace VLog
 
 void LogMessage(const VLog::Record& record)
 {
-    if (!PassToCapture(record))
+    if (!GetSlot().Pass([&](VLog::Sink& sink) { sink.Write(record); }))
         PassToQt(record);
 }
 

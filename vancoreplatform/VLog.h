@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <memory>
 
 #include "vancoreplatform/Export.h"
 #include "vancoreplatform/VString.h"
@@ -22,23 +22,27 @@ struct Record {
     int statusCode = 0;
 };
 
-// While a capture exists, its sink receives the records that all threads log, and Qt's log does not. For tests and for
-// hosts that have their own log. If there are several captures, only the newest receives the records. The sink
-// is called under a lock and must not log.
-class VANCOREPLATFORM_API Capture {
+// Receives the records that all threads log. An application derives its own class from this and passes it to SetSink.
+//
+// Threads: called on the thread that logs. The sinks for the log, activities and metrics are called one at a time, so
+// they need no lock. Messages, activities and scopes of the sink itself are not reported. Exceptions that it
+// throws are dropped. A sink must not wait for another thread that uses the library.
+class VANCOREPLATFORM_API Sink {
 public:
-    explicit Capture(std::function<void(const Record&)> sink);
-    ~Capture();
-    Capture(const Capture&) = delete;
-    Capture& operator=(const Capture&) = delete;
-
-private:
-    std::function<void(const Record&)> m_sink;
+    virtual ~Sink();
+    // The record is valid only during the call.
+    virtual void Write(const Record& record) = 0;
 };
+
+// Sets the sink, which then receives the records instead of Qt's log, and returns the previous one. Null, the default,
+// stands for Qt's log. Shares ownership of the sink. When the function returns, the previous sink does not run on
+// another thread. The sink is not destroyed when the process ends, and other threads may still call it then. So set
+// null before anything is destroyed that the sink uses. Thread-safe; a sink may call it too.
+VANCOREPLATFORM_API std::shared_ptr<Sink> SetSink(std::shared_ptr<Sink> sink);
 
 }  // namespace VLog
 
-// Logs to the newest capture or, without a capture, to Qt's logging category "vancorexml". Debug is off in that
+// Passes the record to the sink or, without a sink, to Qt's logging category "vancorexml". Debug is off in that
 // category unless the host turns it on. Thread-safe.
 VANCOREPLATFORM_API void LogMessage(const VLog::Record& record);
 VANCOREPLATFORM_API void LogMessage(VLog::Severity severity, const VString& message);

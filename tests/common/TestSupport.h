@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -47,15 +48,25 @@ inline void ExpectLogicException(
     ADD_FAILURE() << "no logic assertion \"" << text << "\"";
 }
 
-// Collects the log records of all threads while it lives.
+// Collects the log records of all threads while it lives. Captures can be nested; the innermost one gets the records.
 class LogCapture {
 public:
-    LogCapture() : m_capture([this](const VLog::Record& record) { records.push_back(record); }) {}
-
-    std::vector<VLog::Record> records;
+    LogCapture() : m_before(VLog::SetSink(m_sink)) {}
+    ~LogCapture() { VLog::SetSink(m_before); }
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
 
 private:
-    VLog::Capture m_capture;
+    struct Sink : VLog::Sink {
+        void Write(const VLog::Record& record) override { records.push_back(record); }
+        std::vector<VLog::Record> records;
+    };
+
+    std::shared_ptr<Sink> m_sink = std::make_shared<Sink>();
+    std::shared_ptr<VLog::Sink> m_before;
+
+public:
+    const std::vector<VLog::Record>& records = m_sink->records;
 };
 
 // A temporary folder. It is deleted with this object.

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "metrics2/Metrics.h"
+#include "tests/common/SinkCaptures.h"
 #include "tests/common/TestSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
 
@@ -127,9 +127,7 @@ TEST(XercesColonSanitizerTest, ParserRestoresTheAttributeName)
 
 TEST(XercesColonSanitizerTest, RecordsAMetricsScope)
 {
-    std::vector<std::string> names;
-    Metrics::SetSink([&names](const Metrics::ScopeRecord& record) { names.emplace_back(record.name); });
+    const testsupport::MetricsCapture metrics;
     XercesColonSanitizer::Sanitize(std::make_shared<std::string>("<a/>"));
-    Metrics::SetSink({});
-    EXPECT_EQ(names, std::vector<std::string>{"XercesColonSanitizer"});
+    EXPECT_EQ(metrics.Names(), std::vector<std::string>{"XercesColonSanitizer"});
 }

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "metrics2/Metrics.h"
+#include "tests/common/SinkCaptures.h"
 #include "tests/common/TestSupport.h"
 #include "vancoreplatform/VIOException.h"
 #include "vancorexml/main/parser/FileInputSource.h"
@@ -276,14 +276,13 @@ TEST(StandaloneDOMParserTest, StatisticsAreReportedOncePerParse)
 
 TEST(StandaloneDOMParserTest, EveryEntryPointRecordsAMetricsScope)
 {
-    std::vector<std::string> names;
-    Metrics::SetSink([&names](const Metrics::ScopeRecord& record) { names.emplace_back(record.name); });
+    const testsupport::MetricsCapture metrics;
     const testsupport::TemporaryFolder folder;
     const StandaloneDOMParser parser;
     parser.ParseXmlString("<a/>", "id");
     parser.ParseXmlBytes({'<', 'a', '/', '>'});
     parser.ParseXmlFile(folder.Write("a.xml", "<a/>"));
-    Metrics::SetSink({});
+    const std::vector<std::string> names = metrics.Names();
     const auto count = [&names](const std::string& operation) {
         return std::count(names.begin(), names.end(), "StandaloneDOMParser_" + operation);
     };

@@ -2,8 +2,7 @@
 
 #include <thread>
 
-#include "art-cpp/Activity.h"
-#include "metrics2/Metrics.h"
+#include "tests/common/SinkCaptures.h"
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancoredata/VResource.h"
 #include "vancorexml/main/parser/FileInputSource.h"
@@ -373,11 +372,9 @@ TEST_F(DOMParserTest, ASchemaResourceValidates)
 // Returns the metrics scopes that close while `run` runs, innermost first.
 std::vector<Metrics::ScopeRecord> Measure(const std::function<void()>& run)
 {
-    std::vector<Metrics::ScopeRecord> records;
-    Metrics::SetSink([&](const Metrics::ScopeRecord& record) { records.push_back(record); });
+    const testsupport::MetricsCapture metrics;
     run();
-    Metrics::SetSink(nullptr);
-    return records;
+    return metrics.records;
 }
 
 int Count(const std::vector<Metrics::ScopeRecord>& records, const std::string& name)
@@ -426,7 +423,6 @@ TEST_F(DOMParserTest, NonUtf8FileThrowsWhileMetricsAreRecorded)
     const testsupport::TemporaryFolder folder;
     FileInputSource source(folder.Write("a.xml", "<a>\xE4</a>"));
     EXPECT_THROW(Measure([&] { parser.ParseXmlInputSource(source, false); }), VantoraException);
-    Metrics::SetSink(nullptr);
 }
 
 TEST_F(DOMParserTest, SetsTheMemoryScopeDuringAParse)
@@ -442,10 +438,9 @@ TEST_F(DOMParserTest, TracesTheParseOfAFile)
 {
     const testsupport::TemporaryFolder folder;
     const VString file = folder.Write("a.xml", "<a/>");
-    std::vector<art::ActivityRecord> records;
-    art::SetActivitySink([&](const art::ActivityRecord& record) { records.push_back(record); });
+    const testsupport::ActivityCapture activities;
     parser.ParseXmlFile(file);
-    art::SetActivitySink(nullptr);
+    const std::vector<art::ActivityRecord>& records = activities.records;
     ASSERT_GE(records.size(), 2u);
     EXPECT_STREQ(records.front().name, "InputSourceFromFileName");
     EXPECT_STREQ(records.back().name, "dom-parser.parse-xml-file");

@@ -37,5 +37,5 @@ TEST_P(ParserExitThreadTest, AProcessExitsCleanlyWhileThreads)
 
 INSTANTIATE_TEST_SUITE_P(Do,
     ParserExitThreadTest,
-    testing::Values("ParseTexts", "ExplainFaults", "Validate", "ReadDocuments"),
+    testing::Values("ParseTexts", "ExplainFaults", "Validate", "ReadDocuments", "ReportToSinks"),
     [](const auto& row) { return std::string(row.param); });

@@ -12,8 +12,11 @@
 
 #include <boost/any.hpp>
 
+#include "art-cpp/Activity.h"
+#include "metrics2/Metrics.h"
 #include "vancoredata/VLocale.h"
 #include "vancoreplatform/CoreThreadContext.h"
+#include "vancoreplatform/VLog.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/XMLDomFormatter.h"
@@ -57,11 +60,33 @@ void ReadDocuments()
     XMLDomFormatter::RenderAsXMLString(copy, nullptr, true);
 }
 
+struct CountingSink : VLog::Sink, art::ActivitySink, Metrics::Sink {
+    void Write(const VLog::Record&) override { ++count; }
+    void Finish(const art::ActivityRecord&) override { ++count; }
+    void Finish(const Metrics::ScopeRecord&) override { ++count; }
+    std::size_t count = 0;
+};
+
+// The process exits without setting the sinks back.
+void ReportToSinks()
+{
+    [[maybe_unused]] static const bool isSet = [] {
+        const auto sink = std::make_shared<CountingSink>();
+        VLog::SetSink(sink);
+        art::SetActivitySink(sink);
+        Metrics::SetSink(sink);
+        return true;
+    }();
+    ParseTexts();
+    LogMessage(VLog::Info, "parsed");
+}
+
 const WorkRow WorkRows[] = {
     {"ParseTexts", ParseTexts},
     {"ExplainFaults", ExplainFaults},
     {"Validate", Validate},
     {"ReadDocuments", ReadDocuments},
+    {"ReportToSinks", ReportToSinks},
 };
 
 // ExitProcess locks the heap of the process before it stops the other threads. Wine 8 stops them without this lock. The

@@ -1,4 +1,4 @@
-#include "metrics2/Metrics.h"
+#include "tests/common/SinkCaptures.h"
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancoredata/VResource.h"
 #include "vancoreplatform/VIOException.h"
@@ -582,11 +582,10 @@ TEST_F(XercesSchemaTest, DocumentsMayHaveAttributesOfTheXmlNamespace)
 
 TEST_F(XercesSchemaTest, RecordsMetricsScopesForItsSteps)
 {
-    std::vector<std::string> names;
     const auto parser = Create("<a/>");
-    Metrics::SetSink([&](const Metrics::ScopeRecord& record) { names.push_back(record.name); });
+    const testsupport::MetricsCapture metrics;
     parser->LoadXSDString(Schema, "schema.xsd");
-    Metrics::SetSink(nullptr);
+    const std::vector<std::string> names = metrics.Names();
     EXPECT_EQ(std::count(names.begin(), names.end(), "XercesXMLParser_LoadXSDSource"), 3);
     EXPECT_EQ(std::count(names.begin(), names.end(), "XercesXMLParser_PrepareParserState"), 1);
 }

@@ -6,7 +6,7 @@
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLURL.hpp>
 
-#include "metrics2/Metrics.h"
+#include "tests/common/SinkCaptures.h"
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancorexml/main/parser/XMLParseException.h"
 
@@ -453,11 +453,10 @@ TEST(XercesXMLParserTest, ReleasesItsHandlerInItsDestructor)
 
 TEST(XercesXMLParserTest, RecordsMetricsScopesForItsSteps)
 {
-    std::vector<std::string> names;
-    Metrics::SetSink([&](const Metrics::ScopeRecord& record) { names.push_back(record.name); });
+    const testsupport::MetricsCapture metrics;
     ParseBytes("<a/>");
-    Metrics::SetSink(nullptr);
-    EXPECT_THAT(names, testing::IsSupersetOf({"XercesXMLParser_PrepareParserState", "XercesXMLParser_DoXercesParse"}));
+    EXPECT_THAT(metrics.Names(),
+        testing::IsSupersetOf({"XercesXMLParser_PrepareParserState", "XercesXMLParser_DoXercesParse"}));
 }
 
 }  // namespace

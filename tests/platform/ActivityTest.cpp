@@ -3,27 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
-namespace {
+#include "tests/common/SinkCaptures.h"
 
-// Collects finished activities while it lives.
-class Tracing {
-public:
-    Tracing()
-    {
-        art::SetActivitySink([this](const art::ActivityRecord& record) { records.push_back(record); });
-    }
-    ~Tracing() { art::SetActivitySink({}); }
-
-    std::vector<art::ActivityRecord> records;
-};
-
-}  // namespace
+using testsupport::ActivityCapture;
 
 TEST(ActivityTest, KeepsTheTagsInOrder)
 {
-    Tracing tracing;
+    const ActivityCapture tracing;
     {
         art::Activity activity("read-file");
         activity.Tag("filename", "a.xml");
@@ -36,37 +25,48 @@ TEST(ActivityTest, KeepsTheTagsInOrder)
     EXPECT_EQ(tracing.records[0].tags, tags);
 }
 
-TEST(ActivityTest, InnerActivitiesFinishFirst)
+TEST(ActivityTest, AnInnerActivityFinishesFirstAndLiesInTheOuterOne)
 {
-    Tracing tracing;
+    const ActivityCapture tracing;
     {
         const art::Activity outer("outer");
         const art::Activity inner("inner");
     }
     ASSERT_EQ(tracing.records.size(), 2u);
-    EXPECT_STREQ(tracing.records[0].name, "inner");
-    EXPECT_STREQ(tracing.records[1].name, "outer");
+    const art::ActivityRecord& inner = tracing.records[0];
+    const art::ActivityRecord& outer = tracing.records[1];
+    EXPECT_STREQ(inner.name, "inner");
+    EXPECT_STREQ(outer.name, "outer");
+    EXPECT_GE(inner.start, outer.start);
+    EXPECT_LE(inner.start + inner.nanoseconds, outer.start + outer.nanoseconds);
 }
 
 TEST(ActivityTest, AnActivityBegunWithoutASinkIsNotTraced)
 {
-    std::vector<art::ActivityRecord> records;
-    {
-        art::Activity activity("early");
-        activity.Tag("key", "value");
-        art::SetActivitySink([&records](const art::ActivityRecord& record) { records.push_back(record); });
-    }
-    art::SetActivitySink({});
-    EXPECT_TRUE(records.empty());
+    art::Activity* const activity = new art::Activity("early");
+    activity->Tag("key", "value");
+    const ActivityCapture tracing;
+    delete activity;
+    EXPECT_TRUE(tracing.records.empty());
 }
 
 TEST(ActivityTest, AnActivityThatOutlivesTheSinkIsDropped)
 {
-    std::vector<art::ActivityRecord> records;
-    art::SetActivitySink([&records](const art::ActivityRecord& record) { records.push_back(record); });
+    const ActivityCapture tracing;
     {
         const art::Activity activity("late");
-        art::SetActivitySink({});
+        art::SetActivitySink(nullptr);
     }
-    EXPECT_TRUE(records.empty());
+    EXPECT_TRUE(tracing.records.empty());
+}
+
+TEST(ActivityTest, SettingASinkReturnsThePreviousOne)
+{
+    struct Nothing : art::ActivitySink {
+        void Finish(const art::ActivityRecord&) override {}
+    };
+    const auto sink = std::make_shared<Nothing>();
+    EXPECT_EQ(art::SetActivitySink(sink), nullptr);
+    EXPECT_EQ(art::SetActivitySink(nullptr), sink);
+    EXPECT_EQ(sink.use_count(), 1);
 }

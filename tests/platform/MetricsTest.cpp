@@ -5,21 +5,9 @@
 #include <thread>
 #include <vector>
 
-namespace {
+#include "tests/common/SinkCaptures.h"
 
-// Collects finished scopes while it lives.
-class Collection {
-public:
-    explicit Collection(std::uint64_t bits = Metrics::XmlCategory)
-    {
-        Metrics::SetSink([this](const Metrics::ScopeRecord& record) { records.push_back(record); }, bits);
-    }
-    ~Collection() { Metrics::SetSink({}); }
-
-    std::vector<Metrics::ScopeRecord> records;
-};
-
-}  // namespace
+using testsupport::MetricsCapture;
 
 TEST(MetricsTest, AreOffWithoutASink)
 {
@@ -30,7 +18,7 @@ TEST(MetricsTest, AreOffWithoutASink)
 
 TEST(MetricsTest, KeepsTheValuesInOrder)
 {
-    Collection collection;
+    const MetricsCapture collection;
     {
         Metrics::Scope scope("parse");
         EXPECT_TRUE(scope.IsOpen());
@@ -45,7 +33,7 @@ TEST(MetricsTest, KeepsTheValuesInOrder)
 
 TEST(MetricsTest, AnOuterScopeLastsAtLeastAsLongAsItsInnerScope)
 {
-    Collection collection;
+    const MetricsCapture collection;
     {
         const Metrics::Scope outer("outer");
         const Metrics::Scope inner("inner");
@@ -53,12 +41,13 @@ TEST(MetricsTest, AnOuterScopeLastsAtLeastAsLongAsItsInnerScope)
     ASSERT_EQ(collection.records.size(), 2u);
     EXPECT_STREQ(collection.records[0].name, "inner");
     EXPECT_GE(collection.records[1].nanoseconds, collection.records[0].nanoseconds);
+    EXPECT_LE(collection.records[1].start, collection.records[0].start);
 }
 
 TEST(MetricsTest, CollectsTheXmlCategoryByDefault)
 {
     EXPECT_EQ(Metrics::XmlCategory, 0x80000000000u);
-    Collection collection;
+    const MetricsCapture collection;
     EXPECT_TRUE(Metrics::TestBitsAndContext(Metrics::XmlCategory));
     EXPECT_TRUE(Metrics::TestBitsAndContext(Metrics::XmlCategory | 1));
     EXPECT_FALSE(Metrics::TestBitsAndContext(1));
@@ -66,7 +55,7 @@ TEST(MetricsTest, CollectsTheXmlCategoryByDefault)
 
 TEST(MetricsTest, ScopesOfOtherCategoriesAreNotCollected)
 {
-    Collection collection(2);
+    const MetricsCapture collection(2);
     {
         const Metrics::Scope xml("xml");
         const Metrics::Scope other("other", 2 | 4);
@@ -77,20 +66,16 @@ TEST(MetricsTest, ScopesOfOtherCategoriesAreNotCollected)
 
 TEST(MetricsTest, AScopeBegunWithoutASinkIsNotCollected)
 {
-    std::vector<Metrics::ScopeRecord> records;
-    {
-        Metrics::Scope scope("early");
-        scope.Record("key", "value");
-        Metrics::SetSink([&records](const Metrics::ScopeRecord& record) { records.push_back(record); });
-    }
-    Metrics::SetSink({});
-    EXPECT_TRUE(records.empty());
-    EXPECT_FALSE(Metrics::TestBitsAndContext(Metrics::XmlCategory));
+    Metrics::Scope* const scope = new Metrics::Scope("early");
+    scope->Record("key", "value");
+    const MetricsCapture collection;
+    delete scope;
+    EXPECT_TRUE(collection.records.empty());
 }
 
 TEST(MetricsTest, EveryThreadReachesTheSink)
 {
-    Collection collection;
+    const MetricsCapture collection;
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([] {
