@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -11,6 +12,7 @@
 
 #include "vancoreplatform/Encoding.h"
 #include "vanxml/CheckCommand.h"
+#include "vanxml/DiffCommand.h"
 #include "vanxml/EditCommand.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/FormatCommand.h"
@@ -19,7 +21,10 @@
 #include "vanxml/RetargetCommand.h"
 #include "vanxml/SchemaCommand.h"
 #include "vanxml/StandardStreams.h"
+#include "vanxml/StatsCommand.h"
 #include "vanxml/ToolError.h"
+#include "vanxml/TraceFile.h"
+#include "vanxml/TreeCommand.h"
 #include "vanxml/VersionCommand.h"
 
 namespace {
@@ -34,6 +39,9 @@ Commands MakeCommands()
     commands.push_back(std::make_unique<CheckCommand>());
     commands.push_back(std::make_unique<RetargetCommand>());
     commands.push_back(std::make_unique<QueryCommand>());
+    commands.push_back(std::make_unique<TreeCommand>());
+    commands.push_back(std::make_unique<StatsCommand>());
+    commands.push_back(std::make_unique<DiffCommand>());
     commands.push_back(std::make_unique<VersionCommand>());
     commands.push_back(std::make_unique<SchemaCommand>());
     commands.push_back(std::make_unique<HelpCommand>());
@@ -187,6 +195,8 @@ ExitStatus RunCommandLine(const std::vector<std::string>& arguments)
     application.set_version_flag("--version", "vanxml " VANXML_VERSION);
     for (const std::unique_ptr<Command>& command : commands)
         command->AddTo(application);
+    std::optional<std::string> traceFile;
+    AddTraceOption(application, traceFile);
     UnmarkOperands(application);
     AddExamples(application);
 
@@ -197,7 +207,8 @@ ExitStatus RunCommandLine(const std::vector<std::string>& arguments)
         application.parse(std::move(marked));
         for (const std::unique_ptr<Command>& command : commands) {
             if (command->IsChosen())
-                return command->Run();
+                return RunTraced(
+                    traceFile, FullName(ChosenCommand(application)).substr(1), [&] { return command->Run(); });
         }
         return ExitStatus::Failed;
     } catch (const CLI::ParseError& error) {

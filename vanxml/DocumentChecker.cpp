@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "art-cpp/Activity.h"
 #include "vancoreplatform/DecodingException.h"
 #include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VIOException.h"
@@ -46,6 +47,8 @@ std::size_t CheckedDocument::Size() const
 CheckedDocument DocumentChecker::Check(const VString& name)
 {
     try {
+        art::Activity activity("vanxml.document");
+        activity.Tag("file", name);
         SourceDocument source = SourceDocument::Read(name);
         CheckedDocument result;
         result.bytes = source.Source().Size();

@@ -59,6 +59,20 @@ const Examples allExamples[] = {
         "  vanxml query --files-from list --at //title  search the files that a list names\n"
         "\n"
         "The exit status is 0 if an element was found, 1 if none was found, and 2 if something failed.\n"},
+    {"tree",
+        "Examples:\n"
+        "  vanxml tree a.kxa                                print the outline of a document\n"
+        "  vanxml tree --depth 3 a.kxa                      print only its upper levels\n"},
+    {"stats",
+        "Examples:\n"
+        "  vanxml stats a.kxa                               count the elements, attributes and names\n"
+        "  vanxml stats --recursive docs --json             count them in all documents in a folder\n"},
+    {"diff",
+        "Examples:\n"
+        "  vanxml diff old.kxa new.kxa                      print what has changed\n"
+        "  vanxml diff --json old.kxa new.kxa               print the changes for a program\n"
+        "\n"
+        "The exit status is 0 if the documents are equal, 1 if not, and 2 if something failed.\n"},
     {"version",
         "Examples:\n"
         "  vanxml version a.kxa                             print the attribute version of the first element\n"

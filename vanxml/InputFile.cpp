@@ -3,6 +3,7 @@
 #include <functional>
 #include <vector>
 
+#include "art-cpp/Activity.h"
 #include "vancoreplatform/VFile.h"
 #include "vanxml/StandardStreams.h"
 
@@ -22,6 +23,8 @@ void ReadPieces(VFile& file, const std::function<bool(std::string_view piece)>& 
 
 std::string ReadInputFile(const VString& name)
 {
+    art::Activity activity("vanxml.read");
+    activity.Tag("file", name);
     if (name == "-")
         return StandardStreams::ReadInput();
     VFile file{VPath(name)};

@@ -4,6 +4,7 @@
 #include <optional>
 #include <system_error>
 
+#include "art-cpp/Activity.h"
 #include "vancoreplatform/FileReplacement.h"
 #include "vancoreplatform/SystemError.h"
 #include "vanxml/ErrorLines.h"
@@ -72,6 +73,8 @@ std::size_t WriteWholeFile(const VString& name, std::string_view bytes)
 
 std::size_t ReplaceFile(const VString& name, std::string_view before, std::string_view after)
 {
+    art::Activity activity("vanxml.write");
+    activity.Tag("file", name);
     FileReplacement file{VPath(name)};
     file.Write(after);
     if (!HasBytes(name, before))

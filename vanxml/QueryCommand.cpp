@@ -8,6 +8,7 @@
 #include <memory>
 #include <utility>
 
+#include "art-cpp/Activity.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/DOMPath.h"
 #include "vancorexml/main/parser/DOMPathCanopy.h"
@@ -247,6 +248,8 @@ void QueryCommand::RequireUsable() const
 ExitStatus QueryCommand::Search(const VString& file)
 {
     try {
+        art::Activity activity("vanxml.document");
+        activity.Tag("file", file);
         const std::optional<std::size_t> matches = SearchFile(file);
         if (!matches)
             return ExitStatus::Failed;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "art-cpp/Activity.h"
 #include "vanxml/ErrorLines.h"
 #include "vanxml/ExceptionText.h"
 #include "vanxml/InputFile.h"
@@ -88,6 +89,8 @@ RewriteCommand::Outcome RewriteCommand::Process(const SelectedFile& file) const
         return outcome;
     }
     try {
+        art::Activity activity("vanxml.document");
+        activity.Tag("file", file.name);
         const std::string before = ReadInputFile(file.name);
         RewrittenDocument after = Rewrite(file.name, before);
         outcome.status = after.status;
@@ -125,6 +128,7 @@ void RewriteCommand::Finish(const VString& name, const std::string& before, std:
 
 void RewriteCommand::WriteOutput(const std::string& bytes) const
 {
+    const art::Activity activity("vanxml.write");
     if (m_output == "-") {
         StandardStreams::Write(bytes);
         return;

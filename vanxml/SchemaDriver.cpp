@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "art-cpp/Activity.h"
 #include "vancoreplatform/DecodingException.h"
 #include "vancoreplatform/VFile.h"
 #include "vancoreplatform/VFormatString.h"
@@ -83,6 +84,8 @@ SchemaDriver::SchemaDriver(const SchemaReference& schema)
       m_nothing(std::make_unique<StringInputSource>(VString(), VString(), false)),
       m_parser(XercesXMLParser::Create(*m_nothing, m_handler))
 {
+    art::Activity activity("vanxml.load-schema");
+    activity.Tag("schema", schema.name);
     m_parser->SetEnableReferenceChecks(true);
     m_parser->SetEnableContent(false);
     std::vector<ParseDiagnostic> loadErrors;
@@ -166,6 +169,8 @@ void SchemaDriver::AddError(const VString& schema, const VString& message)
 
 const std::vector<ParseDiagnostic>& SchemaDriver::Check(InputSource& document)
 {
+    art::Activity activity("vanxml.validate");
+    activity.Tag("file", document.Id());
     m_parser->Reload(document, m_handler);
     m_parser->Parse();
     ThrowIfOutOfMemory(m_parser->GetDiagnostics());

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "art-cpp/Activity.h"
 #include "vancoreplatform/FileEncoding.h"
 #include "vancoreplatform/VFile.h"
 #include "vancorexml/main/parser/EncodingFaults.h"
@@ -53,6 +54,8 @@ SourceDocument::SourceDocument(
 
 SourceDocument SourceDocument::Read(const VString& name)
 {
+    art::Activity activity("vanxml.read");
+    activity.Tag("file", name);
     if (name == "-")
         return FromText(DecodeToUtf8(StandardStreams::ReadInput(), name, true), name);
     return FromText(VFile::LoadXmlFile(name), name);

@@ -22,19 +22,31 @@ std::string_view Sequence(TextStyle::Part part)
     case TextStyle::Part::Error: return "\x1B[1;31m";
     case TextStyle::Part::Warning: return "\x1B[1;35m";
     case TextStyle::Part::Gutter: return "\x1B[34m";
+    case TextStyle::Part::Removed: return "\x1B[31m";
+    case TextStyle::Part::Added: return "\x1B[32m";
     }
     return std::string_view();
 }
 
 }  // namespace
 
-TextStyle TextStyle::ForStandardError(std::string_view colors)
+TextStyle TextStyle::ForStream(OperatingSystem::Stream stream, std::string_view colors)
 {
     if (colors == "never" || (colors == "auto" && IsColorRefused()))
         return TextStyle(false);
     // A console of Windows understands colours only after this call.
-    const bool isTerminal = OperatingSystem::IsTerminal(OperatingSystem::Stream::Error);
+    const bool isTerminal = OperatingSystem::IsTerminal(stream);
     return TextStyle(isTerminal || colors == "always");
+}
+
+TextStyle TextStyle::ForStandardOutput(std::string_view colors)
+{
+    return ForStream(OperatingSystem::Stream::Output, colors);
+}
+
+TextStyle TextStyle::ForStandardError(std::string_view colors)
+{
+    return ForStream(OperatingSystem::Stream::Error, colors);
 }
 
 std::string TextStyle::Paint(Part part, std::string_view text) const

@@ -1,29 +1,34 @@
-// The colours of messages.
+// The colours of messages and outlines.
 #pragma once
 
 #include <string>
 #include <string_view>
 
+#include "vanxml/OperatingSystem.h"
+
 namespace CLI {
 class App;
 }
 
-// Whether messages have colours.
+// Whether a text has colours.
 //
 // Threads: any number of readers.
 class TextStyle {
 public:
-    enum class Part { Place, Error, Warning, Gutter };
+    enum class Part { Place, Error, Warning, Gutter, Removed, Added };
 
     explicit TextStyle(bool hasColors) : m_hasColors(hasColors) {}
-    // Returns the style for standard error. The colours are "auto", "always" or "never". "auto" is true for a terminal,
-    // unless the environment variable NO_COLOR is set and not empty.
+    // Return the style for a standard stream. The colours are "auto", "always" or "never". "auto" is true for a
+    // terminal, unless the environment variable NO_COLOR is set and not empty.
+    static TextStyle ForStandardOutput(std::string_view colors);
     static TextStyle ForStandardError(std::string_view colors = "auto");
 
     // Returns the text, between escape sequences if there are colours.
     std::string Paint(Part part, std::string_view text) const;
 
 private:
+    static TextStyle ForStream(OperatingSystem::Stream stream, std::string_view colors);
+
     bool m_hasColors;
 };
 

@@ -1,0 +1,149 @@
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include "tests/tool/ToolRun.h"
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using testsupport::TemporaryFolder;
+
+namespace {
+
+const std::string stock = "<shop>\n"
+                          "  <item id='1' price='2'>tea</item>\n"
+                          "  <item id='2' price='3'><size>big</size></item>\n"
+                          "  <closed/>\n"
+                          "</shop>\n";
+
+const std::string newStock = "<shop>\n"
+                             "  <item id='1' price='4'>tea</item>\n"
+                             "  <shelf><item id='2' price='3'><size>big</size></item></shelf>\n"
+                             "</shop>\n";
+
+// Compares the two texts in the folder, under the names a.xml and b.xml.
+ToolResult RunDiff(const TemporaryFolder& folder,
+    const std::string& a,
+    const std::string& b,
+    const std::vector<std::string>& options = {})
+{
+    folder.Write("a.xml", a);
+    folder.Write("b.xml", b);
+    std::vector<std::string> arguments{"diff", "a.xml", "b.xml"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return RunProgram(VANXML_PATH, arguments, "", "", folder.Path("").toStdString());
+}
+
+}  // namespace
+
+TEST(DiffCommandTest, EqualTreesPrintNothingAndEndWithStatus0)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunDiff(folder, stock, "<?xml version='1.0'?>" + stock);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST(DiffCommandTest, PrintsPathsPlacesAndValues)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunDiff(folder, stock, newStock);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output,
+        "changed /shop/item[1]/@price\n"
+        "    a.xml:2:26: \"2\"\n"
+        "    b.xml:2:26: \"4\"\n"
+        "moved /shop/item[2] to /shop/shelf/item with 1 element\n"
+        "    a.xml:3:26\n"
+        "    b.xml:3:33\n"
+        "added /shop/shelf with 2 elements\n"
+        "    b.xml:3:10\n"
+        "removed /shop/closed\n"
+        "    a.xml:4:12\n"
+        "4 differences: 1 changed, 1 removed, 1 added, 1 moved\n");
+}
+
+TEST(DiffCommandTest, JsonHasOneObjectForEachDifference)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunDiff(folder, "<a b='&quot;'>x</a>", "<a>y<c/></a>", {"--json"});
+    EXPECT_EQ(result.status, 1);
+    const std::string removed = R"json({"type":"removed","what":"attribute",)json"
+                                R"json("a":{"file":"a.xml","line":1,"column":15,"path":"/a/@b","value":"\""}})json";
+    const std::string changed = R"json({"type":"changed","what":"text",)json"
+                                R"json("a":{"file":"a.xml","line":1,"column":15,"path":"/a/text()","value":"x"},)json"
+                                R"json("b":{"file":"b.xml","line":1,"column":4,"path":"/a/text()","value":"y"}})json";
+    const std::string added = R"json({"type":"added","what":"element",)json"
+                              R"json("b":{"file":"b.xml","line":1,"column":9,"path":"/a/c"}})json";
+    EXPECT_EQ(result.output, removed + "\n" + changed + "\n" + added + "\n");
+}
+
+TEST(DiffCommandTest, LongValuesAreClippedAndEscaped)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunDiff(folder, "<a>" + std::string(200, 'x') + "</a>", "<a>&#xA;&#x9B;</a>");
+    EXPECT_THAT(result.output, HasSubstr(": \"" + std::string(100, 'x') + "…\"\n"));
+    EXPECT_THAT(result.output, HasSubstr(": \"\\n\\u009b\"\n"));
+    const ToolResult json = RunDiff(folder, "<a>" + std::string(200, 'x') + "</a>", "<a/>", {"--json"});
+    EXPECT_THAT(json.output, HasSubstr(std::string(200, 'x')));
+}
+
+TEST(DiffCommandTest, ColorsPaintTheValues)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunDiff(folder, "<a>x</a>", "<a>y</a>", {"--color", "always"});
+    EXPECT_THAT(result.output, HasSubstr("\x1B[31m\"x\"\x1B[0m"));
+    EXPECT_THAT(result.output, HasSubstr("\x1B[32m\"y\"\x1B[0m"));
+}
+
+TEST(DiffCommandTest, ComparesAcrossEncodings)
+{
+    const TemporaryFolder folder;
+    const std::string utf16("\xFF\xFE<\0a\0>\0\xE4\0<\0/\0a\0>\0", 18);
+    EXPECT_EQ(RunDiff(folder, utf16, "<a>\xC3\xA4</a>").status, 0);
+    const ToolResult result = RunDiff(folder, utf16, "<?xml version='1.0' encoding='iso-8859-1'?><a>\xE5</a>");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.output, HasSubstr("a.xml:1:4: \"\xC3\xA4\"\n"));
+}
+
+TEST(DiffCommandTest, ColonsKeepTheirPlaces)
+{
+    const TemporaryFolder folder;
+    const ToolResult result = RunDiff(folder, "<a :b='1' :c='1'><d e='1'/></a>", "<a :b='1' :c='1'><d e='2'/></a>");
+    EXPECT_THAT(result.output, StartsWith("changed /a/d/@e\n    a.xml:1:28: \"1\"\n"));
+}
+
+TEST(DiffCommandTest, OneDocumentMayBeStandardInput)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("a.xml", "<a/>").toStdString();
+    EXPECT_EQ(RunTool({"diff", file, "-"}, "<a></a>").status, 0);
+    EXPECT_EQ(RunTool({"diff", "-", file}, "<b/>").status, 1);
+    const ToolResult result = RunTool({"diff", "-", "-"}, "<a/>");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("only one of the two documents"));
+}
+
+TEST(DiffCommandTest, AnyFaultEndsWithStatus2)
+{
+    const TemporaryFolder folder;
+    const ToolResult faulty = RunDiff(folder, "<a>", "<a/>");
+    EXPECT_EQ(faulty.status, 2);
+    EXPECT_EQ(faulty.output, "");
+    EXPECT_THAT(faulty.errors, StartsWith("a.xml:1:"));
+    EXPECT_EQ(RunDiff(folder, "<a/>", "<a>\xFF</a>").status, 2);
+    EXPECT_EQ(RunTool({"diff", folder.Path("a.xml").toStdString(), "missing.xml"}).status, 2);
+    EXPECT_EQ(RunTool({"diff", "a.xml"}).status, 2);
+}
+
+TEST(DiffCommandTest, FormattingKeepsTheTree)
+{
+    const TemporaryFolder folder;
+    for (const QFileInfo& sample : QDir(SAMPLES_FOLDER).entryInfoList(QDir::Files)) {
+        const std::string file = sample.filePath().toStdString();
+        const ToolResult formatted = RunTool({"format", file});
+        const ToolResult result = RunTool({"diff", file, "-"}, formatted.output);
+        EXPECT_EQ(result.status, 0) << file << "\n" << result.output << result.errors;
+    }
+}

@@ -1,0 +1,119 @@
+#include "vanxml/DiffReport.h"
+
+#include "vanxml/ErrorLines.h"
+#include "vanxml/JsonText.h"
+
+namespace {
+
+using Kind = TreeDifference::Kind;
+constexpr std::uint32_t None = TreeDifference::None;
+
+// In UTF-16 code units. A longer value is clipped in the text, but not in JSON.
+constexpr std::size_t longestValue = 100;
+
+const char* NameOf(Kind kind)
+{
+    switch (kind) {
+    case Kind::Changed: return "changed";
+    case Kind::Removed: return "removed";
+    case Kind::Added: return "added";
+    case Kind::Moved: return "moved";
+    }
+    return "";
+}
+
+std::string Quote(const VString& value)
+{
+    std::u16string_view shown = value.View();
+    const bool isClipped = shown.size() > longestValue;
+    if (isClipped) {
+        const char16_t last = shown[longestValue - 1];
+        const bool isSplit = last >= 0xD800 && last < 0xDC00;
+        shown = shown.substr(0, longestValue - (isSplit ? 1 : 0));
+    }
+    return "\"" + EscapeControlCharacters(VString(shown.data(), shown.size()).toStdString()) + (isClipped ? "…\"" : "\"");
+}
+
+}  // namespace
+
+std::string DiffReport::Format(const TreeDifference& difference) const
+{
+    const bool isElement = difference.attribute == None && difference.valueA == None && difference.valueB == None;
+    std::string text = m_style.Paint(TextStyle::Part::Place, NameOf(difference.kind)) + " ";
+    if (difference.a != None)
+        text += EscapeControlCharacters(PathOf(m_a, difference.a, difference));
+    if (difference.kind == Kind::Moved)
+        text += " to ";
+    if (difference.a == None || difference.kind == Kind::Moved)
+        text += EscapeControlCharacters(PathOf(m_b, difference.b, difference));
+    if (isElement)
+        text += DescribeSize(difference.a != None ? m_a : m_b, difference.a != None ? difference.a : difference.b);
+    text += "\n";
+    const auto detail = [&](std::uint32_t value, TextStyle::Part part) {
+        return value == None ? std::string() : ": " + m_style.Paint(part, Quote(m_table.Text(value)));
+    };
+    if (difference.a != None && (isElement || difference.valueA != None))
+        text += FormatPlace(m_a, difference.a, detail(difference.valueA, TextStyle::Part::Removed));
+    if (difference.b != None && (isElement || difference.valueB != None))
+        text += FormatPlace(m_b, difference.b, detail(difference.valueB, TextStyle::Part::Added));
+    return text;
+}
+
+std::string DiffReport::FormatPlace(const ComparedTree& tree, std::uint32_t node, const std::string& detail) const
+{
+    const SourcePosition place = tree.PlaceOf(node);
+    return "    " + EscapeControlCharacters(tree.Name().toStdString()) + ":" + std::to_string(place.line) + ":" +
+        std::to_string(place.column) + detail + "\n";
+}
+
+// Tells how many elements are inside an element.
+std::string DiffReport::DescribeSize(const ComparedTree& tree, std::uint32_t node) const
+{
+    std::size_t elements = 0;
+    for (std::uint32_t each = node + 1; each < tree.Node(node).end; ++each)
+        elements += tree.Node(each).IsText() ? 0u : 1u;
+    if (elements == 0)
+        return std::string();
+    return " with " + std::to_string(elements) + (elements == 1 ? " element" : " elements");
+}
+
+std::string DiffReport::PathOf(const ComparedTree& tree, std::uint32_t node, const TreeDifference& difference) const
+{
+    std::string path = tree.PathOf(node);
+    if (difference.attribute != None)
+        path += "/@" + m_table.Text(difference.attribute).toStdString();
+    return path;
+}
+
+std::string DiffReport::FormatJson(const TreeDifference& difference) const
+{
+    const bool isText = difference.valueA != None || difference.valueB != None;
+    std::string json = "{\"type\":\"" + std::string(NameOf(difference.kind)) + "\",\"what\":\"";
+    json += difference.attribute != None ? "attribute" : isText ? "text" : "element";
+    json += '"';
+    AppendSide(json, "a", m_a, difference.a, difference.valueA, difference);
+    AppendSide(json, "b", m_b, difference.b, difference.valueB, difference);
+    return json + "}\n";
+}
+
+void DiffReport::AppendSide(std::string& json,
+    const char* side,
+    const ComparedTree& tree,
+    std::uint32_t node,
+    std::uint32_t value,
+    const TreeDifference& difference) const
+{
+    const bool isMissing = node == None || (difference.attribute != None && value == None);
+    if (isMissing)
+        return;
+    const SourcePosition place = tree.PlaceOf(node);
+    json += ",\"" + std::string(side) + "\":{\"file\":";
+    AppendJsonString(json, tree.Name().toStdString());
+    json += ",\"line\":" + std::to_string(place.line) + ",\"column\":" + std::to_string(place.column) + ",\"path\":";
+    AppendJsonString(json, PathOf(tree, node, difference));
+    if (value != None) {
+        json += ",\"value\":";
+        AppendJsonString(json, m_table.Text(value).toStdString());
+    }
+    json += '}';
+}
