@@ -31,7 +31,8 @@ std::string Quote(const VString& value)
         const bool isSplit = last >= 0xD800 && last < 0xDC00;
         shown = shown.substr(0, longestValue - (isSplit ? 1 : 0));
     }
-    return "\"" + EscapeControlCharacters(VString(shown.data(), shown.size()).toStdString()) + (isClipped ? "…\"" : "\"");
+    const std::string text = EscapeControlCharacters(VString(shown.data(), shown.size()).toStdString());
+    return "\"" + text + (isClipped ? "…\"" : "\"");
 }
 
 }  // namespace
