@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t mostWaiting = 65536;
+constexpr std::size_t blockSize = 65536;
 
 bool IsDeviceOrPipe(const fs::path& file)
 {
@@ -115,7 +115,7 @@ void StreamedOutputFile::Write(std::string_view bytes)
         return;
     }
     m_waiting += bytes;
-    if (m_file && m_waiting.size() >= mostWaiting) {
+    if (m_file && m_waiting.size() >= blockSize) {
         m_file->Write(m_waiting);
         m_waiting.clear();
     }
