@@ -35,7 +35,7 @@ std::uint64_t TraceNow()
     return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(sinceStart).count());
 }
 
-// Refuses a document that the user named by mistake, as in "--trace a.xml b.xml".
+// Refuses a document that the user named by mistake, as in "--trace a.xml b.xml" and "-o a.xml --trace a.xml".
 void RequireReplaceable(const VString& name)
 {
     const std::filesystem::path path(name.View());
@@ -66,7 +66,7 @@ std::string ToMicroseconds(std::uint64_t nanoseconds)
 // The library calls all sinks one at a time, so this class needs no lock.
 class TraceFile::Sink final : public art::ActivitySink, public Metrics::Sink {
 public:
-    explicit Sink(const VString& name) : m_start(TraceNow()), m_file(VPath(name)) {}
+    explicit Sink(const VString& name) : m_name(name), m_start(TraceNow()), m_file(VPath(name)) {}
 
     void Finish(const art::ActivityRecord& record) override
     {
@@ -80,6 +80,7 @@ public:
 
     void Close()
     {
+        RequireReplaceable(m_name);  // again, because the command may have written its output there
         m_text += "\n]}\n";
         m_file.Write(m_text);
         m_file.Commit();
@@ -132,6 +133,7 @@ private:
         m_file.Write(piece);
     }
 
+    const VString m_name;
     const std::uint64_t m_start;
     const std::string m_process = std::to_string(QCoreApplication::applicationPid());
     FileReplacement m_file;

@@ -31,7 +31,8 @@ public:
     TraceFile(const TraceFile&) = delete;
     TraceFile& operator=(const TraceFile&) = delete;
 
-    // Ends the trace and replaces the file. Throws VIO::Exception if this or an earlier write failed. Call it once.
+    // Ends the trace and replaces the file. Throws VIO::Exception if this or an earlier write failed, and ToolError if
+    // the file has become something else than a trace meanwhile. Call it once.
     void Finish();
 
 private:

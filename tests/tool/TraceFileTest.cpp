@@ -189,3 +189,16 @@ TEST(TraceFileTest, ADocumentIsNotOverwritten)
     EXPECT_EQ(RunTool({"check", document.toStdString(), "--trace", "-"}).status, 2);
     EXPECT_EQ(RunTool({"check", document.toStdString(), "--trace="}).status, 2);
 }
+
+TEST(TraceFileTest, TheOutputOfTheCommandIsNotOverwritten)
+{
+    const TemporaryFolder folder;
+    const std::string document = folder.Write("a.xml", "<a><b/></a>").toStdString();
+    const VString output = folder.Path("out.xml");
+    const ToolResult result =
+        RunTool({"format", document, "-o", output.toStdString(), "--trace", output.toStdString()});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr("exists and is not a trace"));
+    EXPECT_THAT(TemporaryFolder::Read(output), HasSubstr("<b />"));
+    EXPECT_EQ(NamesInFolderOf(output).size(), 2u);
+}
