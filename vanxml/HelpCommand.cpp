@@ -193,6 +193,8 @@ std::string DescribeUnknownCommand(const CLI::App& parent, const std::string& na
 std::string DescribeUnknownOption(const CLI::App& command, const std::string& argument)
 {
     const std::string name = argument.substr(0, argument.find('='));
+    if (command.get_option_no_throw(name))
+        return "the option '" + name + "' stands behind the command '" + command.get_name() + "'";
     std::vector<VString> names;
     std::vector<VString> sameLetter;  // the options whose names begin with the letter of a short option
     for (const CLI::Option* option : command.get_options()) {

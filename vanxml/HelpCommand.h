@@ -32,8 +32,9 @@ std::string FullName(const CLI::App& command);
 // Returns a sentence that says that `parent` has no such command, with a suggestion if a name is similar.
 std::string DescribeUnknownCommand(const CLI::App& parent, const std::string& name);
 
-// Returns a sentence that says that the command has no such option, with a suggestion if a name is similar. `argument`
-// may contain a value behind an equals sign.
+// Returns a sentence that says that the command has no such option, with a suggestion if a name is similar. If the
+// command has the option, the sentence says that it stands in the wrong place. `argument` may contain a value behind an
+// equals sign.
 std::string DescribeUnknownOption(const CLI::App& command, const std::string& argument);
 
 // Returns a sentence that names the commands of which one must follow `parent`.

@@ -128,6 +128,8 @@ TEST(CommandLineTest, MisspeltNamesGetASuggestion)
         {{"format", "--inplace=yes"}, "vanxml: 'format' has no option '--inplace'; did you mean '--in-place'?\n"},
         {{"check", "a.xml", "-j", "4"}, "vanxml: 'check' has no option '-j'; did you mean '--jobs'?\n"},
         {{"--recursive"}, "vanxml: vanxml has no option '--recursive'; options stand behind the command\n"},
+        {{"--trace", "t.json", "check", "a.xml"}, "vanxml: the option '--trace' stands behind the command 'check'\n"},
+        {{"--text=x", "edit", "a.xml"}, "vanxml: the option '--text' stands behind the command 'edit'\n"},
         {{"check", "-a.xml"},
             "vanxml: 'check' has no option '-a.xml'; a file whose name begins with a dash stands behind '--'\n"},
         {{"version", "--", "a.xml", "--strict"}, "vanxml: 'version' does not expect the argument '--strict'\n"},
