@@ -66,8 +66,8 @@ std::string Column(std::string_view text, std::size_t width = 10)
 std::string TableLine(const DocumentStatistics& statistics, std::string_view version, std::string_view name)
 {
     return Column(std::to_string(statistics.elements)) + Column(std::to_string(statistics.attributes)) +
-        Column(std::to_string(statistics.depth), 7) + Column(std::to_string(statistics.text)) + Column(version, 8) +
-        EscapeControlCharacters(name) + "\n";
+        Column(std::to_string(statistics.depth), 7) + Column(std::to_string(statistics.text)) +
+        Column(EscapeControlCharacters(version), 8) + EscapeControlCharacters(name) + "\n";
 }
 
 std::string TableTitles()

@@ -40,7 +40,7 @@ ExitStatus VersionCommand::Run()
         hasTag = !ReadFirstElementTag(source->Source()).empty();
         const Nullable<VersionNumber> version = VersionSniffer(source->Source(), attribute);
         if (version.IsPresent()) {
-            StandardStreams::Write((version.GetValue().GetAsString() + "\n").toStdString());
+            StandardStreams::Write(EscapeControlCharacters(version.GetValue().GetAsString().toStdString()) + "\n");
             return ExitStatus::Good;
         }
     }

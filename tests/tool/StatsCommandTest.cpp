@@ -134,3 +134,12 @@ TEST(StatsCommandTest, EntityBombsAreRefused)
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "");
 }
+
+TEST(StatsCommandTest, AVersionCannotControlTheTerminal)
+{
+    const ToolResult result = RunTool({"stats", "-", "--names", "0"},
+        "<a version='1.\xC2\x9B\xE2\x80\xAE"
+        "2'/>");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.output, HasSubstr(R"(1.\u009b\u202e2  -)"));
+}

@@ -67,3 +67,10 @@ TEST(VersionCommandTest, PieceMayEndInsideACharacter)
                       .output,
             "2\n");
 }
+
+TEST(VersionCommandTest, AVersionCannotControlTheTerminal)
+{
+    const ToolResult result = RunTool({"version", "-"}, "<a version='1.\x1B[31m\n2'/>");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "1.\\x1b[31m\\n2\n");
+}
