@@ -17,7 +17,8 @@ class VancoreXml(ConanFile):
     options = {"shared": [True, False], "tool": [True, False]}
     default_options = {"shared": True, "tool": False, "boost/*:header_only": True}
     exports_sources = ("CMakeLists.txt", "art-cpp/*", "cmake/*", "extras/*", "metrics2/*", "vancoredata/*",
-                       "vancoreplatform/*", "vancorexml/*", "vansys/*", "vanxml/*")
+                       "vancoreplatform/*", "vancorexml/*", "vansys/*", "vanxml/*",
+                       "docs/vanxml.md")  # the manual pages are made from it
 
     def requirements(self):
         # The public headers include those of Qt.
