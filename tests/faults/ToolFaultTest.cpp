@@ -99,6 +99,8 @@ const Row Rows[] = {
     {"Format", {"format", "--in-place"}},
     {"Edit", {"edit", "--at", "//g", "--set", "h=new", "--in-place"}},
     {"Query", {"query", "//g"}},
+    {"Tree", {"tree"}},
+    {"Stats", {"stats", "--json"}},
     {"Validate", {"check"}, DataSource},
     {"Retarget", {"retarget", "--data-source", "orders=new", "--in-place"}, DataSource},
 };
