@@ -40,6 +40,7 @@ set(public_headers
     vansys/VMutex.h
     vansys/VReadWriteLock.h
     vansys/VRecursiveMutex.h
+    vansys/VSharedMutex.h
     vansys/VantoraException.h
     vancoredata/DataValue.h
     vancoredata/Export.h

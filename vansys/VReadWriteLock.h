@@ -2,7 +2,7 @@
 #pragma once
 
 #include "vansys/Export.h"
-#include "vansys/VMutex.h"
+#include "vansys/VSharedMutex.h"
 
 // A lock for many readers or one writer. Any thread may lock it. It must not be destroyed while a thread holds it.
 //

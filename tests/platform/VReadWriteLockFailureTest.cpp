@@ -1,4 +1,4 @@
-// This test replaces the system functions behind std::shared_mutex, so it is a separate program.
+// This test replaces the system functions behind VSharedMutex, so it is a separate program.
 #include "vansys/VReadWriteLock.h"
 
 #include <dlfcn.h>

@@ -62,7 +62,7 @@ XMLDomFormatter::XMLDomFormatter() : XMLDomFormatter(std::make_unique<DOM>()) {}
 
 XMLDomFormatter::XMLDomFormatter(std::unique_ptr<DOM> document) : m_document(std::move(document))
 {
-    m_stack.push(&m_document->GetRoot());
+    m_stack.push_back(&m_document->GetRoot());
 }
 
 XMLDomFormatter::~XMLDomFormatter() = default;
@@ -89,7 +89,7 @@ DOMElement* XMLDomFormatter::GetElement(const VString& name) const
 
 std::unique_ptr<DOM> XMLDomFormatter::TakeDocument()
 {
-    m_stack = {};
+    m_stack.clear();
     return std::move(m_document);
 }
 
@@ -124,12 +124,12 @@ void XMLDomFormatter::OutputCloseTag(const VString& tag)
     const DOMElement& element = RequireTop(Top(), Assertions::NothingOpenForCloseTag);
     if (element.GetName() != tag)
         ThrowLogicException(Assertions::AnotherTagIsOpen);
-    m_stack.pop();
+    m_stack.pop_back();
 }
 
 void XMLDomFormatter::OutputOpenTag(const VString& tag, const AttributeMap& attributes)
 {
-    m_stack.push(&AddChild(RequireTop(Top(), Assertions::NothingOpenForOpenTag), tag, attributes));
+    m_stack.push_back(&AddChild(RequireTop(Top(), Assertions::NothingOpenForOpenTag), tag, attributes));
 }
 
 void XMLDomFormatter::OutputTag(const VString& tag, const AttributeMap& attributes)

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <stack>
 #include <string>
 #include <vector>
 
@@ -104,10 +103,10 @@ protected:
 
 private:
     // Returns the open element, or null if all are closed.
-    ::DOMElement* Top() const { return m_stack.empty() ? nullptr : m_stack.top(); }
+    ::DOMElement* Top() const { return m_stack.empty() ? nullptr : m_stack.back(); }
     DOM& Document() const;
 
-    std::stack<::DOMElement*> m_stack;
+    std::vector<::DOMElement*> m_stack;
     std::unique_ptr<DOM> m_document;
     std::vector<VString> m_comments;
     bool m_headerRequested = false;

@@ -1,4 +1,4 @@
-#include "vansys/VMutex.h"
+#include "vansys/VSharedMutex.h"
 
 #include <windows.h>
 
@@ -12,7 +12,7 @@ SRWLOCK* ToSystemLock(void** lock) noexcept
 
 }  // namespace
 
-void VSharedMutex::lock() noexcept
+void VSharedMutex::lock()
 {
     AcquireSRWLockExclusive(ToSystemLock(&m_lock));
 }
@@ -22,7 +22,7 @@ void VSharedMutex::unlock() noexcept
     ReleaseSRWLockExclusive(ToSystemLock(&m_lock));
 }
 
-void VSharedMutex::lock_shared() noexcept
+void VSharedMutex::lock_shared()
 {
     AcquireSRWLockShared(ToSystemLock(&m_lock));
 }
