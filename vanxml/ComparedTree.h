@@ -24,8 +24,7 @@ struct ComparedNode {
     std::uint32_t tag = 0;       // the same number for equal names, attributes and texts, without what is inside
     std::uint32_t content = 0;   // the same number for nodes that are equal with everything in them
     std::uint32_t position = 0;  // among the siblings of the same name, from 1; 0 if it is the only one
-    std::uint32_t top = 0;       // the node that begins the last part of a long path; see PathOf
-    std::uint32_t depth = 0;     // 0 for the document element
+    std::uint32_t elements = 0;  // the number of elements up to this node
     std::uint32_t line = 0;      // the end of the start tag or of the tag in front of a text, as it was parsed
     std::uint32_t column = 0;
 
@@ -42,15 +41,16 @@ struct ComparedNode {
 //
 // Threads: one at a time.
 //
-// Memory: 52 bytes a node, 8 bytes an attribute, and the different texts once. The call stack does not grow with the
+// Memory: 48 bytes a node, 8 bytes an attribute, and the different texts once. The call stack does not grow with the
 // depth.
 class ComparedTree {
 public:
     using Attribute = std::pair<std::uint32_t, std::uint32_t>;  // the numbers of name and value
     static constexpr std::uint32_t None = std::numeric_limits<std::uint32_t>::max();
 
-    // Throws like SourceDocument::Read, and std::length_error for a document with 4,294,967,295 nodes or more.
-    ComparedTree(const VString& name, ContentTable& table);
+    // Parses the document. Throws std::bad_alloc, and std::length_error for a document with 4,294,967,295 nodes or
+    // more.
+    ComparedTree(SourceDocument source, ContentTable& table);
 
     // The lines that describe the errors of the document. If there are any, the tree has no nodes.
     const std::string& Errors() const noexcept { return m_errors; }
@@ -58,16 +58,24 @@ public:
 
     std::size_t Size() const noexcept { return m_nodes.size(); }
     const ComparedNode& Node(std::uint32_t node) const { return m_nodes[node]; }
-    // Sorted by the numbers of the names.
+    // In the order of the start tag. Default attributes are at the end.
     std::vector<Attribute> AttributesOf(std::uint32_t node) const;
-    // Returns the number of the attribute's value, or None.
+    // Returns the number of the attribute's value, or None. Linear in the number of attributes.
     std::uint32_t FindAttribute(std::uint32_t node, std::uint32_t name) const;
     std::vector<std::uint32_t> ChildrenOf(std::uint32_t node) const;
 
-    // Returns a path such as /a/b[2]/text(). A path of more than 64 steps shows the first 32 and the last 32, because
-    // the paths of deep documents would otherwise be longer than the documents. Linear in the result.
-    std::string PathOf(std::uint32_t node) const;
-    // Returns the position in the file: the end of the start tag, or the start of a text. Cost: see SourceMap::Map.
+    // Returns the number of the node's element among all elements of the document, from 1. The element of a text is its
+    // parent.
+    std::uint32_t ElementNumberOf(std::uint32_t node) const;
+    // Returns the number of elements inside the node.
+    std::uint32_t CountElementsIn(std::uint32_t node) const;
+    // Returns the path of the node, or of an attribute of it, such as /a/b[2]/text() or /a/b[2]/@c. A name is clipped by
+    // ClipText. A path of more than 64 steps or 1,000 UTF-16 code units begins with "…" in place of its first steps:
+    // the whole paths of a deep document would together be far longer than the document.
+    std::string PathOf(std::uint32_t node, std::uint32_t attribute = None) const;
+    // Returns the position in the file: directly behind the start tag of an element, or behind the tag in front of a
+    // text, with which the text begins unless a comment or a processing instruction stands there. Cost: see
+    // SourceMap::Map.
     SourcePosition PlaceOf(std::uint32_t node) const;
 
 private:
@@ -76,7 +84,6 @@ private:
     void DropIgnorableSpace();
     void IdentifyContents();
     void NumberSiblings();
-    std::string StepsOf(std::uint32_t node, std::uint32_t count) const;
 
     ContentTable& m_table;
     mutable SourceDocument m_source;  // mapping a position is not const

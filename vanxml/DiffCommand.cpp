@@ -11,6 +11,7 @@
 #include "vanxml/ComparedTree.h"
 #include "vanxml/DiffReport.h"
 #include "vanxml/ExceptionText.h"
+#include "vanxml/SourceDocument.h"
 #include "vanxml/StandardStreams.h"
 #include "vanxml/TextStyle.h"
 #include "vanxml/ToolError.h"
@@ -22,7 +23,7 @@ namespace {
 std::unique_ptr<ComparedTree> ReadTree(const VString& name, ContentTable& table)
 {
     try {
-        auto tree = std::make_unique<ComparedTree>(name, table);
+        auto tree = std::make_unique<ComparedTree>(SourceDocument::Read(name), table);
         StandardStreams::WriteError(tree->Errors());
         return tree->Errors().empty() ? std::move(tree) : nullptr;
     } catch (...) {
@@ -52,7 +53,7 @@ std::string Summarize(const std::vector<TreeDifference>& differences)
 void DiffCommand::AddTo(CLI::App& application)
 {
     CLI::App* command = application.add_subcommand(
-        "diff", "Compare two documents as trees, whatever their indentation and the order of their attributes");
+        "diff", "Compare two documents as trees: elements, attributes and texts, without comments and indentation");
     command->add_option("A", m_fileA, "The first document; - is standard input")->required()->type_name("FILE");
     command->add_option("B", m_fileB, "The second document; - is standard input")->required()->type_name("FILE");
     command->add_flag("--json", m_isJson, "Print one JSON object for each difference");

@@ -8,9 +8,6 @@ namespace {
 using Kind = TreeDifference::Kind;
 constexpr std::uint32_t None = TreeDifference::None;
 
-// In UTF-16 code units. A longer value is clipped in the text, but not in JSON.
-constexpr std::size_t longestValue = 100;
-
 const char* NameOf(Kind kind)
 {
     switch (kind) {
@@ -24,15 +21,7 @@ const char* NameOf(Kind kind)
 
 std::string Quote(const VString& value)
 {
-    std::u16string_view shown = value.View();
-    const bool isClipped = shown.size() > longestValue;
-    if (isClipped) {
-        const char16_t last = shown[longestValue - 1];
-        const bool isSplit = last >= 0xD800 && last < 0xDC00;
-        shown = shown.substr(0, longestValue - (isSplit ? 1 : 0));
-    }
-    const std::string text = EscapeControlCharacters(VString(shown.data(), shown.size()).toStdString());
-    return "\"" + text + (isClipped ? "…\"" : "\"");
+    return "\"" + EscapeControlCharacters(ClipText(value).toStdString()) + "\"";
 }
 
 }  // namespace
@@ -42,11 +31,11 @@ std::string DiffReport::Format(const TreeDifference& difference) const
     const bool isElement = difference.attribute == None && difference.valueA == None && difference.valueB == None;
     std::string text = m_style.Paint(TextStyle::Part::Place, NameOf(difference.kind)) + " ";
     if (difference.a != None)
-        text += EscapeControlCharacters(PathOf(m_a, difference.a, difference));
+        text += EscapeControlCharacters(m_a.PathOf(difference.a, difference.attribute));
     if (difference.kind == Kind::Moved)
         text += " to ";
     if (difference.a == None || difference.kind == Kind::Moved)
-        text += EscapeControlCharacters(PathOf(m_b, difference.b, difference));
+        text += EscapeControlCharacters(m_b.PathOf(difference.b, difference.attribute));
     if (isElement)
         text += DescribeSize(difference.a != None ? m_a : m_b, difference.a != None ? difference.a : difference.b);
     text += "\n";
@@ -70,20 +59,10 @@ std::string DiffReport::FormatPlace(const ComparedTree& tree, std::uint32_t node
 // Tells how many elements are inside an element.
 std::string DiffReport::DescribeSize(const ComparedTree& tree, std::uint32_t node) const
 {
-    std::size_t elements = 0;
-    for (std::uint32_t each = node + 1; each < tree.Node(node).end; ++each)
-        elements += tree.Node(each).IsText() ? 0u : 1u;
+    const std::uint32_t elements = tree.CountElementsIn(node);
     if (elements == 0)
         return std::string();
     return " with " + std::to_string(elements) + (elements == 1 ? " element" : " elements");
-}
-
-std::string DiffReport::PathOf(const ComparedTree& tree, std::uint32_t node, const TreeDifference& difference) const
-{
-    std::string path = tree.PathOf(node);
-    if (difference.attribute != None)
-        path += "/@" + m_table.Text(difference.attribute).toStdString();
-    return path;
 }
 
 std::string DiffReport::FormatJson(const TreeDifference& difference) const
@@ -110,8 +89,15 @@ void DiffReport::AppendSide(std::string& json,
     const SourcePosition place = tree.PlaceOf(node);
     json += ",\"" + std::string(side) + "\":{\"file\":";
     AppendJsonString(json, tree.Name().toStdString());
-    json += ",\"line\":" + std::to_string(place.line) + ",\"column\":" + std::to_string(place.column) + ",\"path\":";
-    AppendJsonString(json, PathOf(tree, node, difference));
+    json += ",\"line\":" + std::to_string(place.line) + ",\"column\":" + std::to_string(place.column);
+    json += ",\"element\":" + std::to_string(tree.ElementNumberOf(node));
+    if (!tree.Node(node).IsText()) {
+        const std::uint32_t name = difference.attribute != None ? difference.attribute : tree.Node(node).name;
+        json += ",\"name\":";
+        AppendJsonString(json, m_table.Text(name).toStdString());
+    }
+    json += ",\"path\":";
+    AppendJsonString(json, tree.PathOf(node, difference.attribute));
     if (value != None) {
         json += ",\"value\":";
         AppendJsonString(json, m_table.Text(value).toStdString());

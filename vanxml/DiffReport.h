@@ -22,22 +22,24 @@ public:
           m_style(style)
     {}
 
-    // Returns the kind of the difference and its path, and one line for each of its places. Clips long values.
+    // Returns the kind of the difference and its path, and one line for each of its places. Clips long values and
+    // paths, so the size of the result does not depend on the depth and the names of the documents.
     //
     //     changed /shop/item[2]/@price
     //         a.xml:3:25: "2"
     //         b.xml:3:25: "4"
     std::string Format(const TreeDifference& difference) const;
 
-    // Returns a JSON object on one line, with a line feed. Columns count UTF-16 code units.
+    // Returns a JSON object on one line, with a line feed. Clips only paths: the number of the element tells exactly
+    // which one it is. Columns count UTF-16 code units.
     //
-    //     {"type":"changed","what":"attribute","a":{"file":"a.xml","line":3,"column":25,"path":"…","value":"2"},"b":…}
+    //     {"type":"changed","what":"attribute",
+    //      "a":{"file":"a.xml","line":3,"column":25,"element":3,"name":"price","path":"…","value":"2"},"b":…}
     std::string FormatJson(const TreeDifference& difference) const;
 
 private:
     std::string FormatPlace(const ComparedTree& tree, std::uint32_t node, const std::string& detail) const;
     std::string DescribeSize(const ComparedTree& tree, std::uint32_t node) const;
-    std::string PathOf(const ComparedTree& tree, std::uint32_t node, const TreeDifference& difference) const;
     void AppendSide(std::string& json,
         const char* side,
         const ComparedTree& tree,

@@ -14,6 +14,9 @@
 // escaping cannot be reversed. Linear.
 std::string EscapeControlCharacters(std::string_view text);
 
+// Returns the text, or its first 100 UTF-16 code units and "…" if it is longer. Does not split a character.
+VString ClipText(const VString& text);
+
 // False for a warning.
 bool IsError(const ParseDiagnostic& diagnostic) noexcept;
 

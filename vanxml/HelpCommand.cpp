@@ -72,6 +72,10 @@ const Examples allExamples[] = {
         "  vanxml diff old.kxa new.kxa                      print what has changed\n"
         "  vanxml diff --json old.kxa new.kxa               print the changes for a program\n"
         "\n"
+        "Indentation, comments, processing instructions and the order of attributes do not count.\n"
+        "The place of a difference is behind the start tag of the element, or behind the tag in front of the text.\n"
+        "If the documents are equal, nothing is printed, also with --json.\n"
+        "\n"
         "The exit status is 0 if the documents are equal, 1 if not, and 2 if something failed.\n"},
     {"version",
         "Examples:\n"

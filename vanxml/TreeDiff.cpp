@@ -11,8 +11,10 @@ namespace {
 using Kind = TreeDifference::Kind;
 constexpr std::uint32_t None = TreeDifference::None;
 
-// An element inside another one that was removed or added counts as moved only from this number of nodes and
-// attributes on. Smaller ones, such as <b>1</b>, are often equal by chance.
+// An element that comes to another parent counts as moved only from this number of nodes and attributes on: an element
+// without attributes and content is equal to others by chance.
+constexpr std::uint32_t leastMoved = 2;
+// The same inside an element that was removed or added. Small ones, such as <b>1</b>, are often equal by chance.
 constexpr std::uint32_t leastMovedInside = 3;
 
 // A difference with its place in the result: the place in A, removed nodes first, and the place in B.
@@ -40,7 +42,7 @@ public:
             m_pairs.emplace_back(0, 0);
         } else {
             m_removed.push_back(0);
-            m_added.push_back({0, 0});
+            m_added.push_back({0, 0, None});
         }
         while (!m_pairs.empty()) {
             const auto [a, b] = m_pairs.back();
@@ -65,6 +67,12 @@ private:
     struct AddedNode {
         std::uint32_t node = 0;
         std::uint32_t placeInA = 0;
+        std::uint32_t parentInA = 0;  // the element that corresponds to the parent
+    };
+    struct Sibling {
+        std::uint32_t parent = 0;  // in A
+        std::uint32_t content = 0;
+        std::uint32_t node = 0;
     };
     struct Candidate {
         std::uint32_t content = 0;
@@ -82,9 +90,10 @@ private:
 
     static std::uint32_t SizeOf(const ComparedTree& tree, std::uint32_t node) { return tree.Node(node).end - node; }
 
-    static bool IsLarge(const ComparedTree& tree, std::uint32_t node)
+    // The number of nodes in an element, itself included, and of its attributes.
+    static std::uint32_t CountParts(const ComparedTree& tree, std::uint32_t node)
     {
-        return SizeOf(tree, node) + tree.Node(node).attributeCount >= leastMovedInside;
+        return SizeOf(tree, node) + tree.Node(node).attributeCount;
     }
 
     // True for an element that is exactly once in each document. Unless the element is in the same gap of the children,
@@ -92,7 +101,7 @@ private:
     bool HasMoved(const ComparedTree& tree, std::uint32_t node) const
     {
         const std::uint32_t content = tree.Node(node).content;
-        return IsLarge(tree, node) && m_countsA[content] == 1 && m_countsB[content] == 1;
+        return CountParts(tree, node) >= leastMovedInside && m_countsA[content] == 1 && m_countsB[content] == 1;
     }
 
     void ComparePair(std::uint32_t a, std::uint32_t b)
@@ -110,7 +119,7 @@ private:
         std::size_t nextB = 0;
         const auto addUpTo = [&](std::size_t endB) {
             for (; nextB < endB; ++nextB)
-                m_added.push_back({childrenB[nextB], placeInA});
+                m_added.push_back({childrenB[nextB], placeInA, a});
         };
         for (std::size_t i = 0; i < childrenA.size(); ++i) {
             const std::size_t partner = alignment.PartnerOf(i);
@@ -132,22 +141,30 @@ private:
             return;
         const std::vector<ComparedTree::Attribute> before = m_a.AttributesOf(a);
         const std::vector<ComparedTree::Attribute> after = m_b.AttributesOf(b);
-        auto i = before.begin();
-        auto j = after.begin();
-        while (i != before.end() || j != after.end()) {
-            if (j == after.end() || (i != before.end() && i->first < j->first)) {
-                Add({a, 2, b}, {Kind::Removed, a, b, i->first, i->second, None});
-                ++i;
-            } else if (i == before.end() || j->first < i->first) {
-                Add({a, 2, b}, {Kind::Added, a, b, j->first, None, j->second});
-                ++j;
-            } else {
-                if (i->second != j->second)
-                    Add({a, 2, b}, {Kind::Changed, a, b, i->first, i->second, j->second});
-                ++i;
-                ++j;
-            }
+        const std::vector<ComparedTree::Attribute> sortedBefore = Sort(before);
+        const std::vector<ComparedTree::Attribute> sortedAfter = Sort(after);
+        for (const auto& [name, value] : before) {
+            const std::uint32_t newValue = FindValue(sortedAfter, name);
+            if (newValue != value)
+                Add({a, 2, b}, {newValue == None ? Kind::Removed : Kind::Changed, a, b, name, value, newValue});
         }
+        for (const auto& [name, value] : after) {
+            if (FindValue(sortedBefore, name) == None)
+                Add({a, 2, b}, {Kind::Added, a, b, name, None, value});
+        }
+    }
+
+    static std::vector<ComparedTree::Attribute> Sort(std::vector<ComparedTree::Attribute> attributes)
+    {
+        std::sort(attributes.begin(), attributes.end());
+        return attributes;
+    }
+
+    // Returns the value of a name, or None.
+    static std::uint32_t FindValue(const std::vector<ComparedTree::Attribute>& sorted, std::uint32_t name)
+    {
+        const auto found = std::lower_bound(sorted.begin(), sorted.end(), ComparedTree::Attribute(name, 0));
+        return found != sorted.end() && found->first == name ? found->second : None;
     }
 
     ChildAlignment Align(const Children& childrenA, const Children& childrenB) const
@@ -196,7 +213,7 @@ private:
         return ChildAlignment::NoKey;
     }
 
-    // The elements that may have moved: those in `nodes`, and the large ones inside them.
+    // The elements that may have come to another parent: those in `nodes` and inside them, unless they are too small.
     template <typename Nodes, typename ToNode>
     static std::vector<Candidate> FindCandidates(const ComparedTree& tree, const Nodes& nodes, const ToNode& toNode)
     {
@@ -204,7 +221,8 @@ private:
         for (const auto& each : nodes) {
             const std::uint32_t first = toNode(each);
             for (std::uint32_t node = first; node < tree.Node(first).end; ++node) {
-                if (!tree.Node(node).IsText() && (node == first || IsLarge(tree, node)))
+                const std::uint32_t least = node == first ? leastMoved : leastMovedInside;
+                if (!tree.Node(node).IsText() && CountParts(tree, node) >= least)
                     candidates.push_back({tree.Node(node).content, node, SizeOf(tree, node)});
             }
         }
@@ -218,11 +236,57 @@ private:
     // Matches equal elements among the removed and the added ones.
     void FindMoves()
     {
+        m_hasMovedA.resize(m_a.Size());
+        m_hasMovedB.resize(m_b.Size());
+        FindMovesInParents();
+        FindMovesToOtherParents();
+    }
+
+    // An element without attributes and content stays the same only if no other child has its name.
+    static bool MayMoveInParent(const ComparedTree& tree, std::uint32_t node)
+    {
+        return !tree.Node(node).IsText() && (CountParts(tree, node) > 1 || tree.Node(node).position == 0);
+    }
+
+    void FindMovesInParents()
+    {
+        std::vector<Sibling> before;
+        std::vector<Sibling> after;
+        for (const std::uint32_t node : m_removed) {
+            if (MayMoveInParent(m_a, node))
+                before.push_back({m_a.Node(node).parent, m_a.Node(node).content, node});
+        }
+        for (const AddedNode& added : m_added) {
+            if (MayMoveInParent(m_b, added.node))
+                after.push_back({added.parentInA, m_b.Node(added.node).content, added.node});
+        }
+        const auto isBefore = [](const Sibling& x, const Sibling& y) {
+            return std::tie(x.parent, x.content, x.node) < std::tie(y.parent, y.content, y.node);
+        };
+        std::sort(before.begin(), before.end(), isBefore);
+        std::sort(after.begin(), after.end(), isBefore);
+        auto i = before.begin();
+        auto j = after.begin();
+        while (i != before.end() && j != after.end()) {
+            const auto x = std::tie(i->parent, i->content);
+            const auto y = std::tie(j->parent, j->content);
+            if (x < y) {
+                ++i;
+            } else if (y < x) {
+                ++j;
+            } else {
+                AddMove(i->node, j->node);
+                ++i;
+                ++j;
+            }
+        }
+    }
+
+    void FindMovesToOtherParents()
+    {
         const std::vector<Candidate> before = FindCandidates(m_a, m_removed, [](std::uint32_t node) { return node; });
         const std::vector<Candidate> after =
             FindCandidates(m_b, m_added, [](const AddedNode& added) { return added.node; });
-        m_hasMovedA.resize(m_a.Size());
-        m_hasMovedB.resize(m_b.Size());
         std::size_t i = 0;
         std::size_t j = 0;
         while (i < before.size() && j < after.size()) {

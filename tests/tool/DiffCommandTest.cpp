@@ -33,6 +33,18 @@ ToolResult RunDiff(const TemporaryFolder& folder,
     return RunProgram(VANXML_PATH, arguments, "", "", folder.Path("").toStdString());
 }
 
+// Returns nested elements of one name with a content.
+std::string MakeDocument(const std::string& name, int depth, const std::string& content)
+{
+    std::string begin;
+    std::string end;
+    for (int i = 0; i < depth; ++i) {
+        begin += "<" + name + ">";
+        end += "</" + name + ">";
+    }
+    return begin + content + end;
+}
+
 }  // namespace
 
 TEST(DiffCommandTest, EqualTreesPrintNothingAndEndWithStatus0)
@@ -42,6 +54,10 @@ TEST(DiffCommandTest, EqualTreesPrintNothingAndEndWithStatus0)
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.errors, "");
+    const ToolResult json = RunDiff(folder, stock, stock, {"--json"});
+    EXPECT_EQ(json.status, 0);
+    EXPECT_EQ(json.output, "");
+    EXPECT_EQ(json.errors, "");
 }
 
 TEST(DiffCommandTest, PrintsPathsPlacesAndValues)
@@ -69,13 +85,16 @@ TEST(DiffCommandTest, JsonHasOneObjectForEachDifference)
     const TemporaryFolder folder;
     const ToolResult result = RunDiff(folder, "<a b='&quot;'>x</a>", "<a>y<c/></a>", {"--json"});
     EXPECT_EQ(result.status, 1);
-    const std::string removed = R"json({"type":"removed","what":"attribute",)json"
-                                R"json("a":{"file":"a.xml","line":1,"column":15,"path":"/a/@b","value":"\""}})json";
-    const std::string changed = R"json({"type":"changed","what":"text",)json"
-                                R"json("a":{"file":"a.xml","line":1,"column":15,"path":"/a/text()","value":"x"},)json"
-                                R"json("b":{"file":"b.xml","line":1,"column":4,"path":"/a/text()","value":"y"}})json";
-    const std::string added = R"json({"type":"added","what":"element",)json"
-                              R"json("b":{"file":"b.xml","line":1,"column":9,"path":"/a/c"}})json";
+    const std::string removed =
+        R"json({"type":"removed","what":"attribute",)json"
+        R"json("a":{"file":"a.xml","line":1,"column":15,"element":1,"name":"b","path":"/a/@b","value":"\""}})json";
+    const std::string changed =
+        R"json({"type":"changed","what":"text",)json"
+        R"json("a":{"file":"a.xml","line":1,"column":15,"element":1,"path":"/a/text()","value":"x"},)json"
+        R"json("b":{"file":"b.xml","line":1,"column":4,"element":1,"path":"/a/text()","value":"y"}})json";
+    const std::string added =
+        R"json({"type":"added","what":"element",)json"
+        R"json("b":{"file":"b.xml","line":1,"column":9,"element":2,"name":"c","path":"/a/c"}})json";
     EXPECT_EQ(result.output, removed + "\n" + changed + "\n" + added + "\n");
 }
 
@@ -87,6 +106,86 @@ TEST(DiffCommandTest, LongValuesAreClippedAndEscaped)
     EXPECT_THAT(result.output, HasSubstr(": \"\\n\\u009b\"\n"));
     const ToolResult json = RunDiff(folder, "<a>" + std::string(200, 'x') + "</a>", "<a/>", {"--json"});
     EXPECT_THAT(json.output, HasSubstr(std::string(200, 'x')));
+}
+
+TEST(DiffCommandTest, LongNamesAreClippedInPaths)
+{
+    const TemporaryFolder folder;
+    const std::string name(5000, 'n');
+    std::string before;
+    std::string after;
+    for (int i = 0; i < 500; ++i) {
+        before += "<c v='1' " + name + "='1'/>";
+        after += "<c v='2' " + name + "='1'/>";
+    }
+    before = MakeDocument(name, 1, before);
+    after = MakeDocument(name, 1, after);
+    const ToolResult text = RunDiff(folder, before, after);
+    EXPECT_THAT(text.output, StartsWith("changed /" + name.substr(0, 100) + "…/c[1]/@v\n"));
+    EXPECT_LT(text.output.size(), 100000u);
+    const ToolResult json = RunDiff(folder, before, after, {"--json"});
+    EXPECT_THAT(json.output, HasSubstr("\"name\":\"v\",\"path\":\"/" + name.substr(0, 100) + "…/c[1]/@v\""));
+    EXPECT_LT(json.output.size(), 300000u);
+    // The name of what differs is whole, because it is in the document at each difference.
+    const ToolResult attribute = RunDiff(folder, "<a " + name + "='1'/>", "<a/>", {"--json"});
+    EXPECT_THAT(attribute.output, HasSubstr("\"name\":\"" + name + "\",\"path\":\"/a/@" + name.substr(0, 100) + "…\""));
+}
+
+TEST(DiffCommandTest, TheOutputForDeepDocumentsGrowsWithTheirLength)
+{
+    const TemporaryFolder folder;
+    const auto nest = [](const std::string& value) {
+        std::string begin;
+        std::string end;
+        for (int i = 0; i < 20000; ++i) {
+            begin += "<d x='" + value + "'>";
+            end += "</d>";
+        }
+        return begin + end;
+    };
+    for (const std::vector<std::string>& options : {std::vector<std::string>{}, {"--json"}}) {
+        const ToolResult result = RunDiff(folder, nest("1"), nest("2"), options);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), options.empty() ? 60001 : 20000);
+        EXPECT_LT(result.output.size(), 20000u * 700);
+    }
+}
+
+TEST(DiffCommandTest, TheNumberOfAnElementInJsonIsExact)
+{
+    const TemporaryFolder folder;
+    const std::string begin = MakeDocument("d", 99, "").substr(0, 99 * 3);
+    const std::string end = MakeDocument("d", 99, "").substr(99 * 3);
+    const ToolResult result =
+        RunDiff(folder, begin + "<e/>x<f v='1'/>" + end, begin + "<e/>y<f v='2'/>" + end, {"--json"});
+    std::istringstream lines(result.output);
+    std::vector<int> numbers;
+    for (std::string line; std::getline(lines, line);) {
+        const QJsonObject object = QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();
+        for (const char* side : {"a", "b"})
+            numbers.push_back(object[QLatin1String(side)].toObject()[QLatin1String("element")].toInt());
+    }
+    // The text is in the 99th element.
+    EXPECT_EQ(numbers, (std::vector<int>{99, 99, 101, 101}));
+}
+
+TEST(DiffCommandTest, PlacesAreBehindTags)
+{
+    const TemporaryFolder folder;
+    // An attribute has the place of its element. A comment in front of a text does not change its place.
+    const ToolResult result =
+        RunDiff(folder, "<a>\n<b\n x='1'\n>1</b><c/><!--c-->2<d/></a>", "<a>\n<b\n x='2'\n>2</b><!--c--><c/>3<d/></a>");
+    EXPECT_EQ(result.output,
+        "changed /a/b/@x\n"
+        "    a.xml:4:2: \"1\"\n"
+        "    b.xml:4:2: \"2\"\n"
+        "changed /a/b/text()\n"
+        "    a.xml:4:2: \"1\"\n"
+        "    b.xml:4:2: \"2\"\n"
+        "changed /a/text()[2]\n"
+        "    a.xml:4:11: \"2\"\n"
+        "    b.xml:4:19: \"3\"\n"
+        "3 differences: 3 changed\n");
 }
 
 TEST(DiffCommandTest, ColorsPaintTheValues)
