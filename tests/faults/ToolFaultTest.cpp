@@ -2,6 +2,8 @@
 // library is FailingAllocations.cpp.
 #include <gtest/gtest.h>
 
+#include <QJsonDocument>
+
 #include <cstdlib>
 #include <ostream>
 #include <string>
@@ -18,10 +20,18 @@ const std::string DataSource =
     "<data-source version='18.1' name='orders'><connection class='text-file' filename='a.csv'/>"
     "<column name='Sales' data-type='real' role='measure'/></data-source>";
 
+bool IsEmptyText(const std::string& text)
+{
+    return text.empty();
+}
+
 struct Row {
     const char* name;
     std::vector<std::string> arguments;
     std::string text = Text;
+    std::string input = {};                                // standard input
+    std::string output = {};                               // the content of the file "output" before the run, if any
+    bool (*isComplete)(const std::string&) = IsEmptyText;  // true for a file that may replace it
 };
 
 std::ostream& operator<<(std::ostream& out, const Row& row)
@@ -36,15 +46,18 @@ protected:
         ToolResult result;
         bool hasFailed = false;  // an allocation
         std::string text;        // of the document after the run
+        std::string output;      // of the file "output" after the run
     };
 
     // Runs the tool in a new folder with one document. With `forever`, all allocations after the first failing one fail
-    // too. Expects that no other file stays in the folder.
+    // too. Expects that no other file comes into the folder.
     static Run RunWithFault(long number, bool forever)
     {
         const TemporaryFolder folder;
         const TemporaryFolder other;
         const VString document = folder.Write("a.xml", GetParam().text);
+        const VString output = GetParam().output.empty() ? VString() : folder.Write("output", GetParam().output);
+        const std::vector<std::string> names = folder.Names();
         const VString failed = other.Path("failed");
         std::vector<std::string> all{"LD_PRELOAD=" FAILING_ALLOCATIONS_PATH,
             "FAILED_FILE=" + failed.toStdString(),
@@ -52,13 +65,15 @@ protected:
         if (forever)
             all.emplace_back("FAILING_FOREVER=1");
         all.emplace_back(VANXML_PATH);
-        all.insert(all.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+        for (const std::string& argument : GetParam().arguments)
+            all.push_back(argument == "OUTPUT" ? output.toStdString() : argument);
         all.push_back(document.toStdString());
         Run run;
-        run.result = RunProgram("env", all);
+        run.result = RunProgram("env", all, GetParam().input);
         run.hasFailed = !other.Names().empty();
         run.text = TemporaryFolder::Read(document);
-        EXPECT_EQ(folder.Names(), std::vector<std::string>{"a.xml"});
+        run.output = output.IsEmpty() ? std::string() : TemporaryFolder::Read(output);
+        EXPECT_EQ(folder.Names(), names);
         return run;
     }
 
@@ -80,6 +95,8 @@ protected:
             EXPECT_EQ(run.result.status, isRefused ? 2 : expected.result.status) << "after " << number;
             EXPECT_EQ(run.result.errors.empty(), !isRefused && expected.result.errors.empty()) << "after " << number;
             EXPECT_EQ(run.text, isRefused ? GetParam().text : expected.text) << "after " << number;
+            const bool isOld = isRefused && run.output == GetParam().output;
+            EXPECT_TRUE(isOld || GetParam().isComplete(run.output)) << "after " << number << "\n" << run.output;
         }
     }
 };
@@ -94,6 +111,18 @@ TEST_P(ToolFaultTest, NoMoreMemoryEndsInAFailure)
     FailAllocations(true);
 }
 
+bool IsWholePage(const std::string& text)
+{
+    return text.starts_with("<!DOCTYPE html>") && text.ends_with("</html>\n");
+}
+
+bool IsWholeTrace(const std::string& text)
+{
+    return QJsonDocument::fromJson(QByteArray::fromStdString(text)).isObject();
+}
+
+const std::string OldTrace = "{\"traceEvents\":[\n]}\n";
+
 const Row Rows[] = {
     {"Check", {"check"}, "<a><b></a>"},
     {"Format", {"format", "--in-place"}},
@@ -103,6 +132,13 @@ const Row Rows[] = {
     {"Stats", {"stats", "--json"}},
     {"Validate", {"check"}, DataSource},
     {"Retarget", {"retarget", "--data-source", "orders=new", "--in-place"}, DataSource},
+    {"Tree", {"tree"}},
+    {"Stats", {"stats"}},
+    {"Diff", {"diff", "-"}, Text, "<a b='d'><k/><g h='i'>text</g><j>&lt;</j></a>"},
+    {"DiffJson", {"diff", "--json", "-"}, Text, "<a b='d'><k/><g h='i'>text</g><j>&lt;</j></a>"},
+    {"HtmlReport", {"check", "--format", "html", "-o", "OUTPUT"}, "<a><b></a>", "", "<!DOCTYPE html>old", IsWholePage},
+    {"Trace", {"check", "--trace", "OUTPUT"}, Text, "", OldTrace, IsWholeTrace},
+    {"TracedDiff", {"diff", "--trace", "OUTPUT", "-"}, Text, "<a/>", OldTrace, IsWholeTrace},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, ToolFaultTest, testing::ValuesIn(Rows), [](const auto& row) { return row.param.name; });
