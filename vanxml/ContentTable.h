@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <stdexcept>
 #include <vector>
 
 #include "vancoreplatform/VString.h"
 #include "vansys/TextHash.h"
+#include "vanxml/ErrorLines.h"
 
 // Gives equal sequences of units the same number, from 0. The hashes have a random key: no document can contain
 // sequences chosen to collide.
@@ -98,7 +100,13 @@ public:
 
     // Linear in the text.
     std::uint32_t IdentifyText(const VString& text) { return m_texts.Identify(text.View().data(), text.View().size()); }
-    VString Text(std::uint32_t number) const { return VString(m_texts.Units(number), m_texts.CountUnits(number)); }
+    // Returns the text, or its first `most` UTF-16 code units. Linear in the result.
+    VString Text(std::uint32_t number, std::size_t most = std::numeric_limits<std::size_t>::max()) const
+    {
+        return VString(m_texts.Units(number), std::min(most, m_texts.CountUnits(number)));
+    }
+    // Returns the text as ClipText does, but without a copy of the whole text.
+    VString ClippedText(std::uint32_t number) const { return ClipText(Text(number, longestUnclipped + 1)); }
 
     // Linear in the sequence.
     std::uint32_t IdentifySequence(const std::vector<std::uint32_t>& sequence)

@@ -21,7 +21,7 @@ const char* NameOf(Kind kind)
 
 std::string Quote(const VString& value)
 {
-    return "\"" + EscapeControlCharacters(ClipText(value).toStdString()) + "\"";
+    return "\"" + EscapeControlCharacters(value.toStdString()) + "\"";
 }
 
 }  // namespace
@@ -40,7 +40,7 @@ std::string DiffReport::Format(const TreeDifference& difference) const
         text += DescribeSize(difference.a != None ? m_a : m_b, difference.a != None ? difference.a : difference.b);
     text += "\n";
     const auto detail = [&](std::uint32_t value, TextStyle::Part part) {
-        return value == None ? std::string() : ": " + m_style.Paint(part, Quote(m_table.Text(value)));
+        return value == None ? std::string() : ": " + m_style.Paint(part, Quote(m_table.ClippedText(value)));
     };
     if (difference.a != None && (isElement || difference.valueA != None))
         text += FormatPlace(m_a, difference.a, detail(difference.valueA, TextStyle::Part::Removed));

@@ -55,13 +55,12 @@ std::string EscapeControlCharacters(std::string_view text)
 
 VString ClipText(const VString& text)
 {
-    constexpr std::size_t longestText = 100;
     std::u16string_view shown = text.View();
-    if (shown.size() <= longestText)
+    if (shown.size() <= longestUnclipped)
         return text;
-    const char16_t last = shown[longestText - 1];
+    const char16_t last = shown[longestUnclipped - 1];
     const bool isSplit = last >= 0xD800 && last < 0xDC00;
-    shown = shown.substr(0, longestText - (isSplit ? 1 : 0));
+    shown = shown.substr(0, longestUnclipped - (isSplit ? 1 : 0));
     return VString(shown.data(), shown.size()) + u"\u2026";
 }
 

@@ -1,6 +1,7 @@
 // Formats lines for standard error.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,9 @@
 // UTF-8 becomes `\xff`. Backslashes stay, so that paths of Windows stay readable; therefore the
 // escaping cannot be reversed. Linear.
 std::string EscapeControlCharacters(std::string_view text);
+
+// The number of UTF-16 code units of a text that ClipText does not clip.
+constexpr std::size_t longestUnclipped = 100;
 
 // Returns the text, or its first 100 UTF-16 code units and "…" if it is longer. Does not split a character.
 VString ClipText(const VString& text);

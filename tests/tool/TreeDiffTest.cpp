@@ -120,6 +120,19 @@ TEST(TreeDiffTest, LongPathsAreShortened)
         ContainsExpression("^changed (/e{100}…){2}/text\\(\\)$"));
 }
 
+TEST(TreeDiffTest, PathsTakeAsLongForLongNames)
+{
+    const std::string name(1000000, 'n');
+    std::string children;
+    for (int i = 0; i < 20000; ++i)
+        children += "<c/>";
+    const std::string text = "<" + name + ">" + children + "</" + name + ">";
+    const testsupport::CpuTimeLimit limit(2);
+    const TreeComparison comparison(text, text);
+    for (std::uint32_t node = 1; node < comparison.a.Size(); ++node)
+        ASSERT_LT(comparison.a.PathOf(node).size(), 200u);
+}
+
 TEST(TreeDiffTest, HostileDocumentsTakeNearlyLinearTime)
 {
     // Each document is large, and its twin has no equal children, or all of them in the reverse order, or one less.
