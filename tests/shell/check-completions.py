@@ -19,7 +19,7 @@ import time
 
 SKIPPED = 77
 TIMEOUT = 60  # seconds for one completion
-FILES = ["sales.kxa", "orders.kxb", "book.xml", "notes.txt", "book.xsd", "names.csv", "my file.kxa"]
+FILES = ["sales.kxa", "orders.kxb", "book.xml", "notes.txt", "book.xsd", "names.csv", "my file.kxa", "-dash.kxa", "options"]
 FOLDERS = ["docs"]
 DOCUMENTS = {"sales.kxa", "orders.kxb", "book.xml", "my file.kxa", "docs"}
 
@@ -38,6 +38,9 @@ CASES = [
     (["check", ""], DOCUMENTS, {"notes.txt", "names.csv"}),
     (["check", "--strict", "sa"], {"sales.kxa"}, {"orders.kxb"}),
     (["check", "no"], {"notes.txt"}, set()),
+    (["check", "options", "sa"], {"sales.kxa"}, {"--strict"}),
+    (["check", "--", "-"], {"-dash.kxa"}, {"--strict"}),
+    (["check", "-o", "report", "sa"], {"sales.kxa"}, {"orders.kxb"}),
     (["check", "--files-from", "no"], {"notes.txt"}, set()),
     (["retarget", "--from", ""], {"names.csv"}, {"sales.kxa", "notes.txt"}),
     (["schema", ""], {"list", "show"}, {"sales.kxa"}),

@@ -93,7 +93,7 @@ _vanxml_values()
             schemas)
                 while read -r name _; do
                     words+=("$name")
-                done < <("${COMP_WORDS[0]}" schema list 2>/dev/null)
+                done < <("${COMP_WORDS[0]/#"~/"/$HOME/}" schema list 2>/dev/null)
                 ;;
             commands) words+=($(_vanxml_data "$named commands")) ;;
             '*'*) patterns+=("$kind") ;;
@@ -113,7 +113,7 @@ _vanxml_data()
 
 _vanxml()
 {
-    local word=${COMP_WORDS[COMP_CWORD]} previous= command= named= option kinds data i
+    local word=${COMP_WORDS[COMP_CWORD]} previous= command= named= only_operands= option kinds data= i
     COMPREPLY=()
     # bash splits "--option=value" into three words.
     if [ "$word" = = ]; then
@@ -126,6 +126,7 @@ _vanxml()
     fi
     # The commands before this word. "help" names further commands.
     for ((i = 1; i < COMP_CWORD; ++i)); do
+        [ "${COMP_WORDS[i]}" = -- ] && only_operands=1 && break
         for option in $(_vanxml_data "$command commands"); do
             [ "${COMP_WORDS[i]}" = "$option" ] && command+=${command:+ }$option
         done
@@ -133,13 +134,13 @@ _vanxml()
             [ "${COMP_WORDS[i]}" = "$option" ] && [ "$option" != help ] && named+=${named:+ }$option
         done
     done
-    data=$(_vanxml_data "$command $previous")
+    [[ -z $only_operands && $previous == -* ]] && data=$(_vanxml_data "$command $previous")
     if [ -n "$data" ]; then
         set -f
         kinds=($data)
         set +f
         [ "${kinds[0]}" = value ] && _vanxml_values "${kinds[@]:1}"
-    elif [[ $word == -* ]]; then
+    elif [[ -z $only_operands && $word == -* ]]; then
         _vanxml_words $(_vanxml_data "$command options")
     else
         _vanxml_words $(_vanxml_data "$command commands")
