@@ -1,5 +1,7 @@
 #include "vanxml/HtmlPage.h"
 
+const char* const HtmlPage::Start = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";
+
 const char* const HtmlPage::TableStart = R"html(<section id="files" aria-labelledby="files-title">
 <h2 id="files-title">Files</h2>
 <div id="filters" role="search" hidden>
@@ -18,13 +20,13 @@ const char* const HtmlPage::TableStart = R"html(<section id="files" aria-labelle
 const char* const HtmlPage::Style = R"css(
 :root {
   color-scheme: light dark;
-  --back: #ffffff; --panel: #f5f6f8; --text: #1d2329; --soft: #5a6570; --line: #d5dae0;
+  --back: #ffffff; --panel: #f5f6f8; --text: #1d2329; --soft: #5a6570; --line: #d5dae0; --edge: #7d8792;
   --error: #b3261e; --warning: #8a5a00; --failure: #6b3fa0; --good: #1a6b3c; --link: #0b57d0;
   --mark: #ffd9d5; --mark-warning: #ffe8b3;
 }
 @media (prefers-color-scheme: dark) {
   :root {
-    --back: #15181c; --panel: #1f242a; --text: #e4e8ec; --soft: #a3adb8; --line: #3a424b;
+    --back: #15181c; --panel: #1f242a; --text: #e4e8ec; --soft: #a3adb8; --line: #3a424b; --edge: #77828e;
     --error: #ff9a90; --warning: #f2be5c; --failure: #c9a6ff; --good: #7fd6a0; --link: #8ab4f8;
     --mark: #6e2620; --mark-warning: #5f4300;
   }
@@ -42,9 +44,11 @@ ul { margin: 0; padding: 0; list-style: none; }
 p { margin: 0; }
 button, input { font: inherit; color: inherit; }
 button, input[type=search] {
-  background: var(--back); border: 1px solid var(--line); border-radius: .375rem; padding: .2rem .6rem;
+  background: var(--back); border: 1px solid var(--edge); border-radius: .375rem; padding: .2rem .6rem;
 }
+::placeholder { color: var(--soft); opacity: 1; }
 button { cursor: pointer; }
+button:disabled { color: var(--soft); cursor: default; }
 :focus-visible { outline: 3px solid var(--link); outline-offset: 1px; }
 .error b, strong { color: var(--error); }
 .warning b, .warning strong { color: var(--warning); }
@@ -56,7 +60,7 @@ button { cursor: pointer; }
 .documents b { color: var(--text); }
 .bars button {
   display: grid; grid-template-columns: minmax(8rem, 14rem) 1fr 4.5rem; gap: .75rem; align-items: center;
-  width: 100%; padding: .1rem .5rem; border-color: transparent; text-align: left;
+  width: 100%; padding: .1rem .5rem; border-color: transparent; background: none; text-align: left;
 }
 .bars button:hover { background: var(--panel); }
 .bars button[aria-pressed=true] { border-color: var(--link); background: var(--panel); }
@@ -136,6 +140,16 @@ if (files) {
   const makeTexts = () =>
     rows.map(row => ({ name: lower(row.button), items: row.items.map(each => lower(each.item)) }));
 
+  const isExpanded = row => row.button.getAttribute('aria-expanded') === 'true';
+  const expand = (row, isExpanded) => {
+    row.button.setAttribute('aria-expanded', isExpanded);
+    row.messages.hidden = !isExpanded;
+  };
+  const shownRows = () => rows.filter(row => !row.body.hidden);
+  const nameFold = () => {
+    byId('fold').textContent = shownRows().some(isExpanded) ? 'Hide messages' : 'Show messages';
+  };
+
   const filter = () => {
     const text = byId('text').value.trim().toLowerCase();
     const severities = new Set(boxes.filter(box => box.checked).map(box => box.value));
@@ -143,27 +157,27 @@ if (files) {
     const kind = pressed && pressed.dataset.kind;
     if (text && !texts) texts = makeTexts();
     let shownItems = 0;
-    let shownRows = 0;
+    let shownFiles = 0;
     rows.forEach((row, i) => {
       const isNamed = !text || texts[i].name.includes(text);
       let shown = 0;
       row.items.forEach((each, k) => {
         const isShown = severities.has(each.severity) && (!kind || each.kind === kind) &&
           (isNamed || texts[i].items[k].includes(text));
-        each.item.hidden = !isShown;
+        if (each.item.hidden === isShown) each.item.hidden = !isShown;
         shown += isShown ? 1 : 0;
       });
-      row.body.hidden = shown === 0;
+      if (row.body.hidden !== (shown === 0)) row.body.hidden = shown === 0;
       shownItems += shown;
-      shownRows += shown > 0 ? 1 : 0;
+      shownFiles += shown > 0 ? 1 : 0;
     });
-    byId('shown').textContent = `${shownItems} of ${total} messages in ${shownRows} of ${rows.length} files`;
+    const count = number => number.toLocaleString('en');
+    byId('shown').textContent = shownItems === 0 ? 'No message matches' :
+      `${count(shownItems)} of ${count(total)} messages in ${count(shownFiles)} of ${count(rows.length)} files`;
+    files.querySelector('table').hidden = shownItems === 0;
+    byId('fold').disabled = shownItems === 0;
+    nameFold();
   };
-  const expand = (row, isExpanded) => {
-    row.button.setAttribute('aria-expanded', isExpanded);
-    row.messages.hidden = !isExpanded;
-  };
-  const isExpanded = row => row.button.getAttribute('aria-expanded') === 'true';
   const press = bar => {
     for (const each of bars) {
       const isPressed = each === bar && each.getAttribute('aria-pressed') !== 'true';
@@ -172,7 +186,10 @@ if (files) {
     filter();
   };
 
-  rows.forEach(row => row.button.addEventListener('click', () => expand(row, !isExpanded(row))));
+  rows.forEach(row => row.button.addEventListener('click', () => {
+    expand(row, !isExpanded(row));
+    nameFold();
+  }));
   bars.forEach(bar => bar.addEventListener('click', () => press(bar)));
   boxes.forEach(box => box.addEventListener('change', filter));
   byId('text').addEventListener('input', filter);
@@ -182,13 +199,14 @@ if (files) {
     press(null);
   });
   byId('fold').addEventListener('click', () => {
-    const shown = rows.filter(row => !row.body.hidden);
+    const shown = shownRows();
     const fold = shown.some(isExpanded);
     shown.forEach(row => expand(row, !fold));
-    byId('fold').textContent = fold ? 'Show messages' : 'Hide messages';
+    nameFold();
   });
   document.addEventListener('keydown', event => {
-    if (event.key === '/' && event.target.tagName !== 'INPUT') {
+    const isOther = event.target === byId('text') || event.ctrlKey || event.altKey || event.metaKey;
+    if (event.key === '/' && !isOther) {
       event.preventDefault();
       byId('text').focus();
     }

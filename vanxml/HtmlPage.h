@@ -3,6 +3,8 @@
 
 namespace HtmlPage {
 
+// The start of the page.
+extern const char* const Start;
 // The content of the element <style>.
 extern const char* const Style;
 // The content of the element <style> for browsers without scripts. It shows the messages that are folded.

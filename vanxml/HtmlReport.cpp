@@ -65,12 +65,12 @@ std::string FormatExcerpt(const ParseDiagnostic& diagnostic, const SourceExcerpt
 std::string FormatMessage(const std::string& severity,
     const std::string& kind,
     const std::string& place,
-    const VString& text,
+    const std::string& text,
     const std::string& details)
 {
     return "<li class=\"" + severity + "\" data-kind=\"" + kind + "\"><p>" +
         (place.empty() ? std::string() : Span("place", EscapeHtml(place)) + " ") + "<strong>" +
-        (kind == failureKind ? "not checked" : severity) + "</strong> " + Span("text", Escape(text)) +
+        (kind == failureKind ? "not checked" : severity) + "</strong> " + Span("text", EscapeHtml(text)) +
         (kind == failureKind ? std::string() : " <code class=\"kind\">" + kind + "</code>") + "</p>" + details +
         "</li>\n";
 }
@@ -116,13 +116,13 @@ std::string HtmlReport::FormatDiagnostic(
     return FormatMessage(IsError(diagnostic) ? "error" : "warning",
         GetDiagnosticName(diagnostic.code),
         place,
-        diagnostic.message,
+        diagnostic.message.toStdString(),
         details);
 }
 
 std::string HtmlReport::FormatFailure(const VString& /*file*/, const std::string& message) const
 {
-    return FormatMessage("failure", failureKind, std::string(), VString::fromStdString(message), std::string());
+    return FormatMessage("failure", failureKind, std::string(), message, std::string());
 }
 
 void HtmlReport::Write(const CheckMessage& message)
@@ -153,9 +153,7 @@ void HtmlReport::WriteStart()
     const std::string policy = std::string("default-src 'none'; base-uri 'none'; form-action 'none'; style-src ") +
         PolicyHash(HtmlPage::Style) + " " + PolicyHash(HtmlPage::StyleWithoutScript) + "; script-src " +
         PolicyHash(HtmlPage::Script);
-    WriteBytes("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-               "<meta http-equiv=\"Content-Security-Policy\" content=\"" +
-        policy +
+    WriteBytes(std::string(HtmlPage::Start) + "<meta http-equiv=\"Content-Security-Policy\" content=\"" + policy +
         "\">\n<meta name=\"viewport\" content=\"width=device-width\">\n"
         "<meta name=\"color-scheme\" content=\"light dark\">\n<meta name=\"generator\" content=\"vanxml " VANXML_VERSION
         "\">\n<title>Report of vanxml check</title>\n<style>" +
@@ -170,7 +168,7 @@ void HtmlReport::WriteRow()
     if (m_rows == 0)
         WriteBytes(HtmlPage::TableStart);
     const std::string id = "f" + std::to_string(++m_rows);
-    const std::string name = m_file.IsEmpty() ? std::string("(no file)") : Escape(m_file);
+    const std::string name = m_file.IsEmpty() ? std::string("(command line)") : Escape(m_file);
     const std::string errors =
         m_counts.errors == 0 && m_counts.failures > 0 ? std::string("<td>not checked</td>") : Cell(m_counts.errors);
     const bool isFolded = m_unfolded >= mostUnfolded;
@@ -231,14 +229,21 @@ std::string HtmlReport::FormatBars() const
 
 std::string HtmlReport::FormatBar(const std::string& kind, const Counts& counts, std::size_t most)
 {
-    std::string parts;
+    // The parts fill the bar, and each is visible. The last one takes the rest.
+    const std::size_t total = counts.Total();
+    std::size_t parts = std::min<std::size_t>(counts.errors, 1) + std::min<std::size_t>(counts.warnings, 1) +
+        std::min<std::size_t>(counts.failures, 1);
+    const std::size_t length = std::max(total * barLength / most, parts * shortestBar);
+    std::string bar;
     std::size_t start = 0;
     const auto add = [&](const char* name, std::size_t count) {
-        const std::size_t width = count * barLength / most;
-        if (count > 0) {
-            parts += std::string("<rect class=\"") + name + "\" x=\"" + std::to_string(start) + "\" width=\"" +
-                std::to_string(std::max(width, shortestBar)) + "\" height=\"1\"/>";
-        }
+        if (count == 0)
+            return;
+        --parts;
+        const std::size_t longest = length - start - parts * shortestBar;
+        const std::size_t width = parts == 0 ? longest : std::clamp(count * length / total, shortestBar, longest);
+        bar += std::string("<rect class=\"") + name + "\" x=\"" + std::to_string(start) + "\" width=\"" +
+            std::to_string(width) + "\" height=\"1\"/>";
         start += width;
     };
     add("error", counts.errors);
@@ -246,6 +251,6 @@ std::string HtmlReport::FormatBar(const std::string& kind, const Counts& counts,
     add("failure", counts.failures);
     return "<li><button type=\"button\" aria-pressed=\"false\" data-kind=\"" + kind + "\">" +
         Span("label", kind == failureKind ? "not checked" : kind) + "<svg viewBox=\"0 0 " + std::to_string(barLength) +
-        " 1\" preserveAspectRatio=\"none\" aria-hidden=\"true\">" + parts + "</svg>" +
+        " 1\" preserveAspectRatio=\"none\" aria-hidden=\"true\">" + bar + "</svg>" +
         Span("count", CheckSummary::FormatNumber(counts.Total())) + "</button></li>\n";
 }

@@ -35,6 +35,7 @@ DOCUMENTS = {
     "hostile.xml": f"<a>\n  <b c=\"{HOSTILE.replace('<', '&lt;')}\" c=''/><!-- {HOSTILE} -->\n</a>\n",
     f"\"'{HOSTILE.replace('/', '-')}.xml": "<a>",
     "long.xml": "<a>" + "<b>text</b>" * 200 + "</c></a>\n",
+    "hebrew.xml": "<a>\n<b>\u05e9\u05dc\u05d5\u05dd</c></a>\n",
     "controls.xml": "<a>\u202e\n<b></a>\n",
 }
 
@@ -145,6 +146,12 @@ def check_start(page, counts):
     marked = browser.run("return [...document.querySelectorAll('tbody')]"
                          ".find(b => b.textContent.includes('orders.xml')).querySelector('mark').textContent")
     page.expect("the mark in orders.xml", marked, "</ordr>")
+    # The mark stands right of the Hebrew text.
+    overlap = browser.run("const mark = [...document.querySelectorAll('tbody')]"
+                          ".find(b => b.textContent.includes('hebrew.xml')).querySelector('mark');"
+                          "const range = document.createRange(); range.selectNodeContents(mark.previousSibling);"
+                          "return range.getBoundingClientRect().right - mark.getBoundingClientRect().left")
+    page.expect("the place of the mark in hebrew.xml", abs(overlap) < 1, True)
 
 
 def check_filters(page, counts):
@@ -153,6 +160,10 @@ def check_filters(page, counts):
     browser.type("#text", "SALES")
     page.expect("files with 'sales'", sorted(page.shown_files()), ["sales/north.kxa", "sales/south.kxa"])
     page.picture("filtered")
+    browser.type("#text", "no such text")
+    page.expect("the status without a match", page.status(), "No message matches")
+    page.expect("tables without a match", browser.run("return document.querySelector('table').offsetHeight"), 0)
+    page.picture("nothing")
     browser.click("#clear")
     page.expect("all files", page.shown_files(), files)
     browser.click("#filters input[value=warning]")
@@ -168,13 +179,18 @@ def check_filters(page, counts):
     page.expect("the status", page.status().split(" messages")[0], f"{count} of {counts['messages']}")
     browser.type(f".bars button[data-kind={kind}]", ENTER)
     page.expect("messages after the second Enter", page.shown_messages(), counts["messages"])
-    browser.type("body", "/")
+    browser.run("document.querySelector('#filters input[type=checkbox]').focus()")
+    browser.post("/actions", actions=[{"type": "key", "id": "keyboard", "actions": [
+        {"type": "keyDown", "value": "/"}, {"type": "keyUp", "value": "/"}]}])
     page.expect("the focus", browser.run("return document.activeElement.id"), "text")
     browser.click("#fold")
     page.expect("folded messages", page.shown_messages(), 0)
     page.expect("folded files", page.shown_files(), files)
+    label = "return document.getElementById('fold').textContent"
+    page.expect("the button after folding", browser.run(label), "Show messages")
     browser.type("tr.name button", ENTER)
     page.expect("messages of the first file", page.shown_messages() > 0, True)
+    page.expect("the button after unfolding a file", browser.run(label), "Hide messages")
     browser.click("#fold")
     browser.click("#fold")
     page.expect("unfolded messages", page.shown_messages(), counts["messages"])

@@ -5,6 +5,7 @@
 #include <QCryptographicHash>
 
 #include "tests/tool/ToolRun.h"
+#include "vanxml/CheckSummary.h"
 
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -89,6 +90,30 @@ TEST_F(HtmlReportTest, PageOfGoodDocumentsHasNoTable)
     EXPECT_THAT(result.output, Not(HasSubstr("<table>")));
 }
 
+TEST_F(HtmlReportTest, PartsOfABarFillItsLength)
+{
+    const auto rectangles = [&](int errors, int warnings, int longest) {
+        HtmlReport report(m_folder.Path("report").toStdString());
+        const auto write = [&](DiagnosticCode code, bool isWarning, int count) {
+            for (int i = 0; i < count; ++i)
+                report.Write({std::string(), code, VString("a"), isWarning});
+        };
+        write(DiagnosticCode::BadValue, false, errors);
+        write(DiagnosticCode::BadValue, true, warnings);
+        write(DiagnosticCode::MissingAttribute, false, longest);
+        report.Finish(CheckSummary(), 0);
+        return Between(Between(Read("report"), ">bad-value</span>", "</svg>"), "\"true\">", "</svg>");
+    };
+    const std::string error = "<rect class=\"error\" x=\"0\" width=\"";
+    const auto warning = [](const std::string& start, const std::string& width) {
+        return "\" height=\"1\"/><rect class=\"warning\" x=\"" + start + "\" width=\"" + width + "\" height=\"1\"/>";
+    };
+    EXPECT_EQ(rectangles(1, 2, 0), error + "333" + warning("333", "667"));
+    EXPECT_EQ(rectangles(1, 999, 0), error + "5" + warning("5", "995"));
+    EXPECT_EQ(rectangles(999, 1, 0), error + "995" + warning("995", "5"));
+    EXPECT_EQ(rectangles(1, 1, 2000), error + "5" + warning("5", "5"));
+}
+
 TEST_F(HtmlReportTest, TellsHowManyMessagesAreLeftOut)
 {
     const std::string page = Check({"--format", "html", "--max-errors", "1", "bad.xml", "worse.xml"}).output;
@@ -146,8 +171,8 @@ TEST(HtmlPageTest, TextOfDocumentsIsEscaped)
     for (const char* tag : {"<script", "<b>", "<i>", "<u>", "<v>", "\"c"})
         EXPECT_THAT(message, Not(HasSubstr(tag)));
     EXPECT_THAT(message, HasSubstr("<mark>&lt;u&gt;</mark>"));
-    const std::string failure = HtmlReport().FormatFailure(VString(), "<s>");
-    EXPECT_THAT(failure, Not(HasSubstr("<s>")));
+    const std::string failure = HtmlReport().FormatFailure(VString(), "<s>\xff");
+    EXPECT_THAT(failure, HasSubstr("&lt;s&gt;\\xff</span>"));
 }
 
 TEST_F(CheckOutputTest, EveryFormIsWrittenToTheFile)
