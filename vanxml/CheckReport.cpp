@@ -1,13 +1,38 @@
 #include "vanxml/CheckReport.h"
 
+#include <algorithm>
+#include <filesystem>
+
+#include "vancoreplatform/VFile.h"
 #include "vanxml/DiagnosticJson.h"
 #include "vanxml/DiagnosticText.h"
 #include "vanxml/ErrorLines.h"
+#include "vanxml/HtmlPage.h"
 #include "vanxml/HtmlReport.h"
 #include "vanxml/SarifReport.h"
 #include "vanxml/StandardStreams.h"
+#include "vanxml/ToolError.h"
 
 namespace {
+
+// Throws ToolError if the file is an XML document, and no page of a report. Without this check, the forgotten name in
+// "-o *.kxa" would cost the first document.
+void RefuseToReplaceDocument(const VString& name)
+{
+    const std::filesystem::path path(name.View());
+    if (OperatingSystem::FindStream(path) || OperatingSystem::TypeOf(path) != std::filesystem::file_type::regular)
+        return;
+    VFile file{VPath(name)};
+    file.OpenForReading();
+    char bytes[128] = {};
+    std::string_view start(bytes, file.Read(bytes, sizeof bytes));
+    const bool isUtf16 = start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF");
+    if (start.starts_with("\xEF\xBB\xBF"))
+        start.remove_prefix(3);
+    start.remove_prefix(std::min(start.find_first_not_of(" \t\r\n"), start.size()));
+    if (isUtf16 || (start.starts_with('<') && !start.starts_with(HtmlPage::Start)))
+        throw ToolError("--output: the file '" + name.toStdString() + "' exists and is an XML document");
+}
 
 // Writes lines for people.
 class LineReport : public CheckReport {
@@ -86,8 +111,10 @@ std::unique_ptr<CheckReport> CheckReport::Create(
 
 CheckReport::CheckReport(const std::optional<std::string>& file, OperatingSystem::Stream stream) : m_stream(stream)
 {
-    if (file)
+    if (file) {
+        RefuseToReplaceDocument(VString::fromStdString(*file));
         m_file.emplace(VString::fromStdString(*file));
+    }
 }
 
 bool CheckReport::IsOnStandardOutput() const

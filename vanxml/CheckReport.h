@@ -31,7 +31,7 @@ class CheckReport {
 public:
     // `format` is "text", "gcc", "json", "sarif" or "html"; the style is for "text". `file` is the name of the file to
     // write, or "-" for standard output. Without a file, messages for people go to standard error and all others to
-    // standard output. Throws VIO::Exception if the file cannot be written.
+    // standard output. Throws VIO::Exception if the file cannot be written, and ToolError if it is an XML document.
     static std::unique_ptr<CheckReport> Create(
         const std::string& format, const TextStyle& style, const std::optional<std::string>& file = std::nullopt);
 
@@ -53,9 +53,8 @@ public:
 
     // Writes a message. Throws VIO::Exception or ToolError if that fails.
     virtual void Write(const CheckMessage& message) = 0;
-    // Call it once behind the last message. `omitted` is the number of messages that were not
-    // written.
-    // Completes the file. Throws VIO::Exception or ToolError if that fails.
+    // Completes the file; call it once, after the last message. `omitted` is the number of messages that were not
+    // written. Throws VIO::Exception or ToolError if that fails.
     void Finish(const CheckSummary& summary, std::size_t omitted);
 
 protected:

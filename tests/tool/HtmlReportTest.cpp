@@ -238,6 +238,25 @@ TEST_F(CheckOutputTest, MistakeKeepsTheOldFile)
     EXPECT_EQ(Read("report"), "");
 }
 
+TEST_F(CheckOutputTest, DocumentIsNotReplaced)
+{
+    for (const std::string document : {"<a>", "\xEF\xBB\xBF \n<a/>", "<?xml version='1.0'?><a/>", "\xFF\xFE<"}) {
+        m_folder.Write("first.xml", document);
+        const ToolResult result = Check({"--format", "html", "-o", "first.xml", "good.xml"});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.errors, "vanxml: --output: the file 'first.xml' exists and is an XML document\n");
+        EXPECT_EQ(Read("first.xml"), document);
+    }
+}
+
+TEST_F(CheckOutputTest, EveryReportIsReplacedByTheNext)
+{
+    for (const char* format : {"text", "gcc", "json", "sarif", "html", "text"}) {
+        EXPECT_EQ(Check({"--format", format, "-o", "report", "bad.xml"}).status, 1) << format;
+        EXPECT_EQ(Check({"--format", format, "-o", "report", "good.xml"}).status, 0) << format;
+    }
+}
+
 TEST_F(CheckOutputTest, FileHasColoursOnlyIfTheyAreAskedFor)
 {
     Check({"-o", "report", "bad.xml"});
