@@ -135,8 +135,6 @@ const Row Rows[] = {
     {"Stats", {"stats", "--json"}},
     {"Validate", {"check"}, DataSource},
     {"Retarget", {"retarget", "--data-source", "orders=new", "--in-place"}, DataSource},
-    {"Tree", {"tree"}},
-    {"Stats", {"stats"}},
     {"Diff", {"diff", "-"}, Text, "<a b='d'><k/><g h='i'>text</g><j>&lt;</j></a>"},
     {"DiffJson", {"diff", "--json", "-"}, Text, "<a b='d'><k/><g h='i'>text</g><j>&lt;</j></a>"},
     {"HtmlReport", {"check", "--format", "html", "-o", "OUTPUT"}, "<a><b></a>", "", "<!DOCTYPE html>old", IsWholePage},
