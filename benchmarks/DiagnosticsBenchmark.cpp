@@ -40,7 +40,7 @@ std::size_t CountWithErrors(const std::vector<const DOMElement*>& elements)
 {
     std::size_t count = 0;
     for (const DOMElement* element : elements)
-        count += element->HasErrors() ? 1 : 0;
+        count += element->HasErrors() ? 1U : 0U;
     return count;
 }
 

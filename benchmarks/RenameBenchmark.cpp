@@ -42,7 +42,7 @@ std::size_t CountRenamed(const Renames& renames)
 {
     std::size_t renamed = 0;
     for (const FieldName& field : renames.fields)
-        renamed += renames.document.RenameField(field) != field ? 1 : 0;
+        renamed += renames.document.RenameField(field) != field ? 1U : 0U;
     return renamed;
 }
 

@@ -6,7 +6,7 @@
 
 void RegisterScalingTasks()
 {
-    for (const std::size_t megabytes : {1, 10, 50, 200}) {
+    for (const std::size_t megabytes : {1U, 10U, 50U, 200U}) {
         benchmark::RegisterBenchmark(("scaling/" + std::to_string(megabytes) + "MB/vancorexml").c_str(),
             [megabytes](benchmark::State& state) {
                 const std::string text = MakeDocument(megabytes * 1000000);

@@ -65,19 +65,13 @@ function(vancorexml_target_settings target)
         target_compile_options(${target} PRIVATE /W4)
     elseif(VANCOREXML_DEVELOPER)
         target_compile_options(${target} PRIVATE
-            -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+            -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+            -Werror)
     endif()
     if(VANCOREXML_SANITIZE)
         target_compile_options(${target} PRIVATE
             -fsanitize=${VANCOREXML_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=${VANCOREXML_SANITIZE})
-    endif()
-endfunction()
-
-# Makes the compiler report conversions that can change a value.
-function(vancorexml_check_conversions target)
-    if(VANCOREXML_DEVELOPER AND NOT MSVC)
-        target_compile_options(${target} PRIVATE -Wconversion -Wsign-conversion)
     endif()
 endfunction()
 
@@ -163,7 +157,6 @@ endfunction()
 # Sets the compiler options of the sources of a module.
 function(vancorexml_module_settings name)
     vancorexml_target_settings(${name})
-    vancorexml_check_conversions(${name})
     target_compile_features(${name} PUBLIC cxx_std_20)
     # The headers of a static library must not declare its symbols as imports.
     if(NOT BUILD_SHARED_LIBS)

@@ -71,7 +71,7 @@ private:
     std::string Blank()
     {
         std::string blank;
-        for (unsigned count = 1 + m_random() % 3; count > 0; --count)
+        for (auto count = 1 + m_random() % 3; count > 0; --count)
             blank += OneIn(3) ? LineEnd() : OneIn(4) ? "\t" : "  ";
         return blank;
     }
@@ -250,7 +250,7 @@ private:
     bool AddContent(int level, bool preserves)
     {
         const bool isDeep = level >= MostLevels;
-        const unsigned choice = m_random() % (m_isFull ? 8 : 4);
+        const auto choice = m_random() % (m_isFull ? 8 : 4);
         m_keptLevels += preserves ? 1 : 0;
         bool isKept = preserves;
         if (choice == 0 || (choice < 3 && isDeep)) {

@@ -185,7 +185,7 @@ std::string Mutate(std::string text, std::mt19937& random)
         "\uFEFF",
         "\xC2",
         "\x01"};
-    for (unsigned count = 1 + random() % 3; count > 0; --count) {
+    for (auto count = 1 + random() % 3; count > 0; --count) {
         const std::size_t position = random() % (text.size() + 1);
         const std::size_t length = random() % 8;
         const unsigned kind = random() % 4;

@@ -222,7 +222,7 @@ std::string MakeRandomText(std::mt19937& random)
         "\xC2",
         "\xE2\x80"};
     std::string text;
-    for (unsigned count = random() % 30; count > 0; --count) {
+    for (auto count = random() % 30; count > 0; --count) {
         const std::size_t choice = random() % (std::size(Pieces) + 1);
         if (choice == std::size(Pieces))
             text += static_cast<char>(random() % 256);

@@ -313,7 +313,7 @@ TEST(ValueMisfitTest, ProposesOnlyAllowedValues)
         WithType(name, [&](xercesc::DatatypeValidator& type) {
             for (int i = 0; i < 2000; ++i) {
                 std::string value;
-                for (unsigned count = 1 + random() % 5; count > 0; --count)
+                for (auto count = 1 + random() % 5; count > 0; --count)
                     value += pieces[random() % pieces.size()];
                 const VString proposal = FindProposal(DescribeMisfit(type, VString::fromStdString(value)));
                 if (proposal.IsEmpty())

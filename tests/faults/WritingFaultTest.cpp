@@ -112,7 +112,7 @@ TEST_P(WritingFaultTest, QueriesAreRightOrFail)
         const DOMElement& top = *m_document.GetDocumentRoot();
         std::size_t count = DOMPath::GetAll(top, "//leaf").size();
         for (const DOMElement& element : DOMPath::Walk(top, VString("part/inner")))
-            count += element.HasChildren() ? 10 : 0;
+            count += element.HasChildren() ? 10U : 0U;
         return count;
     };
     const std::size_t expected = run();

@@ -201,7 +201,7 @@ TEST(LongValuesTest, AThousandLevelsOfParenthesesAreAllowed)
 TEST(LongValuesTest, MoreLevelsOfParenthesesAreAnErrorOfTheSchema)
 {
     testsupport::RunWithStack(SmallStack, [] {
-        for (const std::size_t levels : {1001, 100000}) {
+        for (const std::size_t levels : {1001U, 100000U}) {
             const std::unique_ptr<DOM> document = ValidateText(Repeat("(", levels) + "a" + Repeat(")", levels), "a");
             ASSERT_FALSE(document->GetErrors().empty());
             EXPECT_TRUE(document->GetErrors().front().endsWith(

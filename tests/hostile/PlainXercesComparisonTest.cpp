@@ -442,8 +442,8 @@ TEST(PlainXercesComparisonTest, DocumentsWithOneChangedByteHaveTheOutcomeOfXerce
         const std::size_t position = random() % bytes.size();
         // One third each: a character that has a meaning in XML or is ill-formed, one changed bit, any byte.
         const auto old = static_cast<unsigned char>(bytes[position]);
-        const unsigned kind = random() % 3;
-        const unsigned any = random();
+        const auto kind = random() % 3;
+        const auto any = random();
         if (kind == 0)
             bytes[position] = replacements[any % replacements.size()];
         else

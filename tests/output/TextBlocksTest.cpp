@@ -15,7 +15,7 @@ std::vector<char16_t> RandomUnits(std::mt19937& random, std::size_t count)
 {
     static constexpr char16_t near[] = {0, 0x1F, 0x22, 0x26, 0x27, 0x3C, 0x3E, 0x7F, 0x80, 0xFF, 0x100, 0x7FFF, 0x8000};
     std::vector<char16_t> units(count);
-    const unsigned rarity = 1 + random() % 40;
+    const auto rarity = 1 + random() % 40;
     for (char16_t& unit : units) {
         unit = static_cast<char16_t>('a' + random() % 26);
         if (random() % rarity == 0)

@@ -325,7 +325,7 @@ TEST_F(PatternProgramTest, ManyEmptyPartsNeedLittleStack)
 TEST_F(PatternProgramTest, LongValuesHaveTheResultOfShortOnes)
 {
     const Pair pair(u"(a|b|cd)*x(yz)*");
-    for (const std::size_t length : {1, 100, 255, 256, 257, 300, 5000}) {
+    for (const std::size_t length : {1U, 100U, 255U, 256U, 257U, 300U, 5000U}) {
         std::u16string value;
         while (value.size() + 1 < length)
             value += value.size() % 3 == 0 ? u"cd" : u"a";

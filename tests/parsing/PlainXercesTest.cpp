@@ -153,7 +153,7 @@ TEST_F(PlainXercesTest, SupplementaryCharactersMayCrossBufferBoundaries)
 {
     const std::string character = "\xF0\x90\x80\x80";
     for (const char* version : {"1.0", "1.1"}) {
-        for (const std::size_t buffer : {16384, 24576, 49152}) {
+        for (const std::size_t buffer : {16384U, 24576U, 49152U}) {
             for (std::size_t shift = 0; shift < 8; ++shift) {
                 const std::string start = "<?xml version='" + std::string(version) + "'?><a><b ";
                 const std::string space(buffer - start.size() - shift, ' ');
@@ -180,7 +180,7 @@ TEST_F(PlainXercesTest, RandomlyChangedPrologsHaveTheErrorsOfPlainXerces)
     std::mt19937 random(7);
     for (int round = 0; round < 3000; ++round) {
         std::string changed = text;
-        for (unsigned count = random() % 3 + 1; count > 0; --count)
+        for (auto count = random() % 3 + 1; count > 0; --count)
             changed.replace(random() % changed.size(), random() % 3, pieces[random() % pieces.size()]);
         ExpectErrorOfPlainXerces(changed);
         if (HasFailure())

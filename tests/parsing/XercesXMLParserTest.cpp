@@ -69,7 +69,7 @@ TEST(XercesXMLParserTest, LongTextIsPassedInOnePiece)
 // Xerces delivers the text of an entity and an empty CDATA section as separate pieces.
 TEST(XercesXMLParserTest, AdjacentTextsArePassedInOnePiece)
 {
-    for (const std::size_t longest : {1, 3, 40, 300}) {
+    for (const std::size_t longest : {1U, 3U, 40U, 300U}) {
         std::string text = "<!DOCTYPE a [<!ENTITY e 'entity'>]><a><![CDATA[]]>";
         std::string whole;
         for (std::size_t length = 1; length <= longest; ++length) {

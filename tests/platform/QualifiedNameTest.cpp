@@ -99,7 +99,7 @@ TEST(QualifiedNameTest, ParsesRandomNamesThatItFormats)
     std::mt19937 random(11);
     const auto draw = [&] {
         VString text;
-        for (unsigned length = random() % 12; length > 0; --length)
+        for (auto length = random() % 12; length > 0; --length)
             text += units[random() % std::size(units)];
         return text;
     };

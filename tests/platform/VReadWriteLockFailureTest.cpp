@@ -6,6 +6,7 @@
 #include <pthread.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <deque>
 #include <system_error>
 #include <thread>
@@ -67,17 +68,17 @@ TEST(VReadWriteLockFailureTest, AFailedWriteLockIsNotCounted)
 TEST(VReadWriteLockFailureTest, AFailedLockLeavesOtherLocksHeld)
 {
     std::deque<VReadWriteLock> locks;
-    for (int i = 0; i < 6; ++i)
+    for (std::size_t i = 0; i < 6; ++i)
         locks.emplace_back(0);
-    for (int i = 0; i < 5; ++i)
+    for (std::size_t i = 0; i < 5; ++i)
         locks[i].LockForWrite();
     {
         const FailingLocks failure;
         EXPECT_THROW(locks[5].LockForRead(), std::system_error);
-        for (int i = 0; i < 5; ++i)
+        for (std::size_t i = 0; i < 5; ++i)
             EXPECT_NO_THROW(locks[i].LockForWrite()) << "lock " << i << " is held already";
     }
-    for (int i = 0; i < 5; ++i) {
+    for (std::size_t i = 0; i < 5; ++i) {
         locks[i].UnlockWrite();
         locks[i].UnlockWrite();
     }

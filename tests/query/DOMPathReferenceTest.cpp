@@ -130,7 +130,7 @@ TEST_P(DOMPathLongPaths, AgreeWithTheReference)
         const unsigned kinds = round % 3 == 0 ? 4 : 40;
         Segments segments;
         for (std::size_t i = 0; i < length; ++i) {
-            const unsigned kind = random() % kinds;
+            const auto kind = random() % kinds;
             const bool isForcedEmpty = round % 5 == 1 && (i % 64 == 62 || i % 64 == 63 || i % 64 == 0);
             if (kind == 0 || isForcedEmpty)
                 segments.emplace_back();

@@ -27,7 +27,7 @@ std::size_t CountInTree(const VString& file, const QueryPath& path)
     const VString libraryPath = path.LibraryPath();
     std::size_t count = 0;
     for (const DOMElement& match : DOMPath::Walk(*document->GetDocumentRoot(), libraryPath))
-        count += match.GetName().IsEmpty() ? 0 : 1;
+        count += match.GetName().IsEmpty() ? 0U : 1U;
     return count;
 }
 

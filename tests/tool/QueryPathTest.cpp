@@ -125,9 +125,9 @@ std::string RandomTree(std::mt19937& random, int depth)
 std::string RandomPath(std::mt19937& random, bool hasPredicates)
 {
     std::string path = Pick(random, {"", "/", "//"});
-    for (unsigned i = 1 + random() % 3; i > 0; --i) {
+    for (auto i = 1 + random() % 3; i > 0; --i) {
         path += Pick(random, {"a", "b", "*"});
-        for (unsigned k = random() % 3; hasPredicates && k > 0; --k)
+        for (auto k = random() % 3; hasPredicates && k > 0; --k)
             path += Pick(random, {"[1]", "[2]", "[3]", "[@x]", "[@x='1']", "[ @y = \"\" ]"});
         if (i > 1)
             path += Pick(random, {"/", "//"});

@@ -24,7 +24,7 @@ struct RandomNode {
 
 class RandomDocument {
 public:
-    explicit RandomDocument(unsigned seed, int depth = 5) : m_random(seed), m_depth(depth), m_root(MakeElement(0))
+    explicit RandomDocument(unsigned seed, unsigned depth = 5) : m_random(seed), m_depth(depth), m_root(MakeElement(0))
     {
         m_root->name = "root";
     }
@@ -89,7 +89,7 @@ private:
         return node;
     }
 
-    std::unique_ptr<RandomNode> MakeElement(int depth)
+    std::unique_ptr<RandomNode> MakeElement(unsigned depth)
     {
         auto node = std::make_unique<RandomNode>();
         node->name = Letter("abc");
@@ -156,7 +156,7 @@ private:
     }
 
     std::mt19937 m_random;
-    const int m_depth;
+    const unsigned m_depth;
     bool m_isIndented = true;
     std::unique_ptr<RandomNode> m_root;
 };
@@ -374,7 +374,7 @@ TEST(TreeDiffRandomTest, TheDifferencesTurnOneDocumentIntoTheOther)
         for (unsigned edits = seed % 5; edits > 0; --edits)
             document.Edit();
         const std::string after = document.Write();
-        equal += CheckPair(before, after, kinds) ? 1 : 0;
+        equal += CheckPair(before, after, kinds) ? 1U : 0U;
         EXPECT_FALSE(HasFailure()) << "seed " << seed << "\n" << before << "\n" << after;
     }
     EXPECT_GT(equal, 200u);
@@ -390,7 +390,7 @@ TEST(TreeDiffRandomTest, UnrelatedDocumentsAreComparedCorrectly)
     for (unsigned seed = 0; seed < 1500 && !HasFailure(); ++seed) {
         const std::string a = RandomDocument(2 * seed, seed % 3).Write();
         const std::string b = RandomDocument(2 * seed + 1, seed % 3).Write();
-        equal += CheckPair(a, b, kinds) ? 1 : 0;
+        equal += CheckPair(a, b, kinds) ? 1U : 0U;
         EXPECT_FALSE(HasFailure()) << "seed " << seed << "\n" << a << "\n" << b;
     }
     EXPECT_GT(equal, 20u);

@@ -127,7 +127,7 @@ std::size_t CountMarkedLines(const std::string& diff)
 {
     std::size_t count = 0;
     for (const std::string& line : SplitLines(diff))
-        count += (line[0] == '-' || line[0] == '+') ? 1 : 0;
+        count += (line[0] == '-' || line[0] == '+') ? 1U : 0U;
     return count - 2;  // without the header
 }
 
