@@ -69,8 +69,8 @@ public:
     std::uint32_t ElementNumberOf(std::uint32_t node) const;
     // Returns the number of elements inside the node.
     std::uint32_t CountElementsIn(std::uint32_t node) const;
-    // Returns the path of the node, or of an attribute of it, such as /a/b[2]/text() or /a/b[2]/@c. A name is clipped by
-    // ClipText. A path of more than 64 steps or 1,000 UTF-16 code units begins with "…" in place of its first steps:
+    // Returns the path of the node, or of one of its attributes, such as /a/b[2]/text() or /a/b[2]/@c. ClipText clips
+    // each name. A path of more than 64 steps or 1,000 UTF-16 code units begins with "…" in place of its first steps:
     // the whole paths of a deep document would together be far longer than the document.
     std::string PathOf(std::uint32_t node, std::uint32_t attribute = None) const;
     // Returns the position in the file: directly behind the start tag of an element, or behind the tag in front of a

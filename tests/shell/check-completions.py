@@ -19,7 +19,8 @@ import time
 
 SKIPPED = 77
 TIMEOUT = 60  # seconds for one completion
-FILES = ["sales.kxa", "orders.kxb", "book.xml", "notes.txt", "book.xsd", "names.csv", "my file.kxa", "-dash.kxa", "options"]
+FILES = ["sales.kxa", "orders.kxb", "book.xml", "notes.txt", "book.xsd", "names.csv", "my file.kxa", "-dash.kxa",
+         "options"]
 FOLDERS = ["docs"]
 DOCUMENTS = {"sales.kxa", "orders.kxb", "book.xml", "my file.kxa", "docs"}
 
