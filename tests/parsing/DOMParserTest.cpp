@@ -6,6 +6,7 @@
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancoredata/VResource.h"
 #include "vancorexml/main/parser/FileInputSource.h"
+#include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vansys/MemoryScope.h"
 
 namespace {
@@ -180,6 +181,50 @@ TEST_F(DOMParserTest, PositionsAreRightAfterADeclarationOfVersion11)
     parser.SetEnableLineNumbersOnElements(true);
     const auto document = parser.ParseXmlString("<?xml version='1.1'?>\n<a/>", "id");
     EXPECT_EQ(document->GetDocumentRoot()->GetStartLine(), 2);
+}
+
+// Returns the text in an encoding of `width` bytes for each character. The ASCII byte is at `position`.
+std::string Widen(const std::string& ascii, std::size_t width, std::size_t position)
+{
+    std::string bytes(ascii.size() * width, '\0');
+    for (std::size_t i = 0; i < ascii.size(); ++i)
+        bytes[i * width + position] = ascii[i];
+    return bytes;
+}
+
+TEST_F(DOMParserTest, AnyWhiteSpaceMayFollowTheStartOfTheDeclaration)
+{
+    using namespace std::string_literals;
+    parser.SetEnableLineNumbersOnElements(true);
+    for (const std::string end : {"\n", "\r", "\r\n", " \n", "\t\r", "\n\n", "\t"}) {
+        const int line = end == "\n\n" ? 3 : end == "\t" ? 1 : 2;
+        const std::string rest = end + "version='1.0'?><a>\n<b/></a>";
+        const std::string text = "<?xml" + rest;
+        const std::string latin1 = "<?xml" + end + "version='1.0' encoding='ISO-8859-1'?><a b='\xE4'>\n<b/></a>";
+        for (const std::string& bytes : {text,
+                 "\xEF\xBB\xBF" + text,
+                 latin1,
+                 "\xFF\xFE" + Widen(text, 2, 0),
+                 "\xFE\xFF" + Widen(text, 2, 1),
+                 Widen(text, 2, 0),
+                 Widen(text, 2, 1),
+                 "\xFF\xFE\0\0"s + Widen(text, 4, 0),
+                 "\0\0\xFE\xFF"s + Widen(text, 4, 3)}) {
+            Utf8InputSource source(bytes, "id", false);
+            const auto document = parser.ParseXmlInputSource(source, false);
+            ASSERT_EQ(Errors(*document), std::vector<VString>()) << bytes;
+            const DOMElement& root = *document->GetDocumentRoot();
+            EXPECT_EQ(root.GetStartLine(), line) << bytes;
+            EXPECT_EQ(root.GetEndLine(), line + 1) << bytes;
+            EXPECT_EQ(root.GetRequiredChild("b").GetStartColumn(), 5) << bytes;
+        }
+    }
+}
+
+TEST_F(DOMParserTest, FaultsBehindALineEndInTheDeclarationHaveTheRightPlace)
+{
+    EXPECT_EQ(Errors(*parser.ParseXmlString("<?xml\nvorsion='1.0'?>\n<a/>", "id")),
+        std::vector<VString>{"Fatal Error(2,8): expected version, encoding, or standalone declaration (id: id)"});
 }
 
 // Sets a statistics handler that calls `replace`, which replaces or removes the handler. Expects that the captures of

@@ -1,6 +1,7 @@
 // The library passes UTF-8 to Xerces as UTF-16 where possible. The errors must be the same as when
 // Xerces reads the UTF-8 itself.
 
+#include <cstring>
 #include <random>
 
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -33,8 +34,23 @@ struct FirstFault : xercesc::DefaultHandler {
     VString text;
 };
 
-VString ErrorOfPlainXerces(const std::string& bytes, bool isUtf8)
+// Adds the blank behind "<?xml" that Xerces needs to count the lines and to read the encoding.
+std::string WithBlank(std::string bytes)
 {
+    const std::size_t start = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+    const std::size_t place = start + std::strlen("<?xml");
+    if (bytes.compare(start, place - start, "<?xml") != 0 || place == bytes.size())
+        return bytes;
+    if (bytes[place] == '\t')
+        bytes[place] = ' ';
+    else if (bytes[place] == '\n' || bytes[place] == '\r')
+        bytes.insert(place, " ");
+    return bytes;
+}
+
+VString ErrorOfPlainXerces(const std::string& given, bool isUtf8)
+{
+    const std::string bytes = WithBlank(given);
     FirstFault handler;
     try {
         const std::unique_ptr<xercesc::SAX2XMLReader> reader(xercesc::XMLReaderFactory::createXMLReader());

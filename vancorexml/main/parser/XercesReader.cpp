@@ -1,7 +1,13 @@
 #include "vancorexml/main/parser/XercesReader.h"
 
+#include <cstring>
+#include <string_view>
+#include <utility>
+
 #include <xercesc/framework/XMLGrammarPoolImpl.hpp>
 #include <xercesc/util/StringPool.hpp>
+
+#include "vancorexml/main/parser/DeclarationBlank.h"
 
 namespace {
 
@@ -70,18 +76,37 @@ private:
     ReaderNamespaces m_namespaces;
 };
 
-// Reads from another stream.
+// Reads from another stream. Adds the blank that Xerces expects in an XML declaration.
 class ReaderStream final : public xercesc::BinInputStream {
 public:
     explicit ReaderStream(xercesc::BinInputStream& stream) noexcept : m_stream(stream) {}
 
     XMLFilePos curPos() const override { return m_stream.curPos(); }
-    XMLSize_t readBytes(XMLByte* bytes, XMLSize_t most) override { return m_stream.readBytes(bytes, most); }
+    XMLSize_t readBytes(XMLByte* bytes, XMLSize_t most) override
+    {
+        if (std::exchange(m_isAtStart, false) && most > DeclarationBlank::LongestBlank + DeclarationBlank::StartLength)
+            return ReadStart(bytes, most);
+        return m_stream.readBytes(bytes, most);
+    }
     const XMLCh* getContentType() const override { return m_stream.getContentType(); }
     const XMLCh* getEncoding() const override { return m_stream.getEncoding(); }
 
 private:
+    XMLSize_t ReadStart(XMLByte* bytes, XMLSize_t most)
+    {
+        const XMLSize_t count = m_stream.readBytes(bytes, most - DeclarationBlank::LongestBlank);
+        const DeclarationBlank missing(std::string_view(reinterpret_cast<const char*>(bytes), count));
+        if (!missing.IsMissing())
+            return count;
+        const XMLSize_t inserted = missing.Blank().size() - missing.ReplacedLength();
+        XMLByte* const place = bytes + missing.Offset();
+        std::memmove(place + inserted, place, count - missing.Offset());
+        std::memcpy(place, missing.Blank().data(), missing.Blank().size());
+        return count + inserted;
+    }
+
     xercesc::BinInputStream& m_stream;
+    bool m_isAtStart = true;
 };
 
 }  // namespace

@@ -15,6 +15,7 @@
 
 #include "vancoreplatform/VFormatString.h"
 #include "vancorexml/main/parser/ColonRewriting.h"
+#include "vancorexml/main/parser/DeclarationBlank.h"
 #include "vancorexml/main/parser/EntityDeclaration.h"
 #include "vancorexml/main/parser/EntityExpansionGuard.h"
 #include "vancorexml/main/parser/NulFinder.h"
@@ -406,8 +407,9 @@ xercesc::InputSource* XercesXMLHandler::resolveEntity(xercesc::XMLResourceIdenti
     const std::optional<FoundSchema> schema = m_builder->FindSchema(resource->getBaseURI(), resource->getSystemId());
     if (!schema)
         return nullptr;
-    const std::string text = schema->text.toStdString();
-
+    std::string text = schema->text.toStdString();
+    if (const DeclarationBlank missing(text); missing.IsMissing())
+        text.replace(missing.Offset(), missing.ReplacedLength(), missing.Blank());
     auto bytes = std::make_unique<XMLByte[]>(text.size() + 1);
     std::memcpy(bytes.get(), text.data(), text.size());
     auto source = std::make_unique<xercesc::MemBufInputSource>(
