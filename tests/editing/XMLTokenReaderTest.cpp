@@ -126,6 +126,16 @@ TEST(XMLTokenReaderTest, FindsTheEndOfTheDocumentType)
     }
 }
 
+TEST(XMLTokenReaderTest, DeclarationEndsBehindItsQuotes)
+{
+    EXPECT_EQ(ReadTokens("<?xml version='1.0?>' encoding = \"UTF-8\" ?><a/>")[0].text,
+        "<?xml version='1.0?>' encoding = \"UTF-8\" ?>");
+    EXPECT_EQ(ReadTokens("<?xml version='1.0?><a b='?>'/>")[0].text, "<?xml version='1.0?><a b='?>");
+    EXPECT_EQ(ReadTokens("<?xml version='1.0?><a/>")[0].text, "<?xml version='1.0?>");
+    EXPECT_EQ(ReadTokens("<?xml?><a/>")[0].text, "<?xml?>");
+    EXPECT_EQ(ReadTokens("<?xml version?><a b='?>'/>")[0].text, "<?xml version?>");
+}
+
 TEST(XMLTokenReaderTest, RecognizesOnlyTheFirstMarkupAsDeclaration)
 {
     EXPECT_EQ(ReadTokens("<?xml version='1.0'?><a/>")[0].kind, Kind::Declaration);

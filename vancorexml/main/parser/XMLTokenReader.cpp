@@ -98,6 +98,21 @@ std::size_t XMLTokenReader::FindDocumentTypeEnd(std::size_t from) const noexcept
     return m_text.size();
 }
 
+// Xerces accepts a version that begins with "1.", whatever follows inside the quotes. So a "?>" inside quotes ends the
+// declaration only if the declaration is not well-formed otherwise.
+std::size_t XMLTokenReader::FindDeclarationEnd(std::size_t start) const noexcept
+{
+    XMLToken token;
+    token.text = m_text.substr(start);
+    XMLAttributeReader reader(token);
+    XMLAttributeToken part;
+    std::string_view rest;
+    while (reader.Next(part))
+        rest = m_text.substr(OffsetOf(part.text) + part.text.size());
+    SkipWhitespace(rest);
+    return rest.starts_with("?>") ? OffsetOf(rest) + 2 : FindEnd("?>", start + 2);
+}
+
 bool XMLTokenReader::Next(XMLToken& token) noexcept
 {
     if (m_position == m_text.size())
@@ -127,7 +142,7 @@ bool XMLTokenReader::Next(XMLToken& token) noexcept
     } else if (rest.starts_with("<?")) {
         const bool isDeclaration = isFirstMarkup && ReadName(rest.substr(2)) == "xml";
         token.kind = isDeclaration ? XMLToken::Kind::Declaration : XMLToken::Kind::ProcessingInstruction;
-        m_position = FindEnd("?>", start + 2);
+        m_position = isDeclaration ? FindDeclarationEnd(start) : FindEnd("?>", start + 2);
     } else {
         token.kind = XMLToken::Kind::StartTag;
         token.name = ReadName(rest.substr(1));

@@ -51,6 +51,7 @@ private:
     std::size_t FindEnd(std::string_view terminator, std::size_t from) const noexcept;
     std::size_t FindTagEnd(std::size_t from) const noexcept;
     std::size_t FindDocumentTypeEnd(std::size_t from) const noexcept;
+    std::size_t FindDeclarationEnd(std::size_t start) const noexcept;
 
     std::string_view m_text;
     std::size_t m_position = 0;
