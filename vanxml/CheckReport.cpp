@@ -15,7 +15,8 @@
 
 namespace {
 
-// Throws ToolError if the file is an XML document, and no page of a report. Without this check, the forgotten name in
+// Throws ToolError if the file may be an XML document or is a page that no report wrote. Without this check, the
+// forgotten name in
 // "-o *.kxa" would cost the first document.
 void RefuseToReplaceDocument(const VString& name)
 {
@@ -31,7 +32,8 @@ void RefuseToReplaceDocument(const VString& name)
         start.remove_prefix(3);
     start.remove_prefix(std::min(start.find_first_not_of(" \t\r\n"), start.size()));
     if (isUtf16 || (start.starts_with('<') && !start.starts_with(HtmlPage::Start)))
-        throw ToolError("--output: the file '" + name.toStdString() + "' exists and is an XML document");
+        throw ToolError("--output: the file '" + name.toStdString() +
+            "' exists and may be a document; delete it or choose another name");
 }
 
 // Writes lines for people.

@@ -31,7 +31,7 @@ class CheckReport {
 public:
     // `format` is "text", "gcc", "json", "sarif" or "html"; the style is for "text". `file` is the name of the file to
     // write, or "-" for standard output. Without a file, messages for people go to standard error and all others to
-    // standard output. Throws VIO::Exception if the file cannot be written, and ToolError if it is an XML document.
+    // standard output. Throws VIO::Exception if it cannot be written, and ToolError if it may be a document.
     static std::unique_ptr<CheckReport> Create(
         const std::string& format, const TextStyle& style, const std::optional<std::string>& file = std::nullopt);
 

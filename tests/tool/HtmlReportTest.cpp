@@ -240,11 +240,13 @@ TEST_F(CheckOutputTest, MistakeKeepsTheOldFile)
 
 TEST_F(CheckOutputTest, DocumentIsNotReplaced)
 {
-    for (const std::string document : {"<a>", "\xEF\xBB\xBF \n<a/>", "<?xml version='1.0'?><a/>", "\xFF\xFE<"}) {
+    for (const std::string document :
+        {"<a>", "\xEF\xBB\xBF \n<a/>", "<?xml version='1.0'?><a/>", "\xFF\xFE<", "<!doctype html>"}) {
         m_folder.Write("first.xml", document);
         const ToolResult result = Check({"--format", "html", "-o", "first.xml", "good.xml"});
         EXPECT_EQ(result.status, 2);
-        EXPECT_EQ(result.errors, "vanxml: --output: the file 'first.xml' exists and is an XML document\n");
+        EXPECT_EQ(result.errors,
+            "vanxml: --output: the file 'first.xml' exists and may be a document; delete it or choose another name\n");
         EXPECT_EQ(Read("first.xml"), document);
     }
 }
