@@ -107,7 +107,7 @@ private:
     void ComparePair(std::uint32_t a, std::uint32_t b)
     {
         if (m_a.Node(a).IsText()) {
-            Add({a, 2, b}, {Kind::Changed, a, b, None, m_a.Node(a).value, m_b.Node(b).value});
+            Add({a, 2, b}, {Kind::Changed, a, b, None, m_a.Node(a).value, m_b.Node(b).value, 0});
             return;
         }
         CompareAttributes(a, b);
@@ -169,20 +169,10 @@ private:
 
     ChildAlignment Align(const Children& childrenA, const Children& childrenB) const
     {
-        using Repeats = ChildAlignment::Repeats;
         ChildAlignment alignment(childrenA.size(), childrenB.size());
         const auto content = [](const ComparedTree& tree, const Children& children) {
             return [&tree, &children](std::size_t place) { return std::uint64_t{tree.Node(children[place]).content}; };
         };
-        alignment.MatchEnds(content(m_a, childrenA), content(m_b, childrenB));
-        for (const auto& [placeA, placeB] :
-            alignment.Match(content(m_a, childrenA), content(m_b, childrenB), Repeats::Ignore)) {
-            // Equal elements that changed their order are found by FindMoves.
-            if (!m_a.Node(childrenA[placeA]).IsText())
-                alignment.Exclude(placeA, placeB);
-        }
-        alignment.Match(content(m_a, childrenA), content(m_b, childrenB), Repeats::Match);
-
         const auto unlessMoved = [this](const ComparedTree& tree, const Children& children, const auto& keyOf) {
             return [this, &tree, &children, keyOf](std::size_t place) {
                 return HasMoved(tree, children[place]) ? ChildAlignment::NoKey : keyOf(tree, children[place]);
@@ -195,10 +185,20 @@ private:
             return std::uint64_t{tree.Node(node).name};
         };
         const auto keyAttribute = [this](const ComparedTree& tree, std::uint32_t node) { return KeyOf(tree, node); };
-        alignment.Match(unlessMoved(m_a, childrenA, tag), unlessMoved(m_b, childrenB, tag), Repeats::Match);
-        alignment.Match(
-            unlessMoved(m_a, childrenA, keyAttribute), unlessMoved(m_b, childrenB, keyAttribute), Repeats::Match);
-        alignment.Match(unlessMoved(m_a, childrenA, name), unlessMoved(m_b, childrenB, name), Repeats::Match);
+        const ChildAlignment::Key contentA = content(m_a, childrenA);
+        const ChildAlignment::Key contentB = content(m_b, childrenB);
+        const ChildAlignment::Key identityA = unlessMoved(m_a, childrenA, keyAttribute);
+        const ChildAlignment::Key identityB = unlessMoved(m_b, childrenB, keyAttribute);
+        alignment.MatchEnds(contentA, contentB);
+        for (const ChildAlignment::Pair& pair : alignment.MatchUnique(contentA, contentB, identityA, identityB)) {
+            // Equal elements that changed their order are found by FindMoves.
+            if (contentA(pair.a) == contentB(pair.b) && !m_a.Node(childrenA[pair.a]).IsText())
+                alignment.Exclude(pair.a, pair.b);
+        }
+        alignment.Match(contentA, contentB);
+        alignment.Match(unlessMoved(m_a, childrenA, tag), unlessMoved(m_b, childrenB, tag));
+        alignment.Match(identityA, identityB);
+        alignment.Match(unlessMoved(m_a, childrenA, name), unlessMoved(m_b, childrenB, name));
         return alignment;
     }
 
@@ -311,7 +311,16 @@ private:
         };
         mark(m_hasMovedA, a, SizeOf(m_a, a));
         mark(m_hasMovedB, b, SizeOf(m_b, b));
-        Add({a, 0, b}, {Kind::Moved, a, b, None, None, None});
+        Add({a, 0, b}, {Kind::Moved, a, b, None, None, None, m_a.CountElementsIn(a)});
+    }
+
+    // Returns the number of elements inside a removed or added one that have not moved.
+    static std::uint32_t CountUnmoved(const ComparedTree& tree, std::uint32_t node, const std::vector<bool>& hasMoved)
+    {
+        std::uint32_t count = 0;
+        for (std::uint32_t inside = node + 1; inside < tree.Node(node).end; ++inside)
+            count += !hasMoved[inside] && !tree.Node(inside).IsText() ? 1u : 0u;
+        return count;
     }
 
     void AddUnmatched()
@@ -319,12 +328,25 @@ private:
         const auto valueOf = [](const ComparedNode& node) { return node.IsText() ? node.value : None; };
         for (const std::uint32_t node : m_removed) {
             if (!m_hasMovedA[node])
-                Add({node, 0, 0}, {Kind::Removed, node, None, None, valueOf(m_a.Node(node)), None});
+                Add({node, 0, 0},
+                    {Kind::Removed,
+                        node,
+                        None,
+                        None,
+                        valueOf(m_a.Node(node)),
+                        None,
+                        CountUnmoved(m_a, node, m_hasMovedA)});
         }
         for (const AddedNode& added : m_added) {
             if (!m_hasMovedB[added.node])
                 Add({added.placeInA, 1, added.node},
-                    {Kind::Added, None, added.node, None, None, valueOf(m_b.Node(added.node))});
+                    {Kind::Added,
+                        None,
+                        added.node,
+                        None,
+                        None,
+                        valueOf(m_b.Node(added.node)),
+                        CountUnmoved(m_b, added.node, m_hasMovedB)});
         }
     }
 

@@ -27,6 +27,7 @@ struct TreeDifference {
     std::uint32_t attribute = None;  // the number of the attribute's name; None for an element or a text
     std::uint32_t valueA = None;     // the numbers of the values of an attribute or text
     std::uint32_t valueB = None;
+    std::uint32_t elements = 0;  // inside a moved element; inside a removed or added one, those that have not moved
 };
 
 // Finds the differences between two trees that use the same ContentTable. There is none if and only if the trees are
@@ -40,12 +41,16 @@ struct TreeDifference {
 // Of these pairs, a pass keeps the largest number that do not cross each other.
 //
 // 1. Equal children at the start and at the end of both lists.
-// 2. The key is the content, and only for contents that are exactly once in the part of each list. Elements of pairs
-//    that are not kept have changed their order, so they take no part in further passes.
+// 2. The key is the content, or for elements the name with the first of the attributes id, xml:id, name and key that
+// the
+//    element has. Only keys that are exactly once in the part of each list. A pair that is not equal counts twice:
+//    without it, an element is removed and another added, but an equal one has only moved. Equal elements of pairs that
+//    are not kept have changed their order, so they take no part in further passes.
 // 3. The key is the content.
 // 4. The key is the name with all attributes. From here on, an element of three or more parts (elements, texts and
-//    attributes, itself included) that is exactly once in each document takes no part: it has moved.
-// 5. The key is the name with the first of the attributes id, xml:id, name and key that the element has.
+//    attributes, itself included) that is exactly once in each document takes no part: it has moved. In pass 2, it has
+//    no key but its content.
+// 5. The key is the name with the identifying attribute, as in pass 2.
 // 6. The key is the name. All texts have the same name.
 //
 // Elements that no pass has matched are removed or added, unless they have moved. An element has moved if it is equal
@@ -57,7 +62,8 @@ struct TreeDifference {
 //   needs at least three parts, because small elements such as <b>1</b> are often equal by chance. The largest elements
 //   are matched first, and equal ones in their order.
 //
-// The result is in the order of A, with added nodes behind the node that they follow. The attributes of an element are
+// The result is in the order of A. An added node comes behind the last sibling in front of it in B that has neither
+// moved nor been added; without one, it comes in front of all children of its parent. The attributes of an element are
 // in the order of its tag in A, and then those that are only in B in the order of B.
 //
 // Cost: O(n log n) for n nodes and attributes. The call stack does not grow with the depth of the documents.

@@ -380,7 +380,7 @@ TEST(TreeDiffRandomTest, TheDifferencesTurnOneDocumentIntoTheOther)
     EXPECT_GT(equal, 200u);
     EXPECT_LT(equal, 700u);
     for (const Kind kind : {Kind::Changed, Kind::Removed, Kind::Added, Kind::Moved})
-        EXPECT_GT(kinds[kind], 200u) << static_cast<int>(kind);
+        EXPECT_GT(kinds[kind], 150u) << static_cast<int>(kind);
 }
 
 TEST(TreeDiffRandomTest, UnrelatedDocumentsAreComparedCorrectly)

@@ -53,6 +53,56 @@ TEST(TreeDiffTest, ElementsWithTheSameIdentifierCorrespond)
         "added /a/b[1], changed /a/b[1]/@v, changed /a/b[2]/@v");
 }
 
+TEST(TreeDiffTest, AChangedElementWithAnIdentifierIsKeptIfAnEqualOneCrossesIt)
+{
+    EXPECT_EQ(DescribeDifferences("<a><s id='1'>x</s><b/></a>", "<a><b/><s id='1'>y</s></a>"),
+        "changed /a/s/text(), moved /a/b to /a/b");
+    EXPECT_EQ(DescribeDifferences("<a><b/><s id='1'>x</s></a>", "<a><s id='1'>y</s><b/></a>"),
+        "moved /a/b to /a/b, changed /a/s/text()");
+    EXPECT_EQ(DescribeDifferences("<a><s id='1'>x</s><s id='2'>x</s><n>z</n><s id='3'>x</s></a>",
+                  "<a><n>z</n><s id='1'>y</s><s id='2'>y</s><s id='3'>y</s></a>"),
+        "changed /a/s[1]/text(), changed /a/s[2]/text(), moved /a/n to /a/n, changed /a/s[3]/text()");
+    // Which one of these has moved is open. The equal one can be told as moved.
+    EXPECT_EQ(DescribeDifferences("<a><s id='1'>x</s><s id='2'>x</s></a>", "<a><s id='2'>x</s><s id='1'>y</s></a>"),
+        "changed /a/s[1]/text(), moved /a/s[2] to /a/s[1]");
+}
+
+TEST(TreeDiffTest, AnElementThatHasMovedAndChangedIsRemovedAndAdded)
+{
+    EXPECT_EQ(DescribeDifferences("<a><s id='1'>x</s><b/><c/><d/></a>", "<a><b/><c/><d/><s id='1'>y</s></a>"),
+        "removed /a/s, added /a/s");
+    EXPECT_EQ(DescribeDifferences("<a><s id='1'>x</s><s id='2'>x</s><s id='3'>x</s></a>",
+                  "<a><s id='2'>y</s><s id='3'>y</s><s id='1'>y</s></a>"),
+        "removed /a/s[1], changed /a/s[2]/text(), changed /a/s[3]/text(), added /a/s[3]");
+    EXPECT_EQ(DescribeDifferences("<a><s id='1'>x</s><b/><c/><d/></a>", "<a><b/><c/><d/><s id='1'>x</s></a>"),
+        "moved /a/s to /a/s");
+}
+
+TEST(TreeDiffTest, AnElementThatHasMovedAwayDoesNotKeepItsIdentifier)
+{
+    EXPECT_EQ(DescribeDifferences(
+                  "<a><s id='1'><t/>x</s><b/><p/></a>", "<a><b/><s id='1'>y</s><p><s id='1'><t/>x</s></p></a>"),
+        "moved /a/s to /a/p/s, added /a/s");
+}
+
+TEST(TreeDiffTest, AnAddedNodeComesBehindTheSiblingThatStays)
+{
+    // <d> has moved, so <n> comes behind <b>, and not behind <d>.
+    EXPECT_EQ(DescribeDifferences("<a><b/><c/><e/><d/></a>", "<a><b/><d/><n/><c/><e/></a>"),
+        "added /a/n, moved /a/d to /a/d");
+}
+
+TEST(TreeDiffTest, TheElementsInsideARemovedOneCountOnlyIfTheyHaveNotMoved)
+{
+    const TreeComparison comparison(
+        "<a><w><d x='1'>t<f/></d><e/><e/></w><c/></a>", "<a><c/><v><d x='1'>t<f/></d></v></a>");
+    ASSERT_EQ(comparison.Describe(), "removed /a/w, moved /a/w/d to /a/v/d, added /a/v");
+    std::vector<std::uint32_t> elements;
+    for (const TreeDifference& each : comparison.differences)
+        elements.push_back(each.elements);
+    EXPECT_EQ(elements, (std::vector<std::uint32_t>{2, 1, 0}));
+}
+
 TEST(TreeDiffTest, AnElementWithoutAttributesAndContentMovesOnlyWithinItsParent)
 {
     EXPECT_EQ(
@@ -140,12 +190,16 @@ TEST(TreeDiffTest, HostileDocumentsTakeNearlyLinearTime)
     std::string reverse;
     std::string forward;
     std::string same;
+    std::string keys;
+    std::string otherKeys;
     std::string deepA;
     std::string deepB;
     for (int i = 0; i < count; ++i) {
         forward += "<b x='" + std::to_string(i) + "'/>";
         reverse += "<b x='" + std::to_string(count - i) + "'/>";
         same += "<b/>";
+        keys += "<b id='" + std::to_string(i) + "' v='1'/>";
+        otherKeys += "<b id='" + std::to_string(count - i) + "' v='2'/>";
         deepA += "<d x='1'>";
         deepB += "<d x='2'>";
     }
@@ -155,5 +209,6 @@ TEST(TreeDiffTest, HostileDocumentsTakeNearlyLinearTime)
     const testsupport::CpuTimeLimit limit(20);
     EXPECT_EQ(TreeComparison("<a>" + forward + "</a>", "<a>" + reverse + "</a>").differences.size(), 99999u);
     EXPECT_EQ(DescribeDifferences("<a>" + same + "<b/></a>", "<a>" + same + "</a>"), "removed /a/b[100001]");
+    EXPECT_EQ(TreeComparison("<a>" + keys + "</a>", "<a>" + otherKeys + "</a>").differences.size(), 199999u);
     EXPECT_EQ(TreeComparison(deepA + end, deepB + end).differences.size(), 100000u);
 }
