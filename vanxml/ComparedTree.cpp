@@ -171,8 +171,10 @@ void ComparedTree::NumberSiblings()
         elements += node.IsText() ? 0u : 1u;
         node.elements = elements;
         children.clear();
-        for (std::uint32_t child = i + 1; child < node.end; child = m_nodes[child].end)
+        for (std::uint32_t child = i + 1; child < node.end; child = m_nodes[child].end) {
             children.emplace_back(m_nodes[child].name, child);
+            m_nodes[child].child = static_cast<std::uint32_t>(children.size());
+        }
         std::sort(children.begin(), children.end());
         for (std::size_t first = 0; first < children.size();) {
             std::size_t end = first;

@@ -24,6 +24,14 @@ std::string Quote(const VString& value)
     return "\"" + EscapeControlCharacters(value.toStdString()) + "\"";
 }
 
+// Tells how many elements are inside an element.
+std::string DescribeSize(std::uint32_t elements)
+{
+    if (elements == 0)
+        return std::string();
+    return " with " + std::to_string(elements) + (elements == 1 ? " element" : " elements");
+}
+
 }  // namespace
 
 std::string DiffReport::Format(const TreeDifference& difference) const
@@ -37,15 +45,19 @@ std::string DiffReport::Format(const TreeDifference& difference) const
     if (difference.a == None || difference.kind == Kind::Moved)
         text += EscapeControlCharacters(m_b.PathOf(difference.b, difference.attribute));
     if (isElement)
-        text += DescribeSize(difference.a != None ? m_a : m_b, difference.a != None ? difference.a : difference.b);
+        text += DescribeSize(difference.elements);
     text += "\n";
-    const auto detail = [&](std::uint32_t value, TextStyle::Part part) {
+    const auto detail = [&](const ComparedNode& node, std::uint32_t value, TextStyle::Part part) {
+        if (difference.kind == Kind::Moved)
+            return ": child " + std::to_string(node.child);
         return value == None ? std::string() : ": " + m_style.Paint(part, Quote(m_table.ClippedText(value)));
     };
     if (difference.a != None && (isElement || difference.valueA != None))
-        text += FormatPlace(m_a, difference.a, detail(difference.valueA, TextStyle::Part::Removed));
+        text +=
+            FormatPlace(m_a, difference.a, detail(m_a.Node(difference.a), difference.valueA, TextStyle::Part::Removed));
     if (difference.b != None && (isElement || difference.valueB != None))
-        text += FormatPlace(m_b, difference.b, detail(difference.valueB, TextStyle::Part::Added));
+        text +=
+            FormatPlace(m_b, difference.b, detail(m_b.Node(difference.b), difference.valueB, TextStyle::Part::Added));
     return text;
 }
 
@@ -54,15 +66,6 @@ std::string DiffReport::FormatPlace(const ComparedTree& tree, std::uint32_t node
     const SourcePosition place = tree.PlaceOf(node);
     return "    " + EscapeControlCharacters(tree.Name().toStdString()) + ":" + std::to_string(place.line) + ":" +
         std::to_string(place.column) + detail + "\n";
-}
-
-// Tells how many elements are inside an element.
-std::string DiffReport::DescribeSize(const ComparedTree& tree, std::uint32_t node) const
-{
-    const std::uint32_t elements = tree.CountElementsIn(node);
-    if (elements == 0)
-        return std::string();
-    return " with " + std::to_string(elements) + (elements == 1 ? " element" : " elements");
 }
 
 std::string DiffReport::FormatJson(const TreeDifference& difference) const
@@ -91,6 +94,9 @@ void DiffReport::AppendSide(std::string& json,
     AppendJsonString(json, tree.Name().toStdString());
     json += ",\"line\":" + std::to_string(place.line) + ",\"column\":" + std::to_string(place.column);
     json += ",\"element\":" + std::to_string(tree.ElementNumberOf(node));
+    const bool isElement = difference.attribute == None && !tree.Node(node).IsText();
+    if (isElement)
+        json += ",\"child\":" + std::to_string(tree.Node(node).child);
     if (!tree.Node(node).IsText()) {
         const std::uint32_t name = difference.attribute != None ? difference.attribute : tree.Node(node).name;
         json += ",\"name\":";

@@ -23,7 +23,8 @@ public:
     {}
 
     // Returns the kind of the difference and its path, and one line for each of its places. Clips long values and
-    // paths, so the size of the result does not depend on the depth and the names of the documents.
+    // paths, so the size of the result does not depend on the depth and the names of the documents. The places of a
+    // moved element end with its number among all elements and texts of its parent, such as ": child 2".
     //
     //     changed /shop/item[2]/@price
     //         a.xml:3:25: "2"
@@ -39,7 +40,6 @@ public:
 
 private:
     std::string FormatPlace(const ComparedTree& tree, std::uint32_t node, const std::string& detail) const;
-    std::string DescribeSize(const ComparedTree& tree, std::uint32_t node) const;
     void AppendSide(std::string& json,
         const char* side,
         const ComparedTree& tree,

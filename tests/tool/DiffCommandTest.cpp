@@ -71,9 +71,9 @@ TEST(DiffCommandTest, PrintsPathsPlacesAndValues)
         "    a.xml:2:26: \"2\"\n"
         "    b.xml:2:26: \"4\"\n"
         "moved /shop/item[2] to /shop/shelf/item with 1 element\n"
-        "    a.xml:3:26\n"
-        "    b.xml:3:33\n"
-        "added /shop/shelf with 2 elements\n"
+        "    a.xml:3:26: child 2\n"
+        "    b.xml:3:33: child 1\n"
+        "added /shop/shelf\n"
         "    b.xml:3:10\n"
         "removed /shop/closed\n"
         "    a.xml:4:12\n"
@@ -94,8 +94,37 @@ TEST(DiffCommandTest, JsonHasOneObjectForEachDifference)
         R"json("b":{"file":"b.xml","line":1,"column":4,"element":1,"path":"/a/text()","value":"y"}})json";
     const std::string added =
         R"json({"type":"added","what":"element",)json"
-        R"json("b":{"file":"b.xml","line":1,"column":9,"element":2,"name":"c","path":"/a/c"}})json";
+        R"json("b":{"file":"b.xml","line":1,"column":9,"element":2,"child":2,"name":"c","path":"/a/c"}})json";
     EXPECT_EQ(result.output, removed + "\n" + changed + "\n" + added + "\n");
+}
+
+TEST(DiffCommandTest, MovesTellThePlaceAmongTheSiblings)
+{
+    const TemporaryFolder folder;
+    const std::string before = "<r>\n<a/>\n<b/>\n<c/>\n</r>";
+    const std::string after = "<r>\n<b/><!--x-->\n<c/>\n<a/></r>";
+    EXPECT_THAT(RunDiff(folder, before, after).output,
+        StartsWith("moved /r/a to /r/a\n    a.xml:2:5: child 1\n    b.xml:4:5: child 3\n"));
+    const ToolResult json = RunDiff(folder, before, after, {"--json"});
+    EXPECT_THAT(json.output, HasSubstr(R"("element":2,"child":1,"name":"a")"));
+    EXPECT_THAT(json.output, HasSubstr(R"("element":4,"child":3,"name":"a")"));
+    // Texts count, and the document element is the only child.
+    EXPECT_THAT(RunDiff(folder, "<r>x<a/></r>", "<r>x</r>", {"--json"}).output, HasSubstr(R"("child":2,)"));
+    EXPECT_THAT(RunDiff(folder, "<r/>", "<s/>", {"--json"}).output, HasSubstr(R"("child":1,"name":"s")"));
+}
+
+TEST(DiffCommandTest, PlacesInEntitiesAreBehindTheReference)
+{
+    const TemporaryFolder folder;
+    const std::string type = "<!DOCTYPE a [<!ENTITY e '<b>1</b><c/>'>]>\n";
+    const ToolResult result = RunDiff(folder, type + "<a>\n &e;\n</a>", "<a>\n <b>2</b>\n</a>");
+    EXPECT_EQ(result.output,
+        "changed /a/b/text()\n"
+        "    a.xml:3:5: \"1\"\n"
+        "    b.xml:2:5: \"2\"\n"
+        "removed /a/c\n"
+        "    a.xml:3:5\n"
+        "2 differences: 1 changed, 1 removed\n");
 }
 
 TEST(DiffCommandTest, LongValuesAreClippedAndEscaped)
