@@ -15,9 +15,8 @@
 
 namespace {
 
-// Throws ToolError if the file may be an XML document or is a page that no report wrote. Without this check, the
-// forgotten name in
-// "-o *.kxa" would cost the first document.
+// Throws ToolError if the file may be a document: it begins with "<" or is in UTF-16, and is no page of a report.
+// Without this check, the forgotten name in "-o *.kxa" would cost the first document.
 void RefuseToReplaceDocument(const VString& name)
 {
     const std::filesystem::path path(name.View());
