@@ -327,26 +327,17 @@ private:
     {
         const auto valueOf = [](const ComparedNode& node) { return node.IsText() ? node.value : None; };
         for (const std::uint32_t node : m_removed) {
-            if (!m_hasMovedA[node])
-                Add({node, 0, 0},
-                    {Kind::Removed,
-                        node,
-                        None,
-                        None,
-                        valueOf(m_a.Node(node)),
-                        None,
-                        CountUnmoved(m_a, node, m_hasMovedA)});
+            if (m_hasMovedA[node])
+                continue;
+            const std::uint32_t elements = CountUnmoved(m_a, node, m_hasMovedA);
+            Add({node, 0, 0}, {Kind::Removed, node, None, None, valueOf(m_a.Node(node)), None, elements});
         }
         for (const AddedNode& added : m_added) {
-            if (!m_hasMovedB[added.node])
-                Add({added.placeInA, 1, added.node},
-                    {Kind::Added,
-                        None,
-                        added.node,
-                        None,
-                        None,
-                        valueOf(m_b.Node(added.node)),
-                        CountUnmoved(m_b, added.node, m_hasMovedB)});
+            if (m_hasMovedB[added.node])
+                continue;
+            const std::uint32_t elements = CountUnmoved(m_b, added.node, m_hasMovedB);
+            Add({added.placeInA, 1, added.node},
+                {Kind::Added, None, added.node, None, None, valueOf(m_b.Node(added.node)), elements});
         }
     }
 
