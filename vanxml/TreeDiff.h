@@ -42,10 +42,9 @@ struct TreeDifference {
 //
 // 1. Equal children at the start and at the end of both lists.
 // 2. The key is the content, or for elements the name with the first of the attributes id, xml:id, name and key that
-// the
-//    element has. Only keys that are exactly once in the part of each list. A pair that is not equal counts twice:
-//    without it, an element is removed and another added, but an equal one has only moved. Equal elements of pairs that
-//    are not kept have changed their order, so they take no part in further passes.
+//    is there. Only keys that are exactly once in the part of each list. A pair that is not equal counts twice: without
+//    it, an element is removed and another added, but an equal one has only moved. Equal elements of pairs that are not
+//    kept have changed their order, so they take no part in further passes.
 // 3. The key is the content.
 // 4. The key is the name with all attributes. From here on, an element of three or more parts (elements, texts and
 //    attributes, itself included) that is exactly once in each document takes no part: it has moved. In pass 2, it has
