@@ -22,8 +22,10 @@ bool DOMElement::HasRemovedChildren() const
 
 ElementLinks& DOMElement::GetLinks() const
 {
+    // Initialises the members. make_unique would also clear all of the memory first, a tenth of the time to add and
+    // remove a child (115 → 104 ns).
     if (!m_links)
-        m_links = std::make_unique<ElementLinks>();
+        m_links = std::make_unique_for_overwrite<ElementLinks>();
     return *m_links;
 }
 
