@@ -15,8 +15,9 @@
 
 namespace {
 
-// Throws ToolError if the file may be a document: it begins with "<" or is in UTF-16, and is no page of a report.
-// Without this check, the forgotten name in "-o *.kxa" would cost the first document.
+// Throws ToolError if the file may be a document and is no page of a report. Without this check, the forgotten name in
+// "-o *.kxa" would cost the first document. A document begins with "<", perhaps behind white space, or has NUL bytes at
+// its start (UTF-16 or UTF-32).
 void RefuseToReplaceDocument(const VString& name)
 {
     const std::filesystem::path path(name.View());
@@ -26,11 +27,14 @@ void RefuseToReplaceDocument(const VString& name)
     file.OpenForReading();
     char bytes[128] = {};
     std::string_view start(bytes, file.Read(bytes, sizeof bytes));
-    const bool isUtf16 = start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF");
+    const bool isWide =
+        start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF") || start.find('\0') != std::string_view::npos;
     if (start.starts_with("\xEF\xBB\xBF"))
         start.remove_prefix(3);
+    const bool isLong = start.size() == sizeof bytes;
     start.remove_prefix(std::min(start.find_first_not_of(" \t\r\n"), start.size()));
-    if (isUtf16 || (start.starts_with('<') && !start.starts_with(HtmlPage::Start)))
+    const bool hasMoreBlanks = isLong && start.empty();
+    if (isWide || hasMoreBlanks || (start.starts_with('<') && !start.starts_with(HtmlPage::Start)))
         throw ToolError("--output: the file '" + name.toStdString() +
             "' exists and may be a document; delete it or choose another name");
 }

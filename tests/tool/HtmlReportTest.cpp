@@ -240,8 +240,15 @@ TEST_F(CheckOutputTest, MistakeKeepsTheOldFile)
 
 TEST_F(CheckOutputTest, DocumentIsNotReplaced)
 {
-    for (const std::string document :
-        {"<a>", "\xEF\xBB\xBF \n<a/>", "<?xml version='1.0'?><a/>", "\xFF\xFE<", "<!doctype html>"}) {
+    using namespace std::string_literals;
+    for (const std::string& document : {"<a>"s,
+             "\xEF\xBB\xBF \n<a/>"s,
+             "<?xml version='1.0'?><a/>"s,
+             "\xFF\xFE<"s,
+             "\0<\0?"s,
+             "<\0\0\0"s,
+             std::string(128, ' ') + "<a/>",
+             "<!doctype html>"s}) {
         m_folder.Write("first.xml", document);
         const ToolResult result = Check({"--format", "html", "-o", "first.xml", "good.xml"});
         EXPECT_EQ(result.status, 2);
