@@ -383,6 +383,11 @@ TEST(SyntaxFaultFinderTest, DescribesXmlDeclarations)
             R"(<?xml version="1.0?><a/>)",
             "bad-declaration at 6 [version=\"1.0?]\n"
             R"(the value of 'version' in the XML declaration has no closing quote; write version="1.0")"},
+        {"a fault behind a version with the end of an instruction",
+            "<?xml version='1.0?>' encoding='UTF 8'?><a/>",
+            "unknown-encoding at 32 [UTF 8]\n"
+            "'UTF 8' is not the name of an encoding; write for example encoding=\"UTF-8\"\n"
+            "value: UTF 8"},
         {"unknown version",
             R"(<?xml version="2.0"?><a/>)",
             "bad-declaration at 15 [2.0]\n"

@@ -77,6 +77,15 @@ TEST(CheckCommandTest, PositionsReferToTheFileDespiteLeadingSpaceAndColonAttribu
     EXPECT_EQ(FirstLines(shifted), "-:4:" + FirstLines(plain).substr(std::string("-:1:").size()));
 }
 
+TEST(CheckCommandTest, WarnsOfWhiteSpaceInFrontOfEveryXmlDeclaration)
+{
+    for (const char blank : {' ', '\t', '\r', '\n'}) {
+        const ToolResult result = RunTool({"check", "-"}, std::string("\n <?xml") + blank + "version='1.0'?><a/>");
+        EXPECT_THAT(result.errors, StartsWith("-:2:2: warning: white space stands in front of the XML declaration"));
+    }
+    EXPECT_EQ(RunTool({"check", "-"}, "\n <?xml-stylesheet x?><a/>").errors, "");
+}
+
 TEST(CheckCommandTest, XmlVersionOfADocumentDoesNotAffectTheNext)
 {
     const TemporaryFolder folder;

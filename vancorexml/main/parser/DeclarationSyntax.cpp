@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "vancoreplatform/NearestName.h"
+#include "vancorexml/main/parser/XMLTokenReader.h"
 #include "vancorexml/main/parser/XMLUtils.h"
 
 namespace {
@@ -26,6 +28,7 @@ public:
 
 private:
     std::size_t ScanPart(std::size_t at);
+    std::size_t FindClosingQuote(std::size_t start, char quote) const;
     std::size_t CheckName(TextRange name);
     TextRange FindVersion(std::size_t at) const;
     std::size_t CheckValue(std::size_t part, TextRange value);
@@ -90,14 +93,32 @@ std::size_t DeclarationScanner::ScanPart(std::size_t at)
             "the value of " + m_text.Quote(name) + " in the XML declaration must stand in quotes; " + example);
     }
     const char quote = m_text.At(at);
-    while (at + 1 < m_text.Size() && m_text.At(at + 1) != quote && m_text.At(at + 1) != '<' && m_text.At(at + 1) != '>')
-        ++at;
-    ++at;
+    at = FindClosingQuote(start, quote);
     if (m_text.At(at) != quote) {
         return Fail({name.start, m_text.TrimEnd({name.start, at})},
             "the value of " + m_text.Quote(name) + " in the XML declaration has no closing quote; " + example);
     }
     return CheckValue(part, {start, at}) == Stop ? Stop : at + 1;
+}
+
+// `start` is behind the opening quote. Returns the offset of the closing one, or of the place where it should be: at
+// the first "<" or ">". But the parser accepts these inside a version, if the declaration goes on behind it.
+std::size_t DeclarationScanner::FindClosingQuote(std::size_t start, char quote) const
+{
+    const auto find = [&](std::string_view ends) {
+        std::size_t at = start;
+        while (at < m_text.Size() && ends.find(m_text.At(at)) == std::string_view::npos)
+            ++at;
+        return at;
+    };
+    const char ends[] = {quote, '<', '>'};
+    const std::size_t first = find({ends, std::size(ends)});
+    if (first == m_text.Size() || m_text.At(first) == quote)
+        return first;
+    const std::size_t closing = find({ends, 1});
+    XMLTokenReader reader(m_text.Get({m_start, m_text.Size()}));
+    XMLToken declaration;
+    return reader.Next(declaration) && m_start + declaration.text.size() > closing ? closing : first;
 }
 
 // Checks that the part is allowed here, and sets `m_next` behind it.

@@ -1,5 +1,7 @@
 #include "vancorexml/main/parser/DiagnosticPass.h"
 
+#include <string_view>
+
 #include "vancorexml/main/parser/DiagnosticReader.h"
 
 DiagnosticPass::DiagnosticPass(const XercesInputSource& source,
@@ -16,7 +18,11 @@ DiagnosticPass::DiagnosticPass(const XercesInputSource& source,
 
 bool DiagnosticPass::HasLateDeclaration(const XercesInputSource& source) noexcept
 {
-    return source.View().size() < source.Bytes()->size() && source.View().starts_with("<?xml ");
+    const std::string_view text = source.View();
+    constexpr std::string_view Start = "<?xml";
+    constexpr std::string_view Blanks = " \t\r\n";
+    return text.size() < source.Bytes()->size() && text.starts_with(Start) && text.size() > Start.size() &&
+        Blanks.find(text[Start.size()]) != std::string_view::npos;
 }
 
 std::vector<ParseDiagnostic> DiagnosticPass::Run()
