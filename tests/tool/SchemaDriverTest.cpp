@@ -67,6 +67,18 @@ TEST_F(SchemaDriverTest, ErrorOfAnIncludedSchemaNamesThatSchema)
     EXPECT_EQ(errors[0].sourceId, included);
 }
 
+TEST_F(SchemaDriverTest, LineEndInTheDeclarationOfAnIncludedSchemaCounts)
+{
+    const VString included = Write("b.xsd",
+        "<?xml\nversion='1.0'?>\n<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>\n"
+        "<xs:element name='a' type='none'/></xs:schema>");
+    const VString file = Write("a.xsd", schemaStart + "><xs:include schemaLocation='b.xsd'/></xs:schema>");
+    const std::vector<ParseDiagnostic> errors = ErrorsOf(file);
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0].sourceId, included);
+    EXPECT_EQ(errors[0].start.line, 4u);
+}
+
 TEST_F(SchemaDriverTest, FileThatIsNoSchemaIsNamedAsSuch)
 {
     const std::vector<ParseDiagnostic> errors = ErrorsOf(Write("a.xml", "<html/>"));

@@ -94,7 +94,15 @@ public:
 private:
     XMLSize_t ReadStart(XMLByte* bytes, XMLSize_t most)
     {
-        const XMLSize_t count = m_stream.readBytes(bytes, most - DeclarationBlank::LongestBlank);
+        const XMLSize_t room = most - DeclarationBlank::LongestBlank;
+        XMLSize_t count = 0;
+        // A read may return fewer bytes than the declaration has.
+        while (count < DeclarationBlank::StartLength) {
+            const XMLSize_t added = m_stream.readBytes(bytes + count, room - count);
+            if (added == 0)
+                break;
+            count += added;
+        }
         const DeclarationBlank missing(std::string_view(reinterpret_cast<const char*>(bytes), count));
         if (!missing.IsMissing())
             return count;
