@@ -38,12 +38,12 @@ struct TreeDifference {
 // Document elements of the same name correspond to each other. The children of two elements that correspond to each
 // other and are not equal are matched in passes. A pass matches children only between two children that earlier passes
 // have matched. Children of the same key make a pair: the first of A with the first of B, the second with the second.
-// Of these pairs, a pass keeps the largest number that do not cross each other.
+// Of these pairs, a pass keeps the heaviest set that do not cross each other. A pair weighs 1 unless said otherwise.
 //
 // 1. Equal children at the start and at the end of both lists.
 // 2. The key is the content, or for elements the name with the first of the attributes id, xml:id, name and key that
-//    is there. Only keys that are exactly once in the part of each list. A pair that is not equal counts twice: without
-//    it, an element is removed and another added, but an equal one has only moved. Equal elements of pairs that are not
+//    is there. Only keys that are exactly once in the part of each list. A pair that is not equal weighs 2: without it,
+//    an element is removed and another added, but most equal ones have only moved. Equal elements of pairs that are not
 //    kept have changed their order, so they take no part in further passes.
 // 3. The key is the content.
 // 4. The key is the name with all attributes. From here on, an element of three or more parts (elements, texts and

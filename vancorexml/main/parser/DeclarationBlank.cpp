@@ -15,7 +15,7 @@ struct Form {
 };
 
 constexpr Form Forms[] = {
-    {"\xFF\xFE\0\0"sv, " \0\0\0"sv, 0},  // in front of the mark that begins like it
+    {"\xFF\xFE\0\0"sv, " \0\0\0"sv, 0},  // must precede the mark FF FE
     {"\0\0\xFE\xFF"sv, "\0\0\0 "sv, 3},
     {"\xEF\xBB\xBF"sv, " "sv, 0},
     {"\xFF\xFE"sv, " \0"sv, 0},
