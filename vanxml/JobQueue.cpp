@@ -18,22 +18,19 @@ void AddJobsOption(CLI::App& command, unsigned& jobs)
         ->type_name("N");
 }
 
-std::size_t JobThreads::Start(unsigned jobs, std::size_t count, const std::function<void()>& run)
+void JobThreads::Start(unsigned jobs, std::size_t count, const std::function<void()>& run)
 {
     const std::size_t wanted = jobs > 0 ? jobs : std::max(1u, std::thread::hardware_concurrency());
     const std::size_t threads = std::min(wanted, count);
-    if (threads < 2)
-        return 0;
     m_threads.reserve(threads);
     try {
-        for (std::size_t i = 0; i < threads; ++i)
+        for (std::size_t i = 1; i < threads; ++i)
             m_threads.emplace_back(run);
     } catch (const std::system_error&) {
         // The system refuses to create more threads. The existing ones do all the work.
     } catch (const std::bad_alloc&) {
         // There is no memory for more threads.
     }
-    return m_threads.size();
 }
 
 void JobThreads::Join()

@@ -18,15 +18,14 @@ class App;
 // Adds the option --jobs, which sets `jobs`.
 void AddJobsOption(CLI::App& command, unsigned& jobs);
 
-// The threads of a JobQueue, without the type of its results.
+// The additional threads of a JobQueue, without the type of its results.
 //
 // Threads: one at a time.
 class JobThreads {
 public:
-    // Starts min(jobs, count) threads, each of which calls `run`. If `jobs` is 0, it is the number of the machine's
-    // cores. Starts none if one would be enough, and fewer if the system refuses to create more. Returns the number of
-    // threads.
-    std::size_t Start(unsigned jobs, std::size_t count, const std::function<void()>& run);
+    // Starts min(jobs, count) - 1 threads, each of which calls `run`. If `jobs` is 0, it is the number of the machine's
+    // cores. Starts fewer threads if the system refuses to create more.
+    void Start(unsigned jobs, std::size_t count, const std::function<void()>& run);
     void Join();
 
 private:
@@ -41,23 +40,25 @@ private:
 //
 // Ownership: owns the threads and the results. The destructor waits for the running jobs and starts no others.
 //
-// Threads: one thread creates the queue and calls WaitFor. If a single thread would be enough, the queue
-// creates none: WaitFor then runs the job itself.
+// Threads: one thread creates the queue and calls WaitFor. It is one of the threads that run jobs: while WaitFor has to
+// wait, it runs the next job. If it only waited, each result would have to wake it: the check of 5,000 small documents
+// with two jobs then needs 4,900 changes between threads and 8 % more CPU time.
 template <typename Result>
 class JobQueue {
 public:
     using Job = std::function<Result(std::size_t number)>;
     static constexpr std::size_t defaultMostWaiting = std::size_t{64} << 20;
 
-    // Each thread calls `makeJob` once, then the job for one number after the other. So a job may own data that is not
-    // thread-safe. `jobs` is the number of threads, 0 for the number of the machine's cores.
+    // Each thread calls `makeJob` at most once, then the job for one number after the other. So a job may own data that
+    // is not thread-safe. `jobs` is the number of threads, with the one that calls WaitFor. 0 stands for the number of
+    // the machine's cores.
     JobQueue(
         std::size_t count, unsigned jobs, std::function<Job()> makeJob, std::size_t mostWaiting = defaultMostWaiting)
         : m_makeJob(std::move(makeJob)),
           m_mostWaiting(mostWaiting),
           m_results(count)
     {
-        m_hasThreads = m_threads.Start(jobs, count, [this] { RunJobs(); }) > 0;
+        m_threads.Start(jobs, count, [this] { RunJobs(); });
     }
 
     ~JobQueue()
@@ -77,13 +78,14 @@ public:
     // ended a job, or the creation of one.
     Result WaitFor(std::size_t number)
     {
-        if (!m_hasThreads) {
-            if (!m_ownJob)
-                m_ownJob = m_makeJob();
-            return m_ownJob(number);
-        }
         std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [&] { return m_results[number] || m_failure; });
+        // Numbers are given out in order. So if no job may start, this one has been started.
+        while (!m_results[number] && !m_failure) {
+            if (!MayStart())
+                m_changed.wait(lock);
+            else
+                RunNext(lock, m_ownJob);
+        }
         if (!m_results[number])
             std::rethrow_exception(m_failure);
         Result result = std::move(*m_results[number]);
@@ -96,40 +98,46 @@ public:
 private:
     void RunJobs()
     {
-        try {
-            const Job job = m_makeJob();
-            while (const std::optional<std::size_t> number = NextNumber())
-                Finish(*number, job(*number));
-        } catch (...) {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_failure = std::current_exception();
-            m_changed.notify_all();
+        Job job;
+        std::unique_lock<std::mutex> lock(m_mutex);
+        for (;;) {
+            m_changed.wait(lock, [this] { return MayStart() || m_next == m_results.size(); });
+            if (m_next == m_results.size())
+                return;
+            RunNext(lock, job);
         }
     }
 
-    // Returns nothing if no job is left. Numbers are given out in order, so the next result that WaitFor returns is
-    // always finished or in progress: waiting here cannot block the queue.
-    std::optional<std::size_t> NextNumber()
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_waiting < m_mostWaiting || m_next == m_results.size(); });
-        if (m_next == m_results.size())
-            return std::nullopt;
-        return m_next++;
-    }
+    bool MayStart() const { return m_next < m_results.size() && m_waiting < m_mostWaiting; }
 
-    void Finish(std::size_t number, Result&& result)
+    // Runs the job for the next number without the lock. Makes the job first if it is empty.
+    void RunNext(std::unique_lock<std::mutex>& lock, Job& job)
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_results[number] = std::move(result);
-        m_waiting += m_results[number]->Size();
+        const std::size_t number = m_next++;
+        lock.unlock();
+        std::optional<Result> result;
+        std::exception_ptr failure;
+        try {
+            if (!job)
+                job = m_makeJob();
+            result = job(number);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        lock.lock();
+        if (failure) {
+            m_failure = failure;
+            m_next = m_results.size();
+        } else {
+            m_waiting += result->Size();
+            m_results[number] = std::move(result);
+        }
         m_changed.notify_all();
     }
 
     const std::function<Job()> m_makeJob;
     const std::size_t m_mostWaiting;
-    bool m_hasThreads = false;
-    Job m_ownJob;  // the job of the thread that calls WaitFor, if there are no other threads
+    Job m_ownJob;  // of the thread that calls WaitFor
 
     std::mutex m_mutex;
     std::condition_variable m_changed;

@@ -1,6 +1,7 @@
 #include "vanxml/JobQueue.h"
 
 #include <atomic>
+#include <barrier>
 #include <chrono>
 #include <memory>
 #include <stdexcept>
@@ -29,19 +30,33 @@ TEST(JobQueueTest, ReturnsTheResultsInOrder)
     }
 }
 
-TEST(JobQueueTest, MakesOneJobForEachThread)
+TEST(JobQueueTest, EachThreadMakesAndRunsItsJob)
 {
-    std::atomic<int> made{0};
-    const auto makeJob = [&]() -> Queue::Job {
-        ++made;
-        return [](std::size_t number) { return Number{number, 0}; };
-    };
-    {
-        Queue queue(3, 8, makeJob);
-        for (std::size_t number = 0; number < 3; ++number)
-            queue.WaitFor(number);
+    for (const unsigned jobs : {3u, 8u}) {
+        std::atomic<int> made{0};
+        std::barrier allRun(3);
+        const auto makeJob = [&]() -> Queue::Job {
+            ++made;
+            return [&](std::size_t number) {
+                allRun.arrive_and_wait();
+                return Number{number, 0};
+            };
+        };
+        {
+            Queue queue(3, jobs, makeJob);
+            for (std::size_t number = 0; number < 3; ++number)
+                queue.WaitFor(number);
+        }
+        EXPECT_EQ(made, 3);
     }
-    EXPECT_EQ(made, 3);
+}
+
+TEST(JobQueueTest, OneThreadRunsEachJobWhenItsResultIsNeeded)
+{
+    std::size_t started = 0;
+    Queue queue(3, 1, [&] { return [&](std::size_t number) { return Number{number, ++started}; }; });
+    for (std::size_t number = 0; number < 3; ++number)
+        EXPECT_EQ(queue.WaitFor(number).size, number + 1);
 }
 
 TEST(JobQueueTest, StartsNoJobWhileTooManyResultsWait)
