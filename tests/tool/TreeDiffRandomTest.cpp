@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <set>
 
 #include "tests/tool/TreeComparison.h"
 
@@ -271,6 +272,8 @@ void ExpectNodeAtPlace(const TreeComparison& comparison,
     if (isElement(plain[node])) {
         EXPECT_EQ(tree.ElementNumberOf(node), std::count_if(plain.begin(), plain.begin() + node + 1, isElement));
     }
+    const std::uint32_t parent = tree.Node(node).parent;
+    EXPECT_EQ(&expected, parent == None ? plain[0] : &plain[parent]->children.at(tree.Node(node).child - 1));
     const std::string found = value == None ? "" : comparison.Text(value);
     if (attribute == None) {
         EXPECT_EQ(found, expected.text);
@@ -335,6 +338,31 @@ void ExpectDifferencesComplete(const TreeComparison& comparison,
     }
 }
 
+// Returns the number of elements inside the node, but not inside a moved element if the node itself has not moved.
+std::size_t CountElements(const TreeComparison& comparison,
+    const ComparedTree& tree,
+    const std::vector<const PlainNode*>& plain,
+    const TreeDifference& difference,
+    std::uint32_t TreeDifference::*side)
+{
+    std::set<std::uint32_t> moved;
+    for (const TreeDifference& each : comparison.differences) {
+        if (each.kind == Kind::Moved && difference.kind != Kind::Moved)
+            moved.insert(each.*side);
+    }
+    std::size_t count = 0;
+    const std::uint32_t node = difference.*side;
+    for (std::uint32_t inside = node + 1; inside < tree.Node(node).end;) {
+        if (moved.count(inside) != 0) {
+            inside = tree.Node(inside).end;
+            continue;
+        }
+        count += plain[inside]->name.empty() ? 0u : 1u;
+        ++inside;
+    }
+    return count;
+}
+
 // Expects that the differences between two documents are correct. Returns true if there are none.
 bool CheckPair(const std::string& textA, const std::string& textB, std::map<Kind, std::size_t>& kinds)
 {
@@ -357,6 +385,11 @@ bool CheckPair(const std::string& textA, const std::string& textB, std::map<Kind
         if (each.kind == Kind::Moved) {
             EXPECT_EQ(*plainA[each.a], *plainB[each.b]);
         }
+        const bool isInA = each.a != None;
+        EXPECT_EQ(each.elements,
+            each.attribute != None || each.kind == Kind::Changed ? 0u
+                : isInA ? CountElements(comparison, comparison.a, plainA, each, &TreeDifference::a)
+                        : CountElements(comparison, comparison.b, plainB, each, &TreeDifference::b));
     }
     ExpectDifferencesComplete(comparison, plainA, plainB);
     return comparison.differences.empty();
