@@ -52,8 +52,13 @@ FORMS = {
     "general entity in an attribute": "<!DOCTYPE a [<!ENTITY e SYSTEM '{id}'>]><a b='&e;'/>",
     "general entity in a default": "<!DOCTYPE a [<!ENTITY e SYSTEM '{id}'><!ATTLIST a b CDATA '&e;'>]><a/>",
     "general entity in an entity": "<!DOCTYPE a [<!ENTITY e SYSTEM '{id}'><!ENTITY f '&e;'>]><a>&f;</a>",
+    "general entity that is declared twice": "<!DOCTYPE a [<!ENTITY e 'x'><!ENTITY e SYSTEM '{id}'>]><a>&e;</a>",
+    "general entity in UTF-16":
+        "<?xml version='1.0' encoding='UTF-16'?><!DOCTYPE a [<!ENTITY e SYSTEM '{id}'>]><a>&e;</a>",
     "unparsed entity": "<!DOCTYPE a [<!NOTATION n SYSTEM '{id}'><!ENTITY e SYSTEM '{id}' NDATA n>"
                        "<!ATTLIST a b ENTITY #IMPLIED>]><a b='e'/>",
+    "unparsed entities": "<!DOCTYPE a [<!NOTATION n SYSTEM '{id}'><!ENTITY e SYSTEM '{id}' NDATA n>"
+                         "<!ENTITY f SYSTEM '{id}' NDATA n><!ATTLIST a b ENTITIES #IMPLIED>]><a b='e f'/>",
     "notation": "<!DOCTYPE a [<!NOTATION n PUBLIC '-//N//' '{id}'><!ATTLIST a b NOTATION (n) 'n'>]><a/>",
     "parameter entity": "<!DOCTYPE a [<!ENTITY % p SYSTEM '{id}'>%p;]><a/>",
     "public parameter entity": "<!DOCTYPE a [<!ENTITY % p PUBLIC '-//P//' '{id}'>%p;]><a/>",
@@ -70,6 +75,10 @@ FORMS = {
     "inclusion as text": "<a " + XINCLUDE + "><xi:include href='{id}' parse='text'><xi:fallback/></xi:include></a>",
     "schema": "<a " + XSI + " xsi:noNamespaceSchemaLocation='{id}'/>",
     "schema of a namespace": "<a xmlns='urn:n' " + XSI + " xsi:schemaLocation='urn:n {id}'/>",
+    "schemas of two namespaces": "<a xmlns='urn:n' " + XSI + " xsi:schemaLocation='urn:m {id} urn:n {id}'/>",
+    "schema in a default": "<!DOCTYPE a [<!ATTLIST a xsi:noNamespaceSchemaLocation CDATA '{id}'>]><a " + XSI + "/>",
+    "inclusion in a default":
+        "<!DOCTYPE a [<!ATTLIST xi:include href CDATA '{id}'>]><a " + XINCLUDE + "><xi:include/></a>",
     "schema of an inner element": "<a><b " + XSI + " xsi:noNamespaceSchemaLocation='{id}'/></a>",
     "base": "<a xml:base='{id}' " + XINCLUDE + "><xi:include href=''/></a>",
 }
@@ -82,8 +91,12 @@ COMMANDS = [
     ["format", "--jobs", "1", "--check"],
     ["edit", "--jobs", "1", "--check", "--at", "//b", "--text", "x"],
     ["retarget", "--jobs", "1", "--check", "--data-source", "old=new"],
+    ["stats", "--jobs", "1"],
+    ["query", "--at", "//a"],
 ]
-SINGLE_COMMANDS = [["query", "{file}", "//a"], ["version", "{file}"]]
+# These take one document or two, so they run for two identifiers of each form only.
+SINGLE_COMMANDS = [["version", "{file}"], ["tree", "{file}"], ["diff", "schema.xsd", "{file}"]]
+SINGLE_IDENTIFIERS = ["absolute", "http"]
 
 BAIT = "<!ELEMENT a ANY><a>" + SECRET + "</a>"
 SCHEMA = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>"
@@ -91,7 +104,7 @@ NETWORK = ("socket(", "connect(", "sendto(", "sendmsg(")
 
 
 def write(path, text):
-    with open(path, "w", encoding="utf-8") as file:
+    with open(path, "w", encoding="utf-16" if "encoding='UTF-16'" in text else "utf-8") as file:
         file.write(text)
 
 
@@ -132,13 +145,16 @@ def main():
             write(os.path.join(folder, place), BAIT)
         write(os.path.join(folder, "schema.xsd"), SCHEMA)
         documents = []
+        single = []
         for form in FORMS.values():
-            for identifier in IDENTIFIERS.values():
+            for name, identifier in IDENTIFIERS.items():
                 documents.append("document%03d.kxa" % len(documents))
                 write(os.path.join(folder, documents[-1]), form.format(id=identifier.format(folder=folder)))
+                if name in SINGLE_IDENTIFIERS:
+                    single.append(documents[-1])
 
         runs = [[part.format(folder=folder) for part in command] + documents for command in COMMANDS]
-        for document in documents[::len(IDENTIFIERS)]:
+        for document in single:
             runs += [[part.format(file=document) for part in command] for command in SINGLE_COMMANDS]
         for run in runs:
             last = next(part for part in reversed(run) if part.startswith("document"))

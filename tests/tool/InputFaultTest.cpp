@@ -163,6 +163,9 @@ const ReadingCommand ReadingCommands[] = {
     {"Query", {"query", "--at", "//b", "FOLDER/a.xml"}},
     {"QueryFirst", {"query", "--first", "--at", "//c", "FOLDER/a.xml"}},
     {"Version", {"version", "FOLDER/a.xml"}},
+    {"Tree", {"tree", "FOLDER/a.xml"}},
+    {"Stats", {"stats", "FOLDER/a.xml"}},
+    {"Diff", {"diff", "FOLDER/schema.xsd", "FOLDER/a.xml"}},
     {"Retarget", {"retarget", "--from", "FOLDER/table.csv", "--data-source", "orders=new", "FOLDER/a.kxb"}},
 };
 
@@ -179,6 +182,10 @@ TEST(StandardInputFaultTest, FailingReadIsReportedByAllCommands)
         {"query", "-", "//b"},
         {"query", "--first", "-", "//b"},
         {"version", "-"},
+        {"tree", "-"},
+        {"stats", "-"},
+        {"diff", "-", SAMPLES_FOLDER "/orders.kxb"},
+        {"diff", SAMPLES_FOLDER "/orders.kxb", "-"},
         {"check", "--files-from", "-"}};
     for (const std::vector<std::string>& arguments : commands) {
         for (const int after : {0, 1, 3}) {
