@@ -15,7 +15,7 @@
 namespace {
 
 const std::string Text = "<!DOCTYPE a [<!ENTITY e 'x'>]><a b='c'><!-- d --><f>&e;</f><g h='i'>text</g>"
-                         "<j><![CDATA[<]]></j><k/></a>";
+                         "<j><![CDATA[<]]></j><k q='r'/></a>";
 
 class EditingFaultTest : public FaultTest {};
 
@@ -23,6 +23,7 @@ TEST_P(EditingFaultTest, FormattedTextIsCompleteOrFails)
 {
     const std::optional<std::string> expected = XMLSourceFormatter().Format(Text, "id");
     ASSERT_TRUE(expected);
+    EXPECT_NE(*expected, Text);
     const auto run = [] { return XMLSourceFormatter().Format(Text, "id"); };
     const auto check = [&](const std::optional<std::string>& text, bool hasFailed) {
         EXPECT_TRUE(text == expected || (!text && hasFailed)) << text.value_or("no text");
@@ -37,13 +38,25 @@ TEST_P(EditingFaultTest, EditedTextIsCompleteOrFails)
         ElementChange change;
         change.setAttributes = {{"h", "new"}};
         change.text = "other";
+        change.name = "renamed";
         change.after = {"<l/>"};
-        editor.Change("g", change);
+        editor.Change("//g", change);
+        ElementChange deletion;
+        deletion.isDeleted = true;
+        deletion.before = {"<m/>"};
+        editor.Change("//j", deletion);
+        ElementChange content;
+        content.removeAttributes = {"q"};
+        content.prepended = {"<n/>"};
+        content.appended = {"<o>p</o>"};
+        editor.Change("//k", content);
         const std::optional<EditedText> edited = editor.Edit();
         return edited ? std::optional<std::string>(edited->text) : std::nullopt;
     };
     const std::optional<std::string> expected = run();
-    ASSERT_TRUE(expected);
+    EXPECT_EQ(expected,
+        "<!DOCTYPE a [<!ENTITY e 'x'>]><a b='c'><!-- d --><f>&e;</f><renamed h='new'>other</renamed><l/><m/>"
+        "<k><n/><o>p</o></k></a>");
     const auto check = [&](const std::optional<std::string>& text, bool hasFailed) {
         EXPECT_TRUE(text == expected || (!text && hasFailed)) << text.value_or("no text");
     };
@@ -62,6 +75,7 @@ TEST_P(EditingFaultTest, RetargetedTextIsCompleteOrFails)
     };
     const std::optional<std::string> expected = run();
     ASSERT_TRUE(expected);
+    EXPECT_NE(*expected, text);
     const auto check = [&](const std::optional<std::string>& result, bool hasFailed) {
         EXPECT_TRUE(result == expected || (!result && hasFailed)) << result.value_or("no text");
     };
