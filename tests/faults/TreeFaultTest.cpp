@@ -195,6 +195,10 @@ const StandaloneRow StandaloneRows[] = {
     {"AppendChild",
         [](StandaloneDOMElement& top, StandaloneChild child, const VString&) { top.AppendChild(std::move(child)); }},
     {"AppendText", [](StandaloneDOMElement& top, StandaloneChild, const VString& text) { top.AppendText(text); }},
+    {"AppendMovedText",
+        [](StandaloneDOMElement& top, StandaloneChild, const VString& text) { top.AppendText(VString(text)); }},
+    {"AppendEncodedText",
+        [](StandaloneDOMElement& top, StandaloneChild, const VString& text) { top.AppendText(text, true); }},
     {"InsertChildBefore",
         [](StandaloneDOMElement& top, StandaloneChild child, const VString&) {
             top.InsertChildBefore(std::move(child), *top.GetChild("b"));
