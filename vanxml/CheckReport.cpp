@@ -27,13 +27,13 @@ void RefuseToReplaceDocument(const VString& name)
     file.OpenForReading();
     char bytes[128] = {};
     std::string_view start(bytes, file.Read(bytes, sizeof bytes));
+    const bool isLonger = start.size() == sizeof bytes;
     const bool isWide =
         start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF") || start.find('\0') != std::string_view::npos;
     if (start.starts_with("\xEF\xBB\xBF"))
         start.remove_prefix(3);
-    const bool isLong = start.size() == sizeof bytes;
     start.remove_prefix(std::min(start.find_first_not_of(" \t\r\n"), start.size()));
-    const bool hasMoreBlanks = isLong && start.empty();
+    const bool hasMoreBlanks = isLonger && start.empty();
     if (isWide || hasMoreBlanks || (start.starts_with('<') && !start.starts_with(HtmlPage::Start)))
         throw ToolError("--output: the file '" + name.toStdString() +
             "' exists and may be a document; delete it or choose another name");

@@ -248,6 +248,7 @@ TEST_F(CheckOutputTest, DocumentIsNotReplaced)
              "\0<\0?"s,
              "<\0\0\0"s,
              std::string(128, ' ') + "<a/>",
+             "\xEF\xBB\xBF" + std::string(128, '\n') + "<a/>",
              "<!doctype html>"s}) {
         m_folder.Write("first.xml", document);
         const ToolResult result = Check({"--format", "html", "-o", "first.xml", "good.xml"});
