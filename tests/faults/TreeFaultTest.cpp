@@ -35,6 +35,8 @@ struct Pair {
             top.AddNewChild("d", nullptr);
             document->AddDataSourceRename("old", "new");
         }
+        paths.SetCRC("in/one", "out/one", 1);
+        paths.SetCRC("in/two", "out/one", 1);
     }
 
     DOMElement& Top() { return *one.GetDocumentRoot(); }
@@ -47,6 +49,7 @@ struct Pair {
     const AttributeMap attributes{{"m", "3"}, {"o", "4"}, {"p", "5"}};
     const FieldName oldField{"new", "field"};
     const FieldName newField{"new", "new field"};
+    PathRenames paths;
     bool answer = false;  // of a query
 };
 
@@ -62,6 +65,8 @@ std::string Describe(const DOM& document)
             document.RenameDataConnection(name).toStdString() + document.RenameMapSource(name).toStdString() +
             document.GetCaptionRenameIfItExists(name).toStdString() + "\n";
     text += document.RenameField(FieldName("old", "field")).GetFullValue().toStdString() + "\n";
+    for (const auto& [from, to] : document.GetPathRenames().GetPathMap())
+        text += "path: " + from.String().toStdString() + " to " + to.String().toStdString() + "\n";
     text += document.GetProtectedDataSourceName().toStdString() + "\n";
     text += std::to_string(document.GetParseDiagnostics().size()) + " diagnostics\n";
     return text;
@@ -118,6 +123,7 @@ const Row Rows[] = {
     {"AddFieldRename", [](Pair& pair) { pair.one.AddFieldRename(pair.oldField, pair.newField); }},
     {"AddFieldRenameOfElement", [](Pair& pair) { pair.Top().AddFieldRename(pair.oldField, pair.newField); }},
     {"SetProtectedDataSourceName", [](Pair& pair) { pair.one.SetProtectedDataSourceName(pair.text); }},
+    {"SetPathRenames", [](Pair& pair) { pair.one.SetPathRenames(pair.paths); }},
     {"SetParseDiagnostics", [](Pair& pair) { pair.one.SetParseDiagnostics(std::vector<ParseDiagnostic>(3)); }},
     {"ClearErrors", [](Pair& pair) { pair.one.GetElement("a")->ClearErrors(); }},
     {"ClearWarnings", [](Pair& pair) { pair.one.GetElement("a")->ClearWarnings(); }},
@@ -162,6 +168,58 @@ TEST_P(TreeFaultTest, OperationThatThrowsChangesNothing)
         }
     }
     EXPECT_GT(failures, 60);
+}
+
+std::string RenderTree(const DOM& document)
+{
+    return XMLDomFormatter::RenderAsXMLString(document, nullptr, false).toStdString();
+}
+
+// A copy that throws may have copied the tree or not, but the tree is always whole. The table of paths comes last,
+// so it is the old one.
+TEST_P(TreeFaultTest, DeepCopyThatThrowsLeavesAWholeTree)
+{
+    const auto make = [] {
+        auto pair = std::make_unique<Pair>();
+        pair->two.GetElement("a")->SetText("only in two");
+        pair->OtherTop().RemoveChild("c").reset();
+        pair->two.GetElement("d")->Warning("warning of d", VError::ErrorInfo::NoError);
+        pair->one.AddDataSourceRename("other", "copied");
+        pair->one.SetPathRenames(pair->paths);
+        return pair;
+    };
+    const auto before = make();
+    const std::string source = Describe(before->one);
+    const std::string oldTree = RenderTree(before->two);
+    const std::string newTree = RenderTree(before->one);
+    ASSERT_NE(newTree, oldTree);
+    int failures = 0;
+    for (long number = 0;; ++number) {
+        const LiveMemory memory = CountLiveMemory();
+        auto pair = make();
+        AllocationFaults::Begin(GetParam().kind, number, GetParam().forever);
+        bool hasThrown = false;
+        try {
+            pair->two.DeepCopy(pair->one);
+        } catch (const std::bad_alloc&) {
+            hasThrown = true;
+        }
+        const bool hasFailed = AllocationFaults::End();
+        failures += hasThrown;
+        EXPECT_EQ(Describe(pair->one), source) << number;
+        if (hasThrown) {
+            const std::string tree = RenderTree(pair->two);
+            EXPECT_TRUE(tree == oldTree || tree == newTree) << number << ": " << tree;
+            EXPECT_TRUE(pair->two.GetPathRenames().GetPathMap().empty()) << number;
+            pair->two.DeepCopy(pair->one);
+        }
+        EXPECT_EQ(Describe(pair->two), source) << number;
+        pair.reset();
+        EXPECT_EQ(CountLiveMemory(), memory) << number;
+        if (!hasFailed)
+            break;
+    }
+    EXPECT_GT(failures, 10);
 }
 
 std::unique_ptr<StandaloneDOMElement> MakeStandalone()

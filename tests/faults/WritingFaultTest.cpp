@@ -12,6 +12,7 @@
 #include "vancorexml/main/parser/DOMElementSearch.h"
 #include "vancorexml/main/parser/DOMElementTraversal.h"
 #include "vancorexml/main/parser/DOMPath.h"
+#include "vancorexml/main/parser/DOMPathCanopy.h"
 #include "vancorexml/main/parser/XMLComparison.h"
 #include "vancorexml/main/parser/XMLDomFormatter.h"
 #include "vancorexml/main/parser/XMLStringFormatter.h"
@@ -111,12 +112,18 @@ TEST_P(WritingFaultTest, QueriesAreRightOrFail)
     const auto run = [this] {
         const DOMElement& top = *m_document.GetDocumentRoot();
         std::size_t count = DOMPath::GetAll(top, "//leaf").size();
-        for (const DOMElement& element : DOMPath::Walk(top, VString("part/inner")))
+        for (const DOMElement& element : DOMPath::Walk(top, VString("top/part/inner")))
             count += element.HasChildren() ? 10U : 0U;
+        count += 100 * DOMPathCanopy::WithinCanopy(top, "top/part", "inner").size();
+        count += 1000 * DOMPathCanopy::UnderneathCanopy(top, "top/part", "inner/leaf").size();
+        if (DOMElementSearch::FindElement(top, "leaf", 3, VString(), VString()))
+            count += 10000;
+        if (DOMElementSearch::FindChild(top, "part", "name", "a&b"))
+            count += 20000;
         return count;
     };
     const std::size_t expected = run();
-    EXPECT_GE(expected, 6u);
+    EXPECT_EQ(expected, 33336u);
     FailEachAllocation(run, [expected](std::size_t count, bool) { EXPECT_EQ(count, expected); });
 }
 
