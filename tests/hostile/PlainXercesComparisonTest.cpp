@@ -258,10 +258,14 @@ enum Refusal {
     Nul,            // it contains a NUL: behind the root element, Xerces takes it for the end
     IncompleteEnd,  // its last character is incomplete, and Xerces drops it
     ColonName,      // it has names that begin with a colon: the library rewrites them, so positions of errors differ
+    InvalidByte,    // Xerces reports the place where it began to decode the next block: see HasSameInvalidByte
     RefusalCount
 };
-constexpr std::array<const char*, RefusalCount> RefusalNames = {
-    "external entities refused", "NULs refused", "incomplete ends refused", "errors in documents with colon names"};
+constexpr std::array<const char*, RefusalCount> RefusalNames = {"external entities refused",
+    "NULs refused",
+    "incomplete ends refused",
+    "errors in documents with colon names",
+    "invalid bytes at other places"};
 
 // Returns the peak of the memory of the process in MB, or 0 if it is not known.
 long PeakMegabytes()
@@ -329,7 +333,20 @@ private:
             return IncompleteEnd;
         if (!library.error.IsEmpty() && !plain.error.IsEmpty() && library.error == ErrorOfRewritten(bytes))
             return ColonName;
+        if (HasSameInvalidByte(library.error, plain.error))
+            return InvalidByte;
         return RefusalCount;
+    }
+
+    // The first block that the library gives to Xerces is a few bytes shorter (see XercesReader.cpp). So the places
+    // where blocks end differ, but not the messages.
+    static bool HasSameInvalidByte(const VString& library, const VString& plain)
+    {
+        const auto messageOf = [](const VString& error) {
+            const std::string text = error.toStdString();
+            return text.substr(std::min(text.find(": "), text.size()));
+        };
+        return library != plain && plain.contains("): invalid byte '") && messageOf(library) == messageOf(plain);
     }
 
     // Returns the error for a document whose colon names are rewritten, or an empty text if it has none.
