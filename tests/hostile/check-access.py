@@ -7,6 +7,8 @@ Each document names a resource in another way: as an entity, an external subset,
 or a schema. Files exist under the names of local resources. For each command, the trace must contain no call with the
 name of a resource and no call that opens a socket. The text of a resource must not appear in the output.
 
+Schemas name resources too. The tool reads local schemas that a schema imports or includes, but nothing of a network.
+
 Exits with 77, which CTest reports as skipped, if strace is missing or must not trace.
 """
 
@@ -83,6 +85,16 @@ FORMS = {
     "base": "<a xml:base='{id}' " + XINCLUDE + "><xi:include href=''/></a>",
 }
 
+# The contents of a schema. A schema may name local schemas, so it gets other identifiers only.
+SCHEMA_FORMS = {
+    "import": "<xs:import namespace='urn:n' schemaLocation='{id}'/>",
+    "inclusion": "<xs:include schemaLocation='{id}'/>",
+    "redefinition": "<xs:redefine schemaLocation='{id}'/>",
+    "source of a documentation": "<xs:annotation><xs:documentation source='{id}'/></xs:annotation>",
+    "identifiers of a notation": "<xs:notation name='n' public='{id}' system='{id}'/>",
+}
+SCHEMA_IDENTIFIERS = ["http", "http with a name", "https", "ftp", "netdoc", "jar", "data"]
+
 COMMANDS = [
     ["check", "--jobs", "1", "--schema", "none"],
     ["check", "--jobs", "1"],
@@ -99,7 +111,7 @@ SINGLE_COMMANDS = [["version", "{file}"], ["tree", "{file}"], ["diff", "schema.x
 SINGLE_IDENTIFIERS = ["absolute", "http"]
 
 BAIT = "<!ELEMENT a ANY><a>" + SECRET + "</a>"
-SCHEMA = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='a'/></xs:schema>"
+SCHEMA = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>%s<xs:element name='a'/></xs:schema>"
 NETWORK = ("socket(", "connect(", "sendto(", "sendmsg(")
 
 
@@ -120,11 +132,13 @@ def trace(folder, command):
     return result.stdout.decode("utf-8", "replace"), lines
 
 
-def find_faults(output, lines, started):
-    """Returns the lines of the trace that touch a resource or a network."""
+def find_faults(output, lines, started, may_look_up=False):
+    """Returns the lines of the trace that touch a resource or a network. With `may_look_up`, the tool may look for a
+    local file with the name of the resource, but finds none."""
     faults = [line for line in lines if line.split(" ", 1)[-1].lstrip().startswith(NETWORK)]
     # The first call starts the program; its arguments are the documents.
-    faults += [line for line in lines[1:] if "bait" in line or "b%61it" in line]
+    touched = [line for line in lines[1:] if "bait" in line or "b%61it" in line]
+    faults += [line for line in touched if not may_look_up or "ENOENT" not in line]
     if SECRET in output:
         faults.append("the output has the text of a resource")
     if not any(started in line for line in lines[1:]):
@@ -143,7 +157,7 @@ def main():
         os.mkdir(os.path.join(folder, "below"))
         for place in ("bait.xml", "below/bait.xml", "b%61it.xml"):
             write(os.path.join(folder, place), BAIT)
-        write(os.path.join(folder, "schema.xsd"), SCHEMA)
+        write(os.path.join(folder, "schema.xsd"), SCHEMA % "")
         documents = []
         single = []
         for form in FORMS.values():
@@ -156,10 +170,18 @@ def main():
         runs = [[part.format(folder=folder) for part in command] + documents for command in COMMANDS]
         for document in single:
             runs += [[part.format(file=document) for part in command] for command in SINGLE_COMMANDS]
+        for form in SCHEMA_FORMS.values():
+            for name in SCHEMA_IDENTIFIERS:
+                schema = "schema%02d.xsd" % len(runs)
+                identifier = IDENTIFIERS[name].format(folder=folder)
+                write(os.path.join(folder, schema), SCHEMA % form.format(id=identifier))
+                runs.append(["check", "--schema", schema, documents[0]])
         for run in runs:
             last = next(part for part in reversed(run) if part.startswith("document"))
             output, lines = trace(folder, [tool] + run)
-            for fault in find_faults(output, lines, last)[:10]:
+            # A document is not opened if its schema cannot be used.
+            is_schema = run[1] == "--schema"
+            for fault in find_faults(output, lines, run[2] if is_schema else last, is_schema)[:10]:
                 failures.append("%s: %s" % (" ".join(run[:5]), fault[:300]))
 
         # The check must notice a resource that is opened: with "hints", the tool reads the schema.
