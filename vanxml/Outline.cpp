@@ -15,10 +15,17 @@ void OutlineBuilder::StartElement(const VString& name, const AttributeMap& attri
         m_current = FindNode(m_current, name);
         ++m_nodes[m_current].line.count;
     }
+    Node& node = m_nodes[m_current];
+    // Most elements of a path have the same attributes in the same order, so the next count is often the right one.
+    auto next = node.attributes.begin();
     for (const auto& [attribute, value] : attributes) {
-        m_nodes[m_current].line.size += CountUtf8Bytes(value);
-        if (!isHidden)
-            ++m_nodes[m_current].attributes[IdentifyName(attribute)];
+        node.line.size += CountUtf8Bytes(value);
+        if (isHidden)
+            continue;
+        if (next == node.attributes.end() || m_names[next->first] != attribute)
+            next = node.attributes.try_emplace(IdentifyName(attribute)).first;
+        ++next->second;
+        ++next;
     }
 }
 
