@@ -417,6 +417,23 @@ TEST(XMLSourceRetargeterTest, WritesCharactersThatTheEncodingLacksAsReferences)
         WithRows("<![CDATA[[orders].[]]>&#8364;<![CDATA[]]]>"));
 }
 
+// If each name read the value again, the 20,000 names would take minutes.
+TEST(XMLSourceRetargeterTest, LongFormulasInAttributesTakeLinearTime)
+{
+    const testsupport::CpuTimeLimit limit(20);
+    std::string before;
+    std::string after;
+    for (int i = 0; i < 20000; ++i) {
+        before += "[orders].[a]+";
+        after += "[sales].[a]+";
+    }
+    const auto withFormula = [](const std::string& formula) {
+        return "<analysis><data-sources><data-source name='x'><column name='c'><calculation formula='" + formula +
+            "'/></column></data-source></data-sources></analysis>";
+    };
+    EXPECT_EQ(Analysis(RenameOrders).Retarget(withFormula(before)), withFormula(after));
+}
+
 TEST(XMLSourceRetargeterTest, LongFormulasTakeLinearTime)
 {
     const testsupport::CpuTimeLimit limit(20);

@@ -85,10 +85,17 @@ public:
             const std::size_t element = count++;
             if (next == places.size() || places[next].element != element)
                 continue;
-            const WrittenValue text = ReadText(reader, token);
-            for (; next < places.size() && places[next].element == element; ++next)
-                located[next] = places[next].attribute.IsEmpty() ? FindRuns(text, places[next])
-                                                                 : FindInAttribute(token, places[next]);
+            // A formula can contain many names, so each value is read once for all its names.
+            while (next < places.size() && places[next].element == element) {
+                const VString& attribute = places[next].attribute;
+                const WrittenValue value =
+                    attribute.IsEmpty() ? ReadText(reader, token) : ReadAttribute(token, attribute.toStdString());
+                const auto isInValue = [&](const NamePlace& place) {
+                    return place.element == element && place.attribute == attribute;
+                };
+                for (; next < places.size() && isInValue(places[next]); ++next)
+                    located[next] = FindRuns(value, places[next]);
+            }
         }
         return count == elementCount ? located : std::vector<Runs>();
     }
@@ -119,18 +126,18 @@ private:
         return token.substr(opening.size(), token.size() - opening.size() - closing.size());
     }
 
-    Runs FindInAttribute(const XMLToken& token, const NamePlace& place) const
+    // Returns an empty value if the tag does not have the attribute: it has a default value then.
+    WrittenValue ReadAttribute(const XMLToken& token, const std::string& name) const
     {
-        const std::string name = place.attribute.toStdString();
+        WrittenValue value(m_text, m_isVersion11);
         XMLAttributeReader reader(token);
         for (XMLAttributeToken attribute; reader.Next(attribute);) {
             if (attribute.name != name)
                 continue;
-            WrittenValue value(m_text, m_isVersion11);
             value.Append(attribute.value, WrittenValue::Form::Attribute, attribute.quote);
-            return FindRuns(value, place);
+            break;
         }
-        return {};  // a default value
+        return value;
     }
 
     static Runs FindRuns(const WrittenValue& value, const NamePlace& place)
@@ -241,33 +248,41 @@ std::unique_ptr<DOM> ParseTree(const std::string& text)
     return document;
 }
 
-void ApplyToValue(VString& value, const NameChange& change)
+// Applies the changes from `first` up to `end`, which are in the order of their places in the value. Linear.
+VString ApplyToValue(const VString& value, const NameChange* first, const NameChange* end)
 {
-    const Part part = FindPart(change.place, value.View());
-    value = value.left(static_cast<int>(part.offset)) + change.newText +
-        value.mid(static_cast<int>(part.offset + part.length));
+    const std::u16string_view units = value.View();
+    std::u16string result;
+    std::size_t position = 0;
+    for (; first != end; ++first) {
+        const Part part = FindPart(first->place, units);
+        result += units.substr(std::min(position, units.size()), part.offset - position);
+        result += first->newText.View();
+        position = part.offset + part.length;
+    }
+    result += units.substr(std::min(position, units.size()));
+    return VString(result.data(), result.size());
 }
 
-// Applies the changes, which are in the order of the elements, to the tree of the document.
+// Applies the changes, which are in the order of the elements, to the tree of the document. The changes in one value
+// stand together.
 void ApplyToTree(DOM& document, const std::vector<NameChange>& changes)
 {
     std::size_t number = 0;
-    std::size_t next = 0;
+    const NameChange* next = changes.data();
+    const NameChange* const last = next + changes.size();
     for (DOMElement& element : DOMElementTraversal::MutablePreorderTraversal(*document.GetDocumentRoot())) {
-        std::size_t end = next;
-        while (end < changes.size() && changes[end].place.element == number)
-            ++end;
-        // From the last to the first, because the offsets are those of the old value.
-        for (std::size_t i = end; i-- > next;) {
-            const VString& attribute = changes[i].place.attribute;
-            VString value = attribute.IsEmpty() ? element.GetText() : element.GetAttribute(attribute);
-            ApplyToValue(value, changes[i]);
+        while (next != last && next->place.element == number) {
+            const VString& attribute = next->place.attribute;
+            const NameChange* const end = std::find_if(next, last, [&](const NameChange& change) {
+                return change.place.element != number || change.place.attribute != attribute;
+            });
             if (attribute.IsEmpty())
-                element.SetText(value);
+                element.SetText(ApplyToValue(element.GetText(), next, end));
             else
-                element.SetAttribute(attribute, value);
+                element.SetAttribute(attribute, ApplyToValue(element.GetAttribute(attribute), next, end));
+            next = end;
         }
-        next = end;
         ++number;
     }
 }
