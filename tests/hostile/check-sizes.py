@@ -156,6 +156,13 @@ def columns(file, count):
     file.write("</data-source>")
 
 
+def references(file, count):
+    file.write("<data-source version='18.1' name='old'><connection class='text-file' filename='a.csv'/>"
+               "<column name='c' data-type='real' role='measure'><calculation formula='")
+    write_repeated(file, count, "[old].[x]+")
+    file.write("1'/></column></data-source>")
+
+
 CHECK = ["check", "--schema", "none", "{file}"]
 VALIDATE = ["check", "--schema", "{schema}", "{file}"]
 FORMAT = ["format", "{file}"]
@@ -205,6 +212,7 @@ CASES = [
     ("different siblings to compare", named_siblings, DIFF, 50000, 1000000),
     ("a text to compare", text, DIFF, 500000, 25000000),
     ("columns to retarget", columns, RETARGET, 25000, 1000000),
+    ("references to retarget", references, RETARGET, 20000, 1000000),
     ("tags that are not closed", open_tags, CHECK, 100000, 1000000),
     ("a fault at the end", late_fault, CHECK, 50000, 1000000),
 ]
