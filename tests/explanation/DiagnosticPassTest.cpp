@@ -382,6 +382,27 @@ TEST(DiagnosticPassTest, FaultInFrontOfAFatalOneHasItsPlace)
     EXPECT_EQ(diagnostics[1].code, DiagnosticCode::DuplicateAttribute);
 }
 
+TEST(DiagnosticPassTest, AbstractTypesAndElementsAreExplained)
+{
+    const char xsd[] = R"(<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema">
+      <xs:complexType name="base" abstract="true"/>
+      <xs:complexType name="other"/>
+      <xs:element name="shape" type="base"/>
+      <xs:element name="head" abstract="true"/>
+      <xs:element name="r"><xs:complexType><xs:choice maxOccurs="9"><xs:element ref="shape"/><xs:element ref="head"/>
+      </xs:choice></xs:complexType></xs:element></xs:schema>)";
+    const std::string text = "<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>\n<shape/>\n"
+                             "<shape xsi:type='base'/>\n<shape xsi:type='other'/>\n<head/>\n</r>";
+    const std::string isAbstract =
+        ": the type of element 'shape' is abstract; name one of its derived types with xsi:type";
+    EXPECT_EQ(Format(Diagnose(text, xsd)),
+        (Lines{"2:2-2:7 bad-type /r/shape[1]" + isAbstract,
+            "3:18-3:22 bad-type /r/shape[2] @xsi:type" + isAbstract,
+            "4:18-4:23 bad-type /r/shape[3] @xsi:type: the type 'other' of element 'shape' is not one of the types that "
+            "the element may have",
+            "5:2-5:6 bad-type /r/head[1]: element 'head' is abstract; use one of the elements that can replace it"}));
+}
+
 TEST(DiagnosticPassTest, NilElementWithContentIsOneDiagnostic)
 {
     const char xsd[] = R"(<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema">
