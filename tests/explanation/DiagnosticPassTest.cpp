@@ -398,8 +398,8 @@ TEST(DiagnosticPassTest, AbstractTypesAndElementsAreExplained)
     EXPECT_EQ(Format(Diagnose(text, xsd)),
         (Lines{"2:2-2:7 bad-type /r/shape[1]" + isAbstract,
             "3:18-3:22 bad-type /r/shape[2] @xsi:type" + isAbstract,
-            "4:18-4:23 bad-type /r/shape[3] @xsi:type: the type 'other' of element 'shape' is not one of the types that "
-            "the element may have",
+            "4:18-4:23 bad-type /r/shape[3] @xsi:type: the type 'other' of element 'shape' is not one of the types "
+            "that the element may have",
             "5:2-5:6 bad-type /r/head[1]: element 'head' is abstract; use one of the elements that can replace it"}));
 }
 
