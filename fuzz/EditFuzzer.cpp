@@ -57,6 +57,19 @@ std::optional<EditedText> Edit(const std::string& text, const VString& path, con
     return edited;
 }
 
+// Returns the text without the attributes of this name and the white space in front of them, found by their spelling.
+std::string WithoutAttribute(std::string text, const std::string& name)
+{
+    for (std::size_t at = 0; (at = text.find(name + "=", at)) != std::string::npos;) {
+        const char quote = text.at(at + name.size() + 1);
+        const std::size_t end = text.find(quote, at + name.size() + 2) + 1;
+        const std::size_t begin = text.find_last_not_of(" \t\r\n", at - 1) + 1;
+        text.erase(begin, end - begin);
+        at = begin;
+    }
+    return text;
+}
+
 void CheckAddedAttribute(const std::string& text, const VString& path)
 {
     const VString name = "fuzz-added";
@@ -67,6 +80,7 @@ void CheckAddedAttribute(const std::string& text, const VString& path)
     const std::optional<EditedText> added = Edit(text, path, adding);
     if (!added)
         return;
+    Require(WithoutAttribute(added->text, "fuzz-added") == text, "only the attribute is added");
     ElementChange removing;
     removing.removeAttributes = {name};
     const std::optional<EditedText> removed = Edit(added->text, path, removing);

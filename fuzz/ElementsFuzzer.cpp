@@ -49,6 +49,14 @@ struct Node {
         return static_cast<std::size_t>(found - children.begin());
     }
     bool HasChild(const Node& child) const { return FindChild(&child) != children.size(); }
+    // Returns the first child with this name, or null.
+    Node* FindChildNamed(const std::string& childName) const
+    {
+        const auto found = std::find_if(
+            children.begin(), children.end(), [&childName](const auto& i) { return i->name == childName; });
+        return found == children.end() ? nullptr : found->get();
+    }
+    bool IsEmpty() const { return text.empty() && attributes.empty() && children.empty(); }
 
     std::string name;
     std::string text;
@@ -121,7 +129,10 @@ private:
 
     void Step();
     void AddNewChild();
+    void GetOrNewChild();
     void Remove();
+    void RemoveNamed();
+    void RemoveIfEmpty();
     void RemoveAll();
     void Insert();
     void Destroy();
@@ -139,6 +150,7 @@ private:
     std::vector<std::unique_ptr<Node>> CopyChildren(const Node& from, Node& parent);
     static void LinkCopies(Node& node, DOMElement& element);
     void InsertInto(Node& parent, std::unique_ptr<Node> child, const Node* before);
+    void KeepRemoved(Node& parent, const Node& child, std::unique_ptr<DOMElement> element);
     // Sets the document of a subtree. Its records move with it.
     void ChangeDocument(Node& top, const Node& newParent);
     void Forget(Node& top);
@@ -168,7 +180,7 @@ bool Raises(bool mustRaise, const std::function<void()>& run)
 
 void Session::Step()
 {
-    switch (m_choices.Below(16)) {
+    switch (m_choices.Below(18)) {
     case 0:
     case 1: AddNewChild(); break;
     case 2: Remove(); break;
@@ -184,7 +196,9 @@ void Session::Step()
     case 12: ChangeAttributes(); break;
     case 13: ChangeText(); break;
     case 14: AddRecord(); break;
-    default: m_choices.Below(4) == 0 ? DeepCopy() : ClearRecords(); break;
+    case 15: m_choices.Below(4) == 0 ? DeepCopy() : ClearRecords(); break;
+    case 16: m_choices.Below(2) == 0 ? RemoveNamed() : RemoveIfEmpty(); break;
+    default: GetOrNewChild(); break;
     }
 }
 
@@ -232,18 +246,68 @@ void Session::AddNewChild()
     InsertInto(parent, std::move(child), before);
 }
 
+void Session::GetOrNewChild()
+{
+    Node& parent = Choose();
+    const std::string name = ChooseText();
+    const Node* const present = parent.FindChildNamed(name);
+    if (m_nodes.size() >= MaxNodes && present == nullptr)
+        return;
+    DOMElement& element = parent.element->GetOrNewChild(VString::fromStdString(name));
+    if (present != nullptr) {
+        Require(&element == present->element, "GetOrNewChild returns the first child with the name");
+        return;
+    }
+    auto child = std::make_unique<Node>(name);
+    child->document = parent.document;
+    child->element = &element;
+    InsertInto(parent, std::move(child), nullptr);
+}
+
+// Takes a removed element out of its parent in the model.
+void Session::KeepRemoved(Node& parent, const Node& child, std::unique_ptr<DOMElement> element)
+{
+    Require(element.get() == child.element, "the removed element is returned");
+    const auto position = parent.children.begin() + static_cast<std::ptrdiff_t>(parent.FindChild(&child));
+    m_removed.push_back({std::move(*position), std::move(element)});
+    parent.children.erase(position);
+}
+
 void Session::Remove()
 {
     Node& parent = Choose();
     Node& child = parent.children.empty() ? Choose() : *parent.children[m_choices.Below(parent.children.size())];
-    Removed removed;
-    const bool isChild = parent.HasChild(child);
-    if (Raises(!isChild, [&] { removed.element = parent.element->RemoveChild(*child.element); }))
+    std::unique_ptr<DOMElement> element;
+    if (!Raises(!parent.HasChild(child), [&] { element = parent.element->RemoveChild(*child.element); }))
+        KeepRemoved(parent, child, std::move(element));
+}
+
+void Session::RemoveNamed()
+{
+    Node& parent = Choose();
+    const std::string name = ChooseText();
+    const bool onlyEmpty = m_choices.Below(2) == 0;
+    const VString elementName = VString::fromStdString(name);
+    std::unique_ptr<DOMElement> element =
+        onlyEmpty ? parent.element->RemoveIfEmpty(elementName) : parent.element->RemoveChild(elementName);
+    const Node* const child = parent.FindChildNamed(name);
+    if (child != nullptr && (!onlyEmpty || child->IsEmpty()))
+        KeepRemoved(parent, *child, std::move(element));
+    else
+        Require(!element, "nothing else is removed");
+}
+
+void Session::RemoveIfEmpty()
+{
+    Node& parent = Choose();
+    if (parent.children.empty())
         return;
-    const auto position = parent.children.begin() + static_cast<std::ptrdiff_t>(parent.FindChild(&child));
-    removed.node = std::move(*position);
-    parent.children.erase(position);
-    m_removed.push_back(std::move(removed));
+    const Node& child = *parent.children[m_choices.Below(parent.children.size())];
+    std::unique_ptr<DOMElement> element = parent.element->RemoveIfEmpty(*child.element);
+    if (child.IsEmpty())
+        KeepRemoved(parent, child, std::move(element));
+    else
+        Require(!element, "only an empty element is removed");
 }
 
 void Session::RemoveAll()
