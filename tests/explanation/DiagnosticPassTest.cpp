@@ -253,6 +253,40 @@ TEST(DiagnosticPassTest, PlacesCountSkippedWhiteSpaceAndColonNames)
             "3:25-3:26 undeclared-attribute /orders @c: attribute 'c'" + end}));
 }
 
+// The sanitizer also rewrites texts that only look like attributes.
+TEST(DiagnosticPassTest, QuotedTextsAreThoseOfTheDocument)
+{
+    const std::string end = " is not allowed before the root element; remove it";
+    EXPECT_EQ(Format(Diagnose(" :=>x<a/>")), Lines{"1:2-1:6 text-outside-root : the text ':=>x'" + end});
+    EXPECT_EQ(Format(Diagnose(" :=><IllegalColon:a/>")),
+        Lines{"1:2-1:5 text-outside-root : the text 'IllegalColon:=>'" + end});
+    EXPECT_EQ(Check("<orders> :x='1' >" + goodOrder + "</orders>"),
+        Lines{"1:10-1:18 unexpected-text /orders: the text ':x='1' >' is not allowed in element 'orders', which must "
+              "contain only elements"});
+    EXPECT_EQ(Check("<orders><order id='1'><customer/><date> :x='1' ></date><item sku='1'/></order></orders>"),
+        Lines{"1:41-1:49 bad-value /orders/order[1]/date[1]: the value ':x='1' >' of element 'date' is not a date such "
+              "as 2024-01-31"});
+}
+
+TEST(DiagnosticPassTest, TextBeforeTheRootElementIsQuotedInEachEncoding)
+{
+    const Lines expected{"1:1-1:2 text-outside-root : the text 'x' is not allowed before the root element; remove it"};
+    EXPECT_EQ(Format(Diagnose("x<a/>")), expected);
+    EXPECT_EQ(Format(Diagnose("\xEF\xBB\xBFx<a/>")), expected);
+    EXPECT_EQ(Format(Diagnose(std::string("\xFF\xFEx\0<\0a\0/\0>\0", 12))), expected);
+    EXPECT_EQ(Format(Diagnose(std::string("\xFE\xFF\0x\0<\0a\0/\0>", 12))), expected);
+}
+
+// The sanitizer refuses such texts by an exception, because it finds a name to rewrite but no element.
+TEST(DiagnosticPassTest, TextWithAColonAndWithoutAnElementIsExplained)
+{
+    EXPECT_EQ(Format(Diagnose("see :x=1 > <")), Lines{"1:1-1:2 not-xml : the file is plain text, not XML"});
+    EXPECT_EQ(Format(Diagnose("\xEF\xBB\xBF\n\n :x=1 > <?p?><!-- -->")),
+        Lines{"3:2-3:3 not-xml : the file is plain text, not XML"});
+    EXPECT_EQ(Format(Diagnose("<?xml version='1.0'?>\n<!-- c --> :x=1 /> ")),
+        Lines{"2:12-2:19 text-outside-root : the text ':x=1 />' is not allowed before the root element; remove it"});
+}
+
 TEST(DiagnosticPassTest, DocumentInAnotherEncodingHasPlacesInCharacters)
 {
     EXPECT_EQ(

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/framework/XMLRecognizer.hpp>
 #include <xercesc/framework/XMLValidityCodes.hpp>
 #include <xercesc/internal/ReaderMgr.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
@@ -89,6 +90,17 @@ std::string_view FindPrefixed(const XMLToken& tag, const VString& prefix)
             return attribute.name;
     }
     return tag.name;
+}
+
+// Returns the name of the encoding that Xerces expects before it reads the document.
+std::u16string ProbeEncoding(const XercesInputSource& source)
+{
+    if (const XMLCh* const given = source.Get().getEncoding())
+        return given;
+    const std::string_view bytes = source.View();
+    const auto probed =
+        xercesc::XMLRecognizer::basicEncodingProbe(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size());
+    return xercesc::XMLRecognizer::nameForEncoding(probed);
 }
 
 bool IsUtf8(const std::u16string& encoding)
@@ -210,6 +222,10 @@ std::vector<ParseDiagnostic> DiagnosticReader::Read()
     }
     m_diagnostics = std::move(kept);
     std::stable_sort(m_diagnostics.begin(), m_diagnostics.end(), isBefore);
+    if (m_source.IsRewritten()) {
+        for (ParseDiagnostic& diagnostic : m_diagnostics)
+            RestoreQuotations(diagnostic);
+    }
     return std::move(m_diagnostics);
 }
 
@@ -241,8 +257,11 @@ void DiagnosticReader::PrepareText()
     if (std::exchange(m_isTextReady, true))
         return;
     const XercesInputSource& source = m_source;
-    const std::u16string encoding = m_handler.GetEncoding();
     m_text = source.View();
+    std::u16string encoding = m_handler.GetEncoding();
+    // Xerces refuses some texts before the start of the document.
+    if (encoding.empty())
+        encoding = ProbeEncoding(source);
     if (!Utf16InputSource::IsWellFormed(source.Get(), m_text) && !IsUtf8(encoding)) {
         m_decoded = Decode(m_text, encoding);
         m_text = m_decoded;
@@ -671,6 +690,14 @@ void DiagnosticReader::LocateEntity(ParseDiagnostic& diagnostic) const
     PositionCounter counter(m_text);
     diagnostic.related = {
         "entity " + Quote(diagnostic.value) + " is declared", MapPosition(counter.At(declaration->nameStart))};
+}
+
+void DiagnosticReader::RestoreQuotations(ParseDiagnostic& diagnostic) const
+{
+    diagnostic.message = m_writtenNames.RestoreQuotation(diagnostic.message);
+    diagnostic.value = m_writtenNames.RestoreQuotation(diagnostic.value);
+    if (diagnostic.related)
+        diagnostic.related->message = m_writtenNames.RestoreQuotation(diagnostic.related->message);
 }
 
 VString DiagnosticReader::RestoreNames(const VString& message)

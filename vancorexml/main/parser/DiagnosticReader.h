@@ -182,6 +182,8 @@ private:
     void LocateEntity(ParseDiagnostic& diagnostic) const;
     // Returns the prefixes that the document declares up to the next start tag, including that tag.
     std::vector<VString> FindPrefixes() const;
+    // Removes the prefixes of the sanitizer from texts that quote the document.
+    void RestoreQuotations(ParseDiagnostic& diagnostic) const;
     // Returns the message with the names that the document writes.
     VString RestoreNames(const VString& message);
     VString Restore(const VString& name) const { return XercesColonSanitizer::RestoreName(name); }

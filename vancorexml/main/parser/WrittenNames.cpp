@@ -63,6 +63,12 @@ bool WrittenNames::IsPrefixInserted() const
     return m_isRewritten && m_given && m_given->find(ColonRewriting::Prefix) == std::string::npos;
 }
 
+VString WrittenNames::RestoreQuotation(const VString& text) const
+{
+    const bool mayBeWritten = m_given && m_given->find(ColonRewriting::Prefix) != std::string::npos;
+    return m_isRewritten && !mayBeWritten ? text.replace(ToString(ColonRewriting::ReadPrefix), ":") : text;
+}
+
 VString WrittenNames::Restore(const VString& message)
 {
     const std::u16string_view text = message.View();

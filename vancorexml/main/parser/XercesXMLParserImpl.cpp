@@ -27,9 +27,11 @@
 #include "vancorexml/main/parser/EncodingFaults.h"
 #include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/PatternProgram.h"
+#include "vancorexml/main/parser/PositionCounter.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/SAXAdapter.h"
 #include "vancorexml/main/parser/SchemaFaults.h"
+#include "vancorexml/main/parser/SyntaxFaultFinder.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
@@ -506,6 +508,26 @@ void XercesXMLParserImpl::RecordException(const VString& message, const VString&
     Describe({std::move(diagnostic)});
 }
 
+void XercesXMLParserImpl::RecordMissingElement(const XercesInputSource& source)
+{
+    constexpr std::string_view Mark = "\xEF\xBB\xBF";
+    std::string_view text = *source.Bytes();
+    if (text.starts_with(Mark))
+        text.remove_prefix(Mark.size());
+    ParseDiagnostic diagnostic = DescribeException("the document has no root element; add one");
+    diagnostic.code = DiagnosticCode::EmptyDocument;
+    if (const std::optional<SyntaxFault> fault = FindSyntaxFault(text)) {
+        PositionCounter counter(text);
+        diagnostic.code = fault->code;
+        diagnostic.message = fault->message;
+        diagnostic.start = counter.At(fault->start);
+        diagnostic.end = counter.At(fault->end);
+        diagnostic.value = fault->value;
+    }
+    Record(ParseDiagnostic::Severity::Error, "Unexpected exception", VError::ErrorInfo::NoError);
+    Describe({std::move(diagnostic)});
+}
+
 void XercesXMLParserImpl::RecordParseException(const VString& message)
 {
     Record(ParseDiagnostic::Severity::Error, message, VError::ErrorInfo::NoError);
@@ -528,7 +550,15 @@ void XercesXMLParserImpl::ReadInput()
     RequireReader();
     m_handler->resetErrors();
     auto& provider = dynamic_cast<IXercesInputSourceProvider&>(GetInput());
-    const XercesInputSource source = provider.GetXercesInputSource(ColonProcessingSanitize);
+    std::optional<XercesInputSource> sanitized;
+    try {
+        sanitized.emplace(provider.GetXercesInputSource(ColonProcessingSanitize));
+    } catch (const LogicException&) {
+        // The sanitizer refuses a text without an element in which it would rewrite a name.
+        RecordMissingElement(provider.GetXercesInputSource(ColonProcessingNone));
+        return;
+    }
+    const XercesInputSource& source = *sanitized;
     m_handler->BeginParse(GetInput().Id(), source);
     bool isAbandoned = false;
     try {

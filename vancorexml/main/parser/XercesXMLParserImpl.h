@@ -150,6 +150,8 @@ private:
         const VString& message, const VString& reason = VString(), DiagnosticCode code = DiagnosticCode::Other);
     // Records an XMLParseException that has ended the parse: as an error and as a fatal error.
     void RecordParseException(const VString& message);
+    // Records that the sanitizer has refused the source. The diagnostic tells why it is not a document.
+    void RecordMissingElement(const XercesInputSource& source);
     ParseDiagnostic DescribeException(const VString& message);
 
     // Declared before all members that use Xerces, so that it is destroyed after them.
