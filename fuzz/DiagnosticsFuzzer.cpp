@@ -1,5 +1,5 @@
-// Explains the faults of a document, with and without a schema. The explanations agree with the errors of the parse,
-// and their positions lie in the document.
+// Explains the faults of a document, with and without a schema. The explanations agree with the errors of the parse and
+// with the text, and their positions lie in the document.
 #include <memory>
 #include <stdexcept>
 
@@ -34,6 +34,20 @@ void CheckDiagnostics(const Parser& parser, std::size_t elements)
     Require(hasErrors == parser.HasErrors(), "there is a diagnostic if and only if there is an error");
 }
 
+// Requires that the messages tell the truth about the text.
+void CheckMessages(const Parser& parser, const std::string& text)
+{
+    const bool hasText = std::any_of(text.begin(), text.end(), [](char byte) { return byte > ' ' && byte <= '~'; });
+    const bool hasPrefix = text.find("IllegalColon") != std::string::npos;
+    for (const ParseDiagnostic& diagnostic : parser.GetDiagnostics()) {
+        const std::string message = diagnostic.message.toStdString();
+        Require(
+            !hasText || message.find("the file is empty") == std::string::npos, "only an empty file is called empty");
+        Require(hasPrefix || message.find("IllegalColon") == std::string::npos, "names are those of the document");
+        Require(message.find("::npos") == std::string::npos, "no assertion explains a fault");
+    }
+}
+
 // Parses documents with one parser, which keeps its schema.
 class Checker {
 public:
@@ -47,12 +61,13 @@ public:
             throw std::runtime_error("the schema has errors");
     }
 
-    void Run(InputSource& source, const LineLengths* lines)
+    void Run(InputSource& source, const std::string& text, const LineLengths* lines)
     {
         const auto counter = std::make_shared<ElementCounter>();
         m_parser->Reload(source, counter);
         m_parser->Parse();
         CheckDiagnostics(*m_parser, counter->count);
+        CheckMessages(*m_parser, text);
         if (lines != nullptr)
             RequirePositionsIn(*lines, m_parser->GetDiagnostics());
         m_parser->Reload(m_nothing, nullptr);
@@ -74,9 +89,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const LineLengths lines(text.View());
     for (Checker* checker : {&wellFormed, &valid}) {
         Utf8InputSource encoded(bytes, "input", false);
-        checker->Run(encoded, nullptr);
+        checker->Run(encoded, bytes, nullptr);
         StringInputSource decoded(text, "input", true);
-        checker->Run(decoded, &lines);
+        checker->Run(decoded, bytes, &lines);
     }
     return 0;
 }

@@ -277,6 +277,14 @@ TEST(DiagnosticPassTest, TextBeforeTheRootElementIsQuotedInEachEncoding)
     EXPECT_EQ(Format(Diagnose(std::string("\xFE\xFF\0x\0<\0a\0/\0>", 12))), expected);
 }
 
+TEST(DiagnosticPassTest, FaultsInFrontOfBytesThatCannotBeDecodedAreExplained)
+{
+    const std::string start = "<?xml version='1.0' encoding='US-ASCII'?>\n<a>\n<b c/>" + std::string(300, 'x');
+    const Lines expected{"3:4-3:5 missing-value /a @c: attribute 'c' has no value; write 'c=\"...\"'"};
+    EXPECT_EQ(Format(Diagnose(start + "\xE9</a>")), expected);
+    EXPECT_EQ(Format(Diagnose(start + std::string(100000, 'x') + std::string(100000, '\xE9') + "</a>")), expected);
+}
+
 // The sanitizer refuses such texts by an exception, because it finds a name to rewrite but no element.
 TEST(DiagnosticPassTest, TextWithAColonAndWithoutAnElementIsExplained)
 {

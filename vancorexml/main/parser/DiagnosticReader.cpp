@@ -108,48 +108,55 @@ bool IsUtf8(const std::u16string& encoding)
     return encoding == XMLUni::fgUTF8EncodingString || encoding == XMLUni::fgUTF8EncodingString2;
 }
 
-// Returns nothing if Xerces does not know the encoding, or if the bytes end within a character. Throws XMLException.
+// Decodes a text up to the first bytes that cannot be decoded, or a few bytes less. Removes the decoded bytes.
 //
 // Xerces' own function for this task, TranscodeFromStr, writes behind the end of a buffer if a text has more than 2,048
 // characters: it asks the transcoder for more characters than it said when it created it.
-std::optional<std::u16string> DecodeAll(std::string_view bytes, const std::u16string& encoding)
+std::u16string DecodeValid(std::string_view& bytes, const std::u16string& encoding)
 {
     constexpr XMLSize_t BlockSize = 8192;  // in code units
+    constexpr std::size_t SmallestStep = 8;
     auto result = xercesc::XMLTransService::Ok;
     const std::unique_ptr<xercesc::XMLTranscoder> transcoder(
         xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
             encoding.c_str(), result, BlockSize, xercesc::XMLPlatformUtils::fgMemoryManager));
-    if (!transcoder)
-        return std::nullopt;
     std::u16string text;
     std::vector<unsigned char> sizes(BlockSize);
-    while (!bytes.empty()) {
+    // Returns how many of the bytes it has decoded; 0 if there is a byte among them that cannot be decoded.
+    const auto decode = [&](std::size_t count) -> std::size_t {
         const std::size_t length = text.size();
         text.resize(length + BlockSize);
         XMLSize_t read = 0;
-        const XMLSize_t written = transcoder->transcodeFrom(
-            reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(), &text[length], BlockSize, read, sizes.data());
-        if (read == 0)
-            return std::nullopt;
+        XMLSize_t written = 0;
+        try {
+            const auto* const begin = reinterpret_cast<const XMLByte*>(bytes.data());
+            written = transcoder->transcodeFrom(begin, count, &text[length], BlockSize, read, sizes.data());
+        } catch (const xercesc::XMLException&) {
+            read = written = 0;
+        }
         text.resize(length + written);
+        return read;
+    };
+    std::size_t step = transcoder ? bytes.size() : 0;
+    while (step != 0 && !bytes.empty()) {
+        step = std::min(step, bytes.size());
+        const std::size_t read = decode(step);
         bytes.remove_prefix(read);
+        if (read == 0)
+            step = step > SmallestStep ? step / 2 : 0;
     }
     return text;
 }
 
-// Returns the text in UTF-8, or an empty text if it cannot be decoded. Drops an incomplete character at the end.
+// Decodes a text. In place of each byte that cannot be decoded, the text has U+FFFD, so that the markup behind it is
+// found all the same. Drops an incomplete character at the end.
 std::string Decode(std::string_view bytes, const std::u16string& encoding)
 {
-    constexpr std::size_t longestCharacter = 4;
-    for (std::size_t cut = 0; cut < std::min(longestCharacter, bytes.size() + 1); ++cut) {
-        try {
-            if (const auto text = DecodeAll(bytes.substr(0, bytes.size() - cut), encoding))
-                return VString(text->data(), text->size()).toStdString();
-        } catch (const xercesc::XMLException&) {
-            // Try it with fewer bytes.
-        }
-    }
-    return std::string();
+    std::u16string text = DecodeValid(bytes, encoding);
+    const bool hasAsciiBytes = !encoding.starts_with(u"UTF-16") && !encoding.starts_with(u"ISO-10646");
+    for (const char byte : hasAsciiBytes ? bytes : std::string_view())
+        text += static_cast<unsigned char>(byte) < 0x80 ? static_cast<char16_t>(byte) : u'\xFFFD';
+    return VString(text.data(), text.size()).toStdString();
 }
 
 }  // namespace
