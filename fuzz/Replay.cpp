@@ -1,10 +1,15 @@
 // Runs a fuzzer without a fuzzing engine over the files in its arguments and in the folders there. Passes each file
 // unchanged, cut in half, and with one byte changed. Fails if an argument has no file.
+//
+// The environment variable VANCOREXML_FUZZ_CORPUS names a folder that scripts/fuzz has filled. Then the fuzzer also
+// runs over the folder there that has its name.
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "fuzz/FuzzSupport.h"
 
@@ -63,8 +68,11 @@ bool RunFolder(const std::filesystem::path& folder)
 
 int main(int argc, char** argv)
 {
-    bool isRead = argc > 1;
-    for (int i = 1; i < argc; ++i)
-        isRead = (std::filesystem::is_directory(argv[i]) ? RunFolder(argv[i]) : RunFile(argv[i])) && isRead;
+    std::vector<std::filesystem::path> paths(argv + 1, argv + argc);
+    if (const char* const corpus = std::getenv("VANCOREXML_FUZZ_CORPUS"))
+        paths.push_back(std::filesystem::path(corpus) / FUZZER_NAME);
+    bool isRead = !paths.empty();
+    for (const std::filesystem::path& path : paths)
+        isRead = (std::filesystem::is_directory(path) ? RunFolder(path) : RunFile(path)) && isRead;
     return isRead ? 0 : 1;
 }
