@@ -291,6 +291,8 @@ TEST(DiagnosticPassTest, TextWithAColonAndWithoutAnElementIsExplained)
     EXPECT_EQ(Format(Diagnose("see :x=1 > <")), Lines{"1:1-1:2 not-xml : the file is plain text, not XML"});
     EXPECT_EQ(Format(Diagnose("\xEF\xBB\xBF\n\n :x=1 > <?p?><!-- -->")),
         Lines{"3:2-3:3 not-xml : the file is plain text, not XML"});
+    EXPECT_EQ(
+        Format(Diagnose("\n %!PS :x=1 > <")), Lines{"2:2-2:3 not-xml : the file is a PostScript document, not XML"});
     EXPECT_EQ(Format(Diagnose("<?xml version='1.0'?>\n<!-- c --> :x=1 /> ")),
         Lines{"2:12-2:19 text-outside-root : the text ':x=1 />' is not allowed before the root element; remove it"});
 }

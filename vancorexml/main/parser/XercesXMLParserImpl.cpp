@@ -31,6 +31,7 @@
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/SAXAdapter.h"
 #include "vancorexml/main/parser/SchemaFaults.h"
+#include "vancorexml/main/parser/SourceMap.h"
 #include "vancorexml/main/parser/SyntaxFaultFinder.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
@@ -511,17 +512,21 @@ void XercesXMLParserImpl::RecordException(const VString& message, const VString&
 void XercesXMLParserImpl::RecordMissingElement(const XercesInputSource& source)
 {
     constexpr std::string_view Mark = "\xEF\xBB\xBF";
-    std::string_view text = *source.Bytes();
+    std::string_view text = source.View();
     if (text.starts_with(Mark))
         text.remove_prefix(Mark.size());
     ParseDiagnostic diagnostic = DescribeException("the document has no root element; add one");
     diagnostic.code = DiagnosticCode::EmptyDocument;
     if (const std::optional<SyntaxFault> fault = FindSyntaxFault(text)) {
         PositionCounter counter(text);
+        const auto locate = [&](std::size_t offset) {
+            const SourcePosition position = counter.At(offset);
+            return source.GetSourceMap() ? source.GetSourceMap()->Map(position) : position;
+        };
         diagnostic.code = fault->code;
         diagnostic.message = fault->message;
-        diagnostic.start = counter.At(fault->start);
-        diagnostic.end = counter.At(fault->end);
+        diagnostic.start = locate(fault->start);
+        diagnostic.end = locate(fault->end);
         diagnostic.value = fault->value;
     }
     Record(ParseDiagnostic::Severity::Error, "Unexpected exception", VError::ErrorInfo::NoError);
