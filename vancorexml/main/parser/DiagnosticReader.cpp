@@ -148,13 +148,19 @@ std::u16string DecodeValid(std::string_view& bytes, const std::u16string& encodi
     return text;
 }
 
+// True for names such as "UTF-16LE" and "ISO-10646-UCS-4": the encoding has no characters of one byte.
+bool HasLargeUnits(const std::u16string& encoding)
+{
+    return encoding.starts_with(u"UTF-16") || encoding.starts_with(u"UTF-32") ||
+        encoding.find(u"UCS") != std::u16string::npos;
+}
+
 // Decodes a text. In place of each byte that cannot be decoded, the text has U+FFFD, so that the markup behind it is
-// found all the same. Drops an incomplete character at the end.
+// found all the same. Drops an incomplete character at the end of a text with large units.
 std::string Decode(std::string_view bytes, const std::u16string& encoding)
 {
     std::u16string text = DecodeValid(bytes, encoding);
-    const bool hasAsciiBytes = !encoding.starts_with(u"UTF-16") && !encoding.starts_with(u"ISO-10646");
-    for (const char byte : hasAsciiBytes ? bytes : std::string_view())
+    for (const char byte : HasLargeUnits(encoding) ? std::string_view() : bytes)
         text += static_cast<unsigned char>(byte) < 0x80 ? static_cast<char16_t>(byte) : u'\xFFFD';
     return VString(text.data(), text.size()).toStdString();
 }
