@@ -6,6 +6,7 @@
 
 #include "tests/parsing/ParsingTestSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/FileInputSource.h"
 #include "vancorexml/main/parser/ParseDiagnostic.h"
 #include "vancorexml/main/parser/XercesXMLParser.h"
 
@@ -293,6 +294,11 @@ TEST(DiagnosticPassTest, TextWithAColonAndWithoutAnElementIsExplained)
         Lines{"3:2-3:3 not-xml : the file is plain text, not XML"});
     EXPECT_EQ(
         Format(Diagnose("\n %!PS :x=1 > <")), Lines{"2:2-2:3 not-xml : the file is a PostScript document, not XML"});
+    const testsupport::TemporaryFolder folder;
+    FileInputSource file(folder.Write("a.txt", "see :x=1 > <"));
+    const auto parser = XercesXMLParser::Create(file, nullptr);
+    parser->Parse();
+    EXPECT_EQ(Format(parser->GetDiagnostics()), Lines{"1:1-1:2 not-xml : the file is plain text, not XML"});
     EXPECT_EQ(Format(Diagnose("<?xml version='1.0'?>\n<!-- c --> :x=1 /> ")),
         Lines{"2:12-2:19 text-outside-root : the text ':x=1 />' is not allowed before the root element; remove it"});
 }
@@ -494,6 +500,14 @@ TEST(DiagnosticPassTest, HundredThousandFaultsTakeLinearTime)
     for (int i = 0; i < 100000; ++i)
         attributes += " a" + std::to_string(i) + "='1'";
     EXPECT_EQ(Diagnose(attributes + ">" + goodOrder + "</orders>", schema).size(), 100000u);
+}
+
+// The values begin like the prefix of the sanitizer.
+TEST(DiagnosticPassTest, ManyFaultsBehindAColonNameTakeLinearTime)
+{
+    const testsupport::CpuTimeLimit limit(60);
+    const std::string orders = testsupport::Repeat("<order id='IIIIIIIIIIIIIIII'/>", 40000);
+    EXPECT_GE(Diagnose("<orders :x='1'>" + orders + "</orders>", schema).size(), 80000u);
 }
 
 }  // namespace

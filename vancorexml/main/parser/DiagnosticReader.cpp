@@ -235,7 +235,7 @@ std::vector<ParseDiagnostic> DiagnosticReader::Read()
     }
     m_diagnostics = std::move(kept);
     std::stable_sort(m_diagnostics.begin(), m_diagnostics.end(), isBefore);
-    if (m_source.IsRewritten()) {
+    if (m_writtenNames.RestoresQuotations()) {
         for (ParseDiagnostic& diagnostic : m_diagnostics)
             RestoreQuotations(diagnostic);
     }
@@ -705,12 +705,13 @@ void DiagnosticReader::LocateEntity(ParseDiagnostic& diagnostic) const
         "entity " + Quote(diagnostic.value) + " is declared", MapPosition(counter.At(declaration->nameStart))};
 }
 
-void DiagnosticReader::RestoreQuotations(ParseDiagnostic& diagnostic) const
+void DiagnosticReader::RestoreQuotations(ParseDiagnostic& diagnostic)
 {
-    diagnostic.message = m_writtenNames.RestoreQuotation(diagnostic.message);
-    diagnostic.value = m_writtenNames.RestoreQuotation(diagnostic.value);
+    const VString prefix(ColonRewriting::ReadPrefix.data(), ColonRewriting::ReadPrefix.size());
+    diagnostic.message = diagnostic.message.replace(prefix, ":");
+    diagnostic.value = diagnostic.value.replace(prefix, ":");
     if (diagnostic.related)
-        diagnostic.related->message = m_writtenNames.RestoreQuotation(diagnostic.related->message);
+        diagnostic.related->message = diagnostic.related->message.replace(prefix, ":");
 }
 
 VString DiagnosticReader::RestoreNames(const VString& message)

@@ -183,7 +183,7 @@ private:
     // Returns the prefixes that the document declares up to the next start tag, including that tag.
     std::vector<VString> FindPrefixes() const;
     // Removes the prefixes of the sanitizer from texts that quote the document.
-    void RestoreQuotations(ParseDiagnostic& diagnostic) const;
+    static void RestoreQuotations(ParseDiagnostic& diagnostic);
     // Returns the message with the names that the document writes.
     VString RestoreNames(const VString& message);
     VString Restore(const VString& name) const { return XercesColonSanitizer::RestoreName(name); }

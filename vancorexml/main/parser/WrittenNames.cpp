@@ -63,10 +63,9 @@ bool WrittenNames::IsPrefixInserted() const
     return m_isRewritten && m_given && m_given->find(ColonRewriting::Prefix) == std::string::npos;
 }
 
-VString WrittenNames::RestoreQuotation(const VString& text) const
+bool WrittenNames::RestoresQuotations() const
 {
-    const bool mayBeWritten = m_given && m_given->find(ColonRewriting::Prefix) != std::string::npos;
-    return m_isRewritten && !mayBeWritten ? text.replace(ToString(ColonRewriting::ReadPrefix), ":") : text;
+    return m_isRewritten && (!m_given || m_given->find(ColonRewriting::Prefix) == std::string::npos);
 }
 
 VString WrittenNames::Restore(const VString& message)

@@ -27,9 +27,9 @@ public:
     // True if the prefix comes from the sanitizer wherever Xerces reads it: it is not written in the document itself.
     // Linear in a document that was rewritten.
     bool IsPrefixInserted() const;
-    // Returns a text that quotes the document without the prefixes of the sanitizer, unless the document itself writes
-    // the prefix. Linear in a document that was rewritten.
-    VString RestoreQuotation(const VString& text) const;
+    // True if the prefix in a text that quotes the document can only come from the sanitizer, or if the document was
+    // not kept. Linear in a document that was rewritten.
+    bool RestoresQuotations() const;
     // Returns the message with the attribute name that the document writes. The first message about a name
     // with the prefix is linear in the document.
     VString Restore(const VString& message);

@@ -36,6 +36,7 @@
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
 #include "vancorexml/main/parser/XMLParseException.h"
+#include "vancorexml/main/parser/XMLUtils.h"
 #include "vancorexml/main/parser/XercesBuffer.h"
 #include "vancorexml/main/parser/XercesReaderSetup.h"
 #include "vansys/LogicException.h"
@@ -559,8 +560,12 @@ void XercesXMLParserImpl::ReadInput()
     try {
         sanitized.emplace(provider.GetXercesInputSource(ColonProcessingSanitize));
     } catch (const LogicException&) {
-        // The sanitizer refuses a text without an element in which it would rewrite a name.
-        RecordMissingElement(provider.GetXercesInputSource(ColonProcessingNone));
+        // The sanitizer refuses a text without an element in which it would rewrite a name. A file is at its end now.
+        GetInput().ResetToStart();
+        const XercesInputSource given = provider.GetXercesInputSource(ColonProcessingNone);
+        if (XmlUtils::FindFirstElementTag(*given.Bytes()).start != XmlUtils::npos)
+            throw;
+        RecordMissingElement(given);
         return;
     }
     const XercesInputSource& source = *sanitized;
