@@ -168,7 +168,7 @@ TEST_P(ParsingFaultTest, ParserWorksAfterAFault)
         const std::vector<unsigned char> bytes = BytesOf(row.text);
         DOMParser parser;
         const std::string expected = Describe(Parse(parser, bytes));
-        for (long number = 0;; number += 1 + number / 20) {
+        for (long number = 0;; number = NextNumber(number)) {
             AllocationFaults::Begin(GetParam().kind, number, GetParam().forever);
             try {
                 Parse(parser, bytes);
@@ -262,7 +262,7 @@ TEST_P(ParsingFaultTest, ValidatingParserWorksAfterAFault)
     for (const char* const text : {"<a c='x'><b>1</b></a>", "<a c='1'><b>x</b><d/></a>"}) {
         const std::vector<unsigned char> bytes = BytesOf(text);
         const std::vector<VString> expected = parse(bytes);
-        for (long number = 0;; number += 1 + number / 20) {
+        for (long number = 0;; number = NextNumber(number)) {
             AllocationFaults::Begin(GetParam().kind, number, GetParam().forever);
             try {
                 parse(bytes);
@@ -357,7 +357,7 @@ TEST_P(ParsingFaultTest, CanonicalValueOfAKeyFailsCleanly)
 TEST_P(ParsingFaultTest, SchemaCanBeLoadedAgainAfterAFault)
 {
     const std::vector<unsigned char> bytes = BytesOf("<a c='1'><b>x</b><d/></a>");
-    for (long number = 0;; number += 1 + number / 20) {
+    for (long number = 0;; number = NextNumber(number)) {
         BinaryInputSource source(bytes, VString("document"), false);
         const std::unique_ptr<XercesXMLParser> parser = XercesXMLParser::Create(source, std::make_shared<Listener>());
         const auto load = [&parser] {
