@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Checks that each promise in SECURITY.md names tests, and that these tests exist.
+"""Checks that each promise and each limit in SECURITY.md names tests, and that these tests exist.
 
     check-promises.py SOURCE-FOLDER
 
-A row of the tables of promises names a suite, a case (SUITE.CASE), or a test of CTest.
+The last column of a row names a suite, a case (SUITE.CASE), or a test of CTest.
 """
 
 import re
@@ -29,18 +29,18 @@ def main():
     folder = Path(sys.argv[1])
     tests = find_tests(folder)
     text = (folder / "SECURITY.md").read_text(encoding="utf-8")
-    promises = text[text.index("## Promises"):text.index("## Limits")]
-    rows = [line.split("|")[1:3] for line in promises.splitlines() if line.startswith("| ")]
-    rows = [row for row in rows if row[1] != " Tests "]
+    promises = text[text.index("## Promises"):text.index("## Limits that you must set")]
+    rows = [line.split("|")[1:-1] for line in promises.splitlines() if line.startswith("| ")]
+    rows = [row for row in rows if row[-1] != " Tests "]
     failures = []
-    for promise, column in rows:
+    for *promise, column in rows:
         named = re.findall(r"`([^`]+)`", column)
         if not named:
-            failures.append("no test: " + promise.strip())
+            failures.append("no test: " + "|".join(promise).strip())
         failures += ["this test does not exist: " + name for name in named if name not in tests]
     for failure in failures:
         print("failure: " + failure)
-    print("%d promises, %d failures" % (len(rows), len(failures)))
+    print("%d promises and limits, %d failures" % (len(rows), len(failures)))
     return 0 if rows and not failures else 1
 
 
