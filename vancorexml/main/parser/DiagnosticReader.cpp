@@ -924,20 +924,17 @@ void DiagnosticReader::ExplainFatal(const XercesFault& fault)
     if (!m_openEntities.empty())
         ExplainEntity(diagnostic, fault);
     const std::optional<SyntaxFault> found = !m_openEntities.empty() ? std::nullopt : FindSyntaxFault(m_text);
-    PositionCounter counter(m_text);
-    const SourcePosition start = found ? MapPosition(counter.At(found->start)) : SourcePosition();
-    if (found && !IsBefore(fault.position, start)) {
-        diagnostic.code = found->code;
-        diagnostic.message = RestoreNames(found->message);
-        diagnostic.start = start;
-        diagnostic.end = MapPosition(counter.At(found->end));
-        diagnostic.attribute = Restore(found->attribute);
-        diagnostic.value = found->value;
-        diagnostic.suggestion = found->suggestion;
-        if (found->code == DiagnosticCode::MismatchedEndTag)
-            PreferEndTag(diagnostic, m_text.substr(found->start, found->end - found->start));
-        if (found->relatedStart != std::string_view::npos)
-            diagnostic.related = {found->relatedMessage, MapPosition(counter.At(found->relatedStart))};
+    if (found) {
+        ParseDiagnostic described = diagnostic;
+        described.code = found->code;
+        DescribeSyntaxFault(*found, m_text, m_source.GetSourceMap().get(), described);
+        if (!IsBefore(fault.position, described.start)) {
+            described.message = RestoreNames(described.message);
+            described.attribute = Restore(described.attribute);
+            if (found->code == DiagnosticCode::MismatchedEndTag)
+                PreferEndTag(described, m_text.substr(found->start, found->end - found->start));
+            diagnostic = std::move(described);
+        }
     }
     // Replaces a doubt about the same entity.
     const auto isSame = [&](const ParseDiagnostic& other) {

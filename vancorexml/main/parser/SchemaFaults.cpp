@@ -185,18 +185,8 @@ std::optional<ParseDiagnostic> ExplainSyntax(const ParseDiagnostic& fatal, const
     const std::optional<SyntaxFault> fault = FindSyntaxFault(source.View());
     if (!fault)
         return std::nullopt;
-    PositionCounter counter(source.View());
-    const auto map = [&](std::size_t offset) {
-        const SourcePosition position = counter.At(offset);
-        return source.GetSourceMap() ? source.GetSourceMap()->Map(position) : position;
-    };
     ParseDiagnostic diagnostic = fatal;
-    diagnostic.message = fault->message;
-    diagnostic.suggestion = fault->suggestion;
-    diagnostic.start = map(fault->start);
-    diagnostic.end = map(fault->end);
-    if (fault->relatedStart != std::string_view::npos)
-        diagnostic.related = {fault->relatedMessage, map(fault->relatedStart)};
+    DescribeSyntaxFault(*fault, source.View(), source.GetSourceMap().get(), diagnostic);
     return diagnostic;
 }
 

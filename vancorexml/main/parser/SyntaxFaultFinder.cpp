@@ -11,7 +11,9 @@
 #include "vancoreplatform/VCType.h"
 #include "vancorexml/main/parser/DeclarationSyntax.h"
 #include "vancorexml/main/parser/ForeignFormat.h"
+#include "vancorexml/main/parser/PositionCounter.h"
 #include "vancorexml/main/parser/ReferenceSyntax.h"
+#include "vancorexml/main/parser/SourceMap.h"
 #include "vancorexml/main/parser/SyntaxText.h"
 #include "vancorexml/main/parser/TagSyntax.h"
 
@@ -596,4 +598,21 @@ void DocumentScanner::DescribeAsHtml()
 std::optional<SyntaxFault> FindSyntaxFault(std::string_view text)
 {
     return DocumentScanner(text).Scan();
+}
+
+void DescribeSyntaxFault(const SyntaxFault& fault, std::string_view text, SourceMap* map, ParseDiagnostic& diagnostic)
+{
+    PositionCounter counter(text);
+    const auto locate = [&](std::size_t offset) {
+        const SourcePosition position = counter.At(offset);
+        return map ? map->Map(position) : position;
+    };
+    diagnostic.message = fault.message;
+    diagnostic.start = locate(fault.start);
+    diagnostic.end = locate(fault.end);
+    diagnostic.attribute = fault.attribute;
+    diagnostic.value = fault.value;
+    diagnostic.suggestion = fault.suggestion;
+    if (fault.relatedStart != std::string_view::npos)
+        diagnostic.related = {fault.relatedMessage, locate(fault.relatedStart)};
 }

@@ -7,6 +7,9 @@
 
 #include "vancoreplatform/VString.h"
 #include "vancorexml/main/parser/DiagnosticCode.h"
+#include "vancorexml/main/parser/ParseDiagnostic.h"
+
+class SourceMap;
 
 // A violation of the rules of well-formed XML, in words for the author of the document.
 struct SyntaxFault {
@@ -32,3 +35,7 @@ struct SyntaxFault {
 //
 // Thread-safe. Linear in the text. The call stack does not grow with the depth of the document.
 std::optional<SyntaxFault> FindSyntaxFault(std::string_view text);
+
+// Puts the words and the places of a fault in `text` into a diagnostic, whose code stays. `map` maps places in the text
+// to places in the document; null if they are the same. Linear in the text.
+void DescribeSyntaxFault(const SyntaxFault& fault, std::string_view text, SourceMap* map, ParseDiagnostic& diagnostic);

@@ -60,12 +60,12 @@ bool WrittenNames::IsRewritten(std::u16string_view name)
 
 bool WrittenNames::IsPrefixInserted() const
 {
-    return m_isRewritten && m_given && m_given->find(ColonRewriting::Prefix) == std::string::npos;
+    return m_given && RestoresQuotations();
 }
 
 bool WrittenNames::RestoresQuotations() const
 {
-    return m_isRewritten && (!m_given || m_given->find(ColonRewriting::Prefix) == std::string::npos);
+    return m_isRewritten && !(m_given && m_given->find(ColonRewriting::Prefix) != std::string::npos);
 }
 
 VString WrittenNames::Restore(const VString& message)

@@ -27,11 +27,9 @@
 #include "vancorexml/main/parser/EncodingFaults.h"
 #include "vancorexml/main/parser/NulFinder.h"
 #include "vancorexml/main/parser/PatternProgram.h"
-#include "vancorexml/main/parser/PositionCounter.h"
 #include "vancorexml/main/parser/QtVanResources.h"
 #include "vancorexml/main/parser/SAXAdapter.h"
 #include "vancorexml/main/parser/SchemaFaults.h"
-#include "vancorexml/main/parser/SourceMap.h"
 #include "vancorexml/main/parser/SyntaxFaultFinder.h"
 #include "vancorexml/main/parser/Utf16InputSource.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
@@ -519,16 +517,8 @@ void XercesXMLParserImpl::RecordMissingElement(const XercesInputSource& source)
     ParseDiagnostic diagnostic = DescribeException("the document has no root element; add one");
     diagnostic.code = DiagnosticCode::EmptyDocument;
     if (const std::optional<SyntaxFault> fault = FindSyntaxFault(text)) {
-        PositionCounter counter(text);
-        const auto locate = [&](std::size_t offset) {
-            const SourcePosition position = counter.At(offset);
-            return source.GetSourceMap() ? source.GetSourceMap()->Map(position) : position;
-        };
         diagnostic.code = fault->code;
-        diagnostic.message = fault->message;
-        diagnostic.start = locate(fault->start);
-        diagnostic.end = locate(fault->end);
-        diagnostic.value = fault->value;
+        DescribeSyntaxFault(*fault, text, source.GetSourceMap().get(), diagnostic);
     }
     Record(ParseDiagnostic::Severity::Error, "Unexpected exception", VError::ErrorInfo::NoError);
     Describe({std::move(diagnostic)});
