@@ -108,11 +108,12 @@ bool IsUtf8(const std::u16string& encoding)
     return encoding == XMLUni::fgUTF8EncodingString || encoding == XMLUni::fgUTF8EncodingString2;
 }
 
-// Decodes a text up to the first bytes that cannot be decoded, or a few bytes less. Removes the decoded bytes.
+// Returns the text in UTF-8, up to the first bytes that cannot be decoded or a few bytes less. Xerces does not report a
+// syntax fault behind them.
 //
 // Xerces' own function for this task, TranscodeFromStr, writes behind the end of a buffer if a text has more than 2,048
 // characters: it asks the transcoder for more characters than it said when it created it.
-std::u16string DecodeValid(std::string_view& bytes, const std::u16string& encoding)
+std::string Decode(std::string_view bytes, const std::u16string& encoding)
 {
     constexpr XMLSize_t BlockSize = 8192;  // in code units
     constexpr std::size_t SmallestStep = 8;
@@ -145,23 +146,6 @@ std::u16string DecodeValid(std::string_view& bytes, const std::u16string& encodi
         if (read == 0)
             step = step > SmallestStep ? step / 2 : 0;
     }
-    return text;
-}
-
-// True for names such as "UTF-16LE" and "ISO-10646-UCS-4": the encoding has no characters of one byte.
-bool HasLargeUnits(const std::u16string& encoding)
-{
-    return encoding.starts_with(u"UTF-16") || encoding.starts_with(u"UTF-32") ||
-        encoding.find(u"UCS") != std::u16string::npos;
-}
-
-// Decodes a text. In place of each byte that cannot be decoded, the text has U+FFFD, so that the markup behind it is
-// found all the same. Drops an incomplete character at the end of a text with large units.
-std::string Decode(std::string_view bytes, const std::u16string& encoding)
-{
-    std::u16string text = DecodeValid(bytes, encoding);
-    for (const char byte : HasLargeUnits(encoding) ? std::string_view() : bytes)
-        text += static_cast<unsigned char>(byte) < 0x80 ? static_cast<char16_t>(byte) : u'\xFFFD';
     return VString(text.data(), text.size()).toStdString();
 }
 
