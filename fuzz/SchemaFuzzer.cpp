@@ -1,14 +1,58 @@
 // Loads an arbitrary schema and validates documents with it. The trees are whole, the positions of the diagnostics lie
 // in the schema and in the documents, and parsing the first document again after the others gives the same result.
 //
-// Input: a schema, and the documents as further parts.
+// Input: a schema, and the documents as further parts. Parts that begin with '+' are schemas too: the first schema gets
+// them for its imports, inclusions and redefinitions.
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "fuzz/FuzzSupport.h"
 #include "vancorexml/main/parser/DOMParser.h"
 #include "vancorexml/main/parser/Utf8InputSource.h"
+#include "vancorexml/main/parser/XercesXMLParser.h"
 
 namespace {
+
+// Answers each request for a schema with the next one of the given texts.
+class Includer final : public SAXInterfaceExtension {
+public:
+    explicit Includer(const std::vector<VString>& schemas) : m_schemas(schemas) {}
+
+    void StartElement(const VString&, const AttributeMap&) override {}
+    void EndElement() override {}
+    void Characters(const VString&) override {}
+    void ResolveSchemaPath(VString& path, const VString&, const VString&) override
+    {
+        if (m_next < m_schemas.size())
+            path = MESSAGES_FOLDER "/orders.xsd";  // its text does not count
+    }
+    VString PreprocessSchemaText(const VString&, const VString&, const VString&) override
+    {
+        return m_schemas.at(m_next++);
+    }
+
+private:
+    const std::vector<VString>& m_schemas;
+    std::size_t m_next = 0;
+};
+
+// Loads a schema that may name others. Parses the document twice. Returns the messages of all three steps.
+std::vector<std::vector<VString>> LoadAndParse(
+    const VString& schema, const std::vector<VString>& others, const VString& document)
+{
+    StringInputSource source(document, "document", true);
+    const auto parser = XercesXMLParser::Create(source, std::make_shared<Includer>(others));
+    StringInputSource schemaSource(schema, "schema", false);
+    parser->LoadXSDSource(schemaSource);
+    std::vector<std::vector<VString>> errors{parser->GetErrors()};
+    for (int i = 0; i < 2; ++i) {
+        source.ResetToStart();
+        parser->Parse();
+        errors.push_back(parser->GetErrors());
+    }
+    return errors;
+}
 
 // Parses documents with one parser and checks each result.
 class Checker {
@@ -39,16 +83,31 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     InputParts parts(data, size);
-    const auto nextText = [&parts] { return VString::fromStdString(parts.Next()); };
-    Checker checker(nextText());
-    const VString first = parts.IsAtEnd() ? VString("<a/>") : nextText();
-    const auto document = checker.Parse(first);
+    const VString schema = VString::fromStdString(parts.Next());
+    std::vector<VString> others;
+    std::vector<VString> documents;
+    while (!parts.IsAtEnd()) {
+        const std::string part = parts.Next();
+        const bool isSchema = part.starts_with('+');
+        (isSchema ? others : documents).push_back(VString::fromStdString(part.substr(isSchema ? 1 : 0)));
+    }
+    if (documents.empty())
+        documents.emplace_back("<a/>");
+
+    Checker checker(schema);
+    const auto document = checker.Parse(documents[0]);
     const std::vector<ParseDiagnostic> diagnostics = checker.GetDiagnostics();
-    while (!parts.IsAtEnd())
-        checker.Parse(nextText());
-    const auto again = checker.Parse(first);
+    for (std::size_t i = 1; i < documents.size(); ++i)
+        checker.Parse(documents[i]);
+    const auto again = checker.Parse(documents[0]);
     Require(*document == *again, "a later parse builds the same tree");
     Require(document->GetErrors() == again->GetErrors(), "a later parse reports the same errors");
     Require(diagnostics == checker.GetDiagnostics(), "a later parse reports the same diagnostics");
+
+    if (!others.empty()) {
+        const auto errors = LoadAndParse(schema, others, documents[0]);
+        Require(errors[1] == errors[2], "a second parse with included schemas reports the same errors");
+        Require(errors == LoadAndParse(schema, others, documents[0]), "another parser reports the same errors");
+    }
     return 0;
 }
