@@ -1,11 +1,19 @@
-// Edits a document. The result is well-formed, consists of the original and the edits, and is verified by the editor.
-// Values that were set once are not set again. Adding an attribute and removing it restores the document.
-// Input: a document, a path, and lines that each begin with the kind of a change (see ReadChange).
+// Edits a document. The result is well-formed and consists of the original and the edits. It has the tree that the same
+// changes of the original's tree make, unless they insert fragments. Values that were set once are not set again.
+// Adding an attribute and removing it restores the document. Input: a document, a path, and lines that each begin with
+// the kind of a change (see ReadChange).
+#include <memory>
 #include <optional>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "fuzz/FuzzSupport.h"
+#include "vancorexml/main/parser/DOMElement.h"
+#include "vancorexml/main/parser/DOMElementTraversal.h"
 #include "vancorexml/main/parser/DOMParser.h"
+#include "vancorexml/main/parser/DOMPath.h"
 #include "vancorexml/main/parser/XMLSourceEditor.h"
 
 namespace {
@@ -36,10 +44,51 @@ ElementChange ReadChange(const std::string& lines)
     return change;
 }
 
+bool InsertsFragments(const ElementChange& change)
+{
+    return !change.before.empty() || !change.prepended.empty() || !change.appended.empty() || !change.after.empty();
+}
+
 bool OnlySetsValues(const ElementChange& change)
 {
-    return !change.name && !change.isDeleted && change.before.empty() && change.prepended.empty() &&
-        change.appended.empty() && change.after.empty();
+    return !change.name && !change.isDeleted && !InsertsFragments(change);
+}
+
+// Removes the white space from all texts.
+void DropWhiteSpace(DOM& tree)
+{
+    for (DOMElement& element : DOMElementTraversal::MutablePreorderTraversal(tree.GetRoot())) {
+        std::u16string text(element.GetText().View());
+        std::erase_if(text, [](char16_t unit) { return unit == ' ' || (unit >= '\t' && unit <= '\r'); });
+        element.SetText(VString(text.data(), text.size()));
+    }
+}
+
+// Makes a change that inserts no fragments in the tree of the original, and compares the tree with the edited text.
+void CheckTree(const std::string& original, const VString& path, const ElementChange& change, const std::string& edited)
+{
+    DOMParser parser;
+    const std::unique_ptr<DOM> expected = parser.ParseXmlString(VString::fromStdString(original), "original");
+    std::vector<std::unique_ptr<DOMElement>> removed;
+    for (DOMElement* element : DOMPath::GetAll(*expected->GetDocumentRoot(), path)) {
+        for (const auto& [name, value] : change.setAttributes)
+            element->SetAttribute(name, value);
+        for (const VString& name : change.removeAttributes)
+            element->RemoveAttribute(name);
+        if (change.text)
+            element->SetText(*change.text);
+        if (change.name)
+            element->SetName(*change.name);
+        if (change.isDeleted)
+            removed.push_back(element->GetParent()->RemoveChild(*element));
+    }
+    const std::unique_ptr<DOM> result = parser.ParseXmlString(VString::fromStdString(edited), "edited");
+    // A deleted element takes the white space of its line with it.
+    if (change.isDeleted) {
+        DropWhiteSpace(*expected);
+        DropWhiteSpace(*result);
+    }
+    Require(*expected == *result, "the edited document has the changed tree");
 }
 
 std::optional<EditedText> Edit(const std::string& text, const VString& path, const ElementChange& change)
@@ -100,6 +149,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     const ElementChange change = ReadChange(parts.Next());
     const std::optional<EditedText> edited = Edit(text, path, change);
+    if (edited && !InsertsFragments(change))
+        CheckTree(text, path, change, edited->text);
     if (!edited || !OnlySetsValues(change))
         return 0;
     const std::optional<EditedText> again = Edit(edited->text, path, change);
