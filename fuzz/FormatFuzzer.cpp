@@ -12,6 +12,11 @@
 
 namespace {
 
+bool IsBlank(char byte)
+{
+    return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
+}
+
 // Returns the markup that the formatter keeps: comments, processing instructions and CDATA sections, found by their
 // spelling alone. Returns nothing of a document with a document type, where they may stand in quotes.
 std::vector<std::string_view> FindKeptMarkup(std::string_view text)
@@ -26,7 +31,8 @@ std::vector<std::string_view> FindKeptMarkup(std::string_view text)
             if (text.substr(at, begin.size()) != begin)
                 continue;
             const std::size_t length = text.find(end, at + begin.size()) + end.size() - at;
-            if (text.substr(at, 5) != "<?xml")  // the declaration changes
+            const bool isDeclaration = text.substr(at, 5) == "<?xml" && IsBlank(text[at + 5]);
+            if (!isDeclaration)  // the declaration changes
                 found.push_back(text.substr(at, length));
             at += length - 1;
             break;
