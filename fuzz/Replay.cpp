@@ -69,8 +69,13 @@ bool RunFolder(const std::filesystem::path& folder)
 int main(int argc, char** argv)
 {
     std::vector<std::filesystem::path> paths(argv + 1, argv + argc);
-    if (const char* const corpus = std::getenv("VANCOREXML_FUZZ_CORPUS"))
-        paths.push_back(std::filesystem::path(corpus) / FUZZER_NAME);
+    if (const char* const corpus = std::getenv("VANCOREXML_FUZZ_CORPUS")) {
+        const std::filesystem::path kept = std::filesystem::path(corpus) / FUZZER_NAME;
+        if (std::filesystem::exists(kept))
+            paths.push_back(kept);
+        else
+            std::cerr << "the fuzzer has kept no inputs: there is no " << kept << "\n";
+    }
     bool isRead = !paths.empty();
     for (const std::filesystem::path& path : paths)
         isRead = (std::filesystem::is_directory(path) ? RunFolder(path) : RunFile(path)) && isRead;
