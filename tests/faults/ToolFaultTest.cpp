@@ -32,7 +32,7 @@ struct Row {
     std::string input = {};                                // standard input
     std::string output = {};                               // the content of the file "output" before the run, if any
     bool (*isComplete)(const std::string&) = IsEmptyText;  // true for a file that may replace it
-    std::size_t documents = 1;                             // files with the text; several threads process them
+    std::size_t documents = 1;                             // files with the text; threads process several files
 };
 
 std::ostream& operator<<(std::ostream& out, const Row& row)
@@ -87,12 +87,12 @@ protected:
 
     // Expects that each document is the old or the new one. With a single document, that is told by the status.
     static void ExpectWhole(
-        const std::vector<std::string>& texts, bool isRefused, const std::string& expected, long number)
+        const std::vector<std::string>& texts, bool isRefused, const std::vector<std::string>& expected, long number)
     {
         const bool isSingle = texts.size() == 1;
-        for (const std::string& text : texts) {
-            const bool isOld = isRefused && (isSingle || text == GetParam().text);
-            EXPECT_EQ(text, isOld ? GetParam().text : expected) << "after " << number;
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            const bool isOld = isRefused && (isSingle || texts[i] == GetParam().text);
+            EXPECT_EQ(texts[i], isOld ? GetParam().text : expected[i]) << "after " << number;
         }
     }
 
@@ -122,7 +122,7 @@ protected:
             const bool isReported = !GetParam().output.empty() && run.output != GetParam().output;
             EXPECT_TRUE(isReported || run.result.errors.empty() == (!isRefused && expected.result.errors.empty()))
                 << "after " << number;
-            ExpectWhole(run.texts, isRefused, expected.texts.front(), number);
+            ExpectWhole(run.texts, isRefused, expected.texts, number);
             const bool isOld = isRefused && run.output == GetParam().output;
             EXPECT_TRUE(isOld || GetParam().isComplete(run.output)) << "after " << number << "\n" << run.output;
         }
@@ -172,6 +172,16 @@ const Row Rows[] = {
     {"ValidateJobs", {"check", "--jobs", "2"}, DataSource, "", "", IsEmptyText, 6},
     {"FormatJobs", {"format", "--in-place", "--jobs", "2"}, Text, "", "", IsEmptyText, 6},
     {"StatsJobs", {"stats", "--json", "--jobs", "2"}, Text, "", "", IsEmptyText, 6},
+    {"EditJobs", {"edit", "--at", "//g", "--set", "h=new", "--in-place", "--jobs", "2"}, Text, "", "", IsEmptyText, 6},
+    {"RetargetJobs",
+        {"retarget", "--data-source", "orders=new", "--in-place", "--jobs", "2"},
+        DataSource,
+        "",
+        "",
+        IsEmptyText,
+        6},
+    {"SchemaList", {"schema", "list"}, "", "", "", IsEmptyText, 0},
+    {"SchemaShow", {"schema", "show", "kxa-10.2"}, "", "", "", IsEmptyText, 0},
     {"TracedDiff", {"diff", "--trace", "OUTPUT", "-"}, Text, "<a/>", OldTrace, IsWholeTrace},
 };
 

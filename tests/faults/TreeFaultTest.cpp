@@ -18,7 +18,7 @@
 namespace {
 
 // Two equal documents. The element top has the children a, c and d, and a has the child b. There are an error on a, and
-// an error and a warning on b.
+// an error and a warning on b. A subtree with diagnostics has been removed from the second document.
 struct Pair {
     Pair()
     {
@@ -35,6 +35,10 @@ struct Pair {
             top.AddNewChild("d", nullptr);
             document->AddDataSourceRename("old", "new");
         }
+        DOMElement& old = OtherTop().AddNewChild("old", nullptr);
+        old.Error("error of old", VError::ErrorInfo::NoError, false, false);
+        old.AddNewChild("inner", nullptr).Warning("warning of inner", VError::ErrorInfo::NoError);
+        removed = OtherTop().RemoveChild(old);
         paths.SetCRC("in/one", "out/one", 1);
         paths.SetCRC("in/two", "out/one", 1);
     }
@@ -45,6 +49,7 @@ struct Pair {
     DOM one;
     DOM two;
     std::unique_ptr<DOMElement> child = std::make_unique<DOMElement>("child");
+    std::unique_ptr<DOMElement> removed;
     const VString text{"a text that is long enough to need memory of its own"};
     const AttributeMap attributes{{"m", "3"}, {"o", "4"}, {"p", "5"}};
     const FieldName oldField{"new", "field"};
@@ -74,8 +79,12 @@ std::string Describe(const DOM& document)
 
 std::string Describe(const Pair& pair)
 {
-    return Describe(pair.one) + Describe(pair.two) + (pair.child ? "with the child\n" : "without the child\n") +
-        (pair.answer ? "yes\n" : "no\n");
+    std::string text = Describe(pair.one) + Describe(pair.two);
+    text += pair.child ? "with the child\n" : "without the child\n";
+    if (pair.removed)
+        text +=
+            "removed" + std::to_string(pair.removed->HasErrors()) + std::to_string(pair.removed->HasWarnings()) + "\n";
+    return text + (pair.answer ? "yes\n" : "no\n");
 }
 
 struct Row {
@@ -96,6 +105,7 @@ const Row Rows[] = {
     {"AddNewChild", [](Pair& pair) { pair.Top().AddNewChild("new", pair.Top().GetChild("a")); }},
     {"AppendChild", [](Pair& pair) { pair.Top().AppendChild(std::move(pair.child)); }},
     {"InsertChild", [](Pair& pair) { pair.Top().InsertChild(std::move(pair.child), pair.Top().GetChild("c")); }},
+    {"InsertRemovedChild", [](Pair& pair) { pair.Top().InsertChild(std::move(pair.removed), nullptr); }},
     {"GetOrNewChild", [](Pair& pair) { pair.Top().GetOrNewChild("new"); }},
     {"RemoveChild", [](Pair& pair) { pair.Top().RemoveChild("a").reset(); }},
     {"RemoveThisChild", [](Pair& pair) { pair.Top().RemoveChild(*pair.one.GetElement("a")).reset(); }},
