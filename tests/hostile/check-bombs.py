@@ -4,7 +4,8 @@
     check-bombs.py VANXML BLIND-LIBRARY [--sanitized] [--verbose]
 
 Beside each hostile document stands a harmless one of the same kind, which must pass. Each is parsed, formatted,
-outlined, queried and validated, and each is loaded as a schema with the same document type and content. A tool that is
+edited, outlined, counted, compared, queried and validated, and each is loaded as a schema with the same document type
+and content. A few become documents with names to rename, because `vanxml retarget` refuses all others. A tool that is
 built with a sanitizer is slower and takes more memory, so --sanitized raises the limits.
 
 Preloads BLIND-LIBRARY (see BlindXerces.cpp) in two more runs: if the library cannot measure entities, it must refuse
@@ -37,12 +38,13 @@ def declare_levels(count, fan, leaf, sign="&", kind=""):
 
 
 class Document:
-    def __init__(self, declarations, content="<r/>"):
+    def __init__(self, declarations, content="<r/>", root="r"):
         self.declarations = declarations
         self.content = content
+        self.root = root
 
     def text(self):
-        return "<!DOCTYPE r [" + self.declarations + "]>" + self.content
+        return "<!DOCTYPE " + self.root + " [" + self.declarations + "]>" + self.content
 
     def schema(self):
         """Returns a schema that contains the document in an annotation."""
@@ -108,6 +110,27 @@ def long_names(count, length):
     return Document(text, "<r>" + ("&%s;" % names[-1]) * 40 + "</r>")
 
 
+def long_references(count):
+    """An entity with 50 references to another one, whose name has 40,000 characters."""
+    name = "n" * 40000
+    return Document("<!ENTITY %s ''><!ENTITY e '%s'>" % (name, ("&%s;" % name) * 50), "<r>" + "&e;" * count + "</r>")
+
+
+def long_default_name(elements):
+    """Elements with a default attribute whose name has 40,000 characters."""
+    return Document("<!ATTLIST e " + "n" * 40000 + " CDATA ''>", "<r>" + "<e/>" * elements + "</r>")
+
+
+def data_source(declarations, caption):
+    content = ("<data-source version='18.1' name='old' caption='%s'><connection class='text-file' filename='a.csv'/>"
+               "</data-source>" % caption)
+    return Document(declarations, content, "data-source")
+
+
+def levels_in_data_source(count, fan):
+    return data_source(declare_levels(count, fan, "x"), "&e%d;" % (count - 1))
+
+
 EXPANSIONS = "more than '50000' entity expansions"
 CONTENT = "grows beyond the limit of 50000 expansions"
 TEXT = "more than '100000000' characters of entities"
@@ -153,6 +176,17 @@ ROWS = [
     ("circle", circle(3), "contains", Document("<!ENTITY a '&b;'><!ENTITY b 'x'>", "<r>&a;&b;</r>")),
     ("long names of nested entities", long_names(900, 4000), "more than '2000000000' characters of the names",
      long_names(20, 4000)),
+    ("long references within an entity", long_references(110), "more than '200000000' characters of entities and",
+     long_references(10)),
+    ("long names of defaults", long_default_name(2100), DEFAULT_TEXT, long_default_name(21)),
+]
+
+# The same for documents that `vanxml retarget` changes.
+DATA_SOURCE_ROWS = [
+    ("entities in an attribute", levels_in_data_source(10, 10), EXPANSIONS, levels_in_data_source(4, 10)),
+    ("quadratic blow-up of an attribute", data_source("<!ENTITY e '" + "x" * 100000 + "'>", "&e;" * 2000), TEXT,
+     data_source("<!ENTITY e '" + "x" * 1000 + "'>", "&e;" * 2000)),
+    ("deep nesting in an attribute", levels_in_data_source(45000, 1), LEVELS, levels_in_data_source(1000, 1)),
 ]
 
 
@@ -173,9 +207,12 @@ class Runner:
         self.bomb_schema = os.path.join(folder, "bomb.xsd")
         self.open_schema = os.path.join(folder, "open.xsd")
         self.plain = os.path.join(folder, "plain.xml")
+        self.data_source = os.path.join(folder, "data-source.kxb")
+        self.other = os.path.join(folder, "other.xml")
         self.failures = []
         write(self.open_schema, OPEN_SCHEMA)
         write(self.plain, "<r/>")
+        write(self.other, "<other/>")
 
     def commands(self, error, is_hostile):
         """Returns the commands with the statuses that they must end with."""
@@ -187,7 +224,11 @@ class Runner:
             (["check", "--schema", self.open_schema, self.path], status if is_validated else 0),
             (["check", "--schema", self.bomb_schema, self.plain], 2 * status),
             (["format", self.path], status),
+            (["edit", "--at", "/*", "--set", "new=1", self.path], status),
             (["tree", self.path], status),
+            (["stats", self.path], status),
+            (["diff", self.path, self.other], 2 * status or 1),
+            (["diff", self.other, self.path], 2 * status or 1),
             (["query", self.path, "/*"], 2 * status),  # the only command that builds a tree
         ]
 
@@ -205,13 +246,22 @@ class Runner:
     def check(self, name, bomb, error, is_hostile):
         write(self.path, bomb.text())
         write(self.bomb_schema, bomb.schema())
-        for command, status in self.commands(error, is_hostile):
+        self.run_all(self.commands(error, is_hostile), name, error, is_hostile)
+
+    def check_data_source(self, name, bomb, error, is_hostile):
+        write(self.data_source, bomb.text())
+        commands = [(["retarget", "--data-source", "old=new", self.data_source], 1 if is_hostile else 0)]
+        self.run_all(commands, name, error, is_hostile)
+
+    def run_all(self, commands, name, error, is_hostile):
+        for command, status in commands:
             result = self.run(command)
             kind = "%s, %s" % ("hostile" if is_hostile else "harmless", " ".join(map(os.path.basename, command)))
             description = describe(name, kind, result)
             if self.is_verbose:
                 print(description)
-            is_expected = result.status == status and (status == 0 or error in result.errors)
+            has_error = error in result.errors
+            is_expected = result.status == status and has_error == (is_hostile and status != 0)
             if not is_expected or not self.is_cheap(result):
                 self.failures.append(description)
 
@@ -244,10 +294,13 @@ def main():
         for name, hostile, error, harmless in ROWS:
             runner.check(name, hostile, error, True)
             runner.check(name, harmless, error, False)
+        for name, hostile, error, harmless in DATA_SOURCE_ROWS:
+            runner.check_data_source(name, hostile, error, True)
+            runner.check_data_source(name, harmless, error, False)
         failures = runner.failures + check_blind(tool, sys.argv[2], runner.path)
     for failure in failures:
         print("failure: " + failure)
-    print("%d pairs of documents, %d failures" % (len(ROWS), len(failures)))
+    print("%d pairs of documents, %d failures" % (len(ROWS) + len(DATA_SOURCE_ROWS), len(failures)))
     return 1 if failures else 0
 
 
