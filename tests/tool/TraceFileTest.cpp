@@ -54,6 +54,19 @@ void ExpectNesting(const std::vector<QJsonObject>& events)
     }
 }
 
+// Expects that each step of the tool on a document names its file, and that each schema is named.
+void ExpectNames(const std::vector<QJsonObject>& events, const std::string& file)
+{
+    for (const QJsonObject& event : events) {
+        const std::string name = event["name"].toString().toStdString();
+        const QJsonObject values = event["args"].toObject();
+        if (name.starts_with("vanxml.") && name != "vanxml.load-schema") {
+            EXPECT_EQ(values["file"].toString().toStdString(), file) << name;
+        }
+        EXPECT_EQ(values["schema"].toString().isEmpty(), name != "vanxml.load-schema") << name;
+    }
+}
+
 }  // namespace
 
 TEST(TraceFileTest, ShowsTheStepsOfACheckInEachOther)
@@ -72,6 +85,7 @@ TEST(TraceFileTest, ShowsTheStepsOfACheckInEachOther)
             "vanxml.validate",
             "XercesXMLParser_DoXercesParse"}));
     ExpectNesting(events);
+    ExpectNames(events, SAMPLES_FOLDER "/orders.kxb");
     const QJsonObject& last = events.back();
     EXPECT_EQ(last["name"].toString(), "vanxml");
     EXPECT_EQ(last["cat"].toString(), "activity");
@@ -92,6 +106,7 @@ TEST(TraceFileTest, ShowsWhatIsWritten)
     const std::vector<QJsonObject> events = ReadTrace(trace);
     EXPECT_THAT(NamesOf(events), IsSupersetOf({"vanxml", "vanxml.document", "vanxml.read", "vanxml.write"}));
     ExpectNesting(events);
+    ExpectNames(events, file.toStdString());
 }
 
 TEST(TraceFileTest, EveryCommandHasTheOption)
