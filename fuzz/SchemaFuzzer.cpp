@@ -2,8 +2,10 @@
 // in the schema and in the documents, and parsing the first document again after the others gives the same result.
 //
 // Input: a schema, and the documents as further parts. Parts that begin with '+' are schemas too: the first schema gets
-// them for its imports, inclusions and redefinitions.
+// them for its imports and inclusions. A redefinition gets none: the library ignores it.
 #include <memory>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,26 +27,48 @@ public:
     void ResolveSchemaPath(VString& path, const VString&, const VString&) override
     {
         if (m_next < m_schemas.size())
-            path = MESSAGES_FOLDER "/orders.xsd";  // its text does not count
+            path = Path();
     }
     VString PreprocessSchemaText(const VString&, const VString&, const VString&) override
     {
         return m_schemas.at(m_next++);
     }
 
+    bool HasAnswered() const noexcept { return m_next > 0; }
+
 private:
+    // Returns a file that exists; its text does not count. The path differs for each schema, because a file that is
+    // included already is not read again.
+    VString Path() const
+    {
+        std::string path = MESSAGES_FOLDER;
+        for (std::size_t i = 0; i < m_next; ++i)
+            path += "/.";
+        return VString::fromStdString(path + "/orders.xsd");
+    }
+
     const std::vector<VString>& m_schemas;
     std::size_t m_next = 0;
 };
+
+// False if the spelling of a schema shows that it neither imports nor includes another one.
+bool MayInclude(const VString& schema)
+{
+    const auto contains = [&schema](
+                              std::u16string_view word) { return schema.View().find(word) < schema.View().size(); };
+    return contains(u"import") || contains(u"include") || contains(u"<!ENTITY");
+}
 
 // Loads a schema that may name others. Parses the document twice. Returns the messages of all three steps.
 std::vector<std::vector<VString>> LoadAndParse(
     const VString& schema, const std::vector<VString>& others, const VString& document)
 {
     StringInputSource source(document, "document", true);
-    const auto parser = XercesXMLParser::Create(source, std::make_shared<Includer>(others));
+    const auto includer = std::make_shared<Includer>(others);
+    const auto parser = XercesXMLParser::Create(source, includer);
     StringInputSource schemaSource(schema, "schema", false);
     parser->LoadXSDSource(schemaSource);
+    Require(!includer->HasAnswered() || MayInclude(schema), "only an import or an inclusion asks for a schema");
     std::vector<std::vector<VString>> errors{parser->GetErrors()};
     for (int i = 0; i < 2; ++i) {
         source.ResetToStart();
