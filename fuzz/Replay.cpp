@@ -2,7 +2,7 @@
 // unchanged, cut in half, and with one byte changed. Fails if an argument has no file.
 //
 // The environment variable VANCOREXML_FUZZ_CORPUS names a folder that scripts/fuzz has filled. Then the fuzzer also
-// runs over the folder there that has its name.
+// runs over the folder there that has its name, if the fuzzer has kept an input.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -71,10 +71,14 @@ int main(int argc, char** argv)
     std::vector<std::filesystem::path> paths(argv + 1, argv + argc);
     if (const char* const corpus = std::getenv("VANCOREXML_FUZZ_CORPUS")) {
         const std::filesystem::path kept = std::filesystem::path(corpus) / FUZZER_NAME;
-        if (std::filesystem::exists(kept))
+        if (!std::filesystem::is_directory(corpus)) {
+            std::cerr << "VANCOREXML_FUZZ_CORPUS is not a folder: " << corpus << "\n";
+            return 1;
+        }
+        if (std::filesystem::is_directory(kept) && !std::filesystem::is_empty(kept))
             paths.push_back(kept);
         else
-            std::cerr << "the fuzzer has kept no inputs: there is no " << kept << "\n";
+            std::cout << "the fuzzer has kept no inputs, so only the seeds run: " << kept << "\n";
     }
     bool isRead = !paths.empty();
     for (const std::filesystem::path& path : paths)
