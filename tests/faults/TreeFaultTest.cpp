@@ -11,6 +11,7 @@
 #include "vancoredata/QualifiedName.h"
 #include "vancorexml/main/parser/DOM.h"
 #include "vancorexml/main/parser/DOMElement.h"
+#include "vancorexml/main/parser/DOMElementTraversal.h"
 #include "vancorexml/main/parser/StandaloneDOMElement.h"
 #include "vancorexml/main/parser/XMLDomFormatter.h"
 #include "vansys/VError.h"
@@ -81,9 +82,12 @@ std::string Describe(const Pair& pair)
 {
     std::string text = Describe(pair.one) + Describe(pair.two);
     text += pair.child ? "with the child\n" : "without the child\n";
-    if (pair.removed)
-        text +=
-            "removed" + std::to_string(pair.removed->HasErrors()) + std::to_string(pair.removed->HasWarnings()) + "\n";
+    if (pair.removed) {
+        text += "removed" + std::to_string(pair.removed->HasErrors()) + std::to_string(pair.removed->HasWarnings());
+        for (const DOMElement& element : DOMElementTraversal::PreorderTraversal(*pair.removed))
+            text += element.GetDOMManager() == &pair.two ? " of two" : " of another document";
+        text += pair.removed->IsRemovedChild() ? " with its parent\n" : " without its parent\n";
+    }
     return text + (pair.answer ? "yes\n" : "no\n");
 }
 
