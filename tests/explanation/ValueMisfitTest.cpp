@@ -199,6 +199,7 @@ TEST(ValueMisfitTest, DescribesBooleanAndBinaryValues)
         {"xs:base64Binary", "iVBORw0KGgo", "is not base64 text: '=' is missing at the end"},
         {"xs:base64Binary", "iVBORw0KGg", "is not base64 text: '==' is missing at the end"},
         {"xs:base64Binary", "iVBORw0KG", "is not base64 text: it has 9 characters, not a multiple of 4"},
+        {"xs:base64Binary", "iVBOR w0K G", "is not base64 text: it has 9 characters, not a multiple of 4"},
         {"xs:base64Binary", "iVBOR_0KGg-A", "is not base64 text: write '+' in place of '-', and '/' in place of '_'"},
         {"xs:base64Binary", "iVBO#w0K", "is not base64 text: it must not contain '#'"},
         {"xs:hexBinary", "0FB", "is not hexadecimal: it has 3 digits, not an even number"},
