@@ -49,6 +49,8 @@ public:
 
     // The arguments. A command that has another operand beside the files removes it here before it calls Select.
     std::vector<std::string>& Arguments() noexcept { return m_arguments; }
+    // True if a list names more files.
+    bool HasList() const noexcept { return m_hasList; }
 
     // Searches the folders and returns the documents in the order of the arguments. A folder that cannot be read, a
     // folder or pattern without a match, and a name that is not UTF-8 become errors in their place. Throws ToolError

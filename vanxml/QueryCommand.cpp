@@ -203,8 +203,7 @@ ExitStatus QueryCommand::Run()
 std::string QueryCommand::ReleasePath()
 {
     std::vector<std::string>& arguments = m_selection.Arguments();
-    const bool hasList = m_command->count("--files-from") > 0;
-    if (arguments.size() < (hasList ? 1 : 2))
+    if (arguments.size() < (m_selection.HasList() ? 1 : 2))
         throw UsageError("query needs a PATH behind the files, such as vanxml query FILE //title");
     const bool isFirst = arguments.size() > 1 && !IsFileOrFolder(arguments.front()) &&
         (IsFileOrFolder(arguments.back()) || IsPatternForFiles(arguments.back()));

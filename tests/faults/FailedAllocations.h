@@ -54,9 +54,9 @@ protected:
     // Calls `run` while the first allocation fails, then while the second one fails, and so on until none fails. A run
     // must return a result, or throw std::bad_alloc. Calls `check` with each result, and with true if an allocation
     // failed. At most `mostLost` blocks may stay allocated after a run. `run` must not use macros of the test, because
-    // these allocate.
+    // these allocate. `next` returns the number of the next allocation that fails.
     template <typename Run, typename Check>
-    void FailEachAllocation(Run run, Check check, std::size_t mostLost = 0)
+    void FailEachAllocation(Run run, Check check, std::size_t mostLost = 0, long (*next)(long) = NextNumber)
     {
         // Fills all caches. The first exception of a thread may allocate memory that the thread keeps.
         check(run(), false);
@@ -64,7 +64,7 @@ protected:
             throw std::bad_alloc();
         } catch (const std::bad_alloc&) {
         }
-        for (long number = 0;; number = NextNumber(number)) {
+        for (long number = 0;; number = next(number)) {
             const LiveMemory before = CountLiveMemory();
             std::optional<std::invoke_result_t<Run>> result;
             std::optional<std::string> unexpected;
