@@ -202,14 +202,15 @@ VString DescribeDateFields(const QString& year, const QString& month, const QStr
     return name + (monthNumber == 2 ? " " + VString(year) : VString()) + " has " + Number(days) + " days";
 }
 
-// Describes the fault in the fields of a time. Returns an empty text if there is none. The time 24:00:00 is allowed.
+// Describes the fault in the fields of a time. Returns an empty text if there is none. Xerces allows the time 24:00:00
+// and the leap second 60.
 VString DescribeTimeFields(const QString& hour, const QString& minute, const QString& second)
 {
     if (hour.toInt() > 24)
         return "there is no hour " + VString(hour);
     if (minute.toInt() > 59)
         return "there is no minute " + VString(minute);
-    return second.toInt() > 59 ? "there is no second " + VString(second) : VString();
+    return second.toInt() > 60 ? "there is no second " + VString(second) : VString();
 }
 
 // Finds the fault of one value of an atomic type.
