@@ -453,6 +453,18 @@ TEST(DiagnosticPassTest, AbstractTypesAndElementsAreExplained)
             "5:2-5:6 bad-type /r/head[1]: element 'head' is abstract; use one of the elements that can replace it"}));
 }
 
+// The grammar of the document type has no types of schemas.
+TEST(DiagnosticPassTest, UnknownTypeBesideADocumentTypeIsExplained)
+{
+    const char xsd[] = R"(<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema">
+      <xs:complexType name="number"/><xs:element name="r" type="number"/></xs:schema>)";
+    EXPECT_EQ(Format(Diagnose("<!DOCTYPE r [<!ELEMENT r ANY>]>\n<r "
+                              "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:type='nummer'/>",
+                  xsd)),
+        Lines{"2:68-2:74 bad-type /r @xsi:type: the type 'nummer' of element 'r' is not in the schema; did you mean "
+              "'number'? allowed: number"});
+}
+
 TEST(DiagnosticPassTest, NilElementWithContentIsOneDiagnostic)
 {
     const char xsd[] = R"(<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema">

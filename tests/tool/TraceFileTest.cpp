@@ -201,6 +201,10 @@ TEST(TraceFileTest, ADocumentIsNotOverwritten)
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.errors, HasSubstr("exists and is not a trace"));
     EXPECT_EQ(TemporaryFolder::Read(document), "<a/>");
+    // The command does not even begin.
+    const VString other = folder.Write("b.xml", "<a><b/></a>");
+    EXPECT_EQ(RunTool({"format", "--in-place", other.toStdString(), "--trace", document.toStdString()}).status, 2);
+    EXPECT_EQ(TemporaryFolder::Read(other), "<a><b/></a>");
     EXPECT_EQ(RunTool({"check", document.toStdString(), "--trace", "-"}).status, 2);
     EXPECT_EQ(RunTool({"check", document.toStdString(), "--trace="}).status, 2);
 }
