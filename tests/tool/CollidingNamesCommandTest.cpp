@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr std::size_t NameCount = 16384;
+constexpr std::size_t NameCount = 32768;
 
 // Returns a document with one element of each name. The element has an attribute with the same name.
 std::string MakeDocument(const std::vector<std::u16string>& names)
