@@ -1199,6 +1199,11 @@ TEST(SyntaxFaultFinderTest, DescribesReferences)
             "'&#xD83D;&#xDE00;' must be written as one reference, '&#128512;'\n"
             "value: &#xD83D;&#xDE00;\n"
             "suggestion: &#128512;"},
+        {"two second halves of surrogate pairs",
+            "<a>&#xDC00;&#xDC01;</a>",
+            "bad-character-reference at 3 [&#xDC00;]\n"
+            "'&#xDC00;' is only one half of a character; write the number of the whole character\n"
+            "value: &#xDC00;"},
         {"decimal surrogate pair",
             "<a>&#55357;&#56832;</a>",
             "bad-character-reference at 3 [&#55357;&#56832;]\n"

@@ -115,6 +115,7 @@ TEST(XmlUtilsTest, GetAttributeValueInTagRaisesForARangeOutsideTheText)
         testsupport::ExpectLogicException(get, File, 358, "idx < xml.size() && end < xml.size()", 0xA3E88D2C);
     };
     expect({3, 1});
+    expect({3, 0});
     expect({0, 4});
     expect({0, 0});
     expect({XmlUtils::npos, 0});

@@ -125,6 +125,16 @@ TEST_F(PatternProgramTest, AllShortValuesHaveTheResultOfXerces)
     }
 }
 
+TEST_F(PatternProgramTest, TextsMayHaveSurrogatePairs)
+{
+    const Pair pair(u"(\U0001F600\U0001F601|\U0001F600)*x");
+    EXPECT_EQ(pair.outcome, Outcome::Replaced);
+    for (const std::u16string& value : MakeValues(u"\xD83D\xDE00\xDE01x", 6)) {
+        EXPECT_EQ(pair.replaced.matches(value.c_str()), pair.plain.matches(value.c_str()))
+            << testing::PrintToString(value);
+    }
+}
+
 TEST_F(PatternProgramTest, ARepeatedPartMayBeEmpty)
 {
     // Xerces calls itself without end for the third pattern.

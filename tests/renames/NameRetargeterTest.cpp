@@ -256,6 +256,20 @@ TEST(NameRetargeterTest, EqualCaptionsDoNotClash)
     EXPECT_EQ(result.changes.size(), 2u);
 }
 
+TEST(NameRetargeterTest, FilePathsDoNotClash)
+{
+    const Result result = Retarget(XmlFileTypeKXC,
+        "<data-connection name='a'><connection><option name='trusted-roots' value='/r'/>"
+        "<option name='trusted-roots' value='/s'/></connection></data-connection>",
+        [](DOM& tables) {
+            PathRenames paths;
+            paths.SetRename("/r", "/s");
+            tables.SetPathRenames(paths);
+        });
+    EXPECT_THAT(result.changes, ElementsAre("2@value 0+2: /r -> /s = /s"));
+    EXPECT_THAT(result.clashes, IsEmpty());
+}
+
 TEST(NameRetargeterTest, SwappedNamesDoNotClash)
 {
     const Result result = Retarget(XmlFileTypeKXA, AnalysisText, [](DOM& tables) {

@@ -68,6 +68,7 @@ TEST(SplitIntoCellsTest, ExpandsTabsToEveryFourthColumn)
 TEST(SplitIntoCellsTest, EscapesControlCharactersAndInvalidBytes)
 {
     EXPECT_EQ(Cells("a\x1B\u202E\xFFü\xC3"), "[a][\\x1b][\\u202e][\\xff][ü][\\xc3]");
+    EXPECT_EQ(Cells("~\x7F"), "[~][\\x7f]");
     EXPECT_EQ(SplitIntoCells("\u202E", 1).front().width, 6);
 }
 

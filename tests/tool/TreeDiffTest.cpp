@@ -67,6 +67,14 @@ TEST(TreeDiffTest, AChangedElementWithAnIdentifierIsKeptIfAnEqualOneCrossesIt)
         "changed /a/s[1]/text(), moved /a/s[2] to /a/s[1]");
 }
 
+TEST(TreeDiffTest, EachOfTheSiblingsThatCrossOthersIsMoved)
+{
+    EXPECT_EQ(DescribeDifferences("<a><b/><c/><p/><q/><r/></a>", "<a><p/><q/><r/><b/><c/></a>"),
+        "moved /a/b to /a/b, moved /a/c to /a/c");
+    EXPECT_EQ(DescribeDifferences("<a><p/><q/><r/><b/><c/></a>", "<a><b/><c/><p/><q/><r/></a>"),
+        "moved /a/b to /a/b, moved /a/c to /a/c");
+}
+
 TEST(TreeDiffTest, AnElementThatHasMovedAndChangedIsRemovedAndAdded)
 {
     EXPECT_EQ(DescribeDifferences("<a><s id='1'>x</s><b/><c/><d/></a>", "<a><b/><c/><d/><s id='1'>y</s></a>"),
