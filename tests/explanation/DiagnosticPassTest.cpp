@@ -269,6 +269,33 @@ TEST(DiagnosticPassTest, QuotedTextsAreThoseOfTheDocument)
               "as 2024-01-31"});
 }
 
+// Xerces reads the prefix of the sanitizer in place of the colon. A long text is cut where the prefix may stand.
+TEST(DiagnosticPassTest, LongTextsAreQuotedAsTheDocumentWritesThem)
+{
+    for (int length = 40; length < 70; ++length) {
+        const std::string start(static_cast<std::size_t>(length), 'x');
+        for (const std::string& rest : {std::string(" :y='1' >"), std::string(" :y='1' >") + start}) {
+            const Lines lines = Check("<orders>" + start + rest + goodOrder + "</orders>");
+            ASSERT_EQ(lines.size(), 1U);
+            const std::size_t quote = lines[0].find("the text '") + 10;
+            const std::string quoted = lines[0].substr(quote, lines[0].find("' is not allowed in") - quote);
+            const bool isCut = quoted.ends_with("\u2026");
+            EXPECT_EQ(quoted, isCut ? (start + rest).substr(0, quoted.size() - 3) + "\u2026" : start + rest);
+            EXPECT_GE(quoted.size(), std::min<std::size_t>((start + rest).size(), 48));
+        }
+    }
+}
+
+TEST(DiagnosticPassTest, QuotedTextsAreCutBetweenCharacters)
+{
+    const std::string start(59, 'x');
+    const std::string end = "\u2026' is not allowed in element 'orders', which must contain only elements";
+    EXPECT_EQ(Check("<orders>" + start + "\U0001F600x" + goodOrder + "</orders>"),
+        Lines{"1:9-1:71 unexpected-text /orders: the text '" + start + end});
+    EXPECT_EQ(Check("<orders>" + start.substr(1) + "\U0001F600x" + goodOrder + "</orders>"),
+        Lines{"1:9-1:70 unexpected-text /orders: the text '" + start.substr(1) + "\U0001F600" + end});
+}
+
 TEST(DiagnosticPassTest, TextBeforeTheRootElementIsQuotedInEachEncoding)
 {
     const Lines expected{"1:1-1:2 text-outside-root : the text 'x' is not allowed before the root element; remove it"};

@@ -223,6 +223,8 @@ TEST(TypeDescriptionTest, DescribesEnumerations)
         {Restriction("xs:string", "<xs:enumeration value='a-value-that-is-longer-than-forty-characters'/>"),
             "the value a-value-that-is-longer-than-forty-charac… | a-value-that-is-longer-than-forty-c"
             "haracters"},
+        {Restriction("xs:string", "<xs:enumeration value='a-value-of-39-units-in-front-of-a-smile\U0001F600'/>"),
+            "the value a-value-of-39-units-in-front-of-a-smile… | a-value-of-39-units-in-front-of-a-smile\U0001F600"},
         {Restriction("xs:boolean", "<xs:pattern value='true|false'/>"), "one of true, false | true,false"},
         {Restriction("xs:boolean", "<xs:pattern value='[01]'/>"), "one of 0, 1 | 0,1"},
     });

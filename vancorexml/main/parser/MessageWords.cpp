@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
+
+#include "vancorexml/main/parser/ColonRewriting.h"
 
 namespace {
 
@@ -9,11 +12,27 @@ constexpr std::size_t QuotedLength = 60;
 
 }  // namespace
 
+VString MessageWords::Clip(const VString& text, std::size_t longest)
+{
+    const std::u16string_view whole = text.View();
+    if (whole.size() <= longest)
+        return text;
+    const char16_t last = whole[longest - 1];
+    std::size_t end = last >= 0xD800 && last < 0xDC00 ? longest - 1 : longest;
+    // The diagnostic pass replaces the prefix of the sanitizer by a colon, and would not find a part of it.
+    constexpr std::u16string_view Prefix = ColonRewriting::ReadPrefix;
+    const std::size_t prefix =
+        whole.substr(0, longest + Prefix.size()).find(Prefix, longest - std::min(longest, Prefix.size() - 1));
+    if (prefix < longest)
+        end = prefix + Prefix.size();
+    if (end == whole.size())
+        return text;
+    return VString(whole.data(), end) + u"\u2026";
+}
+
 VString MessageWords::Quote(const VString& text)
 {
-    if (text.View().size() <= QuotedLength)
-        return "'" + text + "'";
-    return "'" + VString(text.View().data(), QuotedLength) + u"\u2026'";
+    return "'" + Clip(text, QuotedLength) + "'";
 }
 
 VString MessageWords::ListNames(const std::vector<VString>& names)

@@ -1,6 +1,7 @@
 // Parts of the messages of diagnostics.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "vancoreplatform/VString.h"
@@ -8,7 +9,10 @@
 // Thread-safe. All functions are linear.
 namespace MessageWords {
 
-// Returns the text in single quotes. Cuts it behind 60 UTF-16 code units.
+// Returns the text, or about its first `longest` UTF-16 code units and "…" if it is longer. Splits neither a character
+// nor the prefix of the colon sanitizer.
+VString Clip(const VString& text, std::size_t longest);
+// Returns the text in single quotes. Clips it to 60 UTF-16 code units.
 VString Quote(const VString& text);
 // Returns several names in quotes: "'a'", or "one of 'a', 'b'". Names at most 10 of them.
 VString ListNames(const std::vector<VString>& names);

@@ -9,12 +9,14 @@
 #include <xercesc/validators/datatype/ListDatatypeValidator.hpp>
 #include <xercesc/validators/schema/SchemaSymbols.hpp>
 
+#include "vancorexml/main/parser/MessageWords.h"
 #include "vancorexml/main/parser/PatternExample.h"
 #include "vancorexml/main/parser/SimpleTypes.h"
 
 namespace {
 
 using namespace SimpleTypes;
+using MessageWords::Clip;
 using xercesc::SchemaSymbols;
 
 constexpr std::size_t MostNamedValues = 10;
@@ -25,13 +27,6 @@ constexpr std::size_t LongestPattern = 100;
 // Further members of a union are not described.
 constexpr std::size_t MostMembers = 10;
 
-// Returns the text, cut if it is long.
-VString Excerpt(const VString& text, std::size_t longest)
-{
-    const auto limit = static_cast<int>(longest);
-    return text.length() > limit ? text.left(limit) + u"\u2026" : text;
-}
-
 VString DescribeValues(const std::vector<VString>& values)
 {
     const bool needQuotes = std::any_of(values.begin(), values.end(), [](const VString& value) {
@@ -40,7 +35,7 @@ VString DescribeValues(const std::vector<VString>& values)
     const VString quote = needQuotes ? "'" : "";
     VString words = values.size() == 1 ? "the value " : "one of ";
     for (std::size_t i = 0; i < std::min(values.size(), MostNamedValues); ++i)
-        words += (i == 0 ? "" : ", ") + quote + Excerpt(values[i], LongestValue) + quote;
+        words += (i == 0 ? "" : ", ") + quote + Clip(values[i], LongestValue) + quote;
     if (values.size() > MostNamedValues)
         words += " and " + VString::number(static_cast<std::uint64_t>(values.size() - MostNamedValues)) + " more";
     return words;
@@ -136,7 +131,7 @@ VString AppendPatterns(const Type& type, VString words, const char* link, const 
 {
     if (patterns.empty())
         return words;
-    words += link + Excerpt(NamePatterns(patterns), LongestPattern);
+    words += link + Clip(NamePatterns(patterns), LongestPattern);
     const VString name = FindTypeName(type);
     return name.IsEmpty() ? words : words + " (type '" + name + "')";
 }
