@@ -463,6 +463,11 @@ TEST(XMLSourceEditorTest, RefusesChangesThatCannotApply)
             "<!DOCTYPE a [<!ENTITY e '<b/>'>]><a>\n<c>&e;</c></a>",
             {At("//b", Edit().Set("x", "1"))},
             "(2,4) /a/c[1]: the element 'b' of an entity cannot be changed\n"},
+        {"elements of two entities in a text",
+            "<!DOCTYPE a [<!ENTITY e '<b/>'>]><a>\n<c>x &e; y &e;</c></a>",
+            {At("//b", Edit().Set("x", "1"))},
+            "(2,6) /a/c[1]: the element 'b' of an entity cannot be changed\n"
+            "(2,12) /a/c[1]: the element 'b' of an entity cannot be changed\n"},
         {"a text beside elements of an entity",
             "<!DOCTYPE a [<!ENTITY e '<b/>'>]><a>\n<c>&e;</c></a>",
             {At("a/c", Edit().Text("x"))},

@@ -393,6 +393,20 @@ TEST(AttributeMapTest, InsertionsWithinTheReservedCapacityDoNotReallocate)
     EXPECT_EQ(map.begin(), first);
 }
 
+// The block has an index of names from a certain capacity.
+TEST(AttributeMapTest, ReservesEachCapacity)
+{
+    for (std::size_t capacity = 4; capacity < 40; ++capacity) {
+        AttributeMap map = MapOf(3);
+        map.reserve(capacity);
+        EXPECT_EQ(map, MapOf(3)) << capacity;
+        for (std::size_t i = 3; i < capacity; ++i)
+            map[VString::number(static_cast<std::uint64_t>(i))] = "value";
+        EXPECT_EQ(map.size(), capacity);
+        EXPECT_TRUE(map.contains(VString::number(static_cast<std::uint64_t>(capacity - 1)))) << capacity;
+    }
+}
+
 TEST(AttributeMapTest, FailedReserveChangesNothing)
 {
     AttributeMap map = MapOf(3);
