@@ -277,7 +277,6 @@ void XercesXMLHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const
     diagnostic.start = MapPosition(position);
     diagnostic.value = name;
     m_refusal = std::move(diagnostic);
-    m_fatallyErrored = true;
     throw XMLParseException(VFormatString("%1%2 '%3'")
                                 .arg(CoreXml::GetLocalizedString(CoreXml::IDS_ERR_XML_ENTITY))
                                 .arg(FormatPosition(position))
