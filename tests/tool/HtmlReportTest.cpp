@@ -78,6 +78,7 @@ TEST_F(HtmlReportTest, ShowsEachFaultyFileWithItsMessages)
     EXPECT_THAT(result.output, EndsWith("</html>\n"));
     EXPECT_EQ(CountOf(result.output, "<tbody>"), 3u);
     EXPECT_THAT(result.output, Not(HasSubstr("good.xml")));
+    EXPECT_EQ(Between(result.output, "<p><span class=\"place\">", "</span>"), "2:6");
     EXPECT_THAT(result.output, HasSubstr("<code>  &lt;b&gt;<mark>&lt;/c&gt;</mark></code>"));
     EXPECT_THAT(result.output, HasSubstr("data-kind=\"not-checked\""));
 }
