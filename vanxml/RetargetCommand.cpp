@@ -194,7 +194,7 @@ RewrittenDocument RetargetCommand::Retarget(const VString& name, const std::stri
     const SchemaSelection selection = SelectSchema(*source, FindEnd({1, 1}, std::string_view(text).substr(0, start)));
     if (!selection.problems.empty())
         return Fail(name, selection.problems, text, ExitStatus::Failed);
-    if (!selection.isKnownType) {
+    if (selection.schema.kind == SchemaReference::Kind::None) {
         return Fail(name,
             "the document has no type that has schemas; its extension (.kxa to .kxf) names the type, or its first "
             "element with a version");

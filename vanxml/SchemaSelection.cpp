@@ -326,7 +326,6 @@ SchemaSelection SelectSchema(InputSource& document, SourcePosition documentStart
     SchemaSelection selection;
     if (!type)
         return selection;
-    selection.isKnownType = true;
     const std::vector<VString> versions = VersionsOf(type->type);
     const VString supported =
         (versions.size() == 1 ? VString("there is a schema for ") : VString("there are schemas for ")) +
@@ -411,7 +410,7 @@ SchemaSelection SchemaOption::Select(SourceDocument& document) const
     case Rule::Hints: return SelectHintedSchemas(document.Source(), document.Start());
     case Rule::Fixed: break;
     }
-    return {m_fixed, {}, false};
+    return {m_fixed, {}};
 }
 
 std::vector<SchemaName> ListSchemas()

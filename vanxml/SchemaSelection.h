@@ -32,8 +32,6 @@ struct SchemaSelection {
     // Errors of the document with the code MissingSchema. Report them only if the document has no other errors: in a
     // document that is not well-formed, they may be consequences of another mistake.
     std::vector<ParseDiagnostic> problems;
-    // The document has one of the types that have schemas.
-    bool isKnownType = false;
 };
 
 // Selects the schema for the type and version of the document. The extension (".kxa" to ".kxf") determines the type. A

@@ -58,7 +58,6 @@ TEST(SchemaSelectionTest, ExtensionSelectsTheType)
 TEST(SchemaSelectionTest, FirstElementWithAVersionSelectsTheType)
 {
     const SchemaSelection selection = Select("a.xml", "<fields version='18.1'/>");
-    EXPECT_TRUE(selection.isKnownType);
     EXPECT_EQ(selection.schema.name, VString("VQRC_FILEFORMAT_KXF_XSD"));
 }
 
@@ -71,7 +70,6 @@ TEST(SchemaSelectionTest, OtherVocabulariesHaveNoSchemaAndNoProblem)
              "",
              "text"}) {
         const SchemaSelection selection = Select("a.xml", text);
-        EXPECT_FALSE(selection.isKnownType) << text;
         EXPECT_EQ(selection.schema.kind, SchemaReference::Kind::None) << text;
         EXPECT_TRUE(selection.problems.empty()) << text;
     }
@@ -80,7 +78,6 @@ TEST(SchemaSelectionTest, OtherVocabulariesHaveNoSchemaAndNoProblem)
 TEST(SchemaSelectionTest, UnknownVersionIsAProblemAtTheValue)
 {
     const SchemaSelection selection = Select("a.kxe", "\n<captions version='9.0'/>");
-    EXPECT_TRUE(selection.isKnownType);
     ASSERT_EQ(selection.problems.size(), 1u);
     const ParseDiagnostic& problem = selection.problems[0];
     EXPECT_EQ(problem.code, DiagnosticCode::MissingSchema);
@@ -99,7 +96,6 @@ TEST(SchemaSelectionTest, WrongFirstElementIsReportedInsteadOfItsVersion)
 {
     for (const char* text : {"<a/>", "<a version='1'/>"}) {
         const SchemaSelection selection = Select("K.KXA", text);
-        EXPECT_TRUE(selection.isKnownType);
         EXPECT_EQ(selection.schema.kind, SchemaReference::Kind::None);
         ASSERT_EQ(selection.problems.size(), 1u);
         EXPECT_EQ(selection.problems[0].code, DiagnosticCode::UnexpectedElement);
