@@ -166,7 +166,6 @@ DiagnosticReader::DiagnosticReader(const XercesInputSource& source,
     : XercesReader(schemas),
       m_source(source),
       m_id(id),
-      m_grammars(GetGrammars()),
       m_settings(settings),
       m_writtenNames(source),
       m_keys(*this)
@@ -438,7 +437,7 @@ xercesc::ComplexTypeInfo* DiagnosticReader::FindType(const VString& name)
     const std::u16string_view text = name.View();
     const std::u16string local(text.substr(text.find(u':') + 1));
     std::set<xercesc::ComplexTypeInfo*> found;
-    xercesc::RefHashTableOfEnumerator<xercesc::Grammar> grammars = m_grammars.getGrammarEnumerator();
+    xercesc::RefHashTableOfEnumerator<xercesc::Grammar> grammars = GetGrammars().getGrammarEnumerator();
     while (grammars.hasMoreElements()) {
         auto* const grammar = dynamic_cast<xercesc::SchemaGrammar*>(&grammars.nextElement());
         if (!grammar || !grammar->getComplexTypeRegistry())
@@ -452,7 +451,7 @@ xercesc::ComplexTypeInfo* DiagnosticReader::FindType(const VString& name)
 
 bool DiagnosticReader::IsOfInstance(const xercesc::XMLAttr& attribute, const XMLCh* local) const
 {
-    const XMLCh* const space = m_grammars.getURIStringPool()->getValueForId(attribute.getURIId());
+    const XMLCh* const space = GetGrammars().getURIStringPool()->getValueForId(attribute.getURIId());
     return xercesc::XMLString::equals(attribute.getName(), local) &&
         xercesc::XMLString::equals(space, xercesc::SchemaSymbols::fgURI_XSI);
 }
@@ -544,7 +543,7 @@ const XMLAttributeToken* DiagnosticReader::FindWritten(StartTag& tag, const VStr
 VString DiagnosticReader::GetName(const xercesc::SchemaAttDef& attribute) const
 {
     const xercesc::QName& name = *attribute.getAttName();
-    const XMLCh* const space = m_grammars.getURIStringPool()->getValueForId(name.getURI());
+    const XMLCh* const space = GetGrammars().getURIStringPool()->getValueForId(name.getURI());
     if (xercesc::XMLString::equals(space, XMLUni::fgXMLURIName))
         return VString("xml:") + name.getLocalPart();
     const VString colonNamespace = ToVString(ColonRewriting::Namespace);

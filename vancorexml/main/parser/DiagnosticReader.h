@@ -205,7 +205,6 @@ private:
 
     const XercesInputSource& m_source;
     const VString& m_id;
-    xercesc::XMLGrammarPool& m_grammars;
     DiagnosticPass::Settings m_settings;
     LocatorKeeper m_handler;
     WrittenNames m_writtenNames;

@@ -207,7 +207,7 @@ void DiagnosticReader::ExplainBadType(const XercesFault& fault, StartTag& tag)
 std::vector<VString> DiagnosticReader::FindTypeNames()
 {
     std::vector<VString> names;
-    xercesc::RefHashTableOfEnumerator<xercesc::Grammar> grammars = m_grammars.getGrammarEnumerator();
+    xercesc::RefHashTableOfEnumerator<xercesc::Grammar> grammars = GetGrammars().getGrammarEnumerator();
     while (grammars.hasMoreElements()) {
         const auto* const grammar = dynamic_cast<xercesc::SchemaGrammar*>(&grammars.nextElement());
         if (!grammar || !grammar->getComplexTypeRegistry())
@@ -253,7 +253,7 @@ void DiagnosticReader::ExplainUndeclaredRoot(const XercesFault& fault, StartTag&
     const std::u16string_view text = name.View();
     const std::u16string local(text.substr(text.find(u':') + 1));
     std::optional<VString> otherNamespace;
-    xercesc::RefHashTableOfEnumerator<xercesc::Grammar> grammars = m_grammars.getGrammarEnumerator();
+    xercesc::RefHashTableOfEnumerator<xercesc::Grammar> grammars = GetGrammars().getGrammarEnumerator();
     while (grammars.hasMoreElements()) {
         const auto* const grammar = dynamic_cast<xercesc::SchemaGrammar*>(&grammars.nextElement());
         if (!grammar)
@@ -354,7 +354,7 @@ void DiagnosticReader::ExplainMissingAttribute(const XercesFault& fault)
             if (fault.parameters[0] != attribute.getFullName())
                 continue;
             diagnostic.attribute = GetName(attribute);
-            space = m_grammars.getURIStringPool()->getValueForId(attribute.getAttName()->getURI());
+            space = GetGrammars().getURIStringPool()->getValueForId(attribute.getAttName()->getURI());
             if (attribute.getDatatypeValidator())
                 diagnostic.expected = GetDescription(*attribute.getDatatypeValidator()).words;
         }
@@ -376,8 +376,8 @@ const xercesc::SchemaAttDef* DiagnosticReader::FindDeclaration(
             return declared;
     }
     // A wildcard allows attributes that a schema declares at its top.
-    const XMLCh* const space = m_grammars.getURIStringPool()->getValueForId(attribute.getURIId());
-    xercesc::RefHashTableOfEnumerator<xercesc::Grammar> grammars = m_grammars.getGrammarEnumerator();
+    const XMLCh* const space = GetGrammars().getURIStringPool()->getValueForId(attribute.getURIId());
+    xercesc::RefHashTableOfEnumerator<xercesc::Grammar> grammars = GetGrammars().getGrammarEnumerator();
     while (grammars.hasMoreElements()) {
         const auto* const grammar = dynamic_cast<xercesc::SchemaGrammar*>(&grammars.nextElement());
         if (!grammar || !xercesc::XMLString::equals(grammar->getTargetNamespace(), space) ||

@@ -79,5 +79,5 @@ public:
 
 protected:
     // Returns the schemas, and what documents add to them.
-    xercesc::XMLGrammarPool& GetGrammars() noexcept { return *m_grammars; }
+    xercesc::XMLGrammarPool& GetGrammars() const noexcept { return *m_grammars; }
 };
